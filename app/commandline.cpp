@@ -1,0 +1,78 @@
+#include "app/commandline.h"
+
+#include "app/titlecard.h"
+#include "platform/portmap.h"
+#include "resources/strings.h"
+
+#include <QCommandLineParser>
+
+namespace px40 {
+
+namespace {
+
+bool TakePortDevice(const QString &text, CommandLine *line)
+{
+    const qsizetype equals = text.indexOf(u'=');
+    bool ok = false;
+    const int number = text.left(equals).toInt(&ok);
+    if (equals < 0 || !ok || number < PortMap::First || number > PortMap::Last ||
+        equals + 1 == text.size()) {
+        line->error = QStringLiteral("--port-device takes N=PATH with N from 1 to 16, not \"%1\".").arg(text);
+        return false;
+    }
+    line->portDevices.append({number, text.mid(equals + 1)});
+    return true;
+}
+
+} // namespace
+
+CommandLine ParseCommandLine(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(Text(Str::ProductLine));
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption demo(QStringLiteral("demo"),
+                                  QStringLiteral("Work on a simulated instrument, on port 1."));
+    const QCommandLineOption portDevice(
+        QStringLiteral("port-device"),
+        QStringLiteral("Device that a port number (1 to 16) stands for in this run; may be given again."),
+        QStringLiteral("N=PATH"));
+    const QCommandLineOption dataDir(
+        QStringLiteral("data-dir"),
+        QStringLiteral("Folder of the settings file and the work file (default: the program's folder)."),
+        QStringLiteral("DIR"));
+    const QCommandLineOption noSplash(QStringLiteral("no-splash"),
+                                      QStringLiteral("Start without the splash window."));
+    parser.addOptions({demo, portDevice, dataDir, noSplash});
+
+    CommandLine line;
+    if (!parser.parse(arguments)) {
+        line.error = parser.errorText() + u'.';
+        return line;
+    }
+    if (parser.isSet(help)) {
+        line.answer = parser.helpText();
+        return line;
+    }
+    if (parser.isSet(version)) {
+        line.answer = Text(Str::ApplicationTitle) + u' ' + ProgramVersion() + u'\n';
+        return line;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        line.error = QStringLiteral("There is nothing to be done with \"%1\".")
+                         .arg(parser.positionalArguments().constFirst());
+        return line;
+    }
+    line.demo = parser.isSet(demo);
+    line.splash = !parser.isSet(noSplash);
+    line.dataFolder = parser.value(dataDir);
+    const QStringList portDevices = parser.values(portDevice);
+    for (const QString &text : portDevices) {
+        if (!TakePortDevice(text, &line))
+            return line;
+    }
+    return line;
+}
+
+} // namespace px40

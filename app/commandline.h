@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+
+namespace px40 {
+
+/// What the program was asked for on its command line.
+struct CommandLine
+{
+    bool demo = false;
+    bool splash = true;
+    QString dataFolder; ///< empty: the program chooses
+    QList<std::pair<int, QString>> portDevices;
+
+    QString answer; ///< to be printed instead of starting: the help, the version
+    QString error;  ///< why the command line cannot be used
+};
+
+/// `arguments` with the program's name first.
+CommandLine ParseCommandLine(const QStringList &arguments);
+
+} // namespace px40

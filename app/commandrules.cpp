@@ -1,0 +1,87 @@
+#include "app/commandrules.h"
+
+#include "document/dataset.h"
+#include "link/linkstate.h"
+
+namespace px40 {
+
+namespace {
+
+bool IsFileKind(int kind)
+{
+    return kind == KindMemory || kind == KindRealtime || kind == KindSave;
+}
+
+} // namespace
+
+void ApplyFileRules(const ShellSituation &situation, CommandStates *menus)
+{
+    const bool enabled = situation.anyDataWindow && IsFileKind(situation.activeKind);
+    for (const Command command :
+         {Command::FileClose, Command::FileSave, Command::FileSaveAs, Command::FileForward})
+        menus->Enable(command, enabled);
+}
+
+void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus)
+{
+    if (situation.linkActivity != ActivityIdle)
+        return;
+    menus->Enable(Command::RealtimeNew, true);
+    menus->Enable(Command::RealtimeStart,
+                  situation.anyDataWindow && situation.activeKind == KindRealtime);
+    menus->Enable(Command::RealtimeStop, false);
+}
+
+void ApplySetupRules(const ShellSituation &situation, CommandStates *menus)
+{
+    const bool realtime = situation.anyDataWindow && situation.activeKind == KindRealtime;
+    const bool memory = situation.anyDataWindow && situation.activeKind == KindMemory;
+    menus->Enable(Command::SetupInterval, realtime);
+    menus->Enable(Command::SetupGraph, realtime || memory);
+}
+
+void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons)
+{
+    for (const Command command : {Command::FileSave, Command::FileForward, Command::RealtimeStart,
+                                  Command::SetupInterval, Command::SetupGraph})
+        buttons->Enable(command, dataWindowActive);
+}
+
+CommandStates InitialMenus()
+{
+    const ShellSituation atStart;
+    CommandStates menus;
+    ApplyFileRules(atStart, &menus);
+    ApplyRealtimeRules(atStart, &menus);
+    ApplySetupRules(atStart, &menus);
+    return menus;
+}
+
+CommandStates InitialButtons()
+{
+    CommandStates buttons;
+    ApplyDataWindowButtons(false, &buttons);
+    buttons.Enable(Command::RealtimeStop, false);
+    return buttons;
+}
+
+bool IsAvailable(Command command)
+{
+    switch (command) {
+    case Command::FileOpen:
+    case Command::FileSave:
+    case Command::FileSaveAs:
+    case Command::FileForward:
+    case Command::RealtimeStart:
+    case Command::RealtimeStop:
+    case Command::SetupInterval:
+    case Command::SetupGraph:
+    case Command::ViewMoniter:
+    case Command::ViewSource:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace px40

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace px40 {
+
+/// Every command of the main window.
+enum class Command {
+    FileOpen,
+    FileClose,
+    FileSave,
+    FileSaveAs,
+    FileForward,
+    FileExit,
+    RealtimeNew,
+    RealtimeStart,
+    RealtimeStop,
+    DataMemory,
+    SetupCommport,
+    SetupInterval,
+    SetupGraph,
+    ViewToolbar,
+    ViewStatusbar,
+    ViewMoniter,
+    ViewSource,
+    HelpAbout,
+};
+constexpr std::size_t CommandCount = static_cast<std::size_t>(Command::HelpAbout) + 1;
+
+/// Which commands are enabled in one place (the menus, or the tool bars).
+class CommandStates
+{
+  public:
+    CommandStates() { enabled_.fill(true); }
+
+    bool IsEnabled(Command command) const { return enabled_.at(static_cast<std::size_t>(command)); }
+    void Enable(Command command, bool enabled) { enabled_.at(static_cast<std::size_t>(command)) = enabled; }
+
+  private:
+    std::array<bool, CommandCount> enabled_;
+};
+
+/// What the rules look at.
+struct ShellSituation
+{
+    int linkActivity = 7;
+    bool anyDataWindow = false;
+    int activeKind = 1; ///< kind code of the active data window; 1 when there is none
+};
+
+/// The rules of the menus, applied when each opens (and whenever windows come, go or change places, for the
+/// sake of the keyboard shortcuts). Items that a rule does not name keep their state.
+void ApplyFileRules(const ShellSituation &situation, CommandStates *menus);
+void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus);
+void ApplySetupRules(const ShellSituation &situation, CommandStates *menus);
+
+/// The buttons that act on a data window: enabled while one is active.
+void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons);
+
+/// The state of menus and buttons at the start of the program.
+CommandStates InitialMenus();
+CommandStates InitialButtons();
+
+/// False for commands whose work this version does not do: they are shown but stay disabled.
+bool IsAvailable(Command command);
+
+} // namespace px40

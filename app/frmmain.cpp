@@ -1,0 +1,332 @@
+#include "app/frmmain.h"
+
+#include "app/frmabout.h"
+#include "app/frmcancel.h"
+#include "app/frmport.h"
+#include "app/mainactions.h"
+#include "app/placement.h"
+#include "app/services.h"
+#include "app/workspace.h"
+#include "document/frmdata.h"
+#include "platform/oneshot.h"
+#include "platform/prompts.h"
+#include "resources/icons.h"
+#include "resources/strings.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QScreen>
+#include <QStatusBar>
+#include <QToolBar>
+
+namespace px40 {
+
+namespace {
+
+/// The hourglass, for as long as it lives.
+class BusyCursor
+{
+  public:
+    BusyCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~BusyCursor() { QApplication::restoreOverrideCursor(); }
+    BusyCursor(const BusyCursor &) = delete;
+    BusyCursor &operator=(const BusyCursor &) = delete;
+};
+
+constexpr int TitleBarRoom = 32;
+
+QList<QRect> UsableScreens()
+{
+    QList<QRect> areas;
+    const QList<QScreen *> screens = QGuiApplication::screens(); // the primary one first
+    for (const QScreen *const screen : screens)
+        areas.append(screen->availableGeometry().adjusted(0, TitleBarRoom, 0, 0));
+    return areas;
+}
+
+} // namespace
+
+frmMain::frmMain(Services &services)
+    : services_(&services), workspace_(new Workspace(this)), actions_(new MainActions(this)),
+      frmCancel_(new frmCancel(
+          services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
+      storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
+      menuStates_(InitialMenus()), buttonStates_(InitialButtons())
+{
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowIcon(ApplicationIcon());
+    setCentralWidget(workspace_);
+    BuildStatusBar();
+    ConnectAll();
+    ShowTitle();
+    ShowPort();
+    RefreshCommands();
+    actions_->Item(Command::ViewToolbar)->setChecked(true);
+    actions_->Item(Command::ViewStatusbar)->setChecked(true);
+
+    const Placement placement = LoadMainPlacement(services.store, logicalDpiX());
+    setGeometry(OntoScreen(placement.normal, UsableScreens()));
+    if (placement.state == WindowMaximised)
+        setWindowState(Qt::WindowMaximized);
+    services.state.LinkActivity = ActivityIdle;
+}
+
+frmMain::~frmMain() = default;
+
+void frmMain::BuildStatusBar()
+{
+    statusBar()->setObjectName(QStringLiteral("sbMain"));
+    message_ = new QLabel(this);
+    message_->setObjectName(QStringLiteral("Msg"));
+    port_ = new QLabel(this);
+    port_->setObjectName(QStringLiteral("Port"));
+    message_->setContentsMargins(6, 0, 6, 0);
+    port_->setContentsMargins(6, 0, 6, 0);
+    statusBar()->addWidget(message_, 1);
+    statusBar()->addPermanentWidget(port_);
+}
+
+void frmMain::ConnectAll()
+{
+    connect(actions_, &MainActions::triggered, this, &frmMain::Run);
+    connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
+    connect(&services_->comm, &Comm::portLost, this, [this] {
+        portLost_ = true;
+        ShowMessage(Text(Str::PortLost));
+    });
+    connect(&services_->comm, &Comm::portChanged, this, [this] {
+        portLost_ = portLost_ && !services_->comm.IsOpen();
+        ShowPort();
+    });
+}
+
+void frmMain::ShowPlaced()
+{
+    show();
+    activateWindow();
+}
+
+void frmMain::ShowTitle()
+{
+    QString title = Text(Str::ApplicationTitle);
+    if (services_->simulated)
+        title += Text(Str::DemoTitleSuffix);
+    setWindowTitle(title);
+}
+
+void frmMain::ShowMessage(const QString &text)
+{
+    message_->setText(text);
+}
+
+void frmMain::ShowPort()
+{
+    const int number = services_->comm.PortNumber();
+    if (services_->comm.IsOpen()) {
+        const QString device = services_->simulated && services_->ports.IsFixed(number)
+                                   ? Text(Str::PortPanelSimulated)
+                                   : services_->ports.Device(number);
+        port_->setText(Text(Str::PortPanelOpen).arg(number).arg(device));
+    } else {
+        port_->setText(Text(portLost_ ? Str::PortPanelLost : Str::PortPanelClosed).arg(number));
+    }
+}
+
+frmData *frmMain::ActiveData() const
+{
+    return qobject_cast<frmData *>(workspace_->activeSubWindow());
+}
+
+ShellSituation frmMain::Situation() const
+{
+    ShellSituation situation;
+    situation.linkActivity = services_->state.LinkActivity;
+    situation.anyDataWindow = !workspace_->subWindowList().isEmpty();
+    if (const frmData *const active = ActiveData())
+        situation.activeKind = DataKind(active->Data()->Kind());
+    return situation;
+}
+
+void frmMain::OnWindowActivated()
+{
+    ApplyDataWindowButtons(ActiveData() != nullptr, &buttonStates_);
+    RefreshCommands();
+    workspace_->viewport()->update();
+}
+
+void frmMain::RefreshCommands()
+{
+    const ShellSituation situation = Situation();
+    ApplyFileRules(situation, &menuStates_);
+    ApplyRealtimeRules(situation, &menuStates_);
+    ApplySetupRules(situation, &menuStates_);
+    actions_->Show(menuStates_, buttonStates_);
+}
+
+void frmMain::EnableApplication(bool enabled)
+{
+    for (std::size_t i = 0; i < MainMenuCount; ++i)
+        actions_->Menu(static_cast<MainMenu>(i))->setEnabled(enabled);
+    actions_->MainBar()->setEnabled(enabled);
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
+    for (QMdiSubWindow *const window : windows)
+        window->setEnabled(enabled);
+}
+
+void frmMain::Run(Command command)
+{
+    switch (command) {
+    case Command::FileClose:
+        workspace_->closeActiveSubWindow();
+        break;
+    case Command::FileExit:
+        close();
+        break;
+    case Command::RealtimeNew:
+        services_->shared.MemoryNumbers = false;
+        NewDataWindow(KindRealtime);
+        break;
+    case Command::DataMemory:
+        services_->jobs.Launch(ReceiveMemoryMode(), "MEMORY-mode download");
+        break;
+    case Command::SetupCommport:
+        services_->jobs.Launch(RunPortDialog(), "port dialog");
+        break;
+    case Command::ViewToolbar:
+        actions_->MainBar()->setVisible(actions_->Item(command)->isChecked());
+        actions_->SubBar()->setVisible(actions_->Item(command)->isChecked());
+        break;
+    case Command::ViewStatusbar:
+        statusBar()->setVisible(actions_->Item(command)->isChecked());
+        break;
+    case Command::HelpAbout:
+        (new frmAbout(this))->open();
+        break;
+    default:
+        break; // not available in this version
+    }
+}
+
+std::shared_ptr<DataSet> frmMain::NewDataWindow(int kind)
+{
+    const BusyCursor busy;
+    auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
+    DataWindowServices windowServices;
+    windowServices.state = &services_->state;
+    windowServices.prompts = &services_->prompts;
+    windowServices.jobs = &services_->jobs;
+    auto *const window = new frmData(dataSet, windowServices);
+    workspace_->addSubWindow(window);
+    dataSet->OpenNew(kind);
+    window->show();
+    OnWindowActivated();
+    return dataSet;
+}
+
+QCoro::Task<void> frmMain::ReceiveMemoryMode()
+{
+    if (memoryAsked_)
+        co_return; // waits for the link already
+    memoryAsked_ = true;
+    if (services_->state.LinkBusy)
+        ShowMessage(Text(Str::WaitingForLink));
+    const bool free = co_await services_->gate.WaitUntilFree();
+    memoryAsked_ = false;
+    if (!free)
+        co_return;
+    services_->shared.MemoryNumbers = true;
+    const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
+    services_->gate.Take();
+    ShowMessage(QString());
+    const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
+    const QString outcome = Text(complete ? Str::MemoryReceived : Str::MemoryEnded);
+    ShowMessage(outcome.arg(dataSet->GetDatacount()));
+    RefreshCommands();
+}
+
+QCoro::Task<void> frmMain::RunPortDialog()
+{
+    auto *const dialog = new frmPort(*services_, tmCheckStat, this);
+    const OneShot<bool> closed;
+    connect(dialog, &QDialog::finished, dialog, [closed] { closed.Complete(true); });
+    connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
+    dialog->open();
+    co_await closed;
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    if (mayGo_) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+    if (asking_ || services_->leaving || !MayCloseDuring(services_->state.LinkActivity))
+        return;
+    asking_ = true;
+    services_->jobs.Launch(CloseAll(), "closing the program");
+}
+
+QCoro::Task<void> frmMain::CloseAll()
+{
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList(QMdiArea::StackingOrder);
+    QList<QPointer<frmData>> waiting;
+    for (QMdiSubWindow *const window : windows)
+        waiting.append(qobject_cast<frmData *>(window));
+
+    bool mayGo = true;
+    for (int i = 0; mayGo && i < waiting.size(); ++i) {
+        const QPointer<frmData> window = waiting.at(i);
+        if (window)
+            mayGo = co_await frmData::ConfirmClose(window);
+    }
+    asking_ = false;
+    // The link may have been taken while the questions stood open.
+    if (mayGo && MayCloseDuring(services_->state.LinkActivity))
+        Leave();
+}
+
+void frmMain::Leave()
+{
+    services_->leaving = true;
+    services_->settings.WriteSettingsFile();
+    SavePlacement();
+    tmCheckInter.SetEnabled(false);
+    tmCheckStat.SetEnabled(false);
+    tmRealtime.SetEnabled(false);
+    services_->gate.Shut();
+    services_->comm.Shut();
+    services_->prompts.DismissAll();
+    const QList<QDialog *> dialogs = findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
+    for (QDialog *const dialog : dialogs) {
+        if (dialog != frmCancel_)
+            dialog->close();
+    }
+    services_->jobs.WhenNone([this] {
+        mayGo_ = true;
+        close();
+        Q_EMIT left();
+    });
+}
+
+void frmMain::SavePlacement()
+{
+    Placement placement;
+    placement.state = isMinimized() ? WindowMinimised : isMaximized() ? WindowMaximised : WindowNormal;
+    placement.normal = placement.state == WindowNormal ? geometry() : normalGeometry();
+    SaveMainPlacement(services_->store, placement, logicalDpiX());
+}
+
+void frmMain::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        actions_->MakeIcons();
+}
+
+} // namespace px40

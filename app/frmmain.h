@@ -1,0 +1,95 @@
+#pragma once
+
+#include "app/commandrules.h"
+#include "document/dataset.h"
+#include "link/storeddata.h"
+#include "platform/timer.h"
+
+#include <QCoro/QCoroTask>
+#include <QMainWindow>
+#include <QPointer>
+
+#include <memory>
+
+class QCloseEvent;
+class QEvent;
+class QLabel;
+class QMdiSubWindow;
+
+namespace px40 {
+
+class frmCancel;
+class frmData;
+class MainActions;
+class Workspace;
+struct Services;
+
+/// The main window: menus, tool bars, status bar and timers, and the data windows as its children. Every
+/// command of the user enters here and calls the part that does the work.
+class frmMain : public QMainWindow
+{
+    Q_OBJECT
+
+  public:
+    /// `services` must outlive the window, and the window its jobs: it closes only when none is left.
+    explicit frmMain(Services &services);
+    ~frmMain() override;
+
+    /// Shows the window where and how it stood at the end of the last run.
+    void ShowPlaced();
+
+    /// A new, empty data set of that kind in a window of its own.
+    std::shared_ptr<DataSet> NewDataWindow(int kind);
+
+    /// Shows the port dialog; done when it is closed.
+    QCoro::Task<void> RunPortDialog();
+
+    void Run(Command command);
+
+    /// Shows a text in the status bar's panel "Msg".
+    void ShowMessage(const QString &text);
+
+    Timer tmCheckInter{0, true};
+    Timer tmCheckStat{0, false};
+    Timer tmRealtime{100, false};
+
+  Q_SIGNALS:
+    /// The window has closed and no job is left: the program may end.
+    void left();
+
+  protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+  private:
+    void ConnectAll();
+    void BuildStatusBar();
+    void ShowPort();
+    void ShowTitle();
+    void OnWindowActivated();
+    void RefreshCommands();
+    void EnableApplication(bool enabled);
+    ShellSituation Situation() const;
+    frmData *ActiveData() const;
+
+    QCoro::Task<void> ReceiveMemoryMode();
+    QCoro::Task<void> CloseAll();
+    void Leave();
+    void SavePlacement();
+
+    Services *services_;
+    Workspace *workspace_;
+    MainActions *actions_;
+    frmCancel *frmCancel_;
+    StoredData storedData_;
+    CommandStates menuStates_;
+    CommandStates buttonStates_;
+    QLabel *message_ = nullptr;
+    QLabel *port_ = nullptr;
+    bool memoryAsked_ = false;
+    bool portLost_ = false;
+    bool asking_ = false;
+    bool mayGo_ = false;
+};
+
+} // namespace px40

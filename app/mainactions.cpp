@@ -1,0 +1,191 @@
+#include "app/mainactions.h"
+
+#include "resources/icons.h"
+#include "resources/strings.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QToolBar>
+
+#include <optional>
+
+namespace px40 {
+
+namespace {
+
+struct MenuEntry
+{
+    MainMenu menu;
+    const char16_t *name;
+    std::optional<Command> command; ///< none: a separator
+    Str caption;
+    const char16_t *icon;
+    const char16_t *shortcut;
+};
+
+constexpr Str NoCaption = Str::FontName;
+
+constexpr MenuEntry MenuEntries[] = {
+    {MainMenu::File, u"mnuFileOpen", Command::FileOpen, Str::FileOpen, u"open", u"Ctrl+O"},
+    {MainMenu::File, u"mnuFileClose", Command::FileClose, Str::FileClose, u"close", u"Ctrl+W"},
+    {MainMenu::File, u"mnuFileBar1", std::nullopt, NoCaption, u"", u""},
+    {MainMenu::File, u"mnuFileSave", Command::FileSave, Str::FileSave, u"save", u"Ctrl+S"},
+    {MainMenu::File, u"mnuFileSaveAs", Command::FileSaveAs, Str::FileSaveAs, u"saveas", u"Ctrl+Shift+S"},
+    {MainMenu::File, u"mnuFileBar2", std::nullopt, NoCaption, u"", u""},
+    {MainMenu::File, u"mnuFileForward", Command::FileForward, Str::FileForward, u"forward", u""},
+    {MainMenu::File, u"mnuFileBar3", std::nullopt, NoCaption, u"", u""},
+    {MainMenu::File, u"mnuFileExit", Command::FileExit, Str::FileExit, u"exit", u"Ctrl+Q"},
+    {MainMenu::Realtime, u"mnuRealtimeNew", Command::RealtimeNew, Str::RealtimeNew, u"new", u"Ctrl+N"},
+    {MainMenu::Realtime, u"mnuRealtimeBar1", std::nullopt, NoCaption, u"", u""},
+    {MainMenu::Realtime, u"mnuRealtimeStart", Command::RealtimeStart, Str::RealtimeStart, u"start", u"F5"},
+    {MainMenu::Realtime, u"mnuRealtimeStop", Command::RealtimeStop, Str::RealtimeStop, u"stop", u"Shift+F5"},
+    {MainMenu::Data, u"mnuDataMemory", Command::DataMemory, Str::DataMemory, u"mdata", u"Ctrl+M"},
+    {MainMenu::Setup, u"mnuSetupCommport", Command::SetupCommport, Str::SetupCommport, u"port", u""},
+    {MainMenu::Setup, u"mnuSetupInterval", Command::SetupInterval, Str::SetupInterval, u"interval", u""},
+    {MainMenu::Setup, u"mnuSetupGraph", Command::SetupGraph, Str::SetupGraph, u"graph", u""},
+    {MainMenu::View, u"mnuViewToolbar", Command::ViewToolbar, Str::ViewToolbar, u"", u""},
+    {MainMenu::View, u"mnuViewStatusbar", Command::ViewStatusbar, Str::ViewStatusbar, u"", u""},
+    {MainMenu::View, u"mnuViewBar1", std::nullopt, NoCaption, u"", u""},
+    {MainMenu::View, u"mnuViewMoniter", Command::ViewMoniter, Str::ViewMoniter, u"moniter", u""},
+    {MainMenu::View, u"mnuViewSource", Command::ViewSource, Str::ViewSource, u"source", u""},
+    {MainMenu::Help, u"mnuHelpAbout", Command::HelpAbout, Str::HelpAbout, u"about", u""},
+};
+
+struct TopMenu
+{
+    MainMenu menu;
+    const char16_t *name;
+    Str caption;
+};
+
+constexpr TopMenu TopMenus[] = {
+    {MainMenu::File, u"mnuFile", Str::MenuFile},    {MainMenu::Realtime, u"mnuRealtime", Str::MenuRealtime},
+    {MainMenu::Data, u"mnuData", Str::MenuData},    {MainMenu::Setup, u"mnuSetup", Str::MenuSetup},
+    {MainMenu::View, u"mnuView", Str::MenuView},    {MainMenu::Help, u"mnuHelp", Str::MenuHelp},
+};
+
+struct ButtonEntry
+{
+    const char16_t *key;
+    Str tip;
+    Command command;
+    const char16_t *icon;
+    bool beginsGroup;
+};
+
+constexpr ButtonEntry MainButtons[] = {
+    {u"Open", Str::TipOpen, Command::FileOpen, u"open", false},
+    {u"Save", Str::TipSave, Command::FileSave, u"save", false},
+    {u"Forward", Str::TipForward, Command::FileForward, u"forward", false},
+    {u"New", Str::TipNew, Command::RealtimeNew, u"new", true},
+    {u"Start", Str::TipStart, Command::RealtimeStart, u"start", false},
+    {u"Mdata", Str::TipMemoryData, Command::DataMemory, u"mdata", false},
+    {u"Interval", Str::TipInterval, Command::SetupInterval, u"interval", true},
+    {u"Graph", Str::TipGraph, Command::SetupGraph, u"graph", false},
+    {u"Moniter", Str::TipMoniter, Command::ViewMoniter, u"moniter", true},
+    {u"Source", Str::TipSource, Command::ViewSource, u"source", false},
+};
+
+constexpr ButtonEntry SubButtons[] = {{u"Stop", Str::TipStop, Command::RealtimeStop, u"stop", false}};
+
+bool IsCheckable(Command command)
+{
+    return command == Command::ViewToolbar || command == Command::ViewStatusbar ||
+           command == Command::ViewMoniter || command == Command::ViewSource;
+}
+
+template <typename T>
+std::size_t Index(T value)
+{
+    return static_cast<std::size_t>(value);
+}
+
+} // namespace
+
+MainActions::MainActions(QMainWindow *window) : QObject(window), window_(window)
+{
+    BuildMenus();
+    BuildToolBars();
+    MakeIcons();
+}
+
+void MainActions::BuildMenus()
+{
+    for (const TopMenu &top : TopMenus) {
+        QMenu *const menu = window_->menuBar()->addMenu(Text(top.caption));
+        menu->setObjectName(QString::fromUtf16(top.name));
+        menus_.at(Index(top.menu)) = menu;
+    }
+    for (const MenuEntry &entry : MenuEntries) {
+        QMenu *const menu = Menu(entry.menu);
+        if (!entry.command) {
+            menu->addSeparator()->setObjectName(QString::fromUtf16(entry.name));
+            continue;
+        }
+        const Command command = *entry.command;
+        QAction *const item = menu->addAction(Text(entry.caption));
+        item->setObjectName(QString::fromUtf16(entry.name));
+        item->setShortcut(QKeySequence(QString::fromUtf16(entry.shortcut)));
+        item->setCheckable(IsCheckable(command));
+        connect(item, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
+        items_.at(Index(command)) = item;
+    }
+}
+
+void MainActions::BuildToolBars()
+{
+    const auto add = [this](QToolBar *bar, const ButtonEntry &entry) {
+        if (entry.beginsGroup)
+            bar->addSeparator();
+        const Command command = entry.command;
+        QAction *const button = bar->addAction(Text(entry.tip));
+        button->setObjectName(QString::fromUtf16(entry.key));
+        button->setCheckable(IsCheckable(command));
+        connect(button, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
+        buttons_.at(Index(command)) = button;
+    };
+    const auto makeBar = [this](const QString &name) {
+        QToolBar *const bar = window_->addToolBar(name);
+        bar->setObjectName(name);
+        bar->setMovable(false);
+        bar->setIconSize(QSize(24, 24));
+        bar->setContextMenuPolicy(Qt::PreventContextMenu);
+        return bar;
+    };
+    tbMain_ = makeBar(QStringLiteral("tbMain"));
+    for (const ButtonEntry &entry : MainButtons)
+        add(tbMain_, entry);
+    tbSub_ = makeBar(QStringLiteral("tbSub"));
+    for (const ButtonEntry &entry : SubButtons)
+        add(tbSub_, entry);
+    window_->setContextMenuPolicy(Qt::NoContextMenu);
+}
+
+void MainActions::MakeIcons()
+{
+    const QPalette palette = window_->palette();
+    for (const MenuEntry &entry : MenuEntries) {
+        if (entry.command && entry.icon[0] != u'\0')
+            Item(*entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
+    }
+    for (const ButtonEntry &entry : MainButtons)
+        Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
+    for (const ButtonEntry &entry : SubButtons)
+        Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
+}
+
+void MainActions::Show(const CommandStates &menus, const CommandStates &buttons)
+{
+    for (std::size_t i = 0; i < CommandCount; ++i) {
+        const auto command = static_cast<Command>(i);
+        const bool available = IsAvailable(command);
+        Item(command)->setEnabled(available && menus.IsEnabled(command));
+        if (QAction *const button = Button(command))
+            button->setEnabled(available && buttons.IsEnabled(command));
+    }
+}
+
+} // namespace px40

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "app/commandrules.h"
+
+#include <QObject>
+
+#include <array>
+
+class QAction;
+class QMainWindow;
+class QMenu;
+class QToolBar;
+
+namespace px40 {
+
+/// The top-level menus of the main window, in their order.
+enum class MainMenu { File, Realtime, Data, Setup, View, Help };
+constexpr std::size_t MainMenuCount = 6;
+
+/// Menus, tool bars and their actions, made from tables and told apart by command.
+///
+/// A menu item and a tool bar button of the same command are two actions, because the rules enable them
+/// apart. A button's object name is its key ("Open", "Mdata", ...).
+class MainActions : public QObject
+{
+    Q_OBJECT
+
+  public:
+    /// Adds everything to `window`, which owns it.
+    explicit MainActions(QMainWindow *window);
+
+    QMenu *Menu(MainMenu menu) const { return menus_.at(static_cast<std::size_t>(menu)); }
+    QAction *Item(Command command) const { return items_.at(static_cast<std::size_t>(command)); }
+    /// Null for a command without a button.
+    QAction *Button(Command command) const { return buttons_.at(static_cast<std::size_t>(command)); }
+    QToolBar *MainBar() const { return tbMain_; }
+    QToolBar *SubBar() const { return tbSub_; }
+
+    /// Enables what is enabled in the states and available in this version.
+    void Show(const CommandStates &menus, const CommandStates &buttons);
+
+    /// Draws the icons in the window's present colours.
+    void MakeIcons();
+
+  Q_SIGNALS:
+    void triggered(px40::Command command);
+
+  private:
+    void BuildMenus();
+    void BuildToolBars();
+
+    QMainWindow *window_;
+    std::array<QMenu *, MainMenuCount> menus_{};
+    std::array<QAction *, CommandCount> items_{};
+    std::array<QAction *, CommandCount> buttons_{};
+    QToolBar *tbMain_ = nullptr;
+    QToolBar *tbSub_ = nullptr;
+};
+
+} // namespace px40

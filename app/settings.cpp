@@ -1,0 +1,93 @@
+#include "app/settings.h"
+
+#include "platform/portmap.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QTemporaryFile>
+
+namespace px40 {
+
+namespace {
+
+constexpr qint64 LongestLine = 32768; // a path is shorter; what is longer is noise
+
+bool CanWriteIn(const QString &folder)
+{
+    // Access rights lie on network drives and below virtual stores; a file tells.
+    QTemporaryFile probe(folder + QStringLiteral("/px40-XXXXXX.tmp"));
+    return probe.open();
+}
+
+bool ReadLine(QFile *file, QString *text)
+{
+    if (file->atEnd())
+        return false;
+    QByteArray line = file->readLine(LongestLine);
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    *text = QString::fromLocal8Bit(line);
+    return true;
+}
+
+bool IsPortNumber(const QString &text, int *number)
+{
+    bool ok = false;
+    *number = text.trimmed().toInt(&ok);
+    return ok && *number >= PortMap::First && *number <= PortMap::Last;
+}
+
+} // namespace
+
+Paths PathsIn(const QString &folder)
+{
+    QString base = QDir::toNativeSeparators(folder);
+    if (!base.endsWith(QDir::separator()))
+        base += QDir::separator();
+    return {base + QStringLiteral("PX40AP.INI"), base + QStringLiteral("WORK.~~~")};
+}
+
+QString ChooseDataFolder(const QString &programFolder)
+{
+    if (CanWriteIn(programFolder))
+        return programFolder;
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+    QDir().mkpath(folder);
+    return folder;
+}
+
+void Settings::ReadFile()
+{
+    QFile file(paths_.IniPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    for (QString *const text : {&PortNumberText, &ForwardFileText, &ForwardTitleText}) {
+        if (!ReadLine(&file, text))
+            return;
+    }
+}
+
+void Settings::WriteSettingsFile()
+{
+    QSaveFile file(paths_.IniPath); // a full disk leaves the old settings
+    if (!file.open(QIODevice::WriteOnly))
+        return;
+    file.write(PortNumberText.toLocal8Bit() + "\r\n");
+    int number = 0;
+    if (!IsPortNumber(PortNumberText, &number))
+        PortNumberText = QStringLiteral("1");
+    file.write(ForwardFileText.toLocal8Bit() + "\r\n");
+    file.write(ForwardTitleText.toLocal8Bit() + "\r\n");
+    file.commit();
+}
+
+int Settings::PortNumber() const
+{
+    int number = 0;
+    return IsPortNumber(PortNumberText, &number) ? number : PortMap::First;
+}
+
+} // namespace px40

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+
+namespace px40 {
+
+/// Where the program keeps its two files.
+struct Paths
+{
+    QString IniPath;  ///< the settings file "PX40AP.INI"
+    QString WorkPath; ///< the work file "WORK.~~~" through which data files are read and written
+};
+
+/// Both files in that folder, with the platform's own separators and none doubled.
+Paths PathsIn(const QString &folder);
+
+/// The folder for them: the program's own if it can be written, else the user's data folder for the
+/// application, which is created.
+QString ChooseDataFolder(const QString &programFolder);
+
+/// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in the
+/// system's own encoding. Neither reading nor writing ever complains.
+class Settings
+{
+  public:
+    explicit Settings(const Paths &paths) : paths_(paths) {}
+
+    const Paths &GetPaths() const { return paths_; }
+
+    /// Lines that are missing leave their values as they are.
+    void ReadFile();
+
+    /// Writes the port number as it is, and then holds "1" in its place if it is none from 1 to 16.
+    void WriteSettingsFile();
+
+    /// The port number text as a number; 1 when it is none from 1 to 16.
+    int PortNumber() const;
+
+    QString PortNumberText;
+    QString ForwardFileText;
+    QString ForwardTitleText;
+
+  private:
+    Paths paths_;
+};
+
+} // namespace px40

@@ -1,0 +1,49 @@
+#include "app/startup.h"
+
+#include "app/frmmain.h"
+#include "app/frmsplash.h"
+#include "app/services.h"
+
+#include <memory>
+
+namespace px40 {
+
+namespace {
+constexpr int CheckIntervalMs = 1000;
+}
+
+QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash)
+{
+    services->settings.ReadFile();
+    // The simulated instrument stands on port 1 whatever the settings say.
+    services->comm.SetPortNumber(services->simulated ? PortMap::First : services->settings.PortNumber());
+
+    std::unique_ptr<frmSplash> card;
+    if (splash) {
+        card = std::make_unique<frmSplash>();
+        card->show();
+        co_await card->Wait();
+    }
+    services->ranges = BuildRangeLists();
+    services->state.StatusPolled = false;
+    window->ShowPlaced();
+    if (card) {
+        card->raise();
+        co_await card->Wait();
+        card.reset();
+    }
+    if (services->leaving)
+        co_return;
+
+    window->tmCheckStat.SetInterval(CheckIntervalMs);
+    const bool opened = co_await services->comm.OpenPort();
+    if (!opened && !services->leaving) {
+        window->tmCheckStat.SetInterval(0);
+        window->tmCheckStat.SetEnabled(false);
+        co_await window->RunPortDialog();
+    }
+    if (!services->leaving)
+        window->tmCheckStat.SetEnabled(true);
+}
+
+} // namespace px40

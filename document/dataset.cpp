@@ -1,0 +1,206 @@
+#include "document/dataset.h"
+
+#include "link/linkstate.h"
+#include "resources/strings.h"
+
+#include <algorithm>
+
+namespace px40 {
+
+namespace {
+
+QString Bracketed(const QString &heading, const QString &text)
+{
+    return heading + QStringLiteral("[ ") + text + QStringLiteral(" ]");
+}
+
+int NextNewNumber(int last)
+{
+    constexpr int Highest = 32767;
+    return last >= Highest ? 1 : last + 1;
+}
+
+} // namespace
+
+int DataKind(const QString &kind)
+{
+    for (const int code : {KindMemory, KindRealtime, KindReserved, KindSave}) {
+        if (kind == QString::number(code))
+            return code;
+    }
+    return KindUnknown;
+}
+
+DataSet::DataSet(LinkState &state, DocumentShared &shared)
+    : state_(&state), shared_(&shared), table_(shared.MemoryNumbers)
+{
+}
+
+void DataSet::OpenNew(int kind)
+{
+    kind_ = QString::number(kind);
+    SetPanel(Panel::Label, Text(kind == KindMemory     ? Str::MemoryModeData
+                                : kind == KindRealtime ? Str::RealtimeData
+                                                       : Str::SaveModeData));
+    if (kind == KindRealtime) {
+        SetInterval({QStringLiteral("00"), QStringLiteral("00"), QStringLiteral("00"), QStringLiteral("05")});
+        SetPeriod(true, {});
+    }
+    SetGraphcount(20);
+    PaintGraphtop();
+    SetAxisX(true, 1, 1);
+    SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
+    statistics_ = {};
+    saved_ = true;
+    fileName_.clear();
+    shared_->NewCount = NextNewNumber(shared_->NewCount);
+    caption_ = QString::number(shared_->NewCount) + QStringLiteral("New");
+    Q_EMIT captionChanged(caption_);
+}
+
+bool DataSet::AddGridrow()
+{
+    if (table_.Samples() >= TableModel::MaxSamples) {
+        state_->ErrorMessage = Text(Str::TableFull);
+        return false;
+    }
+    if (table_.Samples() == table_.TableRows())
+        table_.AppendTableRow();
+    return true;
+}
+
+void DataSet::Append(const QString &time, const QString &data, const QString &meas, const QString &srcData,
+                     const QString &srcMeas)
+{
+    table_.AppendSample({time, data, meas, srcData, srcMeas});
+    saved_ = false;
+}
+
+bool DataSet::Count(const QString &data)
+{
+    const std::optional<float> value = ReadingNumber(data);
+    if (value)
+        statistics_.Add(*value, table_.Samples());
+    return value.has_value();
+}
+
+void DataSet::AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
+                      const QString &srcMeas)
+{
+    Append(time, data, meas, srcData, srcMeas);
+    Count(data);
+}
+
+void DataSet::AddRealtimedata(const QString &time, const QString &data, const QString &meas,
+                              const QString &srcData, const QString &srcMeas, bool valid)
+{
+    Append(time, data, meas, srcData, srcMeas);
+    scroll_.Follow(table_.Samples(), graph_.count);
+    progressValue_ = std::min(progressValue_ + 1, progressMaximum_);
+    Q_EMIT progressChanged();
+    Q_EMIT sampleFollowed(table_.Samples());
+    if (valid && Count(data))
+        DispCalculation();
+    Q_EMIT graphChanged();
+}
+
+void DataSet::DispCalculation()
+{
+    if (statistics_.validCount == 0)
+        return;
+    SetPanel(Panel::Max, GetDispmax(true));
+    SetPanel(Panel::Min, GetDispmin(true));
+    SetPanel(Panel::Avg, GetDispavg());
+}
+
+QString DataSet::ExtremeText(qint32 sample, bool number) const
+{
+    if (sample == 0)
+        return {};
+    const bool saveMode = DataKind(kind_) == KindSave; // its second column says nothing
+    QStringList parts;
+    if (number || saveMode)
+        parts << Bracketed(table_.Heading(0), QString::number(sample));
+    for (int column = saveMode ? 2 : 1; column <= 3; ++column)
+        parts << Bracketed(table_.Heading(column), table_.Cell(sample, column));
+    return parts.join(QStringLiteral("   "));
+}
+
+void DataSet::SetInterval(const Duration &interval)
+{
+    interval_ = interval;
+    saved_ = false;
+    SetPanel(Panel::Interval, DurationText(interval));
+}
+
+void DataSet::DispInterval(const QString &sec)
+{
+    SetPanel(Panel::Interval, sec + QStringLiteral("s"));
+}
+
+void DataSet::SetPeriod(bool none, const Duration &period)
+{
+    periodNone_ = none;
+    period_ = period;
+    saved_ = false;
+    SetPanel(Panel::Period, none ? QString() : DurationText(period));
+}
+
+void DataSet::SetGraphcount(int count)
+{
+    graph_.count = count;
+    Q_EMIT graphChanged();
+}
+
+void DataSet::SetAxisX(bool automatic, int divPerLabel, int divPerTick)
+{
+    graph_.xAuto = automatic;
+    if (!automatic) {
+        graph_.xLabels = divPerLabel;
+        graph_.xTicks = divPerTick;
+    }
+    SetPanel(Panel::X, Text(automatic ? Str::Automatic : Str::Custom));
+    Q_EMIT graphChanged();
+}
+
+void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv,
+                       int minorDiv)
+{
+    graph_.yAuto = automatic;
+    graph_.yMinimum = minVal;
+    graph_.yMaximum = maxVal;
+    graph_.yMajor = majorDiv;
+    graph_.yMinor = minorDiv;
+    Q_EMIT graphChanged();
+}
+
+void DataSet::CancelXauto()
+{
+    SetAxisX(false, graph_.xLabels, graph_.xTicks);
+}
+
+void DataSet::PaintGraphtop()
+{
+    scroll_.ToTop(table_.Samples(), graph_.count);
+    Q_EMIT graphChanged();
+}
+
+void DataSet::IniProgress(int maximum)
+{
+    progressValue_ = 0;
+    progressMaximum_ = maximum;
+    Q_EMIT progressChanged();
+}
+
+void DataSet::ShowGrid(bool shown)
+{
+    Q_EMIT gridShown(shown);
+}
+
+void DataSet::SetPanel(Panel panel, const QString &text)
+{
+    panels_.at(static_cast<std::size_t>(panel)) = text;
+    Q_EMIT panelChanged(panel, text);
+}
+
+} // namespace px40

@@ -1,0 +1,148 @@
+#pragma once
+
+#include "document/duration.h"
+#include "document/graphsettings.h"
+#include "document/statistics.h"
+#include "document/tablemodel.h"
+#include "link/datasink.h"
+
+#include <QObject>
+#include <QString>
+
+#include <array>
+
+namespace px40 {
+
+struct LinkState;
+
+/// What all data sets of the program share; owned by the application.
+struct DocumentShared
+{
+    int NewCount = 0;           ///< number of the last new data set of this run
+    bool MemoryNumbers = false; ///< data sets made now head their second column as a memory number
+};
+
+/// Where a data set came from.
+enum DataKindCode : int {
+    KindMemory = 0,
+    KindUnknown = 1,
+    KindRealtime = 2,
+    KindReserved = 3,
+    KindSave = 4,
+};
+
+/// The code of a kind text: "0", "2", "3" and "4" give their number, any other text gives 1.
+int DataKind(const QString &kind);
+
+/// The texts below the table.
+enum class Panel { Label, Max, Interval, Min, Period, Avg, X };
+constexpr int PanelCount = 7;
+
+/// One data set: its rows, statistics, interval, period and graph settings, and every operation by which
+/// the rest of the program drives it. A data window shows it; it can do without one.
+///
+/// Sample numbers are 1-based. Texts are stored exactly as given; the caller decodes replies.
+class DataSet : public QObject, public DataSink
+{
+    Q_OBJECT
+
+  public:
+    /// `state` (for error texts) and `shared` must outlive the data set. The heading of the second column
+    /// is fixed here.
+    DataSet(LinkState &state, DocumentShared &shared);
+
+    /// Makes this a new, empty data set of that kind with the next number as its caption.
+    void OpenNew(int kind);
+
+    bool AddGridrow() override;
+    void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
+                 const QString &srcMeas) override;
+
+    /// Like `AddData`, and moves graph and progress bar along. `valid`: the reading enters the statistics,
+    /// if it is a number.
+    void AddRealtimedata(const QString &time, const QString &data, const QString &meas,
+                         const QString &srcData, const QString &srcMeas, bool valid);
+
+    int GetDatacount() const override { return table_.Samples(); }
+    QString GetFilename() const { return fileName_; }
+
+    /// Shows maximum, minimum and average; without a valid reading the panels keep what they show.
+    void DispCalculation() override;
+    /// The maximum as "TIME[ … ]   DATA[ … ]   MODE[ … ]", with `number` the sample number first.
+    QString GetDispmax(bool number) const { return ExtremeText(statistics_.maxRow, number); }
+    QString GetDispmin(bool number) const { return ExtremeText(statistics_.minRow, number); }
+    QString GetDispavg() const { return statistics_.AverageText(); }
+
+    void SetInterval(const Duration &interval);
+    Duration GetInterval() const { return interval_; }
+    qint32 GetIntervalcount() const { return DurationSeconds(interval_); }
+    /// The sampling interval of a MEMORY-mode set, in seconds as text.
+    void DispInterval(const QString &sec);
+
+    /// `none`: acquire until stopped.
+    void SetPeriod(bool none, const Duration &period);
+    Duration GetPeriod() const { return period_; }
+    bool GetPeriodnone() const { return periodNone_; }
+    qint32 GetPeriodcount() const { return DurationSeconds(period_); }
+
+    void SetGraphcount(int count) override;
+    QString GetGraphcount() const { return QString::number(graph_.count); }
+    void SetAxisX(bool automatic, int divPerLabel, int divPerTick);
+    /// The limits are kept as the texts given.
+    void SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv, int minorDiv);
+    void CancelXauto();
+    /// Back to the first sample.
+    void PaintGraphtop() override;
+    const GraphSettings &Graph() const { return graph_; }
+    const GraphScroll &Scroll() const { return scroll_; }
+
+    /// Progress from 0 to `maximum`.
+    void IniProgress(int maximum);
+    int ProgressMaximum() const { return progressMaximum_; }
+    int ProgressValue() const { return progressValue_; }
+
+    void ShowGrid(bool shown) override;
+
+    QString Kind() const { return kind_; }
+    bool Saved() const { return saved_; }
+    void MarkSaved() { saved_ = true; }
+    QString Caption() const { return caption_; }
+    QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
+    const Statistics &Calculation() const { return statistics_; }
+    const TableModel &Table() const { return table_; }
+    TableModel &Table() { return table_; }
+
+  Q_SIGNALS:
+    void panelChanged(px40::Panel panel, const QString &text);
+    void captionChanged(const QString &caption);
+    void gridShown(bool shown);
+    void sampleFollowed(int sample); ///< the view is to follow this new sample (1-based)
+    void progressChanged();
+    void graphChanged();
+
+  private:
+    void SetPanel(Panel panel, const QString &text);
+    QString ExtremeText(qint32 sample, bool number) const;
+    void Append(const QString &time, const QString &data, const QString &meas, const QString &srcData,
+                const QString &srcMeas);
+    bool Count(const QString &data);
+
+    LinkState *state_;
+    DocumentShared *shared_;
+    TableModel table_;
+    Statistics statistics_;
+    GraphSettings graph_;
+    GraphScroll scroll_;
+    QString fileName_;
+    QString kind_;
+    QString caption_;
+    Duration interval_;
+    Duration period_;
+    std::array<QString, PanelCount> panels_;
+    int progressMaximum_ = 0;
+    int progressValue_ = 0;
+    bool periodNone_ = true;
+    bool saved_ = true;
+};
+
+} // namespace px40

@@ -1,0 +1,53 @@
+#include "document/panelbar.h"
+
+#include <QFontMetrics>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+
+namespace px40 {
+
+PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layout_(new QHBoxLayout(this))
+{
+    setObjectName(name);
+    layout_->setContentsMargins(0, 0, 0, 0);
+    layout_->setSpacing(4);
+}
+
+void PanelBar::AddPanel(const QString &key, const QString &caption, int width)
+{
+    auto *const panel = new QFrame(this);
+    panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    auto *const row = new QHBoxLayout(panel);
+    row->setContentsMargins(6, 1, 6, 1);
+    row->setSpacing(8);
+
+    auto *const captionLabel = new QLabel(caption, panel);
+    captionLabel->setForegroundRole(QPalette::PlaceholderText);
+    auto *const value = new QLabel(panel);
+    value->setObjectName(key);
+    value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    value->setMinimumWidth(1); // a long text is cut, it does not widen the window
+    value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    row->addWidget(captionLabel);
+    row->addWidget(value, 1);
+
+    if (width > 0)
+        panel->setFixedWidth(fontMetrics().averageCharWidth() * width);
+    layout_->addWidget(panel, width > 0 ? 0 : 1);
+    values_.insert(key, value);
+}
+
+void PanelBar::SetText(const QString &key, const QString &text)
+{
+    QLabel *const value = values_.value(key);
+    value->setText(text);
+    value->setToolTip(text);
+}
+
+QString PanelBar::PanelText(const QString &key) const
+{
+    return values_.value(key)->text();
+}
+
+} // namespace px40

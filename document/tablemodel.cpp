@@ -1,0 +1,67 @@
+#include "document/tablemodel.h"
+
+#include "resources/strings.h"
+
+namespace px40 {
+
+TableModel::TableModel(bool memoryNumbers, QObject *parent)
+    : QAbstractTableModel(parent),
+      headings_{Text(Str::HeadingNumber), Text(memoryNumbers ? Str::HeadingNumber : Str::HeadingTime),
+                Text(Str::HeadingData),   Text(Str::HeadingMode),
+                Text(Str::HeadingData),   Text(Str::HeadingSource)}
+{
+}
+
+int TableModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : tableRows_;
+}
+
+int TableModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : Columns;
+}
+
+QVariant TableModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const int column = index.column();
+    if (role == Qt::DisplayRole)
+        return Cell(index.row() + 1, column);
+    if (role == Qt::TextAlignmentRole) {
+        const bool number = column == 0 || column == 2 || column == 4;
+        return QVariant::fromValue(Qt::AlignVCenter | (number ? Qt::AlignRight : Qt::AlignLeft));
+    }
+    return {};
+}
+
+QVariant TableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < Columns)
+        return headings_.at(section);
+    return {};
+}
+
+QString TableModel::Cell(qint32 sample, int column) const
+{
+    if (column == 0)
+        return QString::number(sample);
+    return sample >= 1 && sample <= Samples() ? rows_.Cell(sample - 1, column - 1) : QString();
+}
+
+void TableModel::AppendTableRow()
+{
+    beginInsertRows({}, tableRows_, tableRows_);
+    ++tableRows_;
+    endInsertRows();
+}
+
+void TableModel::AppendSample(const RowStore::Row &texts)
+{
+    rows_.Append(texts);
+    const int row = Samples() - 1;
+    Q_EMIT dataChanged(index(row, 0), index(row, Columns - 1), {Qt::DisplayRole});
+}
+
+} // namespace px40

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "document/rowstore.h"
+
+#include <QAbstractTableModel>
+#include <QStringList>
+
+#include <limits>
+
+namespace px40 {
+
+/// The table of a data set, which is also its store: six columns, of which the first is the sample number
+/// and the others are texts kept exactly as given.
+///
+/// The table has at least one row, and may have rows behind the last sample that show only their number.
+class TableModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+  public:
+    static constexpr int Columns = 6;
+    static constexpr qint32 MaxSamples = std::numeric_limits<qint32>::max() - 1;
+
+    /// `memoryNumbers`: the second column is headed as a memory number instead of a time.
+    explicit TableModel(bool memoryNumbers, QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    /// Heading of a column, 0 to 5.
+    QString Heading(int column) const { return headings_.at(column); }
+
+    /// Text of a cell; `sample` is 1-based, `column` 0 to 5. Empty behind the last sample, but for the number.
+    QString Cell(qint32 sample, int column) const;
+
+    qint32 Samples() const { return static_cast<qint32>(rows_.Count()); }
+    int TableRows() const { return tableRows_; }
+
+    void AppendTableRow();
+
+    /// Puts the next sample into its row, which must be there.
+    void AppendSample(const RowStore::Row &texts);
+
+    const RowStore &Rows() const { return rows_; }
+
+  private:
+    RowStore rows_;
+    QStringList headings_;
+    int tableRows_ = 1;
+};
+
+} // namespace px40

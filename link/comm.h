@@ -1,0 +1,112 @@
+#pragma once
+
+#include "platform/oneshot.h"
+#include "platform/serialport.h"
+#include "platform/timer.h"
+
+#include <QCoro/QCoroTask>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+
+#include <deque>
+#include <optional>
+
+namespace px40 {
+
+class PortMap;
+class ProgressView;
+class Prompts;
+struct LinkState;
+
+/// The one command channel to the instrument: a command goes out, its one-line reply comes back.
+///
+/// A command is its text and CR LF; a reply is the text before the first LF, less the character before it
+/// (the CR). Characters are Latin-1, byte for byte. Exchanges never overlap: a second caller waits its
+/// turn. Everything runs on the user-interface thread.
+class Comm : public QObject
+{
+    Q_OBJECT
+
+  public:
+    static constexpr int DefaultReplyTimeoutMs = 1000;
+
+    /// Longest reply kept; what follows up to the LF is noise and is dropped.
+    static constexpr int MaxReplyLength = 4096;
+
+    /// What is handed in must outlive the channel.
+    Comm(LinkState &state, PortMap &ports, Prompts &prompts, int replyTimeoutMs = DefaultReplyTimeoutMs,
+         QObject *parent = nullptr);
+    ~Comm() override;
+
+    /// The port number to open next, 1 to 16.
+    void SetPortNumber(int number) { portNumber_ = number; }
+    int PortNumber() const { return portNumber_; }
+
+    /// Opens the configured port. On failure shows why and returns false when the box is closed.
+    QCoro::Task<bool> OpenPort();
+    bool IsOpen() const { return port_.IsOpen(); }
+
+    /// Closes the port; a waiting exchange ends with false.
+    void ClosePort();
+
+    /// Closes the port for good: every exchange, also a queued or a later one, ends with false.
+    void Shut();
+
+    /// One exchange. True when a reply stands in `RecvBuffer`; false after `attempts` silent time-outs, or
+    /// at once when the running work was cancelled (no message) or the port is closed.
+    ///
+    /// A reply that comes after its attempt has timed out is never taken for the answer to the next
+    /// command: before that one goes out, what the instrument still owes is received and dropped, for at
+    /// most one time-out.
+    QCoro::Task<bool> SendCommand(QString command, int attempts);
+
+    /// To be called by whoever has set `DownloadCancel` or `RealtimeStop`: a waiting exchange looks at them.
+    void FlagsChanged();
+
+    /// The dialog whose Cancel is disabled when a download has timed out; may be null.
+    void SetProgressView(ProgressView *progress) { progress_ = progress; }
+
+    /// The reply time-out. Silencing it leaves only a reply, a flag or the closing of the port to end the
+    /// attempt.
+    Timer &tmTimeout() { return timeout_; }
+
+  Q_SIGNALS:
+    void portChanged();                   ///< opened or closed
+    void portLost(const QString &reason); ///< the device has gone; the port is closed
+
+  private:
+    QCoro::Task<bool> TakeTurn();
+    void EndTurn();
+    QCoro::Task<bool> Exchange(QString command, int attempts);
+    QCoro::Task<bool> DropOwedReplies();
+    bool BeginAttempt(const QString &command);
+    bool Interrupted() const;
+    void Wake();
+    QCoro::Task<void> NextEvent();
+
+    void OnArrived();
+    void OnTimeout();
+    void OnLost(const QString &reason);
+    void Receive(const QByteArray &bytes);
+    bool ReplyComplete();
+
+    LinkState *state_;
+    PortMap *ports_;
+    Prompts *prompts_;
+    ProgressView *progress_ = nullptr;
+    SerialPort port_;
+    Timer timeout_;
+    QElapsedTimer sentAt_;
+    std::optional<OneShot<bool>> waiting_;
+    std::deque<OneShot<bool>> turns_;
+    qsizetype scanned_ = 0; ///< characters of RecvBuffer known to hold no LF
+    int portNumber_ = 1;
+    int closings_ = 0; ///< how often the port was closed: an exchange belongs to one opening
+    int owed_ = 0;     ///< replies that may still come to attempts that were given up
+    bool dropping_ = false;
+    bool exchanging_ = false;
+    bool shut_ = false;
+};
+
+} // namespace px40

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QString>
+
+namespace px40 {
+
+/// What the link is being used for: it decides how arriving characters are handled and which cancel flag
+/// an exchange watches.
+enum LinkActivityCode : int {
+    ActivityForwarding = 0,
+    ActivityDownload = 1,
+    ActivityRealtime = 3,           ///< receives only while `ReceiveGate` is set
+    ActivityRealtimeTransition = 4, ///< real-time starting or finishing
+    ActivityGated = 5,              ///< handled like `ActivityRealtime`; nothing sets it
+    ActivityRealtimeStopping = 6,
+    ActivityIdle = 7,
+    ActivityStatusCheck = 8,
+    ActivityMonitorCommand = 9,
+    ActivitySourceCommand = 10,
+};
+
+enum ExchangeStateCode : int {
+    ExchangeComplete = 0,
+    ExchangeWaiting = 1,
+    ExchangeTimedOut = 2,
+};
+
+/// The shared vocabulary of the link: one instance, owned by the application, handed down by reference.
+/// Plain values without behaviour; `Comm` and `LinkGate` say when they change.
+struct LinkState
+{
+    QString RecvBuffer;      ///< characters of the reply under way; after an exchange the reply without CR LF
+    qint16 ReplyLength = 0;  ///< length of the last complete reply
+    QString LastCommand;     ///< the last command sent, without CR LF
+    QString ErrorMessage;    ///< why the last procedure failed; shown once by the operation that started it
+    QString ForwardErrorText; ///< why the last forwarding failed
+    int ExchangeState = ExchangeComplete;
+    int LinkActivity = ActivityIdle;
+
+    bool LinkBusy = false;       ///< an exchange or a download owns the link; change it through `LinkGate`
+    bool StatusYield = false;    ///< a command waits for the link: the status check gives way
+    bool StatusPolled = false;   ///< a status cycle has begun since start-up
+    bool DownloadCancel = false; ///< Cancel was pressed during a download
+    bool CancelRequest = false;  ///< Cancel was pressed during forwarding
+    bool RealtimeStop = false;   ///< real-time receive is to stop
+    bool ReceiveGate = false;    ///< lets input in while real-time receive runs
+    bool MonitorOpen = false;    ///< the MEASURE window is open
+    bool SourceOpen = false;     ///< the SOURCE window is open
+};
+
+/// Windows may close only while the link is idle or a timer has it for a moment.
+inline bool MayCloseDuring(int linkActivity)
+{
+    return linkActivity >= ActivityIdle && linkActivity <= ActivitySourceCommand;
+}
+
+} // namespace px40

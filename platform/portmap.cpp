@@ -1,0 +1,80 @@
+#include "platform/portmap.h"
+
+#include "platform/userstore.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSerialPortInfo>
+
+namespace px40 {
+
+namespace {
+
+QString StoreKey(int number)
+{
+    return QStringLiteral("PortDevice%1").arg(number);
+}
+
+const QString &Section()
+{
+    static const QString section = QStringLiteral("Settings");
+    return section;
+}
+
+} // namespace
+
+bool PortMap::CanAssign()
+{
+#ifdef Q_OS_WIN
+    return false;
+#else
+    return true;
+#endif
+}
+
+QString PortMap::Device(int number) const
+{
+    if (const auto fixed = fixed_.find(number); fixed != fixed_.end())
+        return *fixed;
+    if (!CanAssign())
+        return QStringLiteral("COM%1").arg(number);
+    return store_->Get(Section(), StoreKey(number), QString());
+}
+
+void PortMap::Assign(int number, const QString &path)
+{
+    store_->Save(Section(), StoreKey(number), LastingName(path));
+}
+
+QList<PortDevice> PortMap::LiveDevices()
+{
+    QList<PortDevice> devices;
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    devices.reserve(ports.size());
+    for (const QSerialPortInfo &port : ports) {
+        PortDevice device;
+        device.path = LastingName(port.systemLocation());
+        device.description = port.description();
+        if (!port.manufacturer().isEmpty() && !device.description.contains(port.manufacturer()))
+            device.description.prepend(port.manufacturer() + QLatin1Char(' '));
+        device.serialNumber = port.serialNumber();
+        devices.append(device);
+    }
+    return devices;
+}
+
+QString PortMap::LastingName(const QString &path)
+{
+    const QString device = QFileInfo(path).canonicalFilePath();
+    if (device.isEmpty())
+        return path;
+    const QDir byId(QStringLiteral("/dev/serial/by-id"));
+    const QFileInfoList links = byId.entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot);
+    for (const QFileInfo &link : links) {
+        if (link.canonicalFilePath() == device)
+            return link.filePath();
+    }
+    return path;
+}
+
+} // namespace px40

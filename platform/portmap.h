@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QList>
+#include <QMap>
+#include <QString>
+
+namespace px40 {
+
+class UserStore;
+
+/// A serial device that is plugged in now.
+struct PortDevice
+{
+    QString path;         ///< the most lasting name it has
+    QString description;  ///< what the system calls it; may be empty
+    QString serialNumber; ///< may be empty
+};
+
+/// Which device stands behind a port number, 1 to 16.
+///
+/// On Windows number N is COMN. Elsewhere a number is a slot to which the user assigns a device; the
+/// assignment is kept in the per-user store and stays when other devices come and go. A device fixed for
+/// this run (from the command line, or the simulated instrument) goes before it and is not kept.
+class PortMap
+{
+  public:
+    static constexpr int First = 1;
+    static constexpr int Last = 16;
+
+    /// `store` must outlive the map.
+    explicit PortMap(UserStore &store) : store_(&store) {}
+
+    /// False where the numbers are the system's own.
+    static bool CanAssign();
+
+    /// Path or name of the device; empty when none is assigned.
+    QString Device(int number) const;
+
+    void Assign(int number, const QString &path);
+
+    void Fix(int number, const QString &path) { fixed_.insert(number, path); }
+    bool IsFixed(int number) const { return fixed_.contains(number); }
+
+    static QList<PortDevice> LiveDevices();
+
+    /// The lasting name of a device (below /dev/serial/by-id), or `path` itself when it has none.
+    static QString LastingName(const QString &path);
+
+  private:
+    UserStore *store_;
+    QMap<int, QString> fixed_;
+};
+
+} // namespace px40

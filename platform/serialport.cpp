@@ -1,0 +1,118 @@
+#include "platform/serialport.h"
+
+#include <QFileInfo>
+#include <QSerialPort>
+
+namespace px40 {
+
+namespace {
+
+/// Judges the device before the serial class does, whose words do not tell these cases apart.
+PortTrouble LookAt(const QString &device, QString *group)
+{
+#ifdef Q_OS_UNIX
+    const QFileInfo info(device);
+    if (!info.exists())
+        return PortTrouble::NotPlugged;
+    if (!info.isReadable() || !info.isWritable()) {
+        *group = QFileInfo(info.canonicalFilePath()).group();
+        return PortTrouble::NoPermission;
+    }
+#else
+    Q_UNUSED(device)
+    Q_UNUSED(group)
+#endif
+    return PortTrouble::None;
+}
+
+PortTrouble FromError(QSerialPort::SerialPortError error)
+{
+    switch (error) {
+    case QSerialPort::DeviceNotFoundError:
+        return PortTrouble::NotPlugged;
+    case QSerialPort::PermissionError: // the device itself can be used, so somebody holds its lock
+        return PortTrouble::Busy;
+    default:
+        return PortTrouble::Other;
+    }
+}
+
+bool EndsTheLine(QSerialPort::SerialPortError error)
+{
+    return error == QSerialPort::ResourceError || error == QSerialPort::ReadError ||
+           error == QSerialPort::WriteError;
+}
+
+} // namespace
+
+SerialPort::SerialPort(QObject *parent) : QObject(parent) {}
+
+SerialPort::~SerialPort()
+{
+    Drop();
+}
+
+PortOpenResult SerialPort::Open(const QString &device)
+{
+    Drop();
+    PortOpenResult result;
+    result.device = device;
+    result.trouble = LookAt(device, &result.group);
+    if (result.trouble != PortTrouble::None)
+        return result;
+
+    // One device must have one name, or the lock against a second program does not hold.
+    const QString canonical = QFileInfo(device).canonicalFilePath();
+    auto port = std::make_unique<QSerialPort>();
+    port->setPortName(canonical.isEmpty() ? device : canonical);
+    port->setBaudRate(QSerialPort::Baud9600);
+    port->setParity(QSerialPort::NoParity);
+    port->setDataBits(QSerialPort::Data8);
+    port->setStopBits(QSerialPort::TwoStop);
+    port->setFlowControl(QSerialPort::NoFlowControl);
+    if (!port->open(QIODevice::ReadWrite)) {
+        result.trouble = FromError(port->error());
+        result.description = port->errorString();
+        return result;
+    }
+    port->setDataTerminalReady(true);
+    port->clearError();
+    connect(port.get(), &QSerialPort::readyRead, this, &SerialPort::arrived);
+    connect(port.get(), &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
+        if (!port_ || !EndsTheLine(error))
+            return;
+        const QString reason = port_->errorString();
+        Drop(); // left open it would signal the same error without pause
+        Q_EMIT lost(reason);
+    });
+    port_ = std::move(port);
+    return result;
+}
+
+void SerialPort::Close()
+{
+    Drop();
+}
+
+bool SerialPort::Write(const QByteArray &bytes)
+{
+    return port_ && port_->write(bytes) == bytes.size();
+}
+
+QByteArray SerialPort::ReadAll()
+{
+    return port_ ? port_->readAll() : QByteArray();
+}
+
+void SerialPort::Drop()
+{
+    if (!port_)
+        return;
+    // This may run inside one of the port's own signals, so the object goes later.
+    QSerialPort *const port = port_.release();
+    port->disconnect(this);
+    port->close();
+    port->deleteLater();
+}
+
+} // namespace px40

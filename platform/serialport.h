@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class QSerialPort;
+
+namespace px40 {
+
+enum class PortTrouble { None, NotPlugged, NoPermission, Busy, Other };
+
+/// Why a port could not be opened.
+struct PortOpenResult
+{
+    PortTrouble trouble = PortTrouble::None;
+    QString device;      ///< the device as it was asked for
+    QString group;       ///< with NoPermission: the group that owns the device, where that is known
+    QString description; ///< the system's own words
+};
+
+/// The serial line to the instrument: 9600 baud, no parity, 8 data bits, 2 stop bits, no handshake.
+///
+/// An unplugged adapter or a hung-up line closes the port at the first error and is told once by `lost`.
+/// Modem lines that a device does not have (pseudo-terminals, some adapters) are no error.
+class SerialPort : public QObject
+{
+    Q_OBJECT
+
+  public:
+    explicit SerialPort(QObject *parent = nullptr);
+    ~SerialPort() override;
+
+    PortOpenResult Open(const QString &device);
+    void Close();
+    bool IsOpen() const { return port_ != nullptr; }
+
+    /// Hands bytes to the line. False on a closed port.
+    bool Write(const QByteArray &bytes);
+
+    /// All that has arrived and was not read yet.
+    QByteArray ReadAll();
+
+  Q_SIGNALS:
+    void arrived();                   ///< there is something to read
+    void lost(const QString &reason); ///< the port has just been closed because the device is gone
+
+  private:
+    void Drop();
+
+    std::unique_ptr<QSerialPort> port_;
+};
+
+} // namespace px40

@@ -1,0 +1,45 @@
+#include "platform/userstore.h"
+
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+QString FullKey(const QString &section, const QString &key)
+{
+    return section + QLatin1Char('/') + key;
+}
+
+} // namespace
+
+UserStore::UserStore(const QString &application) : settings_(std::make_unique<QSettings>(application)) {}
+
+UserStore::UserStore(std::unique_ptr<QSettings> settings) : settings_(std::move(settings)) {}
+
+UserStore UserStore::InFile(const QString &path)
+{
+    return UserStore(std::make_unique<QSettings>(path, QSettings::IniFormat));
+}
+
+QString UserStore::Get(const QString &section, const QString &key, const QString &fallback) const
+{
+    return settings_->value(FullKey(section, key), fallback).toString();
+}
+
+double UserStore::GetNumber(const QString &section, const QString &key, double fallback) const
+{
+    bool ok = false;
+    const double value = Get(section, key, QString()).toDouble(&ok);
+    return ok && std::isfinite(value) ? value : fallback;
+}
+
+void UserStore::Save(const QString &section, const QString &key, const QString &text)
+{
+    if (text.isEmpty())
+        settings_->remove(FullKey(section, key));
+    else
+        settings_->setValue(FullKey(section, key), text);
+}
+
+} // namespace px40

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QSettings>
+#include <QString>
+
+#include <memory>
+
+namespace px40 {
+
+/// Texts kept per user between runs, by section and key (window positions, the devices behind the ports).
+class UserStore
+{
+  public:
+    /// The store of the application of that name for the user who runs it.
+    explicit UserStore(const QString &application);
+
+    /// A store in a file of its own, for tests.
+    static UserStore InFile(const QString &path);
+
+    QString Get(const QString &section, const QString &key, const QString &fallback) const;
+
+    /// The kept text as a number; `fallback` when there is none or it is not a finite number.
+    double GetNumber(const QString &section, const QString &key, double fallback) const;
+
+    /// An empty text removes the key.
+    void Save(const QString &section, const QString &key, const QString &text);
+
+  private:
+    explicit UserStore(std::unique_ptr<QSettings> settings);
+
+    std::unique_ptr<QSettings> settings_;
+};
+
+} // namespace px40

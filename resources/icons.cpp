@@ -1,0 +1,206 @@
+#include "resources/icons.h"
+
+#include <QColor>
+#include <QFile>
+#include <QIconEngine>
+#include <QLoggingCategory>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+using namespace Qt::Literals::StringLiterals;
+
+// The macro declares a function of the global namespace. Without the call a linker drops the resources of
+// a static library.
+static void InitResources()
+{
+    Q_INIT_RESOURCE(px40);
+}
+
+namespace px40 {
+namespace {
+
+Q_LOGGING_CATEGORY(lcResources, "px40.resources")
+
+constexpr double disabledOpacity = 0.35;
+constexpr double leastContrast = 3.5;
+
+struct Colours
+{
+    QColor ink;
+    QColor muted;
+    QColor accent;
+};
+
+QColor Mix(const QColor &from, const QColor &to, double share)
+{
+    const auto channel = [share](int a, int b) { return static_cast<int>(std::lround(a + (b - a) * share)); };
+    return QColor(channel(from.red(), to.red()), channel(from.green(), to.green()),
+                  channel(from.blue(), to.blue()));
+}
+
+double Luminance(const QColor &colour)
+{
+    const auto linear = [](double v) {
+        return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double Contrast(const QColor &a, const QColor &b)
+{
+    const double la = Luminance(a);
+    const double lb = Luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+/// `colour` itself where it stands out from `ground`, else the first step from it towards `ink` that does.
+QColor Readable(const QColor &colour, const QColor &ground, const QColor &ink)
+{
+    constexpr int steps = 16;
+    QColor result = colour;
+    for (int i = 1; i <= steps && Contrast(result, ground) < leastContrast; ++i)
+        result = Mix(colour, ink, static_cast<double>(i) / steps);
+    return result;
+}
+
+Colours ColoursOf(const QPalette &palette)
+{
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    const QColor accent = palette.color(QPalette::Active, QPalette::Highlight);
+    return {ink, Readable(Mix(ink, ground, 0.4), ground, ink), Readable(accent, ground, ink)};
+}
+
+/// The drawing in file `path`, its three placeholder colours replaced. Null where there is no such file.
+std::shared_ptr<QSvgRenderer> LoadDrawing(const QString &path, const Colours &colours)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    QByteArray svg = file.readAll();
+    svg.replace("#010203", colours.ink.name().toLatin1());
+    svg.replace("#010204", colours.muted.name().toLatin1());
+    svg.replace("#010205", colours.accent.name().toLatin1());
+    auto renderer = std::make_shared<QSvgRenderer>(svg);
+    return renderer->isValid() ? renderer : nullptr;
+}
+
+/// What an icon is for decides which of its drawings suits a size.
+enum class Kind { Tool, Application };
+
+/// Draws an icon at the very size that is asked for, from one of two drawings. Of a tool's icon `normal_`
+/// lies on a grid of 24 with lines of 2 and `small_` on a grid of 16 with lines of 1: at the usual sizes
+/// lines fall on whole pixels, and large icons do not get heavy. The program's own has a simpler `small_`.
+class DrawnIconEngine final : public QIconEngine
+{
+  public:
+    DrawnIconEngine(Kind kind, std::shared_ptr<QSvgRenderer> normal, std::shared_ptr<QSvgRenderer> small,
+                    QString key)
+        : kind_(kind), normal_(std::move(normal)), small_(std::move(small)), key_(std::move(key))
+    {
+    }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const qreal ratio = painter->device()->devicePixelRatio();
+        QPixmap picture = pixmap((QSizeF(rect.size()) * ratio).toSize(), mode, state);
+        picture.setDevicePixelRatio(ratio);
+        painter->drawPixmap(rect.topLeft(), picture);
+    }
+
+    /// `size` is in device pixels.
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    {
+        const bool faded = mode == QIcon::Disabled;
+        const QString key = u"%1_%2x%3_%4"_s.arg(key_).arg(size.width()).arg(size.height()).arg(faded);
+        QPixmap result;
+        if (size.isEmpty() || QPixmapCache::find(key, &result))
+            return result;
+        result = Render(size);
+        if (faded)
+            result = Faded(result);
+        QPixmapCache::insert(key, result);
+        return result;
+    }
+
+    QIconEngine *clone() const override { return new DrawnIconEngine(*this); }
+    QString key() const override { return u"px40drawn"_s; }
+    bool isNull() override { return false; }
+
+  private:
+    DrawnIconEngine(const DrawnIconEngine &) = default;
+
+    QSvgRenderer &DrawingFor(int side) const
+    {
+        const bool simple =
+            kind_ == Kind::Application ? side < 40 : side < 22 || side >= 40 || side % 16 == 0;
+        return simple && small_ ? *small_ : *normal_;
+    }
+
+    QPixmap Render(const QSize &size) const
+    {
+        QPixmap result(size);
+        result.fill(Qt::transparent);
+        const int side = std::min(size.width(), size.height());
+        const QPoint corner((size.width() - side) / 2, (size.height() - side) / 2);
+        QPainter painter(&result);
+        DrawingFor(side).render(&painter, QRectF(corner, QSizeF(side, side)));
+        return result;
+    }
+
+    // The whole picture fades, not line by line: crossing lines would show.
+    static QPixmap Faded(const QPixmap &picture)
+    {
+        QPixmap result(picture.size());
+        result.fill(Qt::transparent);
+        QPainter painter(&result);
+        painter.setOpacity(disabledOpacity);
+        painter.drawPixmap(0, 0, picture);
+        return result;
+    }
+
+    Kind kind_;
+    std::shared_ptr<QSvgRenderer> normal_;
+    std::shared_ptr<QSvgRenderer> small_;
+    QString key_;
+};
+
+QIcon LoadIcon(Kind kind, QStringView name, const Colours &colours)
+{
+    [[maybe_unused]] static const bool initialised = (InitResources(), true);
+    auto normal = LoadDrawing(u":/icons/%1.svg"_s.arg(name), colours);
+    if (!normal) {
+        qCWarning(lcResources) << "there is no icon" << name;
+        return {};
+    }
+    auto small = LoadDrawing(u":/icons/small/%1.svg"_s.arg(name), colours);
+    QString key =
+        u"px40_%1_%2%3%4"_s.arg(name, colours.ink.name(), colours.muted.name(), colours.accent.name());
+    return QIcon(new DrawnIconEngine(kind, std::move(normal), std::move(small), std::move(key)));
+}
+
+} // namespace
+
+QIcon MakeIcon(QStringView name, const QPalette &palette)
+{
+    return LoadIcon(Kind::Tool, name, ColoursOf(palette));
+}
+
+QIcon ApplicationIcon()
+{
+    return LoadIcon(Kind::Application, u"px40", {});
+}
+
+QPixmap ApplicationPixmap(int size, qreal ratio)
+{
+    return ApplicationIcon().pixmap(QSize(size, size), ratio);
+}
+
+} // namespace px40

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QIcon>
+#include <QPixmap>
+#include <QStringView>
+
+class QPalette;
+
+namespace px40 {
+
+/// The drawn icon `name` (such as u"open") in the colours of `palette`: lines in its window-text colour,
+/// the accent in its highlight colour, both from the active group. Any size and device pixel ratio comes
+/// out sharp; the disabled look is a faded one and needs no second icon.
+///
+/// An icon keeps the colours that it was made with: on QEvent::PaletteChange make it again. A name that
+/// does not exist gives an empty icon (isNull()) and a warning in the log. Needs a QGuiApplication.
+QIcon MakeIcon(QStringView name, const QPalette &palette);
+
+/// The program's own icon, for windows and the task bar. Its colours are its own, whatever the palette.
+QIcon ApplicationIcon();
+
+/// The program's own icon as a picture of `size` x `size` device-independent pixels, drawn for a screen of
+/// `ratio` device pixels to each: what a splash or an About window shows.
+QPixmap ApplicationPixmap(int size, qreal ratio);
+
+} // namespace px40

@@ -1,0 +1,171 @@
+// px40sim: serves the simulated instrument on a pseudo-terminal until it is interrupted.
+
+#include "simulator/options.h"
+#include "simulator/ptyserver.h"
+#include "simulator/wakepipe.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <poll.h>
+#include <string>
+#include <unistd.h>
+
+namespace px40::sim {
+
+namespace {
+
+// A signal handler reaches nothing but globals.
+const WakePipe *interruption = nullptr;
+
+void Interrupt(int)
+{
+    interruption->Wake();
+}
+
+void CatchSignals(const WakePipe &pipe)
+{
+    interruption = &pipe;
+    struct sigaction action
+    {
+    };
+    action.sa_handler = Interrupt;
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+    // A background job that looks at its terminal would be stopped; so it is told that there is no input.
+    struct sigaction ignore
+    {
+    };
+    ignore.sa_handler = SIG_IGN;
+    ::sigaction(SIGTTIN, &ignore, nullptr);
+}
+
+std::string Printable(std::string_view bytes)
+{
+    std::string text;
+    for (const char c : bytes) {
+        const auto code = static_cast<unsigned char>(c);
+        char escaped[5];
+        if (code >= 0x20 && code < 0x7F && c != '\\') {
+            text += c;
+        } else if (c == '\r' || c == '\n') {
+            text += c == '\r' ? "\\r" : "\\n";
+        } else {
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", code);
+            text += escaped;
+        }
+    }
+    return text;
+}
+
+Observer ExchangePrinter()
+{
+    return [begin = std::chrono::steady_clock::now()](std::string_view command, std::string_view sent) {
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+        const std::string reply = sent.empty() ? "(no reply)" : Printable(sent);
+        std::fprintf(stderr, "%10.4f  %-8s %s\n", time.count(), Printable(command).c_str(), reply.c_str());
+    };
+}
+
+// False when the order is to quit.
+bool Obey(std::string_view order, PtyServer &server)
+{
+    if (order.ends_with('\r'))
+        order.remove_suffix(1);
+    constexpr std::string_view fault = "fault ";
+    if (order == "quit")
+        return false;
+    if (order == "unplug") {
+        server.HangUp();
+    } else if (order == "plug") {
+        server.PlugIn();
+        std::cout << server.DevicePath() << std::endl;
+    } else if (order.starts_with(fault)) {
+        Faults faults = server.CurrentFaults();
+        std::string error;
+        if (ApplyFault(order.substr(fault.size()), faults, &error))
+            server.SetFaults(faults);
+        else
+            std::cerr << "px40sim: " << error << std::endl;
+    } else if (!order.empty()) {
+        std::cerr << "px40sim: The orders are unplug, plug, fault NAME[=ARGUMENT] and quit." << std::endl;
+    }
+    return true;
+}
+
+void ServeUntilInterrupted(PtyServer &server, const WakePipe &interrupted)
+{
+    constexpr std::size_t maxOrder = 1000;
+    pollfd descriptors[] = {{interrupted.Reader(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+    std::string order;
+    for (;;) {
+        if (::poll(descriptors, std::size(descriptors), -1) < 0)
+            continue;
+        if (descriptors[0].revents != 0)
+            return;
+        if (descriptors[1].revents == 0)
+            continue;
+        char bytes[256];
+        const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
+        // Started without an input or by a script that has ended: the device stays.
+        if (count <= 0)
+            descriptors[1].fd = -1;
+        for (const char byte : std::string_view(bytes, count > 0 ? static_cast<std::size_t>(count) : 0)) {
+            if (byte != '\n' && order.size() < maxOrder)
+                order += byte;
+            if (byte != '\n')
+                continue;
+            if (!Obey(order, server))
+                return;
+            order.clear();
+        }
+    }
+}
+
+int Serve(Options &options)
+{
+    if (options.verbose)
+        options.server.observer = ExchangePrinter();
+    const WakePipe interrupted;
+    CatchSignals(interrupted);
+    PtyServer server(std::move(options.server));
+    std::cout << server.DevicePath() << std::endl;
+    ServeUntilInterrupted(server, interrupted);
+    return 0;
+}
+
+} // namespace
+
+} // namespace px40::sim
+
+int main(int argc, char **argv)
+{
+    using namespace px40::sim;
+    Options options;
+    std::string error;
+    if (!ParseOptions({argv + 1, argv + argc}, options, error)) {
+        std::cerr << "px40sim: " << error << std::endl;
+        return 2;
+    }
+    try {
+        switch (options.action) {
+        case Options::Action::ShowHelp:
+            std::cout << HelpText();
+            return 0;
+        case Options::Action::ShowVersion:
+            std::cout << "px40sim " << PX40_VERSION << std::endl;
+            return 0;
+        case Options::Action::ShowFaults:
+            std::cout << FaultList();
+            return 0;
+        case Options::Action::Serve:
+            break;
+        }
+        return Serve(options);
+    } catch (const std::exception &failure) {
+        std::cerr << "px40sim: " << failure.what() << "." << std::endl;
+        return 1;
+    }
+}

@@ -1,0 +1,109 @@
+#include "simulator/options.h"
+
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+namespace px40::sim {
+
+namespace {
+
+template <typename Number>
+std::optional<Number> ParseNumber(std::string_view text)
+{
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return number;
+}
+
+bool SetWithValue(std::string_view name, std::string_view value, Options &options, std::string &error)
+{
+    const std::string given = " not \"" + std::string(value) + "\".";
+    if (name == "--link") {
+        options.server.link = value;
+        error = "The option --link needs the path of a link.";
+        return !value.empty();
+    }
+    if (name == "--fault")
+        return ApplyFault(value, options.server.faults, &error);
+    if (name == "--seed") {
+        const auto seed = ParseNumber<std::uint64_t>(value);
+        options.server.seed = seed.value_or(0);
+        error = "The option --seed needs a whole number," + given;
+        return seed.has_value();
+    }
+    const auto ms = ParseNumber<double>(value);
+    const bool usable = ms && *ms >= 0 && *ms <= 60000;
+    options.server.line.thinking = std::chrono::microseconds(usable ? std::lround(*ms * 1000) : 0);
+    error = "The option --think needs a time from 0 to 60000 ms," + given;
+    return usable;
+}
+
+} // namespace
+
+bool ParseOptions(std::span<char *const> arguments, Options &options, std::string &error)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        const std::size_t equals = argument.find('=');
+        const std::string_view name = argument.substr(0, equals);
+        const bool takesValue =
+            name == "--link" || name == "--think" || name == "--seed" || name == "--fault";
+        if (takesValue) {
+            const bool inside = equals != std::string_view::npos;
+            if (!inside && i + 1 == arguments.size()) {
+                error = "The option " + std::string(name) + " needs a value.";
+                return false;
+            }
+            const std::string_view value =
+                inside ? argument.substr(equals + 1) : std::string_view(arguments[++i]);
+            if (!SetWithValue(name, value, options, error))
+                return false;
+        } else if (argument == "--no-pace") {
+            options.server.line.paced = false;
+        } else if (argument == "--verbose") {
+            options.verbose = true;
+        } else if (argument == "--list-faults") {
+            options.action = Options::Action::ShowFaults;
+        } else if (argument == "--help" || argument == "-h") {
+            options.action = Options::Action::ShowHelp;
+        } else if (argument == "--version") {
+            options.action = Options::Action::ShowVersion;
+        } else {
+            error = "There is no option \"" + std::string(argument) + "\"; see --help.";
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string_view HelpText()
+{
+    return "px40sim - the PX40 calibrator in software, on a pseudo-terminal\n"
+           "\n"
+           "Usage: px40sim [options]\n"
+           "\n"
+           "Prints the device that a program can open in place of a serial port, and serves it until it is\n"
+           "interrupted.\n"
+           "\n"
+           "  --link PATH      make a symbolic link to the device; it is taken away at the end\n"
+           "  --no-pace        answer at once instead of at the speed of a 9600 baud line\n"
+           "  --think MS       time between the end of a command and its reply when paced (3)\n"
+           "  --seed N         other values in the memory and other noise (1)\n"
+           "  --fault NAME[=ARGUMENT]\n"
+           "                   let something go wrong; may be given several times\n"
+           "  --list-faults    show all faults\n"
+           "  --verbose        show each command and reply with its time in seconds\n"
+           "  --help, --version\n"
+           "\n"
+           "Orders on the standard input, one a line:\n"
+           "  unplug           the device disappears\n"
+           "  plug             it comes back; its new path is printed\n"
+           "  fault NAME[=ARGUMENT]\n"
+           "                   adds a fault; \"fault none\" clears all\n"
+           "  quit\n";
+}
+
+} // namespace px40::sim

@@ -1,0 +1,490 @@
+// The instrument in software: what it answers, and what reaches a program through its pseudo-terminal.
+
+#include "simulator/ptyserver.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <memory>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using namespace px40::sim;
+
+namespace {
+
+QByteArray Ask(Instrument &instrument, const QByteArray &command)
+{
+    return QByteArray::fromStdString(instrument.Answer({command.constData(), size_t(command.size())}));
+}
+
+// Columns as the protocol counts them, from 1.
+QByteArray Columns(const QByteArray &reply, int first, int width)
+{
+    return reply.mid(first - 1, width);
+}
+
+// An unpaced server with the given faults, one text each.
+std::unique_ptr<PtyServer> Serve(const QList<QByteArray> &faults = {}, const QString &link = {})
+{
+    ServerOptions options;
+    options.line.paced = false;
+    options.link = link.toStdString();
+    for (const QByteArray &fault : faults) {
+        if (!ApplyFault(fault.toStdString(), options.faults, nullptr))
+            qFatal("bad fault %s", fault.constData());
+    }
+    return std::make_unique<PtyServer>(options);
+}
+
+// A program at the other end, by bare system calls. Each wait ends by an event; the limit only ends a
+// test that has failed.
+class Client
+{
+  public:
+    explicit Client(const std::string &device) : fd_(::open(device.c_str(), O_RDWR | O_NOCTTY)) {}
+    ~Client() { ::close(fd_); }
+    Q_DISABLE_COPY_MOVE(Client)
+
+    bool Write(const QByteArray &bytes) const
+    {
+        return ::write(fd_, bytes.constData(), size_t(bytes.size())) > 0;
+    }
+
+    // So many bytes, or fewer if the device is hung up before.
+    QByteArray Read(int count) const
+    {
+        QByteArray bytes;
+        char byte = 0;
+        pollfd descriptor{fd_, POLLIN, 0};
+        while (bytes.size() < count && ::poll(&descriptor, 1, 20000) > 0 && ::read(fd_, &byte, 1) == 1)
+            bytes += byte;
+        return bytes;
+    }
+
+    int Waiting() const
+    {
+        int bytes = -1;
+        ::ioctl(fd_, FIONREAD, &bytes);
+        return bytes;
+    }
+
+    bool IsHungUp() const
+    {
+        pollfd descriptor{fd_, 0, 0};
+        return ::poll(&descriptor, 1, 20000) > 0 && (descriptor.revents & POLLHUP) != 0;
+    }
+
+  private:
+    int fd_;
+};
+
+} // namespace
+
+class SimulatorTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void StoredReadingsKeepTheirColumns_data();
+    void StoredReadingsKeepTheirColumns();
+    void RecordsCarryTheirCheckCharacter();
+    void StatusFollowsTheState_data();
+    void StatusFollowsTheState();
+    void LiveValueMoves();
+    void DigitsCarryAndStopAtTheLimits_data();
+    void DigitsCarryAndStopAtTheLimits();
+    void RefusedCommandsChangeNothing_data();
+    void RefusedCommandsChangeNothing();
+    void WrongFaultTextsAreRefused_data();
+    void WrongFaultTextsAreRefused();
+    void LineTimeIsThatOfTheCable();
+    void FaultsReachTheProgram_data();
+    void FaultsReachTheProgram();
+    void GarbageHoldsTheBytesThatHurt();
+    void FaultsAreCountedFromWhenTheyWereSet();
+    void UnpluggedAndPluggedInAgain();
+    void HangUpHalfWay();
+    void ReopenedDeviceStartsClean();
+    void EndlessLineIsDropped();
+    void StopsInTheMiddleOfAReply_data();
+    void StopsInTheMiddleOfAReply();
+};
+
+void SimulatorTest::StoredReadingsKeepTheirColumns_data()
+{
+    QTest::addColumn<quint64>("seed");
+    for (const quint64 seed : {0ULL, 1ULL, 987654321987654321ULL})
+        QTest::addRow("seed %llu", static_cast<unsigned long long>(seed)) << seed;
+}
+
+void SimulatorTest::StoredReadingsKeepTheirColumns()
+{
+    QFETCH(quint64, seed);
+    Instrument instrument(seed);
+    static const QRegularExpression layout(QStringLiteral(
+        "^(VDC|VAC|ADC|O  |T  |F  )([NOEB])[ -]( *\\d+\\.\\d+|-{6})E[-+][03] (VDC|ADC|O  |T  |F  )([NOE])[ -]"
+        "( *\\d+\\.\\d+|-{6})E[-+][03]$"));
+    QString measuredStates;
+    QString sourceStates;
+    bool negative = false;
+    for (int n = 1; n <= MemorySize; ++n) {
+        const QByteArray reply = Ask(instrument, "OM" + QByteArray::number(n));
+        QCOMPARE(reply.size(), 29);
+        const auto match = layout.match(QString::fromLatin1(reply));
+        QVERIFY2(match.hasMatch(), reply.constData());
+        QCOMPARE(Columns(reply, 6, 6) == "------", match.captured(2) == u'E' || match.captured(2) == u'B');
+        measuredStates += match.captured(2);
+        sourceStates += match.captured(5);
+        negative = negative || Columns(reply, 4, 2) == "N-";
+    }
+    for (const QChar state : QStringLiteral("NOEB"))
+        QVERIFY(measuredStates.contains(state));
+    QVERIFY(sourceStates.contains(u'O') && sourceStates.contains(u'E'));
+    QVERIFY(negative);
+}
+
+void SimulatorTest::RecordsCarryTheirCheckCharacter()
+{
+    Instrument instrument;
+    QCOMPARE(Ask(instrument, "RS,01"), "CMD,ERR9");
+    QCOMPARE(Ask(instrument, "PL,1"), "OK");
+    int empty = 0;
+    for (int n = 1; n <= MemorySize; ++n) {
+        const QByteArray reply = Ask(instrument, "RS," + QByteArray::number(n).rightJustified(2, '0'));
+        int sum = 0;
+        for (const char c : reply.chopped(1))
+            sum += static_cast<unsigned char>(c);
+        QCOMPARE(reply.right(1), QByteArray::number(sum % 16, 16).toUpper());
+        empty += reply.startsWith("RS") ? 1 : 0;
+    }
+    QVERIFY(empty > 0 && empty < MemorySize);
+    // Bytes above 0x7F count with their full value.
+    instrument.SetRecord(1, "\xFF\xFE");
+    QCOMPARE(Ask(instrument, "RS,01"), "\xFF\xFE"
+                                       "D");
+    QCOMPARE(Ask(instrument, "RS,51"), "CMD,ERR9");
+    QCOMPARE(Ask(instrument, "PL,0"), "OK");
+    QCOMPARE(Ask(instrument, "RS,01"), "CMD,ERR9");
+}
+
+void SimulatorTest::StatusFollowsTheState_data()
+{
+    QTest::addColumn<int>("function");
+    QTest::addColumn<int>("range");
+    QTest::addColumn<QByteArrayList>("commands");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QByteArray>("expected");
+    const auto row = [](const char *name, int function, int range, const QByteArrayList &commands, int column,
+                        const char *expected) {
+        QTest::newRow(name) << function << range << commands << column << QByteArray(expected);
+    };
+    row("measuring off", 3, 1, {"MO0"}, 1, "0100              ");
+    row("output on", 3, 1, {"SO1"}, 19, "1301T  N 0100.0E+0");
+    row("output off again", 3, 1, {"SO1", "SO0"}, 19, "0301");
+    row("millivolts", 3, 0, {"SD-12.3"}, 19, "0300VDCN-012.30E-3");
+    row("range of the list", 3, 0, {"SR10"}, 21, "10T  N 0100.0E+0");
+    row("value of each range is kept", 3, 0, {"SD5", "SR1", "SR0"}, 28, "005.00");
+    row("thermocouple voltage", 3, 1, {"TE1"}, 23, "T  N 04.000E-3");
+    row("reference junction", 3, 1, {"TE2"}, 23, "T  N 0023.4E+0");
+    row("resistance of a thermometer", 4, 1, {"TE1"}, 23, "T  N 138.51E+0");
+    row("temperature sub mode", 4, 2, {"TE1"}, 49, "1 00");
+    row("pulse sub mode", 5, 0, {"PU2"}, 49, " 200");
+    row("no sub mode", 7, 0, {}, 49, "  00");
+    row("frequency", 5, 2, {"SD2.5"}, 23, "F  N 002.50E+3");
+    row("amplitude", 5, 2, {"PU1", "SD2.5"}, 23, "F  N 002.50E+0");
+    row("count", 5, 2, {"PU2", "SD25"}, 23, "F  N 000025E+0");
+    row("ratio", 1, 0, {"ND0412", "NM1"}, 28, "01.667");
+    row("ratio mode", 1, 0, {"NM1"}, 51, "8");
+    row("ratio beyond the range", 1, 0, {"ND9901", "NM1"}, 26, "O");
+    row("ratio off", 1, 0, {"ND0412", "NM1", "NM0"}, 28, "05.000");
+}
+
+void SimulatorTest::StatusFollowsTheState()
+{
+    QFETCH(int, function);
+    QFETCH(int, range);
+    QFETCH(QByteArrayList, commands);
+    QFETCH(int, column);
+    QFETCH(QByteArray, expected);
+    Instrument instrument;
+    instrument.SetSource(function, range);
+    for (const QByteArray &command : commands)
+        QCOMPARE(Ask(instrument, command), "OK");
+    const QByteArray status = Ask(instrument, "OC");
+    QCOMPARE(status.size(), 52);
+    QCOMPARE(Columns(status, column, int(expected.size())), expected);
+
+    instrument.SetOptionBit(7, true);
+    instrument.SetCommMode(CommMode::TalkOnly);
+    QCOMPARE(Columns(Ask(instrument, "OC"), 37, 8), "10000000");
+    instrument.SetShortStatus(true);
+    const QByteArray shortStatus = Ask(instrument, "OC");
+    QCOMPARE(shortStatus.size(), 44);
+    QVERIFY(shortStatus.endsWith('2'));
+}
+
+void SimulatorTest::LiveValueMoves()
+{
+    for (int function = 0; function <= 7; ++function) {
+        Instrument instrument;
+        Instrument twin;
+        instrument.SetMeasure(function, 0);
+        twin.SetMeasure(function, 0);
+        QSet<QByteArray> values;
+        for (int i = 0; i < 30; ++i) {
+            const QByteArray status = Ask(instrument, "OC");
+            QCOMPARE(status.size(), 52);
+            QCOMPARE(Ask(twin, "OC"), status);
+            values.insert(Columns(status, 9, 7));
+        }
+        QVERIFY(values.size() > 3);
+    }
+}
+
+void SimulatorTest::DigitsCarryAndStopAtTheLimits_data()
+{
+    QTest::addColumn<int>("function");
+    QTest::addColumn<int>("range");
+    QTest::addColumn<int>("counts");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QByteArray>("value");
+    const auto row = [](const char *name, int function, int range, int counts, const char *command,
+                        const char *reply, const char *value) {
+        QTest::newRow(name) << function << range << counts << QByteArray(command) << QByteArray(reply)
+                            << QByteArray(value);
+    };
+    row("leftmost digit", 3, 1, 1000, "UP1", "OK", " 1100.0");
+    row("rightmost digit", 3, 1, 1000, "UP5", "OK", " 0100.1");
+    row("carry", 3, 1, 1999, "UP5", "OK", " 0200.0");
+    row("borrow", 3, 1, 2000, "DW5", "OK", " 0199.9");
+    row("through zero", 3, 1, 50, "DW3", "OK", "-0005.0");
+    row("up from below zero", 3, 1, -5, "UP4", "OK", " 0000.5");
+    row("to the upper limit", 3, 1, 13719, "UP5", "OK", " 1372.0");
+    row("beyond the upper limit", 3, 1, 13720, "UP5", "ERR", " 1372.0");
+    row("beyond the lower limit", 3, 1, -2000, "DW3", "ERR", "-0200.0");
+    row("no current below zero", 6, 0, 5, "DW4", "ERR", " 00.005");
+    row("no digit 0", 3, 1, 1000, "UP0", "ERR", " 0100.0");
+    row("no digit 6", 3, 1, 1000, "DW6", "ERR", " 0100.0");
+    row("value", 1, 0, 0, "SD+5.1234", "OK", " 05.123");
+    row("value with a blank sign", 1, 0, 0, "SD 05.123", "OK", " 05.123");
+    row("value beyond the limit", 1, 0, 0, "SD12.001", "ERR", " 00.000");
+}
+
+void SimulatorTest::DigitsCarryAndStopAtTheLimits()
+{
+    QFETCH(int, function);
+    QFETCH(int, range);
+    QFETCH(int, counts);
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, reply);
+    QFETCH(QByteArray, value);
+    Instrument instrument;
+    instrument.SetSource(function, range);
+    instrument.SetSourceCounts(counts);
+    QCOMPARE(Ask(instrument, command), reply);
+    QCOMPARE(Columns(Ask(instrument, "OC"), 27, 7), value);
+}
+
+void SimulatorTest::RefusedCommandsChangeNothing_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char *command :
+         {"",      "XX",   "an1",           "AN",   "AN2",  "AN11",  "H0",      "OC1",     "OM",
+          "OM0",   "OM01", "OM51",          "OM-1", "OM1 ", "PL,2",  "PL1",     "MO2",     "MO",
+          "UP",    "UP12", "DWx",           "SO11", "NM2",  "ND051", "ND05123", "ND0500",  "NDab12",
+          "SR11",  "SR",   "SR01",          "TE3",  "PU0",  "SD",    "SDabc",   "SD1.2.3", "SD1e2",
+          "SD--1", "SD.",  "SD99999999999", "SDnan"})
+        QTest::newRow(command) << QByteArray(command);
+}
+
+void SimulatorTest::RefusedCommandsChangeNothing()
+{
+    QFETCH(QByteArray, command);
+    Instrument instrument;
+    instrument.HoldMeasureField("VDCN 12.345E+0");
+    const QByteArray before = Ask(instrument, "OC");
+    QCOMPARE(Ask(instrument, command), "ERR");
+    QCOMPARE(Ask(instrument, "OC"), before);
+}
+
+void SimulatorTest::WrongFaultTextsAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    for (const char *text : {"", "loud", "silent=1", "silent-from", "silent-from=0", "late", "late=x",
+                             "late=-1", "late=5,every=0", "late=5,often", "mode", "mode=quiet", "hang-up",
+                             "hang-up=2,soon", "garbage=1,2", "drop-reply=99999999999999999999"})
+        QTest::newRow(text) << QByteArray(text);
+}
+
+void SimulatorTest::WrongFaultTextsAreRefused()
+{
+    QFETCH(QByteArray, text);
+    Faults faults;
+    std::string error;
+    QVERIFY(!ApplyFault(text.toStdString(), faults, &error));
+    QVERIFY(!error.empty());
+    QVERIFY(!faults.silent && faults.late.count() == 0 && faults.garbageFrom == 0 && faults.hangUpAt == 0);
+}
+
+void SimulatorTest::LineTimeIsThatOfTheCable()
+{
+    QCOMPARE(Line{}.LineTime(35).count(), 40104167);
+    const Line slow{.bitsPerCharacter = 10, .baud = 1000};
+    QCOMPARE(slow.LineTime(3).count(), 30000000);
+}
+
+void SimulatorTest::FaultsReachTheProgram_data()
+{
+    QTest::addColumn<QByteArrayList>("faults");
+    QTest::addColumn<QByteArrayList>("exchanges");
+    const auto row = [](const char *name, const QByteArrayList &faults, const QByteArrayList &exchanges) {
+        QTest::newRow(name) << faults << exchanges;
+    };
+    row("none", {}, {"AN1\r\n", "OK\r\n", "XX\r\n", "ERR\r\n"});
+    row("line feed alone ends a command", {}, {"AN1\n", "OK\r\n", "SD12\n", "OK\r\n"});
+    row("two commands in one write", {}, {"AN1\r\nXX\r\n", "OK\r\nERR\r\n"});
+    row("silent, then cleared", {"silent", "none"}, {"AN1\r\n", "OK\r\n"});
+    row("lost reply", {"drop-reply=2"}, {"XX\r\n", "ERR\r\n", "PL,1\r\nPL,0\r\n", "OK\r\n"});
+    row("late", {"late=1,every=2,first=4"}, {"AN1\r\n", "OK\r\n", "H1\r\n", "OK\r\n"});
+    row("byte by byte", {"byte-by-byte=1"}, {"AN1\r\n", "OK\r\n", "XX\r\n", "ERR\r\n"});
+    row("two lines", {"two-lines"}, {"AN1\r\n", "OK\r\nSECOND LINE\r\n"});
+    row("half a line", {"half-line"}, {"RS,01\r\n", "CMD,", "XX\r\n", "ER"});
+    row("error from the second", {"err=2"}, {"MO0\r\n", "OK\r\n", "MO1\r\n", "ERR\r\n"});
+    row("wrong check", {"wrong-check"}, {"RS,01\r\n", "CMD,ERR0\r\n", "AN1\r\n", "OK\r\n"});
+    row("hang-up at the second", {"hang-up=2"}, {"AN1\r\n", "OK\r\n", "H1\r\n", ""});
+}
+
+void SimulatorTest::FaultsReachTheProgram()
+{
+    QFETCH(QByteArrayList, faults);
+    QFETCH(QByteArrayList, exchanges);
+    const auto server = Serve(faults);
+    const Client client(server->DevicePath());
+    while (!exchanges.isEmpty()) {
+        QVERIFY(client.Write(exchanges.takeFirst()));
+        const QByteArray expected = exchanges.takeFirst();
+        QCOMPARE(client.Read(int(expected.size())), expected);
+        if (expected.isEmpty())
+            QVERIFY(client.IsHungUp());
+    }
+}
+
+void SimulatorTest::GarbageHoldsTheBytesThatHurt()
+{
+    const auto server = Serve({"garbage=2", "mode=printer44"});
+    const Client client(server->DevicePath());
+    QVERIFY(client.Write("OC\r\n"));
+    const QByteArray status = client.Read(46);
+    QVERIFY2(status.endsWith("1\r\n"), status.constData());
+    QVERIFY(client.Write("OM1\r\n"));
+    const QByteArray garbage = client.Read(31);
+    QCOMPARE(garbage.size(), 31);
+    QVERIFY(garbage.contains('\0') && garbage.contains('\x80') && garbage.endsWith("\r\n"));
+    QCOMPARE(garbage.count('\n'), 1);
+}
+
+void SimulatorTest::FaultsAreCountedFromWhenTheyWereSet()
+{
+    const auto server = Serve();
+    const Client client(server->DevicePath());
+    QVERIFY(client.Write("AN1\r\n"));
+    QCOMPARE(client.Read(4), "OK\r\n");
+    server->SetFaults({.errFrom = 2});
+    QVERIFY(client.Write("AN1\r\n"));
+    QCOMPARE(client.Read(4), "OK\r\n");
+    QVERIFY(client.Write("AN1\r\n"));
+    QCOMPARE(client.Read(5), "ERR\r\n");
+    const std::vector<std::string> commands(3, "AN1");
+    QCOMPARE(server->Commands(), commands);
+}
+
+void SimulatorTest::UnpluggedAndPluggedInAgain()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("px40"));
+    auto server = Serve({}, link);
+    {
+        const Client client(link.toStdString());
+        QVERIFY(client.Write("UP1\r\n"));
+        QCOMPARE(client.Read(4), "OK\r\n");
+        server->HangUp();
+        QVERIFY(client.IsHungUp());
+        QVERIFY(server->DevicePath().empty());
+        QVERIFY(!QFileInfo(link).isSymLink());
+        server->HangUp();
+    }
+    server->PlugIn();
+    QCOMPARE(QFileInfo(link).symLinkTarget(), QString::fromStdString(server->DevicePath()));
+    const Client client(link.toStdString());
+    QVERIFY(client.Write("OC\r\n"));
+    QCOMPARE(Columns(client.Read(54), 27, 7), " 1100.0");
+    server.reset();
+    QVERIFY(client.IsHungUp());
+    QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+void SimulatorTest::HangUpHalfWay()
+{
+    const auto server = Serve({"hang-up=1,half"});
+    const Client client(server->DevicePath());
+    QVERIFY(client.Write("OM1\r\n"));
+    // What had not been read yet is lost with the device.
+    QVERIFY(client.Read(31).size() < 31);
+    QVERIFY(client.IsHungUp());
+}
+
+void SimulatorTest::ReopenedDeviceStartsClean()
+{
+    const auto server = Serve();
+    {
+        const Client client(server->DevicePath());
+        QVERIFY(client.Write("OC\r\n"));
+        QCOMPARE(client.Read(1), "1");
+    }
+    const Client client(server->DevicePath());
+    QTRY_COMPARE(client.Waiting(), 0);
+    QVERIFY(client.Write("AN1\r\n"));
+    QCOMPARE(client.Read(4), "OK\r\n");
+}
+
+void SimulatorTest::EndlessLineIsDropped()
+{
+    const auto server = Serve();
+    const Client client(server->DevicePath());
+    for (int i = 0; i < 200; ++i)
+        QVERIFY(client.Write(QByteArray(500, 'A')));
+    QVERIFY(client.Write("\r\nAN1\r\n"));
+    QCOMPARE(client.Read(9), "ERR\r\nOK\r\n");
+    QCOMPARE(server->Commands().front().size(), 1000U);
+}
+
+void SimulatorTest::StopsInTheMiddleOfAReply_data()
+{
+    QTest::addColumn<bool>("hangUpFirst");
+    QTest::newRow("destroyed") << false;
+    QTest::newRow("hung up") << true;
+}
+
+// Without an end to its wait the server would hold up the test for many minutes.
+void SimulatorTest::StopsInTheMiddleOfAReply()
+{
+    QFETCH(bool, hangUpFirst);
+    auto server = Serve({"late=1000000"});
+    const Client client(server->DevicePath());
+    QVERIFY(client.Write("AN1\r\n"));
+    QTRY_COMPARE(server->CommandCount(), 1U);
+    if (hangUpFirst)
+        server->HangUp();
+    server.reset();
+    QVERIFY(client.IsHungUp());
+}
+
+QTEST_GUILESS_MAIN(SimulatorTest)
+#include "simulator_test.moc"
