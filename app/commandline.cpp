@@ -15,8 +15,7 @@ bool TakePortDevice(const QString &text, CommandLine *line)
     const qsizetype equals = text.indexOf(u'=');
     bool ok = false;
     const int number = text.left(equals).toInt(&ok);
-    if (equals < 0 || !ok || number < PortMap::First || number > PortMap::Last ||
-        equals + 1 == text.size()) {
+    if (equals < 0 || !ok || number < PortMap::First || number > PortMap::Last || equals + 1 == text.size()) {
         line->error = QStringLiteral("--port-device takes N=PATH with N from 1 to 16, not \"%1\".").arg(text);
         return false;
     }

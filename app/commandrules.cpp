@@ -27,8 +27,7 @@ void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus)
     if (situation.linkActivity != ActivityIdle)
         return;
     menus->Enable(Command::RealtimeNew, true);
-    menus->Enable(Command::RealtimeStart,
-                  situation.anyDataWindow && situation.activeKind == KindRealtime);
+    menus->Enable(Command::RealtimeStart, situation.anyDataWindow && situation.activeKind == KindRealtime);
     menus->Enable(Command::RealtimeStop, false);
 }
 

@@ -307,10 +307,12 @@ void frmMain::Leave()
         if (dialog != frmCancel_)
             dialog->close();
     }
-    services_->jobs.WhenNone([this] {
-        mayGo_ = true;
-        close();
-        Q_EMIT left();
+    services_->jobs.WhenNone([window = QPointer<frmMain>(this)] {
+        if (!window)
+            return;
+        window->mayGo_ = true;
+        window->close();
+        Q_EMIT window->left();
     });
 }
 

@@ -62,9 +62,9 @@ struct TopMenu
 };
 
 constexpr TopMenu TopMenus[] = {
-    {MainMenu::File, u"mnuFile", Str::MenuFile},    {MainMenu::Realtime, u"mnuRealtime", Str::MenuRealtime},
-    {MainMenu::Data, u"mnuData", Str::MenuData},    {MainMenu::Setup, u"mnuSetup", Str::MenuSetup},
-    {MainMenu::View, u"mnuView", Str::MenuView},    {MainMenu::Help, u"mnuHelp", Str::MenuHelp},
+    {MainMenu::File, u"mnuFile", Str::MenuFile}, {MainMenu::Realtime, u"mnuRealtime", Str::MenuRealtime},
+    {MainMenu::Data, u"mnuData", Str::MenuData}, {MainMenu::Setup, u"mnuSetup", Str::MenuSetup},
+    {MainMenu::View, u"mnuView", Str::MenuView}, {MainMenu::Help, u"mnuHelp", Str::MenuHelp},
 };
 
 struct ButtonEntry

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/settings.h"
 #include "document/dataset.h"
 #include "link/comm.h"
 #include "link/linkgate.h"
@@ -8,7 +9,6 @@
 #include "platform/jobs.h"
 #include "platform/portmap.h"
 #include "platform/userstore.h"
-#include "app/settings.h"
 
 namespace px40 {
 

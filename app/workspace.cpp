@@ -2,8 +2,8 @@
 
 #include "resources/strings.h"
 
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 
 namespace px40 {
 

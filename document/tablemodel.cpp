@@ -5,10 +5,12 @@
 namespace px40 {
 
 TableModel::TableModel(bool memoryNumbers, QObject *parent)
-    : QAbstractTableModel(parent),
-      headings_{Text(Str::HeadingNumber), Text(memoryNumbers ? Str::HeadingNumber : Str::HeadingTime),
-                Text(Str::HeadingData),   Text(Str::HeadingMode),
-                Text(Str::HeadingData),   Text(Str::HeadingSource)}
+    : QAbstractTableModel(parent), headings_{Text(Str::HeadingNumber),
+                                             Text(memoryNumbers ? Str::HeadingNumber : Str::HeadingTime),
+                                             Text(Str::HeadingData),
+                                             Text(Str::HeadingMode),
+                                             Text(Str::HeadingData),
+                                             Text(Str::HeadingSource)}
 {
 }
 

@@ -32,7 +32,8 @@ class TableModel : public QAbstractTableModel
     /// Heading of a column, 0 to 5.
     QString Heading(int column) const { return headings_.at(column); }
 
-    /// Text of a cell; `sample` is 1-based, `column` 0 to 5. Empty behind the last sample, but for the number.
+    /// Text of a cell; `sample` is 1-based, `column` 0 to 5. Empty behind the last sample, but for the
+    /// number.
     QString Cell(qint32 sample, int column) const;
 
     qint32 Samples() const { return static_cast<qint32>(rows_.Count()); }

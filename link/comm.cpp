@@ -42,6 +42,7 @@ Comm::Comm(LinkState &state, PortMap &ports, Prompts &prompts, int replyTimeoutM
     connect(&port_, &SerialPort::arrived, this, &Comm::OnArrived);
     connect(&port_, &SerialPort::lost, this, &Comm::OnLost);
     connect(&timeout_, &Timer::tick, this, &Comm::OnTimeout);
+    connect(&owedTimeout_, &Timer::tick, this, &Comm::OnNothingMoreOwed);
 }
 
 Comm::~Comm() = default;
@@ -128,6 +129,8 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
     if (!clear)
         co_return false;
 
+    QElapsedTimer sinceFirst;
+    sinceFirst.start();
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         if (!BeginAttempt(command))
             co_return false;
@@ -141,6 +144,7 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
             }
             if (state_->ExchangeState == ExchangeComplete) {
                 owed_ = attempt - 1;
+                owedTimeout_.SetInterval(static_cast<int>(sinceFirst.elapsed()) + timeout_.Interval());
                 co_return true;
             }
             if (closings_ != opening) {
@@ -167,19 +171,34 @@ QCoro::Task<bool> Comm::DropOwedReplies()
     if (owed_ == 0 || !port_.IsOpen())
         co_return true;
     dropping_ = true;
-    state_->ExchangeState = ExchangeWaiting;
-    state_->RecvBuffer.clear();
-    timeout_.SetEnabled(true);
+    owedTimeout_.SetEnabled(true);
     bool interrupted = false;
-    while (state_->ExchangeState == ExchangeWaiting && closings_ == opening && !interrupted) {
+    while (owed_ > 0 && closings_ == opening && !interrupted) {
         co_await NextEvent();
         interrupted = Interrupted();
     }
-    timeout_.SetEnabled(false);
+    owedTimeout_.SetEnabled(false);
     dropping_ = false;
-    if (!interrupted)
+    if (closings_ != opening)
         owed_ = 0;
     co_return !interrupted;
+}
+
+void Comm::OnNothingMoreOwed()
+{
+    owed_ = 0;
+    Wake();
+}
+
+/// Counts the replies among input that answers nothing.
+void Comm::DropOwed(const QByteArray &bytes)
+{
+    const auto lines = static_cast<int>(std::min<qsizetype>(bytes.count('\n'), owed_));
+    owed_ -= lines;
+    if (lines > 0 && dropping_) {
+        owedTimeout_.SetEnabled(true); // it is slow, but it goes on
+        Wake();
+    }
 }
 
 bool Comm::BeginAttempt(const QString &command)
@@ -269,7 +288,7 @@ void Comm::OnArrived()
         break;
     default: {
         const QByteArray input = port_.ReadAll();
-        owed_ = std::max(0, owed_ - static_cast<int>(input.count('\n')));
+        DropOwed(input);
         state_->RecvBuffer = QString::fromLatin1(input.left(MaxReplyLength));
         break;
     }
@@ -280,11 +299,7 @@ void Comm::Receive(const QByteArray &bytes)
 {
     if (dropping_ || state_->ExchangeState != ExchangeWaiting) {
         qCDebug(lcLink) << "dropped" << bytes;
-        owed_ = std::max(0, owed_ - static_cast<int>(bytes.count('\n')));
-        if (!dropping_ || owed_ > 0)
-            return;
-        state_->ExchangeState = ExchangeComplete;
-        Wake();
+        DropOwed(bytes);
         return;
     }
     const qsizetype room = MaxReplyLength - state_->RecvBuffer.size();

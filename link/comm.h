@@ -57,8 +57,8 @@ class Comm : public QObject
     /// at once when the running work was cancelled (no message) or the port is closed.
     ///
     /// A reply that comes after its attempt has timed out is never taken for the answer to the next
-    /// command: before that one goes out, what the instrument still owes is received and dropped, for at
-    /// most one time-out.
+    /// command: before that one goes out, what the instrument still owes is received and dropped. It gets
+    /// as long for that as it needed last time, and one time-out more.
     QCoro::Task<bool> SendCommand(QString command, int attempts);
 
     /// To be called by whoever has set `DownloadCancel` or `RealtimeStop`: a waiting exchange looks at them.
@@ -87,8 +87,10 @@ class Comm : public QObject
 
     void OnArrived();
     void OnTimeout();
+    void OnNothingMoreOwed();
     void OnLost(const QString &reason);
     void Receive(const QByteArray &bytes);
+    void DropOwed(const QByteArray &bytes);
     bool ReplyComplete();
 
     LinkState *state_;
@@ -97,6 +99,7 @@ class Comm : public QObject
     ProgressView *progress_ = nullptr;
     SerialPort port_;
     Timer timeout_;
+    Timer owedTimeout_;
     QElapsedTimer sentAt_;
     std::optional<OneShot<bool>> waiting_;
     std::deque<OneShot<bool>> turns_;

@@ -120,8 +120,7 @@ QString UnitText(const QString &reply, int column, int sourceFunctionCode)
         return {};
     }
     if (code == u"F  ") {
-        const QString subMode =
-            column == StatusSourceUnitColumn ? Field(reply, 50, 1) : QStringLiteral("0");
+        const QString subMode = column == StatusSourceUnitColumn ? Field(reply, 50, 1) : QStringLiteral("0");
         if (subMode == u"0")
             return QStringLiteral("Hz");
         if (subMode == u"1")

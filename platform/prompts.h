@@ -8,7 +8,8 @@ namespace px40 {
 enum class Answer { Yes, No, Cancel };
 enum class PromptIcon { Question, Exclamation };
 
-/// What a procedure asks the user. Handed in, so that a test can answer from a script.
+/// What a procedure asks the user. Handed in, so that a test can answer from a script. An answer always comes
+/// later, from the event loop.
 class Prompts
 {
   public:

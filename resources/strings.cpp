@@ -7,139 +7,256 @@ namespace {
 const char16_t *Lookup(Str id)
 {
     switch (id) {
-    case Str::FontName: return u"Tahoma";
-    case Str::FontSizeNormal: return u"8";
-    case Str::FontSizeSmall: return u"6";
-    case Str::FontSizeMedium: return u"10";
-    case Str::FontSizeLarge: return u"18";
-    case Str::FontSizeHuge: return u"36";
+    case Str::FontName:
+        return u"Tahoma";
+    case Str::FontSizeNormal:
+        return u"8";
+    case Str::FontSizeSmall:
+        return u"6";
+    case Str::FontSizeMedium:
+        return u"10";
+    case Str::FontSizeLarge:
+        return u"18";
+    case Str::FontSizeHuge:
+        return u"36";
 
-    case Str::MenuFile: return u"&File";
-    case Str::MenuRealtime: return u"&Real-time data receive";
-    case Str::MenuData: return u"&Data receive";
-    case Str::MenuMoniterReceive: return u"&Moniter receive";
-    case Str::MenuSetup: return u"&Settings";
-    case Str::MenuView: return u"&View";
-    case Str::MenuHelp: return u"&Help";
-    case Str::FileOpen: return u"&Open...";
-    case Str::FileClose: return u"&Close";
-    case Str::FileSave: return u"&Save";
-    case Str::FileSaveAs: return u"Save &As...";
-    case Str::FileForward: return u"&Forward to Microsoft Excel...";
-    case Str::FileExit: return u"E&xit";
-    case Str::RealtimeNew: return u"&New";
-    case Str::RealtimeStart: return u"Star&t";
-    case Str::RealtimeStop: return u"Sto&p";
-    case Str::DataMemory: return u"&MEMORY-mode";
-    case Str::DataSave: return u"&SAVE-mode";
-    case Str::MoniterStart: return u"Star&t";
-    case Str::MoniterStop: return u"Sto&p";
-    case Str::SetupCommport: return u"&Communications Port...";
-    case Str::SetupInterval: return u"&Interval and Period...";
-    case Str::SetupGraph: return u"&Graph...";
-    case Str::ViewToolbar: return u"&Tool bar";
-    case Str::ViewStatusbar: return u"&Status bar";
-    case Str::HelpAbout: return u"&About PX40 Communication Software...";
-    case Str::TipOpen: return u"Open";
-    case Str::TipSave: return u"Save";
-    case Str::TipForward: return u"Forward to Microsoft Excel";
-    case Str::TipNew: return u"New";
-    case Str::TipStart: return u"Start real-time data receive";
-    case Str::TipMemoryData: return u"Start MEMORY-mode data receive";
-    case Str::TipSaveData: return u"Start SAVE-mode data receive";
-    case Str::TipStartMoniter: return u"Start moniter";
-    case Str::TipInterval: return u"Interval and Period setup";
-    case Str::TipGraph: return u"Graph setup";
-    case Str::TipMoniter: return u"MEASURE Window ON/OFF";
-    case Str::TipStop: return u"Stop";
+    case Str::MenuFile:
+        return u"&File";
+    case Str::MenuRealtime:
+        return u"&Real-time data receive";
+    case Str::MenuData:
+        return u"&Data receive";
+    case Str::MenuMoniterReceive:
+        return u"&Moniter receive";
+    case Str::MenuSetup:
+        return u"&Settings";
+    case Str::MenuView:
+        return u"&View";
+    case Str::MenuHelp:
+        return u"&Help";
+    case Str::FileOpen:
+        return u"&Open...";
+    case Str::FileClose:
+        return u"&Close";
+    case Str::FileSave:
+        return u"&Save";
+    case Str::FileSaveAs:
+        return u"Save &As...";
+    case Str::FileForward:
+        return u"&Forward to Microsoft Excel...";
+    case Str::FileExit:
+        return u"E&xit";
+    case Str::RealtimeNew:
+        return u"&New";
+    case Str::RealtimeStart:
+        return u"Star&t";
+    case Str::RealtimeStop:
+        return u"Sto&p";
+    case Str::DataMemory:
+        return u"&MEMORY-mode";
+    case Str::DataSave:
+        return u"&SAVE-mode";
+    case Str::MoniterStart:
+        return u"Star&t";
+    case Str::MoniterStop:
+        return u"Sto&p";
+    case Str::SetupCommport:
+        return u"&Communications Port...";
+    case Str::SetupInterval:
+        return u"&Interval and Period...";
+    case Str::SetupGraph:
+        return u"&Graph...";
+    case Str::ViewToolbar:
+        return u"&Tool bar";
+    case Str::ViewStatusbar:
+        return u"&Status bar";
+    case Str::HelpAbout:
+        return u"&About PX40 Communication Software...";
+    case Str::TipOpen:
+        return u"Open";
+    case Str::TipSave:
+        return u"Save";
+    case Str::TipForward:
+        return u"Forward to Microsoft Excel";
+    case Str::TipNew:
+        return u"New";
+    case Str::TipStart:
+        return u"Start real-time data receive";
+    case Str::TipMemoryData:
+        return u"Start MEMORY-mode data receive";
+    case Str::TipSaveData:
+        return u"Start SAVE-mode data receive";
+    case Str::TipStartMoniter:
+        return u"Start moniter";
+    case Str::TipInterval:
+        return u"Interval and Period setup";
+    case Str::TipGraph:
+        return u"Graph setup";
+    case Str::TipMoniter:
+        return u"MEASURE Window ON/OFF";
+    case Str::TipStop:
+        return u"Stop";
     case Str::AskForwardAfterReceive:
         return u"Do you need forward to Microsoft Excel after received data?";
-    case Str::TimeoutError: return u"Timeout error occurred.";
-    case Str::TipSource: return u"SOURECE Window ON/OFF"; // spelt so in the table
-    case Str::ViewMoniter: return u"&MEASURE Window";
-    case Str::ViewSource: return u"&SOURCE Window";
-    case Str::ApplicationTitle: return u"PX40 Communication Software";
+    case Str::TimeoutError:
+        return u"Timeout error occurred.";
+    case Str::TipSource:
+        return u"SOURECE Window ON/OFF"; // spelt so in the table
+    case Str::ViewMoniter:
+        return u"&MEASURE Window";
+    case Str::ViewSource:
+        return u"&SOURCE Window";
+    case Str::ApplicationTitle:
+        return u"PX40 Communication Software";
 
-    case Str::Canceled: return u"Canceled.";
-    case Str::Cancel: return u"Cancel";
-    case Str::Canceling: return u"Canceling...";
-    case Str::AskSaveChanges: return u"Do you want to save the changes you made to this file?";
-    case Str::RealtimeData: return u"REAL-TIME DATA";
-    case Str::SaveModeData: return u"SAVE-mode DATA";
-    case Str::MemoryModeData: return u"MEMORY-mode DATA";
-    case Str::HeadingTime: return u"TIME";
-    case Str::HeadingData: return u"DATA";
-    case Str::HeadingMode: return u"MODE";
-    case Str::HeadingSource: return u"SRC.";
-    case Str::HeadingNumber: return u"No.";
+    case Str::Canceled:
+        return u"Canceled.";
+    case Str::Cancel:
+        return u"Cancel";
+    case Str::Canceling:
+        return u"Canceling...";
+    case Str::AskSaveChanges:
+        return u"Do you want to save the changes you made to this file?";
+    case Str::RealtimeData:
+        return u"REAL-TIME DATA";
+    case Str::SaveModeData:
+        return u"SAVE-mode DATA";
+    case Str::MemoryModeData:
+        return u"MEMORY-mode DATA";
+    case Str::HeadingTime:
+        return u"TIME";
+    case Str::HeadingData:
+        return u"DATA";
+    case Str::HeadingMode:
+        return u"MODE";
+    case Str::HeadingSource:
+        return u"SRC.";
+    case Str::HeadingNumber:
+        return u"No.";
 
-    case Str::UnitOhm: return u"Ohm";
-    case Str::UnitCelsius: return u"C.";
+    case Str::UnitOhm:
+        return u"Ohm";
+    case Str::UnitCelsius:
+        return u"C.";
 
-    case Str::PortTitle: return u"Communications Port setup";
-    case Str::PortLabel: return u"Communications Port";
-    case Str::Automatic: return u"Automatic";
-    case Str::Custom: return u"Custom";
+    case Str::PortTitle:
+        return u"Communications Port setup";
+    case Str::PortLabel:
+        return u"Communications Port";
+    case Str::Automatic:
+        return u"Automatic";
+    case Str::Custom:
+        return u"Custom";
 
-    case Str::Receiving: return u"Receiving...";
-    case Str::CommandError: return u"Command error occurred.";
-    case Str::DataError: return u"Data error occurred.";
-    case Str::ReceiveSaveMode: return u"Receive SAVE-mode data";
-    case Str::ReceiveMemoryMode: return u"Receive MEMORY-mode data";
+    case Str::Receiving:
+        return u"Receiving...";
+    case Str::CommandError:
+        return u"Command error occurred.";
+    case Str::DataError:
+        return u"Data error occurred.";
+    case Str::ReceiveSaveMode:
+        return u"Receive SAVE-mode data";
+    case Str::ReceiveMemoryMode:
+        return u"Receive MEMORY-mode data";
 
-    case Str::Rtd400Ohm: return u"400Ohm";
-    case Str::TempSetValue: return u"Set value";
-    case Str::TempSetMillivolt: return u"mV";
-    case Str::TempSetAmbient: return u"Ambient-temp";
-    case Str::PulseFrequency: return u"Freq.";
-    case Str::PulseAmplitude: return u"Amp.";
-    case Str::PulseCount: return u"Count";
+    case Str::Rtd400Ohm:
+        return u"400Ohm";
+    case Str::TempSetValue:
+        return u"Set value";
+    case Str::TempSetMillivolt:
+        return u"mV";
+    case Str::TempSetAmbient:
+        return u"Ambient-temp";
+    case Str::PulseFrequency:
+        return u"Freq.";
+    case Str::PulseAmplitude:
+        return u"Amp.";
+    case Str::PulseCount:
+        return u"Count";
 
-    case Str::Ok: return u"OK";
-    case Str::Yes: return u"&Yes";
-    case Str::No: return u"&No";
-    case Str::Close: return u"Close";
-    case Str::Version: return u"Version ";
-    case Str::ProductLine: return u"Readings, logging and source control for the PX40 process calibrator";
-    case Str::CopyrightLine: return u"Copyright \u00a9 2026 the PX40 Communication Software developers";
+    case Str::Ok:
+        return u"OK";
+    case Str::Yes:
+        return u"&Yes";
+    case Str::No:
+        return u"&No";
+    case Str::Close:
+        return u"Close";
+    case Str::Version:
+        return u"Version ";
+    case Str::ProductLine:
+        return u"Readings, logging and source control for the PX40 process calibrator";
+    case Str::CopyrightLine:
+        return u"Copyright \u00a9 2026 the PX40 Communication Software developers";
     case Str::LicenceLine:
         return u"Free software under the GNU General Public License, version 3 or later.";
-    case Str::NoWarrantyLine: return u"It comes without any warranty.";
-    case Str::DemoTitleSuffix: return u" \u2013 DEMO: SIMULATED INSTRUMENT, NOT REAL DATA";
-    case Str::PortNotOpen: return u"The communications port is not open.";
-    case Str::PortNotAssigned: return u"No device is assigned to port %1.";
-    case Str::PortNotPlugged: return u"The device of port %1 is not plugged in.";
-    case Str::PortNoPermission: return u"You have no permission to use %1.";
+    case Str::NoWarrantyLine:
+        return u"It comes without any warranty.";
+    case Str::DemoTitleSuffix:
+        return u" \u2013 DEMO: SIMULATED INSTRUMENT, NOT REAL DATA";
+    case Str::PortNotOpen:
+        return u"The communications port is not open.";
+    case Str::PortNotAssigned:
+        return u"No device is assigned to port %1.";
+    case Str::PortNotPlugged:
+        return u"The device of port %1 is not plugged in.";
+    case Str::PortNoPermission:
+        return u"You have no permission to use %1.";
     case Str::PortNoPermissionGroup:
         return u"You have no permission to use %1. It belongs to the group \"%2\"; ask your "
                u"administrator to add you to that group, then log in again.";
-    case Str::PortBusy: return u"Another program is using %1.";
-    case Str::PortLost: return u"The connection to the instrument was lost.";
-    case Str::PortPanelOpen: return u"Port %1: %2";
-    case Str::PortPanelClosed: return u"Port %1: closed";
-    case Str::PortPanelLost: return u"Port %1: connection lost";
-    case Str::PortPanelSimulated: return u"simulated instrument";
-    case Str::PortDeviceLabel: return u"Device of this port";
-    case Str::PortDeviceHint: return u"Choose a device or type its path, for example /dev/ttyS0";
-    case Str::PortDeviceUnassigned: return u"No device is assigned to this port.";
-    case Str::PortDeviceAbsent: return u"This device is not plugged in.";
-    case Str::PortDeviceSerial: return u"serial number %1";
-    case Str::PortDeviceFixed: return u"Set for this run by the command line.";
-    case Str::PortDeviceSimulated: return u"The simulated instrument of this demo.";
-    case Str::WaitingForLink: return u"Waiting for the link...";
-    case Str::MemoryReceived: return u"%1 stored readings received.";
-    case Str::MemoryEnded: return u"The download ended early: %1 of 50 stored readings received.";
-    case Str::StatisticMax: return u"MAX";
-    case Str::StatisticMin: return u"MIN";
-    case Str::StatisticAvg: return u"AVG";
-    case Str::LabelKind: return u"Data";
-    case Str::LabelInterval: return u"Interval";
-    case Str::LabelPeriod: return u"Period";
-    case Str::LabelXAxis: return u"X axis";
+    case Str::PortBusy:
+        return u"Another program is using %1.";
+    case Str::PortLost:
+        return u"The connection to the instrument was lost.";
+    case Str::PortPanelOpen:
+        return u"Port %1: %2";
+    case Str::PortPanelClosed:
+        return u"Port %1: closed";
+    case Str::PortPanelLost:
+        return u"Port %1: connection lost";
+    case Str::PortPanelSimulated:
+        return u"simulated instrument";
+    case Str::PortDeviceLabel:
+        return u"Device of this port";
+    case Str::PortDeviceHint:
+        return u"Choose a device or type its path, for example /dev/ttyS0";
+    case Str::PortDeviceUnassigned:
+        return u"No device is assigned to this port.";
+    case Str::PortDeviceAbsent:
+        return u"This device is not plugged in.";
+    case Str::PortDeviceSerial:
+        return u"serial number %1";
+    case Str::PortDeviceFixed:
+        return u"Set for this run by the command line.";
+    case Str::PortDeviceSimulated:
+        return u"The simulated instrument of this demo.";
+    case Str::WaitingForLink:
+        return u"Waiting for the link...";
+    case Str::MemoryReceived:
+        return u"%1 stored readings received.";
+    case Str::MemoryEnded:
+        return u"The download ended early: %1 of 50 stored readings received.";
+    case Str::StatisticMax:
+        return u"MAX";
+    case Str::StatisticMin:
+        return u"MIN";
+    case Str::StatisticAvg:
+        return u"AVG";
+    case Str::LabelKind:
+        return u"Data";
+    case Str::LabelInterval:
+        return u"Interval";
+    case Str::LabelPeriod:
+        return u"Period";
+    case Str::LabelXAxis:
+        return u"X axis";
     case Str::EmptyWorkspace:
         return u"Data receive, MEMORY-mode fetches the readings that the instrument has stored.";
-    case Str::UnusableCommandLine: return u"Try --help for the options.";
-    case Str::TableFull: return u"The table is full.";
+    case Str::UnusableCommandLine:
+        return u"Try --help for the options.";
+    case Str::TableFull:
+        return u"The table is full.";
     }
     return u"";
 }

@@ -239,7 +239,7 @@ Delivery Deliver(const Faults &faults, std::size_t n, std::string_view command, 
     if (faults.dropReplyAt != 0 && faults.dropReplyAt == n)
         return delivery;
     const bool withinFirst = faults.lateFirst == 0 || n <= faults.lateFirst;
-    if (withinFirst && n % faults.lateEvery == 0)
+    if (withinFirst && (faults.lateEvery <= 1 || n % faults.lateEvery == 0))
         delivery.late = faults.late;
     if (faults.halfLine) {
         delivery.bytes = reply.substr(0, (reply.size() + 1) / 2);

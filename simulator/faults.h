@@ -17,38 +17,37 @@ struct Faults
 {
     /// No reply at all, or none from that command on; such commands have no effect.
     bool silent = false;
-    std::size_t silentFrom = 0;
-
-    /// Added before the reply, in each `lateEvery`-th command, and in no more than the first `lateFirst`
-    /// commands (0 = without end).
-    std::chrono::milliseconds late{0};
-    std::size_t lateEvery = 1;
-    std::size_t lateFirst = 0;
-
-    /// Each byte in a write of its own, with this pause between two of them where the line is not paced.
+    /// Each byte in a write of its own, with `bytePause` between two of them where the line is not paced.
     bool byteByByte = false;
-    std::chrono::microseconds bytePause{200};
-
     /// The reply and a second line, "SECOND LINE", in one write.
     bool twoLines = false;
     /// The first half of the reply and never its CR LF.
     bool halfLine = false;
-    /// From that command on, as many bytes as the reply has, among them NUL and bytes above 0x7F; CR LF.
-    std::size_t garbageFrom = 0;
-    /// From that command on "ERR"; such commands have no effect.
-    std::size_t errFrom = 0;
-    /// "OC" is answered as in this communication mode, in 44 characters where `shortStatus` is set.
-    bool otherMode = false;
-    CommMode commMode = CommMode::Normal;
-    bool shortStatus = false;
     /// A wrong check character behind each record ("RS,").
     bool wrongCheck = false;
-
-    /// The device disappears when that command has arrived, or after half of its reply.
-    std::size_t hangUpAt = 0;
+    /// "OC" is answered as in `commMode`, in 44 characters where `shortStatus` is set.
+    bool otherMode = false;
+    bool shortStatus = false;
+    /// The hang-up comes after half of the reply, not before it.
     bool hangUpHalfWay = false;
+    CommMode commMode = CommMode::Normal;
+
+    std::size_t silentFrom = 0;
+    /// From that command on "ERR"; such commands have no effect.
+    std::size_t errFrom = 0;
+    /// From that command on, as many bytes as the reply has, among them NUL and bytes above 0x7F; CR LF.
+    std::size_t garbageFrom = 0;
     /// The reply to that command is lost; the command has its effect.
     std::size_t dropReplyAt = 0;
+    /// The device disappears when that command has arrived.
+    std::size_t hangUpAt = 0;
+
+    /// Added before the reply, in each `lateEvery`-th command (0 or 1 = each), and in no more than the first
+    /// `lateFirst` commands (0 = without end).
+    std::chrono::milliseconds late{0};
+    std::size_t lateEvery = 1;
+    std::size_t lateFirst = 0;
+    std::chrono::microseconds bytePause{200};
 };
 
 /// Sets one fault, given as NAME or NAME=ARGUMENT (see `FaultList`), beside those that are set already;
@@ -65,10 +64,10 @@ struct Delivery
     /// Everything to be sent, CR LF included; empty for no reply.
     std::string bytes;
     std::chrono::milliseconds late{0};
-    bool byteByByte = false;
     std::chrono::microseconds bytePause{0};
+    bool byteByByte = false;
     bool oneWrite = false;
-    /// The device disappears after so many bytes of `bytes`.
+    /// The device disappears after `hangUpAfter` bytes of `bytes`.
     bool hangUp = false;
     std::size_t hangUpAfter = 0;
 };

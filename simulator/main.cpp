@@ -11,6 +11,7 @@
 #include <iostream>
 #include <poll.h>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 
 namespace px40::sim {
@@ -69,6 +70,16 @@ Observer ExchangePrinter()
     };
 }
 
+void PlugIn(PtyServer &server)
+{
+    try {
+        server.PlugIn();
+        std::cout << server.DevicePath() << std::endl;
+    } catch (const std::system_error &failure) {
+        std::cerr << "px40sim: " << failure.what() << "." << std::endl;
+    }
+}
+
 // False when the order is to quit.
 bool Obey(std::string_view order, PtyServer &server)
 {
@@ -80,8 +91,7 @@ bool Obey(std::string_view order, PtyServer &server)
     if (order == "unplug") {
         server.HangUp();
     } else if (order == "plug") {
-        server.PlugIn();
-        std::cout << server.DevicePath() << std::endl;
+        PlugIn(server);
     } else if (order.starts_with(fault)) {
         Faults faults = server.CurrentFaults();
         std::string error;

@@ -99,8 +99,28 @@ void PtyServer::Run()
     // The kernel would otherwise round each wait up by 50 microseconds, a twentieth of a character.
     ::prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
 #endif
-    while (HandleRequests())
+    while (HandleRequests()) {
+        SendInjected();
         WaitForInput();
+    }
+}
+
+void PtyServer::Inject(std::string_view bytes)
+{
+    const std::lock_guard lock(mutex_);
+    injected_ += bytes;
+    wake_.Wake();
+}
+
+void PtyServer::SendInjected()
+{
+    std::string bytes;
+    {
+        const std::lock_guard lock(mutex_);
+        bytes.swap(injected_);
+    }
+    if (terminal_)
+        Write(bytes);
 }
 
 bool PtyServer::HandleRequests()

@@ -63,6 +63,10 @@ class PtyServer
     void SetFaults(const Faults &faults);
     Faults CurrentFaults() const;
 
+    /// Sends bytes that no command asked for, as a noisy line does; at once, and after a reply under way.
+    /// Lost while the device is unplugged.
+    void Inject(std::string_view bytes);
+
     /// How many commands have arrived since the start, and the last 10,000 of them, oldest first, without
     /// line ends. One longer than 1,000 characters is kept without its end, and answered with "ERR".
     std::size_t CommandCount() const;
@@ -89,6 +93,7 @@ class PtyServer
     /// False when the wait was cut short because the server is to stop or to hang up.
     bool WaitUntil(Clock::time_point deadline);
     bool HandleRequests();
+    void SendInjected();
     void Unplug(const std::lock_guard<std::mutex> &);
 
     const Line line_;
@@ -112,6 +117,7 @@ class PtyServer
     std::size_t commandCount_ = 0;
     std::size_t countAtFaults_ = 0;
     std::optional<PseudoTerminal> arriving_;
+    std::string injected_;
     bool hangUpAsked_ = false;
     bool stopping_ = false;
 

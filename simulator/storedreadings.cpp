@@ -14,31 +14,31 @@ namespace {
 struct Series
 {
     int length;
+    Padding padding;
     Value measured;
     long step;
     long noise;
     Value source;
     long sourceStep;
-    Padding padding;
 };
 
 // clang-format off
 constexpr Series AllSeries[] = {
     // a transmitter's output in V and mA while its thermocouple input was simulated
-    {8, {"VDC", 10021, 4}, 4980, 6, {"T  ",      0, 1}, 1000, Padding::Zeros},
-    {7, {"ADC",  4003, 3, Milli}, 2667, 4, {"T  ", 0, 1}, 1500, Padding::Zeros},
+    {8, Padding::Zeros, {"VDC", 10021, 4}, 4980, 6, {"T  ",      0, 1}, 1000},
+    {7, Padding::Zeros, {"ADC",  4003, 3, Milli}, 2667, 4, {"T  ", 0, 1}, 1500},
     // an amplifier round zero, then a divider fed from the mains
-    {5, {"VDC", -2002, 2, Milli}, 1001, 3, {"VDC", -2000, 2, Milli}, 1000, Padding::Blanks},
-    {4, {"VAC",  1002, 1}, 3, 5, {"VDC", 10000, 3}, 0, Padding::Blanks},
+    {5, Padding::Blanks, {"VDC", -2002, 2, Milli}, 1001, 3, {"VDC", -2000, 2, Milli}, 1000},
+    {4, Padding::Blanks, {"VAC",  1002, 1}, 3, 5, {"VDC", 10000, 3}, 0},
     // resistors; the larger ones in kilo-ohms
-    {4, {"O  ", 10003, 2}, 4998, 4, {"ADC", 1000, 3, Milli}, 0, Padding::Zeros},
-    {4, {"O  ",  1201, 3, Kilo}, 870, 3, {"ADC", 1000, 3, Milli}, 0, Padding::Zeros},
+    {4, Padding::Zeros, {"O  ", 10003, 2}, 4998, 4, {"ADC", 1000, 3, Milli}, 0},
+    {4, Padding::Zeros, {"O  ",  1201, 3, Kilo}, 870, 3, {"ADC", 1000, 3, Milli}, 0},
     // a furnace and a cold store
-    {6, {"T  ",   204, 1}, 815, 9, {"VDC", 5000, 2, Milli}, 0, Padding::Blanks},
-    {4, {"T  ",  -402, 1}, 156, 4, {"O  ", 8470, 2}, 610, Padding::Zeros},
+    {6, Padding::Blanks, {"T  ",   204, 1}, 815, 9, {"VDC", 5000, 2, Milli}, 0},
+    {4, Padding::Zeros, {"T  ",  -402, 1}, 156, 4, {"O  ", 8470, 2}, 610},
     // a flow meter
-    {4, {"F  ",  4998, 2}, 5, 4, {"F  ", 500, 1}, 0, Padding::Blanks},
-    {4, {"F  ",  1002, 3, Kilo}, 1001, 3, {"F  ", 100, 2, Kilo}, 100, Padding::Zeros},
+    {4, Padding::Blanks, {"F  ",  4998, 2}, 5, 4, {"F  ", 500, 1}, 0},
+    {4, Padding::Zeros, {"F  ",  1002, 3, Kilo}, 1001, 3, {"F  ", 100, 2, Kilo}, 100},
 };
 
 struct Exception

@@ -1,0 +1,99 @@
+#include "tests/support.h"
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace px40 {
+
+bool WaitUntil(const std::function<bool()> &done, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    QEventLoop loop;
+    QTimer alarm;
+    alarm.start(timeoutMs);
+    while (!done() && !deadline.hasExpired()) {
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return done();
+}
+
+namespace {
+
+/// Completed by the event loop, as a user's answer is.
+OneShot<bool> NextTurn()
+{
+    OneShot<bool> turn;
+    const auto complete = [turn] { turn.Complete(true); };
+    QMetaObject::invokeMethod(QCoreApplication::instance(), complete, Qt::QueuedConnection);
+    return turn;
+}
+
+} // namespace
+
+QCoro::Task<void> ScriptedPrompts::Warn(QString text)
+{
+    warnings.append(text);
+    const OneShot<bool> turn = NextTurn();
+    co_await turn;
+}
+
+QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon, bool)
+{
+    questions.append(text);
+    Answer answer = Answer::Cancel;
+    if (!answers.empty()) {
+        answer = answers.front();
+        answers.pop_front();
+    }
+    const OneShot<bool> turn = NextTurn();
+    co_await turn;
+    co_return answer;
+}
+
+void RecordedProgress::RenProgress(bool throttle, int current, int total)
+{
+    steps.append(QStringLiteral("%1 %2/%3").arg(throttle ? u"true" : u"false").arg(current).arg(total));
+    if (onStep)
+        onStep(current);
+}
+
+LinkRig::LinkRig(sim::ServerOptions options, int replyTimeoutMs)
+    : server(std::move(options)), store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))),
+      ports(store), comm(state, ports, prompts, replyTimeoutMs)
+{
+    ports.Fix(1, QString::fromStdString(server.DevicePath()));
+}
+
+sim::ServerOptions LinkRig::Unpaced()
+{
+    sim::ServerOptions options;
+    options.line.paced = false;
+    return options;
+}
+
+void LinkRig::Fault(const char *text)
+{
+    sim::Faults faults = server.CurrentFaults();
+    std::string error;
+    QVERIFY2(sim::ApplyFault(text, faults, &error), error.c_str());
+    server.SetFaults(faults);
+}
+
+void LinkRig::Open()
+{
+    const Running<bool> opened(comm.OpenPort());
+    QVERIFY(opened.Finish());
+    QVERIFY(opened.Value());
+}
+
+QStringList LinkRig::Commands() const
+{
+    QStringList commands;
+    for (const std::string &command : server.Commands())
+        commands << QString::fromStdString(command);
+    return commands;
+}
+
+} // namespace px40

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/jobs.h"
+#include "platform/portmap.h"
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+#include "platform/userstore.h"
+#include "simulator/ptyserver.h"
+
+#include <QCoro/QCoroTask>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace px40 {
+
+/// Answers from a script and keeps what was shown.
+class ScriptedPrompts : public Prompts
+{
+  public:
+    QCoro::Task<void> Warn(QString text) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes) override;
+    void DismissAll() override { ++dismissals; }
+
+    QStringList warnings;
+    QStringList questions;
+    std::deque<Answer> answers; ///< Cancel when there is none left
+    int dismissals = 0;
+};
+
+class RecordedProgress : public ProgressView
+{
+  public:
+    void Show() override { shown = true; }
+    void SetCaption(const QString &text) override { caption = text; }
+    void SetMessage(const QString &text) override { message = text; }
+    void RenProgress(bool throttle, int current, int total) override;
+    void DisableCancel() override { cancelDisabled = true; }
+    void Unload() override { shown = false; }
+
+    std::function<void(int)> onStep; ///< called with each position
+    QString caption;
+    QString message;
+    QStringList steps;
+    bool shown = false;
+    bool cancelDisabled = false;
+};
+
+/// The link on a real pseudo-terminal, at whose other end stands the simulated instrument.
+class LinkRig
+{
+  public:
+    /// Short enough for a test of silent attempts, long enough for a loaded machine to answer in.
+    static constexpr int ReplyTimeoutMs = 150;
+
+    explicit LinkRig(sim::ServerOptions options = Unpaced(), int replyTimeoutMs = ReplyTimeoutMs);
+
+    static sim::ServerOptions Unpaced();
+    /// Sets one fault of the instrument by its name.
+    void Fault(const char *text);
+    /// Opens the port; the test fails when that does.
+    void Open();
+    QStringList Commands() const;
+
+    QTemporaryDir folder;
+    sim::PtyServer server;
+    ScriptedPrompts prompts;
+    UserStore store;
+    PortMap ports;
+    LinkState state;
+    LinkGate gate{state};
+    Jobs jobs;
+    Comm comm;
+};
+
+/// Handles events as they come until `done` holds; false when it does not in time. Unlike the waiting macros
+/// it never sleeps between two looks.
+bool WaitUntil(const std::function<bool()> &done, int timeoutMs = 20000);
+
+template <typename T>
+QCoro::Task<void> KeepResult(QCoro::Task<T> task, std::shared_ptr<std::optional<T>> into)
+{
+    const T result = co_await task;
+    *into = result;
+}
+
+/// A task under way whose result can be looked at.
+template <typename T>
+class Running
+{
+  public:
+    explicit Running(QCoro::Task<T> task) : result_(std::make_shared<std::optional<T>>())
+    {
+        KeepResult(std::move(task), result_);
+    }
+
+    bool Done() const { return result_->has_value(); }
+    T Value() const { return **result_; }
+
+    /// Waits for the end; false when it does not come.
+    bool Finish() const
+    {
+        return WaitUntil([this] { return Done(); });
+    }
+
+  private:
+    std::shared_ptr<std::optional<T>> result_;
+};
+
+} // namespace px40
