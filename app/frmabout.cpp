@@ -21,6 +21,7 @@ frmAbout::frmAbout(QWidget *parent) : QDialog(parent)
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->setContentsMargins(12, 0, 12, 12);
     buttons->button(QDialogButtonBox::Close)->setText(Text(Str::Close));
+    buttons->button(QDialogButtonBox::Close)->setIcon(QIcon());
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addWidget(buttons);
 }

@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QStyle>
 
+#include <utility>
+
 namespace px40 {
 
 frmCancel::frmCancel(LinkState &state, Comm &comm, std::function<void(bool)> enableApplication,
@@ -33,7 +35,9 @@ void frmCancel::Show()
 {
     btCancel_->setEnabled(true);
     pbNow_->setValue(0);
-    enableApplication_(false);
+    if (!std::exchange(open_, true))
+        enableApplication_(false);
+    LayOut(); // the desktop places it by its size
     show();
     btCancel_->setFocus();
 }
@@ -63,7 +67,7 @@ void frmCancel::DisableCancel()
 
 void frmCancel::Unload()
 {
-    if (!isVisible())
+    if (!std::exchange(open_, false))
         return;
     hide();
     enableApplication_(true);

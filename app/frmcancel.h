@@ -50,6 +50,7 @@ class frmCancel : public QDialog, public ProgressView
     QLabel *llMsg_;
     QProgressBar *pbNow_;
     QPushButton *btCancel_;
+    bool open_ = false;
 };
 
 } // namespace px40

@@ -170,12 +170,24 @@ void frmMain::RefreshCommands()
 
 void frmMain::EnableApplication(bool enabled)
 {
+    // Disabling takes the focus from the active data window; it gets it back.
+    if (!enabled)
+        activeBefore_ = workspace_->activeSubWindow();
     for (std::size_t i = 0; i < MainMenuCount; ++i)
         actions_->Menu(static_cast<MainMenu>(i))->setEnabled(enabled);
     actions_->MainBar()->setEnabled(enabled);
     const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
     for (QMdiSubWindow *const window : windows)
         window->setEnabled(enabled);
+    if (enabled && isActiveWindow())
+        ActivateAgain();
+}
+
+void frmMain::ActivateAgain()
+{
+    if (activeBefore_)
+        workspace_->setActiveSubWindow(activeBefore_);
+    activeBefore_ = nullptr;
 }
 
 void frmMain::Run(Command command)
@@ -222,6 +234,7 @@ std::shared_ptr<DataSet> frmMain::NewDataWindow(int kind)
     windowServices.jobs = &services_->jobs;
     auto *const window = new frmData(dataSet, windowServices);
     workspace_->addSubWindow(window);
+    workspace_->Place(window);
     dataSet->OpenNew(kind);
     window->show();
     OnWindowActivated();
@@ -329,6 +342,8 @@ void frmMain::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         actions_->MakeIcons();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !frmCancel_->isVisible())
+        QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
 }
 
 } // namespace px40

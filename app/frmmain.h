@@ -69,6 +69,7 @@ class frmMain : public QMainWindow
     void OnWindowActivated();
     void RefreshCommands();
     void EnableApplication(bool enabled);
+    void ActivateAgain();
     ShellSituation Situation() const;
     frmData *ActiveData() const;
 
@@ -84,6 +85,7 @@ class frmMain : public QMainWindow
     StoredData storedData_;
     CommandStates menuStates_;
     CommandStates buttonStates_;
+    QPointer<QMdiSubWindow> activeBefore_;
     QLabel *message_ = nullptr;
     QLabel *port_ = nullptr;
     bool memoryAsked_ = false;

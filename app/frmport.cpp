@@ -83,7 +83,7 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
         grid->addWidget(llDevice_, 1, 0);
         grid->addWidget(cbDevice_, 1, 1);
         grid->addWidget(llDeviceInfo_, 2, 1);
-        setMinimumWidth(fontMetrics().averageCharWidth() * 80);
+        setMinimumWidth(fontMetrics().averageCharWidth() * 94);
     }
     column->addSpacing(8);
     column->addStretch(1);
@@ -114,6 +114,8 @@ void frmPort::BuildDeviceRow()
     llDeviceInfo_->setObjectName(QStringLiteral("llDeviceInfo"));
     llDeviceInfo_->setForegroundRole(QPalette::PlaceholderText);
     llDeviceInfo_->setWordWrap(true);
+    llDeviceInfo_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    llDeviceInfo_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
     connect(cbPort_, &QComboBox::currentIndexChanged, this, &frmPort::ShowDeviceOfPort);
     connect(cbDevice_, &QComboBox::editTextChanged, this, &frmPort::DescribeDevice);
     connect(cbDevice_, &QComboBox::activated, this,

@@ -2,6 +2,9 @@
 
 #include "app/titlecard.h"
 
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
 #include <QVBoxLayout>
 
 namespace px40 {
@@ -10,14 +13,26 @@ frmSplash::frmSplash() : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindow
 {
     setObjectName(QStringLiteral("frmSplash"));
     auto *const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(1, 1, 1, 1); // for the border
     column->addWidget(new TitleCard(this));
+    adjustSize();
+    if (const QScreen *const screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
     connect(&tmWait_, &Timer::tick, this, &frmSplash::EndWait);
 }
 
 frmSplash::~frmSplash()
 {
     EndWait();
+}
+
+void frmSplash::paintEvent(QPaintEvent *)
+{
+    QColor ink = palette().windowText().color();
+    ink.setAlphaF(0.4F);
+    QPainter painter(this);
+    painter.setPen(ink);
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 QCoro::Task<void> frmSplash::Wait()

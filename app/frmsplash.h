@@ -8,6 +8,8 @@
 
 #include <optional>
 
+class QPaintEvent;
+
 namespace px40 {
 
 /// The window that stands on the screen while the program starts.
@@ -23,6 +25,9 @@ class frmSplash : public QWidget
 
     /// Starts the wait timer and goes on when it has switched itself off, or the window goes.
     QCoro::Task<void> Wait();
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
 
   private:
     void EndWait();

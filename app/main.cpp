@@ -52,7 +52,6 @@ int main(int argc, char *argv[])
     }
 
     QApplication application(argc, argv);
-    QApplication::setApplicationDisplayName(title);
     QApplication::setWindowIcon(ApplicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -3,6 +3,7 @@
 #include "resources/strings.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -10,16 +11,50 @@ namespace px40 {
 
 namespace {
 
+constexpr int NarrowestText = 45; // characters
+
+/// The window before which a box is to stand.
+QWidget *Foremost()
+{
+    for (QWidget *const one : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
+        if (one && one->isVisible())
+            return one;
+    }
+    // Another program has the focus: the box must still not get lost behind ours.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *const one : windows) {
+        if (one->isVisible() && one->windowType() == Qt::Window)
+            return one;
+    }
+    return nullptr;
+}
+
 QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 {
-    auto *const box = new QMessageBox(QApplication::activeWindow());
+    auto *const box = new QMessageBox(Foremost());
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::ApplicationModal);
+    box->setWindowTitle(Text(Str::ApplicationTitle));
     box->setIcon(icon);
     box->setTextFormat(Qt::PlainText);
     QString lines = text;
     box->setText(lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    // A short text, or none, would leave a box so narrow that even its title is cut.
+    if (auto *const label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_label"))) {
+        const int narrowest = label->fontMetrics().averageCharWidth() * NarrowestText;
+        if (label->minimumSizeHint().width() < narrowest)
+            label->setMinimumWidth(narrowest);
+    }
     return box;
+}
+
+/// Without the picture that some desktops give to standard buttons: no other dialog here has any.
+QPushButton *AddButton(QMessageBox *box, QMessageBox::StandardButton button, Str text)
+{
+    QPushButton *const added = box->addButton(button);
+    added->setText(Text(text));
+    added->setIcon(QIcon());
+    return added;
 }
 
 } // namespace
@@ -27,7 +62,7 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 QCoro::Task<void> MessagePrompts::Warn(QString text)
 {
     QMessageBox *const box = MakeBox(QMessageBox::Warning, text);
-    box->addButton(QMessageBox::Ok)->setText(Text(Str::Ok));
+    AddButton(box, QMessageBox::Ok, Str::Ok);
     const OneShot<int> closed = Open(box);
     co_await closed;
 }
@@ -36,12 +71,10 @@ QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon
 {
     QMessageBox *const box =
         MakeBox(icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning, text);
-    QPushButton *const yes = box->addButton(QMessageBox::Yes);
-    yes->setText(Text(Str::Yes));
+    QPushButton *const yes = AddButton(box, QMessageBox::Yes, Str::Yes);
     yes->setEnabled(offerYes);
-    box->addButton(QMessageBox::No)->setText(Text(Str::No));
-    QPushButton *const cancel = box->addButton(QMessageBox::Cancel);
-    cancel->setText(Text(Str::Cancel));
+    AddButton(box, QMessageBox::No, Str::No);
+    QPushButton *const cancel = AddButton(box, QMessageBox::Cancel, Str::Cancel);
     box->setDefaultButton(offerYes ? yes : cancel);
     box->setEscapeButton(cancel);
     const OneShot<int> closed = Open(box);

@@ -11,17 +11,15 @@ namespace px40 {
 
 namespace {
 
-QLabel *Line(const QString &text, double scale, QVBoxLayout *column)
+void Line(const QString &text, double scale, QVBoxLayout *column)
 {
     auto *const label = new QLabel(text);
-    label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     QFont font = label->font();
     font.setPointSizeF(font.pointSizeF() * scale);
     font.setBold(scale > 1.3);
     label->setFont(font);
     column->addWidget(label);
-    return label;
 }
 
 } // namespace
@@ -44,8 +42,7 @@ TitleCard::TitleCard(QWidget *parent) : QWidget(parent)
     auto *const column = new QVBoxLayout;
     column->setSpacing(4);
     row->addLayout(column, 1);
-    QLabel *const title = Line(Text(Str::ApplicationTitle), 1.7, column);
-    title->setWordWrap(false);
+    Line(Text(Str::ApplicationTitle), 1.7, column);
     Line(Text(Str::Version) + ProgramVersion(), 1.1, column);
     column->addSpacing(8);
     Line(Text(Str::ProductLine), 1.0, column);

@@ -2,8 +2,10 @@
 
 #include "resources/strings.h"
 
+#include <QMdiSubWindow>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QStyle>
 
 namespace px40 {
 
@@ -12,6 +14,17 @@ Workspace::Workspace(QWidget *parent) : QMdiArea(parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setActivationOrder(QMdiArea::ActivationHistoryOrder);
+}
+
+void Workspace::Place(QMdiSubWindow *window)
+{
+    constexpr int Steps = 4; // then the cascade begins anew
+    const QRect room = viewport()->rect();
+    const int step = window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
+    const int offset = static_cast<int>((subWindowList().size() - 1) % Steps) * step;
+    const QSize most = room.size() * 0.85;
+    const QSize wanted = window->size().expandedTo(most).boundedTo(room.size() - QSize(offset, offset));
+    window->setGeometry(QRect(room.topLeft() + QPoint(offset, offset), wanted));
 }
 
 void Workspace::paintEvent(QPaintEvent *event)

@@ -14,6 +14,11 @@ class Workspace : public QMdiArea
   public:
     explicit Workspace(QWidget *parent = nullptr);
 
+    /// Gives a data window that was just added its first place: cascaded behind those that are there, most
+    /// of the workspace wide and high, never beyond it, and so large that it shows what it holds if there
+    /// is room.
+    void Place(QMdiSubWindow *window);
+
   protected:
     void paintEvent(QPaintEvent *event) override;
 };

@@ -6,14 +6,18 @@
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QMdiArea>
+#include <QMenu>
 #include <QProgressBar>
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
+#include <numeric>
 
 namespace px40 {
 
@@ -25,24 +29,68 @@ struct PanelPlace
     int bar; ///< 0 to 2
     const char16_t *key;
     Str caption;
-    int width; ///< in characters; 0: what is left
+    int captionWidth; ///< in characters
+    int width;        ///< of the whole panel, in characters; 0: what is left
 };
 
-constexpr int FirstColumnWidth = 34;
+constexpr int FirstColumnWidth = 38;
+constexpr int FirstCaptionWidth = 9;
+constexpr int CaptionWidth = 5;
+constexpr int RoomyWidth = 120; // shows the longest text of a panel
+constexpr int RoomyRows = 12;
 
 constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
-    {Panel::Label, 0, u"Label", Str::LabelKind, FirstColumnWidth},
-    {Panel::Max, 0, u"Max", Str::StatisticMax, 0},
-    {Panel::Interval, 1, u"Interval", Str::LabelInterval, FirstColumnWidth},
-    {Panel::Min, 1, u"Min", Str::StatisticMin, 0},
-    {Panel::Period, 2, u"Period", Str::LabelPeriod, FirstColumnWidth},
-    {Panel::Avg, 2, u"Avg", Str::StatisticAvg, 0},
-    {Panel::X, 2, u"X", Str::LabelXAxis, 24},
+    {Panel::Label, 0, u"Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Max, 0, u"Max", Str::StatisticMax, CaptionWidth, 0},
+    {Panel::Interval, 1, u"Interval", Str::LabelInterval, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Min, 1, u"Min", Str::StatisticMin, CaptionWidth, 0},
+    {Panel::Period, 2, u"Period", Str::LabelPeriod, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Avg, 2, u"Avg", Str::StatisticAvg, CaptionWidth, 0},
+    {Panel::X, 2, u"X", Str::LabelXAxis, 0, 24},
 }};
+
+/// Columns in characters; where there is more room they share it in these proportions.
+constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
+
+/// Fills its width with the columns until the user gives one of them a width of its own.
+class DataTable : public QTableView
+{
+  public:
+    explicit DataTable(QWidget *parent) : QTableView(parent)
+    {
+        connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+            if (!sharing_ && column != TableModel::Columns - 1) // the last one stretches by itself
+                widthsChosen_ = true;
+        });
+    }
+
+    void ShareWidth()
+    {
+        if (widthsChosen_ || !model())
+            return;
+        sharing_ = true;
+        const int total = std::reduce(ColumnWidths.begin(), ColumnWidths.end());
+        const int room = std::max(viewport()->width(), total * fontMetrics().averageCharWidth());
+        for (int column = 0; column < TableModel::Columns; ++column)
+            setColumnWidth(column, room * ColumnWidths.at(static_cast<std::size_t>(column)) / total);
+        sharing_ = false;
+    }
+
+  protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QTableView::resizeEvent(event);
+        ShareWidth();
+    }
+
+  private:
+    bool sharing_ = false;
+    bool widthsChosen_ = false;
+};
 
 QTableView *MakeTable(TableModel *model, QWidget *parent)
 {
-    auto *const table = new QTableView(parent);
+    auto *const table = new DataTable(parent);
     table->setObjectName(QStringLiteral("fgData"));
     table->setModel(model);
     table->setAlternatingRowColors(true);
@@ -53,10 +101,8 @@ QTableView *MakeTable(TableModel *model, QWidget *parent)
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
     table->horizontalHeader()->setHighlightSections(false);
-    const int character = table->fontMetrics().averageCharWidth();
-    static constexpr std::array<int, TableModel::Columns> Widths = {9, 14, 15, 13, 15, 13};
-    for (int column = 0; column < TableModel::Columns; ++column)
-        table->setColumnWidth(column, Widths.at(static_cast<std::size_t>(column)) * character);
+    table->horizontalHeader()->setStretchLastSection(true); // what the rounding leaves, or the user
+    table->ShareWidth();
     QSizePolicy policy = table->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     table->setSizePolicy(policy);
@@ -71,6 +117,7 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     setObjectName(QStringLiteral("frmData"));
     setAttribute(Qt::WA_DeleteOnClose);
     setWidget(BuildContent());
+    LeaveShortcutsToTheMenus();
     DataSet *const set = data_.get();
     connect(set, &DataSet::panelChanged, this, &frmData::ShowPanel);
     connect(set, &DataSet::captionChanged, this, &QWidget::setWindowTitle);
@@ -83,13 +130,23 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     ShowProgress();
     fgData_->setCurrentIndex(set->Table().index(0, 1));
     setFocusProxy(fgData_);
-    resize(QSize(88, 40) * fontMetrics().averageCharWidth());
+    resize(RoomySize());
 }
 
 frmData::~frmData()
 {
     // The data set may live on in a download that has just ended: let go of its model.
     fgData_->setModel(nullptr);
+}
+
+/// The frame's own menu would claim Ctrl+W as well, and then neither gets it.
+void frmData::LeaveShortcutsToTheMenus()
+{
+    const QList<QAction *> actions = systemMenu()->actions();
+    for (QAction *const action : actions) {
+        if (!action->shortcut().isEmpty())
+            action->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_F4));
+    }
 }
 
 QWidget *frmData::BuildContent()
@@ -112,10 +169,18 @@ QWidget *frmData::BuildContent()
     const std::array<PanelBar *, 3> bars = {stBar1_, stBar2_, stBar3_};
     for (const PanelPlace &place : PanelPlaces)
         bars.at(static_cast<std::size_t>(place.bar))
-            ->AddPanel(QString::fromUtf16(place.key), Text(place.caption), place.width);
+            ->AddPanel(QString::fromUtf16(place.key), Text(place.caption), place.captionWidth, place.width);
     for (PanelBar *const bar : bars)
         column->addWidget(bar);
     return content;
+}
+
+QSize frmData::RoomySize() const
+{
+    const int table = fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth() +
+                      RoomyRows * fgData_->verticalHeader()->defaultSectionSize();
+    return {RoomyWidth * fontMetrics().averageCharWidth(),
+            sizeHint().height() - fgData_->sizeHint().height() + table};
 }
 
 void frmData::ShowPanel(Panel panel, const QString &text)

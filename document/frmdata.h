@@ -56,6 +56,9 @@ class frmData : public QMdiSubWindow
   private:
     static QCoro::Task<void> AskAndClose(QPointer<frmData> window);
     QWidget *BuildContent();
+    void LeaveShortcutsToTheMenus();
+    /// The size in which every text and a good number of rows are seen, outer frame included.
+    QSize RoomySize() const;
     void ShowPanel(Panel panel, const QString &text);
     void FollowSample(int sample);
     void ShowProgress();

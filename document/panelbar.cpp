@@ -1,11 +1,46 @@
 #include "document/panelbar.h"
 
+#include <QEvent>
 #include <QFontMetrics>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace px40 {
+
+namespace {
+
+/// A text that ends with an ellipsis where there is no room for all of it.
+class ValueLabel : public QLabel
+{
+  public:
+    explicit ValueLabel(QWidget *parent) : QLabel(parent)
+    {
+        setTextFormat(Qt::PlainText);
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+        setMinimumWidth(1); // a long text does not widen the window
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width());
+        if (shown == text() || hasSelectedText()) {
+            QLabel::paintEvent(event);
+            return;
+        }
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect(), Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(),
+                              shown, foregroundRole());
+    }
+};
+
+} // namespace
 
 PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layout_(new QHBoxLayout(this))
 {
@@ -14,7 +49,7 @@ PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layo
     layout_->setSpacing(4);
 }
 
-void PanelBar::AddPanel(const QString &key, const QString &caption, int width)
+void PanelBar::AddPanel(const QString &key, const QString &caption, int captionWidth, int width)
 {
     auto *const panel = new QFrame(this);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
@@ -24,11 +59,10 @@ void PanelBar::AddPanel(const QString &key, const QString &caption, int width)
 
     auto *const captionLabel = new QLabel(caption, panel);
     captionLabel->setForegroundRole(QPalette::PlaceholderText);
-    auto *const value = new QLabel(panel);
+    captionLabel->setMinimumWidth(
+        std::max(captionLabel->sizeHint().width(), fontMetrics().averageCharWidth() * captionWidth));
+    auto *const value = new ValueLabel(panel);
     value->setObjectName(key);
-    value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    value->setMinimumWidth(1); // a long text is cut, it does not widen the window
-    value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     row->addWidget(captionLabel);
     row->addWidget(value, 1);
 
@@ -36,6 +70,7 @@ void PanelBar::AddPanel(const QString &key, const QString &caption, int width)
         panel->setFixedWidth(fontMetrics().averageCharWidth() * width);
     layout_->addWidget(panel, width > 0 ? 0 : 1);
     values_.insert(key, value);
+    captions_.append(captionLabel);
 }
 
 void PanelBar::SetText(const QString &key, const QString &text)
@@ -43,6 +78,16 @@ void PanelBar::SetText(const QString &key, const QString &text)
     QLabel *const value = values_.value(key);
     value->setText(text);
     value->setToolTip(text);
+}
+
+void PanelBar::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::EnabledChange)
+        return;
+    // The pale role of a caption knows no disabled shade and would stand out before its value.
+    for (QLabel *const caption : std::as_const(captions_))
+        caption->setForegroundRole(isEnabled() ? QPalette::PlaceholderText : QPalette::WindowText);
 }
 
 QString PanelBar::PanelText(const QString &key) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QWidget>
@@ -18,15 +19,20 @@ class PanelBar : public QWidget
     explicit PanelBar(const QString &name, QWidget *parent = nullptr);
 
     /// `width` in average characters gives the panel a fixed room, so that the panels of bars above each
-    /// other align; 0 lets it take what is left.
-    void AddPanel(const QString &key, const QString &caption, int width);
+    /// other align; 0 lets it take what is left. `captionWidth` does the same for the least room of the
+    /// caption, so that the texts behind the captions align.
+    void AddPanel(const QString &key, const QString &caption, int captionWidth, int width);
 
     void SetText(const QString &key, const QString &text);
     QString PanelText(const QString &key) const;
 
+  protected:
+    void changeEvent(QEvent *event) override;
+
   private:
     QHBoxLayout *layout_;
     QMap<QString, QLabel *> values_;
+    QList<QLabel *> captions_;
 };
 
 } // namespace px40

@@ -14,7 +14,7 @@ namespace px40 {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcLink, "px40.link", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcLink, "px40.link", QtWarningMsg)
 
 QString OpenErrorText(const PortOpenResult &result, int number)
 {

@@ -193,7 +193,7 @@ const char16_t *Lookup(Str id)
     case Str::NoWarrantyLine:
         return u"It comes without any warranty.";
     case Str::DemoTitleSuffix:
-        return u" \u2013 DEMO: SIMULATED INSTRUMENT, NOT REAL DATA";
+        return u" \u2013 DEMO (simulated instrument)";
     case Str::PortNotOpen:
         return u"The communications port is not open.";
     case Str::PortNotAssigned:
