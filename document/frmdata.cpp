@@ -79,8 +79,8 @@ class DataTable : public QTableView
   protected:
     void resizeEvent(QResizeEvent *event) override
     {
+        ShareWidth(); // first, or a scroll bar flashes up when the window gets narrower
         QTableView::resizeEvent(event);
-        ShareWidth();
     }
 
   private:

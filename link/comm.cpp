@@ -47,6 +47,12 @@ Comm::Comm(LinkState &state, PortMap &ports, Prompts &prompts, int replyTimeoutM
 
 Comm::~Comm() = default;
 
+void Comm::SetPortNumber(int number)
+{
+    portNumber_ = number;
+    Q_EMIT portChanged();
+}
+
 QCoro::Task<bool> Comm::OpenPort()
 {
     ClosePort();
@@ -144,7 +150,8 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
             }
             if (state_->ExchangeState == ExchangeComplete) {
                 owed_ = attempt - 1;
-                owedTimeout_.SetInterval(static_cast<int>(sinceFirst.elapsed()) + timeout_.Interval());
+                if (owed_ > 0)
+                    owedTimeout_.SetInterval(static_cast<int>(sinceFirst.elapsed()) + timeout_.Interval());
                 co_return true;
             }
             if (closings_ != opening) {
@@ -179,9 +186,10 @@ QCoro::Task<bool> Comm::DropOwedReplies()
     }
     owedTimeout_.SetEnabled(false);
     dropping_ = false;
-    if (closings_ != opening)
-        owed_ = 0;
-    co_return !interrupted;
+    if (closings_ == opening)
+        co_return !interrupted;
+    owed_ = 0;
+    co_return false;
 }
 
 void Comm::OnNothingMoreOwed()
@@ -211,6 +219,7 @@ bool Comm::BeginAttempt(const QString &command)
     state_->ExchangeState = ExchangeWaiting;
     state_->RecvBuffer.clear();
     scanned_ = 0;
+    port_.ReadAll(); // what has come unasked answers nothing
     timeout_.SetEnabled(true);
     sentAt_.start();
     if (!port_.Write(command.toLatin1() + "\r\n")) {

@@ -40,7 +40,7 @@ class Comm : public QObject
     ~Comm() override;
 
     /// The port number to open next, 1 to 16.
-    void SetPortNumber(int number) { portNumber_ = number; }
+    void SetPortNumber(int number);
     int PortNumber() const { return portNumber_; }
 
     /// Opens the configured port. On failure shows why and returns false when the box is closed.
@@ -72,7 +72,7 @@ class Comm : public QObject
     Timer &tmTimeout() { return timeout_; }
 
   Q_SIGNALS:
-    void portChanged();                   ///< opened or closed
+    void portChanged();                   ///< opened, closed, or another number
     void portLost(const QString &reason); ///< the device has gone; the port is closed
 
   private:

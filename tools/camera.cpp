@@ -1,0 +1,102 @@
+#include "tools/camera.h"
+
+#include "tools/checks.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFontMetrics>
+#include <QImage>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+#include <QWidget>
+
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+constexpr int Margin = 24;
+constexpr int IconSize = 16;
+
+bool HasTitleBar(const QWidget *window)
+{
+    const Qt::WindowType type = window->windowType();
+    return type == Qt::Window || type == Qt::Dialog;
+}
+
+int TitleBarHeight()
+{
+    return QFontMetrics(QApplication::font()).height() + 14;
+}
+
+/// Where the window stands, with what is drawn around it.
+QRect Outline(const QWidget *window)
+{
+    const QRect inner(window->mapToGlobal(QPoint(0, 0)), window->size());
+    return HasTitleBar(window) ? inner.adjusted(-1, -TitleBarHeight() - 1, 1, 1) : inner;
+}
+
+QColor Between(const QColor &a, const QColor &b, double share)
+{
+    const auto mix = [share](float x, float y) { return static_cast<float>(x + (y - x) * share); };
+    return QColor::fromRgbF(mix(a.redF(), b.redF()), mix(a.greenF(), b.greenF()), mix(a.blueF(), b.blueF()));
+}
+
+void DrawTitleBar(QPainter &painter, const QWidget *window, const QRect &outline)
+{
+    const QPalette palette = QApplication::palette();
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    painter.fillRect(outline, Between(ground, ink, 0.45));
+    const QRect bar(outline.topLeft() + QPoint(1, 1), QSize(outline.width() - 2, TitleBarHeight()));
+    painter.fillRect(bar, Between(ground, ink, 0.12));
+
+    QRect room = bar.adjusted(8, 0, -8, 0);
+    const QRect icon(room.left(), room.top() + (room.height() - IconSize) / 2, IconSize, IconSize);
+    window->windowIcon().paint(&painter, icon);
+    room.setLeft(icon.right() + 9);
+    painter.setPen(ink);
+    QString title = window->windowTitle();
+    if (title.isEmpty())
+        title = QGuiApplication::applicationDisplayName();
+    title.remove(QStringLiteral("[*]"));
+    const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, room.width());
+    painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft, shown);
+}
+
+} // namespace
+
+void Camera::Take(const QString &name, const QList<QWidget *> &windows)
+{
+    // What was just changed has asked for a new layout; nothing else may happen before the picture.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    QRect scene;
+    for (const QWidget *const window : windows)
+        scene |= Outline(window);
+    scene.adjust(-Margin, -Margin, Margin, Margin);
+
+    const qreal ratio = windows.first()->devicePixelRatioF();
+    QImage picture((QSizeF(scene.size()) * ratio).toSize(), QImage::Format_RGB32);
+    picture.setDevicePixelRatio(ratio);
+    const QColor ground = QApplication::palette().color(QPalette::Active, QPalette::Window);
+    picture.fill(Between(ground, QColor(0x20, 0x4a, 0x66), 0.55));
+
+    QPainter painter(&picture);
+    painter.setFont(QApplication::font());
+    painter.translate(-scene.topLeft());
+    for (QWidget *const window : windows) {
+        const QRect outline = Outline(window);
+        if (HasTitleBar(window))
+            DrawTitleBar(painter, window, outline);
+        painter.drawPixmap(window->mapToGlobal(QPoint(0, 0)), window->grab());
+    }
+    painter.end();
+
+    const QString path = QDir(folder_).filePath(name + QStringLiteral(".png"));
+    Require(picture.save(path), QStringLiteral("The picture \"%1\" cannot be written.").arg(path));
+    ++pictures_;
+}
+
+} // namespace px40

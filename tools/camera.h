@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+class QWidget;
+
+namespace px40 {
+
+/// Takes pictures of the program's windows, one PNG each.
+///
+/// Windows are drawn where they stand to each other, each in a plain frame with its title, because a grabbed
+/// window comes without the one that the desktop puts around it.
+class Camera
+{
+  public:
+    explicit Camera(const QString &folder) : folder_(folder) {}
+
+    /// Writes `name`.png; `windows` from back to front. Throws TourError when that cannot be done.
+    void Take(const QString &name, const QList<QWidget *> &windows);
+
+    int Pictures() const { return pictures_; }
+
+  private:
+    QString folder_;
+    int pictures_ = 0;
+};
+
+} // namespace px40

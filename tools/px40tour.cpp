@@ -1,0 +1,110 @@
+#include "resources/icons.h"
+#include "resources/strings.h"
+#include "tools/tour.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QPalette>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace {
+
+using namespace Qt::Literals::StringLiterals;
+
+void UseDarkColours()
+{
+    QApplication::setStyle(u"Fusion"_s);
+    const QColor window(45, 45, 48);
+    const QColor base(30, 30, 32);
+    const QColor text(225, 225, 225);
+    const QColor faint(127, 127, 127);
+    QPalette palette(window);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, QColor(38, 38, 41));
+    palette.setColor(QPalette::ToolTipBase, window);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, QColor(155, 155, 155));
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::Button, QColor(56, 56, 60));
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::BrightText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(90, 170, 250));
+    palette.setColor(QPalette::Highlight, QColor(50, 120, 200));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faint);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 80));
+    QApplication::setPalette(palette);
+}
+
+/// Leaves out what the display that only lives in memory says about itself, over and over.
+void PrintMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.startsWith("This plugin does not support"_L1))
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+}
+
+/// The display that only lives in memory is small unless told otherwise. Gives it the size of a usual screen.
+void EnlargeOffscreenDisplay(const QTemporaryDir &folder)
+{
+    static constexpr char Variable[] = "QT_QPA_PLATFORM";
+    if (qgetenv(Variable) != "offscreen")
+        return;
+    QFile file(folder.filePath(u"screen.json"_s));
+    if (!file.open(QIODevice::WriteOnly))
+        return;
+    file.write(R"({"synchronousWindowSystemEvents": false, "windowFrameMargins": true, "screens": [)"
+               R"({"name": "screen", "x": 0, "y": 0, "width": 1920, "height": 1200,)"
+               R"( "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
+    qputenv(Variable, "offscreen:configfile=" + file.fileName().toLocal8Bit());
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    using namespace px40;
+
+    qInstallMessageHandler(PrintMessage);
+    QLoggingCategory::setFilterRules(u"px40.*.info=false\npx40.link.warning=false"_s);
+    const QTemporaryDir displayFolder;
+    EnlargeOffscreenDisplay(displayFolder);
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(u"px40tour"_s);
+    QApplication::setApplicationDisplayName(Text(Str::ApplicationTitle));
+    QApplication::setWindowIcon(ApplicationIcon());
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Opens the windows of the program on a simulated instrument, does "
+                                     "each of its jobs and writes pictures of all windows."_s);
+    parser.addHelpOption();
+    const QCommandLineOption dark(u"dark"_s, u"Use a dark palette."_s);
+    parser.addOption(dark);
+    parser.addPositionalArgument(u"FOLDER"_s, u"Where the pictures are written; made if need be."_s);
+    parser.process(application);
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 1) {
+        std::fputs("px40tour takes one folder; try --help.\n", stderr);
+        return 2;
+    }
+    const QString folder = arguments.constFirst();
+    if (!QDir().mkpath(folder)) {
+        std::fprintf(stderr, "The folder \"%s\" cannot be made.\n", qPrintable(folder));
+        return 1;
+    }
+    if (parser.isSet(dark))
+        UseDarkColours();
+
+    Tour tour(folder);
+    const bool good = tour.Run();
+    std::printf("%d pictures in %s\n", tour.Pictures(), qPrintable(folder));
+    return good ? 0 : 1;
+}

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "app/frmmain.h"
+#include "app/messageprompts.h"
+#include "app/services.h"
+#include "simulator/ptyserver.h"
+#include "tools/checks.h"
+
+#include <QDialog>
+#include <QTemporaryDir>
+
+#include <memory>
+
+class QMdiArea;
+class QMenu;
+class QMessageBox;
+
+namespace px40 {
+
+/// One run of the whole program, from its start to its end, on a simulated instrument: real windows, real
+/// message boxes, the real serial class. Everything that it keeps lies in a temporary folder.
+///
+/// The functions act as a user does, with clicks and keys, and throw TourError when they cannot.
+class Stage
+{
+  public:
+    /// What stands behind port 1: a device that the user has yet to assign, or the instrument of the demo.
+    enum class Instrument { Unassigned, Demo };
+
+    explicit Stage(Instrument instrument);
+    Stage(const Stage &) = delete;
+    Stage &operator=(const Stage &) = delete;
+    /// Leaves the program, whatever stands open.
+    ~Stage();
+
+    void Start(bool splash);
+    /// True when no procedure is under way.
+    bool Idle() const { return services.jobs.Running() == 0; }
+    bool HasLeft() const { return left_; }
+
+    /// Sets one fault of the instrument by its name; it counts the commands from now on.
+    void SetFault(const QString &fault);
+    QString Device() const { return QString::fromStdString(server.DevicePath()); }
+    /// Plugs the instrument of the demo in again, behind the same port.
+    void PlugIn();
+
+    /// The widget or action of that object name below `parent`, or below the main window.
+    template <typename T>
+    T *Find(const QString &name, const QObject *parent = nullptr) const
+    {
+        T *const found = (parent ? parent : window.get())->findChild<T *>(name);
+        Require(found != nullptr, QStringLiteral("There is no \"%1\".").arg(name));
+        return found;
+    }
+
+    QMdiArea *Workspace() const;
+    /// Data windows in the order in which they were opened.
+    QList<frmData *> DataWindows() const;
+    QDialog *ProgressDialog() const { return Find<QDialog>(QStringLiteral("frmCancel")); }
+    QString Message() const;
+    QString PortPanel() const;
+    /// The message box that is open, or null.
+    static QMessageBox *Box();
+    /// The open dialog of that object name, or null.
+    QDialog *Dialog(const QString &name) const;
+
+    QMessageBox *AwaitBox();
+    QDialog *AwaitDialog(const QString &name);
+    QMenu *OpenMenu(const QString &name);
+    void CloseMenu(QMenu *menu);
+    void Choose(const QString &menuName, const QString &itemName);
+    void ClickTool(const QString &key);
+    void ClickButton(const QWidget *parent, const QString &name);
+    /// Clicks a standard button (a QMessageBox::StandardButton) and waits until the box is gone.
+    void Answer(QMessageBox *box, int button);
+    static void Click(QWidget *widget);
+
+    /// Closes the active data window and lets its readings go.
+    void DiscardActiveData();
+    /// Ends whatever a failed step has left open.
+    void Settle();
+
+    QTemporaryDir folder;
+    sim::PtyServer server;
+    MessagePrompts prompts;
+    Services services;
+    std::unique_ptr<frmMain> window;
+
+  private:
+    bool left_ = false;
+};
+
+} // namespace px40

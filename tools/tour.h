@@ -1,0 +1,51 @@
+#pragma once
+
+#include "tools/camera.h"
+
+#include <QString>
+
+namespace px40 {
+
+class Stage;
+
+/// Goes through everything that the program does, as a user would, checks what comes out and takes a picture
+/// of every window and dialog on the way.
+class Tour
+{
+  public:
+    /// `folder`, for the pictures, must be there.
+    explicit Tour(const QString &folder) : camera_(folder) {}
+
+    /// True when every step did what it should; each that did not has a sentence on the standard error
+    /// stream.
+    bool Run();
+
+    int Pictures() const { return camera_.Pictures(); }
+
+  private:
+    using Step = void (Tour::*)(Stage &);
+
+    void RunSteps(Stage &stage, std::initializer_list<Step> steps);
+
+    void FirstStart(Stage &stage);
+    void AssignDevice(Stage &stage);
+    void DeviceNotPlugged(Stage &stage);
+    void LeaveWithoutQuestion(Stage &stage);
+
+    void DemoStart(Stage &stage);
+    void Menus(Stage &stage);
+    void DemoPort(Stage &stage);
+    void DownloadInSmallWindow(Stage &stage);
+    void CancelDownload(Stage &stage);
+    void Download(Stage &stage);
+    void RealtimeWindows(Stage &stage);
+    void SilentInstrument(Stage &stage);
+    void Unplugged(Stage &stage);
+    void About(Stage &stage);
+    void LeaveWithQuestion(Stage &stage);
+
+    Camera camera_;
+    int failures_ = 0;
+};
+
+} // namespace px40
