@@ -24,6 +24,8 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash)
         card->show();
         co_await card->Wait();
     }
+    if (services->leaving)
+        co_return;
     services->ranges = BuildRangeLists();
     services->state.StatusPolled = false;
     window->ShowPlaced();

@@ -11,6 +11,7 @@ namespace px40 {
 
 Workspace::Workspace(QWidget *parent) : QMdiArea(parent)
 {
+    setObjectName(QStringLiteral("workspace"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setActivationOrder(QMdiArea::ActivationHistoryOrder);

@@ -20,6 +20,7 @@ class LeavingTest : public QObject
     void LeavingStopsWhatWaits();
     void PortDialogKeepsTheOldPortUntilOneOpens();
     void FailedStartAsksForAPort();
+    void StartUpCanBeLeft();
 };
 
 void LeavingTest::UnsavedWindowsAsk_data()
@@ -112,6 +113,8 @@ void LeavingTest::LeavingStopsWhatWaits()
     const Running<bool> exchange(program.services.comm.SendCommand(QStringLiteral("OC"), 3));
     program.services.gate.Take();
     program.Action("Mdata")->trigger(); // waits for the link
+    program.Action("mnuSetupCommport")->trigger();
+    QTRY_VERIFY(program.Find<QDialog>("frmPort"));
     QSignalSpy left(program.window.get(), &frmMain::left);
     program.window->close();
     QTRY_COMPARE(left.count(), 1);
@@ -186,6 +189,19 @@ void LeavingTest::FailedStartAsksForAPort()
     QVERIFY(program.NoJobLeft());
     QVERIFY(program.window->tmCheckStat.Enabled()); // but silent until the port dialog gives it an interval
     QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+}
+
+void LeavingTest::StartUpCanBeLeft()
+{
+    ScriptedPrompts prompts;
+    Program program(prompts);
+    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), true), "start-up");
+    QTRY_VERIFY(program.window->isVisible()); // the splash window stands before it for its second wait
+    QSignalSpy left(program.window.get(), &frmMain::left);
+    program.window->close();
+    QTRY_COMPARE(left.count(), 1);
+    QVERIFY(!program.services.comm.IsOpen());
+    QVERIFY(!program.window->isVisible());
 }
 
 QTEST_MAIN(LeavingTest)

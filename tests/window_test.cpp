@@ -4,6 +4,7 @@
 #include "tests/program.h"
 
 #include <QApplication>
+#include <QMdiArea>
 #include <QMenu>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -93,6 +94,7 @@ void WindowTest::DownloadFillsAWindow()
     }
     QCOMPARE(program.Message(), QStringLiteral("50 stored readings received."));
     QVERIFY(program.Action("mnuFileClose")->isEnabled());
+    QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);
 
     program.Action("New")->trigger();
     QCOMPARE(program.DataWindows().size(), 2);
