@@ -80,15 +80,21 @@ void Comm::ClosePort()
     if (!port_.IsOpen())
         return;
     port_.Close();
-    ++closings_;
-    Wake();
+    EndOpening();
     Q_EMIT portChanged();
+}
+
+/// Nobody waits on a closed port.
+void Comm::EndOpening()
+{
+    ++closings_;
+    timeout_.SetEnabled(false);
+    Wake();
 }
 
 void Comm::Shut()
 {
     shut_ = true;
-    timeout_.SetEnabled(false);
     ClosePort();
     for (const OneShot<bool> &turn : std::exchange(turns_, {}))
         turn.Complete(false);
@@ -138,9 +144,9 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
     QElapsedTimer sinceFirst;
     sinceFirst.start();
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        if (!BeginAttempt(command))
-            co_return false;
         const int opening = closings_;
+        if (!BeginAttempt(command) || closings_ != opening)
+            co_return false;
         while (state_->ExchangeState != ExchangeTimedOut) {
             co_await NextEvent();
             if (Interrupted()) {
@@ -154,10 +160,8 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
                     owedTimeout_.SetInterval(static_cast<int>(sinceFirst.elapsed()) + timeout_.Interval());
                 co_return true;
             }
-            if (closings_ != opening) {
-                timeout_.SetEnabled(false);
+            if (closings_ != opening)
                 co_return false;
-            }
         }
         qCDebug(lcLink).noquote() << command << "no reply to attempt" << attempt << "of" << attempts;
     }
@@ -268,10 +272,9 @@ void Comm::OnTimeout()
 void Comm::OnLost(const QString &reason)
 {
     qCWarning(lcLink).noquote() << "port" << portNumber_ << "lost:" << reason;
-    ++closings_;
     if (exchanging_)
         state_->ErrorMessage = Text(Str::PortLost);
-    Wake();
+    EndOpening();
     Q_EMIT portLost(reason);
     Q_EMIT portChanged();
 }

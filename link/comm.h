@@ -85,6 +85,7 @@ class Comm : public QObject
     void Wake();
     QCoro::Task<void> NextEvent();
 
+    void EndOpening();
     void OnArrived();
     void OnTimeout();
     void OnNothingMoreOwed();

@@ -96,7 +96,10 @@ void SerialPort::Close()
 
 bool SerialPort::Write(const QByteArray &bytes)
 {
-    return port_ && port_->write(bytes) == bytes.size();
+    if (!port_ || port_->write(bytes) != bytes.size())
+        return false;
+    port_->flush(); // now, not after another turn of the event loop; a dead line may show itself in it
+    return port_ != nullptr;
 }
 
 QByteArray SerialPort::ReadAll()

@@ -37,7 +37,8 @@ class SerialPort : public QObject
     void Close();
     bool IsOpen() const { return port_ != nullptr; }
 
-    /// Hands bytes to the line. False on a closed port.
+    /// Hands bytes to the line. False on a closed port, or when the line turns out to be dead (`lost` has
+    /// then been told).
     bool Write(const QByteArray &bytes);
 
     /// All that has arrived and was not read yet.

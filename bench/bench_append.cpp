@@ -1,0 +1,261 @@
+// What it costs to append a row when a data set holds 1,000 and when it holds 1,000,000 of them, alone and
+// under a data window, and how much memory a row takes.
+
+#include "bench/rig.h"
+#include "document/dataset.h"
+#include "document/frmdata.h"
+#include "platform/jobs.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QMdiArea>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+
+namespace px40::bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int FewRows = 1000;
+constexpr int ManyRows = 1'000'000;
+constexpr int Batches = 200; ///< of each size, in turn
+constexpr int BatchRows = 100;
+constexpr int Turns = 200; ///< rows that come in one by one, each shown before the next
+constexpr int Repetitions = 9;
+
+struct Reading
+{
+    QString time;
+    QString data;
+    QString meas;
+    QString srcData;
+    QString srcMeas;
+};
+
+/// Made beforehand, so that the clock sees only the appending.
+const std::vector<Reading> &Readings()
+{
+    static const std::vector<Reading> readings = [] {
+        std::vector<Reading> made;
+        for (int i = 0; i < BatchRows; ++i) {
+            made.push_back({QStringLiteral("12:34:%1").arg(i % 60, 2, 10, QLatin1Char('0')),
+                            QStringLiteral("%1.%2").arg(i % 20 - 10).arg(i * 37, 4, 10, QLatin1Char('0')),
+                            QStringLiteral("mVDC"), QStringLiteral("%1.0").arg(i * 10),
+                            QString(QChar(0xB0)) + u'C'});
+        }
+        return made;
+    }();
+    return readings;
+}
+
+/// Characters (bytes in UTF-8) of all texts of one batch.
+std::size_t BatchCharacters()
+{
+    std::size_t characters = 0;
+    for (const Reading &reading : Readings()) {
+        for (const QString &text :
+             {reading.time, reading.data, reading.meas, reading.srcData, reading.srcMeas})
+            characters += static_cast<std::size_t>(text.toUtf8().size());
+    }
+    return characters;
+}
+
+void AppendRow(DataSet *data, const Reading &reading)
+{
+    if (data->AddGridrow())
+        data->AddData(reading.time, reading.data, reading.meas, reading.srcData, reading.srcMeas);
+}
+
+void AppendBatch(DataSet *data)
+{
+    for (const Reading &reading : Readings())
+        AppendRow(data, reading);
+}
+
+double Nanoseconds(Clock::duration time)
+{
+    return std::chrono::duration<double, std::nano>(time).count();
+}
+
+std::size_t ResidentBytes()
+{
+    std::FILE *const file = std::fopen("/proc/self/statm", "r");
+    if (!file)
+        return 0;
+    unsigned long total = 0;
+    unsigned long resident = 0;
+    const int fields = std::fscanf(file, "%lu %lu", &total, &resident);
+    std::fclose(file);
+    return fields == 2 ? resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) : 0;
+}
+
+/// Until nothing more is to be laid out or painted.
+void Settle()
+{
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents();
+}
+
+enum class Shown { No, Yes };
+
+/// A data set that holds so many rows, shown in a data window or alone.
+class Holder
+{
+  public:
+    Holder(Shown shown, int rows) : data_(std::make_shared<DataSet>(state_, shared_))
+    {
+        data_->OpenNew(KindRealtime);
+        if (shown == Shown::Yes)
+            Show();
+        for (int i = 0; i < rows; i += BatchRows) {
+            AppendBatch(data_.get());
+            // The window must not find out about all rows only at the end.
+            if (area_ && i % (100 * BatchRows) == 0)
+                QCoreApplication::processEvents();
+        }
+        Settle();
+    }
+
+    DataSet *Data() const { return data_.get(); }
+
+  private:
+    void Show()
+    {
+        area_ = std::make_unique<QMdiArea>();
+        area_->resize(1000, 700);
+        auto *const window = new frmData(data_, {&state_, &prompts_, &jobs_});
+        area_->addSubWindow(window); // which the area owns from here on
+        area_->show();
+        window->show();
+        Settle();
+    }
+
+    LinkState state_;
+    DocumentShared shared_;
+    LoggedPrompts prompts_;
+    Jobs jobs_;
+    std::shared_ptr<DataSet> data_;
+    std::unique_ptr<QMdiArea> area_;
+};
+
+struct Times
+{
+    std::vector<double> few;
+    std::vector<double> many;
+};
+
+void Report(benchmark::State &state, const Times &times)
+{
+    const double few = Median(times.few);
+    const double many = Median(times.many);
+    state.SetIterationTime(many * 1e-9);
+    state.counters["at_1000_ns"] = few;
+    state.counters["at_1000000_ns"] = many;
+    state.counters["ratio"] = many / few;
+}
+
+double TimedBatch(DataSet *data)
+{
+    const Clock::time_point begin = Clock::now();
+    AppendBatch(data);
+    return Nanoseconds(Clock::now() - begin) / BatchRows;
+}
+
+/// The calls alone, 100 rows in one turn of the event loop. The small set begins anew each time, so it holds
+/// 1,000 to 1,100 rows; the large one grows by 2 %.
+void Append(benchmark::State &state, Shown shown)
+{
+    Holder many(shown, ManyRows);
+    for ([[maybe_unused]] auto iteration : state) {
+        Times times;
+        for (int i = 0; i < Batches; ++i) {
+            const Holder few(shown, FewRows);
+            times.few.push_back(TimedBatch(few.Data()));
+            times.many.push_back(TimedBatch(many.Data()));
+            Settle();
+        }
+        Report(state, times);
+    }
+    state.SetLabel("aim: ratio 1.2");
+}
+
+double TimedTurn(DataSet *data, const Reading &reading)
+{
+    const Clock::time_point begin = Clock::now();
+    if (data->AddGridrow())
+        data->AddRealtimedata(reading.time, reading.data, reading.meas, reading.srcData, reading.srcMeas,
+                              true);
+    QCoreApplication::processEvents();
+    const Clock::time_point end = Clock::now();
+    Settle();
+    return Nanoseconds(end - begin);
+}
+
+/// A row as it comes in during acquisition: appended, followed by the view, counted, laid out and painted.
+void AppendAndPaint(benchmark::State &state)
+{
+    const Holder few(Shown::Yes, FewRows);
+    const Holder many(Shown::Yes, ManyRows);
+    for ([[maybe_unused]] auto iteration : state) {
+        Times times;
+        for (int i = 0; i < Turns; ++i) {
+            const Reading &reading = Readings().at(static_cast<std::size_t>(i % BatchRows));
+            times.few.push_back(TimedTurn(few.Data(), reading));
+            times.many.push_back(TimedTurn(many.Data(), reading));
+        }
+        Report(state, times);
+    }
+}
+
+/// Memory of 1,000,000 rows beyond the characters of their texts.
+void Memory(benchmark::State &state, Shown shown)
+{
+    constexpr double rows = ManyRows;
+    const double characters = static_cast<double>(BatchCharacters()) / BatchRows;
+    for ([[maybe_unused]] auto iteration : state) {
+        const Holder small(shown, FewRows); // what the first window of a process loads is not counted
+        const std::size_t before = ResidentBytes();
+        const Clock::time_point begin = Clock::now();
+        const Holder many(shown, ManyRows);
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+        const auto resident = static_cast<double>(ResidentBytes() - before);
+        const auto used = static_cast<double>(many.Data()->Table().Rows().MemoryUsed());
+        state.counters["characters_per_row"] = characters;
+        state.counters["store_bytes_per_row"] = used / rows - characters;
+        state.counters["resident_bytes_per_row"] = resident / rows - characters;
+    }
+    state.SetLabel("aim: 64 bytes");
+}
+
+// The memory comes first: later the process has freed memory at hand, and would seem to grow less.
+BENCHMARK_CAPTURE(Memory, alone, Shown::No)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Memory, window, Shown::Yes)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Append, alone, Shown::No)
+    ->Iterations(1)
+    ->Repetitions(Repetitions)
+    ->ReportAggregatesOnly()
+    ->UseManualTime();
+BENCHMARK_CAPTURE(Append, window, Shown::Yes)
+    ->Iterations(1)
+    ->Repetitions(Repetitions)
+    ->ReportAggregatesOnly()
+    ->UseManualTime();
+BENCHMARK(AppendAndPaint)->Iterations(1)->Repetitions(Repetitions)->ReportAggregatesOnly()->UseManualTime();
+
+} // namespace
+
+} // namespace px40::bench
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    return px40::bench::RunBenchmarks(argc, argv);
+}

@@ -1,0 +1,92 @@
+// How much longer a MEMORY-mode download of 50 readings takes than the line and the instrument need for it.
+
+#include "bench/rig.h"
+#include "document/dataset.h"
+#include "link/storeddata.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+
+namespace px40::bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int Repetitions = 9;
+
+/// What the exchanges of a download take at least. Added to by the server's thread, read when that is gone.
+struct NeededTime
+{
+    sim::Line line;
+    std::chrono::nanoseconds time{0};
+    int exchanges = 0;
+
+    void Count(std::string_view command, std::string_view sent)
+    {
+        constexpr std::size_t lineEnd = 2;
+        time += line.LineTime(command.size() + lineEnd) + line.thinking + line.LineTime(sent.size());
+        ++exchanges;
+    }
+};
+
+/// In seconds; empty when the download failed.
+std::optional<double> TimedDownload(NeededTime *needed)
+{
+    sim::ServerOptions options;
+    options.line = needed->line;
+    options.observer = [needed](std::string_view command, std::string_view sent) {
+        needed->Count(command, sent);
+    };
+    LinkRig rig(options);
+    if (!rig.Open())
+        return std::nullopt;
+    DocumentShared shared;
+    const auto data = std::make_shared<DataSet>(rig.state, shared);
+    data->OpenNew(KindMemory);
+    NoProgress progress;
+    StoredData stored(rig.state, rig.gate, rig.comm, rig.prompts, progress);
+    rig.gate.Take();
+
+    const Clock::time_point begin = Clock::now();
+    const bool complete = Finish(stored.ReceiveMemoryData(data));
+    const std::chrono::duration<double> taken = Clock::now() - begin;
+    if (!complete || data->GetDatacount() != StoredData::Entries)
+        return std::nullopt;
+    return taken.count();
+}
+
+void Download(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        NeededTime needed;
+        const std::optional<double> taken = TimedDownload(&needed);
+        if (!taken) {
+            state.SkipWithError("the download failed");
+            return;
+        }
+        state.SetIterationTime(*taken);
+        const double least = std::chrono::duration<double>(needed.time).count();
+        state.counters["needed_ms"] = least * 1e3;
+        state.counters["ratio"] = *taken / least;
+        state.counters["added_us_per_exchange"] = (*taken - least) * 1e6 / needed.exchanges;
+    }
+    state.SetLabel("aim: ratio 1.01");
+}
+BENCHMARK(Download)
+    ->Iterations(1)
+    ->Repetitions(Repetitions)
+    ->ReportAggregatesOnly()
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+} // namespace px40::bench
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    return px40::bench::RunBenchmarks(argc, argv);
+}

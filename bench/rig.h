@@ -1,0 +1,87 @@
+#pragma once
+
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/portmap.h"
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+#include "platform/userstore.h"
+#include "simulator/ptyserver.h"
+
+#include <QCoreApplication>
+#include <QCoro/QCoroTask>
+#include <QEventLoop>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace px40::bench {
+
+/// Nobody sits at a benchmark: what would have been shown goes to the standard error stream.
+class LoggedPrompts : public Prompts
+{
+  public:
+    QCoro::Task<void> Warn(QString text) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes) override;
+    void DismissAll() override {}
+};
+
+class NoProgress : public ProgressView
+{
+  public:
+    void Show() override {}
+    void SetCaption(const QString &) override {}
+    void SetMessage(const QString &) override {}
+    void RenProgress(bool, int, int) override {}
+    void DisableCancel() override {}
+    void Unload() override {}
+};
+
+/// The program's link on a pseudo-terminal, at whose other end stands the simulated instrument.
+class LinkRig
+{
+  public:
+    explicit LinkRig(sim::ServerOptions options);
+
+    /// False when the port does not open; then the reason has been printed.
+    bool Open();
+
+    QTemporaryDir folder;
+    sim::PtyServer server;
+    LoggedPrompts prompts;
+    UserStore store;
+    PortMap ports;
+    LinkState state;
+    LinkGate gate{state};
+    Comm comm;
+};
+
+template <typename T>
+QCoro::Task<void> KeepResult(QCoro::Task<T> task, std::shared_ptr<std::optional<T>> into)
+{
+    const T result = co_await task;
+    *into = result;
+}
+
+/// Runs the event loop until the task is done, and returns its result.
+template <typename T>
+T Finish(QCoro::Task<T> task)
+{
+    const auto result = std::make_shared<std::optional<T>>();
+    KeepResult(std::move(task), result);
+    while (!result->has_value())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return **result;
+}
+
+/// Of an even number of values the mean of the middle two; 0 of none.
+double Median(std::vector<double> values);
+
+/// Runs the benchmarks that the command line asks for.
+int RunBenchmarks(int argc, char **argv);
+
+} // namespace px40::bench
