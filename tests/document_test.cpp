@@ -49,7 +49,6 @@ class DocumentTest : public QObject
     void IntervalAndPeriodAreShownAsStored();
     void EveryChangeIsUnsaved();
     void RealtimeSamplesMoveGraphAndBar();
-    void AxisSettingsAreKept();
     void KindTexts();
 };
 
@@ -293,21 +292,6 @@ void DocumentTest::RealtimeSamplesMoveGraphAndBar()
     QCOMPARE(rig.data.Scroll().value, 0);
     rig.data.IniProgress(100);
     QCOMPARE(rig.data.ProgressValue(), 0);
-}
-
-void DocumentTest::AxisSettingsAreKept()
-{
-    DataRig rig(KindRealtime);
-    rig.data.SetAxisX(false, 5, 2);
-    QCOMPARE(rig.data.PanelText(Panel::X), QStringLiteral("Custom"));
-    rig.data.SetAxisX(true, 1, 1); // automatic leaves the divisions for the next custom choice
-    QCOMPARE(rig.data.Graph().xLabels, 5);
-    rig.data.CancelXauto();
-    QVERIFY(!rig.data.Graph().xAuto);
-    QCOMPARE(rig.data.Graph().xTicks, 2);
-    rig.data.SetAxisY(false, u"-0.50"_qs, u"1e1"_qs, 4, 2);
-    QCOMPARE(rig.data.Graph().yMinimum, QStringLiteral("-0.50"));
-    QCOMPARE(rig.data.Graph().yMinor, 2);
 }
 
 void DocumentTest::KindTexts()
