@@ -23,6 +23,29 @@ bool TakePortDevice(const QString &text, CommandLine *line)
     return true;
 }
 
+/// What the toolkit takes from the command line for itself, such as -platform or -style.
+QStringList WithoutToolkitOptions(const QStringList &arguments)
+{
+    static const QStringList WithValue = {
+        QStringLiteral("platform"),        QStringLiteral("platformpluginpath"),
+        QStringLiteral("platformtheme"),   QStringLiteral("style"),
+        QStringLiteral("stylesheet"),      QStringLiteral("session"),
+        QStringLiteral("display"),         QStringLiteral("geometry"),
+        QStringLiteral("qwindowgeometry"), QStringLiteral("qwindowtitle"),
+    };
+    QStringList rest;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        QString name = arguments.at(i);
+        name.remove(0, name.startsWith(QStringLiteral("--")) ? 2 : name.startsWith(u'-') ? 1 : 0);
+        const bool option = arguments.at(i).startsWith(u'-');
+        if (option && WithValue.contains(name))
+            ++i; // and its value
+        else if (!option || !WithValue.contains(name.section(u'=', 0, 0)))
+            rest << arguments.at(i);
+    }
+    return rest;
+}
+
 } // namespace
 
 CommandLine ParseCommandLine(const QStringList &arguments)
@@ -46,8 +69,10 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     parser.addOptions({demo, portDevice, dataDir, noSplash});
 
     CommandLine line;
-    if (!parser.parse(arguments)) {
-        line.error = parser.errorText() + u'.';
+    if (!parser.parse(WithoutToolkitOptions(arguments))) {
+        line.error = parser.errorText();
+        if (!line.error.endsWith(u'.'))
+            line.error += u'.';
         return line;
     }
     if (parser.isSet(help)) {

@@ -258,7 +258,8 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     ShowMessage(QString());
     const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
     const QString outcome = Text(complete ? Str::MemoryReceived : Str::MemoryEnded);
-    ShowMessage(outcome.arg(dataSet->GetDatacount()));
+    // A lost line counts more than what came over it.
+    ShowMessage(!complete && portLost_ ? Text(Str::PortLost) : outcome.arg(dataSet->GetDatacount()));
     RefreshCommands();
 }
 

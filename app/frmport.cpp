@@ -68,7 +68,10 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
     llPort_->setBuddy(cbPort_);
     for (int number = PortMap::First; number <= PortMap::Last; ++number)
         cbPort_->addItem(QString::number(number));
-    cbPort_->setCurrentIndex(PortEntryFor(services.settings.PortNumberText));
+    // A simulated instrument stands on a port of its own, whatever is kept.
+    const QString port =
+        services.simulated ? QString::number(services.comm.PortNumber()) : services.settings.PortNumberText;
+    cbPort_->setCurrentIndex(PortEntryFor(port));
     cbPort_->setMaxVisibleItems(PortMap::Last);
 
     auto *const column = new QVBoxLayout(this);
@@ -106,6 +109,7 @@ void frmPort::BuildDeviceRow()
     cbDevice_ = new DeviceBox(this);
     cbDevice_->setObjectName(QStringLiteral("cbDevice"));
     cbDevice_->setEditable(true);
+    cbDevice_->setCompleter(nullptr); // what is typed must not become another device
     cbDevice_->setInsertPolicy(QComboBox::NoInsert);
     cbDevice_->lineEdit()->setPlaceholderText(Text(Str::PortDeviceHint));
     cbDevice_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -118,8 +122,10 @@ void frmPort::BuildDeviceRow()
     llDeviceInfo_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
     connect(cbPort_, &QComboBox::currentIndexChanged, this, &frmPort::ShowDeviceOfPort);
     connect(cbDevice_, &QComboBox::editTextChanged, this, &frmPort::DescribeDevice);
-    connect(cbDevice_, &QComboBox::activated, this,
-            [this](int entry) { cbDevice_->setEditText(cbDevice_->itemData(entry).toString()); });
+    connect(cbDevice_, &QComboBox::activated, this, [this](int entry) {
+        devices_ = PortMap::LiveDevices();
+        cbDevice_->setEditText(cbDevice_->itemData(entry).toString());
+    });
     ShowDeviceOfPort();
 }
 
@@ -131,6 +137,7 @@ int frmPort::ChosenPort() const
 void frmPort::ShowDeviceOfPort()
 {
     const int number = ChosenPort();
+    devices_ = PortMap::LiveDevices();
     cbDevice_->setEditText(services_->ports.Device(number));
     cbDevice_->setEnabled(!services_->ports.IsFixed(number));
     DescribeDevice();
@@ -148,8 +155,7 @@ void frmPort::DescribeDevice()
         info = Text(Str::PortDeviceAbsent);
     } else {
         const QString device = QFileInfo(path).canonicalFilePath();
-        const QList<PortDevice> devices = PortMap::LiveDevices();
-        for (const PortDevice &live : devices) {
+        for (const PortDevice &live : std::as_const(devices_)) {
             if (QFileInfo(live.path).canonicalFilePath() != device)
                 continue;
             QStringList parts = {live.description};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/portmap.h"
 #include "platform/timer.h"
 
 #include <QCoro/QCoroTask>
@@ -41,6 +42,7 @@ class frmPort : public QDialog
     QLabel *llDevice_ = nullptr;
     QComboBox *cbDevice_ = nullptr;
     QLabel *llDeviceInfo_ = nullptr;
+    QList<PortDevice> devices_; ///< as they were when last looked at
     QPushButton *btOk_;
     QPushButton *btCancel_;
 };

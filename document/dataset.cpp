@@ -4,6 +4,7 @@
 #include "resources/strings.h"
 
 #include <algorithm>
+#include <new>
 
 namespace px40 {
 
@@ -12,6 +13,11 @@ namespace {
 QString Bracketed(const QString &heading, const QString &text)
 {
     return heading + QStringLiteral("[ ") + text + QStringLiteral(" ]");
+}
+
+QString BooleanText(bool value)
+{
+    return value ? QStringLiteral("True") : QStringLiteral("False");
 }
 
 int NextNewNumber(int last)
@@ -50,6 +56,7 @@ void DataSet::OpenNew(int kind)
     PaintGraphtop();
     SetAxisX(true, 1, 1);
     SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
+    table_.Clear();
     statistics_ = {};
     saved_ = true;
     fileName_.clear();
@@ -62,6 +69,12 @@ bool DataSet::AddGridrow()
 {
     if (table_.Samples() >= TableModel::MaxSamples) {
         state_->ErrorMessage = Text(Str::TableFull);
+        return false;
+    }
+    try {
+        table_.MakeRoom();
+    } catch (const std::bad_alloc &error) {
+        state_->ErrorMessage = QString::fromLocal8Bit(error.what());
         return false;
     }
     if (table_.Samples() == table_.TableRows())
@@ -172,6 +185,17 @@ void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &max
     graph_.yMajor = majorDiv;
     graph_.yMinor = minorDiv;
     Q_EMIT graphChanged();
+}
+
+QStringList DataSet::GetAxisX() const
+{
+    return {BooleanText(graph_.xAuto), QString::number(graph_.xLabels), QString::number(graph_.xTicks)};
+}
+
+QStringList DataSet::GetAxisY() const
+{
+    return {BooleanText(graph_.yAuto), graph_.yMinimum, graph_.yMaximum, QString::number(graph_.yMajor),
+            QString::number(graph_.yMinor)};
 }
 
 void DataSet::CancelXauto()

@@ -90,6 +90,10 @@ class DataSet : public QObject, public DataSink
     void SetAxisX(bool automatic, int divPerLabel, int divPerTick);
     /// The limits are kept as the texts given.
     void SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv, int minorDiv);
+    /// "True" or "False" for automatic, then categories between labels and between ticks.
+    QStringList GetAxisX() const;
+    /// "True" or "False" for automatic, then minimum, maximum, major and minor divisions.
+    QStringList GetAxisY() const;
     void CancelXauto();
     /// Back to the first sample.
     void PaintGraphtop() override;

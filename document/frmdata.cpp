@@ -236,8 +236,10 @@ QCoro::Task<void> frmData::AskAndClose(QPointer<frmData> window)
     if (!window)
         co_return;
     window->asking_ = false;
-    if (mayGo)
-        window->close();
+    if (!mayGo)
+        co_return;
+    window->data_->MarkSaved();
+    window->close();
 }
 
 QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
@@ -250,11 +252,7 @@ QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
     // Nothing saves a data set yet, so Yes is not offered.
     const Answer answer =
         co_await window->services_.prompts->AskYesNoCancel(question, PromptIcon::Exclamation, false);
-    if (answer != Answer::No)
-        co_return false;
-    if (window)
-        window->data_->MarkSaved();
-    co_return true;
+    co_return answer == Answer::No;
 }
 
 } // namespace px40

@@ -45,8 +45,8 @@ class frmData : public QMdiSubWindow
     /// Size in the normal state (neither minimised nor maximised), outer frame included, in pixels.
     QSize NormalSize() const { return normalSize_; }
 
-    /// Asks about unsaved readings, if there are any; true when the window may go. The link's part in that
-    /// is the caller's.
+    /// Asks about unsaved readings, if there are any; true when the window may go, and the caller then lets
+    /// it go. The link's part in that is the caller's.
     static QCoro::Task<bool> ConfirmClose(QPointer<frmData> window);
 
   protected:

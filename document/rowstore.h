@@ -30,6 +30,9 @@ class RowStore
     /// `row` is 0-based and below `Count()`, `text` 0 to 4.
     QString Cell(qsizetype row, int text) const;
 
+    /// Makes sure that the next usual row needs no more memory. Throws std::bad_alloc.
+    void MakeRoom() { Reserve(UsualRow); }
+
     void Clear();
 
     /// Memory taken in bytes, characters included.
@@ -37,6 +40,7 @@ class RowStore
 
   private:
     static constexpr std::size_t ChunkSize = 256 * 1024;
+    static constexpr std::size_t UsualRow = 256;
 
     struct Chunk
     {

@@ -66,4 +66,12 @@ void TableModel::AppendSample(const RowStore::Row &texts)
     Q_EMIT dataChanged(index(row, 0), index(row, Columns - 1), {Qt::DisplayRole});
 }
 
+void TableModel::Clear()
+{
+    beginResetModel();
+    rows_.Clear();
+    tableRows_ = 1;
+    endResetModel();
+}
+
 } // namespace px40

@@ -39,10 +39,16 @@ class TableModel : public QAbstractTableModel
     qint32 Samples() const { return static_cast<qint32>(rows_.Count()); }
     int TableRows() const { return tableRows_; }
 
+    /// Makes sure that the next usual sample needs no more memory. Throws std::bad_alloc.
+    void MakeRoom() { rows_.MakeRoom(); }
+
     void AppendTableRow();
 
     /// Puts the next sample into its row, which must be there.
     void AppendSample(const RowStore::Row &texts);
+
+    /// Back to one empty row.
+    void Clear();
 
     const RowStore &Rows() const { return rows_; }
 

@@ -56,6 +56,7 @@ void Comm::SetPortNumber(int number)
 QCoro::Task<bool> Comm::OpenPort()
 {
     ClosePort();
+    lost_ = false;
     if (shut_)
         co_return false;
     QString error;
@@ -88,6 +89,7 @@ void Comm::ClosePort()
 void Comm::EndOpening()
 {
     ++closings_;
+    owed_ = 0;
     timeout_.SetEnabled(false);
     Wake();
 }
@@ -100,129 +102,17 @@ void Comm::Shut()
         turn.Complete(false);
 }
 
-QCoro::Task<bool> Comm::SendCommand(QString command, int attempts)
-{
-    const bool mine = co_await TakeTurn();
-    if (!mine)
-        co_return false;
-    const bool answered = co_await Exchange(command, attempts);
-    EndTurn();
-    co_return answered;
-}
-
-QCoro::Task<bool> Comm::TakeTurn()
-{
-    if (shut_)
-        co_return false;
-    if (!exchanging_) {
-        exchanging_ = true;
-        co_return true;
-    }
-    OneShot<bool> turn;
-    turns_.push_back(turn);
-    const bool granted = co_await turn;
-    co_return granted;
-}
-
-void Comm::EndTurn()
-{
-    if (turns_.empty()) {
-        exchanging_ = false;
-        return;
-    }
-    const OneShot<bool> next = turns_.front();
-    turns_.pop_front();
-    next.Complete(true);
-}
-
-QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
-{
-    const bool clear = co_await DropOwedReplies();
-    if (!clear)
-        co_return false;
-
-    QElapsedTimer sinceFirst;
-    sinceFirst.start();
-    for (int attempt = 1; attempt <= attempts; ++attempt) {
-        const int opening = closings_;
-        if (!BeginAttempt(command) || closings_ != opening)
-            co_return false;
-        while (state_->ExchangeState != ExchangeTimedOut) {
-            co_await NextEvent();
-            if (Interrupted()) {
-                timeout_.SetEnabled(false);
-                qCDebug(lcLink).noquote() << command << "cancelled";
-                co_return false;
-            }
-            if (state_->ExchangeState == ExchangeComplete) {
-                owed_ = attempt - 1;
-                if (owed_ > 0)
-                    owedTimeout_.SetInterval(static_cast<int>(sinceFirst.elapsed()) + timeout_.Interval());
-                co_return true;
-            }
-            if (closings_ != opening)
-                co_return false;
-        }
-        qCDebug(lcLink).noquote() << command << "no reply to attempt" << attempt << "of" << attempts;
-    }
-
-    if (state_->LinkActivity == ActivityDownload) {
-        if (progress_)
-            progress_->DisableCancel();
-        state_->ErrorMessage = Text(Str::TimeoutError);
-    }
-    co_return false;
-}
-
-/// After a retried exchange the replies to its earlier attempts may still be on their way. Replies carry
-/// no number, so one of them would shift every later reading by one.
-QCoro::Task<bool> Comm::DropOwedReplies()
-{
-    const int opening = closings_;
-    if (owed_ == 0 || !port_.IsOpen())
-        co_return true;
-    dropping_ = true;
-    owedTimeout_.SetEnabled(true);
-    bool interrupted = false;
-    while (owed_ > 0 && closings_ == opening && !interrupted) {
-        co_await NextEvent();
-        interrupted = Interrupted();
-    }
-    owedTimeout_.SetEnabled(false);
-    dropping_ = false;
-    if (closings_ == opening)
-        co_return !interrupted;
-    owed_ = 0;
-    co_return false;
-}
-
-void Comm::OnNothingMoreOwed()
-{
-    owed_ = 0;
-    Wake();
-}
-
-/// Counts the replies among input that answers nothing.
-void Comm::DropOwed(const QByteArray &bytes)
-{
-    const auto lines = static_cast<int>(std::min<qsizetype>(bytes.count('\n'), owed_));
-    owed_ -= lines;
-    if (lines > 0 && dropping_) {
-        owedTimeout_.SetEnabled(true); // it is slow, but it goes on
-        Wake();
-    }
-}
-
 bool Comm::BeginAttempt(const QString &command)
 {
     state_->LastCommand = command;
     if (!port_.IsOpen()) {
-        state_->ErrorMessage = Text(Str::PortNotOpen);
+        state_->ErrorMessage = Text(lost_ ? Str::PortLost : Str::PortNotOpen);
         return false;
     }
     state_->ExchangeState = ExchangeWaiting;
     state_->RecvBuffer.clear();
     scanned_ = 0;
+    stale_ = false;
     port_.ReadAll(); // what has come unasked answers nothing
     timeout_.SetEnabled(true);
     sentAt_.start();
@@ -231,35 +121,6 @@ bool Comm::BeginAttempt(const QString &command)
         qCWarning(lcLink).noquote() << command << "could not be written";
     }
     return true;
-}
-
-/// The flags that end the work under way, in the order in which they count.
-bool Comm::Interrupted() const
-{
-    return shut_ || (state_->LinkActivity == ActivityDownload && state_->DownloadCancel) ||
-           (state_->LinkActivity == ActivityRealtimeTransition && state_->RealtimeStop);
-}
-
-void Comm::FlagsChanged()
-{
-    Wake();
-}
-
-void Comm::Wake()
-{
-    if (waiting_)
-        waiting_->Complete(true);
-}
-
-/// Waits until something has happened that the waiting exchange must look at.
-QCoro::Task<void> Comm::NextEvent()
-{
-    OneShot<bool> event;
-    waiting_ = event;
-    if (Interrupted())
-        event.Complete(true);
-    co_await event;
-    waiting_.reset();
 }
 
 void Comm::OnTimeout()
@@ -272,6 +133,7 @@ void Comm::OnTimeout()
 void Comm::OnLost(const QString &reason)
 {
     qCWarning(lcLink).noquote() << "port" << portNumber_ << "lost:" << reason;
+    lost_ = true;
     if (exchanging_)
         state_->ErrorMessage = Text(Str::PortLost);
     EndOpening();
@@ -327,6 +189,9 @@ void Comm::Receive(const QByteArray &bytes)
     qCDebug(lcLink).noquote() << state_->LastCommand << "->" << state_->RecvBuffer << "in"
                               << sentAt_.nsecsElapsed() / 1000 << "us";
     timeout_.SetEnabled(false);
+    stale_ = owed_ > 0;
+    if (stale_)
+        DropOwed(bytes.mid(end + 1)); // further ones that came along
     state_->ExchangeState = ExchangeComplete;
     Wake();
 }

@@ -56,9 +56,11 @@ class Comm : public QObject
     /// One exchange. True when a reply stands in `RecvBuffer`; false after `attempts` silent time-outs, or
     /// at once when the running work was cancelled (no message) or the port is closed.
     ///
-    /// A reply that comes after its attempt has timed out is never taken for the answer to the next
-    /// command: before that one goes out, what the instrument still owes is received and dropped. It gets
-    /// as long for that as it needed last time, and one time-out more.
+    /// Replies carry no number, so one that comes after its attempt was given up could pass for the answer to
+    /// a later command. It never does: what the instrument still owes is received and dropped before the next
+    /// command goes out, or, after an exchange without any reply, as soon as a reply arrives again; then the
+    /// command is repeated without counting as an attempt. The instrument gets as long for that as it has
+    /// needed so far, and one time-out more.
     QCoro::Task<bool> SendCommand(QString command, int attempts);
 
     /// To be called by whoever has set `DownloadCancel` or `RealtimeStop`: a waiting exchange looks at them.
@@ -76,22 +78,28 @@ class Comm : public QObject
     void portLost(const QString &reason); ///< the device has gone; the port is closed
 
   private:
+    enum class AttemptEnd { Answered, TimedOut, Stale, Interrupted, Closed };
+
     QCoro::Task<bool> TakeTurn();
     void EndTurn();
     QCoro::Task<bool> Exchange(QString command, int attempts);
-    QCoro::Task<bool> DropOwedReplies();
+    QCoro::Task<AttemptEnd> AwaitAttempt(int opening);
     bool BeginAttempt(const QString &command);
     bool Interrupted() const;
     void Wake();
     QCoro::Task<void> NextEvent();
 
+    void Owe(int replies, const QElapsedTimer &since, bool waitFirst);
+    int OwedPatience() const;
+    QCoro::Task<bool> DropOwedReplies(int patienceMs);
+    void DropOwed(const QByteArray &bytes);
+    void OnNothingMoreOwed();
+
     void EndOpening();
     void OnArrived();
     void OnTimeout();
-    void OnNothingMoreOwed();
     void OnLost(const QString &reason);
     void Receive(const QByteArray &bytes);
-    void DropOwed(const QByteArray &bytes);
     bool ReplyComplete();
 
     LinkState *state_;
@@ -106,9 +114,16 @@ class Comm : public QObject
     std::deque<OneShot<bool>> turns_;
     qsizetype scanned_ = 0; ///< characters of RecvBuffer known to hold no LF
     int portNumber_ = 1;
-    int closings_ = 0; ///< how often the port was closed: an exchange belongs to one opening
-    int owed_ = 0;     ///< replies that may still come to attempts that were given up
+    int closings_ = 0;  ///< how often the port was closed: an exchange belongs to one opening
+    bool lost_ = false; ///< the port is closed because its device has gone
+
+    int owed_ = 0;               ///< replies that may still come to attempts that were given up
+    QElapsedTimer owedSince_;    ///< since the first of those attempts
+    int owedPatienceMs_ = 0;     ///< how long to wait for them
+    bool owedWaitFirst_ = false; ///< before the next command, not when a reply arrives
     bool dropping_ = false;
+    bool stale_ = false; ///< the reply that has arrived answers an older command
+
     bool exchanging_ = false;
     bool shut_ = false;
 };

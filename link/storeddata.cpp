@@ -9,6 +9,8 @@
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
+#include <exception>
+
 namespace px40 {
 
 namespace {
@@ -24,7 +26,7 @@ StoredData::StoredData(LinkState &state, LinkGate &gate, Comm &comm, Prompts &pr
 QCoro::Task<bool> StoredData::ReceiveMemoryData(std::shared_ptr<DataSink> sink)
 {
     Begin(sink.get(), Text(Str::ReceiveMemoryMode));
-    const bool complete = co_await FetchReadings(sink.get());
+    const bool complete = co_await Guarded(FetchReadings(sink.get()));
     co_await End(sink.get(), complete);
     gate_->Release();
     co_return complete;
@@ -33,9 +35,21 @@ QCoro::Task<bool> StoredData::ReceiveMemoryData(std::shared_ptr<DataSink> sink)
 QCoro::Task<bool> StoredData::ReceiveSaveData(std::shared_ptr<DataSink> sink)
 {
     Begin(sink.get(), Text(Str::ReceiveSaveMode));
-    const bool complete = co_await FetchRecords(sink.get());
+    const bool complete = co_await Guarded(FetchRecords(sink.get()));
     co_await comm_->SendCommand(QStringLiteral("PL,0"), SaveModeAttempts);
     co_await End(sink.get(), complete);
+    co_return complete;
+}
+
+/// Memory that runs out ends a download like any other failure.
+QCoro::Task<bool> StoredData::Guarded(QCoro::Task<bool> fetch)
+{
+    bool complete = false;
+    try {
+        complete = co_await fetch;
+    } catch (const std::exception &error) {
+        state_->ErrorMessage = QString::fromLocal8Bit(error.what());
+    }
     co_return complete;
 }
 

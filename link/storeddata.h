@@ -36,6 +36,7 @@ class StoredData
     QCoro::Task<bool> ReceiveSaveData(std::shared_ptr<DataSink> sink);
 
   private:
+    QCoro::Task<bool> Guarded(QCoro::Task<bool> fetch);
     QCoro::Task<bool> FetchReadings(DataSink *sink);
     QCoro::Task<bool> FetchRecords(DataSink *sink);
     QCoro::Task<void> End(DataSink *sink, bool complete);

@@ -3,6 +3,10 @@
 #include <QFileInfo>
 #include <QSerialPort>
 
+#ifdef Q_OS_UNIX
+#include <poll.h>
+#endif
+
 namespace px40 {
 
 namespace {
@@ -35,6 +39,19 @@ PortTrouble FromError(QSerialPort::SerialPortError error)
     default:
         return PortTrouble::Other;
     }
+}
+
+/// Flushing into a full line would be taken for its end.
+template <typename Handle>
+bool TakesBytes(Handle handle)
+{
+#ifdef Q_OS_UNIX
+    pollfd line{handle, POLLOUT, 0};
+    return ::poll(&line, 1, 0) == 1 && (line.revents & POLLOUT) != 0;
+#else
+    Q_UNUSED(handle)
+    return false;
+#endif
 }
 
 bool EndsTheLine(QSerialPort::SerialPortError error)
@@ -98,7 +115,8 @@ bool SerialPort::Write(const QByteArray &bytes)
 {
     if (!port_ || port_->write(bytes) != bytes.size())
         return false;
-    port_->flush(); // now, not after another turn of the event loop; a dead line may show itself in it
+    if (TakesBytes(port_->handle()))
+        port_->flush(); // now, not after another turn of the event loop; a dead line may show itself in it
     return port_ != nullptr;
 }
 

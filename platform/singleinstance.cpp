@@ -26,7 +26,16 @@ SingleInstance::SingleInstance(const QString &name) : lock_(LockPath(name))
 
 bool SingleInstance::Acquire()
 {
-    return lock_.tryLock(0) || lock_.error() != QLockFile::LockFailedError;
+    if (lock_.tryLock(0) || lock_.error() != QLockFile::LockFailedError)
+        return true;
+    // A file that names nobody was left half-written, unless somebody is writing it right now.
+    constexpr int WritingMs = 100;
+    qint64 pid = 0;
+    QString host;
+    QString program;
+    if (lock_.getLockInfo(&pid, &host, &program) || lock_.tryLock(WritingMs))
+        return lock_.isLocked();
+    return !lock_.getLockInfo(&pid, &host, &program) && lock_.removeStaleLockFile() && lock_.tryLock(0);
 }
 
 } // namespace px40

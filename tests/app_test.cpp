@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -341,6 +342,8 @@ void AppTest::CommandLines_data()
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("error"); // its beginning
     QTest::newRow("devices") << u"--port-device 3=/dev/ttyS0 --port-device 4=/a=b"_qs << QString();
+    QTest::newRow("the toolkit's own options")
+        << u"-platform offscreen -style=fusion --port-device 3=/x --port-device 4=/a=b"_qs << QString();
     QTest::newRow("no number") << u"--port-device x=/dev/ttyS0"_qs << u"--port-device takes"_qs;
     QTest::newRow("number too large") << u"--port-device 17=/dev/ttyS0"_qs << u"--port-device takes"_qs;
     QTest::newRow("no device") << u"--port-device 3="_qs << u"--port-device takes"_qs;
@@ -385,6 +388,12 @@ void AppTest::SecondCopyIsNoticed()
     QVERIFY(first.Acquire());
     SingleInstance second(name);
     QVERIFY(!second.Acquire());
+
+    // A crash may leave a file that names nobody.
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    WriteBytes(folder + u'/' + name + u"-empty.lock"_qs, QByteArray());
+    SingleInstance third(name + u"-empty"_qs);
+    QVERIFY(third.Acquire());
 }
 
 QTEST_GUILESS_MAIN(AppTest)

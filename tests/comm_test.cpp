@@ -2,7 +2,22 @@
 
 #include <QSignalSpy>
 
+#include <atomic>
+
 using namespace px40;
+
+namespace {
+
+/// A command of the user: takes the link in the step in which it becomes free.
+QCoro::Task<bool> WaitAndTake(LinkGate *gate)
+{
+    const bool free = co_await gate->WaitUntilFree();
+    if (free)
+        gate->Take();
+    co_return free;
+}
+
+} // namespace
 
 class CommTest : public QObject
 {
@@ -15,7 +30,10 @@ class CommTest : public QObject
     void FramesAreCutAtTheLineFeed();
     void SilenceIsTriedAgainAndEndsWithFalse_data();
     void SilenceIsTriedAgainAndEndsWithFalse();
+    void LateRepliesNeverAnswerTheNextCommand_data();
     void LateRepliesNeverAnswerTheNextCommand();
+    void ReplyAfterACancelIsDropped();
+    void CancelCountsMoreThanAReply();
     void LostReplyIsAskedForAgain();
     void FlagsEndTheWaitAtOnce_data();
     void FlagsEndTheWaitAtOnce();
@@ -53,9 +71,7 @@ void CommTest::AnswersAreTheFirstLine()
         const Running<bool> exchange(rig.comm.SendCommand(command, 3));
         QVERIFY(exchange.Finish());
         QVERIFY(exchange.Value());
-        const std::string expected = rig.server.WithInstrument(
-            [&](sim::Instrument &instrument) { return instrument.Answer(command.toStdString()); });
-        QCOMPARE(rig.state.RecvBuffer, QString::fromLatin1(expected.c_str()));
+        QCOMPARE(rig.state.RecvBuffer, rig.Expected(command));
         QCOMPARE(int(rig.state.ReplyLength), 29);
         QCOMPARE(rig.state.LastCommand, command);
         QCOMPARE(rig.state.ExchangeState, int(ExchangeComplete));
@@ -124,22 +140,57 @@ void CommTest::SilenceIsTriedAgainAndEndsWithFalse()
     QCOMPARE(rig.state.ExchangeState, int(ExchangeTimedOut));
 }
 
+void CommTest::LateRepliesNeverAnswerTheNextCommand_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    QTest::newRow("each comes while the second attempt waits") << QByteArray("late=120");
+    QTest::newRow("one comes when its command was given up") << QByteArray("late=330,first=1");
+}
+
 void CommTest::LateRepliesNeverAnswerTheNextCommand()
 {
-    // The reply to each first attempt comes while the second one waits, and the second one's later still.
+    QFETCH(QByteArray, fault);
     LinkRig rig(LinkRig::Unpaced(), 100);
-    rig.Fault("late=120");
+    rig.Fault(fault.constData());
     rig.Open();
     rig.state.LinkActivity = ActivityDownload;
+    const Running<bool> first(rig.comm.SendCommand(QStringLiteral("AN1"), 3)); // may fail
     for (int n = 1; n <= 4; ++n) {
         const QString command = QStringLiteral("OM%1").arg(n);
         const Running<bool> exchange(rig.comm.SendCommand(command, 3));
         QVERIFY(exchange.Finish());
         QVERIFY(exchange.Value());
-        const std::string expected = rig.server.WithInstrument(
-            [&](sim::Instrument &instrument) { return instrument.Answer(command.toStdString()); });
-        QCOMPARE(rig.state.RecvBuffer, QString::fromLatin1(expected.c_str()));
+        QCOMPARE(rig.state.RecvBuffer, rig.Expected(command));
     }
+}
+
+void CommTest::ReplyAfterACancelIsDropped()
+{
+    LinkRig rig(LinkRig::Unpaced(), 400);
+    rig.Fault("late=150,first=1");
+    rig.Open();
+    rig.state.LinkActivity = ActivityDownload;
+    const Running<bool> cancelled(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
+    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
+    rig.state.DownloadCancel = true;
+    rig.comm.FlagsChanged();
+    QVERIFY(cancelled.Finish());
+    rig.state.DownloadCancel = false;
+    const Running<bool> next(rig.comm.SendCommand(QStringLiteral("OM2"), 3));
+    QVERIFY(next.Finish());
+    QCOMPARE(rig.state.RecvBuffer, rig.Expected(QStringLiteral("OM2")));
+    QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs}));
+}
+
+void CommTest::CancelCountsMoreThanAReply()
+{
+    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
+    rig.Open();
+    rig.state.LinkActivity = ActivityDownload;
+    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
+    rig.state.DownloadCancel = true; // seen only when the reply wakes the exchange
+    QVERIFY(exchange.Finish());
+    QVERIFY(!exchange.Value());
 }
 
 void CommTest::LostReplyIsAskedForAgain()
@@ -272,14 +323,21 @@ void CommTest::ShutEndsEverything()
 
 void CommTest::GateKeepsInputInThePort()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
+    std::atomic<bool> sent = false;
+    sim::ServerOptions options = LinkRig::Unpaced();
+    options.observer = [&](std::string_view, std::string_view) { sent = true; };
+    LinkRig rig(std::move(options), 3600 * 1000);
     rig.Open();
     rig.state.LinkActivity = ActivityRealtime;
-    rig.state.ReceiveGate = false;
     const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
-    rig.server.Inject("more\r\n"); // the next arrival finds the gate open and takes all
+    QTRY_VERIFY(sent);
+    for (int turn = 0; turn < 5; ++turn)
+        QTest::qWait(0);
+    QVERIFY(!exchange.Done());
+    QVERIFY(rig.state.RecvBuffer.isEmpty());
+
     rig.state.ReceiveGate = true;
+    rig.server.Inject("more\r\n"); // its arrival finds the gate open and takes all
     QVERIFY(exchange.Finish());
     QVERIFY(exchange.Value());
     QCOMPARE(int(rig.state.ReplyLength), 29);
@@ -363,15 +421,20 @@ void CommTest::LinkGateHandsOverOnlyWhenFree()
     LinkState state;
     LinkGate gate(state);
     gate.Take();
-    const Running<bool> command(gate.WaitUntilFree());
+    const Running<bool> command(WaitAndTake(&gate));
+    const Running<bool> second(WaitAndTake(&gate));
     QVERIFY(!command.Done());
     QVERIFY(state.StatusYield); // the status check is asked to give way
     gate.Release();
     QVERIFY(command.Finish());
     QVERIFY(command.Value());
+    QVERIFY(state.LinkBusy);
+    QCoreApplication::processEvents();
+    QVERIFY(!second.Done());
+    gate.Release();
+    QVERIFY(second.Finish());
     QVERIFY(!state.StatusYield);
 
-    gate.Take();
     const Running<bool> leaving(gate.WaitUntilFree());
     gate.Shut();
     QVERIFY(leaving.Finish());

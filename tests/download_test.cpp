@@ -59,6 +59,7 @@ class DownloadTest : public QObject
     void SaveModeFaults_data();
     void SaveModeFaults();
     void FewRowsLeaveTheGraphAlone();
+    void MemoryThatRunsOutIsTold();
 };
 
 void DownloadTest::FetchesAllReadings()
@@ -75,11 +76,9 @@ void DownloadTest::FetchesAllReadings()
     QCOMPARE(rig.Commands(), MemoryCommands(50));
     QCOMPARE(rig.data->GetDatacount(), 50);
     for (int n = 1; n <= 50; ++n) {
-        const std::string reply = rig.server.WithInstrument(
-            [&](sim::Instrument &instrument) { return instrument.Answer("OM" + std::to_string(n)); });
         ReadingTexts reading;
         QString error;
-        QVERIFY(DecodeMeasureReply(QString::fromLatin1(reply.c_str()), &reading, &error));
+        QVERIFY(DecodeMeasureReply(rig.Expected(QStringLiteral("OM%1").arg(n)), &reading, &error));
         const TableModel &table = rig.data->Table();
         QCOMPARE(table.Cell(n, 0), QString::number(n));
         QCOMPARE(table.Cell(n, 1), QStringLiteral("No.%1").arg(n));
@@ -117,6 +116,7 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows_data()
     QTest::newRow("refused") << QByteArray("err=8") << 5 << command;
     QTest::newRow("one reply lost") << QByteArray("drop-reply=20") << 50 << QString();
     QTest::newRow("wrong mode shows only in the status") << QByteArray("mode=printer") << 50 << QString();
+    QTest::newRow("hang-up at once") << QByteArray("hang-up=1") << 0 << lost;
     QTest::newRow("hang-up") << QByteArray("hang-up=30") << 27 << lost;
     QTest::newRow("hang-up half-way through a reply") << QByteArray("hang-up=30,half") << 27 << lost;
 }
@@ -129,6 +129,8 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows()
     DownloadRig rig;
     rig.Fault(fault.constData());
     rig.Open();
+    // The link is not free before the user has seen the box.
+    rig.prompts.onWarn = [&] { QCOMPARE(rig.state.LinkActivity, int(ActivityDownload)); };
     const Running<bool> download = rig.Start(false);
     QVERIFY(download.Finish());
     QCOMPARE(download.Value(), message.isEmpty());
@@ -257,6 +259,28 @@ void DownloadTest::FewRowsLeaveTheGraphAlone()
         QVERIFY(download.Finish());
         QCOMPARE(rig.data->GetGraphcount(), QString::fromLatin1(count));
     }
+}
+
+void DownloadTest::MemoryThatRunsOutIsTold()
+{
+    struct FullSet : DataSet
+    {
+        using DataSet::DataSet;
+        void AddData(const QString &, const QString &, const QString &, const QString &,
+                     const QString &) override
+        {
+            throw std::bad_alloc();
+        }
+    };
+    DownloadRig rig;
+    rig.Open();
+    rig.data = std::make_shared<FullSet>(rig.state, rig.shared);
+    const Running<bool> download = rig.Start(false);
+    QVERIFY(download.Finish());
+    QVERIFY(!download.Value());
+    QCOMPARE(rig.prompts.warnings.size(), 1);
+    QVERIFY(!rig.progress.shown);
+    QVERIFY(!rig.state.LinkBusy);
 }
 
 QTEST_GUILESS_MAIN(DownloadTest)

@@ -1,5 +1,7 @@
+#include "app/messageprompts.h"
 #include "tests/program.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QPointer>
@@ -21,6 +23,7 @@ class LeavingTest : public QObject
     void PortDialogKeepsTheOldPortUntilOneOpens();
     void FailedStartAsksForAPort();
     void StartUpCanBeLeft();
+    void LeavingClosesAnOpenBox();
 };
 
 void LeavingTest::UnsavedWindowsAsk_data()
@@ -64,7 +67,7 @@ void LeavingTest::UnsavedWindowsAsk()
 void LeavingTest::LeavingAsksForEachUnsavedWindow()
 {
     ScriptedPrompts prompts;
-    prompts.answers = {Answer::No, Answer::Cancel, Answer::No};
+    prompts.answers = {Answer::No, Answer::Cancel, Answer::No, Answer::No};
     Program program(prompts);
     program.StartUp();
     for (int i = 0; i < 2; ++i) {
@@ -77,10 +80,10 @@ void LeavingTest::LeavingAsksForEachUnsavedWindow()
     QVERIFY(program.NoJobLeft());
     QVERIFY(program.window->isVisible());
     QVERIFY(left.isEmpty());
-    // The one that was let go is not asked about again.
+    // Nothing has gone, so nothing is forgotten: both are asked about again.
     program.Action("mnuFileExit")->trigger();
     QTRY_COMPARE(left.count(), 1);
-    QCOMPARE(prompts.questions.size(), 3);
+    QCOMPARE(prompts.questions.size(), 4);
     QVERIFY(!program.window->isVisible());
     QVERIFY(!program.services.comm.IsOpen());
     QVERIFY(QFile::exists(program.services.settings.GetPaths().IniPath));
@@ -130,7 +133,8 @@ void LeavingTest::PortDialogKeepsTheOldPortUntilOneOpens()
     Program program(prompts);
     program.services.settings.PortNumberText = QStringLiteral("1");
     program.StartUp();
-    program.window->tmCheckStat.SetInterval(1000);
+    QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+    QVERIFY(program.window->tmCheckStat.Enabled());
     program.Action("mnuSetupCommport")->trigger();
     QTRY_VERIFY(program.Find<QDialog>("frmPort"));
     QPointer<QDialog> dialog = program.Find<QDialog>("frmPort");
@@ -202,6 +206,18 @@ void LeavingTest::StartUpCanBeLeft()
     QTRY_COMPARE(left.count(), 1);
     QVERIFY(!program.services.comm.IsOpen());
     QVERIFY(!program.window->isVisible());
+}
+
+void LeavingTest::LeavingClosesAnOpenBox()
+{
+    MessagePrompts prompts;
+    Program program(prompts);
+    program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
+    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
+    QTRY_VERIFY(QApplication::activeModalWidget());
+    program.window->close();
+    QTRY_VERIFY(program.hasLeft);
+    QVERIFY(!program.Find<QDialog>("frmPort")); // which would have come next
 }
 
 QTEST_MAIN(LeavingTest)

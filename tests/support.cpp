@@ -35,6 +35,8 @@ OneShot<bool> NextTurn()
 QCoro::Task<void> ScriptedPrompts::Warn(QString text)
 {
     warnings.append(text);
+    if (onWarn)
+        onWarn();
     const OneShot<bool> turn = NextTurn();
     co_await turn;
 }
@@ -86,6 +88,13 @@ void LinkRig::Open()
     const Running<bool> opened(comm.OpenPort());
     QVERIFY(opened.Finish());
     QVERIFY(opened.Value());
+}
+
+QString LinkRig::Expected(const QString &command)
+{
+    const std::string reply = server.WithInstrument(
+        [&](sim::Instrument &instrument) { return instrument.Answer(command.toStdString()); });
+    return QString::fromLatin1(reply.c_str());
 }
 
 QStringList LinkRig::Commands() const

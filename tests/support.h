@@ -32,7 +32,8 @@ class ScriptedPrompts : public Prompts
 
     QStringList warnings;
     QStringList questions;
-    std::deque<Answer> answers; ///< Cancel when there is none left
+    std::function<void()> onWarn; ///< called while the box is up
+    std::deque<Answer> answers;   ///< Cancel when there is none left
     int dismissals = 0;
 };
 
@@ -69,6 +70,8 @@ class LinkRig
     /// Opens the port; the test fails when that does.
     void Open();
     QStringList Commands() const;
+    /// What the instrument answers to a command that changes nothing.
+    QString Expected(const QString &command);
 
     QTemporaryDir folder;
     sim::PtyServer server;

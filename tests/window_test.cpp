@@ -21,6 +21,9 @@ class WindowTest : public QObject
     void MenusAndButtonsAreComplete();
     void DownloadFillsAWindow();
     void DownloadCanBeCancelled();
+    void CancelIsGreyAfterATimeOut();
+    void CancelOutsideADownloadSetsItsOwnFlag();
+    void TableFollowsRealtimeSamples();
     void UnplugHalfWayIsTold();
     void CommandWaitsForABusyLink();
     void MessageBoxesAnswer();
@@ -130,6 +133,49 @@ void WindowTest::DownloadCanBeCancelled()
     QCOMPARE(program.DataWindows().last()->Data()->GetDatacount(), 50);
 }
 
+void WindowTest::CancelIsGreyAfterATimeOut()
+{
+    ScriptedPrompts prompts;
+    Program program(prompts);
+    program.StartUp();
+    SetFault(program.server, "silent");
+    program.Action("Mdata")->trigger();
+    const auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
+    QVERIFY(button->isEnabled());
+    QTRY_VERIFY(program.server.CommandCount() > 3);
+    QVERIFY(!button->isEnabled());
+    program.server.HangUp();
+    QVERIFY(program.NoJobLeft());
+}
+
+void WindowTest::CancelOutsideADownloadSetsItsOwnFlag()
+{
+    ScriptedPrompts prompts;
+    Program program(prompts);
+    auto *const view = dynamic_cast<ProgressView *>(program.Cancel());
+    program.services.state.LinkActivity = ActivityForwarding;
+    view->Show();
+    Press(program.Cancel(), "btCancel");
+    QVERIFY(program.services.state.CancelRequest);
+    QVERIFY(!program.services.state.DownloadCancel);
+    view->Unload();
+}
+
+void WindowTest::TableFollowsRealtimeSamples()
+{
+    ScriptedPrompts prompts;
+    Program program(prompts);
+    program.StartUp();
+    program.Action("New")->trigger();
+    frmData *const window = program.DataWindows().first();
+    for (int n = 1; n <= 200; ++n) {
+        QVERIFY(window->Data()->AddGridrow());
+        window->Data()->AddRealtimedata(QString(), QString::number(n), QString(), QString(), QString(), true);
+    }
+    const auto *const table = window->findChild<QTableView *>(QStringLiteral("fgData"));
+    QVERIFY(table->viewport()->rect().intersects(table->visualRect(table->model()->index(199, 0))));
+}
+
 void WindowTest::UnplugHalfWayIsTold()
 {
     ScriptedPrompts prompts;
@@ -144,7 +190,8 @@ void WindowTest::UnplugHalfWayIsTold()
 
     program.Action("Mdata")->trigger(); // and again, without the cable
     QVERIFY(program.NoJobLeft());
-    QCOMPARE(prompts.warnings.last(), QStringLiteral("The communications port is not open."));
+    QCOMPARE(prompts.warnings.size(), 2);
+    QCOMPARE(program.Message(), QStringLiteral("The connection to the instrument was lost."));
 }
 
 void WindowTest::CommandWaitsForABusyLink()
