@@ -16,8 +16,8 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcExchange, "px40.link", QtWarningMsg)
 
-/// A reply older than so many time-outs is not expected any more.
-constexpr int OldestOwed = 10;
+/// A reply to a command that is older than so many time-outs is not expected any more.
+constexpr int OldestOwed = 4;
 
 } // namespace
 

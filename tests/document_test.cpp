@@ -49,7 +49,6 @@ class DocumentTest : public QObject
     void IntervalAndPeriodAreShownAsStored();
     void EveryChangeIsUnsaved();
     void RealtimeSamplesMoveGraphAndBar();
-    void KindTexts();
 };
 
 void DocumentTest::RowsComeBackAsGiven()
@@ -292,14 +291,6 @@ void DocumentTest::RealtimeSamplesMoveGraphAndBar()
     QCOMPARE(rig.data.Scroll().value, 0);
     rig.data.IniProgress(100);
     QCOMPARE(rig.data.ProgressValue(), 0);
-}
-
-void DocumentTest::KindTexts()
-{
-    for (const auto &[text, kind] :
-         {std::pair("0", 0), std::pair("2", 2), std::pair("3", 3), std::pair("4", 4), std::pair("", 1),
-          std::pair("1", 1), std::pair("02", 1), std::pair("x", 1)})
-        QCOMPARE(DataKind(QString::fromLatin1(text)), kind);
 }
 
 QTEST_GUILESS_MAIN(DocumentTest)
