@@ -100,7 +100,10 @@ void frmMain::ConnectAll()
         ShowMessage(Text(Str::PortLost));
     });
     connect(&services_->comm, &Comm::portChanged, this, [this] {
-        portLost_ = portLost_ && !services_->comm.IsOpen();
+        if (portLost_ && services_->comm.IsOpen()) {
+            portLost_ = false;
+            ShowMessage(QString());
+        }
         ShowPort();
     });
 }
@@ -288,7 +291,7 @@ void frmMain::closeEvent(QCloseEvent *event)
 
 QCoro::Task<void> frmMain::CloseAll()
 {
-    const QList<QMdiSubWindow *> windows = workspace_->subWindowList(QMdiArea::StackingOrder);
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
     QList<QPointer<frmData>> waiting;
     for (QMdiSubWindow *const window : windows)
         waiting.append(qobject_cast<frmData *>(window));
