@@ -1,0 +1,82 @@
+// The way out: questions about unsaved data, and the order in which the program is taken down.
+
+#include "app/frmmain.h"
+
+#include "app/frmcancel.h"
+#include "app/placement.h"
+#include "app/services.h"
+#include "app/workspace.h"
+#include "document/frmdata.h"
+#include "platform/prompts.h"
+
+#include <QCloseEvent>
+#include <QMdiSubWindow>
+
+namespace px40 {
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    if (mayGo_) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+    if (asking_ || services_->leaving || !MayCloseDuring(services_->state.LinkActivity))
+        return;
+    asking_ = true;
+    services_->jobs.Launch(CloseAll(), "closing the program");
+}
+
+QCoro::Task<void> frmMain::CloseAll()
+{
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
+    QList<QPointer<frmData>> waiting;
+    for (QMdiSubWindow *const window : windows)
+        waiting.append(qobject_cast<frmData *>(window));
+
+    bool mayGo = true;
+    for (int i = 0; mayGo && i < waiting.size(); ++i) {
+        const QPointer<frmData> window = waiting.at(i);
+        if (window)
+            mayGo = co_await frmData::ConfirmClose(window);
+    }
+    asking_ = false;
+    // The link may have been taken while the questions stood open.
+    if (mayGo && MayCloseDuring(services_->state.LinkActivity))
+        Leave();
+}
+
+void frmMain::Leave()
+{
+    services_->leaving = true;
+    services_->settings.WriteSettingsFile();
+    SavePlacement();
+    tmCheckInter.SetEnabled(false);
+    tmCheckStat.SetEnabled(false);
+    tmRealtime.SetEnabled(false);
+    services_->gate.Shut();
+    services_->comm.Shut();
+    services_->prompts.DismissAll();
+    const QList<QDialog *> dialogs = findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
+    for (QDialog *const dialog : dialogs) {
+        if (dialog != frmCancel_)
+            dialog->close();
+    }
+    services_->jobs.WhenNone([window = QPointer<frmMain>(this)] {
+        if (!window)
+            return;
+        window->mayGo_ = true;
+        window->close();
+        Q_EMIT window->left();
+    });
+}
+
+void frmMain::SavePlacement()
+{
+    Placement placement;
+    placement.state = isMinimized() ? WindowMinimised : isMaximized() ? WindowMaximised : WindowNormal;
+    placement.normal = placement.state == WindowNormal ? geometry() : normalGeometry();
+    SaveMainPlacement(services_->store, placement, logicalDpiX());
+}
+
+} // namespace px40
