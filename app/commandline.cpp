@@ -52,8 +52,10 @@ CommandLine ParseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(Text(Str::ProductLine));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this text."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
+                                     QStringLiteral("Show the version."));
     const QCommandLineOption demo(QStringLiteral("demo"),
                                   QStringLiteral("Work on a simulated instrument, on port 1."));
     const QCommandLineOption portDevice(
@@ -66,7 +68,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         QStringLiteral("DIR"));
     const QCommandLineOption noSplash(QStringLiteral("no-splash"),
                                       QStringLiteral("Start without the splash window."));
-    parser.addOptions({demo, portDevice, dataDir, noSplash});
+    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash});
 
     CommandLine line;
     if (!parser.parse(WithoutToolkitOptions(arguments))) {

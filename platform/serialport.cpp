@@ -19,7 +19,10 @@ PortTrouble LookAt(const QString &device, QString *group)
     if (!info.exists())
         return PortTrouble::NotPlugged;
     if (!info.isReadable() || !info.isWritable()) {
-        *group = QFileInfo(info.canonicalFilePath()).group();
+        // Only a group that may use the device is worth being in.
+        const QFileInfo node(info.canonicalFilePath());
+        if (node.permission(QFile::ReadGroup | QFile::WriteGroup))
+            *group = node.group();
         return PortTrouble::NoPermission;
     }
 #else

@@ -17,7 +17,7 @@ struct PortOpenResult
 {
     PortTrouble trouble = PortTrouble::None;
     QString device;      ///< the device as it was asked for
-    QString group;       ///< with NoPermission: the group that owns the device, where that is known
+    QString group;       ///< with NoPermission: the group that may use the device, where there is one
     QString description; ///< the system's own words
 };
 
