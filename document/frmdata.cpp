@@ -128,7 +128,8 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     for (const PanelPlace &place : PanelPlaces)
         ShowPanel(place.panel, set->PanelText(place.panel));
     ShowProgress();
-    fgData_->setCurrentIndex(set->Table().index(0, 1));
+    connect(&set->Table(), &QAbstractItemModel::modelReset, this, &frmData::SelectFirst);
+    SelectFirst();
     setFocusProxy(fgData_);
     resize(RoomySize());
 }
@@ -190,6 +191,12 @@ void frmData::ShowPanel(Panel panel, const QString &text)
         if (place.panel == panel)
             bars.at(static_cast<std::size_t>(place.bar))->SetText(QString::fromUtf16(place.key), text);
     }
+}
+
+void frmData::SelectFirst()
+{
+    fgData_->scrollToTop();
+    fgData_->setCurrentIndex(data_->Table().index(0, 1));
 }
 
 void frmData::FollowSample(int sample)

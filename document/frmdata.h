@@ -60,6 +60,7 @@ class frmData : public QMdiSubWindow
     /// The size in which every text and a good number of rows are seen, outer frame included.
     QSize RoomySize() const;
     void ShowPanel(Panel panel, const QString &text);
+    void SelectFirst();
     void FollowSample(int sample);
     void ShowProgress();
 

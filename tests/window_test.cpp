@@ -103,6 +103,7 @@ void WindowTest::DownloadFillsAWindow()
     QCOMPARE(program.DataWindows().size(), 2);
     const auto *const realtime =
         program.DataWindows().last()->findChild<QTableView *>(QStringLiteral("fgData"));
+    QCOMPARE(realtime->currentIndex(), realtime->model()->index(0, 1));
     QCOMPARE(realtime->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("TIME"));
 }
 
