@@ -34,6 +34,12 @@ class BusyCursor
     BusyCursor &operator=(const BusyCursor &) = delete;
 };
 
+/// What of a message fits into the status bar.
+QString FirstLine(const QString &text)
+{
+    return text.section(QStringLiteral("\r\n"), 0, 0);
+}
+
 constexpr int TitleBarRoom = 32;
 
 QList<QRect> UsableScreens()
@@ -96,7 +102,7 @@ void frmMain::ConnectAll()
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
     connect(&services_->comm, &Comm::portLost, this, [this] {
         portLost_ = true;
-        ShowMessage(Text(Str::PortLost));
+        ShowMessage(FirstLine(Text(Str::PortLost)));
     });
     connect(&services_->comm, &Comm::portChanged, this, [this] {
         if (portLost_ && services_->comm.IsOpen()) {
@@ -259,9 +265,15 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     services_->gate.Take();
     ShowMessage(QString());
     const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
-    const QString outcome = Text(complete ? Str::MemoryReceived : Str::MemoryEnded);
+    const int unreadable = dataSet->UnreadableCount();
+    QString outcome = Text(!complete        ? Str::MemoryEnded
+                           : unreadable > 0 ? Str::MemoryUnreadable
+                                            : Str::MemoryReceived);
+    outcome = outcome.arg(dataSet->GetDatacount());
+    if (complete && unreadable > 0)
+        outcome = outcome.arg(unreadable);
     // A lost line counts more than what came over it.
-    ShowMessage(!complete && portLost_ ? Text(Str::PortLost) : outcome.arg(dataSet->GetDatacount()));
+    ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
     RefreshCommands();
 }
 

@@ -49,10 +49,8 @@ QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
     QRect window = wanted;
     window.setWidth(std::clamp(window.width(), std::min(SmallestWindow, screen.width()), screen.width()));
     window.setHeight(std::clamp(window.height(), std::min(SmallestWindow, screen.height()), screen.height()));
-    if (found == screens.end()) {
-        window.moveLeft(std::clamp(window.left(), screen.left(), screen.right() + 1 - window.width()));
-        window.moveTop(std::clamp(window.top(), screen.top(), screen.bottom() + 1 - window.height()));
-    }
+    window.moveLeft(std::clamp(window.left(), screen.left(), screen.right() + 1 - window.width()));
+    window.moveTop(std::clamp(window.top(), screen.top(), screen.bottom() + 1 - window.height()));
     return window;
 }
 

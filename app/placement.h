@@ -20,8 +20,9 @@ struct Placement
     int state = WindowNormal;
 };
 
-/// Moves a window that lies off every screen (or whose title bar could not be grasped) onto the first
-/// one, and cuts what is larger than its screen. `screens` are the usable areas, the first one preferred.
+/// Moves a window wholly onto its screen, one that lies off every screen (or whose title bar could not be
+/// grasped) onto the first one, and cuts what is larger than its screen. `screens` are the usable areas, the
+/// first one preferred.
 QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens);
 
 /// The main window's placement between runs. A minimised window leaves the state kept last.

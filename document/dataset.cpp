@@ -58,6 +58,7 @@ void DataSet::OpenNew(int kind)
     SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
     table_.Clear();
     statistics_ = {};
+    unreadable_ = 0;
     saved_ = true;
     fileName_.clear();
     shared_->NewCount = NextNewNumber(shared_->NewCount);
@@ -94,6 +95,8 @@ bool DataSet::Count(const QString &data)
     const std::optional<float> value = ReadingNumber(data);
     if (value)
         statistics_.Add(*value, table_.Samples());
+    else if (IsValidReading(data))
+        ++unreadable_;
     return value.has_value();
 }
 

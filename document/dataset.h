@@ -112,6 +112,8 @@ class DataSet : public QObject, public DataSink
     void MarkSaved() { saved_ = true; }
     QString Caption() const { return caption_; }
     QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
+    /// Readings that are neither a number nor one of the texts for no value: noise.
+    int UnreadableCount() const { return unreadable_; }
     const Statistics &Calculation() const { return statistics_; }
     const TableModel &Table() const { return table_; }
     TableModel &Table() { return table_; }
@@ -145,6 +147,7 @@ class DataSet : public QObject, public DataSink
     std::array<QString, PanelCount> panels_;
     int progressMaximum_ = 0;
     int progressValue_ = 0;
+    int unreadable_ = 0;
     bool periodNone_ = true;
     bool saved_ = true;
 };

@@ -186,8 +186,8 @@ void Comm::Receive(const QByteArray &bytes)
     }
     if (!ReplyComplete())
         return;
-    qCDebug(lcLink).noquote() << state_->LastCommand << "->" << state_->RecvBuffer << "in"
-                              << sentAt_.nsecsElapsed() / 1000 << "us";
+    qCDebug(lcLink) << state_->LastCommand << "->" << state_->RecvBuffer << "in"
+                    << sentAt_.nsecsElapsed() / 1000 << "us";
     timeout_.SetEnabled(false);
     stale_ = owed_ > 0;
     if (stale_)

@@ -195,7 +195,8 @@ const char16_t *Lookup(Str id)
     case Str::DemoTitleSuffix:
         return u" \u2013 DEMO (simulated instrument)";
     case Str::PortNotOpen:
-        return u"The communications port is not open.";
+        return u"The communications port is not open.\r\n"
+               u"Choose Settings, Communications Port and press OK.";
     case Str::PortNotAssigned:
         return u"No device is assigned to port %1.";
     case Str::PortNotPlugged:
@@ -208,7 +209,8 @@ const char16_t *Lookup(Str id)
     case Str::PortBusy:
         return u"Another program is using %1.";
     case Str::PortLost:
-        return u"The connection to the instrument was lost.";
+        return u"The connection to the instrument was lost.\r\n"
+               u"Plug it in, then choose Settings, Communications Port and press OK.";
     case Str::PortPanelOpen:
         return u"Port %1: %2";
     case Str::PortPanelClosed:
@@ -235,6 +237,8 @@ const char16_t *Lookup(Str id)
         return u"Waiting for the link...";
     case Str::MemoryReceived:
         return u"%1 stored readings received.";
+    case Str::MemoryUnreadable:
+        return u"%1 stored readings received, %2 of them unreadable (noise on the line?).";
     case Str::MemoryEnded:
         return u"The download ended early: %1 of 50 stored readings received.";
     case Str::StatisticMax:

@@ -124,6 +124,7 @@ enum class Str : int {
     PortDeviceSimulated,
     WaitingForLink,
     MemoryReceived,
+    MemoryUnreadable,
     MemoryEnded,
     StatisticMax,
     StatisticMin,

@@ -1,3 +1,4 @@
+#include "resources/strings.h"
 #include "tests/support.h"
 
 #include <QSignalSpy>
@@ -248,7 +249,7 @@ void CommTest::ClosedPortFailsAtOnce()
     const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("H1"), 3));
     QVERIFY(exchange.Done());
     QVERIFY(!exchange.Value());
-    QCOMPARE(rig.state.ErrorMessage, QStringLiteral("The communications port is not open."));
+    QCOMPARE(rig.state.ErrorMessage, Text(Str::PortNotOpen));
 }
 
 void CommTest::HangUpEndsTheExchangeAndClosesThePort()
@@ -265,7 +266,7 @@ void CommTest::HangUpEndsTheExchangeAndClosesThePort()
     QVERIFY(!exchange.Value());
     QVERIFY(!rig.comm.IsOpen());
     QTRY_COMPARE(lost.count(), 1);
-    QCOMPARE(rig.state.ErrorMessage, QStringLiteral("The connection to the instrument was lost."));
+    QCOMPARE(rig.state.ErrorMessage, Text(Str::PortLost));
 
     // The same port works again when the cable is back.
     rig.server.PlugIn();

@@ -2,6 +2,7 @@
 #include "link/reply.h"
 #include "link/saverecord.h"
 #include "link/storeddata.h"
+#include "resources/strings.h"
 #include "tests/support.h"
 
 #include <algorithm>
@@ -106,7 +107,7 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows_data()
     QTest::addColumn<QString>("message"); // empty: none
     const QString timeout = QStringLiteral("Timeout error occurred.");
     const QString command = QStringLiteral("Command error occurred.");
-    const QString lost = QStringLiteral("The connection to the instrument was lost.");
+    const QString lost = Text(Str::PortLost);
     QTest::newRow("silent from the 13th command") << QByteArray("silent-from=13") << 10 << timeout;
     QTest::newRow("late once") << QByteArray("late=200,first=4") << 50 << QString();
     QTest::newRow("byte by byte") << QByteArray("byte-by-byte=1") << 50 << QString();
@@ -144,6 +145,7 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows()
     // Noise is kept as it came and never counts as a number.
     const Statistics &statistics = rig.data->Calculation();
     QVERIFY(statistics.validCount >= 2 && statistics.validCount < 50);
+    QVERIFY(rig.data->UnreadableCount() > 0);
     QVERIFY(!rig.data->Table().Cell(50, 2).isEmpty());
 }
 
@@ -200,7 +202,7 @@ void DownloadTest::HangUpHalfWayKeepsTheRows()
     QVERIFY(download.Finish());
     QVERIFY(!download.Value());
     QCOMPARE(rig.data->GetDatacount(), 7);
-    QCOMPARE(rig.prompts.warnings, QStringList(QStringLiteral("The connection to the instrument was lost.")));
+    QCOMPARE(rig.prompts.warnings, QStringList(Text(Str::PortLost)));
     QVERIFY(!rig.comm.IsOpen());
 }
 

@@ -1,6 +1,7 @@
 #include "app/messageprompts.h"
 #include "document/panelbar.h"
 #include "resources/icons.h"
+#include "resources/strings.h"
 #include "tests/program.h"
 
 #include <QApplication>
@@ -185,7 +186,7 @@ void WindowTest::UnplugHalfWayIsTold()
     SetFault(program.server, "hang-up=12");
     program.Action("Mdata")->trigger();
     QVERIFY(program.NoJobLeft());
-    QCOMPARE(prompts.warnings, QStringList(QStringLiteral("The connection to the instrument was lost.")));
+    QCOMPARE(prompts.warnings, QStringList(Text(Str::PortLost)));
     QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 9);
     QCOMPARE(program.Find<QLabel>("Port")->text(), QStringLiteral("Port 1: connection lost"));
 

@@ -2,6 +2,7 @@
 
 #include "document/frmdata.h"
 #include "document/panelbar.h"
+#include "resources/strings.h"
 #include "tools/stage.h"
 
 #include <QApplication>
@@ -305,7 +306,7 @@ void Tour::Unplugged(Stage &stage)
     stage.ClickTool(u"Mdata"_s);
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The message after unplugging"_s, box->text(),
-                u"The connection to the instrument was lost."_s);
+                Text(Str::PortLost).replace(u"\r\n"_s, u"\n"_s));
     RequirePort(stage, u"Port 1: connection lost"_s);
     camera_.Take(u"11a-unplugged-half-way"_s, {stage.window.get(), box});
     stage.Answer(box, QMessageBox::Ok);
