@@ -23,6 +23,30 @@ bool TakePortDevice(const QString &text, CommandLine *line)
     return true;
 }
 
+bool TakeDownload(const QCommandLineParser &parser, const QString &download, const QString &port,
+                  CommandLine *line)
+{
+    line->downloadTo = parser.value(download);
+    if (parser.isSet(download) && line->downloadTo.isEmpty())
+        line->error = QStringLiteral("--download takes the name of a file.");
+    else if (parser.isSet(download) && !line->files.isEmpty())
+        line->error =
+            QStringLiteral("--download opens no other file, so there is nothing to be done with \"%1\".")
+                .arg(line->files.constFirst());
+    else if (parser.isSet(port) && !parser.isSet(download))
+        line->error = QStringLiteral("--port goes with --download.");
+    if (!line->error.isEmpty() || !parser.isSet(port))
+        return line->error.isEmpty();
+    bool ok = false;
+    line->downloadPort = parser.value(port).toInt(&ok);
+    if (!ok || line->downloadPort < PortMap::First || line->downloadPort > PortMap::Last)
+        line->error =
+            QStringLiteral("--port takes a number from 1 to 16, not \"%1\".").arg(parser.value(port));
+    else if (line->demo && line->downloadPort != PortMap::First)
+        line->error = QStringLiteral("The simulated instrument stands on port 1.");
+    return line->error.isEmpty();
+}
+
 /// What the toolkit takes from the command line for itself, such as -platform or -style.
 QStringList WithoutToolkitOptions(const QStringList &arguments)
 {
@@ -68,7 +92,16 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         QStringLiteral("DIR"));
     const QCommandLineOption noSplash(QStringLiteral("no-splash"),
                                       QStringLiteral("Start without the splash window."));
-    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash});
+    const QCommandLineOption download(
+        QStringLiteral("download"),
+        QStringLiteral(
+            "Fetch the stored readings into this data file, without any window. The file is replaced."),
+        QStringLiteral("FILE.CSV"));
+    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("With --download: the port to use."),
+                                  QStringLiteral("N"));
+    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash, download, port});
+    parser.addPositionalArgument(QStringLiteral("FILE.CSV"), QStringLiteral("Data files to open."),
+                                 QStringLiteral("[FILE.CSV...]"));
 
     CommandLine line;
     if (!parser.parse(WithoutToolkitOptions(arguments))) {
@@ -85,14 +118,12 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         line.answer = Text(Str::ApplicationTitle) + u' ' + ProgramVersion() + u'\n';
         return line;
     }
-    if (!parser.positionalArguments().isEmpty()) {
-        line.error = QStringLiteral("There is nothing to be done with \"%1\".")
-                         .arg(parser.positionalArguments().constFirst());
-        return line;
-    }
     line.demo = parser.isSet(demo);
     line.splash = !parser.isSet(noSplash);
     line.dataFolder = parser.value(dataDir);
+    line.files = parser.positionalArguments();
+    if (!TakeDownload(parser, download.names().constFirst(), port.names().constFirst(), &line))
+        return line;
     const QStringList portDevices = parser.values(portDevice);
     for (const QString &text : portDevices) {
         if (!TakePortDevice(text, &line))

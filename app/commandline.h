@@ -15,6 +15,9 @@ struct CommandLine
     bool splash = true;
     QString dataFolder; ///< empty: the program chooses
     QList<std::pair<int, QString>> portDevices;
+    QStringList files;    ///< data files to open
+    QString downloadTo;   ///< data file to fetch the stored readings into, without any window; empty: no
+    int downloadPort = 0; ///< port number to use for that; 0: not said
 
     QString answer; ///< to be printed instead of starting: the help, the version
     QString error;  ///< why the command line cannot be used

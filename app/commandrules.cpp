@@ -67,14 +67,10 @@ CommandStates InitialButtons()
 bool IsAvailable(Command command)
 {
     switch (command) {
-    case Command::FileOpen:
-    case Command::FileSave:
-    case Command::FileSaveAs:
     case Command::FileForward:
     case Command::RealtimeStart:
     case Command::RealtimeStop:
     case Command::SetupInterval:
-    case Command::SetupGraph:
     case Command::ViewMoniter:
     case Command::ViewSource:
         return false;

@@ -1,5 +1,6 @@
 #include "app/demo.h"
 
+#include "app/commandline.h"
 #include "app/services.h"
 
 #ifdef Q_OS_UNIX
@@ -47,5 +48,12 @@ std::unique_ptr<Demo> Demo::Start(Services &, QString *error)
 }
 
 #endif
+
+std::unique_ptr<Demo> TakePorts(const CommandLine &line, Services &services, QString *error)
+{
+    for (const auto &[number, path] : line.portDevices)
+        services.ports.Fix(number, path);
+    return line.demo ? Demo::Start(services, error) : nullptr;
+}
 
 } // namespace px40

@@ -6,6 +6,7 @@
 
 namespace px40 {
 
+struct CommandLine;
 struct Services;
 
 /// The simulated instrument inside the program. Keep it as long as the port is used.
@@ -18,5 +19,9 @@ class Demo
 
     virtual ~Demo() = default;
 };
+
+/// Puts behind the ports what the command line says, the simulated instrument too. Keep what it gives as long
+/// as the ports are used; null without a simulated instrument. On failure the reason is in `error`.
+std::unique_ptr<Demo> TakePorts(const CommandLine &line, Services &services, QString *error);
 
 } // namespace px40

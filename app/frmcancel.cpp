@@ -1,9 +1,9 @@
 #include "app/frmcancel.h"
 
-#include "app/placement.h"
 #include "app/progressrules.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
+#include "platform/twips.h"
 #include "resources/strings.h"
 
 #include <QCloseEvent>

@@ -24,16 +24,6 @@ namespace px40 {
 
 namespace {
 
-/// The hourglass, for as long as it lives.
-class BusyCursor
-{
-  public:
-    BusyCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~BusyCursor() { QApplication::restoreOverrideCursor(); }
-    BusyCursor(const BusyCursor &) = delete;
-    BusyCursor &operator=(const BusyCursor &) = delete;
-};
-
 /// What of a message fits into the status bar.
 QString FirstLine(const QString &text)
 {
@@ -58,11 +48,14 @@ frmMain::frmMain(Services &services)
       frmCancel_(new frmCancel(
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
+      files_(
+          services.state, services.prompts, [this] { return OpenSets(); }, ShowHourglass),
       menuStates_(InitialMenus()), buttonStates_(InitialButtons())
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(ApplicationIcon());
     setCentralWidget(workspace_);
+    setAcceptDrops(true);
     BuildStatusBar();
     ConnectAll();
     ShowTitle();
@@ -201,6 +194,15 @@ void frmMain::ActivateAgain()
 void frmMain::Run(Command command)
 {
     switch (command) {
+    case Command::FileOpen:
+        services_->jobs.Launch(AskAndOpen(), "opening a file");
+        break;
+    case Command::FileSave:
+        mnuFileSave_Click();
+        break;
+    case Command::FileSaveAs:
+        services_->jobs.Launch(SaveActive(true), "saving under a new name");
+        break;
     case Command::FileClose:
         workspace_->closeActiveSubWindow();
         break;
@@ -217,6 +219,9 @@ void frmMain::Run(Command command)
     case Command::SetupCommport:
         services_->jobs.Launch(RunPortDialog(), "port dialog");
         break;
+    case Command::SetupGraph:
+        ShowGraphSetup();
+        break;
     case Command::ViewToolbar:
         actions_->MainBar()->setVisible(actions_->Item(command)->isChecked());
         actions_->SubBar()->setVisible(actions_->Item(command)->isChecked());
@@ -230,23 +235,6 @@ void frmMain::Run(Command command)
     default:
         break; // not available in this version
     }
-}
-
-std::shared_ptr<DataSet> frmMain::NewDataWindow(int kind)
-{
-    const BusyCursor busy;
-    auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
-    DataWindowServices windowServices;
-    windowServices.state = &services_->state;
-    windowServices.prompts = &services_->prompts;
-    windowServices.jobs = &services_->jobs;
-    auto *const window = new frmData(dataSet, windowServices);
-    workspace_->addSubWindow(window);
-    workspace_->Place(window);
-    dataSet->OpenNew(kind);
-    window->show();
-    OnWindowActivated();
-    return dataSet;
 }
 
 QCoro::Task<void> frmMain::ReceiveMemoryMode()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/commandrules.h"
+#include "app/filecommands.h"
 #include "document/dataset.h"
 #include "link/storeddata.h"
 #include "platform/timer.h"
@@ -8,10 +9,13 @@
 #include <QCoro/QCoroTask>
 #include <QMainWindow>
 #include <QPointer>
+#include <QStringList>
 
 #include <memory>
 
 class QCloseEvent;
+class QDragEnterEvent;
+class QDropEvent;
 class QEvent;
 class QLabel;
 class QMdiSubWindow;
@@ -41,6 +45,13 @@ class frmMain : public QMainWindow
     /// A new, empty data set of that kind in a window of its own.
     std::shared_ptr<DataSet> NewDataWindow(int kind);
 
+    /// Opens data files, each in a window of its own, and tells of those that cannot be read. A file that is
+    /// already open is passed over.
+    QCoro::Task<void> OpenFiles(QStringList names);
+
+    /// Saves the active data window.
+    void mnuFileSave_Click();
+
     /// Shows the port dialog; done when it is closed.
     QCoro::Task<void> RunPortDialog();
 
@@ -60,6 +71,8 @@ class frmMain : public QMainWindow
   protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
   private:
     void ConnectAll();
@@ -72,7 +85,13 @@ class frmMain : public QMainWindow
     void ActivateAgain();
     ShellSituation Situation() const;
     frmData *ActiveData() const;
+    QList<std::shared_ptr<DataSet>> OpenSets() const;
+    static void ShowHourglass(bool shown);
 
+    frmData *AddDataWindow(const std::shared_ptr<DataSet> &dataSet);
+    QCoro::Task<void> AskAndOpen();
+    QCoro::Task<void> SaveActive(bool underNewName);
+    void ShowGraphSetup();
     QCoro::Task<void> ReceiveMemoryMode();
     QCoro::Task<void> CloseAll();
     void Leave();
@@ -83,6 +102,7 @@ class frmMain : public QMainWindow
     MainActions *actions_;
     frmCancel *frmCancel_;
     StoredData storedData_;
+    FileCommands files_;
     CommandStates menuStates_;
     CommandStates buttonStates_;
     QPointer<QMdiSubWindow> activeBefore_;

@@ -1,24 +1,18 @@
 #include "app/commandline.h"
 #include "app/demo.h"
 #include "app/frmmain.h"
+#include "app/headless.h"
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
 #include "platform/singleinstance.h"
+#include "platform/terminal.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QApplication>
-#include <QDir>
-
-#include <cstdio>
 
 namespace {
-
-void Print(std::FILE *stream, const QString &text)
-{
-    std::fputs(text.toLocal8Bit().constData(), stream);
-}
 
 QStringList Arguments(int argc, char *argv[])
 {
@@ -34,7 +28,7 @@ int main(int argc, char *argv[])
 {
     using namespace px40;
 
-    // Help, version and mistakes need no display.
+    // Help, version, mistakes and a download into a file need no display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
     CommandLine line;
@@ -43,12 +37,16 @@ int main(int argc, char *argv[])
         line = ParseCommandLine(Arguments(argc, argv));
     }
     if (!line.error.isEmpty()) {
-        Print(stderr, line.error + u'\n' + Text(Str::UnusableCommandLine) + u'\n');
+        PrintError(line.error + u'\n' + Text(Str::UnusableCommandLine));
         return 2;
     }
     if (!line.answer.isEmpty()) {
-        Print(stdout, line.answer);
+        PrintLine(line.answer.trimmed());
         return 0;
+    }
+    if (!line.downloadTo.isEmpty()) {
+        const QCoreApplication application(argc, argv);
+        return RunDownload(line);
     }
 
     QApplication application(argc, argv);
@@ -59,28 +57,22 @@ int main(int argc, char *argv[])
     if (!instance.Acquire())
         return 0;
 
-    if (!line.dataFolder.isEmpty() && !QDir().mkpath(line.dataFolder)) {
-        Print(stderr, QStringLiteral("The folder \"%1\" cannot be made.\n").arg(line.dataFolder));
+    QString error;
+    const QString folder = DataFolder(line.dataFolder, &error);
+    if (!error.isEmpty()) {
+        PrintError(error);
         return 1;
     }
-    const QString folder = line.dataFolder.isEmpty() ? ChooseDataFolder(QApplication::applicationDirPath())
-                                                     : QDir(line.dataFolder).absolutePath();
     MessagePrompts prompts;
     Services services(UserStore(title), PathsIn(folder), prompts);
-    std::unique_ptr<Demo> demo;
-    for (const auto &[number, path] : line.portDevices)
-        services.ports.Fix(number, path);
-    if (line.demo) {
-        QString error;
-        demo = Demo::Start(services, &error);
-        if (!demo) {
-            Print(stderr, error + u'\n');
-            return 1;
-        }
+    const std::unique_ptr<Demo> demo = TakePorts(line, services, &error);
+    if (!error.isEmpty()) {
+        PrintError(error);
+        return 1;
     }
 
     frmMain window(services);
     QObject::connect(&window, &frmMain::left, &application, &QApplication::quit);
-    services.jobs.Launch(RunStartup(&services, &window, line.splash), "start-up");
+    services.jobs.Launch(RunStartup(&services, &window, line.splash, line.files), "start-up");
     return QApplication::exec();
 }

@@ -1,11 +1,15 @@
 #include "app/messageprompts.h"
 
+#include "app/filedialog.h"
 #include "resources/strings.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 
 namespace px40 {
 
@@ -57,6 +61,12 @@ QPushButton *AddButton(QMessageBox *box, QMessageBox::StandardButton button, Str
     return added;
 }
 
+/// What is wrong with a file or folder, and which one.
+QString About(Str text, const QString &path)
+{
+    return Text(text) + QStringLiteral("\r\n") + QDir::toNativeSeparators(path);
+}
+
 } // namespace
 
 QCoro::Task<void> MessagePrompts::Warn(QString text)
@@ -67,15 +77,14 @@ QCoro::Task<void> MessagePrompts::Warn(QString text)
     co_await closed;
 }
 
-QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon, bool offerYes)
+QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon)
 {
     QMessageBox *const box =
         MakeBox(icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning, text);
     QPushButton *const yes = AddButton(box, QMessageBox::Yes, Str::Yes);
-    yes->setEnabled(offerYes);
     AddButton(box, QMessageBox::No, Str::No);
     QPushButton *const cancel = AddButton(box, QMessageBox::Cancel, Str::Cancel);
-    box->setDefaultButton(offerYes ? yes : cancel);
+    box->setDefaultButton(yes);
     box->setEscapeButton(cancel);
     const OneShot<int> closed = Open(box);
     const int button = co_await closed;
@@ -98,12 +107,108 @@ OneShot<int> MessagePrompts::Open(QMessageBox *box)
     return closed;
 }
 
+QCoro::Task<bool> MessagePrompts::AskReplace(QString name)
+{
+    QMessageBox *const box = MakeBox(QMessageBox::Warning, About(Str::FileReplace, name));
+    AddButton(box, QMessageBox::Yes, Str::Yes);
+    QPushButton *const no = AddButton(box, QMessageBox::No, Str::No);
+    box->setDefaultButton(no);
+    box->setEscapeButton(no);
+    const OneShot<int> closed = Open(box);
+    const int button = co_await closed;
+    co_return button == QMessageBox::Yes;
+}
+
+QCoro::Task<QString> MessagePrompts::AskOpenFile(QString filter)
+{
+    const QPointer<FileDialog> dialog = new FileDialog(QFileDialog::AcceptOpen, Folder(), filter, Foremost());
+    QString name;
+    bool asking = true;
+    while (asking) {
+        const OneShot<QString> choice = Choose(dialog);
+        name = co_await choice;
+        asking = dialog && !name.isEmpty() && !QFileInfo::exists(name);
+        if (asking)
+            co_await Warn(About(Str::FileNotThere, name));
+        if (!dialog)
+            co_return QString();
+    }
+    Finish(dialog, name);
+    co_return name;
+}
+
+QCoro::Task<QString> MessagePrompts::AskSaveFile(QString name, QString filter, QString suffix)
+{
+    const QPointer<FileDialog> dialog = new FileDialog(QFileDialog::AcceptSave, Folder(), filter, Foremost());
+    dialog->SetSuffix(suffix);
+    dialog->Propose(name);
+    QString chosen;
+    bool asking = true;
+    while (asking) {
+        const OneShot<QString> choice = Choose(dialog);
+        chosen = co_await choice;
+        bool usable = true;
+        if (dialog && !chosen.isEmpty())
+            usable = co_await MaySaveAs(chosen);
+        if (!dialog)
+            co_return QString();
+        asking = !usable;
+    }
+    Finish(dialog, chosen);
+    co_return chosen;
+}
+
+QCoro::Task<bool> MessagePrompts::MaySaveAs(QString name)
+{
+    const QFileInfo file(name);
+    bool usable = true;
+    if (!QFileInfo(file.absolutePath()).isDir()) {
+        usable = false;
+        co_await Warn(About(Str::FolderNotThere, file.absolutePath()));
+    } else if (file.exists()) {
+        usable = co_await AskReplace(name);
+    }
+    co_return usable;
+}
+
+QString MessagePrompts::Folder() const
+{
+    for (const QString &folder :
+         {folder_, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)}) {
+        if (!folder.isEmpty() && QFileInfo(folder).isDir())
+            return folder;
+    }
+    return QDir::homePath();
+}
+
+OneShot<QString> MessagePrompts::Choose(FileDialog *dialog)
+{
+    if (dismissed_) {
+        OneShot<QString> cancelled;
+        QObject::connect(dialog, &QObject::destroyed, [cancelled] { cancelled.Complete(QString()); });
+        dialog->deleteLater();
+        return cancelled;
+    }
+    open_.removeAll(nullptr);
+    if (!open_.contains(dialog))
+        open_.append(dialog);
+    return dialog->Choose();
+}
+
+void MessagePrompts::Finish(FileDialog *dialog, const QString &name)
+{
+    if (!name.isEmpty())
+        folder_ = QFileInfo(name).absolutePath();
+    dialog->hide();
+    dialog->deleteLater();
+}
+
 void MessagePrompts::DismissAll()
 {
     dismissed_ = true;
-    for (const QPointer<QMessageBox> &box : std::as_const(open_)) {
-        if (box)
-            box->close();
+    for (const QPointer<QDialog> &dialog : std::as_const(open_)) {
+        if (dialog)
+            dialog->close();
     }
 }
 

@@ -6,22 +6,37 @@
 #include <QList>
 #include <QPointer>
 
+class QDialog;
 class QMessageBox;
 
 namespace px40 {
 
-/// Asks with the toolkit's message boxes, modal over the whole program, without a nested event loop.
+class FileDialog;
+
+/// Asks with the toolkit's message boxes and file dialogs, modal over the whole program, without a nested
+/// event loop. File dialogs open in the folder of the file chosen last in this run.
 class MessagePrompts : public Prompts
 {
   public:
     QCoro::Task<void> Warn(QString text) override;
-    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<QString> AskOpenFile(QString filter) override;
+    QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override;
 
   private:
     OneShot<int> Open(QMessageBox *box);
+    QCoro::Task<bool> AskReplace(QString name);
+    /// Whether a file can be saved under that name as things stand, asking or telling the user.
+    QCoro::Task<bool> MaySaveAs(QString name);
+    /// The folder in which the next file dialog is to open.
+    QString Folder() const;
+    OneShot<QString> Choose(FileDialog *dialog);
+    /// Ends a file dialog; `name`, if there is one, is its answer.
+    void Finish(FileDialog *dialog, const QString &name);
 
-    QList<QPointer<QMessageBox>> open_;
+    QList<QPointer<QDialog>> open_;
+    QString folder_; ///< of the file chosen last
     bool dismissed_ = false;
 };
 

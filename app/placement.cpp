@@ -1,5 +1,6 @@
 #include "app/placement.h"
 
+#include "platform/twips.h"
 #include "platform/userstore.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@ namespace px40 {
 
 namespace {
 
-constexpr double TwipsPerInch = 1440.0;
 constexpr int SmallestWindow = 200;
 constexpr int TitleBarHeight = 32;
 constexpr int GraspableWidth = 80;
@@ -27,17 +27,6 @@ bool CanBeGrasped(const QRect &window, const QRect &screen)
 }
 
 } // namespace
-
-int TwipsToPixels(double twips, double dotsPerInch)
-{
-    constexpr double Furthest = 1e6; // a broken setting must not overflow a coordinate
-    return static_cast<int>(std::lround(std::clamp(twips * dotsPerInch / TwipsPerInch, -Furthest, Furthest)));
-}
-
-int PixelsToTwips(int pixels, double dotsPerInch)
-{
-    return static_cast<int>(std::lround(pixels * TwipsPerInch / dotsPerInch));
-}
 
 QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
 {

@@ -7,10 +7,6 @@ namespace px40 {
 
 class UserStore;
 
-/// Lengths of windows are kept in twips, 1/1440 inch, of which a pixel takes 1440 / logical dots per inch.
-int TwipsToPixels(double twips, double dotsPerInch);
-int PixelsToTwips(int pixels, double dotsPerInch);
-
 /// The window states as they are kept.
 enum WindowStateCode : int { WindowNormal = 0, WindowMinimised = 1, WindowMaximised = 2 };
 

@@ -23,6 +23,7 @@ struct Services
         : store(std::move(userStore)), settings(paths), prompts(userPrompts), ports(store), gate(state),
           comm(state, ports, prompts, replyTimeoutMs)
     {
+        shared.WorkPath = paths.WorkPath;
     }
 
     UserStore store;

@@ -1,7 +1,9 @@
 #include "app/settings.h"
 
 #include "platform/portmap.h"
+#include "resources/strings.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -57,6 +59,16 @@ QString ChooseDataFolder(const QString &programFolder)
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
     QDir().mkpath(folder);
     return folder;
+}
+
+QString DataFolder(const QString &wanted, QString *error)
+{
+    if (wanted.isEmpty())
+        return ChooseDataFolder(QCoreApplication::applicationDirPath());
+    if (QDir().mkpath(wanted))
+        return QDir(wanted).absolutePath();
+    *error = Text(Str::FolderNotMade).arg(wanted);
+    return QString();
 }
 
 void Settings::ReadFile()

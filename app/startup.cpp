@@ -12,7 +12,7 @@ namespace {
 constexpr int CheckIntervalMs = 1000;
 }
 
-QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash)
+QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, QStringList files)
 {
     services->settings.ReadFile();
     // The simulated instrument stands on port 1 whatever the settings say.
@@ -34,6 +34,7 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash)
         co_await card->Wait();
         card.reset();
     }
+    co_await window->OpenFiles(files);
     if (services->leaving)
         co_return;
 

@@ -15,7 +15,7 @@ QCoro::Task<void> LoggedPrompts::Warn(QString text)
     co_return;
 }
 
-QCoro::Task<Answer> LoggedPrompts::AskYesNoCancel(QString text, PromptIcon, bool)
+QCoro::Task<Answer> LoggedPrompts::AskYesNoCancel(QString text, PromptIcon)
 {
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
     co_return Answer::No;

@@ -26,7 +26,9 @@ class LoggedPrompts : public Prompts
 {
   public:
     QCoro::Task<void> Warn(QString text) override;
-    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
+    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
     void DismissAll() override {}
 };
 

@@ -1,5 +1,6 @@
 #include "document/dataset.h"
 
+#include "document/numbers.h"
 #include "link/linkstate.h"
 #include "resources/strings.h"
 
@@ -13,11 +14,6 @@ namespace {
 QString Bracketed(const QString &heading, const QString &text)
 {
     return heading + QStringLiteral("[ ") + text + QStringLiteral(" ]");
-}
-
-QString BooleanText(bool value)
-{
-    return value ? QStringLiteral("True") : QStringLiteral("False");
 }
 
 int NextNewNumber(int last)
@@ -42,12 +38,17 @@ DataSet::DataSet(LinkState &state, DocumentShared &shared)
 {
 }
 
-void DataSet::OpenNew(int kind)
+void DataSet::SetKind(int kind)
 {
     kind_ = QString::number(kind);
     SetPanel(Panel::Label, Text(kind == KindMemory     ? Str::MemoryModeData
                                 : kind == KindRealtime ? Str::RealtimeData
                                                        : Str::SaveModeData));
+}
+
+void DataSet::OpenNew(int kind)
+{
+    SetKind(kind);
     if (kind == KindRealtime) {
         SetInterval({QStringLiteral("00"), QStringLiteral("00"), QStringLiteral("00"), QStringLiteral("05")});
         SetPeriod(true, {});
@@ -57,8 +58,7 @@ void DataSet::OpenNew(int kind)
     SetAxisX(true, 1, 1);
     SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
     table_.Clear();
-    statistics_ = {};
-    unreadable_ = 0;
+    readings_ = {};
     saved_ = true;
     fileName_.clear();
     shared_->NewCount = NextNewNumber(shared_->NewCount);
@@ -90,21 +90,13 @@ void DataSet::Append(const QString &time, const QString &data, const QString &me
     saved_ = false;
 }
 
-bool DataSet::Count(const QString &data)
-{
-    const std::optional<float> value = ReadingNumber(data);
-    if (value)
-        statistics_.Add(*value, table_.Samples());
-    else if (IsValidReading(data))
-        ++unreadable_;
-    return value.has_value();
-}
-
 void DataSet::AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
                       const QString &srcMeas)
 {
     Append(time, data, meas, srcData, srcMeas);
-    Count(data);
+    const std::optional<float> value = ReadingNumber(data);
+    readings_.unreadable += !value && IsValidReading(data) ? 1 : 0;
+    readings_.Count(value, table_.Samples());
 }
 
 void DataSet::AddRealtimedata(const QString &time, const QString &data, const QString &meas,
@@ -115,14 +107,17 @@ void DataSet::AddRealtimedata(const QString &time, const QString &data, const QS
     progressValue_ = std::min(progressValue_ + 1, progressMaximum_);
     Q_EMIT progressChanged();
     Q_EMIT sampleFollowed(table_.Samples());
-    if (valid && Count(data))
+    const std::optional<float> value = valid ? ReadingNumber(data) : std::nullopt;
+    readings_.unreadable += valid && !value && IsValidReading(data) ? 1 : 0;
+    readings_.Count(value, table_.Samples());
+    if (value)
         DispCalculation();
     Q_EMIT graphChanged();
 }
 
 void DataSet::DispCalculation()
 {
-    if (statistics_.validCount == 0)
+    if (readings_.statistics.validCount == 0)
         return;
     SetPanel(Panel::Max, GetDispmax(true));
     SetPanel(Panel::Min, GetDispmin(true));
@@ -209,6 +204,12 @@ void DataSet::CancelXauto()
 void DataSet::PaintGraphtop()
 {
     scroll_.ToTop(table_.Samples(), graph_.count);
+    Q_EMIT graphChanged();
+}
+
+void DataSet::ScrollTo(int value)
+{
+    scroll_.value = std::clamp(value, 0, scroll_.maximum);
     Q_EMIT graphChanged();
 }
 

@@ -2,8 +2,9 @@
 
 #include "document/duration.h"
 #include "document/graphsettings.h"
-#include "document/statistics.h"
+#include "document/readings.h"
 #include "document/tablemodel.h"
+#include "document/windowshape.h"
 #include "link/datasink.h"
 
 #include <QObject>
@@ -13,6 +14,7 @@
 
 namespace px40 {
 
+struct DataFile;
 struct LinkState;
 
 /// What all data sets of the program share; owned by the application.
@@ -20,6 +22,7 @@ struct DocumentShared
 {
     int NewCount = 0;           ///< number of the last new data set of this run
     bool MemoryNumbers = false; ///< data sets made now head their second column as a memory number
+    QString WorkPath;           ///< the work file through which data files are read and written
 };
 
 /// Where a data set came from.
@@ -54,6 +57,14 @@ class DataSet : public QObject, public DataSink
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
 
+    /// Makes this, which must be as just made, the data set of a data file. False with the reason in the
+    /// link's `ErrorMessage`; the data set is then of no use.
+    bool OpenFile(const QString &name);
+
+    /// Writes the data set to a file, through the work file. False with the reason in the link's
+    /// `ErrorMessage`; the user's file is then as it was, and the data set stays unsaved.
+    bool SaveFile(const QString &name);
+
     bool AddGridrow() override;
     void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
                  const QString &srcMeas) override;
@@ -69,9 +80,9 @@ class DataSet : public QObject, public DataSink
     /// Shows maximum, minimum and average; without a valid reading the panels keep what they show.
     void DispCalculation() override;
     /// The maximum as "TIME[ … ]   DATA[ … ]   MODE[ … ]", with `number` the sample number first.
-    QString GetDispmax(bool number) const { return ExtremeText(statistics_.maxRow, number); }
-    QString GetDispmin(bool number) const { return ExtremeText(statistics_.minRow, number); }
-    QString GetDispavg() const { return statistics_.AverageText(); }
+    QString GetDispmax(bool number) const { return ExtremeText(readings_.statistics.maxRow, number); }
+    QString GetDispmin(bool number) const { return ExtremeText(readings_.statistics.minRow, number); }
+    QString GetDispavg() const { return readings_.statistics.AverageText(); }
 
     void SetInterval(const Duration &interval);
     Duration GetInterval() const { return interval_; }
@@ -98,7 +109,14 @@ class DataSet : public QObject, public DataSink
     /// Back to the first sample.
     void PaintGraphtop() override;
     const GraphSettings &Graph() const { return graph_; }
+    const GraphSeries &Series() const { return readings_.series; }
     const GraphScroll &Scroll() const { return scroll_; }
+    /// The graph shows the samples behind `value`, from 0 to the scroll's maximum.
+    void ScrollTo(int value);
+
+    /// The window that shows the data set keeps this up to date.
+    const WindowShape &Shape() const { return shape_; }
+    void SetShape(const WindowShape &shape) { shape_ = shape; }
 
     /// Progress from 0 to `maximum`.
     void IniProgress(int maximum);
@@ -113,8 +131,8 @@ class DataSet : public QObject, public DataSink
     QString Caption() const { return caption_; }
     QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
     /// Readings that are neither a number nor one of the texts for no value: noise.
-    int UnreadableCount() const { return unreadable_; }
-    const Statistics &Calculation() const { return statistics_; }
+    int UnreadableCount() const { return readings_.unreadable; }
+    const Statistics &Calculation() const { return readings_.statistics; }
     const TableModel &Table() const { return table_; }
     TableModel &Table() { return table_; }
 
@@ -124,21 +142,24 @@ class DataSet : public QObject, public DataSink
     void gridShown(bool shown);
     void sampleFollowed(int sample); ///< the view is to follow this new sample (1-based)
     void progressChanged();
-    void graphChanged();
+    void graphChanged(); ///< settings, scroll or points: at most one repaint for however many of these
 
   private:
     void SetPanel(Panel panel, const QString &text);
     QString ExtremeText(qint32 sample, bool number) const;
     void Append(const QString &time, const QString &data, const QString &meas, const QString &srcData,
                 const QString &srcMeas);
-    bool Count(const QString &data);
+    void SetKind(int kind);
+    void Adopt(DataFile &&file);
+    void Keep(const QString &name);
 
     LinkState *state_;
     DocumentShared *shared_;
     TableModel table_;
-    Statistics statistics_;
+    Readings readings_;
     GraphSettings graph_;
     GraphScroll scroll_;
+    WindowShape shape_;
     QString fileName_;
     QString kind_;
     QString caption_;
@@ -147,7 +168,6 @@ class DataSet : public QObject, public DataSink
     std::array<QString, PanelCount> panels_;
     int progressMaximum_ = 0;
     int progressValue_ = 0;
-    int unreadable_ = 0;
     bool periodNone_ = true;
     bool saved_ = true;
 };

@@ -29,4 +29,8 @@ inline qint32 DurationSeconds(const Duration &duration)
            duration.Sec.toInt();
 }
 
+/// True for whole numbers of 0 to 99 days, 0 to 23 hours, 0 to 59 minutes and 0 to 59 seconds that are not
+/// all 0. With `normalise` the texts of a valid duration are written again with two digits at least.
+bool ValidateDuration(Duration *duration, bool normalise);
+
 } // namespace px40

@@ -1,23 +1,31 @@
 #include "document/frmdata.h"
 
+#include "document/chart.h"
+#include "document/datasaver.h"
+#include "document/datatable.h"
+#include "document/graphexport.h"
+#include "document/graphpane.h"
 #include "document/panelbar.h"
 #include "link/linkstate.h"
 #include "platform/jobs.h"
 #include "platform/prompts.h"
+#include "platform/twips.h"
 #include "resources/strings.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QCloseEvent>
+#include <QFileInfo>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QMdiArea>
 #include <QMenu>
+#include <QMimeData>
 #include <QProgressBar>
-#include <QTableView>
+#include <QSplitter>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <array>
-#include <numeric>
 
 namespace px40 {
 
@@ -37,7 +45,8 @@ constexpr int FirstColumnWidth = 38;
 constexpr int FirstCaptionWidth = 9;
 constexpr int CaptionWidth = 5;
 constexpr int RoomyWidth = 120; // shows the longest text of a panel
-constexpr int RoomyRows = 12;
+constexpr int RoomyRows = 8;
+constexpr int RoomyGraphRows = 9; // as high as so many rows
 
 constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::Label, 0, u"Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
@@ -48,66 +57,6 @@ constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::Avg, 2, u"Avg", Str::StatisticAvg, CaptionWidth, 0},
     {Panel::X, 2, u"X", Str::LabelXAxis, 0, 24},
 }};
-
-/// Columns in characters; where there is more room they share it in these proportions.
-constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
-
-/// Fills its width with the columns until the user gives one of them a width of its own.
-class DataTable : public QTableView
-{
-  public:
-    explicit DataTable(QWidget *parent) : QTableView(parent)
-    {
-        connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
-            if (!sharing_ && column != TableModel::Columns - 1) // the last one stretches by itself
-                widthsChosen_ = true;
-        });
-    }
-
-    void ShareWidth()
-    {
-        if (widthsChosen_ || !model())
-            return;
-        sharing_ = true;
-        const int total = std::reduce(ColumnWidths.begin(), ColumnWidths.end());
-        const int room = std::max(viewport()->width(), total * fontMetrics().averageCharWidth());
-        for (int column = 0; column < TableModel::Columns; ++column)
-            setColumnWidth(column, room * ColumnWidths.at(static_cast<std::size_t>(column)) / total);
-        sharing_ = false;
-    }
-
-  protected:
-    void resizeEvent(QResizeEvent *event) override
-    {
-        ShareWidth(); // first, or a scroll bar flashes up when the window gets narrower
-        QTableView::resizeEvent(event);
-    }
-
-  private:
-    bool sharing_ = false;
-    bool widthsChosen_ = false;
-};
-
-QTableView *MakeTable(TableModel *model, QWidget *parent)
-{
-    auto *const table = new DataTable(parent);
-    table->setObjectName(QStringLiteral("fgData"));
-    table->setModel(model);
-    table->setAlternatingRowColors(true);
-    table->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    table->setWordWrap(false);
-    table->setTabKeyNavigation(false);
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
-    table->horizontalHeader()->setHighlightSections(false);
-    table->horizontalHeader()->setStretchLastSection(true); // what the rounding leaves, or the user
-    table->ShareWidth();
-    QSizePolicy policy = table->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    table->setSizePolicy(policy);
-    return table;
-}
 
 } // namespace
 
@@ -156,8 +105,7 @@ QWidget *frmData::BuildContent()
     auto *const column = new QVBoxLayout(content);
     column->setContentsMargins(6, 6, 6, 6);
     column->setSpacing(4);
-    fgData_ = MakeTable(&data_->Table(), content);
-    column->addWidget(fgData_, 1);
+    column->addWidget(BuildViews(content), 1);
 
     pbData_ = new QProgressBar(content);
     pbData_->setObjectName(QStringLiteral("pbData"));
@@ -176,12 +124,54 @@ QWidget *frmData::BuildContent()
     return content;
 }
 
+/// Table and graph above each other; the border between them can be moved.
+QWidget *frmData::BuildViews(QWidget *parent)
+{
+    auto *const views = new QSplitter(Qt::Vertical, parent);
+    views->setChildrenCollapsible(false);
+    views->setHandleWidth(6);
+    auto *const place = new QWidget(views); // keeps its room while the table is hidden
+    auto *const layout = new QVBoxLayout(place);
+    layout->setContentsMargins(0, 0, 0, 0);
+    fgData_ = new DataTable(&data_->Table(), place);
+    fgData_->setMinimumHeight(fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth() +
+                              2 * fgData_->verticalHeader()->defaultSectionSize());
+    layout->addWidget(fgData_);
+    place->setMinimumHeight(fgData_->minimumHeight());
+    graph_ = new GraphPane(data_.get(), views);
+    connect(graph_->Graph(), &Chart::copyRequested, this, &frmData::CopyGraph);
+    connect(graph_->Graph(), &Chart::saveAsRequested, this,
+            [this] { services_.jobs->Launch(SaveGraph(this), "saving a graph"); });
+    views->setStretchFactor(0, RoomyRows);
+    views->setStretchFactor(1, RoomyGraphRows);
+    return views;
+}
+
 QSize frmData::RoomySize() const
 {
-    const int table = fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth() +
-                      RoomyRows * fgData_->verticalHeader()->defaultSectionSize();
+    const int row = fgData_->verticalHeader()->defaultSectionSize();
+    const int table = fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth();
     return {RoomyWidth * fontMetrics().averageCharWidth(),
-            sizeHint().height() - fgData_->sizeHint().height() + table};
+            sizeHint().height() - fgData_->sizeHint().height() - graph_->sizeHint().height() + table +
+                (RoomyRows + RoomyGraphRows) * row};
+}
+
+void frmData::TakeShape()
+{
+    const WindowShape shape = data_->Shape();
+    const QSize size(TwipsToPixels(shape.width, logicalDpiX()), TwipsToPixels(shape.height, logicalDpiY()));
+    normalSize_ = size.expandedTo(minimumSizeHint());
+    resize(normalSize_);
+    if (shape.state == WindowShape::Maximised)
+        setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+/// A minimised window is kept as a normal one.
+void frmData::KeepShape()
+{
+    data_->SetShape({PixelsToTwips(normalSize_.width(), logicalDpiX()),
+                     PixelsToTwips(normalSize_.height(), logicalDpiY()),
+                     isMaximized() ? WindowShape::Maximised : WindowShape::Normal});
 }
 
 void frmData::ShowPanel(Panel panel, const QString &text)
@@ -219,6 +209,14 @@ void frmData::resizeEvent(QResizeEvent *event)
     QMdiSubWindow::resizeEvent(event);
     if (!isMinimized() && !isMaximized() && !isShaded())
         normalSize_ = size();
+    KeepShape();
+}
+
+void frmData::changeEvent(QEvent *event)
+{
+    QMdiSubWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange)
+        KeepShape();
 }
 
 void frmData::closeEvent(QCloseEvent *event)
@@ -256,10 +254,45 @@ QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
     if (window->mdiArea())
         window->mdiArea()->setActiveSubWindow(window);
     const QString question = Text(Str::AskSaveChanges) + QStringLiteral("\r\n") + window->windowTitle();
-    // Nothing saves a data set yet, so Yes is not offered.
+    DataSaver *const saver = window->services_.saver;
+    const std::shared_ptr<DataSet> set = window->data_;
     const Answer answer =
-        co_await window->services_.prompts->AskYesNoCancel(question, PromptIcon::Exclamation, false);
-    co_return answer == Answer::No;
+        co_await window->services_.prompts->AskYesNoCancel(question, PromptIcon::Exclamation);
+    if (answer != Answer::Yes)
+        co_return answer == Answer::No;
+    co_await saver->Save(set);
+    co_return set->Saved();
+}
+
+void frmData::CopyGraph()
+{
+    QGuiApplication::clipboard()->setMimeData(GraphMimeData(*graph_->Graph(), GraphCaption()).release());
+}
+
+QString frmData::GraphCaption() const
+{
+    return QFileInfo(windowTitle()).fileName();
+}
+
+QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
+{
+    Prompts *const prompts = window->services_.prompts;
+    const QFileInfo file(window->data_->GetFilename());
+    const QString proposal =
+        file.fileName().isEmpty() ? window->windowTitle() : file.path() + u'/' + file.completeBaseName();
+    QStringList filters;
+    for (const auto &[name, suffix] :
+         {std::pair(Str::GraphFilePng, "png"), std::pair(Str::GraphFileSvg, "svg"),
+          std::pair(Str::GraphFilePdf, "pdf")})
+        filters << Text(name) + QStringLiteral(" (*.") + QString::fromLatin1(suffix) + u')';
+    const QString filter = filters.join(QStringLiteral(";;"));
+    const QString name = co_await prompts->AskSaveFile(proposal, filter, QStringLiteral("png"));
+    if (name.isEmpty() || !window)
+        co_return;
+    QString error;
+    if (WriteGraphFile(*window->graph_->Graph(), name, &error, window->GraphCaption()))
+        co_return;
+    co_await prompts->Warn(error + QStringLiteral("\r\n") + name);
 }
 
 } // namespace px40

@@ -12,10 +12,12 @@
 class QCloseEvent;
 class QProgressBar;
 class QResizeEvent;
-class QTableView;
 
 namespace px40 {
 
+class DataSaver;
+class DataTable;
+class GraphPane;
 class Jobs;
 class PanelBar;
 class Prompts;
@@ -27,11 +29,13 @@ struct DataWindowServices
     LinkState *state = nullptr;
     Prompts *prompts = nullptr;
     Jobs *jobs = nullptr;
+    DataSaver *saver = nullptr;
 };
 
-/// A child window that shows one data set: table, statistics and settings, progress.
+/// A child window that shows one data set: table, graph, statistics and settings, progress.
 ///
-/// It closes only while the link allows it and asks about unsaved readings first.
+/// It closes only while the link allows it and asks about unsaved readings first. The data set always knows
+/// its size and state.
 class frmData : public QMdiSubWindow
 {
     Q_OBJECT
@@ -42,8 +46,8 @@ class frmData : public QMdiSubWindow
 
     const std::shared_ptr<DataSet> &Data() const { return data_; }
 
-    /// Size in the normal state (neither minimised nor maximised), outer frame included, in pixels.
-    QSize NormalSize() const { return normalSize_; }
+    /// Takes size and state from the data set, as its file had them.
+    void TakeShape();
 
     /// Asks about unsaved readings, if there are any; true when the window may go, and the caller then lets
     /// it go. The link's part in that is the caller's.
@@ -52,10 +56,13 @@ class frmData : public QMdiSubWindow
   protected:
     void closeEvent(QCloseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
   private:
     static QCoro::Task<void> AskAndClose(QPointer<frmData> window);
+    static QCoro::Task<void> SaveGraph(QPointer<frmData> window);
     QWidget *BuildContent();
+    QWidget *BuildViews(QWidget *parent);
     void LeaveShortcutsToTheMenus();
     /// The size in which every text and a good number of rows are seen, outer frame included.
     QSize RoomySize() const;
@@ -63,15 +70,19 @@ class frmData : public QMdiSubWindow
     void SelectFirst();
     void FollowSample(int sample);
     void ShowProgress();
+    void KeepShape();
+    void CopyGraph();
+    QString GraphCaption() const;
 
     std::shared_ptr<DataSet> data_;
     DataWindowServices services_;
-    QTableView *fgData_ = nullptr;
+    DataTable *fgData_ = nullptr;
+    GraphPane *graph_ = nullptr;
     QProgressBar *pbData_ = nullptr;
     PanelBar *stBar1_ = nullptr;
     PanelBar *stBar2_ = nullptr;
     PanelBar *stBar3_ = nullptr;
-    QSize normalSize_;
+    QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
     bool asking_ = false;
 };
 

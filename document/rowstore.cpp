@@ -63,7 +63,46 @@ void RowStore::Append(const Row &row)
         end += length;
     }
 
-    const auto size = static_cast<std::size_t>(end - record);
+    Keep(record, static_cast<std::size_t>(end - record));
+}
+
+void RowStore::AppendLatin1(const Bytes &row)
+{
+    std::array<char, 512> small;
+    QByteArray large;
+    std::size_t worst = 0;
+    for (const std::string_view text : row)
+        worst += MaxLengthBytes + 2 * text.size();
+    char *record = small.data();
+    if (worst > small.size()) {
+        large.resize(static_cast<qsizetype>(worst));
+        record = large.data();
+    }
+
+    char *end = record;
+    for (const std::string_view text : row) {
+        const auto wide = static_cast<std::size_t>(
+            std::count_if(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) < 0; }));
+        end = PutLength(end, text.size() + wide);
+        if (wide == 0) {
+            end = std::copy(text.begin(), text.end(), end);
+            continue;
+        }
+        for (const char character : text) {
+            const auto byte = static_cast<unsigned char>(character);
+            if (byte >= 0x80) {
+                *end++ = static_cast<char>(0xC0 | byte >> 6);
+                *end++ = static_cast<char>(0x80 | (byte & 0x3F));
+            } else {
+                *end++ = character;
+            }
+        }
+    }
+    Keep(record, static_cast<std::size_t>(end - record));
+}
+
+void RowStore::Keep(const char *record, std::size_t size)
+{
     char *const to = Reserve(size);
     Chunk &chunk = chunks_.back();
     places_.push_back(Place{static_cast<quint32>(chunks_.size() - 1), static_cast<quint32>(chunk.used)});
@@ -82,21 +121,24 @@ char *RowStore::Reserve(std::size_t size)
     return chunks_.back().bytes.get() + chunks_.back().used;
 }
 
-QString RowStore::Cell(qsizetype row, int text) const
+RowStore::Bytes RowStore::Utf8(qsizetype row) const
 {
     const Place place = places_[static_cast<std::size_t>(row)];
     const char *at = chunks_[place.chunk].bytes.get() + place.offset;
-    std::size_t length = 0;
-    at = TakeLength(at, &length);
-    for (int i = 0; i < text; ++i)
-        at = TakeLength(at + length, &length);
-    return QString::fromUtf8(at, static_cast<qsizetype>(length));
+    Bytes texts;
+    for (std::string_view &text : texts) {
+        std::size_t length = 0;
+        at = TakeLength(at, &length);
+        text = {at, length};
+        at += length;
+    }
+    return texts;
 }
 
-void RowStore::Clear()
+QString RowStore::Cell(qsizetype row, int text) const
 {
-    places_.clear();
-    chunks_.clear();
+    const std::string_view bytes = Utf8(row).at(static_cast<std::size_t>(text));
+    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
 std::size_t RowStore::MemoryUsed() const

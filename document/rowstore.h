@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace px40 {
@@ -21,19 +22,24 @@ class RowStore
   public:
     static constexpr int Texts = 5;
     using Row = std::array<QStringView, Texts>;
+    using Bytes = std::array<std::string_view, Texts>;
 
     qsizetype Count() const { return static_cast<qsizetype>(places_.size()); }
 
     /// Throws std::bad_alloc when memory is short; the store is then as it was.
     void Append(const Row &row);
 
+    /// The same from Latin-1 bytes.
+    void AppendLatin1(const Bytes &row);
+
     /// `row` is 0-based and below `Count()`, `text` 0 to 4.
     QString Cell(qsizetype row, int text) const;
 
+    /// The texts of a row in UTF-8. Valid as long as the store.
+    Bytes Utf8(qsizetype row) const;
+
     /// Makes sure that the next usual row needs no more memory. Throws std::bad_alloc.
     void MakeRoom() { Reserve(UsualRow); }
-
-    void Clear();
 
     /// Memory taken in bytes, characters included.
     std::size_t MemoryUsed() const;
@@ -58,6 +64,7 @@ class RowStore
     };
 
     char *Reserve(std::size_t size);
+    void Keep(const char *record, std::size_t size);
 
     std::vector<Chunk> chunks_;
     std::deque<Place> places_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 
 namespace px40 {
@@ -21,6 +22,39 @@ std::optional<float> ReadingNumber(const QString &data)
     if (!ok || !std::isfinite(value))
         return std::nullopt;
     return value;
+}
+
+namespace {
+
+/// Plain numbers of a usual size, in a fraction of the time; for all others it gives nothing.
+std::optional<float> UsualNumber(std::string_view text)
+{
+    constexpr double Smallest = 1e-30;
+    constexpr double Largest = 1e30;
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
+        text.remove_prefix(1);
+    double value = 0;
+    const char *const end = text.data() + text.size();
+    const auto [stopped, problem] = std::from_chars(text.data(), end, value);
+    if (problem != std::errc() || stopped != end)
+        return std::nullopt;
+    const double size = std::fabs(value);
+    const bool usual = value == 0 || (size > Smallest && size < Largest);
+    return usual ? std::optional<float>(static_cast<float>(value)) : std::nullopt;
+}
+
+} // namespace
+
+ReadingBytes ReadingOf(std::string_view data)
+{
+    ReadingBytes reading;
+    reading.value = UsualNumber(data);
+    if (!reading.value) {
+        const QString text = QString::fromLatin1(data.data(), static_cast<qsizetype>(data.size()));
+        reading.value = ReadingNumber(text);
+        reading.unreadable = !reading.value && IsValidReading(text);
+    }
+    return reading;
 }
 
 void Statistics::Add(float value, qint32 row)

@@ -4,6 +4,7 @@
 #include <QtGlobal>
 
 #include <optional>
+#include <string_view>
 
 namespace px40 {
 
@@ -14,6 +15,14 @@ bool IsValidReading(const QString &data);
 /// The number of a valid reading, with "." as decimal point whatever the user's language. Nothing when the
 /// text is no valid reading or no finite single-precision number (noise on the line).
 std::optional<float> ReadingNumber(const QString &data);
+
+/// A reading as it stands in a file, in Latin-1.
+struct ReadingBytes
+{
+    std::optional<float> value; ///< as `ReadingNumber` gives it
+    bool unreadable = false;    ///< neither a number nor one of the texts for no value: noise
+};
+ReadingBytes ReadingOf(std::string_view data);
 
 /// Running maximum, minimum and average of a data set. Values are single precision, the sum is double.
 struct Statistics

@@ -2,6 +2,8 @@
 
 #include "resources/strings.h"
 
+#include <utility>
+
 namespace px40 {
 
 TableModel::TableModel(bool memoryNumbers, QObject *parent)
@@ -66,12 +68,17 @@ void TableModel::AppendSample(const RowStore::Row &texts)
     Q_EMIT dataChanged(index(row, 0), index(row, Columns - 1), {Qt::DisplayRole});
 }
 
-void TableModel::Clear()
+void TableModel::Adopt(RowStore &&rows, int tableRows)
 {
     beginResetModel();
-    rows_.Clear();
-    tableRows_ = 1;
+    rows_ = std::move(rows);
+    tableRows_ = tableRows;
     endResetModel();
+}
+
+void TableModel::Clear()
+{
+    Adopt(RowStore(), 1);
 }
 
 } // namespace px40

@@ -47,6 +47,9 @@ class TableModel : public QAbstractTableModel
     /// Puts the next sample into its row, which must be there.
     void AppendSample(const RowStore::Row &texts);
 
+    /// Shows these rows in place of its own. `tableRows`: at least 1, and at least the samples.
+    void Adopt(RowStore &&rows, int tableRows);
+
     /// Back to one empty row.
     void Clear();
 

@@ -21,9 +21,18 @@ class Prompts
     /// A box with the exclamation icon and OK; done when the user has closed it.
     virtual QCoro::Task<void> Warn(QString text) = 0;
 
-    /// A box with Yes, No and Cancel; closing it counts as Cancel. With `offerYes` false the Yes button
-    /// stands there disabled.
-    virtual QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes = true) = 0;
+    /// A box with Yes, No and Cancel; closing it counts as Cancel.
+    virtual QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) = 0;
+
+    /// The name of an existing file; empty when cancelled. `filter` in Qt's form, "CSV Files (*.CSV)",
+    /// several joined by ";;".
+    virtual QCoro::Task<QString> AskOpenFile(QString filter) = 0;
+
+    /// The name under which to save; empty when cancelled. `name` is proposed and may be empty. The folder of
+    /// the answer exists; if the file does, the user has agreed to replace it. An answer without any suffix
+    /// gets that of the filter that was chosen, or else `suffix`, which has no dot: so the suffix tells which
+    /// of several filters was chosen.
+    virtual QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) = 0;
 
     /// Closes what is open, as if the user had dismissed it, and shows nothing from now on.
     virtual void DismissAll() = 0;

@@ -98,6 +98,15 @@ const char16_t *Lookup(Str id)
         return u"Stop";
     case Str::AskForwardAfterReceive:
         return u"Do you need forward to Microsoft Excel after received data?";
+    case Str::CsvFiles:
+        return u"CSV Files";
+    case Str::FileReadOnly:
+        return u"This file is a read-only file; you cannot save data to it.";
+    case Str::OtherFilename:
+    case Str::OtherFilenameOpen:
+        return u"Specify a different filename.";
+    case Str::FileAlreadyOpen:
+        return u"This file is already open.";
     case Str::TimeoutError:
         return u"Timeout error occurred.";
     case Str::TipSource:
@@ -117,6 +126,8 @@ const char16_t *Lookup(Str id)
         return u"Canceling...";
     case Str::AskSaveChanges:
         return u"Do you want to save the changes you made to this file?";
+    case Str::OtherDataType:
+        return u"This file is a different data type.";
     case Str::RealtimeData:
         return u"REAL-TIME DATA";
     case Str::SaveModeData:
@@ -143,10 +154,34 @@ const char16_t *Lookup(Str id)
         return u"Communications Port setup";
     case Str::PortLabel:
         return u"Communications Port";
+    case Str::GraphTitle:
+        return u"Graph setup";
+    case Str::GraphDataRange:
+        return u"Data range";
     case Str::Automatic:
         return u"Automatic";
     case Str::Custom:
         return u"Custom";
+    case Str::GraphXAxis:
+        return u"X axis";
+    case Str::GraphYAxis:
+        return u"Y axis";
+    case Str::GraphMinimum:
+        return u"Minimum";
+    case Str::GraphMaximum:
+        return u"Maximum";
+    case Str::GraphMajorUnit:
+        return u"Major unit";
+    case Str::GraphMinorUnit:
+        return u"Minor unit";
+    case Str::GraphTickCategories:
+        return u"Number of categories between tick marks";
+    case Str::GraphLabelCategories:
+        return u"Number of categories between tick-mark labels";
+    case Str::Apply:
+        return u"Apply";
+    case Str::IllegalValue:
+        return u"Illegal value.";
 
     case Str::Receiving:
         return u"Receiving...";
@@ -256,11 +291,50 @@ const char16_t *Lookup(Str id)
     case Str::LabelXAxis:
         return u"X axis";
     case Str::EmptyWorkspace:
-        return u"Data receive, MEMORY-mode fetches the readings that the instrument has stored.";
+        return u"Data receive, MEMORY-mode fetches the readings that the instrument has stored.\n"
+               u"File, Open shows readings that were saved.";
     case Str::UnusableCommandLine:
         return u"Try --help for the options.";
     case Str::TableFull:
         return u"The table is full.";
+    case Str::FileNotThere:
+        return u"This file does not exist.";
+    case Str::FolderNotThere:
+        return u"This folder does not exist.";
+    case Str::FileReplace:
+        return u"This file already exists. Do you want to replace it?";
+    case Str::FileNotRegular:
+        return u"This is not a file.";
+    case Str::FileEndsEarly:
+        return u"The file ends before its line %1.";
+    case Str::FileLineTooLong:
+        return u"Line %1 of the file is too long.";
+    case Str::FileNoNumber:
+        return u"Line %1 of the file: \"%2\" is not a whole number from -32768 to 32767.";
+    case Str::FileNoBoolean:
+        return u"Line %1 of the file: \"%2\" is neither True nor False.";
+    case Str::GraphCopy:
+        return u"&Copy Graph";
+    case Str::GraphSaveAs:
+        return u"Save Graph &As...";
+    case Str::GraphFilePng:
+        return u"PNG Pictures";
+    case Str::GraphFileSvg:
+        return u"SVG Drawings";
+    case Str::GraphFilePdf:
+        return u"PDF Documents";
+    case Str::OtherCopyRuns:
+        return u"Another copy of the program is running.";
+    case Str::FolderNotMade:
+        return u"The folder \"%1\" cannot be made.";
+    case Str::TitleSaveAs:
+        return u"Save As";
+    case Str::GraphName:
+        return u"Graph";
+    case Str::GraphFileKinds:
+        return u"The name of a graph's file ends in .png, .svg or .pdf.";
+    case Str::GraphNoPicture:
+        return u"The picture of the graph could not be made.";
     }
     return u"";
 }

@@ -332,7 +332,13 @@ void AppTest::CommandLines_data()
     QTest::newRow("number too large") << u"--port-device 17=/dev/ttyS0"_qs << u"--port-device takes"_qs;
     QTest::newRow("no device") << u"--port-device 3="_qs << u"--port-device takes"_qs;
     QTest::newRow("unknown option") << u"--nonsense"_qs << u"Unknown option"_qs;
-    QTest::newRow("stray word") << u"word"_qs << u"There is nothing to be done with"_qs;
+    QTest::newRow("download") << u"--download f.CSV --port 4 --port-device 3=/x --port-device 4=/a=b"_qs
+                              << QString();
+    QTest::newRow("download and open") << u"--download f.CSV g.CSV"_qs << u"--download opens no other"_qs;
+    QTest::newRow("download nowhere") << u"--download="_qs << u"--download takes"_qs;
+    QTest::newRow("port alone") << u"--port 3"_qs << u"--port goes with"_qs;
+    QTest::newRow("no port") << u"--download f.CSV --port 17"_qs << u"--port takes"_qs;
+    QTest::newRow("demo elsewhere") << u"--download f.CSV --demo --port 2"_qs << u"The simulated"_qs;
 }
 
 void AppTest::CommandLines()

@@ -12,7 +12,8 @@ namespace {
 
 struct DataRig
 {
-    explicit DataRig(int kind, bool memoryNumbers = false) : shared{0, memoryNumbers}, data(state, shared)
+    explicit DataRig(int kind, bool memoryNumbers = false)
+        : shared{0, memoryNumbers, QString()}, data(state, shared)
     {
         data.OpenNew(kind);
     }

@@ -41,7 +41,7 @@ QCoro::Task<void> ScriptedPrompts::Warn(QString text)
     co_await turn;
 }
 
-QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon, bool)
+QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon)
 {
     questions.append(text);
     Answer answer = Answer::Cancel;
@@ -52,6 +52,29 @@ QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon, bo
     const OneShot<bool> turn = NextTurn();
     co_await turn;
     co_return answer;
+}
+
+QCoro::Task<QString> ScriptedPrompts::AskOpenFile(QString filter)
+{
+    return AnswerFile(QStringLiteral("open:") + filter);
+}
+
+QCoro::Task<QString> ScriptedPrompts::AskSaveFile(QString name, QString filter, QString suffix)
+{
+    return AnswerFile(QStringLiteral("save:%1:%2:%3").arg(name, filter, suffix));
+}
+
+QCoro::Task<QString> ScriptedPrompts::AnswerFile(QString question)
+{
+    fileQuestions.append(question);
+    QString file;
+    if (!files.empty()) {
+        file = files.front();
+        files.pop_front();
+    }
+    const OneShot<bool> turn = NextTurn();
+    co_await turn;
+    co_return file;
 }
 
 void RecordedProgress::RenProgress(bool throttle, int current, int total)

@@ -27,14 +27,21 @@ class ScriptedPrompts : public Prompts
 {
   public:
     QCoro::Task<void> Warn(QString text) override;
-    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon, bool offerYes) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<QString> AskOpenFile(QString filter) override;
+    QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override { ++dismissals; }
 
     QStringList warnings;
     QStringList questions;
+    QStringList fileQuestions;    ///< "open:FILTER" and "save:NAME:FILTER:SUFFIX"
     std::function<void()> onWarn; ///< called while the box is up
     std::deque<Answer> answers;   ///< Cancel when there is none left
+    std::deque<QString> files;    ///< answers to both file questions; cancelled when there is none left
     int dismissals = 0;
+
+  private:
+    QCoro::Task<QString> AnswerFile(QString question);
 };
 
 class RecordedProgress : public ProgressView

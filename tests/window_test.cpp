@@ -63,7 +63,7 @@ void WindowTest::MenusAndButtonsAreComplete()
         "Mdata=Start MEMORY-mode data receive|Interval=Interval and Period setup|Graph=Graph setup|"
         "Moniter=MEASURE Window ON/OFF|Source=SOURECE Window ON/OFF|Stop=Stop"_qs);
     // What this version does not do is shown but cannot be chosen.
-    for (const char *const item : {"mnuFileOpen", "mnuFileSave", "mnuViewMoniter", "Source", "Stop"})
+    for (const char *const item : {"mnuFileForward", "mnuRealtimeStart", "mnuViewMoniter", "Source", "Stop"})
         QVERIFY2(!program.Action(item)->isEnabled(), item);
 }
 
@@ -218,12 +218,12 @@ void WindowTest::MessageBoxesAnswer()
     MessagePrompts prompts;
     const auto box = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); };
     for (const auto &[key, answer] :
-         {std::pair(Qt::Key_N, Answer::No), std::pair(Qt::Key_Escape, Answer::Cancel)}) {
+         {std::pair(Qt::Key_N, Answer::No), std::pair(Qt::Key_Escape, Answer::Cancel),
+          std::pair(Qt::Key_Return, Answer::Yes)}) {
         const Running<Answer> asked(
-            prompts.AskYesNoCancel(QStringLiteral("Line 1\r\nLine 2"), PromptIcon::Question, false));
+            prompts.AskYesNoCancel(QStringLiteral("Line 1\r\nLine 2"), PromptIcon::Question));
         QTRY_VERIFY(box());
         QCOMPARE(box()->text(), QStringLiteral("Line 1\nLine 2"));
-        QVERIFY(!box()->button(QMessageBox::Yes)->isEnabled());
         if (key == Qt::Key_N)
             QTest::mouseClick(box()->button(QMessageBox::No), Qt::LeftButton);
         else
@@ -231,12 +231,12 @@ void WindowTest::MessageBoxesAnswer()
         QVERIFY(asked.Finish());
         QCOMPARE(asked.Value(), answer);
     }
-    const Running<Answer> left(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation, true));
+    const Running<Answer> left(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation));
     QTRY_VERIFY(box());
     prompts.DismissAll();
     QVERIFY(left.Finish());
     QCOMPARE(left.Value(), Answer::Cancel);
-    const Running<Answer> after(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation, true));
+    const Running<Answer> after(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation));
     QVERIFY(after.Finish()); // nothing is shown any more
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/oneshot.h"
+
+#include <QFileDialog>
+
+namespace px40 {
+
+/// The dialog in which the user chooses one data file: the desktop's own where it has one, else Qt's.
+///
+/// It only finds out a name and opens no box itself: the owner looks at the name and either ends the dialog
+/// or waits for the next choice, so that it stays while a box before it says what is wrong. It is not closed
+/// by choosing; the owner deletes it.
+///
+/// It must not get the `Q_OBJECT` macro: Qt lends the desktop's dialog to its own class alone.
+class FileDialog : public QFileDialog
+{
+  public:
+    FileDialog(AcceptMode mode, const QString &folder, const QString &filter, QWidget *parent);
+    ~FileDialog() override;
+
+    /// A name in the dialog's folder, or one with a folder, which is then shown.
+    void Propose(const QString &name);
+    /// The suffix, without dot, for a name that has none when the filter gives none either.
+    void SetSuffix(const QString &suffix) { suffix_ = suffix; }
+
+    /// Shows the dialog, unless it still stands there; completed with the absolute name that the user
+    /// chooses, or with an empty one when the dialog is cancelled or destroyed.
+    OneShot<QString> Choose();
+
+    void accept() override;
+
+  private:
+    /// In Qt's own dialog: shows that folder instead of taking it for an answer.
+    void Enter(const QString &folder);
+    /// Takes from Qt's own dialog what no other dialog here has.
+    void FitIn();
+    QString WithSuffix(const QString &name) const;
+
+    QString suffix_;
+    OneShot<QString> chosen_;
+};
+
+} // namespace px40

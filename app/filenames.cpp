@@ -1,0 +1,71 @@
+#include "app/filenames.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
+
+#include <filesystem>
+#include <system_error>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
+namespace px40 {
+
+namespace {
+
+#if defined(Q_OS_WIN) || defined(Q_OS_MACOS)
+constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
+#else
+constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
+#endif
+
+/// The file system itself knows best: it sees through links and through the case of the name.
+bool SameEntry(const std::filesystem::path &one, const std::filesystem::path &other)
+{
+    std::error_code absent;
+    return std::filesystem::equivalent(one, other, absent);
+}
+
+} // namespace
+
+bool SameFile(const QString &one, const QString &other)
+{
+    if (one.isEmpty() || other.isEmpty())
+        return false;
+    const QFileInfo first(one);
+    const QFileInfo second(other);
+    if (first.exists() || second.exists())
+        return SameEntry(first.filesystemAbsoluteFilePath(), second.filesystemAbsoluteFilePath());
+    // What is not there yet would lie in its folder.
+    if (first.fileName().compare(second.fileName(), NameCase) != 0)
+        return false;
+    if (SameEntry(first.filesystemAbsolutePath(), second.filesystemAbsolutePath()))
+        return true;
+    const QString path = QDir::cleanPath(first.absoluteFilePath());
+    return path.compare(QDir::cleanPath(second.absoluteFilePath()), NameCase) == 0;
+}
+
+bool MayBeWritten(const QString &name)
+{
+#ifdef Q_OS_WIN
+    const QString path = QDir::toNativeSeparators(QFileInfo(name).absoluteFilePath());
+    const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t *>(path.utf16()));
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return true;
+    constexpr DWORD against =
+        FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY;
+    return (attributes & against) == 0;
+#else
+    const QFileInfo info(name);
+    if (!info.exists())
+        return true;
+    // The administrator may write everything; a file that nobody may write is still meant to be kept.
+    constexpr QFile::Permissions anybody = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+    return info.isFile() && (info.permissions() & anybody) && info.isWritable();
+#endif
+}
+
+} // namespace px40

@@ -1,0 +1,17 @@
+#pragma once
+
+class QString;
+
+namespace px40 {
+
+/// Whether two names lead to the same file, however they are written: through links, from the current folder,
+/// with "..", or in another case where the file system folds it. A file need not exist for it. An empty name
+/// leads nowhere.
+bool SameFile(const QString &one, const QString &other);
+
+/// Whether data may be saved under that name: nothing is there, or a file that is not marked against writing.
+/// On Windows that means neither read-only, hidden nor system; elsewhere that somebody, and this user, has
+/// the permission to write.
+bool MayBeWritten(const QString &name);
+
+} // namespace px40

@@ -1,0 +1,144 @@
+#include "app/headless.h"
+
+#include "app/commandline.h"
+#include "app/demo.h"
+#include "app/filenames.h"
+#include "app/services.h"
+#include "link/storeddata.h"
+#include "platform/oneshot.h"
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+#include "platform/singleinstance.h"
+#include "platform/terminal.h"
+#include "resources/strings.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+/// There is nobody to ask: texts are kept, questions are answered with Cancel.
+class NobodyToAsk : public Prompts
+{
+  public:
+    QCoro::Task<void> Warn(QString text) override
+    {
+        told = text;
+        const OneShot<bool> turn;
+        const auto complete = [turn] { turn.Complete(true); };
+        QMetaObject::invokeMethod(QCoreApplication::instance(), complete, Qt::QueuedConnection);
+        co_await turn;
+    }
+    QCoro::Task<Answer> AskYesNoCancel(QString, PromptIcon) override { co_return Answer::Cancel; }
+    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
+    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
+    void DismissAll() override {}
+
+    QString told; ///< the last text
+};
+
+/// One line on the terminal that counts up.
+class ProgressLine : public ProgressView
+{
+  public:
+    void Show() override {}
+    void SetCaption(const QString &) override {}
+    void SetMessage(const QString &message) override { message_ = message; }
+    void RenProgress(bool, int current, int total) override
+    {
+        if (current > 0 && total > 0)
+            ShowOnTerminal(QStringLiteral("%1 %2/%3").arg(message_).arg(current).arg(total));
+    }
+    void DisableCancel() override {}
+    void Unload() override { ShowOnTerminal(QString()); }
+
+  private:
+    QString message_;
+};
+
+int PortToUse(const CommandLine &line, const Services &services)
+{
+    if (line.downloadPort != 0)
+        return line.downloadPort;
+    if (services.simulated)
+        return PortMap::First;
+    return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
+}
+
+/// The sentence that tells why it did not succeed; empty when it did.
+QCoro::Task<QString> Download(Services *services, NobodyToAsk *prompts, QString name)
+{
+    const bool opened = co_await services->comm.OpenPort();
+    if (!opened)
+        co_return prompts->told;
+    ProgressLine progress;
+    StoredData storedData(services->state, services->gate, services->comm, *prompts, progress);
+    services->shared.MemoryNumbers = true;
+    const auto dataSet = std::make_shared<DataSet>(services->state, services->shared);
+    dataSet->OpenNew(KindMemory);
+    services->gate.Take();
+    const bool complete = co_await storedData.ReceiveMemoryData(dataSet);
+    services->comm.ClosePort();
+    if (!complete)
+        co_return prompts->told;
+    if (!dataSet->SaveFile(name))
+        co_return services->state.ErrorMessage + QStringLiteral(": ") + name;
+    for (const auto &[label, text] : {std::pair(Str::StatisticMax, dataSet->GetDispmax(true)),
+                                      std::pair(Str::StatisticMin, dataSet->GetDispmin(true)),
+                                      std::pair(Str::StatisticAvg, dataSet->GetDispavg())})
+        PrintLine(Text(label) + u' ' + text);
+    co_return QString();
+}
+
+QCoro::Task<void> DownloadAndQuit(Services *services, NobodyToAsk *prompts, QString name, QString *failure)
+{
+    const QString reason = co_await Download(services, prompts, name);
+    *failure = reason;
+    QCoreApplication::quit();
+}
+
+int Fail(const QString &sentence)
+{
+    PrintError(sentence.simplified());
+    return 1;
+}
+
+} // namespace
+
+int RunDownload(const CommandLine &line)
+{
+    SingleInstance instance(QStringLiteral("px40ap"));
+    if (!instance.Acquire())
+        return Fail(Text(Str::OtherCopyRuns));
+    const QString name = QDir::toNativeSeparators(QFileInfo(line.downloadTo).absoluteFilePath());
+    // Looked at now, not after a download that nobody can keep.
+    if (!MayBeWritten(name))
+        return Fail(Text(Str::FileReadOnly) + u' ' + name);
+    if (!QFileInfo(QFileInfo(name).path()).isDir())
+        return Fail(Text(Str::FolderNotThere) + u' ' + QFileInfo(name).path());
+
+    QString error;
+    const QString folder = DataFolder(line.dataFolder, &error);
+    if (!error.isEmpty())
+        return Fail(error);
+    NobodyToAsk prompts;
+    Services services(UserStore(Text(Str::ApplicationTitle)), PathsIn(folder), prompts);
+    const std::unique_ptr<Demo> demo = TakePorts(line, services, &error);
+    if (!error.isEmpty())
+        return Fail(error);
+    services.settings.ReadFile();
+    services.comm.SetPortNumber(PortToUse(line, services));
+
+    QString failure;
+    services.jobs.Launch(DownloadAndQuit(&services, &prompts, name, &failure), "download");
+    if (services.jobs.Running() > 0)
+        QCoreApplication::exec();
+    return failure.isEmpty() ? 0 : Fail(failure);
+}
+
+} // namespace px40

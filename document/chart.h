@@ -1,0 +1,64 @@
+#pragma once
+
+#include "document/graphplot.h"
+
+#include <QPixmap>
+#include <QPoint>
+
+#include <optional>
+
+namespace px40 {
+
+/// The graph of a data set on the screen. However many samples come in, it draws once for each time that the
+/// screen is painted, and not at all while it is hidden.
+///
+/// The wheel and the keys Left, Right, PageUp, PageDown, Home and End move the view; the pointer shows the
+/// sample that is nearest to it.
+class Chart : public GraphPlot
+{
+    Q_OBJECT
+
+  public:
+    /// The data set may go first; the graph is empty then. Nobody owns anybody.
+    explicit Chart(DataSet *set, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+  Q_SIGNALS:
+    /// The user wishes the graph on the clipboard, or in a file.
+    void copyRequested();
+    void saveAsRequested();
+
+  protected:
+    bool event(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+
+  private:
+    void MarkDirty();
+    void Refresh();
+    void Move(qint64 samples);
+    void Hover();
+    void DrawHover(QPainter &painter) const;
+
+    QPointer<DataSet> movedSet_;
+    QPixmap picture_;
+    GraphStyle look_;
+    std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere
+    qint32 hovered_ = 0;            ///< sample that is told about; 0: none
+    int wheel_ = 0;                 ///< what has been turned towards the next notch, in eighths of a degree
+    bool dirty_ = true;
+};
+
+} // namespace px40

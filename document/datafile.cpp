@@ -1,0 +1,344 @@
+#include "document/datafile.h"
+
+#include "document/linereader.h"
+#include "document/numbers.h"
+#include "resources/strings.h"
+
+#include <QIODevice>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace px40 {
+
+namespace {
+
+constexpr int LongestGraph = 32767;
+constexpr int LongestDivision = 32767;
+constexpr float HighestLimit = 60000.0F;
+
+/// Why a file is refused; one sentence.
+struct Refusal
+{
+    QString sentence;
+};
+
+/// The texts between the commas. A line that has fewer than asked for begins again at its first one.
+template <std::size_t N>
+std::array<std::string_view, N> Split(std::string_view line)
+{
+    std::array<std::string_view, N> fields;
+    std::size_t start = 0;
+    for (std::string_view &field : fields) {
+        const std::size_t comma = line.find(',', start);
+        field = line.substr(start, comma == std::string_view::npos ? comma : comma - start);
+        start = comma == std::string_view::npos ? 0 : comma + 1;
+    }
+    return fields;
+}
+
+QString FromLatin1(std::string_view text)
+{
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+[[noreturn]] void RefuseType()
+{
+    throw Refusal{Text(Str::OtherDataType)};
+}
+
+/// The header's checks: a number that passes is written in its plain form from then on.
+int CheckedWhole(std::string_view field, int lowest, int highest)
+{
+    const std::optional<int> number = WholeNumber(FromLatin1(field));
+    if (!number || *number < lowest || *number > highest)
+        RefuseType();
+    return *number;
+}
+
+QString CheckedLimit(std::string_view field)
+{
+    const std::optional<float> number = SingleNumber(FromLatin1(field));
+    if (!number || *number < -HighestLimit || *number > HighestLimit)
+        RefuseType();
+    return PlainNumber(*number);
+}
+
+Duration CheckedDuration(Duration duration)
+{
+    if (!ValidateDuration(&duration, true))
+        RefuseType();
+    return duration;
+}
+
+template <std::size_t N>
+Duration DurationAt(const std::array<std::string_view, N> &fields, std::size_t first)
+{
+    return {FromLatin1(fields.at(first)), FromLatin1(fields.at(first + 1)), FromLatin1(fields.at(first + 2)),
+            FromLatin1(fields.at(first + 3))};
+}
+
+class Reader
+{
+  public:
+    explicit Reader(QIODevice &file) : lines_(file, DataFile::LongestLine), device_(&file) {}
+
+    void ReadHeader(DataFileHeader *header);
+    void ReadRows(DataFile *data);
+
+  private:
+    bool NextLine()
+    {
+        if (lines_.Next())
+            return true;
+        if (lines_.Failed())
+            throw Refusal{device_->errorString()};
+        return false;
+    }
+
+    template <std::size_t N>
+    std::array<std::string_view, N> HeaderFields()
+    {
+        if (!NextLine())
+            throw Refusal{Text(Str::FileEndsEarly).arg(lines_.Number() + 1)};
+        return Fields<N>();
+    }
+
+    template <std::size_t N>
+    std::array<std::string_view, N> Fields() const
+    {
+        const std::string_view line = lines_.Line();
+        if (lines_.Cut() && std::count(line.begin(), line.end(), ',') < static_cast<std::ptrdiff_t>(N))
+            throw Refusal{Text(Str::FileLineTooLong).arg(lines_.Number())};
+        return Split<N>(line);
+    }
+
+    int Whole(std::string_view field) const
+    {
+        const QString text = FromLatin1(field);
+        const std::optional<int> number = WholeNumber(text);
+        if (!number)
+            throw Refusal{Text(Str::FileNoNumber).arg(lines_.Number()).arg(Excerpt(text))};
+        return *number;
+    }
+
+    bool Boolean(std::string_view field) const
+    {
+        const QString text = FromLatin1(field);
+        const std::optional<bool> value = BooleanValue(text);
+        if (!value)
+            throw Refusal{Text(Str::FileNoBoolean).arg(lines_.Number()).arg(Excerpt(text))};
+        return *value;
+    }
+
+    /// Short and printable enough for a box.
+    static QString Excerpt(QString text)
+    {
+        constexpr int Longest = 40;
+        if (text.size() > Longest)
+            text = text.left(Longest) + QChar(0x2026);
+        for (QChar &character : text) {
+            if (!character.isPrint())
+                character = u'?';
+        }
+        return text;
+    }
+
+    LineReader lines_;
+    QIODevice *device_;
+};
+
+void Reader::ReadHeader(DataFileHeader *header)
+{
+    if (!NextLine())
+        throw Refusal{Text(Str::FileEndsEarly).arg(1)};
+    const std::string_view kind = Split<1>(lines_.Line())[0];
+    if (kind != "0" && kind != "2" && kind != "4")
+        RefuseType();
+    header->kind = kind[0] - '0';
+    const bool realtime = header->kind == 2;
+
+    const auto shape = HeaderFields<3>();
+    header->shape.width = Whole(shape[0]);
+    header->shape.height = Whole(shape[1]);
+    header->shape.state = Whole(shape[2]);
+
+    const auto interval = HeaderFields<4>();
+    if (realtime)
+        header->interval = CheckedDuration(DurationAt(interval, 0));
+    else if (header->kind == 0)
+        header->interval = DurationAt(interval, 0);
+
+    const auto period = HeaderFields<5>();
+    if (realtime) {
+        header->periodNone = Boolean(period[0]);
+        // Without a period its texts mean nothing and are not looked at.
+        const Duration texts = DurationAt(period, 1);
+        header->period = header->periodNone ? texts : CheckedDuration(texts);
+    }
+
+    GraphSettings &graph = header->graph;
+    graph.count = CheckedWhole(HeaderFields<1>()[0], 2, LongestGraph);
+
+    const auto xAxis = HeaderFields<3>();
+    graph.xLabels = CheckedWhole(xAxis[1], 1, LongestDivision);
+    graph.xTicks = CheckedWhole(xAxis[2], 1, LongestDivision);
+    graph.xAuto = Boolean(xAxis[0]);
+
+    const auto yAxis = HeaderFields<5>();
+    graph.yMinimum = CheckedLimit(yAxis[1]);
+    graph.yMaximum = CheckedLimit(yAxis[2]);
+    graph.yMajor = CheckedWhole(yAxis[3], 1, LongestDivision);
+    graph.yMinor = CheckedWhole(yAxis[4], 1, LongestDivision);
+    graph.yAuto = Boolean(yAxis[0]);
+}
+
+void Reader::ReadRows(DataFile *data)
+{
+    constexpr qint64 MostRows = std::numeric_limits<int>::max() - 1;
+    const bool emptyRowsCount = data->header.kind == 4;
+    qint64 rows = 0;
+    while (NextLine()) {
+        if (++rows > MostRows)
+            throw Refusal{Text(Str::TableFull)};
+        const RowStore::Bytes fields = Fields<RowStore::Texts>();
+        if (fields[1].empty() && !emptyRowsCount)
+            continue; // only a row of the table more
+        data->rows.AppendLatin1(fields);
+        const ReadingBytes reading = ReadingOf(fields[1]);
+        data->readings.unreadable += reading.unreadable ? 1 : 0;
+        data->readings.Count(reading.value, static_cast<qint32>(data->rows.Count()));
+    }
+    data->tableRows = std::max(1, static_cast<int>(rows));
+}
+
+/// Collects bytes for the file in large pieces.
+class Writer
+{
+  public:
+    explicit Writer(QIODevice &file) : file_(&file) { pending_.reserve(PieceSize + 1024); }
+
+    void Line(const QStringList &texts)
+    {
+        for (qsizetype i = 0; i < texts.size(); ++i) {
+            if (i > 0)
+                pending_ += ',';
+            Put(texts.at(i).toUtf8().toStdString());
+        }
+        EndLine();
+    }
+
+    void Row(const RowStore::Bytes &texts)
+    {
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            if (i > 0)
+                pending_ += ',';
+            Put(texts[i]);
+        }
+        EndLine();
+    }
+
+    bool Finish()
+    {
+        Flush();
+        return good_;
+    }
+
+  private:
+    static constexpr std::size_t PieceSize = 256 * 1024;
+
+    /// UTF-8 in, Latin-1 out.
+    void Put(std::string_view text)
+    {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const auto byte = static_cast<unsigned char>(text[i]);
+            if (byte == ',' || byte == '\r' || byte == '\n') {
+                pending_ += ' ';
+            } else if (byte < 0x80) {
+                pending_ += text[i];
+            } else if ((byte == 0xC2 || byte == 0xC3) && i + 1 < text.size()) {
+                pending_ += static_cast<char>(byte << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F));
+            } else if (byte >= 0xC0) {
+                pending_ += '?'; // no such character there
+            }
+        }
+    }
+
+    void EndLine()
+    {
+        pending_ += "\r\n";
+        if (pending_.size() >= PieceSize)
+            Flush();
+    }
+
+    void Flush()
+    {
+        good_ = good_ && file_->write(pending_.data(), static_cast<qint64>(pending_.size())) ==
+                             static_cast<qint64>(pending_.size());
+        pending_.clear();
+    }
+
+    QIODevice *file_;
+    std::string pending_;
+    bool good_ = true;
+};
+
+QString Twips(int value)
+{
+    return QString::number(std::clamp(value, 0, WindowShape::Largest));
+}
+
+QStringList Texts(const Duration &duration)
+{
+    return {duration.Day, duration.Hour, duration.Min, duration.Sec};
+}
+
+} // namespace
+
+std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error)
+{
+    try {
+        DataFile data;
+        Reader reader(file);
+        reader.ReadHeader(&data.header);
+        reader.ReadRows(&data);
+        return data;
+    } catch (const Refusal &refusal) {
+        *error = refusal.sentence;
+        return std::nullopt;
+    }
+}
+
+bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file,
+                   QString *error)
+{
+    const GraphSettings &graph = header.graph;
+    Writer writer(file);
+    writer.Line({QString::number(header.kind)});
+    writer.Line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
+    writer.Line(Texts(header.interval));
+    writer.Line(QStringList(BooleanText(header.periodNone)) + Texts(header.period));
+    writer.Line({QString::number(graph.count)});
+    writer.Line({BooleanText(graph.xAuto), QString::number(graph.xLabels), QString::number(graph.xTicks)});
+    writer.Line({BooleanText(graph.yAuto), graph.yMinimum, graph.yMaximum, QString::number(graph.yMajor),
+                 QString::number(graph.yMinor)});
+
+    const RowStore::Bytes empty;
+    bool lastIsEmpty = false;
+    const auto samples = static_cast<int>(rows.Count());
+    for (int row = 0; row < std::max(tableRows, samples); ++row) {
+        const RowStore::Bytes texts = row < samples ? rows.Utf8(row) : empty;
+        lastIsEmpty = texts == empty;
+        writer.Row(texts);
+    }
+    if (!lastIsEmpty)
+        writer.Row(empty); // the spare row at the end of every file
+    if (writer.Finish())
+        return true;
+    *error = file.errorString();
+    return false;
+}
+
+} // namespace px40

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "document/duration.h"
+#include "document/graphsettings.h"
+#include "document/readings.h"
+#include "document/rowstore.h"
+#include "document/windowshape.h"
+
+#include <QString>
+
+#include <optional>
+
+class QIODevice;
+
+namespace px40 {
+
+/// The seven lines with which a data file begins.
+struct DataFileHeader
+{
+    int kind = 0;      ///< 0 MEMORY-mode, 2 real-time, 4 SAVE-mode
+    WindowShape shape; ///< size and state of the data window
+    Duration interval; ///< of a real-time set; of a MEMORY-mode set only the seconds, or nothing
+    bool periodNone = true;
+    Duration period;
+    GraphSettings graph;
+};
+
+/// A data file: Latin-1 text, fields separated by commas without quoting, lines that end with CR LF (LF alone
+/// is read as well).
+///
+///     line 1     kind code: 0 MEMORY-mode, 2 real-time, 4 SAVE-mode
+///     line 2     width and height of the window in twips, its state (0 normal, 2 maximised)
+///     line 3     interval: days, hours, minutes, seconds
+///     line 4     period: "True" for none or "False", days, hours, minutes, seconds
+///     line 5     number of samples that the graph shows
+///     line 6     X axis: "True" for automatic or "False", categories between labels, between ticks
+///     line 7     Y axis: "True" for automatic or "False", minimum, maximum, major and minor divisions
+///     line 8...  time, data, mode, source data, source mode of each row of the table
+///
+/// The file ends with an empty row. In files of kinds 0 and 2 a row without data is no sample.
+struct DataFile
+{
+    /// A line is read up to here; the fields that are asked for must stand in that part of it.
+    static constexpr int LongestLine = 65536;
+
+    DataFileHeader header;
+    RowStore rows;
+    Readings readings;
+    int tableRows = 1; ///< rows of the table: the samples, and the empty rows behind them
+};
+
+/// All or nothing: nothing, with one sentence in `error`, when the file cannot be read or is none. Takes
+/// time and memory in proportion to the file at most. Throws std::bad_alloc.
+std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error);
+
+/// Writes the rows 1 to `tableRows` of a table whose samples are `rows`. A comma or a line end inside a text
+/// becomes a blank. False with the device's reason in `error`.
+bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file,
+                   QString *error);
+
+} // namespace px40

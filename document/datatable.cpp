@@ -1,0 +1,77 @@
+#include "document/datatable.h"
+
+#include "document/tabletext.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+namespace px40 {
+
+namespace {
+/// Columns in characters; where there is more room they share it in these proportions.
+constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
+} // namespace
+
+DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
+{
+    setObjectName(QStringLiteral("fgData"));
+    setModel(model);
+    setAlternatingRowColors(true);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setWordWrap(false);
+    setTabKeyNavigation(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setStretchLastSection(true); // what the rounding leaves, or the user
+    ShareWidth();
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (!sharing_ && column != TableModel::Columns - 1) // the last one stretches by itself
+            widthsChosen_ = true;
+    });
+}
+
+void DataTable::ShareWidth()
+{
+    if (widthsChosen_ || !model())
+        return;
+    sharing_ = true;
+    const int total = std::reduce(ColumnWidths.begin(), ColumnWidths.end());
+    const int room = std::max(viewport()->width(), total * fontMetrics().averageCharWidth());
+    for (int column = 0; column < TableModel::Columns; ++column)
+        setColumnWidth(column, room * ColumnWidths.at(static_cast<std::size_t>(column)) / total);
+    sharing_ = false;
+}
+
+void DataTable::resizeEvent(QResizeEvent *event)
+{
+    ShareWidth(); // first, or a scroll bar flashes up when the window gets narrower
+    QTableView::resizeEvent(event);
+}
+
+void DataTable::CopySelection() const
+{
+    const auto *const table = qobject_cast<const TableModel *>(model());
+    if (!table || !selectionModel()->hasSelection())
+        return;
+    QGuiApplication::clipboard()->setText(TableText(*table, selectionModel()->selection()));
+}
+
+void DataTable::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Copy)) {
+        CopySelection();
+        event->accept();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+} // namespace px40

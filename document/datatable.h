@@ -1,0 +1,32 @@
+#pragma once
+
+#include "document/tablemodel.h"
+
+#include <QTableView>
+
+namespace px40 {
+
+/// The table of a data window. Its columns share the width until the user gives one of them a width of its
+/// own; Copy puts the selected cells with their headings on the clipboard.
+class DataTable : public QTableView
+{
+    Q_OBJECT
+
+  public:
+    /// `model` must outlive the table, or be taken from it.
+    DataTable(TableModel *model, QWidget *parent);
+
+    void CopySelection() const;
+
+  protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+  private:
+    void ShareWidth();
+
+    bool sharing_ = false;
+    bool widthsChosen_ = false;
+};
+
+} // namespace px40

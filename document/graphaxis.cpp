@@ -1,0 +1,296 @@
+#include "document/graphaxis.h"
+
+#include "document/tablemodel.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+constexpr int Decimals = 4;
+constexpr double LabelGap = 8;        // between two labels
+constexpr double LeastTickGap = 3;    // of divisions that the user set
+constexpr double EasyTickGap = 4;     // of those that we choose
+constexpr double LeastLabelTurn = 12; // from label to label, however short they are
+
+/// 1, 2, 5, 10, 20, 50 ...
+qint64 NextStep(qint64 step)
+{
+    qint64 power = 1;
+    while (step >= power * 10)
+        power *= 10;
+    return step < 2 * power ? 2 * power : step < 5 * power ? 5 * power : 10 * power;
+}
+
+/// The first step of which `width` times the step is at least `least`.
+qint64 StepFor(double width, double least)
+{
+    qint64 step = 1;
+    while (width * static_cast<double>(step) < least && step < (qint64(1) << 40))
+        step = NextStep(step);
+    return step;
+}
+
+/// `digits` without its point, cut to `keep` digits and rounded; one digit longer where a nine was carried.
+QByteArray RoundDigits(QByteArray digits, qsizetype keep)
+{
+    if (keep < 0)
+        return "0";
+    if (keep >= digits.size())
+        return digits.leftJustified(keep, '0');
+    const bool up = digits.at(keep) >= '5';
+    digits.truncate(keep);
+    if (!up)
+        return digits;
+    for (qsizetype i = digits.size() - 1; i >= 0; --i) {
+        if (digits.at(i) != '9') {
+            digits[i] = static_cast<char>(digits.at(i) + 1);
+            return digits;
+        }
+        digits[i] = '0';
+    }
+    return digits.prepend('1');
+}
+
+/// Digits of which the last four are decimals, of which zeros behind the first are left out.
+QString WithPoint(QByteArray digits)
+{
+    digits = digits.rightJustified(Decimals + 1, '0');
+    digits.insert(digits.size() - Decimals, '.');
+    while (digits.endsWith('0') && !digits.endsWith(".0"))
+        digits.chop(1);
+    return QString::fromLatin1(digits);
+}
+
+/// 1, 2 or 5 times a power of ten, at least `least`.
+double NiceStep(double least)
+{
+    const double power = std::pow(10.0, std::floor(std::log10(least)));
+    for (const double factor : {1.0, 2.0, 5.0}) {
+        if (factor * power >= least * (1 - 1e-9))
+            return factor * power;
+    }
+    return 10 * power;
+}
+
+QString StepNumber(double value, double step)
+{
+    const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 1e-6)));
+    if (std::abs(value) < step / 2)
+        value = 0; // rounding dirt, and no negative zero
+    if (decimals <= 7 && std::abs(value) < 1e8)
+        return QString::number(value, 'f', decimals);
+    const double digits = value == 0 ? 1 : std::log10(std::abs(value) / step) + 2;
+    return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, 15));
+}
+
+/// The first number of the row 1, 1 + step, 1 + 2 step ... that is not below `first`.
+qint64 AnchoredFrom(qint64 first, qint64 step)
+{
+    return (first - 1 + step - 1) / step * step + 1;
+}
+
+/// The samples that get a label at that step; nothing when two labels touch.
+std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 step,
+                                          const std::function<double(qint32)> &labelWidth)
+{
+    std::vector<qint32> samples;
+    double taken = -place.reachLeft;
+    for (qint64 at = AnchoredFrom(place.first, step); at <= place.last; at += step) {
+        const auto sample = static_cast<qint32>(at);
+        const double x = place.X(sample);
+        const double width = labelWidth(sample);
+        if (width <= 0 || x - width / 2 < -place.reachLeft || x + width / 2 > place.room + place.reachRight)
+            continue;
+        if (!samples.empty() && x - width / 2 < taken + LabelGap)
+            return std::nullopt;
+        samples.push_back(sample);
+        taken = x + width / 2;
+    }
+    return samples;
+}
+
+} // namespace
+
+QString AxisNumber(double value, AxisFormat format)
+{
+    if (!std::isfinite(value))
+        return {};
+    constexpr int Digits = 15; // what a double holds of a number as people write it
+    QByteArray text = QByteArray::number(std::abs(value), 'e', Digits - 1);
+    const qsizetype mark = text.indexOf('e');
+    int exponent = value == 0 ? 0 : text.mid(mark + 1).toInt();
+    QByteArray digits = text.left(mark);
+    digits.remove(1, 1);
+
+    QString number;
+    if (format == AxisFormat::Plain) {
+        number = WithPoint(RoundDigits(digits, exponent + 1 + Decimals));
+    } else {
+        digits = RoundDigits(digits, 1 + Decimals);
+        if (digits.size() > 1 + Decimals) { // 9.99996 became 10.0000
+            digits.chop(1);
+            ++exponent;
+        }
+        number = WithPoint(digits) + u'E' + QString::number(exponent);
+    }
+    const bool nothing =
+        std::all_of(number.cbegin(), number.cend(), [](QChar c) { return c == u'0' || c == u'.'; });
+    return value < 0 && !nothing ? u'-' + number : number;
+}
+
+std::optional<ValueRange> CustomValueRange(const GraphSettings &settings)
+{
+    if (settings.yAuto)
+        return std::nullopt;
+    bool minimumOk = false;
+    bool maximumOk = false;
+    const QLocale c = QLocale::c();
+    const ValueRange range{c.toDouble(settings.yMinimum.trimmed(), &minimumOk),
+                           c.toDouble(settings.yMaximum.trimmed(), &maximumOk)};
+    constexpr double Highest = 1e30; // differences and pixels are worked out from these
+    if (!minimumOk || !maximumOk || !(std::abs(range.minimum) < Highest) ||
+        !(std::abs(range.maximum) < Highest) || !(range.maximum > range.minimum))
+        return std::nullopt;
+    return range;
+}
+
+std::optional<AxisFormat> ValueAxisFormat(const GraphSettings &settings)
+{
+    const std::optional<ValueRange> range = CustomValueRange(settings);
+    if (!range)
+        return std::nullopt;
+    return range->maximum - range->minimum < 0.01 ? AxisFormat::Exponent : AxisFormat::Plain;
+}
+
+ValueRange AutomaticValueRange(double lowest, double highest)
+{
+    if (lowest > highest)
+        return {0, 10};
+    double span = highest - lowest;
+    const double size = std::max(std::abs(lowest), std::abs(highest));
+    if (span <= size * 1e-6) { // constant, but for the last digit of single precision
+        const double room = size > 0 ? size / 10 : 1;
+        lowest -= room;
+        highest += room;
+        span = highest - lowest;
+    }
+    // Limits lie on a coarse raster, so that the axis rests while similar readings come in.
+    const double raster = NiceStep(span / 5) / 5;
+    const double margin = span * 0.02;
+    return {std::floor((lowest - margin) / raster) * raster, std::ceil((highest + margin) / raster) * raster};
+}
+
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, AxisFormat format, double room,
+                            double labelHeight)
+{
+    major = std::max(1, major);
+    minor = std::max(1, minor);
+    const double width = room / major;
+    const qint64 labelStep = StepFor(width, labelHeight * 1.5);
+    qint64 tickStep = 1;
+    while (tickStep < labelStep &&
+           (width * static_cast<double>(tickStep) < LeastTickGap || labelStep % tickStep != 0))
+        tickStep = NextStep(tickStep);
+    const qint64 minorStep = StepFor(width / minor, LeastTickGap);
+
+    ValueTicks ticks;
+    const auto value = [&](double division) {
+        return range.minimum + division * (range.maximum - range.minimum) / major;
+    };
+    for (qint64 k = 0; k <= major; k += tickStep) {
+        const double at = value(static_cast<double>(k));
+        if (k % labelStep == 0) {
+            ticks.labelled.push_back(at);
+            ticks.labels.push_back(AxisNumber(at, format));
+        } else {
+            ticks.plain.push_back(at);
+        }
+        if (tickStep > 1 || k == major)
+            continue;
+        for (qint64 j = minorStep; j + minorStep <= minor; j += minorStep)
+            ticks.plain.push_back(value(static_cast<double>(k) + static_cast<double>(j) / minor));
+    }
+    return ticks;
+}
+
+ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight)
+{
+    ValueTicks ticks;
+    const double span = range.maximum - range.minimum;
+    const double apart = std::max(labelHeight * 1.7, room / 8);
+    const double step = NiceStep(span * std::min(1.0, apart / std::max(1.0, room)));
+    const bool two = std::round(step / std::pow(10.0, std::floor(std::log10(step) + 1e-6))) == 2;
+    const int parts = two ? 4 : 5;
+    const double part = step / parts;
+    const bool small = part / span * room >= EasyTickGap;
+    const double from = std::ceil(range.minimum / part - 1e-6);
+    const double to = std::floor(range.maximum / part + 1e-6);
+    for (double k = from; k <= to; ++k) {
+        if (std::fmod(k, parts) == 0) {
+            ticks.labelled.push_back(k * part);
+            ticks.labels.push_back(StepNumber(k * part, step));
+        } else if (small) {
+            ticks.plain.push_back(k * part);
+        }
+    }
+    return ticks;
+}
+
+std::optional<qint32> CategoryPlace::Nearest(double x) const
+{
+    if (last < first || !(room > 0))
+        return std::nullopt;
+    const double sample = std::floor(x / Width()) + first;
+    return static_cast<qint32>(std::clamp(sample, static_cast<double>(first), static_cast<double>(last)));
+}
+
+CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
+                               const std::function<double(qint32)> &labelWidth)
+{
+    CategoryTicks chosen;
+    if (!(place.room > 0))
+        return chosen;
+    const double width = place.Width();
+    const qint64 labels = settings.xAuto ? 1 : std::max(1, settings.xLabels);
+    const qint64 ticks = settings.xAuto ? 1 : std::max(1, settings.xTicks);
+
+    qint64 times = StepFor(width * static_cast<double>(labels), LeastLabelTurn);
+    std::optional<std::vector<qint32>> labelled = Labels(place, labels * times, labelWidth);
+    while (!labelled) {
+        times = NextStep(times);
+        labelled = Labels(place, labels * times, labelWidth);
+    }
+    chosen.labelled = *labelled;
+    const qint64 labelStep = labels * times;
+
+    qint64 tickStep = ticks * StepFor(width * static_cast<double>(ticks), LeastTickGap);
+    if (settings.xAuto) { // every label has a tick
+        tickStep = StepFor(width, EasyTickGap);
+        while (tickStep < labelStep && labelStep % tickStep != 0)
+            tickStep = NextStep(tickStep);
+        tickStep = std::min(tickStep, labelStep);
+    }
+    chosen.labelsHaveTicks = labelStep % tickStep == 0;
+    const qint64 end = qint64(place.first) + place.count;
+    for (qint64 at = AnchoredFrom(place.first, tickStep); at < end; at += tickStep)
+        chosen.ticks.push_back(static_cast<qint32>(at));
+    return chosen;
+}
+
+QString HoverText(const TableModel &table, qint32 sample)
+{
+    QStringList lines{table.Heading(0) + u' ' + table.Cell(sample, 0)};
+    const QString value = table.Cell(sample, 2).trimmed() + u' ' + table.Cell(sample, 3).trimmed();
+    for (const QString &line : {table.Cell(sample, 1).trimmed(), value.trimmed()}) {
+        if (!line.isEmpty())
+            lines << line;
+    }
+    return lines.join(u'\n');
+}
+
+} // namespace px40

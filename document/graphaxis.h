@@ -1,0 +1,91 @@
+#pragma once
+
+#include "document/graphsettings.h"
+
+#include <QString>
+#include <QtGlobal>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace px40 {
+
+class TableModel;
+
+// How the axes of a graph are scaled, divided and labelled. All lengths are in pixels, sample numbers are
+// 1-based.
+
+enum class AxisFormat {
+    Plain,    ///< one to four decimals: 0.0, 12.3456
+    Exponent, ///< the same with a power of ten behind it: 1.0E-3
+};
+
+/// Rounds half away from zero, as the number reads with fifteen digits. Empty when it is not finite.
+QString AxisNumber(double value, AxisFormat format);
+
+struct ValueRange
+{
+    double minimum;
+    double maximum;
+};
+
+/// The limits that the user gave. Nothing when the axis is automatic, and when the limits are none: a data
+/// file can hold any texts.
+std::optional<ValueRange> CustomValueRange(const GraphSettings &settings);
+
+/// How a custom value axis is labelled; nothing when the axis is automatic.
+std::optional<AxisFormat> ValueAxisFormat(const GraphSettings &settings);
+
+/// A calm range that holds all values from `lowest` to `highest`; nothing known: lowest above highest.
+ValueRange AutomaticValueRange(double lowest, double highest);
+
+struct ValueTicks
+{
+    std::vector<double> labelled;
+    std::vector<QString> labels; ///< as many
+    std::vector<double> plain;   ///< between them
+};
+
+/// Divides the range into `major` parts, and each of these into `minor` ones, and leaves out what would not
+/// be seen in `room`.
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, AxisFormat format, double room,
+                            double labelHeight);
+
+ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight);
+
+/// Where the categories of a graph stand: `count` of them share `room`, of which those up to `last` have a
+/// sample. Labels may reach out of it by so much.
+struct CategoryPlace
+{
+    qint32 first = 1;
+    int count = 1;
+    qint32 last = 0; ///< below `first`: no sample is seen
+    double room = 0;
+    double reachLeft = 0;
+    double reachRight = 0;
+
+    double Width() const { return room / count; }
+    /// The middle of a sample's category.
+    double X(qint32 sample) const { return (static_cast<double>(sample) - first + 0.5) * Width(); }
+    /// The sample nearest to `x`; nothing when none is seen.
+    std::optional<qint32> Nearest(double x) const;
+};
+
+struct CategoryTicks
+{
+    std::vector<qint32> labelled;
+    std::vector<qint32> ticks;
+    bool labelsHaveTicks = true;
+};
+
+/// Chooses samples 1, 1 + n, 1 + 2n and so on, so that labels travel with the data when the view scrolls: n
+/// as the user set it, or the least that fits. Labels that would touch are thinned out. Only labels that
+/// could be drawn are measured.
+CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
+                               const std::function<double(qint32)> &labelWidth);
+
+/// Number, time and value of a sample, a line each; what the sample does not have is left out.
+QString HoverText(const TableModel &table, qint32 sample);
+
+} // namespace px40

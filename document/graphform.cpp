@@ -1,0 +1,105 @@
+#include "document/graphform.h"
+
+#include "document/dataset.h"
+#include "document/numbers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+constexpr int HighestWhole = 32767;
+constexpr int LeastSamples = 2; // fewer make no line
+constexpr float LargestLimit = 60000;
+
+bool CheckWhole(QString *text, int least)
+{
+    const std::optional<int> value = WholeNumber(*text);
+    if (!value || *value < least)
+        return false;
+    *text = QString::number(*value);
+    return true;
+}
+
+bool CheckLimit(QString *text)
+{
+    const std::optional<float> value = SingleNumber(*text);
+    if (!value || std::abs(*value) > LargestLimit)
+        return false;
+    *text = PlainNumber(*value);
+    return true;
+}
+
+int Whole(const GraphForm &form, GraphField field)
+{
+    return WholeNumber(form[field]).value();
+}
+
+} // namespace
+
+GraphForm LoadGraphForm(const DataSet &dataSet)
+{
+    const QStringList axisX = dataSet.GetAxisX();
+    const QStringList axisY = dataSet.GetAxisY();
+    GraphForm form;
+    form[GraphField::End] = dataSet.GetGraphcount();
+    form.xAuto = BooleanValue(axisX.at(0)).value();
+    form[GraphField::Label] = axisX.at(1);
+    form[GraphField::Tick] = axisX.at(2);
+    form.yAuto = BooleanValue(axisY.at(0)).value();
+    form[GraphField::Min] = axisY.at(1);
+    form[GraphField::Max] = axisY.at(2);
+    form[GraphField::Major] = axisY.at(3);
+    form[GraphField::Minor] = axisY.at(4);
+    return form;
+}
+
+std::optional<GraphField> CheckGraphForm(GraphForm *form)
+{
+    GraphForm &fields = *form;
+    if (!fields.xAuto) {
+        for (const GraphField field : {GraphField::End, GraphField::Tick, GraphField::Label}) {
+            if (!CheckWhole(&fields[field], field == GraphField::End ? LeastSamples : 1))
+                return field;
+        }
+    }
+    if (!fields.yAuto) {
+        for (const GraphField field : {GraphField::Max, GraphField::Min}) {
+            if (!CheckLimit(&fields[field]))
+                return field;
+        }
+        // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
+        if (SingleNumber(fields[GraphField::Max]) <= SingleNumber(fields[GraphField::Min]))
+            return GraphField::Min;
+        for (const GraphField field : {GraphField::Major, GraphField::Minor}) {
+            if (!CheckWhole(&fields[field], 1))
+                return field;
+        }
+    }
+    return std::nullopt;
+}
+
+void ApplyGraphForm(const GraphForm &form, DataSet *dataSet)
+{
+    if (!form.xAuto)
+        dataSet->SetGraphcount(Whole(form, GraphField::End));
+    else if (dataSet->GetDatacount() > LeastSamples)
+        dataSet->SetGraphcount(std::min(dataSet->GetDatacount(), HighestWhole));
+
+    if (form.xAuto)
+        dataSet->SetAxisX(true, 1, 1);
+    else
+        dataSet->SetAxisX(false, Whole(form, GraphField::Label), Whole(form, GraphField::Tick));
+
+    if (form.yAuto)
+        dataSet->SetAxisY(true, QStringLiteral("1"), QStringLiteral("10"), 1, 1);
+    else
+        dataSet->SetAxisY(false, form[GraphField::Min], form[GraphField::Max], Whole(form, GraphField::Major),
+                          Whole(form, GraphField::Minor));
+
+    dataSet->PaintGraphtop();
+}
+
+} // namespace px40

@@ -1,0 +1,117 @@
+#include "document/graphline.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+constexpr LinePoint Gap{0, static_cast<double>(GraphPoint::Nothing)};
+
+bool IsGap(const LinePoint &point)
+{
+    return std::isnan(point.value);
+}
+
+/// Level stretches need no points in between.
+void AppendColumnPoint(Line &line, const LinePoint &point)
+{
+    const std::size_t size = line.size();
+    if (size >= 2 && line[size - 1].value == point.value && line[size - 2].value == point.value)
+        line.back() = point;
+    else if (size == 0 || line.back().sample != point.sample)
+        line.push_back(point);
+}
+
+void AppendGap(Line &line, double sample)
+{
+    if (!line.empty() && !IsGap(line.back()))
+        line.push_back({sample, Gap.value});
+}
+
+} // namespace
+
+Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 first, qint32 last,
+                int perColumn)
+{
+    Line line;
+    if (perColumn <= 1) {
+        for (qint32 sample = first; sample <= last; ++sample)
+            line.push_back({static_cast<double>(sample), static_cast<double>(series.At(sample).*member)});
+        return line;
+    }
+    for (qint64 from = first; from <= last;) {
+        const qint64 next = ((from - 1) / perColumn + 1) * perColumn + 1;
+        const auto end = static_cast<qint32>(std::min<qint64>(next - 1, last));
+        LinePoint begin = Gap;
+        LinePoint lowest = Gap;
+        LinePoint highest = Gap;
+        LinePoint final = Gap;
+        for (auto sample = static_cast<qint32>(from); sample <= end; ++sample) {
+            const float value = series.At(sample).*member;
+            if (std::isnan(value))
+                continue;
+            final = {static_cast<double>(sample), static_cast<double>(value)};
+            if (IsGap(begin))
+                begin = lowest = highest = final;
+            if (final.value < lowest.value)
+                lowest = final;
+            if (final.value > highest.value)
+                highest = final;
+        }
+        if (IsGap(begin)) {
+            AppendGap(line, static_cast<double>(from));
+        } else {
+            if (highest.sample < lowest.sample)
+                std::swap(lowest, highest);
+            for (const LinePoint &point : {begin, lowest, highest, final})
+                AppendColumnPoint(line, point);
+        }
+        from = next;
+    }
+    return line;
+}
+
+Line LonePoints(const Line &line)
+{
+    Line lone;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const bool before = i > 0 && !IsGap(line[i - 1]);
+        const bool behind = i + 1 < line.size() && !IsGap(line[i + 1]);
+        if (!IsGap(line[i]) && !before && !behind)
+            lone.push_back(line[i]);
+    }
+    return lone;
+}
+
+Line ClippedLine(const Line &line, double minimum, double maximum)
+{
+    Line clipped;
+    clipped.reserve(line.size());
+    const auto inside = [&](const LinePoint &p) { return p.value >= minimum && p.value <= maximum; };
+    const auto crossing = [](const LinePoint &a, const LinePoint &b, double limit) {
+        return LinePoint{a.sample + (b.sample - a.sample) * (limit - a.value) / (b.value - a.value), limit};
+    };
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const LinePoint &point = line[i];
+        if (i > 0 && !IsGap(line[i - 1]) && !IsGap(point)) {
+            const LinePoint &last = line[i - 1];
+            const bool rises = point.value > last.value;
+            for (const double limit : rises ? std::array{minimum, maximum} : std::array{maximum, minimum}) {
+                if ((last.value < limit) != (point.value < limit) && last.value != limit &&
+                    point.value != limit)
+                    clipped.push_back(crossing(last, point, limit));
+            }
+        }
+        if (inside(point))
+            clipped.push_back(point);
+        else if (i + 1 < line.size() || IsGap(point))
+            clipped.push_back({point.sample, Gap.value});
+    }
+    return clipped;
+}
+
+} // namespace px40

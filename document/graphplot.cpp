@@ -1,0 +1,321 @@
+#include "document/graphplot.h"
+
+#include "document/dataset.h"
+#include "document/graphline.h"
+#include "resources/strings.h"
+
+#include <QFontMetricsF>
+#include <QPalette>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+constexpr int TickLength = 5;
+constexpr int SmallTickLength = 3;
+constexpr int LabelPadding = 3;
+constexpr double MarkSize = 5;
+constexpr double MarkRoom = 11;     // pixels to a sample from which on each reading gets a mark
+constexpr int LowestWithLegend = 9; // in lines of text
+constexpr int SmoothPoints = 4000;  // more of them cost more than smooth lines are worth
+constexpr int StrongPoints = 400;   // more of them would melt into each other as strong lines
+
+/// Ticks and labels that were chosen beforehand.
+class ChosenTicker : public QCPAxisTicker
+{
+  public:
+    QVector<double> ticks;
+    QVector<double> plain;
+    QVector<QString> labels;
+
+    void generate(const QCPRange &, const QLocale &, QChar, int, QVector<double> &ticksOut,
+                  QVector<double> *plainOut, QVector<QString> *labelsOut) override
+    {
+        ticksOut = ticks;
+        if (plainOut)
+            *plainOut = plain;
+        if (labelsOut)
+            *labelsOut = labels;
+    }
+};
+
+ChosenTicker &TickerOf(QCPAxis *axis)
+{
+    return static_cast<ChosenTicker &>(*axis->ticker());
+}
+
+/// Blank room around the picture, in proportion to its texts.
+int Edge(const QFont &font)
+{
+    return static_cast<int>(QFontMetricsF(font).height() * 0.4);
+}
+
+QColor Mixed(const QColor &a, const QColor &b, double part)
+{
+    const auto mix = [part](int from, int to) { return static_cast<int>(from + (to - from) * part); };
+    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
+
+void SetLine(QCPGraph *drawing, const Line &line)
+{
+    QVector<QCPGraphData> points;
+    points.reserve(static_cast<qsizetype>(line.size()));
+    for (const LinePoint &point : line)
+        points.append({point.sample, point.value});
+    drawing->data()->set(points, true);
+}
+
+} // namespace
+
+GraphStyle GraphStyle::ForPalette(const QPalette &palette, bool enabled)
+{
+    const QPalette::ColorGroup group = enabled ? QPalette::Active : QPalette::Disabled;
+    GraphStyle style;
+    style.background = palette.color(group, QPalette::Base);
+    style.text = palette.color(group, QPalette::Text);
+    const bool dark = style.background.lightness() < 128;
+    style.reading = dark ? QColor(0x6c, 0xb6, 0xff) : QColor(0x0b, 0x5f, 0xb0);
+    style.maximum = dark ? QColor(0xff, 0x8f, 0x80) : QColor(0xb8, 0x32, 0x26);
+    style.minimum = dark ? QColor(0x7b, 0xd8, 0x8f) : QColor(0x1a, 0x77, 0x3c);
+    return style;
+}
+
+GraphStyle GraphStyle::Paper()
+{
+    QPalette palette;
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::Text, Qt::black);
+    GraphStyle style = ForPalette(palette, true);
+    style.lineWidth = 2;
+    return style;
+}
+
+GraphPlot::GraphPlot(const DataSet *set, QWidget *parent) : QCustomPlot(parent), set_(set)
+{
+    mReplotting = true; // nothing is drawn but on request, and never into the buffers of the base class
+    setPlottingHints(QCP::phFastPolylines);
+    legend->setVisible(false);
+    axisRect()->setAutoMargins(QCP::msNone);
+    axisRect()->setMinimumSize(1, 1);
+    for (QCPAxis *const axis : {xAxis, yAxis}) {
+        axis->setTicker(QSharedPointer<ChosenTicker>::create());
+        axis->setTickLength(0, TickLength);
+        axis->setSubTickLength(0, SmallTickLength);
+        axis->setTickLabelPadding(LabelPadding);
+        axis->grid()->setZeroLinePen(Qt::NoPen);
+    }
+    for (int i = 0; i < DrawingCount; ++i)
+        addGraph()->setAdaptiveSampling(false); // it drops readings beside gaps; the lines are thin already
+    graph(Marks)->setLineStyle(QCPGraph::lsNone);
+    SetStyle(GraphStyle::Paper());
+}
+
+void GraphPlot::SetStyle(const GraphStyle &style)
+{
+    style_ = style;
+    setBackground(style.background);
+    const QPen line(Mixed(style.background, style.text, 0.55), style.lineWidth);
+    const QPen gridLine(Mixed(style.background, style.text, 0.13), style.lineWidth);
+    for (QCPAxis *const axis : {xAxis, yAxis}) {
+        axis->setBasePen(line);
+        axis->setTickPen(line);
+        axis->setSubTickPen(line);
+        axis->setTickLabelColor(style.text);
+        axis->grid()->setPen(gridLine);
+    }
+    const auto pen = [&](const QColor &color, const QVector<qreal> &dashes) {
+        QPen made(color, style.lineWidth);
+        if (!dashes.isEmpty())
+            made.setDashPattern(dashes);
+        made.setCapStyle(Qt::FlatCap);
+        return made;
+    };
+    graph(Readings)->setPen(pen(style.reading, {}));
+    graph(Marks)->setPen(pen(style.reading, {}));
+    graph(Maximum)->setPen(pen(style.maximum, {7, 3}));
+    graph(Minimum)->setPen(pen(style.minimum, {2, 2}));
+    graph(Marks)->setScatterStyle({QCPScatterStyle::ssDisc, MarkSize * style.lineWidth});
+}
+
+void GraphPlot::Fill(const QSize &size, double density)
+{
+    setViewport({QPoint(0, 0), size});
+    xAxis->setTickLabelFont(font());
+    yAxis->setTickLabelFont(font());
+    const QFontMetricsF metrics(font());
+    const int lineHeight = static_cast<int>(std::ceil(metrics.height()));
+    legendShown_ = size.height() >= LowestWithLegend * lineHeight;
+
+    place_ = {};
+    if (set_) {
+        place_.first = set_->Scroll().value + 1;
+        place_.count = std::max(1, set_->Graph().count);
+        const qint32 samples = std::min(set_->GetDatacount(), set_->Series().Count());
+        place_.last = static_cast<qint32>(std::min<qint64>(qint64(place_.first) + place_.count - 1, samples));
+    }
+    const int edge = Edge(font());
+    const int top = legendShown_ ? edge / 2 + lineHeight + lineHeight / 2 : edge + lineHeight / 4;
+    const int bottom = TickLength + LabelPadding + lineHeight + edge / 2;
+    FillValueAxis(size.height() - top - bottom);
+    double labels = 0;
+    for (const QString &label : std::as_const(TickerOf(yAxis).labels))
+        labels = std::max(labels, metrics.horizontalAdvance(label));
+    const int left = static_cast<int>(labels) + TickLength + LabelPadding + edge + 1;
+    const int right = edge * 2;
+    axisRect()->setMargins({left, top, right, bottom});
+
+    place_.room = std::max(1, size.width() - left - right);
+    place_.reachLeft = left - 2;
+    place_.reachRight = right - 2;
+    FillCategoryAxis();
+    FillLines(density);
+    updateLayout();
+}
+
+ValueRange GraphPlot::RangeInView() const
+{
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = -lowest;
+    for (qint32 sample = place_.first; sample <= place_.last; ++sample) {
+        const GraphPoint &point = set_->Series().At(sample);
+        for (const float value : {point.reading, point.maximum, point.minimum}) {
+            if (!std::isfinite(value))
+                continue;
+            lowest = std::min(lowest, static_cast<double>(value));
+            highest = std::max(highest, static_cast<double>(value));
+        }
+    }
+    return AutomaticValueRange(lowest, highest);
+}
+
+void GraphPlot::FillValueAxis(double room)
+{
+    const GraphSettings settings = set_ ? set_->Graph() : GraphSettings();
+    const double labelHeight = QFontMetricsF(font()).height();
+    const std::optional<AxisFormat> format = ValueAxisFormat(settings);
+    const ValueRange range = format ? *CustomValueRange(settings) : RangeInView();
+    const ValueTicks ticks =
+        format ? CustomValueTicks(range, settings.yMajor, settings.yMinor, *format, room, labelHeight)
+               : AutomaticValueTicks(range, room, labelHeight);
+    yAxis->setRange(range.minimum, range.maximum);
+    ChosenTicker &ticker = TickerOf(yAxis);
+    ticker.ticks = QVector<double>(ticks.labelled.begin(), ticks.labelled.end());
+    ticker.plain = QVector<double>(ticks.plain.begin(), ticks.plain.end());
+    ticker.labels = QVector<QString>(ticks.labels.begin(), ticks.labels.end());
+}
+
+void GraphPlot::FillCategoryAxis()
+{
+    const QFontMetricsF metrics(font());
+    const auto label = [this](qint32 sample) { return set_->Table().Cell(sample, 1); };
+    const CategoryTicks chosen =
+        ChooseCategories(place_, set_ ? set_->Graph() : GraphSettings(),
+                         [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
+    xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
+    // A label without a tick is the label of a tick without length.
+    xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);
+    ChosenTicker &ticker = TickerOf(xAxis);
+    ticker.ticks = QVector<double>(chosen.labelled.begin(), chosen.labelled.end());
+    ticker.plain = QVector<double>(chosen.ticks.begin(), chosen.ticks.end());
+    ticker.labels.clear();
+    for (const qint32 sample : chosen.labelled)
+        ticker.labels.append(label(sample));
+}
+
+void GraphPlot::FillLines(double density)
+{
+    const int perColumn = static_cast<int>(std::ceil(place_.count / (place_.room * density)));
+    const QCPRange range = yAxis->range();
+    const auto fill = [&](Drawing drawing, float GraphPoint::*member) {
+        Line line = set_ ? SeriesLine(set_->Series(), member, place_.first, place_.last, perColumn) : Line();
+        SetLine(graph(drawing), ClippedLine(line, range.lower, range.upper));
+        return line;
+    };
+    fill(Maximum, &GraphPoint::maximum);
+    fill(Minimum, &GraphPoint::minimum);
+    Line marks = fill(Readings, &GraphPoint::reading);
+    if (place_.Width() < MarkRoom * style_.lineWidth)
+        marks = LonePoints(marks);
+    // A mark that is nowhere would still be drawn in some corner.
+    std::erase_if(marks,
+                  [&](const LinePoint &p) { return !(p.value >= range.lower && p.value <= range.upper); });
+    SetLine(graph(Marks), marks);
+
+    const int points = graph(Readings)->dataCount();
+    // A width of exactly 1 would be one device pixel, however small these are.
+    const double thin = density > 1 ? style_.lineWidth * 1.01 : style_.lineWidth;
+    const auto look = [&](Drawing drawing, double width, bool smooth) {
+        QPen pen = graph(drawing)->pen();
+        pen.setWidthF(width);
+        graph(drawing)->setPen(pen);
+        graph(drawing)->setAntialiased(smooth);
+    };
+    look(Readings, points <= StrongPoints ? thin * 1.5 : thin, points <= SmoothPoints);
+    look(Marks, thin, true);
+    for (const Drawing drawing : {Maximum, Minimum}) // level lines of a single pixel look best unsmoothed
+        look(drawing, thin, style_.lineWidth * density > 1);
+}
+
+const DataSet *GraphPlot::Set() const
+{
+    return set_;
+}
+
+GraphPoint GraphPlot::Point(qint32 sample) const
+{
+    const bool inView =
+        set_ && sample >= place_.first && sample <= place_.last && sample <= set_->Series().Count();
+    return inView ? set_->Series().At(sample) : GraphPoint();
+}
+
+void GraphPlot::Draw(QCPPainter &painter)
+{
+    painter.fillRect(viewport(), style_.background);
+    draw(&painter);
+}
+
+void GraphPlot::draw(QCPPainter *painter)
+{
+    QCustomPlot::draw(painter);
+    DrawLegend(*painter);
+}
+
+void GraphPlot::DrawLegend(QCPPainter &painter)
+{
+    if (!legendShown_)
+        return;
+    const QFontMetricsF metrics(font());
+    const double lineHeight = metrics.height();
+    painter.setFont(font());
+    painter.setAntialiasing(false);
+    double x = PlotRect().right();
+    const double top = Edge(font()) / 2.0;
+    const auto text = [&](double left, double width, int flags, const QString &words) {
+        painter.setPen(style_.text);
+        painter.drawText(QRectF(left, top, width, lineHeight), flags | Qt::AlignVCenter | Qt::TextSingleLine,
+                         words);
+    };
+    const double middle = std::round(top + lineHeight / 2);
+    const double sampleWidth = lineHeight * 1.8;
+    for (const auto &[drawing, id] :
+         {std::pair{Minimum, Str::StatisticMin}, std::pair{Maximum, Str::StatisticMax},
+          std::pair{Readings, Str::HeadingData}}) {
+        const QString words = Text(id);
+        const double width = std::ceil(metrics.horizontalAdvance(words)) + 1;
+        x -= width;
+        text(x, width, Qt::AlignLeft, words);
+        x -= sampleWidth + LabelPadding * 2;
+        painter.setPen(graph(drawing)->pen());
+        painter.drawLine(QLineF(x, middle, x + sampleWidth, middle));
+        x -= lineHeight;
+    }
+    const double room = x - PlotRect().left();
+    if (!caption_.isEmpty() && room > lineHeight)
+        text(PlotRect().left(), room, Qt::AlignLeft, metrics.elidedText(caption_, Qt::ElideMiddle, room));
+}
+
+} // namespace px40

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <optional>
+
+namespace px40 {
+
+// Numbers as users type them and as data files hold them: with "." as decimal point whatever the user's
+// language, blanks around them allowed.
+
+/// A whole number from -32768 to 32767. Nothing when the text is none; "20.0" is 20, "2.5" is none.
+std::optional<int> WholeNumber(QStringView text);
+
+/// A finite number of single precision. Nothing when the text is none.
+std::optional<float> SingleNumber(QStringView text);
+
+/// "True" and "False" in any case, or a number, of which zero alone is false. Nothing for any other text.
+std::optional<bool> BooleanValue(QStringView text);
+
+/// How a number that passed is written again: shortest, seven digits at most.
+QString PlainNumber(float value);
+
+/// "True" or "False".
+QString BooleanText(bool value);
+
+} // namespace px40

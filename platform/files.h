@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+class QFileDevice;
+class QIODevice;
+
+namespace px40 {
+
+/// Gives a file the hidden attribute, where files have one; elsewhere nothing is done.
+void SetHidden(const QString &name);
+
+/// Takes all attributes (hidden, read-only, system) from a file, where files have them.
+void ClearAttributes(const QString &name);
+
+/// Copies what is left of one open device to another, block by block. False with the reason in `readError`
+/// or `writeError`; neither is changed otherwise.
+bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writeError);
+
+/// Hands everything that was written to the disk and closes the file; false with the reason in `error`. A
+/// full disk may show here only.
+bool Close(QFileDevice &file, QString *error);
+
+/// Puts a copy of the file `from` in the place of the file `name`, or makes that anew: the bytes go into a
+/// temporary neighbour first, so that whatever happens `name` holds either what it held or all of the new.
+/// False with the reason in `error`.
+bool ReplaceFile(const QString &from, const QString &name, QString *error);
+
+} // namespace px40

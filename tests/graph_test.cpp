@@ -1,0 +1,327 @@
+#include "document/chart.h"
+#include "document/dataset.h"
+#include "document/graphexport.h"
+#include "document/graphline.h"
+#include "document/graphpane.h"
+#include "link/linkstate.h"
+
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolTip>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+#include <utility>
+
+using namespace px40;
+
+namespace {
+
+struct GraphRig
+{
+    explicit GraphRig(int samples = 0)
+    {
+        set.OpenNew(KindRealtime);
+        for (int i = 1; i <= samples; ++i)
+            Add(QString::number(i));
+    }
+
+    void Add(const QString &reading)
+    {
+        set.AddGridrow();
+        set.AddRealtimedata(QStringLiteral("10:00"), reading, QStringLiteral("VDC"), QString(), QString(),
+                            IsValidReading(reading));
+    }
+
+    LinkState state;
+    DocumentShared shared;
+    DataSet set{state, shared};
+};
+
+GraphSeries Series(const std::vector<float> &readings)
+{
+    GraphSeries series;
+    for (const float reading : readings)
+        series.Append({reading, GraphPoint::Nothing, GraphPoint::Nothing});
+    return series;
+}
+
+QString Shown(const Line &line)
+{
+    QStringList points;
+    for (const LinePoint &point : line)
+        points << (std::isnan(point.value) ? u"-"_qs : u"%1:%2"_qs.arg(point.sample).arg(point.value));
+    return points.join(u' ');
+}
+
+QString Shown(const std::vector<qint32> &samples)
+{
+    QStringList texts;
+    for (const qint32 sample : samples)
+        texts << QString::number(sample);
+    return texts.join(u' ');
+}
+
+constexpr float None = GraphPoint::Nothing;
+
+} // namespace
+
+class GraphTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void AxisNumbersFollowTheirFormat();
+    void NarrowCustomAxesHaveExponents();
+    void AutomaticAxesHoldTheReadings();
+    void DivisionsOfValuesAreThinnedOut();
+    void CategoriesAreAnchoredAndApart();
+    void LinesKeepWhatIsSeen();
+    void ViewFollowsTheScroll();
+    void WheelAndKeysMoveTheView();
+    void ManySamplesArePaintedOnce();
+    void GraphOutlivesItsSet();
+    void PicturesAreOfTheirKind();
+    void FilesThatCannotBeWrittenSayWhy();
+};
+
+void GraphTest::AxisNumbersFollowTheirFormat()
+{
+    const std::tuple<double, const char *, const char *> rows[] = {
+        {0, "0.0", "0.0E0"},
+        {-0.0, "0.0", "0.0E0"},
+        {-12.5, "-12.5", "-1.25E1"},
+        {0.00005, "0.0001", "5.0E-5"},
+        {-0.00004, "0.0", "-4.0E-5"},
+        {2.00005, "2.0001", "2.0001E0"},
+        {0.03125, "0.0313", "3.125E-2"},
+        {9.99996, "10.0", "1.0E1"},
+        {-60000, "-60000.0", "-6.0E4"},
+        {1e-12, "0.0", "1.0E-12"},
+        {1.23456789e17, "123456789000000000.0", "1.2346E17"},
+    };
+    for (const auto &[value, plain, exponent] : rows) {
+        QCOMPARE(AxisNumber(value, AxisFormat::Plain), QLatin1String(plain));
+        QCOMPARE(AxisNumber(value, AxisFormat::Exponent), QLatin1String(exponent));
+    }
+}
+
+void GraphTest::NarrowCustomAxesHaveExponents()
+{
+    const auto format = [](const QString &minimum, const QString &maximum, bool automatic = false) {
+        GraphSettings settings;
+        settings.yAuto = automatic;
+        settings.yMinimum = minimum;
+        settings.yMaximum = maximum;
+        return ValueAxisFormat(settings);
+    };
+    QCOMPARE(format(u"1"_qs, u"1.5"_qs), AxisFormat::Plain);
+    QCOMPARE(format(u"1"_qs, u"1.005"_qs), AxisFormat::Exponent);
+    QCOMPARE(format(u"0"_qs, u"0.01"_qs), AxisFormat::Plain);
+    QVERIFY(!format(u"1"_qs, u"1.005"_qs, true));
+    QVERIFY(!format(u"1"_qs, u"1"_qs)); // a file may hold these
+    QVERIFY(!format(u"2"_qs, u"1"_qs));
+    QVERIFY(!format(u"low"_qs, u"1"_qs));
+}
+
+void GraphTest::AutomaticAxesHoldTheReadings()
+{
+    const std::pair<double, double> readings[] = {
+        {1.0023, 1.0031}, {-5, -5}, {0, 0}, {-3e38, 3e38}, {1, 1.0000001}};
+    for (const auto &[lowest, highest] : readings) {
+        const ValueRange range = AutomaticValueRange(lowest, highest);
+        QVERIFY(range.minimum < lowest && range.maximum > highest);
+        const ValueTicks ticks = AutomaticValueTicks(range, 300, 15);
+        QVERIFY(ticks.labels.size() >= 2 && ticks.labels.size() <= 20);
+        QVERIFY(std::adjacent_find(ticks.labels.begin(), ticks.labels.end()) == ticks.labels.end());
+    }
+}
+
+void GraphTest::DivisionsOfValuesAreThinnedOut()
+{
+    const ValueTicks few = CustomValueTicks({0, 1}, 4, 2, AxisFormat::Plain, 300, 15);
+    QCOMPARE(QStringList(few.labels.begin(), few.labels.end()).join(u' '), u"0.0 0.25 0.5 0.75 1.0"_qs);
+    QCOMPARE(few.plain, (std::vector<double>{0.125, 0.375, 0.625, 0.875}));
+    const ValueTicks many = CustomValueTicks({0, 1}, 32767, 32767, AxisFormat::Plain, 300, 15);
+    QVERIFY(many.labels.size() >= 5 && many.labels.size() <= 16);
+    QVERIFY(many.plain.size() <= 100);
+}
+
+void GraphTest::CategoriesAreAnchoredAndApart()
+{
+    // Labels are 45 pixels wide; a spacing of 0 is the automatic one.
+    const auto chosen = [](qint32 first, int count, qint32 last, double room, int spacing) {
+        GraphSettings settings;
+        settings.xAuto = spacing == 0;
+        settings.xLabels = settings.xTicks = spacing;
+        const CategoryTicks ticks =
+            ChooseCategories({first, count, last, room, 30, 0}, settings, [](qint32) { return 45.0; });
+        return Shown(ticks.labelled) + u" | "_qs + Shown(ticks.ticks);
+    };
+    QCOMPARE(chosen(1, 4, 4, 400, 0), u"1 2 3 4 | 1 2 3 4"_qs);
+    QCOMPARE(chosen(1, 4, 2, 400, 0), u"1 2 | 1 2 3 4"_qs); // no label behind the data
+    QCOMPARE(chosen(4, 10, 13, 120, 0), u"6 11 | 4 5 6 7 8 9 10 11 12 13"_qs);
+    QCOMPARE(chosen(2, 10, 11, 1000, 3), u"4 7 10 | 4 7 10"_qs);
+    QCOMPARE(chosen(1, 20, 20, 200, 3), u"1 7 13 | 1 4 7 10 13 16 19"_qs);
+    QCOMPARE(chosen(1, 20, 0, 60, 7), u" | 1 8 15"_qs);
+    // A long view measures few labels, whether they have a text or not.
+    for (const double width : {0.0, 60.0}) {
+        int measured = 0;
+        const auto labelWidth = [&](qint32) { return ++measured, width; };
+        const CategoryTicks ticks = ChooseCategories({1, 32767, 32767, 800, 40, 10}, {}, labelWidth);
+        QVERIFY2(measured < 200 && ticks.ticks.size() < 300, qPrintable(QString::number(measured)));
+    }
+}
+
+void GraphTest::LinesKeepWhatIsSeen()
+{
+    const Line gaps = SeriesLine(Series({1, None, 2, None, 3, 4, None}), &GraphPoint::reading, 1, 7, 1);
+    QCOMPARE(Shown(gaps), u"1:1 - 3:2 - 5:3 6:4 -"_qs);
+    QCOMPARE(Shown(LonePoints(gaps)), u"1:1 3:2"_qs);
+    // Peaks and gaps of columns that are four samples wide, which begin at the same samples in every view.
+    const GraphSeries many = Series({None, 2, 9, 1, 3, None, None, None, None, None, None, None, 5, 5, 5, 5});
+    QCOMPARE(Shown(SeriesLine(many, &GraphPoint::reading, 1, 16, 4)), u"2:2 3:9 4:1 5:3 - 13:5 16:5"_qs);
+    QCOMPARE(Shown(SeriesLine(many, &GraphPoint::reading, 3, 14, 4)), u"3:9 4:1 5:3 - 13:5 14:5"_qs);
+    const Line line{{1, 0}, {2, 4}, {3, 2}, {4, -8}, {5, 12}, {6, None}, {7, 5}};
+    QCOMPARE(Shown(ClippedLine(line, 1, 3)), u"- 1.25:1 1.75:3 - 2.5:3 3:2 3.1:1 - 4.45:1 4.55:3 - -"_qs);
+}
+
+void GraphTest::ViewFollowsTheScroll()
+{
+    GraphRig rig(3);
+    GraphPlot plot(&rig.set);
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.graph(GraphPlot::Readings)->dataCount(), 3);
+    QCOMPARE(plot.xAxis->range(), QCPRange(0.5, 20.5)); // the window is as wide as ever
+    const auto maxima = plot.graph(GraphPlot::Maximum)->data();
+    QVERIFY(std::isnan(maxima->at(0)->value)); // none before the first reading
+    QCOMPARE(maxima->at(2)->value, 2.0);
+    for (int i = 4; i <= 30; ++i)
+        rig.Add(QString::number(i));
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.xAxis->range(), QCPRange(10.5, 30.5));
+    QCOMPARE(plot.graph(GraphPlot::Readings)->data()->at(0)->value, 11.0);
+    QCOMPARE(plot.graph(GraphPlot::Readings)->data()->at(19)->value, 30.0);
+    rig.set.PaintGraphtop();
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.xAxis->range(), QCPRange(0.5, 20.5));
+    QCOMPARE(plot.Place().Nearest(-5), 1);
+    QCOMPARE(plot.Place().Nearest(1e6), 20);
+    QCOMPARE(HoverText(rig.set.Table(), 12), u"No. 12\n10:00\n12 VDC"_qs);
+}
+
+void GraphTest::WheelAndKeysMoveTheView()
+{
+    GraphRig rig(100);
+    rig.set.PaintGraphtop();
+    GraphPane pane(&rig.set);
+    Chart *const chart = pane.Graph();
+    auto *const bar = pane.findChild<QScrollBar *>(u"sbData"_qs);
+    QCOMPARE(bar->maximum(), 80);
+    QCOMPARE(bar->pageStep(), 20);
+    const auto turn = [&](int x, int y) {
+        QWheelEvent event({50, 50}, {50, 50}, {}, {x, y}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(chart, &event);
+        return bar->value();
+    };
+    QCOMPARE(turn(0, -120), 2);
+    QCOMPARE(turn(-120, 0), 4);
+    turn(0, -30);
+    QCOMPARE(turn(0, -30), 5); // half a notch in two steps
+    QCOMPARE(turn(0, 1200), 0);
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(chart, key);
+        return bar->value();
+    };
+    QCOMPARE(press(Qt::Key_Right), 1);
+    QCOMPARE(press(Qt::Key_PageDown), 21);
+    QCOMPARE(press(Qt::Key_End), 80);
+    QCOMPARE(press(Qt::Key_PageUp), 60);
+    QCOMPARE(press(Qt::Key_Left), 59);
+    QCOMPARE(press(Qt::Key_Home), 0);
+    bar->setValue(7);
+    QCOMPARE(rig.set.Scroll().value, 7);
+    rig.set.SetGraphcount(200);
+    rig.set.PaintGraphtop();
+    QVERIFY(!bar->isEnabled());
+}
+
+void GraphTest::ManySamplesArePaintedOnce()
+{
+    GraphRig rig(5);
+    Chart chart(&rig.set);
+    chart.resize(400, 200);
+    int fills = 0;
+    connect(&chart, &QCustomPlot::afterLayout, this, [&] { ++fills; });
+    for (int i = 0; i < 1000; ++i)
+        rig.Add(u"1.5"_qs);
+    QCoreApplication::processEvents();
+    QCOMPARE(fills, 0); // hidden
+    chart.show();
+    QTRY_VERIFY(fills > 0);
+    QCoreApplication::processEvents();
+    const int once = std::exchange(fills, 0);
+    for (int i = 0; i < 1000; ++i)
+        rig.Add(u"2.5"_qs);
+    QTRY_VERIFY(fills > 0);
+    QCoreApplication::processEvents();
+    QVERIFY2(fills <= once, qPrintable(QString::number(fills)));
+}
+
+void GraphTest::GraphOutlivesItsSet()
+{
+    auto rig = std::make_unique<GraphRig>(30);
+    GraphPane pane(&rig->set);
+    pane.show();
+    QVERIFY(QTest::qWaitForWindowActive(&pane));
+    QTest::mouseMove(pane.Graph(), pane.Graph()->rect().center());
+    QTRY_COMPARE(QToolTip::text(), u"No. 20\n10:00\n20 VDC"_qs);
+    rig->Add(u"31"_qs); // moves the samples under the pointer
+    QTRY_COMPARE(QToolTip::text(), u"No. 21\n10:00\n21 VDC"_qs);
+    rig->set.OpenNew(KindMemory); // no sample is left there
+    QTRY_COMPARE(QToolTip::text(), QString());
+    rig.reset();
+    pane.Graph()->grab();
+    QTest::keyClick(pane.Graph(), Qt::Key_End);
+    QVERIFY(!GraphPicture(*pane.Graph(), GraphFileKind::Png).isEmpty());
+}
+
+void GraphTest::PicturesAreOfTheirKind()
+{
+    GraphRig rig(30);
+    Chart chart(&rig.set);
+    chart.resize(400, 200);
+    const QImage before = chart.grab().toImage();
+    QVERIFY(GraphPicture(chart, GraphFileKind::Png).startsWith("\x89PNG"));
+    const QByteArray svg = GraphPicture(chart, GraphFileKind::Svg, u"readings"_qs);
+    QVERIFY(svg.startsWith("<?xml") && svg.contains("<svg"));
+    QVERIFY(svg.contains(">readings</text>") && svg.contains(">10:00</text>") && !svg.contains("<image"));
+    const QByteArray pdf = GraphPicture(chart, GraphFileKind::Pdf);
+    QVERIFY(pdf.startsWith("%PDF-") && !pdf.contains("/Subtype /Image"));
+    const std::unique_ptr<QMimeData> mime = GraphMimeData(chart);
+    QVERIFY(mime->hasImage() && mime->hasFormat(u"image/svg+xml"_qs));
+    QCOMPARE(chart.grab().toImage(), before);
+}
+
+void GraphTest::FilesThatCannotBeWrittenSayWhy()
+{
+    GraphRig rig(3);
+    const Chart chart(&rig.set);
+    const QTemporaryDir folder;
+    QString error;
+    QVERIFY2(WriteGraphFile(chart, folder.filePath(u"a.PNG"_qs), &error), qPrintable(error));
+    QVERIFY(QImage(folder.filePath(u"a.PNG"_qs)).size().isValid());
+    for (const QString &name : {u"no/a.png"_qs, u"a.txt"_qs, u"png"_qs}) {
+        error.clear();
+        QVERIFY(!WriteGraphFile(chart, folder.filePath(name), &error));
+        QVERIFY(!error.isEmpty());
+    }
+}
+
+QTEST_MAIN(GraphTest)
+#include "graph_test.moc"
