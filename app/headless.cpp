@@ -61,6 +61,11 @@ class ProgressLine : public ProgressView
     QString message_;
 };
 
+QString About(const QString &file, const QString &sentence)
+{
+    return file + QStringLiteral(": ") + sentence;
+}
+
 int PortToUse(const CommandLine &line, const Services &services)
 {
     if (line.downloadPort != 0)
@@ -87,7 +92,7 @@ QCoro::Task<QString> Download(Services *services, NobodyToAsk *prompts, QString 
     if (!complete)
         co_return prompts->told;
     if (!dataSet->SaveFile(name))
-        co_return services->state.ErrorMessage + QStringLiteral(": ") + name;
+        co_return About(name, services->state.ErrorMessage);
     for (const auto &[label, text] : {std::pair(Str::StatisticMax, dataSet->GetDispmax(true)),
                                       std::pair(Str::StatisticMin, dataSet->GetDispmin(true)),
                                       std::pair(Str::StatisticAvg, dataSet->GetDispavg())})
@@ -117,10 +122,13 @@ int RunDownload(const CommandLine &line)
         return Fail(Text(Str::OtherCopyRuns));
     const QString name = QDir::toNativeSeparators(QFileInfo(line.downloadTo).absoluteFilePath());
     // Looked at now, not after a download that nobody can keep.
+    const QFileInfo target(name);
+    if (!QFileInfo(target.path()).isDir())
+        return Fail(About(target.path(), Text(Str::FolderNotThere)));
+    if (target.exists() && !target.isFile())
+        return Fail(About(name, Text(Str::FileNotRegular)));
     if (!MayBeWritten(name))
-        return Fail(Text(Str::FileReadOnly) + u' ' + name);
-    if (!QFileInfo(QFileInfo(name).path()).isDir())
-        return Fail(Text(Str::FolderNotThere) + u' ' + QFileInfo(name).path());
+        return Fail(About(name, Text(Str::FileReadOnly)));
 
     QString error;
     const QString folder = DataFolder(line.dataFolder, &error);

@@ -1,32 +1,16 @@
 #pragma once
 
 #include "document/graphaxis.h"
+#include "document/graphstyle.h"
 #include "document/plotlibrary.h"
 
-#include <QColor>
 #include <QPointer>
 #include <QString>
-
-class QPalette;
 
 namespace px40 {
 
 class DataSet;
 struct GraphPoint;
-
-/// Colours and strength of a graph's picture.
-struct GraphStyle
-{
-    QColor background;
-    QColor text;
-    QColor reading;
-    QColor maximum;
-    QColor minimum;
-    double lineWidth = 1;
-
-    static GraphStyle ForPalette(const QPalette &palette, bool enabled);
-    static GraphStyle Paper();
-};
 
 /// The picture of a data set's graph: readings, running maximum and minimum of the samples in view, axes and
 /// a line that says what is what. It draws only on request, onto any painter; `Chart` is its life on the

@@ -278,7 +278,7 @@ void GraphTest::GraphOutlivesItsSet()
     auto rig = std::make_unique<GraphRig>(30);
     GraphPane pane(&rig->set);
     pane.show();
-    QVERIFY(QTest::qWaitForWindowActive(&pane));
+    QVERIFY(QTest::qWaitForWindowExposed(&pane));
     QTest::mouseMove(pane.Graph(), pane.Graph()->rect().center());
     QTRY_COMPARE(QToolTip::text(), u"No. 20\n10:00\n20 VDC"_qs);
     rig->Add(u"31"_qs); // moves the samples under the pointer

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QColor>
+
+class QPalette;
+
+namespace px40 {
+
+/// Colours and strength of a graph's picture.
+struct GraphStyle
+{
+    QColor background;
+    QColor text;
+    QColor reading;
+    QColor maximum;
+    QColor minimum;
+    double lineWidth = 1;
+
+    static GraphStyle ForPalette(const QPalette &palette, bool enabled);
+    static GraphStyle Paper();
+};
+
+} // namespace px40
