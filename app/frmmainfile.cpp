@@ -7,6 +7,7 @@
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "document/frmsetting.h"
+#include "resources/strings.h"
 
 #include <QApplication>
 #include <QDir>
@@ -103,6 +104,8 @@ QCoro::Task<void> frmMain::OpenFiles(QStringList names)
         window->TakeShape();
         window->show();
         OnWindowActivated();
+        const QString fileName = QFileInfo(name).fileName();
+        ShowMessage(Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount())));
     }
 }
 
@@ -117,10 +120,13 @@ QCoro::Task<void> frmMain::SaveActive(bool underNewName)
     if (!active)
         co_return;
     const std::shared_ptr<DataSet> dataSet = active->Data();
+    bool saved = false;
     if (underNewName)
-        co_await files_.SaveAs(dataSet);
+        saved = co_await files_.SaveAs(dataSet);
     else
-        co_await files_.Save(dataSet);
+        saved = co_await files_.Save(dataSet);
+    if (saved)
+        ShowMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
 }
 
 void frmMain::ShowGraphSetup()

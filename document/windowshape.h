@@ -10,7 +10,7 @@ struct WindowShape
     static constexpr int Largest = 32767;
 
     int width = 9600; ///< of the normal state, outer frame included, in twips (1/1440 inch)
-    int height = 5400;
+    int height = 4800;
     int state = Normal;
 };
 

@@ -323,6 +323,10 @@ const char16_t *Lookup(Str id)
         return u"SVG Drawings";
     case Str::GraphFilePdf:
         return u"PDF Documents";
+    case Str::FileSaved:
+        return u"%1 saved.";
+    case Str::FileOpened:
+        return u"%1: %2 readings.";
     case Str::OtherCopyRuns:
         return u"Another copy of the program is running.";
     case Str::FolderNotMade:

@@ -167,6 +167,8 @@ enum class Str : int {
     GraphFilePng,
     GraphFileSvg,
     GraphFilePdf,
+    FileSaved,
+    FileOpened,
     OtherCopyRuns,
     FolderNotMade,
     TitleSaveAs,

@@ -90,6 +90,7 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
     frmData *const opened = program.DataWindows().value(0);
     QVERIFY(opened);
     QCOMPARE(opened->windowTitle(), good);
+    QCOMPARE(program.Message(), u"good.CSV: 3 readings."_qs);
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), opened);
     QCOMPARE(opened->findChild<DataTable *>()->currentIndex(), opened->Data()->Table().index(0, 1));
     for (const char *const command : {"Save", "Graph", "mnuFileSaveAs", "mnuSetupGraph"})
@@ -204,6 +205,7 @@ void DataWindowTest::DownloadIsSavedAndLeaves()
     program.Action("mnuFileSave")->trigger();
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().first()->windowTitle(), program.Path("a.CSV"));
+    QCOMPARE(program.Message(), u"a.CSV saved."_qs);
     const frmData *const second = program.Open(program.Path("a.CSV"));
     QCOMPARE(program.DataWindows().size(), 1); // open already
     program.Action("mnuFileSaveAs")->trigger();
