@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
@@ -96,6 +97,14 @@ void Camera::Take(const QString &name, const QList<QWidget *> &windows)
 
     const QString path = QDir(folder_).filePath(name + QStringLiteral(".png"));
     Require(picture.save(path), QStringLiteral("The picture \"%1\" cannot be written.").arg(path));
+    ++pictures_;
+}
+
+void Camera::Keep(const QString &name, const QString &file)
+{
+    const QString path = QDir(folder_).filePath(name + QStringLiteral(".png"));
+    QFile::remove(path); // of the run before
+    Require(QFile::copy(file, path), QStringLiteral("The picture \"%1\" cannot be written.").arg(path));
     ++pictures_;
 }
 

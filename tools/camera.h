@@ -19,6 +19,9 @@ class Camera
     /// Writes `name`.png; `windows` from back to front. Throws TourError when that cannot be done.
     void Take(const QString &name, const QList<QWidget *> &windows);
 
+    /// Keeps a picture that the program itself has written as `name`.png.
+    void Keep(const QString &name, const QString &file);
+
     int Pictures() const { return pictures_; }
 
   private:

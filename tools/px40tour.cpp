@@ -66,6 +66,17 @@ void EnlargeOffscreenDisplay(const QTemporaryDir &folder)
     qputenv(Variable, "offscreen:configfile=" + file.fileName().toLocal8Bit());
 }
 
+/// The user's own folder, for as long as the tour takes: what the file dialogs show is the same everywhere,
+/// and nothing of the person who runs this is seen or touched.
+void MoveHome(const QTemporaryDir &folder)
+{
+    const QString home = folder.filePath(u"operator"_s);
+    QDir().mkpath(home + u"/Documents"_s);
+    qputenv("HOME", home.toLocal8Bit());
+    for (const char *const variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        qunsetenv(variable);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -74,8 +85,11 @@ int main(int argc, char *argv[])
 
     qInstallMessageHandler(PrintMessage);
     QLoggingCategory::setFilterRules(u"px40.*.info=false\npx40.link.warning=false"_s);
-    const QTemporaryDir displayFolder;
-    EnlargeOffscreenDisplay(displayFolder);
+    const QTemporaryDir ownFolder(QDir::temp().filePath(u"px40tour-XXXXXX"_s));
+    EnlargeOffscreenDisplay(ownFolder);
+    MoveHome(ownFolder);
+    QApplication::setAttribute(
+        Qt::AA_DontUseNativeDialogs); // those of the desktop cannot be worked from here
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"px40tour"_s);
     QApplication::setApplicationDisplayName(Text(Str::ApplicationTitle));

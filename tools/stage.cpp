@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMdiArea>
 #include <QMenu>
 #include <QMenuBar>
@@ -13,6 +14,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QToolBar>
+#include <QWindow>
 
 namespace px40 {
 
@@ -125,8 +127,12 @@ QMessageBox *Stage::Box()
 
 QDialog *Stage::Dialog(const QString &name) const
 {
-    auto *const dialog = window->findChild<QDialog *>(name);
-    return dialog && dialog->isVisible() ? dialog : nullptr;
+    const QList<QDialog *> dialogs = window->findChildren<QDialog *>(name);
+    for (QDialog *const dialog : dialogs) {
+        if (dialog->isVisible()) // another one may be about to go
+            return dialog;
+    }
+    return nullptr;
 }
 
 QMessageBox *Stage::AwaitBox()
@@ -143,6 +149,35 @@ QDialog *Stage::AwaitDialog(const QString &name)
     QDialog *const dialog = Dialog(name);
     BringToFront(dialog);
     return dialog;
+}
+
+QDialog *Stage::AwaitFileDialog()
+{
+    return AwaitDialog(QStringLiteral("dlgCommon"));
+}
+
+void Stage::TypeFileName(const QDialog *dialog, const QString &name)
+{
+    auto *const edit = Find<QLineEdit>(QStringLiteral("fileNameEdit"), dialog);
+    edit->activateWindow();
+    edit->setFocus();
+    // The dialog takes what is marked in its list for the answer unless the user is in this field.
+    Await([edit] { return edit->hasFocus(); },
+          QStringLiteral("The file dialog's name field does not get the focus."));
+    edit->setText(name); // at once: the list of proposals would take the keys
+}
+
+void Stage::ChooseFile(const QDialog *dialog, const QString &name)
+{
+    TypeFileName(dialog, name);
+    QTest::keyClick(Find<QLineEdit>(QStringLiteral("fileNameEdit"), dialog), Qt::Key_Return);
+}
+
+void Stage::CancelFileDialog(QDialog *dialog)
+{
+    const QPointer<QDialog> open = dialog;
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    Await([open] { return !open; }, QStringLiteral("The file dialog did not close."));
 }
 
 void Stage::Click(QWidget *widget)
@@ -201,6 +236,27 @@ void Stage::Choose(const QString &menuName, const QString &itemName)
     else
         CloseMenu(menu);
     Require(enabled, QStringLiteral("The menu item %1 is disabled.").arg(itemName));
+}
+
+QMenu *Stage::OpenContextMenu(const QWidget *widget, const QPoint &place)
+{
+    QWidget *const top = widget->window();
+    QTest::mouseClick(top->windowHandle(), Qt::RightButton, {}, widget->mapTo(top, place));
+    const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
+    Await([&] { return menu() != nullptr; }, QStringLiteral("No context menu opened."));
+    return menu();
+}
+
+void Stage::ChooseItem(QMenu *menu, const QString &text)
+{
+    const QList<QAction *> items = menu->actions();
+    for (QAction *const item : items) {
+        if (item->text().remove(u'&') == text) {
+            QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(item).center());
+            return;
+        }
+    }
+    Require(false, QStringLiteral("The menu has no item \"%1\".").arg(text));
 }
 
 void Stage::Answer(QMessageBox *box, int button)

@@ -66,6 +66,13 @@ class Stage
 
     QMessageBox *AwaitBox();
     QDialog *AwaitDialog(const QString &name);
+    /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
+    QDialog *AwaitFileDialog();
+    /// Puts a name in place of the one that the file dialog proposes.
+    void TypeFileName(const QDialog *dialog, const QString &name);
+    /// The same, and goes on with Return.
+    void ChooseFile(const QDialog *dialog, const QString &name);
+    void CancelFileDialog(QDialog *dialog);
     QMenu *OpenMenu(const QString &name);
     void CloseMenu(QMenu *menu);
     void Choose(const QString &menuName, const QString &itemName);
@@ -74,6 +81,11 @@ class Stage
     /// Clicks a standard button (a QMessageBox::StandardButton) and waits until the box is gone.
     void Answer(QMessageBox *box, int button);
     static void Click(QWidget *widget);
+
+    /// Opens the menu that a widget has for that place, with the right mouse button.
+    static QMenu *OpenContextMenu(const QWidget *widget, const QPoint &place);
+    /// Chooses the item with that text.
+    static void ChooseItem(QMenu *menu, const QString &text);
 
     /// Closes the active data window and lets its readings go.
     void DiscardActiveData();

@@ -44,6 +44,22 @@ class Tour
     void About(Stage &stage);
     void LeaveWithQuestion(Stage &stage);
 
+    void StartWithReadings(Stage &stage);
+    void HoverGraph(Stage &stage);
+    void GraphSetup(Stage &stage);
+    void ScrollGraph(Stage &stage);
+    void GraphValueAxis(Stage &stage);
+    void CopyTable(Stage &stage);
+    void CopyGraph(Stage &stage);
+    void SaveGraph(Stage &stage);
+
+    void SaveReadings(Stage &stage);
+    void SaveOverReadOnly(Stage &stage);
+    void SaveOverAnother(Stage &stage);
+    void OpenReadings(Stage &stage);
+    void OpenAnotherType(Stage &stage);
+    void CloseAndSave(Stage &stage);
+
     Camera camera_;
     int failures_ = 0;
 };
