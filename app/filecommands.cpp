@@ -112,7 +112,7 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 {
     const QString own = set->GetFilename();
     // A name from the command line may be relative; the dialog has a folder of its own.
-    const QString proposed = own.isEmpty() ? own : QFileInfo(own).absoluteFilePath();
+    QString proposed = own.isEmpty() ? own : QFileInfo(own).absoluteFilePath();
     const QString filter = DataFilter();
     const QString suffix = DataSuffix();
     bool saved = false;
@@ -130,6 +130,7 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
             co_return saved;
         }
         co_await prompts_->Warn(refusal);
+        proposed = name; // to be changed
     }
 }
 

@@ -5,11 +5,13 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QShortcut>
+#include <QTreeView>
 
 namespace px40 {
 
@@ -55,6 +57,17 @@ void FileDialog::FitIn()
     const QList<QPushButton *> buttons = findChildren<QPushButton *>();
     for (QPushButton *const button : buttons)
         button->setIcon(QIcon());
+    if (acceptMode() == AcceptSave)
+        setLabelText(LookIn, Text(Str::SaveIn));
+    // The kind of file is in its name, the date would be cut.
+    if (auto *const tree = findChild<QTreeView *>(QStringLiteral("treeView"))) {
+        constexpr int Kind = 2;
+        constexpr int Date = 3;
+        tree->header()->setStretchLastSection(false);
+        tree->header()->setSectionHidden(Kind, true);
+        tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        tree->header()->setSectionResizeMode(Date, QHeaderView::ResizeToContents);
+    }
     // Deleting files is no business of this program, and Qt's dialog would ask back in an event loop of its
     // own.
     if (auto *const action = findChild<QAction *>(QStringLiteral("qt_delete_action")))

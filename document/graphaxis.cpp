@@ -284,10 +284,12 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
 
 QString HoverText(const TableModel &table, qint32 sample)
 {
-    QStringList lines{table.Heading(0) + u' ' + table.Cell(sample, 0)};
+    const QString number = table.Cell(sample, 0);
+    QStringList lines{table.Heading(0) + u' ' + number};
     const QString value = table.Cell(sample, 2).trimmed() + u' ' + table.Cell(sample, 3).trimmed();
     for (const QString &line : {table.Cell(sample, 1).trimmed(), value.trimmed()}) {
-        if (!line.isEmpty())
+        const bool told = line == table.Heading(0) + number; // a memory number instead of a time
+        if (!line.isEmpty() && !told)
             lines << line;
     }
     return lines.join(u'\n');

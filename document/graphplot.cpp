@@ -205,7 +205,8 @@ void GraphPlot::FillCategoryAxis()
 
 void GraphPlot::FillLines(double density)
 {
-    const int perColumn = static_cast<int>(std::ceil(place_.count / (place_.room * density)));
+    // Finer columns than these would cost much on dense screens and show little.
+    const int perColumn = static_cast<int>(std::ceil(place_.count / place_.room));
     const QCPRange range = yAxis->range();
     const auto fill = [&](Drawing drawing, float GraphPoint::*member) {
         Line line = set_ ? SeriesLine(set_->Series(), member, place_.first, place_.last, perColumn) : Line();
@@ -231,7 +232,7 @@ void GraphPlot::FillLines(double density)
         graph(drawing)->setPen(pen);
         graph(drawing)->setAntialiased(smooth);
     };
-    look(Readings, points <= StrongPoints ? thin * 1.5 : thin, points <= SmoothPoints);
+    look(Readings, points <= StrongPoints ? thin * 1.5 : thin, points * density <= SmoothPoints);
     look(Marks, thin, true);
     for (const Drawing drawing : {Maximum, Minimum}) // level lines of a single pixel look best unsmoothed
         look(drawing, thin, style_.lineWidth * density > 1);

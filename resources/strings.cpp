@@ -323,6 +323,8 @@ const char16_t *Lookup(Str id)
         return u"SVG Drawings";
     case Str::GraphFilePdf:
         return u"PDF Documents";
+    case Str::SaveIn:
+        return u"Save in:";
     case Str::FileSaved:
         return u"%1 saved.";
     case Str::FileOpened:

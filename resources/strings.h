@@ -167,6 +167,7 @@ enum class Str : int {
     GraphFilePng,
     GraphFileSvg,
     GraphFilePdf,
+    SaveIn,
     FileSaved,
     FileOpened,
     OtherCopyRuns,

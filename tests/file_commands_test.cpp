@@ -134,7 +134,11 @@ void FileCommandsTest::SaveAsRefusesUntilANameCanBeUsed()
     QCOMPARE(desk.prompts.warnings,
              QStringList({OpenText + desk.Path(u"link.CSV"_qs), ReadOnlyText + desk.Path(u"locked.CSV"_qs),
                           ReadOnlyText + desk.folder.path()}));
-    QCOMPARE(desk.prompts.fileQuestions, QStringList(4, desk.Question(u"mine.CSV"_qs)));
+    // A name that was refused is proposed again, to be changed.
+    for (const auto &[question, name] :
+         {std::pair(0, u"mine.CSV"_qs), {1, u"link.CSV"_qs}, {2, u"locked.CSV"_qs}})
+        QCOMPARE(desk.prompts.fileQuestions.value(question), desk.Question(name));
+    QCOMPARE(desk.prompts.fileQuestions.size(), 4);
     QCOMPARE(desk.Content(u"other.CSV"_qs), other);
     QCOMPARE(desk.Content(u"locked.CSV"_qs), "kept");
     QCOMPARE(set->GetFilename(), desk.Path(u"mine.CSV"_qs));
