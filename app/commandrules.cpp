@@ -5,15 +5,6 @@
 
 namespace px40 {
 
-namespace {
-
-bool IsFileKind(int kind)
-{
-    return kind == KindMemory || kind == KindRealtime || kind == KindSave;
-}
-
-} // namespace
-
 void ApplyFileRules(const ShellSituation &situation, CommandStates *menus)
 {
     const bool enabled = situation.anyDataWindow && IsFileKind(situation.activeKind);

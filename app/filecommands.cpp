@@ -1,11 +1,12 @@
 #include "app/filecommands.h"
 
-#include "app/filenames.h"
 #include "document/dataset.h"
 #include "link/linkstate.h"
+#include "platform/filenames.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QScopeGuard>
 
@@ -26,12 +27,6 @@ QString DataFilter()
 QString Lines(const QStringList &lines)
 {
     return lines.join(QStringLiteral("\r\n"));
-}
-
-bool HoldsData(const DataSet &set)
-{
-    const int kind = DataKind(set.Kind());
-    return kind == KindMemory || kind == KindRealtime || kind == KindSave;
 }
 
 } // namespace
@@ -63,7 +58,7 @@ bool FileCommands::IsOpenElsewhere(const DataSet *set, const QString &name) cons
 {
     const QList<std::shared_ptr<DataSet>> sets = openSets_();
     for (const std::shared_ptr<DataSet> &open : sets) {
-        if (open.get() != set && HoldsData(*open) && SameFile(open->GetFilename(), name))
+        if (open.get() != set && IsFileKind(DataKind(open->Kind())) && SameFile(open->GetFilename(), name))
             return true;
     }
     return false;
@@ -117,9 +112,10 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
     const QString suffix = DataSuffix();
     bool saved = false;
     while (true) {
-        const QString name = co_await prompts_->AskSaveFile(proposed, filter, suffix);
-        if (name.isEmpty())
+        const QString answer = co_await prompts_->AskSaveFile(proposed, filter, suffix);
+        if (answer.isEmpty())
             co_return false;
+        const QString name = QDir::toNativeSeparators(answer);
         QString refusal;
         if (!SameFile(name, own) && IsOpenElsewhere(set.get(), name))
             refusal = Lines({Text(Str::FileAlreadyOpen), Text(Str::OtherFilenameOpen), name});

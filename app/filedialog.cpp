@@ -38,6 +38,7 @@ FileDialog::~FileDialog()
 
 void FileDialog::Propose(const QString &name)
 {
+    proposal_ = name;
     if (!name.isEmpty())
         selectFile(name);
 }
@@ -113,7 +114,9 @@ QString FileDialog::WithSuffix(const QString &name) const
 {
     // "run 2.5" has none, though Qt takes ".5" for one.
     static const QRegularExpression realSuffix(QStringLiteral(R"(\.[A-Za-z]\w{0,7}$)"));
-    if (acceptMode() == AcceptOpen || realSuffix.match(name).hasMatch())
+    // Where there are several kinds of files the proposal has none either, whatever dots are in it.
+    const bool proposed = nameFilters().size() > 1 && name == QDir::cleanPath(proposal_);
+    if (acceptMode() == AcceptOpen || (!proposed && realSuffix.match(name).hasMatch()))
         return name;
     static const QRegularExpression firstPattern(QStringLiteral(R"(\(\*\.(\w+)[^()]*\)\s*$)"));
     const QString ofFilter = firstPattern.match(selectedNameFilter()).captured(1);

@@ -37,6 +37,7 @@ class FileDialog : public QFileDialog
     void FitIn();
     QString WithSuffix(const QString &name) const;
 
+    QString proposal_;
     QString suffix_;
     OneShot<QString> chosen_;
 };

@@ -88,6 +88,7 @@ class frmMain : public QMainWindow
     QList<std::shared_ptr<DataSet>> OpenSets() const;
     static void ShowHourglass(bool shown);
 
+    bool TakeDrop(QDropEvent *event) const;
     frmData *AddDataWindow(const std::shared_ptr<DataSet> &dataSet);
     QCoro::Task<void> AskAndOpen();
     QCoro::Task<void> SaveActive(bool underNewName);

@@ -137,15 +137,25 @@ void frmMain::ShowGraphSetup()
 
 void frmMain::dragEnterEvent(QDragEnterEvent *event)
 {
+    TakeDrop(event);
+}
+
+/// True when there are files to be opened. They stay where they are, whatever the user's hand suggests.
+bool frmMain::TakeDrop(QDropEvent *event) const
+{
     // Not while a long operation has the program to itself.
-    if (actions_->Menu(MainMenu::File)->isEnabled() && !LocalFiles(event->mimeData()).isEmpty())
-        event->acceptProposedAction();
+    if (!actions_->Menu(MainMenu::File)->isEnabled() || LocalFiles(event->mimeData()).isEmpty() ||
+        !(event->possibleActions() & Qt::CopyAction))
+        return false;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    return true;
 }
 
 void frmMain::dropEvent(QDropEvent *event)
 {
-    event->acceptProposedAction();
-    services_->jobs.Launch(OpenFiles(LocalFiles(event->mimeData())), "opening dropped files");
+    if (TakeDrop(event))
+        services_->jobs.Launch(OpenFiles(LocalFiles(event->mimeData())), "opening dropped files");
 }
 
 } // namespace px40

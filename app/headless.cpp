@@ -2,9 +2,9 @@
 
 #include "app/commandline.h"
 #include "app/demo.h"
-#include "app/filenames.h"
 #include "app/services.h"
 #include "link/storeddata.h"
+#include "platform/filenames.h"
 #include "platform/oneshot.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
@@ -15,6 +15,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QLoggingCategory>
+#include <QScopeGuard>
 
 #include <utility>
 
@@ -75,12 +77,35 @@ int PortToUse(const CommandLine &line, const Services &services)
     return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
 }
 
-/// The sentence that tells why it did not succeed; empty when it did.
-QCoro::Task<QString> Download(Services *services, NobodyToAsk *prompts, QString name)
+/// How it ended.
+struct Outcome
+{
+    bool good = false;
+    QString reason; ///< why not
+};
+
+/// What was told, without what only a user of the windows can do about it.
+QString FirstLine(const QString &text)
+{
+    return text.section(QStringLiteral("\r\n"), 0, 0);
+}
+
+bool PrintResult(const DataSet &dataSet)
+{
+    bool printed = true;
+    for (const auto &[label, text] : {std::pair(Str::StatisticMax, dataSet.GetDispmax(true)),
+                                      std::pair(Str::StatisticMin, dataSet.GetDispmin(true)),
+                                      std::pair(Str::StatisticAvg, dataSet.GetDispavg())})
+        printed = PrintLine(Text(label) + u' ' + text) && printed;
+    return printed;
+}
+
+QCoro::Task<void> Download(Services *services, NobodyToAsk *prompts, QString name, Outcome *outcome)
 {
     const bool opened = co_await services->comm.OpenPort();
+    outcome->reason = FirstLine(prompts->told);
     if (!opened)
-        co_return prompts->told;
+        co_return;
     ProgressLine progress;
     StoredData storedData(services->state, services->gate, services->comm, *prompts, progress);
     services->shared.MemoryNumbers = true;
@@ -89,22 +114,28 @@ QCoro::Task<QString> Download(Services *services, NobodyToAsk *prompts, QString 
     services->gate.Take();
     const bool complete = co_await storedData.ReceiveMemoryData(dataSet);
     services->comm.ClosePort();
+    outcome->reason = FirstLine(prompts->told);
     if (!complete)
-        co_return prompts->told;
+        co_return;
     if (!dataSet->SaveFile(name))
-        co_return About(name, services->state.ErrorMessage);
-    for (const auto &[label, text] : {std::pair(Str::StatisticMax, dataSet->GetDispmax(true)),
-                                      std::pair(Str::StatisticMin, dataSet->GetDispmin(true)),
-                                      std::pair(Str::StatisticAvg, dataSet->GetDispavg())})
-        PrintLine(Text(label) + u' ' + text);
-    co_return QString();
+        outcome->reason = About(name, services->state.ErrorMessage);
+    else if (!PrintResult(*dataSet))
+        outcome->reason = Text(Str::NotPrinted);
+    else
+        outcome->good = true;
 }
 
-QCoro::Task<void> DownloadAndQuit(Services *services, NobodyToAsk *prompts, QString name, QString *failure)
+QCoro::Task<void> DownloadAndQuit(Services *services, NobodyToAsk *prompts, QString name, Outcome *outcome)
 {
-    const QString reason = co_await Download(services, prompts, name);
-    *failure = reason;
-    QCoreApplication::quit();
+    const auto quit = qScopeGuard([] { QCoreApplication::quit(); });
+    co_await Download(services, prompts, name, outcome);
+}
+
+/// Nothing but the one sentence is to stand on the error stream, unless somebody asks for more.
+void KeepLogsQuiet()
+{
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\npx40.*=false"));
 }
 
 int Fail(const QString &sentence)
@@ -117,6 +148,7 @@ int Fail(const QString &sentence)
 
 int RunDownload(const CommandLine &line)
 {
+    KeepLogsQuiet();
     SingleInstance instance(QStringLiteral("px40ap"));
     if (!instance.Acquire())
         return Fail(Text(Str::OtherCopyRuns));
@@ -142,11 +174,13 @@ int RunDownload(const CommandLine &line)
     services.settings.ReadFile();
     services.comm.SetPortNumber(PortToUse(line, services));
 
-    QString failure;
-    services.jobs.Launch(DownloadAndQuit(&services, &prompts, name, &failure), "download");
+    Outcome outcome;
+    services.jobs.Launch(DownloadAndQuit(&services, &prompts, name, &outcome), "download");
     if (services.jobs.Running() > 0)
         QCoreApplication::exec();
-    return failure.isEmpty() ? 0 : Fail(failure);
+    if (outcome.good)
+        return 0;
+    return Fail(outcome.reason.isEmpty() ? Text(Str::DownloadFailed) : outcome.reason);
 }
 
 } // namespace px40

@@ -5,7 +5,6 @@
 #include "resources/strings.h"
 
 #include <QIODevice>
-#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -14,10 +13,6 @@
 namespace px40 {
 
 namespace {
-
-constexpr int LongestGraph = 32767;
-constexpr int LongestDivision = 32767;
-constexpr float HighestLimit = 60000.0F;
 
 /// Why a file is refused; one sentence.
 struct Refusal
@@ -49,21 +44,13 @@ QString FromLatin1(std::string_view text)
     throw Refusal{Text(Str::OtherDataType)};
 }
 
-/// The header's checks: a number that passes is written in its plain form from then on.
-int CheckedWhole(std::string_view field, int lowest, int highest)
+/// The value of a setting that passed its check.
+template <typename T>
+T Checked(const std::optional<T> &value)
 {
-    const std::optional<int> number = WholeNumber(FromLatin1(field));
-    if (!number || *number < lowest || *number > highest)
+    if (!value)
         RefuseType();
-    return *number;
-}
-
-QString CheckedLimit(std::string_view field)
-{
-    const std::optional<float> number = SingleNumber(FromLatin1(field));
-    if (!number || *number < -HighestLimit || *number > HighestLimit)
-        RefuseType();
-    return PlainNumber(*number);
+    return *value;
 }
 
 Duration CheckedDuration(Duration duration)
@@ -180,18 +167,18 @@ void Reader::ReadHeader(DataFileHeader *header)
     }
 
     GraphSettings &graph = header->graph;
-    graph.count = CheckedWhole(HeaderFields<1>()[0], 2, LongestGraph);
+    graph.count = Checked(GraphCountOf(FromLatin1(HeaderFields<1>()[0])));
 
     const auto xAxis = HeaderFields<3>();
-    graph.xLabels = CheckedWhole(xAxis[1], 1, LongestDivision);
-    graph.xTicks = CheckedWhole(xAxis[2], 1, LongestDivision);
+    graph.xLabels = Checked(DivisionsOf(FromLatin1(xAxis[1])));
+    graph.xTicks = Checked(DivisionsOf(FromLatin1(xAxis[2])));
     graph.xAuto = Boolean(xAxis[0]);
 
     const auto yAxis = HeaderFields<5>();
-    graph.yMinimum = CheckedLimit(yAxis[1]);
-    graph.yMaximum = CheckedLimit(yAxis[2]);
-    graph.yMajor = CheckedWhole(yAxis[3], 1, LongestDivision);
-    graph.yMinor = CheckedWhole(yAxis[4], 1, LongestDivision);
+    graph.yMinimum = Checked(AxisLimitOf(FromLatin1(yAxis[1])));
+    graph.yMaximum = Checked(AxisLimitOf(FromLatin1(yAxis[2])));
+    graph.yMajor = Checked(DivisionsOf(FromLatin1(yAxis[3])));
+    graph.yMinor = Checked(DivisionsOf(FromLatin1(yAxis[4])));
     graph.yAuto = Boolean(yAxis[0]);
 }
 
@@ -214,87 +201,6 @@ void Reader::ReadRows(DataFile *data)
     data->tableRows = std::max(1, static_cast<int>(rows));
 }
 
-/// Collects bytes for the file in large pieces.
-class Writer
-{
-  public:
-    explicit Writer(QIODevice &file) : file_(&file) { pending_.reserve(PieceSize + 1024); }
-
-    void Line(const QStringList &texts)
-    {
-        for (qsizetype i = 0; i < texts.size(); ++i) {
-            if (i > 0)
-                pending_ += ',';
-            Put(texts.at(i).toUtf8().toStdString());
-        }
-        EndLine();
-    }
-
-    void Row(const RowStore::Bytes &texts)
-    {
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            if (i > 0)
-                pending_ += ',';
-            Put(texts[i]);
-        }
-        EndLine();
-    }
-
-    bool Finish()
-    {
-        Flush();
-        return good_;
-    }
-
-  private:
-    static constexpr std::size_t PieceSize = 256 * 1024;
-
-    /// UTF-8 in, Latin-1 out.
-    void Put(std::string_view text)
-    {
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            const auto byte = static_cast<unsigned char>(text[i]);
-            if (byte == ',' || byte == '\r' || byte == '\n') {
-                pending_ += ' ';
-            } else if (byte < 0x80) {
-                pending_ += text[i];
-            } else if ((byte == 0xC2 || byte == 0xC3) && i + 1 < text.size()) {
-                pending_ += static_cast<char>(byte << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F));
-            } else if (byte >= 0xC0) {
-                pending_ += '?'; // no such character there
-            }
-        }
-    }
-
-    void EndLine()
-    {
-        pending_ += "\r\n";
-        if (pending_.size() >= PieceSize)
-            Flush();
-    }
-
-    void Flush()
-    {
-        good_ = good_ && file_->write(pending_.data(), static_cast<qint64>(pending_.size())) ==
-                             static_cast<qint64>(pending_.size());
-        pending_.clear();
-    }
-
-    QIODevice *file_;
-    std::string pending_;
-    bool good_ = true;
-};
-
-QString Twips(int value)
-{
-    return QString::number(std::clamp(value, 0, WindowShape::Largest));
-}
-
-QStringList Texts(const Duration &duration)
-{
-    return {duration.Day, duration.Hour, duration.Min, duration.Sec};
-}
-
 } // namespace
 
 std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error)
@@ -309,36 +215,6 @@ std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error)
         *error = refusal.sentence;
         return std::nullopt;
     }
-}
-
-bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file,
-                   QString *error)
-{
-    const GraphSettings &graph = header.graph;
-    Writer writer(file);
-    writer.Line({QString::number(header.kind)});
-    writer.Line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
-    writer.Line(Texts(header.interval));
-    writer.Line(QStringList(BooleanText(header.periodNone)) + Texts(header.period));
-    writer.Line({QString::number(graph.count)});
-    writer.Line({BooleanText(graph.xAuto), QString::number(graph.xLabels), QString::number(graph.xTicks)});
-    writer.Line({BooleanText(graph.yAuto), graph.yMinimum, graph.yMaximum, QString::number(graph.yMajor),
-                 QString::number(graph.yMinor)});
-
-    const RowStore::Bytes empty;
-    bool lastIsEmpty = false;
-    const auto samples = static_cast<int>(rows.Count());
-    for (int row = 0; row < std::max(tableRows, samples); ++row) {
-        const RowStore::Bytes texts = row < samples ? rows.Utf8(row) : empty;
-        lastIsEmpty = texts == empty;
-        writer.Row(texts);
-    }
-    if (!lastIsEmpty)
-        writer.Row(empty); // the spare row at the end of every file
-    if (writer.Finish())
-        return true;
-    *error = file.errorString();
-    return false;
 }
 
 } // namespace px40

@@ -22,7 +22,7 @@ struct DocumentShared
 {
     int NewCount = 0;           ///< number of the last new data set of this run
     bool MemoryNumbers = false; ///< data sets made now head their second column as a memory number
-    QString WorkPath;           ///< the work file through which data files are read and written
+    QString WorkPath;           ///< the work file through which data files are read and written; no data file
 };
 
 /// Where a data set came from.
@@ -33,6 +33,12 @@ enum DataKindCode : int {
     KindReserved = 3,
     KindSave = 4,
 };
+
+/// The kinds that data windows hold and data files keep.
+inline bool IsFileKind(int kind)
+{
+    return kind == KindMemory || kind == KindRealtime || kind == KindSave;
+}
 
 /// The code of a kind text: "0", "2", "3" and "4" give their number, any other text gives 1.
 int DataKind(const QString &kind);
@@ -57,12 +63,13 @@ class DataSet : public QObject, public DataSink
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
 
-    /// Makes this, which must be as just made, the data set of a data file. False with the reason in the
-    /// link's `ErrorMessage`; the data set is then of no use.
+    /// Makes this, which must be as just made, the data set of a data file. Returns when it is read. False
+    /// with the reason in the link's `ErrorMessage`; the data set is then of no use.
     bool OpenFile(const QString &name);
 
-    /// Writes the data set to a file, through the work file. False with the reason in the link's
-    /// `ErrorMessage`; the user's file is then as it was, and the data set stays unsaved.
+    /// Writes the data set to a file, through the work file. Returns when the disk has it. False with the
+    /// reason in the link's `ErrorMessage`; the user's file is then as it was, and the data set stays
+    /// unsaved.
     bool SaveFile(const QString &name);
 
     bool AddGridrow() override;
@@ -152,6 +159,7 @@ class DataSet : public QObject, public DataSink
     void SetKind(int kind);
     void Adopt(DataFile &&file);
     void Keep(const QString &name);
+    bool IsWorkFile(const QString &name);
 
     LinkState *state_;
     DocumentShared *shared_;

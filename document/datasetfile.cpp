@@ -5,6 +5,7 @@
 
 #include "document/datafile.h"
 #include "link/linkstate.h"
+#include "platform/filenames.h"
 #include "platform/files.h"
 #include "resources/strings.h"
 
@@ -59,7 +60,7 @@ bool FetchToWork(const QString &name, const WorkFile &work, QString *error)
     }
     SetHidden(work.Path());
     QString writeError;
-    if (CopyBytes(from, to, error, &writeError))
+    if (CopyBytes(from, to, error, &writeError) && Close(to, &writeError))
         return true;
     if (!writeError.isEmpty())
         *error = work.Told(writeError);
@@ -86,6 +87,8 @@ bool WriteWork(const DataFileHeader &header, const TableModel &table, const Work
 
 bool DataSet::OpenFile(const QString &name)
 {
+    if (IsWorkFile(name))
+        return false;
     try {
         const WorkFile work(shared_->WorkPath);
         if (!FetchToWork(name, work, &state_->ErrorMessage))
@@ -106,6 +109,15 @@ bool DataSet::OpenFile(const QString &name)
     DispCalculation();
     PaintGraphtop();
     Keep(name);
+    return true;
+}
+
+/// It would be taken away from under the user.
+bool DataSet::IsWorkFile(const QString &name)
+{
+    if (!SameFile(name, shared_->WorkPath))
+        return false;
+    state_->ErrorMessage = Text(Str::FileIsWorkFile);
     return true;
 }
 
@@ -133,6 +145,8 @@ void DataSet::Adopt(DataFile &&file)
 
 bool DataSet::SaveFile(const QString &name)
 {
+    if (IsWorkFile(name))
+        return false;
     DataFileHeader header;
     header.kind = DataKind(kind_);
     header.shape = shape_;

@@ -61,7 +61,9 @@ void DataTable::CopySelection() const
     const auto *const table = qobject_cast<const TableModel *>(model());
     if (!table || !selectionModel()->hasSelection())
         return;
-    QGuiApplication::clipboard()->setText(TableText(*table, selectionModel()->selection()));
+    const QString text = TableText(*table, selectionModel()->selection());
+    if (text.indexOf(u'\n') + 1 < text.size()) // more than the headings
+        QGuiApplication::clipboard()->setText(text);
 }
 
 void DataTable::keyPressEvent(QKeyEvent *event)

@@ -286,8 +286,10 @@ QString HoverText(const TableModel &table, qint32 sample)
 {
     const QString number = table.Cell(sample, 0);
     QStringList lines{table.Heading(0) + u' ' + number};
+    constexpr int Longest = 100; // noise can be any length
     const QString value = table.Cell(sample, 2).trimmed() + u' ' + table.Cell(sample, 3).trimmed();
-    for (const QString &line : {table.Cell(sample, 1).trimmed(), value.trimmed()}) {
+    for (const QString &whole : {table.Cell(sample, 1).trimmed(), value.trimmed()}) {
+        const QString line = whole.left(Longest);
         const bool told = line == table.Heading(0) + number; // a memory number instead of a time
         if (!line.isEmpty() && !told)
             lines << line;

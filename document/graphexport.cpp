@@ -1,6 +1,7 @@
 #include "document/graphexport.h"
 
 #include "document/chart.h"
+#include "platform/files.h"
 #include "resources/strings.h"
 
 #include <QBuffer>
@@ -9,7 +10,6 @@
 #include <QMimeData>
 #include <QPageLayout>
 #include <QPdfWriter>
-#include <QSaveFile>
 #include <QSvgGenerator>
 
 #include <algorithm>
@@ -151,12 +151,7 @@ bool WriteGraphFile(const Chart &chart, const QString &name, QString *error, con
         *error = Text(Str::GraphNoPicture);
         return false;
     }
-    QSaveFile file(name);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        *error = file.errorString();
-        return false;
-    }
-    return true;
+    return ReplaceFile(bytes, name, error);
 }
 
 } // namespace px40

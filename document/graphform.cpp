@@ -1,6 +1,7 @@
 #include "document/graphform.h"
 
 #include "document/dataset.h"
+#include "document/graphsettings.h"
 #include "document/numbers.h"
 
 #include <algorithm>
@@ -10,26 +11,20 @@ namespace px40 {
 
 namespace {
 
-constexpr int HighestWhole = 32767;
-constexpr int LeastSamples = 2; // fewer make no line
-constexpr float LargestLimit = 60000;
+constexpr int MostSamples = 32767; // a graph shows no more
 
-bool CheckWhole(QString *text, int least)
+bool TakeWhole(std::optional<int> value, QString *text)
 {
-    const std::optional<int> value = WholeNumber(*text);
-    if (!value || *value < least)
-        return false;
-    *text = QString::number(*value);
-    return true;
+    if (value)
+        *text = QString::number(*value);
+    return value.has_value();
 }
 
-bool CheckLimit(QString *text)
+bool TakeLimit(QString *text)
 {
-    const std::optional<float> value = SingleNumber(*text);
-    if (!value || std::abs(*value) > LargestLimit)
-        return false;
-    *text = PlainNumber(*value);
-    return true;
+    const std::optional<QString> value = AxisLimitOf(*text);
+    *text = value.value_or(*text);
+    return value.has_value();
 }
 
 int Whole(const GraphForm &form, GraphField field)
@@ -61,20 +56,21 @@ std::optional<GraphField> CheckGraphForm(GraphForm *form)
     GraphForm &fields = *form;
     if (!fields.xAuto) {
         for (const GraphField field : {GraphField::End, GraphField::Tick, GraphField::Label}) {
-            if (!CheckWhole(&fields[field], field == GraphField::End ? LeastSamples : 1))
+            const QString &text = fields[field];
+            if (!TakeWhole(field == GraphField::End ? GraphCountOf(text) : DivisionsOf(text), &fields[field]))
                 return field;
         }
     }
     if (!fields.yAuto) {
         for (const GraphField field : {GraphField::Max, GraphField::Min}) {
-            if (!CheckLimit(&fields[field]))
+            if (!TakeLimit(&fields[field]))
                 return field;
         }
         // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
         if (SingleNumber(fields[GraphField::Max]) <= SingleNumber(fields[GraphField::Min]))
             return GraphField::Min;
         for (const GraphField field : {GraphField::Major, GraphField::Minor}) {
-            if (!CheckWhole(&fields[field], 1))
+            if (!TakeWhole(DivisionsOf(fields[field]), &fields[field]))
                 return field;
         }
     }
@@ -85,8 +81,8 @@ void ApplyGraphForm(const GraphForm &form, DataSet *dataSet)
 {
     if (!form.xAuto)
         dataSet->SetGraphcount(Whole(form, GraphField::End));
-    else if (dataSet->GetDatacount() > LeastSamples)
-        dataSet->SetGraphcount(std::min(dataSet->GetDatacount(), HighestWhole));
+    else if (dataSet->GetDatacount() > 2)
+        dataSet->SetGraphcount(std::min(dataSet->GetDatacount(), MostSamples));
 
     if (form.xAuto)
         dataSet->SetAxisX(true, 1, 1);

@@ -188,7 +188,8 @@ void GraphPlot::FillValueAxis(double room)
 void GraphPlot::FillCategoryAxis()
 {
     const QFontMetricsF metrics(font());
-    const auto label = [this](qint32 sample) { return set_->Table().Cell(sample, 1); };
+    constexpr int Longest = 40;
+    const auto label = [this](qint32 sample) { return set_->Table().Cell(sample, 1).left(Longest); };
     const CategoryTicks chosen =
         ChooseCategories(place_, set_ ? set_->Graph() : GraphSettings(),
                          [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <optional>
 
 namespace px40 {
 
@@ -21,6 +22,15 @@ struct GraphSettings
     int yMajor = 1; ///< major divisions
     int yMinor = 1; ///< minor divisions
 };
+
+// What users type and data files hold, if it is a setting; nothing otherwise.
+
+/// Samples shown at once: 2 to 32767.
+std::optional<int> GraphCountOf(QStringView text);
+/// Divisions of an axis, categories between labels or ticks: 1 to 32767.
+std::optional<int> DivisionsOf(QStringView text);
+/// A limit of the value axis in its plain form: -60000 to 60000 in single precision.
+std::optional<QString> AxisLimitOf(QStringView text);
 
 /// Which samples the graph shows: `count` of them behind `value` (0 shows samples 1 to `count`).
 struct GraphScroll

@@ -7,10 +7,21 @@
 
 namespace px40 {
 
+namespace {
+
+QLocale PlainLocale()
+{
+    QLocale locale = QLocale::c();
+    locale.setNumberOptions(QLocale::RejectGroupSeparator);
+    return locale;
+}
+
+} // namespace
+
 std::optional<int> WholeNumber(QStringView text)
 {
     bool ok = false;
-    const double value = QLocale::c().toDouble(text.trimmed(), &ok);
+    const double value = PlainLocale().toDouble(text.trimmed(), &ok);
     if (!ok || value != std::trunc(value) || value < std::numeric_limits<qint16>::min() ||
         value > std::numeric_limits<qint16>::max())
         return std::nullopt;
@@ -20,7 +31,7 @@ std::optional<int> WholeNumber(QStringView text)
 std::optional<float> SingleNumber(QStringView text)
 {
     bool ok = false;
-    const float value = QLocale::c().toFloat(text.trimmed(), &ok);
+    const float value = PlainLocale().toFloat(text.trimmed(), &ok);
     if (!ok || !std::isfinite(value))
         return std::nullopt;
     return value;

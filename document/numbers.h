@@ -8,7 +8,7 @@
 namespace px40 {
 
 // Numbers as users type them and as data files hold them: with "." as decimal point whatever the user's
-// language, blanks around them allowed.
+// language and without separators of thousands, blanks around them allowed.
 
 /// A whole number from -32768 to 32767. Nothing when the text is none; "20.0" is 20, "2.5" is none.
 std::optional<int> WholeNumber(QStringView text);

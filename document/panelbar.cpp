@@ -14,6 +14,8 @@ namespace px40 {
 
 namespace {
 
+constexpr int LongestToolTip = 500; // noise can be any length
+
 /// A text that ends with an ellipsis where there is no room for all of it.
 class ValueLabel : public QLabel
 {
@@ -77,7 +79,7 @@ void PanelBar::SetText(const QString &key, const QString &text)
 {
     QLabel *const value = values_.value(key);
     value->setText(text);
-    value->setToolTip(text);
+    value->setToolTip(text.left(LongestToolTip));
 }
 
 void PanelBar::changeEvent(QEvent *event)

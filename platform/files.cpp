@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QSaveFile>
 
@@ -37,6 +38,26 @@ void SetAttributes(const QString &name, unsigned long attributes)
 }
 #endif
 
+bool Replace(QIODevice &source, const QString &name, QString *error)
+{
+    QSaveFile target(name);
+    // Without a buffer: what is written late would fail unseen.
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        *error = target.errorString();
+        return false;
+    }
+    if (!CopyBytes(source, target, error, error))
+        return false;
+    if (!SyncToDisk(target)) {
+        *error = target.error() == QFileDevice::NoError ? qt_error_string() : target.errorString();
+        return false;
+    }
+    if (target.commit())
+        return true;
+    *error = target.errorString();
+    return false;
+}
+
 } // namespace
 
 void SetHidden([[maybe_unused]] const QString &name)
@@ -53,6 +74,20 @@ void ClearAttributes([[maybe_unused]] const QString &name)
 #endif
 }
 
+bool WriteBytes(QIODevice &to, const char *bytes, qint64 size, QString *error)
+{
+    while (size > 0) {
+        const qint64 taken = to.write(bytes, size);
+        if (taken <= 0) {
+            *error = to.errorString();
+            return false;
+        }
+        bytes += taken;
+        size -= taken;
+    }
+    return true;
+}
+
 bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writeError)
 {
     constexpr qint64 BlockSize = 256 * 1024;
@@ -65,10 +100,8 @@ bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writ
             *readError = from.errorString();
             return false;
         }
-        if (to.write(block.get(), got) != got) {
-            *writeError = to.errorString();
+        if (!WriteBytes(to, block.get(), got, writeError))
             return false;
-        }
     }
 }
 
@@ -88,25 +121,18 @@ bool Close(QFileDevice &file, QString *error)
 bool ReplaceFile(const QString &from, const QString &name, QString *error)
 {
     QFile source(from);
-    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        *error = source.errorString();
-        return false;
-    }
-    QSaveFile target(name);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        *error = target.errorString();
-        return false;
-    }
-    if (!CopyBytes(source, target, error, error))
-        return false;
-    if (!SyncToDisk(target)) {
-        *error = target.error() == QFileDevice::NoError ? qt_error_string() : target.errorString();
-        return false;
-    }
-    if (target.commit())
-        return true;
-    *error = target.errorString();
+    if (source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return Replace(source, name, error);
+    *error = source.errorString();
     return false;
+}
+
+bool ReplaceFile(const QByteArray &bytes, const QString &name, QString *error)
+{
+    QByteArray copy = bytes;
+    QBuffer source(&copy);
+    source.open(QIODevice::ReadOnly);
+    return Replace(source, name, error);
 }
 
 } // namespace px40

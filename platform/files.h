@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class QByteArray;
 class QFileDevice;
 class QIODevice;
 
@@ -13,6 +14,10 @@ void SetHidden(const QString &name);
 /// Takes all attributes (hidden, read-only, system) from a file, where files have them.
 void ClearAttributes(const QString &name);
 
+/// Writes all the bytes, or fails with the reason in `error`. A write that took only some of them, which is
+/// how a full disk shows first, is taken up again, so that the reason comes out.
+bool WriteBytes(QIODevice &to, const char *bytes, qint64 size, QString *error);
+
 /// Copies what is left of one open device to another, block by block. False with the reason in `readError`
 /// or `writeError`; neither is changed otherwise.
 bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writeError);
@@ -23,7 +28,11 @@ bool Close(QFileDevice &file, QString *error);
 
 /// Puts a copy of the file `from` in the place of the file `name`, or makes that anew: the bytes go into a
 /// temporary neighbour first, so that whatever happens `name` holds either what it held or all of the new.
-/// False with the reason in `error`.
+/// Leads through a link to what it names. False with the reason in `error`; without the right to write in the
+/// folder that is so too.
 bool ReplaceFile(const QString &from, const QString &name, QString *error);
+
+/// The same with bytes at hand.
+bool ReplaceFile(const QByteArray &bytes, const QString &name, QString *error);
 
 } // namespace px40

@@ -12,10 +12,9 @@ namespace px40 {
 
 namespace {
 
-void Print(std::FILE *stream, const QString &text)
+bool Print(std::FILE *stream, const QString &text)
 {
-    std::fputs(text.toLocal8Bit().constData(), stream);
-    std::fflush(stream);
+    return std::fputs(text.toLocal8Bit().constData(), stream) >= 0 && std::fflush(stream) == 0;
 }
 
 bool IsTerminal(std::FILE *stream)
@@ -29,9 +28,9 @@ bool IsTerminal(std::FILE *stream)
 
 } // namespace
 
-void PrintLine(const QString &text)
+bool PrintLine(const QString &text)
 {
-    Print(stdout, text + u'\n');
+    return Print(stdout, text + u'\n');
 }
 
 void PrintError(const QString &text)

@@ -6,7 +6,8 @@ namespace px40 {
 
 // What is said on the terminal from which the program was started, in the encoding of that.
 
-void PrintLine(const QString &text);
+/// False when it could not be said.
+bool PrintLine(const QString &text);
 void PrintError(const QString &text);
 
 /// Shows a text in place of the one shown before, on the standard error stream if that is a terminal; else

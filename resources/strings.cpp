@@ -305,6 +305,12 @@ const char16_t *Lookup(Str id)
         return u"This file already exists. Do you want to replace it?";
     case Str::FileNotRegular:
         return u"This is not a file.";
+    case Str::FileIsWorkFile:
+        return u"This name is the program's own work file.";
+    case Str::DownloadFailed:
+        return u"The download failed.";
+    case Str::NotPrinted:
+        return u"The file was written, but the result could not be printed.";
     case Str::FileEndsEarly:
         return u"The file ends before its line %1.";
     case Str::FileLineTooLong:

@@ -1,6 +1,8 @@
 #include "document/datafile.h"
 #include "document/dataset.h"
 #include "link/linkstate.h"
+#include "platform/files.h"
+#include "tests/support.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -58,11 +60,30 @@ QByteArray WithLine(int number, const QByteArray &line)
     return lines.join('\n');
 }
 
-QByteArray Contents(const QString &name)
+#ifdef Q_OS_UNIX
+/// While it lives no file grows beyond that size, as on a disk that is full.
+class FullDisk
 {
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(absent)");
-}
+  public:
+    explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit little{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &little);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+#endif
 
 /// Data sets that share a work file in a folder of their own.
 struct FileRig
@@ -109,6 +130,9 @@ class DataFileTest : public QObject
     void FailedReadingLeavesNothing();
     void FailedSavingLeavesTheOldFile_data();
     void FailedSavingLeavesTheOldFile();
+    void FullDiskLeavesTheOldFile();
+    void WorkFileIsNoDataFile();
+    void MemorySetsKeepTheirInterval();
 };
 
 void DataFileTest::ReadsTheExample()
@@ -459,14 +483,8 @@ void DataFileTest::FailedSavingLeavesTheOldFile()
     bool saved = true;
     if (fault == u"full") {
 #ifdef Q_OS_UNIX
-        rlimit before{};
-        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
-        const rlimit little{8192, before.rlim_max};
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &little), 0);
+        const FullDisk disk(8192);
         saved = set->SaveFile(name);
-        ::setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
 #else
         QSKIP("There is no limit for the size of a file here.");
 #endif
@@ -478,11 +496,71 @@ void DataFileTest::FailedSavingLeavesTheOldFile()
     }
     QVERIFY(!saved);
     QVERIFY(!rig.state.ErrorMessage.isEmpty());
+    QVERIFY(!rig.state.ErrorMessage.contains(u"Unknown"));
     QVERIFY(!set->Saved());
     QCOMPARE(set->GetFilename(), name);
     QCOMPARE(Contents(name), Realtime);
     const QStringList left = QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden);
     QCOMPARE(left, QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
+}
+
+/// Where only the last step finds no room.
+void DataFileTest::FullDiskLeavesTheOldFile()
+{
+#ifdef Q_OS_UNIX
+    FileRig rig;
+    const QString name = rig.Put(Realtime);
+    const QByteArray bytes(20000, 'x');
+    const QString large = rig.folder.filePath(u"large"_qs);
+    QString error;
+    QVERIFY(ReplaceFile(bytes, large, &error));
+    QCOMPARE(Contents(large), bytes);
+    for (const rlim_t room : {0, 5000}) {
+        const FullDisk disk(room);
+        for (const bool fromFile : {false, true}) {
+            error.clear();
+            QVERIFY(
+                !(fromFile ? ReplaceFile(large, name, &error) : ReplaceFile(bytes.left(9000), name, &error)));
+            QCOMPARE(error, u"File too large"_qs);
+            QCOMPARE(Contents(name), Realtime);
+        }
+    }
+    QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files).size(), 2);
+#else
+    QSKIP("There is no limit for the size of a file here.");
+#endif
+}
+
+void DataFileTest::WorkFileIsNoDataFile()
+{
+    FileRig rig;
+    const QString name = rig.Put(Realtime);
+    QVERIFY(QFile::rename(name, rig.shared.WorkPath)); // left by a crash: it holds somebody's readings
+    const std::shared_ptr<DataSet> set = rig.Set();
+    QVERIFY(!set->OpenFile(rig.shared.WorkPath));
+    QCOMPARE(rig.state.ErrorMessage, u"This name is the program's own work file."_qs);
+    QCOMPARE(Contents(rig.shared.WorkPath), Realtime);
+    set->OpenNew(KindMemory);
+    set->AddData({}, u"1"_qs, {}, {}, {});
+    QVERIFY(!set->SaveFile(rig.shared.WorkPath));
+    QVERIFY(!set->Saved());
+}
+
+void DataFileTest::MemorySetsKeepTheirInterval()
+{
+    FileRig rig;
+    const QByteArray bytes = "0\r\n9600,5400,0\r\n00,00,00,10\r\nTrue,,,,\r\n20\r\nTrue,1,1\r\n"
+                             "True,0,10,1,1\r\nNo.1,1,VDC,,\r\n,,,,\r\n";
+    const QString name = rig.Put(bytes);
+    const std::shared_ptr<DataSet> set = rig.Set();
+    QVERIFY(set->OpenFile(name));
+    QCOMPARE(set->PanelText(Panel::Interval), u"10s"_qs);
+    QVERIFY(set->SaveFile(name));
+    QCOMPARE(Contents(name), bytes);
+    QByteArray without = bytes;
+    const std::shared_ptr<DataSet> other = rig.Set();
+    QVERIFY(other->OpenFile(rig.Put(without.replace("00,10", "00,"))));
+    QCOMPARE(other->PanelText(Panel::Interval), QString());
 }
 
 QTEST_GUILESS_MAIN(DataFileTest)

@@ -17,12 +17,6 @@ using namespace px40;
 
 namespace {
 
-QByteArray Contents(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// A program with files in its folder.
 struct FileProgram : Program
 {
@@ -97,10 +91,21 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
         QVERIFY2(program.Action(command)->isEnabled(), command);
 
     program.Action("Open")->trigger(); // it is there already
+    QVERIFY(!QGuiApplication::overrideCursor());
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 1);
     QCOMPARE(prompts.warnings.size(), 1);
     QVERIFY(!QFile::exists(program.services.shared.WorkPath));
+
+    program.window->activateWindow();
+    QTest::keyClick(opened, Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(program.DataWindows().isEmpty());
+    QVERIFY(!program.Action("Save")->isEnabled());
+
+    // From the command line.
+    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false, {good}), "test");
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.DataWindows().size(), 1);
 }
 
 void DataWindowTest::ShapeComesBack_data()
@@ -235,14 +240,19 @@ void DataWindowTest::DroppedFilesOpen()
         return event.isAccepted();
     };
     QVERIFY(enter());
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    // Whoever drags may mean to move the files: they are only read.
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, Qt::ShiftModifier);
     QCoreApplication::sendEvent(program.window.get(), &drop);
+    QCOMPARE(drop.dropAction(), Qt::CopyAction);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 2);
     QVERIFY(!program.Action("mnuSetupGraph")->isEnabled()); // a SAVE-mode set is active
     program.Action("Mdata")->trigger();
     QVERIFY(!enter()); // not during a download
+    mime.setUrls({QUrl::fromLocalFile(program.Put("three.CSV", File("4", "9600,5400,0")))});
+    QCoreApplication::sendEvent(program.window.get(), &drop);
     QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.DataWindows().size(), 3); // with that of the download
 }
 
 void DataWindowTest::TableIsCopiedWithHeadings()
@@ -267,7 +277,7 @@ void DataWindowTest::TableIsCopiedWithHeadings()
     select(2, 1, QItemSelectionModel::ClearAndSelect);
     select(0, 2, QItemSelectionModel::Select);
     QCOMPARE(copied(), u"TIME\tDATA\n\t1.5\n10:00:10\t\n"_qs);
-    table->clearSelection();
+    select(3, 1, QItemSelectionModel::ClearAndSelect); // the spare row holds nothing
     QGuiApplication::clipboard()->setText(u"before"_qs);
     QCOMPARE(copied(), u"before"_qs);
 }
@@ -322,6 +332,13 @@ void DataWindowTest::DownloadsWithoutAWindow_data()
     QTest::newRow("silent") << u"--port-device 1=PORT"_qs << u"silent-from=9"_qs
                             << u"Timeout error occurred."_qs;
     QTest::newRow("no port") << u"--port 5"_qs << QString() << u"No device is assigned to port 5."_qs;
+    QTest::newRow("unplugged") << u"--port-device 1=PORT"_qs << u"hang-up=9"_qs
+                               << u"The connection to the instrument was lost.\n"_qs;
+    QTest::newRow("read-only") << u"--demo"_qs << u"read-only"_qs
+                               << u"FILE: This file is a read-only file; you cannot save data to it."_qs;
+    QTest::newRow("cannot be saved") << u"--demo"_qs << u"work file"_qs << u"FILE: WORK: "_qs;
+    QTest::newRow("onto the work file")
+        << u"--demo"_qs << u"onto it"_qs << u"WORK: This name is the program's own work file."_qs;
     QTest::newRow("no device") << u"--port-device 1=/dev/ttyUSB99"_qs << QString()
                                << u"The device of port 1 is not plugged in."_qs;
 }
@@ -333,17 +350,23 @@ void DataWindowTest::DownloadsWithoutAWindow()
     QFETCH(QString, error);
     const QTemporaryDir folder;
     sim::PtyServer server(LinkRig::Unpaced());
-    if (!fault.isEmpty())
-        SetFault(server, fault.toLatin1().constData());
     arguments.replace(u"PORT"_qs, QString::fromStdString(server.DevicePath()));
-    const QString file = folder.filePath(u"readings.CSV"_qs);
+    const QString work = folder.filePath(u"WORK.~~~"_qs);
+    const QString file = fault == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
+    error.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
     QFile old(file);
     QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
+    if (fault == u"read-only")
+        QVERIFY(old.setPermissions(QFile::ReadOwner));
+    else if (fault == u"work file")
+        QVERIFY(QDir().mkdir(work));
+    else if (fault.contains(u'='))
+        SetFault(server, fault.toLatin1().constData());
 
     QProcess process;
-    QProcessEnvironment environment; // nothing that leads to a display
-    environment.insert(u"XDG_RUNTIME_DIR"_qs, folder.path());
+    QProcessEnvironment environment; // nothing that leads to a display, and as little as a script may have
+    environment.insert(u"TMPDIR"_qs, folder.path());
     environment.insert(u"XDG_CONFIG_HOME"_qs, folder.path());
     environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
     process.setProcessEnvironment(environment);

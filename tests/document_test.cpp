@@ -269,6 +269,12 @@ void DocumentTest::EveryChangeIsUnsaved()
     rig.data.DispInterval(QStringLiteral("5"));
     rig.data.SetAxisX(false, 2, 3);
     QVERIFY(rig.data.Saved()); // settings of the view alone ask no question
+    QCOMPARE(rig.data.PanelText(Panel::X), QStringLiteral("Custom"));
+    rig.data.SetAxisX(true, 1, 1);
+    QCOMPARE(rig.data.PanelText(Panel::X), QStringLiteral("Automatic"));
+    rig.data.CancelXauto();
+    QCOMPARE(rig.data.PanelText(Panel::X), QStringLiteral("Custom"));
+    QCOMPARE(rig.data.GetAxisX(), QStringList({u"False"_qs, u"2"_qs, u"3"_qs}));
 }
 
 void DocumentTest::RealtimeSamplesMoveGraphAndBar()

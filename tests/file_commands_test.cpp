@@ -1,6 +1,6 @@
 #include "app/filecommands.h"
-#include "app/filenames.h"
 #include "document/dataset.h"
+#include "platform/filenames.h"
 #include "tests/support.h"
 
 #include <QDir>
@@ -43,11 +43,7 @@ struct Desk
         QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
     }
 
-    QByteArray Content(const QString &name) const
-    {
-        QFile file(Path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray Content(const QString &name) const { return Contents(Path(name)); }
 
     QString Question(const QString &name) const
     {
@@ -65,7 +61,8 @@ struct Desk
     DocumentShared shared;
     ScriptedPrompts prompts;
     QList<std::shared_ptr<DataSet>> sets;
-    FileCommands commands{state, prompts, [this] { return sets; }};
+    QList<bool> busy;
+    FileCommands commands{state, prompts, [this] { return sets; }, [this](bool shown) { busy << shown; }};
 };
 
 } // namespace
@@ -95,6 +92,7 @@ void FileCommandsTest::SaveAsksOnlyWhenItMust()
     QCOMPARE(desk.prompts.fileQuestions, QStringList({desk.Question({}), desk.Question({})}));
     QCOMPARE(set->GetFilename(), desk.Path(u"a.CSV"_qs));
     QVERIFY(set->Saved());
+    QCOMPARE(desk.busy, QList<bool>({true, false}));
 
     const QByteArray first = desk.Content(u"a.CSV"_qs);
     set->AddGridrow();

@@ -82,6 +82,7 @@ class GraphTest : public QObject
     void CategoriesAreAnchoredAndApart();
     void LinesKeepWhatIsSeen();
     void ViewFollowsTheScroll();
+    void ValueAxisShowsItsLimits();
     void WheelAndKeysMoveTheView();
     void ManySamplesArePaintedOnce();
     void GraphOutlivesItsSet();
@@ -212,6 +213,31 @@ void GraphTest::ViewFollowsTheScroll()
     QCOMPARE(plot.Place().Nearest(-5), 1);
     QCOMPARE(plot.Place().Nearest(1e6), 20);
     QCOMPARE(HoverText(rig.set.Table(), 12), u"No. 12\n10:00\n12 VDC"_qs);
+}
+
+void GraphTest::ValueAxisShowsItsLimits()
+{
+    GraphRig rig;
+    for (const char *const reading : {"-50", "100", "1", "+OL", "3", "+OL"})
+        rig.Add(QString::fromLatin1(reading));
+    rig.set.SetGraphcount(2);
+    rig.set.PaintGraphtop();
+    rig.set.ScrollTo(3); // samples 4 and 5: the extremes are out of view, but their lines are not
+    GraphPlot plot(&rig.set);
+    plot.Fill({600, 300}, 1);
+    QVERIFY(plot.yAxis->range().contains(-50) && plot.yAxis->range().contains(100));
+    QCOMPARE(plot.graph(GraphPlot::Marks)->dataCount(), 1);
+
+    rig.set.SetGraphcount(6);
+    rig.set.PaintGraphtop();
+    rig.set.SetAxisY(false, u"0"_qs, u"50"_qs, 5, 1);
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.yAxis->range(), QCPRange(0, 50));
+    QVERIFY(std::abs(plot.Y(50) - plot.PlotRect().top()) <= 1);
+    QVERIFY(std::abs(plot.Y(0) - plot.PlotRect().bottom()) <= 1);
+    const auto readings = plot.graph(GraphPlot::Readings)->data();
+    for (const QCPGraphData &point : *readings)
+        QVERIFY(!(point.value < 0 || point.value > 50)); // cut off at the limits
 }
 
 void GraphTest::WheelAndKeysMoveTheView()

@@ -24,6 +24,8 @@ class LeavingTest : public QObject
     void FailedStartAsksForAPort();
     void StartUpCanBeLeft();
     void LeavingClosesAnOpenBox();
+    void LeavingClosesAnOpenFileDialog_data();
+    void LeavingClosesAnOpenFileDialog();
 };
 
 void LeavingTest::UnsavedWindowsAsk_data()
@@ -218,6 +220,33 @@ void LeavingTest::LeavingClosesAnOpenBox()
     program.window->close();
     QTRY_VERIFY(program.hasLeft);
     QVERIFY(!program.Find<QDialog>("frmPort")); // which would have come next
+}
+
+void LeavingTest::LeavingClosesAnOpenFileDialog_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::newRow("Open") << u"mnuFileOpen"_qs;
+    QTest::newRow("Save As") << u"mnuFileSaveAs"_qs;
+    QTest::newRow("graph") << u"saveAsRequested"_qs;
+}
+
+void LeavingTest::LeavingClosesAnOpenFileDialog()
+{
+    QFETCH(QString, command);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    MessagePrompts prompts;
+    Program program(prompts);
+    program.StartUp();
+    program.Action("New")->trigger();
+    program.DataWindows().first()->Data()->MarkSaved();
+    if (auto *const action = program.Find<QAction>(command.toLatin1().constData()))
+        action->trigger();
+    else
+        QMetaObject::invokeMethod(program.Find("chData"), command.toLatin1().constData());
+    QTRY_VERIFY(QApplication::activeModalWidget());
+    program.window->close();
+    QTRY_VERIFY(program.hasLeft);
+    QTRY_VERIFY(!QApplication::activeModalWidget());
 }
 
 QTEST_MAIN(LeavingTest)

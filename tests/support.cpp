@@ -2,9 +2,16 @@
 
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QTimer>
 
 namespace px40 {
+
+QByteArray Contents(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 bool WaitUntil(const std::function<bool()> &done, int timeoutMs)
 {

@@ -91,6 +91,9 @@ class LinkRig
     Comm comm;
 };
 
+/// What a file holds; empty when it cannot be read.
+QByteArray Contents(const QString &name);
+
 /// Handles events as they come until `done` holds; false when it does not in time. Unlike the waiting macros
 /// it never sleeps between two looks.
 bool WaitUntil(const std::function<bool()> &done, int timeoutMs = 20000);

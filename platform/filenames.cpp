@@ -1,4 +1,4 @@
-#include "app/filenames.h"
+#include "platform/filenames.h"
 
 #include <QDir>
 #include <QFile>
