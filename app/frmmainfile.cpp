@@ -102,6 +102,7 @@ QCoro::Task<void> frmMain::OpenFiles(QStringList names)
             continue;
         frmData *const window = AddDataWindow(dataSet);
         window->TakeShape();
+        workspace_->BringIn(window);
         window->show();
         OnWindowActivated();
         const QString fileName = QFileInfo(name).fileName();

@@ -121,6 +121,8 @@ QCoro::Task<void> Download(Services *services, NobodyToAsk *prompts, QString nam
         outcome->reason = About(name, services->state.ErrorMessage);
     else if (!PrintResult(*dataSet))
         outcome->reason = Text(Str::NotPrinted);
+    else if (const int unreadable = dataSet->UnreadableCount(); unreadable > 0)
+        outcome->reason = About(name, Text(Str::FileUnreadable).arg(unreadable).arg(dataSet->GetDatacount()));
     else
         outcome->good = true;
 }

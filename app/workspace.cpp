@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace px40 {
 
 Workspace::Workspace(QWidget *parent) : QMdiArea(parent)
@@ -26,6 +28,13 @@ void Workspace::Place(QMdiSubWindow *window)
     const QSize most = room.size() * 0.85;
     const QSize wanted = window->size().expandedTo(most).boundedTo(room.size() - QSize(offset, offset));
     window->setGeometry(QRect(room.topLeft() + QPoint(offset, offset), wanted));
+}
+
+void Workspace::BringIn(QMdiSubWindow *window)
+{
+    const QSize beside = viewport()->size() - window->size();
+    window->move(std::min(window->x(), std::max(0, beside.width())),
+                 std::min(window->y(), std::max(0, beside.height())));
 }
 
 void Workspace::paintEvent(QPaintEvent *event)

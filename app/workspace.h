@@ -19,6 +19,9 @@ class Workspace : public QMdiArea
     /// is room.
     void Place(QMdiSubWindow *window);
 
+    /// Moves a window that brought its own size so that as much of it as possible is seen.
+    void BringIn(QMdiSubWindow *window);
+
   protected:
     void paintEvent(QPaintEvent *event) override;
 };

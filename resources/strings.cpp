@@ -311,6 +311,8 @@ const char16_t *Lookup(Str id)
         return u"The download failed.";
     case Str::NotPrinted:
         return u"The file was written, but the result could not be printed.";
+    case Str::FileUnreadable:
+        return u"Written, but with %1 unreadable of %2 readings (noise on the line?).";
     case Str::FileEndsEarly:
         return u"The file ends before its line %1.";
     case Str::FileLineTooLong:

@@ -161,6 +161,7 @@ enum class Str : int {
     FileIsWorkFile,
     DownloadFailed,
     NotPrinted,
+    FileUnreadable,
     FileEndsEarly,
     FileLineTooLong,
     FileNoNumber,
