@@ -6,8 +6,54 @@
 #include <atomic>
 
 using namespace px40;
+using namespace std::string_view_literals;
 
 namespace {
+
+/// A reply time-out that never comes: only something else can end the exchange.
+constexpr int Never = 3600 * 1000;
+
+bool Succeeds(const Running<bool> &task)
+{
+    return task.Finish() && task.Value();
+}
+
+bool Fails(const Running<bool> &task)
+{
+    return task.Finish() && !task.Value();
+}
+
+/// An open port at whose other end the instrument has a fault; a download is under way.
+struct CommRig : LinkRig
+{
+    explicit CommRig(const char *fault = "none", int replyTimeoutMs = ReplyTimeoutMs)
+        : LinkRig(Unpaced(), replyTimeoutMs)
+    {
+        Fault(fault);
+        Open();
+        state.LinkActivity = ActivityDownload;
+    }
+
+    Running<bool> Send(const QString &command, int attempts = 3)
+    {
+        return Running<bool>(comm.SendCommand(command, attempts));
+    }
+
+    /// Sends a command that the instrument has read on return.
+    Running<bool> SendOut(const QString &command, int attempts = 3)
+    {
+        const Running<bool> exchange = Send(command, attempts);
+        if (!QTest::qWaitFor([this] { return server.CommandCount() == 1; }))
+            qWarning("the instrument got no command");
+        return exchange;
+    }
+
+    /// Whether a command gets its own reply.
+    bool Answers(const QString &command)
+    {
+        return Succeeds(Send(command)) && state.RecvBuffer == Expected(command);
+    }
+};
 
 /// A command of the user: takes the link in the step in which it becomes free.
 QCoro::Task<bool> WaitAndTake(LinkGate *gate)
@@ -25,18 +71,13 @@ class CommTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void AnswersAreTheFirstLine_data();
     void AnswersAreTheFirstLine();
-    void FramesAreCutAtTheLineFeed_data();
     void FramesAreCutAtTheLineFeed();
-    void SilenceIsTriedAgainAndEndsWithFalse_data();
     void SilenceIsTriedAgainAndEndsWithFalse();
-    void LateRepliesNeverAnswerTheNextCommand_data();
     void LateRepliesNeverAnswerTheNextCommand();
     void ReplyAfterACancelIsDropped();
     void CancelCountsMoreThanAReply();
     void LostReplyIsAskedForAgain();
-    void FlagsEndTheWaitAtOnce_data();
     void FlagsEndTheWaitAtOnce();
     void ClosedPortFailsAtOnce();
     void HangUpEndsTheExchangeAndClosesThePort();
@@ -46,224 +87,150 @@ class CommTest : public QObject
     void GateKeepsInputInThePort();
     void IdleInputIsReplaced();
     void EndlessNoiseStaysBounded();
-    void OpeningSaysWhatIsWrong_data();
     void OpeningSaysWhatIsWrong();
     void SecondOpeningIsRefused();
     void LinkGateHandsOverOnlyWhenFree();
 };
 
-void CommTest::AnswersAreTheFirstLine_data()
-{
-    QTest::addColumn<QByteArray>("fault");
-    QTest::newRow("plain") << QByteArray("none");
-    QTest::newRow("byte by byte") << QByteArray("byte-by-byte");
-    QTest::newRow("two lines at once") << QByteArray("two-lines");
-}
-
 void CommTest::AnswersAreTheFirstLine()
 {
-    QFETCH(QByteArray, fault);
-    LinkRig rig;
-    rig.Fault(fault.constData());
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    for (int n = 1; n <= 3; ++n) {
-        const QString command = QStringLiteral("OM%1").arg(n);
-        const Running<bool> exchange(rig.comm.SendCommand(command, 3));
-        QVERIFY(exchange.Finish());
-        QVERIFY(exchange.Value());
-        QCOMPARE(rig.state.RecvBuffer, rig.Expected(command));
-        QCOMPARE(int(rig.state.ReplyLength), 29);
-        QCOMPARE(rig.state.LastCommand, command);
-        QCOMPARE(rig.state.ExchangeState, int(ExchangeComplete));
+    const QStringList commands{u"OM1"_qs, u"OM2"_qs, u"OM3"_qs};
+    for (const char *const fault : {"none", "byte-by-byte", "two-lines"}) {
+        CommRig rig(fault);
+        for (const QString &command : commands) {
+            QVERIFY2(rig.Answers(command), fault);
+            QCOMPARE(int(rig.state.ReplyLength), 29);
+            QCOMPARE(rig.state.LastCommand, command);
+            QCOMPARE(rig.state.ExchangeState, int(ExchangeComplete));
+        }
+        QCOMPARE(rig.Commands(), commands);
     }
-    QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs, u"OM3"_qs}));
-}
-
-void CommTest::FramesAreCutAtTheLineFeed_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::newRow("CR LF alone is an empty reply") << QByteArray("\r\n") << QByteArray();
-    QTest::newRow("LF alone is an empty reply") << QByteArray("\n") << QByteArray();
-    QTest::newRow("the character before LF goes") << QByteArray("ABC\n") << QByteArray("AB");
-    QTest::newRow("byte for byte") << QByteArray("\0\x80\xff\x7f\r\n", 6) << QByteArray("\0\x80\xff\x7f", 4);
-    QTest::newRow("the rest is dropped") << QByteArray("A\r\nB\r\nC") << QByteArray("A");
 }
 
 void CommTest::FramesAreCutAtTheLineFeed()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(QByteArray, reply);
-    // The instrument's stored reading is whatever the test puts there; its own CR LF ends the first row.
-    LinkRig rig;
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 1));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
-    // Write into the device itself from its far end: the server is silent, so nothing else arrives.
-    rig.server.Inject({bytes.constData(), static_cast<std::size_t>(bytes.size())});
-    QVERIFY(exchange.Finish());
-    QVERIFY(exchange.Value());
-    QCOMPARE(rig.state.RecvBuffer.toLatin1(), reply);
-    QCOMPARE(int(rig.state.ReplyLength), int(reply.size()));
-}
-
-void CommTest::SilenceIsTriedAgainAndEndsWithFalse_data()
-{
-    QTest::addColumn<int>("activity");
-    QTest::addColumn<int>("attempts");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("download") << int(ActivityDownload) << 3 << u"Timeout error occurred."_qs;
-    QTest::newRow("five attempts") << int(ActivityDownload) << 5 << u"Timeout error occurred."_qs;
-    QTest::newRow("status check keeps its silence") << int(ActivityStatusCheck) << 3 << u"before"_qs;
-    QTest::newRow("one attempt") << int(ActivityRealtimeStopping) << 1 << u"before"_qs;
+    constexpr std::pair<std::string_view, std::string_view> rows[] = {
+        {"\r\n", ""},
+        {"\n", ""},
+        {"ABC\n", "AB"}, // the character before LF goes, whatever it is
+        {"\0\x80\xff\x7f\r\n"sv, "\0\x80\xff\x7f"sv},
+        {"A\r\nB\r\nC", "A"},
+    };
+    for (const auto &[bytes, reply] : rows) {
+        CommRig rig("silent");
+        const Running<bool> exchange = rig.SendOut(u"OM1"_qs, 1);
+        rig.server.Inject(bytes);
+        QVERIFY(Succeeds(exchange));
+        QCOMPARE(rig.state.RecvBuffer, QString::fromLatin1(reply));
+        QCOMPARE(int(rig.state.ReplyLength), int(reply.size()));
+    }
 }
 
 void CommTest::SilenceIsTriedAgainAndEndsWithFalse()
 {
-    QFETCH(int, activity);
-    QFETCH(int, attempts);
-    LinkRig rig(LinkRig::Unpaced(), 30);
-    rig.Fault("silent");
-    rig.Open();
-    RecordedProgress progress;
-    rig.comm.SetProgressView(&progress);
-    rig.state.LinkActivity = activity;
-    rig.state.ErrorMessage = QStringLiteral("before");
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("AN1"), attempts));
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
-    QCOMPARE(rig.Commands(), QStringList(attempts, QStringLiteral("AN1")));
-    QTEST(rig.state.ErrorMessage, "error");
-    QCOMPARE(progress.cancelDisabled, activity == ActivityDownload);
-    QCOMPARE(rig.state.ExchangeState, int(ExchangeTimedOut));
-}
-
-void CommTest::LateRepliesNeverAnswerTheNextCommand_data()
-{
-    QTest::addColumn<QByteArray>("fault");
-    QTest::newRow("each comes while the second attempt waits") << QByteArray("late=120");
-    QTest::newRow("one comes when its command was given up") << QByteArray("late=330,first=1");
+    const struct
+    {
+        const char *fault;
+        int activity;
+        int attempts;
+        QString error;
+    } rows[] = {
+        {"silent", ActivityDownload, 3, u"Timeout error occurred."_qs},
+        {"half-line", ActivityStatusCheck, 3, u"before"_qs}, // a status check keeps its silence
+        {"silent", ActivityRealtimeStopping, 1, u"before"_qs},
+    };
+    for (const auto &row : rows) {
+        CommRig rig(row.fault, 30);
+        RecordedProgress progress;
+        rig.comm.SetProgressView(&progress);
+        rig.state.LinkActivity = row.activity;
+        rig.state.ErrorMessage = u"before"_qs;
+        QVERIFY(Fails(rig.Send(u"AN1"_qs, row.attempts)));
+        QCOMPARE(rig.Commands(), QStringList(row.attempts, u"AN1"_qs));
+        QCOMPARE(rig.state.ErrorMessage, row.error);
+        QCOMPARE(progress.cancelDisabled, row.activity == ActivityDownload);
+        QCOMPARE(rig.state.ExchangeState, int(ExchangeTimedOut));
+    }
 }
 
 void CommTest::LateRepliesNeverAnswerTheNextCommand()
 {
-    QFETCH(QByteArray, fault);
-    LinkRig rig(LinkRig::Unpaced(), 100);
-    rig.Fault(fault.constData());
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> first(rig.comm.SendCommand(QStringLiteral("AN1"), 3)); // may fail
-    for (int n = 1; n <= 4; ++n) {
-        const QString command = QStringLiteral("OM%1").arg(n);
-        const Running<bool> exchange(rig.comm.SendCommand(command, 3));
-        QVERIFY(exchange.Finish());
-        QVERIFY(exchange.Value());
-        QCOMPARE(rig.state.RecvBuffer, rig.Expected(command));
+    // Each comes while the second attempt waits; one comes when its command was given up.
+    for (const char *const fault : {"late=120", "late=330,first=1"}) {
+        CommRig rig(fault, 100);
+        rig.Send(u"AN1"_qs); // may fail
+        for (const QString &command : {u"OM1"_qs, u"OM2"_qs, u"OM3"_qs, u"OM4"_qs})
+            QVERIFY2(rig.Answers(command), fault);
     }
 }
 
 void CommTest::ReplyAfterACancelIsDropped()
 {
-    LinkRig rig(LinkRig::Unpaced(), 400);
-    rig.Fault("late=150,first=1");
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> cancelled(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
+    CommRig rig("late=150,first=1", 400);
+    const Running<bool> cancelled = rig.SendOut(u"OM1"_qs);
     rig.state.DownloadCancel = true;
     rig.comm.FlagsChanged();
     QVERIFY(cancelled.Finish());
     rig.state.DownloadCancel = false;
-    const Running<bool> next(rig.comm.SendCommand(QStringLiteral("OM2"), 3));
-    QVERIFY(next.Finish());
-    QCOMPARE(rig.state.RecvBuffer, rig.Expected(QStringLiteral("OM2")));
+    QVERIFY(rig.Answers(u"OM2"_qs));
     QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs}));
 }
 
 void CommTest::CancelCountsMoreThanAReply()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
+    CommRig rig("none", Never);
+    const Running<bool> exchange = rig.Send(u"OM1"_qs);
     rig.state.DownloadCancel = true; // seen only when the reply wakes the exchange
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
+    QVERIFY(Fails(exchange));
 }
 
 void CommTest::LostReplyIsAskedForAgain()
 {
-    LinkRig rig(LinkRig::Unpaced(), 60);
-    rig.Fault("drop-reply=1");
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    for (const auto *const command : {u"H1", u"AN1"}) {
-        const Running<bool> exchange(rig.comm.SendCommand(QString::fromUtf16(command), 3));
-        QVERIFY(exchange.Finish());
-        QVERIFY(exchange.Value());
-    }
+    CommRig rig("drop-reply=1", 60);
+    QVERIFY(rig.Answers(u"H1"_qs));
+    QVERIFY(rig.Answers(u"AN1"_qs));
     QCOMPARE(rig.Commands(), QStringList({u"H1"_qs, u"H1"_qs, u"AN1"_qs}));
-}
-
-void CommTest::FlagsEndTheWaitAtOnce_data()
-{
-    QTest::addColumn<int>("activity");
-    QTest::addColumn<bool>("beforehand");
-    QTest::newRow("cancel of a download") << int(ActivityDownload) << false;
-    QTest::newRow("stop while real-time receive starts") << int(ActivityRealtimeTransition) << false;
-    QTest::newRow("cancel before the exchange") << int(ActivityDownload) << true;
 }
 
 void CommTest::FlagsEndTheWaitAtOnce()
 {
-    QFETCH(int, activity);
-    QFETCH(bool, beforehand);
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000); // only the flag can end it
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = activity;
-    const auto set = [&] {
-        (activity == ActivityDownload ? rig.state.DownloadCancel : rig.state.RealtimeStop) = true;
+    constexpr std::pair<int, bool> rows[] = {
+        {ActivityDownload, false},
+        {ActivityRealtimeTransition, false},
+        {ActivityDownload, true},
     };
-    if (beforehand)
-        set();
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("H1"), 3));
-    if (!beforehand) {
-        QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
-        QVERIFY(!exchange.Done());
-        set();
-        rig.comm.FlagsChanged();
+    for (const auto &[activity, beforehand] : rows) {
+        CommRig rig("silent", Never);
+        rig.state.LinkActivity = activity;
+        bool &flag = activity == ActivityDownload ? rig.state.DownloadCancel : rig.state.RealtimeStop;
+        flag = beforehand;
+        const Running<bool> exchange = rig.SendOut(u"H1"_qs);
+        if (!beforehand) {
+            QVERIFY(!exchange.Done());
+            flag = true;
+            rig.comm.FlagsChanged();
+        }
+        QVERIFY(Fails(exchange));
+        QVERIFY(rig.state.ErrorMessage.isEmpty());
+        QVERIFY(!rig.comm.tmTimeout().Enabled());
     }
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
-    QVERIFY(rig.state.ErrorMessage.isEmpty());
-    QVERIFY(!rig.comm.tmTimeout().Enabled());
 }
 
 void CommTest::ClosedPortFailsAtOnce()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("H1"), 3));
-    QVERIFY(exchange.Done());
-    QVERIFY(!exchange.Value());
+    LinkRig rig;
+    const Running<bool> exchange(rig.comm.SendCommand(u"H1"_qs, 3));
+    QVERIFY(exchange.Done() && !exchange.Value());
     QCOMPARE(rig.state.ErrorMessage, Text(Str::PortNotOpen));
 }
 
 void CommTest::HangUpEndsTheExchangeAndClosesThePort()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = ActivityStatusCheck;
+    CommRig rig("silent", Never);
     const QSignalSpy lost(&rig.comm, &Comm::portLost);
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OC"), 3));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
+    const Running<bool> exchange = rig.SendOut(u"OC"_qs);
     rig.server.HangUp();
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
+    QVERIFY(Fails(exchange));
     QVERIFY(!rig.comm.IsOpen());
     QTRY_COMPARE(lost.count(), 1);
     QCOMPARE(rig.state.ErrorMessage, Text(Str::PortLost));
@@ -273,50 +240,35 @@ void CommTest::HangUpEndsTheExchangeAndClosesThePort()
     rig.server.SetFaults({});
     rig.ports.Fix(1, QString::fromStdString(rig.server.DevicePath()));
     rig.Open();
-    const Running<bool> again(rig.comm.SendCommand(QStringLiteral("OC"), 3));
-    QVERIFY(again.Finish());
+    QVERIFY(rig.Answers(u"OM1"_qs));
 }
 
 void CommTest::ReopeningEndsTheOldExchange()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = ActivityStatusCheck;
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OC"), 3));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
+    CommRig rig("silent", Never);
+    const Running<bool> exchange = rig.SendOut(u"OC"_qs);
     rig.Open(); // closes and opens in one turn
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
+    QVERIFY(Fails(exchange));
 }
 
 void CommTest::SecondCallerWaitsItsTurn()
 {
-    LinkRig rig;
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> first(rig.comm.SendCommand(QStringLiteral("AN1"), 3));
-    const Running<bool> second(rig.comm.SendCommand(QStringLiteral("H1"), 3));
-    const Running<bool> third(rig.comm.SendCommand(QStringLiteral("OM7"), 3));
-    QVERIFY(third.Finish());
-    QVERIFY(first.Value() && second.Value() && third.Value());
+    CommRig rig;
+    const Running<bool> first = rig.Send(u"AN1"_qs);
+    const Running<bool> second = rig.Send(u"H1"_qs);
+    QVERIFY(rig.Answers(u"OM7"_qs));
+    QVERIFY(Succeeds(first) && Succeeds(second));
     QCOMPARE(rig.Commands(), QStringList({u"AN1"_qs, u"H1"_qs, u"OM7"_qs}));
-    QCOMPARE(int(rig.state.ReplyLength), 29);
 }
 
 void CommTest::ShutEndsEverything()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = ActivityStatusCheck;
-    const Running<bool> first(rig.comm.SendCommand(QStringLiteral("AN1"), 3));
-    const Running<bool> second(rig.comm.SendCommand(QStringLiteral("H1"), 3));
+    CommRig rig("silent", Never);
+    const Running<bool> first = rig.Send(u"AN1"_qs);
+    const Running<bool> second = rig.Send(u"H1"_qs);
     rig.comm.Shut();
-    QVERIFY(first.Finish());
-    QVERIFY(second.Finish());
-    QVERIFY(!first.Value() && !second.Value());
-    const Running<bool> late(rig.comm.SendCommand(QStringLiteral("H1"), 3));
+    QVERIFY(Fails(first) && Fails(second));
+    const Running<bool> late = rig.Send(u"H1"_qs);
     QVERIFY(late.Done() && !late.Value());
     const Running<bool> opened(rig.comm.OpenPort());
     QVERIFY(opened.Done() && !opened.Value());
@@ -327,10 +279,10 @@ void CommTest::GateKeepsInputInThePort()
     std::atomic<bool> sent = false;
     sim::ServerOptions options = LinkRig::Unpaced();
     options.observer = [&](std::string_view, std::string_view) { sent = true; };
-    LinkRig rig(std::move(options), 3600 * 1000);
+    LinkRig rig(std::move(options), Never);
     rig.Open();
     rig.state.LinkActivity = ActivityRealtime;
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 3));
+    const Running<bool> exchange(rig.comm.SendCommand(u"OM1"_qs, 3));
     QTRY_VERIFY(sent);
     for (int turn = 0; turn < 5; ++turn)
         QTest::qWait(0);
@@ -339,82 +291,66 @@ void CommTest::GateKeepsInputInThePort()
 
     rig.state.ReceiveGate = true;
     rig.server.Inject("more\r\n"); // its arrival finds the gate open and takes all
-    QVERIFY(exchange.Finish());
-    QVERIFY(exchange.Value());
+    QVERIFY(Succeeds(exchange));
     QCOMPARE(int(rig.state.ReplyLength), 29);
     QVERIFY(rig.state.ReceiveGate);
 }
 
 void CommTest::IdleInputIsReplaced()
 {
-    LinkRig rig;
-    rig.Open();
-    rig.server.Inject("first\r\n");
-    QTRY_COMPARE(rig.state.RecvBuffer, QStringLiteral("first\r\n"));
-    rig.server.Inject("second");
-    QTRY_COMPARE(rig.state.RecvBuffer, QStringLiteral("second"));
+    CommRig rig;
+    rig.state.LinkActivity = ActivityIdle;
+    for (const char *const input : {"first\r\n", "second"}) {
+        rig.server.Inject(input);
+        QTRY_COMPARE(rig.state.RecvBuffer, QString::fromLatin1(input));
+    }
 }
 
 void CommTest::EndlessNoiseStaysBounded()
 {
-    LinkRig rig(LinkRig::Unpaced(), 3600 * 1000);
-    rig.Fault("silent");
-    rig.Open();
-    rig.state.LinkActivity = ActivityDownload;
-    const Running<bool> exchange(rig.comm.SendCommand(QStringLiteral("OM1"), 1));
-    QTRY_COMPARE(rig.server.CommandCount(), std::size_t(1));
+    CommRig rig("silent", Never);
+    const Running<bool> exchange = rig.SendOut(u"OM1"_qs, 1);
     const std::string noise(1000, '\x9d');
     for (int i = 1; i <= 6; ++i) {
         rig.server.Inject(noise);
         QTRY_COMPARE(rig.state.RecvBuffer.size(), qsizetype(std::min(i * 1000, Comm::MaxReplyLength)));
     }
     rig.server.Inject("\r\n");
-    QVERIFY(exchange.Finish());
-    QVERIFY(exchange.Value());
+    QVERIFY(Succeeds(exchange));
     QVERIFY(rig.state.RecvBuffer.size() <= Comm::MaxReplyLength);
-}
-
-void CommTest::OpeningSaysWhatIsWrong_data()
-{
-    QTest::addColumn<QString>("device");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("unassigned") << QString() << u"No device is assigned to port 3."_qs;
-    QTest::newRow("absent") << u"/dev/serial/by-id/none"_qs << u"The device of port 3 is not plugged in."_qs;
-    QTest::newRow("no serial device") << u"/dev/null"_qs << u"/dev/null: "_qs;
 }
 
 void CommTest::OpeningSaysWhatIsWrong()
 {
-    QFETCH(QString, device);
-    QFETCH(QString, text);
-    LinkRig rig;
-    rig.ports.Assign(3, device);
-    rig.comm.SetPortNumber(3);
-    const Running<bool> opened(rig.comm.OpenPort());
-    QVERIFY(opened.Finish());
-    QVERIFY(!opened.Value());
-    QVERIFY(!rig.comm.IsOpen());
-    QCOMPARE(rig.prompts.warnings.size(), 1);
-    QVERIFY2(rig.prompts.warnings.first().startsWith(text), qPrintable(rig.prompts.warnings.first()));
+    const std::pair<QString, QString> rows[] = {
+        {QString(), u"No device is assigned to port 3."_qs},
+        {u"/dev/serial/by-id/none"_qs, u"The device of port 3 is not plugged in."_qs},
+        {u"/dev/null"_qs, u"/dev/null: "_qs},
+    };
+    for (const auto &[device, text] : rows) {
+        LinkRig rig;
+        rig.ports.Assign(3, device);
+        rig.comm.SetPortNumber(3);
+        QVERIFY(Fails(Running<bool>(rig.comm.OpenPort())));
+        QVERIFY(!rig.comm.IsOpen());
+        QCOMPARE(rig.prompts.warnings.size(), 1);
+        QVERIFY2(rig.prompts.warnings.first().startsWith(text), qPrintable(rig.prompts.warnings.first()));
+    }
 }
 
 void CommTest::SecondOpeningIsRefused()
 {
-    LinkRig rig;
-    rig.Open();
+    CommRig rig;
     // Through a link, as a lasting name is one: it is the same device all the same.
-    const QString device = rig.ports.Device(1);
-    const QString link = rig.folder.filePath(QStringLiteral("by-id"));
-    QVERIFY(QFile::link(device, link));
+    const QString link = rig.folder.filePath(u"by-id"_qs);
+    QVERIFY(QFile::link(rig.ports.Device(1), link));
     ScriptedPrompts prompts;
     LinkState state;
     rig.ports.Fix(2, link);
     Comm other(state, rig.ports, prompts);
     other.SetPortNumber(2);
-    const Running<bool> opened(other.OpenPort());
-    QVERIFY(opened.Finish());
-    QVERIFY(!opened.Value());
-    QCOMPARE(prompts.warnings, QStringList(QStringLiteral("Another program is using %1.").arg(link)));
+    QVERIFY(Fails(Running<bool>(other.OpenPort())));
+    QCOMPARE(prompts.warnings, QStringList(u"Another program is using %1."_qs.arg(link)));
 }
 
 void CommTest::LinkGateHandsOverOnlyWhenFree()
@@ -427,8 +363,7 @@ void CommTest::LinkGateHandsOverOnlyWhenFree()
     QVERIFY(!command.Done());
     QVERIFY(state.StatusYield); // the status check is asked to give way
     gate.Release();
-    QVERIFY(command.Finish());
-    QVERIFY(command.Value());
+    QVERIFY(Succeeds(command));
     QVERIFY(state.LinkBusy);
     QCoreApplication::processEvents();
     QVERIFY(!second.Done());
@@ -438,8 +373,7 @@ void CommTest::LinkGateHandsOverOnlyWhenFree()
 
     const Running<bool> leaving(gate.WaitUntilFree());
     gate.Shut();
-    QVERIFY(leaving.Finish());
-    QVERIFY(!leaving.Value());
+    QVERIFY(Fails(leaving));
 }
 
 QTEST_GUILESS_MAIN(CommTest)

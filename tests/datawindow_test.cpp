@@ -37,13 +37,6 @@ struct FileProgram : Program
     }
 };
 
-QByteArray File(const char *kind, const char *shape)
-{
-    return QByteArray(kind) + "\r\n" + shape +
-           "\r\n00,00,00,05\r\nTrue,,,,\r\n2\r\nFalse,1,1\r\nTrue,0,10,1,1\r\n"
-           "10:00:00,1.5,VDC,,\r\n10:00:05,+OL,VDC,,\r\n10:00:10,2.5,VDC,,\r\n,,,,\r\n";
-}
-
 } // namespace
 
 /// Data windows and their files, table and graph, as the user meets them.
@@ -58,7 +51,6 @@ class DataWindowTest : public QObject
     void ClosingOffersToSave_data();
     void ClosingOffersToSave();
     void LeavingSavesWhatTheUserWants();
-    void DownloadIsSavedAndLeaves();
     void DroppedFilesOpen();
     void TableIsCopiedWithHeadings();
     void GraphFollowsScrollAndSetup();
@@ -71,8 +63,8 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
 {
     ScriptedPrompts prompts;
     FileProgram program(prompts);
-    const QString good = program.Put("good.CSV", File("2", "9600,5400,0"));
-    const QString bad = program.Put("bad.CSV", File("3", "9600,5400,0"));
+    const QString good = program.Put("good.CSV", SampleFile("2", "9600,5400,0"));
+    const QString bad = program.Put("bad.CSV", SampleFile("3", "9600,5400,0"));
     prompts.files = {bad, good, good};
     program.Action("mnuFileOpen")->trigger();
     QVERIFY(program.NoJobLeft());
@@ -130,7 +122,7 @@ void DataWindowTest::ShapeComesBack()
     FileProgram program(prompts);
     QByteArray before;
     for (int round = 0; round < 2; ++round) {
-        frmData *const data = program.Open(program.Put("shape.CSV", File("0", shape.constData())));
+        frmData *const data = program.Open(program.Put("shape.CSV", SampleFile("0", shape.constData())));
         QVERIFY(data);
         if (minimise)
             data->showMinimized();
@@ -201,40 +193,14 @@ void DataWindowTest::LeavingSavesWhatTheUserWants()
     QVERIFY(QFile::exists(program.Path("two.CSV")));
 }
 
-void DataWindowTest::DownloadIsSavedAndLeaves()
-{
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    prompts.files = {program.Path("a.CSV"), program.Path("b.CSV")};
-    program.Action("Mdata")->trigger();
-    QVERIFY(program.NoJobLeft());
-    program.Action("mnuFileSave")->trigger();
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(program.DataWindows().first()->windowTitle(), program.Path("a.CSV"));
-    QCOMPARE(program.Message(), u"a.CSV saved."_qs);
-    const frmData *const second = program.Open(program.Path("a.CSV"));
-    QCOMPARE(program.DataWindows().size(), 1); // open already
-    program.Action("mnuFileSaveAs")->trigger();
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(second->windowTitle(), program.Path("b.CSV"));
-    const frmData *const again = program.Open(program.Path("a.CSV"));
-    QCOMPARE(program.DataWindows().size(), 2);
-    QCOMPARE(again->Data()->GetDatacount(), 50);
-    QCOMPARE(again->Data()->GetDispmax(true), second->Data()->GetDispmax(true));
-    // Nothing is asked any more.
-    program.Action("mnuFileExit")->trigger();
-    QTRY_VERIFY(program.hasLeft);
-    QVERIFY(prompts.questions.isEmpty() && prompts.warnings.isEmpty());
-}
-
 void DataWindowTest::DroppedFilesOpen()
 {
     ScriptedPrompts prompts;
     FileProgram program(prompts);
     QMimeData mime;
     mime.setUrls({QUrl(u"http://localhost/x.CSV"_qs),
-                  QUrl::fromLocalFile(program.Put("one.CSV", File("0", "9600,5400,0"))),
-                  QUrl::fromLocalFile(program.Put("two.CSV", File("4", "9600,5400,0")))});
+                  QUrl::fromLocalFile(program.Put("one.CSV", SampleFile("0", "9600,5400,0"))),
+                  QUrl::fromLocalFile(program.Put("two.CSV", SampleFile("4", "9600,5400,0")))});
     const auto enter = [&] {
         QDragEnterEvent event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(program.window.get(), &event);
@@ -250,7 +216,7 @@ void DataWindowTest::DroppedFilesOpen()
     QVERIFY(!program.Action("mnuSetupGraph")->isEnabled()); // a SAVE-mode set is active
     program.Action("Mdata")->trigger();
     QVERIFY(!enter()); // not during a download
-    mime.setUrls({QUrl::fromLocalFile(program.Put("three.CSV", File("4", "9600,5400,0")))});
+    mime.setUrls({QUrl::fromLocalFile(program.Put("three.CSV", SampleFile("4", "9600,5400,0")))});
     QCoreApplication::sendEvent(program.window.get(), &drop);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 3); // with that of the download
@@ -260,7 +226,7 @@ void DataWindowTest::TableIsCopiedWithHeadings()
 {
     ScriptedPrompts prompts;
     FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("table.CSV", File("2", "9600,5400,0")));
+    const frmData *const data = program.Open(program.Put("table.CSV", SampleFile("2", "9600,5400,0")));
     auto *const table = data->findChild<DataTable *>();
     const auto copied = [&] {
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
@@ -287,7 +253,7 @@ void DataWindowTest::GraphFollowsScrollAndSetup()
 {
     ScriptedPrompts prompts;
     FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("graph.CSV", File("2", "9600,5400,0")));
+    const frmData *const data = program.Open(program.Put("graph.CSV", SampleFile("2", "9600,5400,0")));
     auto *const bar = data->findChild<QScrollBar *>(u"sbData"_qs);
     QCOMPARE(bar->maximum(), 1);
     bar->setValue(1);
@@ -307,7 +273,7 @@ void DataWindowTest::GraphIsSavedAsAPicture()
 {
     ScriptedPrompts prompts;
     FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("graph.CSV", File("2", "9600,5400,0")));
+    const frmData *const data = program.Open(program.Put("graph.CSV", SampleFile("2", "9600,5400,0")));
     prompts.files = {program.Path("graph.png"), program.Path("gone/graph.pdf")};
     QWidget *const chart = data->findChild<QWidget *>(u"chData"_qs);
     for (int i = 0; i < 2; ++i) {
@@ -329,7 +295,6 @@ void DataWindowTest::DownloadsWithoutAWindow_data()
     QTest::addColumn<QString>("error"); // its beginning; empty: good
     QTest::newRow("simulated") << u"--demo"_qs << QString() << QString();
     QTest::newRow("on a port") << u"--port-device 3=PORT --port 3"_qs << QString() << QString();
-    QTest::newRow("the only port") << u"--port-device 3=PORT"_qs << QString() << QString();
     QTest::newRow("silent") << u"--port-device 1=PORT"_qs << u"silent-from=9"_qs
                             << u"Timeout error occurred."_qs;
     QTest::newRow("no port") << u"--port 5"_qs << QString() << u"No device is assigned to port 5."_qs;

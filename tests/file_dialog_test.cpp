@@ -7,44 +7,49 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QSettings>
+
+#include <tuple>
 
 using namespace px40;
 
 namespace {
 
 /// The dialog that is open for the user, if it is of that kind.
-template <typename T>
+template <typename T = QFileDialog>
 T *Open()
 {
     auto *const dialog = qobject_cast<T *>(QApplication::activeModalWidget());
     return dialog && dialog->isVisible() ? dialog : nullptr;
 }
 
-void Type(const QString &name)
+QLineEdit *NameField()
 {
-    QTRY_VERIFY(Open<QFileDialog>());
-    auto *const edit = Open<QFileDialog>()->findChild<QLineEdit *>(u"fileNameEdit"_qs);
-    QVERIFY(edit);
-    edit->window()->activateWindow();
-    edit->setFocus();
-    QTRY_VERIFY(edit->hasFocus());
-    edit->setText(name); // at once: a list of proposals would take the keys
-    QTest::keyClick(edit, Qt::Key_Return);
+    return Open() ? Open()->findChild<QLineEdit *>(u"fileNameEdit"_qs) : nullptr;
 }
 
-/// Looks at the box before the dialog and presses one of its buttons, or Return.
-void AnswerBox(const QString &text, QMessageBox::StandardButton button = QMessageBox::NoButton)
+void Type(const QString &name)
+{
+    QTRY_VERIFY(NameField());
+    Open()->activateWindow();
+    NameField()->setFocus();
+    QTRY_VERIFY(NameField()->hasFocus());
+    NameField()->setText(name); // at once: a list of proposals would take the keys
+    QTest::keyClick(NameField(), Qt::Key_Return);
+}
+
+/// Looks at the box before the dialog and presses a key.
+void AnswerBox(const QString &text, Qt::Key key)
 {
     QTRY_VERIFY(Open<QMessageBox>());
-    auto *const box = Open<QMessageBox>();
-    QCOMPARE(box->text(), text);
-    if (button == QMessageBox::NoButton)
-        QTest::keyClick(box, Qt::Key_Return);
-    else
-        QTest::mouseClick(box->button(button), Qt::LeftButton);
+    QCOMPARE(Open<QMessageBox>()->text(), text);
+    QTest::keyClick(Open<QMessageBox>(), key);
     QTRY_VERIFY(!Open<QMessageBox>());
+}
+
+QString Result(const Running<QString> &asked)
+{
+    return asked.Finish() ? asked.Value() : u"none in time"_qs;
 }
 
 } // namespace
@@ -65,6 +70,7 @@ class FileDialogTest : public QObject
 
     QTemporaryDir folder_;
     const QString filter_ = u"CSV Files (*.CSV)"_qs;
+    const QString old_ = Path(u"old.csv"_qs);
 };
 
 void FileDialogTest::initTestCase()
@@ -72,7 +78,7 @@ void FileDialogTest::initTestCase()
     // The toolkit keeps the dialog's look there.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QFile file(Path(u"old.csv"_qs));
+    QFile file(old_);
     QVERIFY(file.open(QIODevice::WriteOnly));
 }
 
@@ -81,60 +87,56 @@ void FileDialogTest::OpenStaysUntilTheFileIsThere()
     MessagePrompts prompts;
     const Running<QString> asked(prompts.AskOpenFile(filter_));
     Type(Path(u"absent.CSV"_qs));
-    AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs));
+    AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs), Qt::Key_Return);
     QVERIFY(!asked.Done());
-    QTRY_VERIFY(Open<QFileDialog>());
-    QCOMPARE(Open<QFileDialog>()->objectName(), u"dlgCommon"_qs);
+    QTRY_VERIFY(Open());
+    QCOMPARE(Open()->objectName(), u"dlgCommon"_qs);
     Type(folder_.path()); // a folder is entered; the filter shows names in either case
-    QTRY_COMPARE(Open<QFileDialog>()->directory().path(), folder_.path());
-    auto *const names = Open<QFileDialog>()->findChild<QAbstractItemView *>(u"listView"_qs);
+    QTRY_COMPARE(Open()->directory().path(), folder_.path());
+    auto *const names = Open()->findChild<QAbstractItemView *>(u"listView"_qs);
     QTRY_COMPARE(names->model()->rowCount(names->rootIndex()), 1);
     Type(u"old.csv"_qs);
-    QVERIFY(asked.Finish());
-    QCOMPARE(asked.Value(), Path(u"old.csv"_qs));
-    QTRY_VERIFY(!Open<QFileDialog>());
+    QCOMPARE(Result(asked), old_);
+    QTRY_VERIFY(!Open());
 }
 
 void FileDialogTest::SaveAsksBeforeReplacing()
 {
     MessagePrompts prompts;
-    const Running<QString> asked(prompts.AskSaveFile(Path(u"old.csv"_qs), filter_, u"CSV"_qs));
-    QTRY_VERIFY(Open<QFileDialog>());
-    QCOMPARE(Open<QFileDialog>()->findChild<QLineEdit *>(u"fileNameEdit"_qs)->text(), u"old.csv"_qs);
+    const Running<QString> asked(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
+    QTRY_VERIFY(NameField());
+    QCOMPARE(NameField()->text(), u"old.csv"_qs);
     Type(u"gone/new"_qs);
-    AnswerBox(u"This folder does not exist.\n"_qs + Path(u"gone"_qs));
-    const QString question =
-        u"This file already exists. Do you want to replace it?\n"_qs + Path(u"old.csv"_qs);
+    AnswerBox(u"This folder does not exist.\n"_qs + Path(u"gone"_qs), Qt::Key_Return);
+    const QString question = u"This file already exists. Do you want to replace it?\n"_qs + old_;
     Type(u"old.csv"_qs);
-    AnswerBox(question); // Return is No
+    AnswerBox(question, Qt::Key_Return); // which is No
     QVERIFY(!asked.Done());
-    QTRY_VERIFY(Open<QFileDialog>());
-    QCOMPARE(Open<QFileDialog>()->findChild<QLineEdit *>(u"fileNameEdit"_qs)->text(), u"old.csv"_qs);
+    QTRY_VERIFY(NameField());
+    QCOMPARE(NameField()->text(), u"old.csv"_qs);
     Type(u"old.csv"_qs);
-    AnswerBox(question, QMessageBox::Yes);
-    QVERIFY(asked.Finish());
-    QCOMPARE(asked.Value(), Path(u"old.csv"_qs));
+    AnswerBox(question, Qt::Key_Y);
+    QCOMPARE(Result(asked), old_);
 
     // The next dialog opens where the last file was.
     const Running<QString> next(prompts.AskSaveFile(QString(), filter_, u"CSV"_qs));
     Type(u"new"_qs);
-    QVERIFY(next.Finish());
-    QCOMPARE(next.Value(), Path(u"new.CSV"_qs));
+    QCOMPARE(Result(next), Path(u"new.CSV"_qs));
 }
 
 void FileDialogTest::SuffixTellsTheFilter()
 {
     MessagePrompts prompts;
-    const QString filter = u"PNG Pictures (*.png);;SVG Drawings (*.svg *.svgz);;All Files (*)"_qs;
-    for (const auto &[chosen, typed, name] : {std::tuple("SVG Drawings (*.svg *.svgz)", "one", "one.svg"),
-                                              std::tuple("SVG Drawings (*.svg *.svgz)", "two.pdf", "two.pdf"),
-                                              std::tuple("All Files (*)", "three", "three.dat")}) {
+    const QString svg = u"SVG Drawings (*.svg *.svgz)"_qs;
+    const QString filter = u"PNG Pictures (*.png);;%1;;All Files (*)"_qs.arg(svg);
+    for (const auto &[chosen, typed, name] : {std::tuple(svg, u"one"_qs, u"one.svg"_qs),
+                                              {svg, u"two.pdf"_qs, u"two.pdf"_qs},
+                                              {u"All Files (*)"_qs, u"three"_qs, u"three.dat"_qs}}) {
         const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter, u"dat"_qs));
-        QTRY_VERIFY(Open<QFileDialog>());
-        Open<QFileDialog>()->selectNameFilter(QString::fromLatin1(chosen));
-        Type(QString::fromLatin1(typed));
-        QVERIFY(asked.Finish());
-        QCOMPARE(asked.Value(), Path(QString::fromLatin1(name)));
+        QTRY_VERIFY(Open());
+        Open()->selectNameFilter(chosen);
+        Type(typed);
+        QCOMPARE(Result(asked), Path(name));
     }
 }
 
@@ -142,22 +144,19 @@ void FileDialogTest::CancelAndDismissEndIt()
 {
     MessagePrompts prompts;
     const Running<QString> cancelled(prompts.AskOpenFile(filter_));
-    QTRY_VERIFY(Open<QFileDialog>());
-    QTest::keyClick(Open<QFileDialog>(), Qt::Key_Escape);
-    QVERIFY(cancelled.Finish());
-    QCOMPARE(cancelled.Value(), QString());
+    QTRY_VERIFY(Open());
+    QTest::keyClick(Open(), Qt::Key_Escape);
+    QCOMPARE(Result(cancelled), QString());
 
     // With a box before the dialog.
-    const Running<QString> dismissed(prompts.AskSaveFile(Path(u"old.csv"_qs), filter_, u"CSV"_qs));
+    const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
     Type(u"old.csv"_qs);
     QTRY_VERIFY(Open<QMessageBox>());
     prompts.DismissAll();
-    QVERIFY(dismissed.Finish());
-    QCOMPARE(dismissed.Value(), QString());
+    QCOMPARE(Result(dismissed), QString());
     const Running<QString> late(prompts.AskOpenFile(filter_));
-    QVERIFY(!Open<QFileDialog>());
-    QVERIFY(late.Finish());
-    QCOMPARE(late.Value(), QString());
+    QVERIFY(!Open());
+    QCOMPARE(Result(late), QString());
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
 }
 

@@ -58,14 +58,6 @@ QString Shown(const Line &line)
     return points.join(u' ');
 }
 
-QString Shown(const std::vector<qint32> &samples)
-{
-    QStringList texts;
-    for (const qint32 sample : samples)
-        texts << QString::number(sample);
-    return texts.join(u' ');
-}
-
 constexpr float None = GraphPoint::Nothing;
 
 } // namespace
@@ -76,9 +68,7 @@ class GraphTest : public QObject
 
   private Q_SLOTS:
     void AxisNumbersFollowTheirFormat();
-    void NarrowCustomAxesHaveExponents();
-    void AutomaticAxesHoldTheReadings();
-    void DivisionsOfValuesAreThinnedOut();
+    void ValueAxesAreReadable();
     void CategoriesAreAnchoredAndApart();
     void LinesKeepWhatIsSeen();
     void ViewFollowsTheScroll();
@@ -87,21 +77,16 @@ class GraphTest : public QObject
     void ManySamplesArePaintedOnce();
     void GraphOutlivesItsSet();
     void PicturesAreOfTheirKind();
-    void FilesThatCannotBeWrittenSayWhy();
 };
 
 void GraphTest::AxisNumbersFollowTheirFormat()
 {
     const std::tuple<double, const char *, const char *> rows[] = {
-        {0, "0.0", "0.0E0"},
         {-0.0, "0.0", "0.0E0"},
-        {-12.5, "-12.5", "-1.25E1"},
         {0.00005, "0.0001", "5.0E-5"},
         {-0.00004, "0.0", "-4.0E-5"},
         {2.00005, "2.0001", "2.0001E0"},
-        {0.03125, "0.0313", "3.125E-2"},
-        {9.99996, "10.0", "1.0E1"},
-        {-60000, "-60000.0", "-6.0E4"},
+        {-9.99996, "-10.0", "-1.0E1"},
         {1e-12, "0.0", "1.0E-12"},
         {1.23456789e17, "123456789000000000.0", "1.2346E17"},
     };
@@ -109,10 +94,6 @@ void GraphTest::AxisNumbersFollowTheirFormat()
         QCOMPARE(AxisNumber(value, AxisFormat::Plain), QLatin1String(plain));
         QCOMPARE(AxisNumber(value, AxisFormat::Exponent), QLatin1String(exponent));
     }
-}
-
-void GraphTest::NarrowCustomAxesHaveExponents()
-{
     const auto format = [](const QString &minimum, const QString &maximum, bool automatic = false) {
         GraphSettings settings;
         settings.yAuto = automatic;
@@ -120,19 +101,16 @@ void GraphTest::NarrowCustomAxesHaveExponents()
         settings.yMaximum = maximum;
         return ValueAxisFormat(settings);
     };
-    QCOMPARE(format(u"1"_qs, u"1.5"_qs), AxisFormat::Plain);
-    QCOMPARE(format(u"1"_qs, u"1.005"_qs), AxisFormat::Exponent);
     QCOMPARE(format(u"0"_qs, u"0.01"_qs), AxisFormat::Plain);
+    QCOMPARE(format(u"1"_qs, u"1.005"_qs), AxisFormat::Exponent);
     QVERIFY(!format(u"1"_qs, u"1.005"_qs, true));
     QVERIFY(!format(u"1"_qs, u"1"_qs)); // a file may hold these
-    QVERIFY(!format(u"2"_qs, u"1"_qs));
     QVERIFY(!format(u"low"_qs, u"1"_qs));
 }
 
-void GraphTest::AutomaticAxesHoldTheReadings()
+void GraphTest::ValueAxesAreReadable()
 {
-    const std::pair<double, double> readings[] = {
-        {1.0023, 1.0031}, {-5, -5}, {0, 0}, {-3e38, 3e38}, {1, 1.0000001}};
+    const std::pair<double, double> readings[] = {{1.0023, 1.0031}, {0, 0}, {-3e38, 3e38}, {1, 1.0000001}};
     for (const auto &[lowest, highest] : readings) {
         const ValueRange range = AutomaticValueRange(lowest, highest);
         QVERIFY(range.minimum < lowest && range.maximum > highest);
@@ -140,20 +118,16 @@ void GraphTest::AutomaticAxesHoldTheReadings()
         QVERIFY(ticks.labels.size() >= 2 && ticks.labels.size() <= 20);
         QVERIFY(std::adjacent_find(ticks.labels.begin(), ticks.labels.end()) == ticks.labels.end());
     }
-}
-
-void GraphTest::DivisionsOfValuesAreThinnedOut()
-{
     const ValueTicks few = CustomValueTicks({0, 1}, 4, 2, AxisFormat::Plain, 300, 15);
     QCOMPARE(QStringList(few.labels.begin(), few.labels.end()).join(u' '), u"0.0 0.25 0.5 0.75 1.0"_qs);
     QCOMPARE(few.plain, (std::vector<double>{0.125, 0.375, 0.625, 0.875}));
     const ValueTicks many = CustomValueTicks({0, 1}, 32767, 32767, AxisFormat::Plain, 300, 15);
-    QVERIFY(many.labels.size() >= 5 && many.labels.size() <= 16);
-    QVERIFY(many.plain.size() <= 100);
+    QVERIFY(many.labels.size() >= 5 && many.labels.size() <= 16 && many.plain.size() <= 100);
 }
 
 void GraphTest::CategoriesAreAnchoredAndApart()
 {
+    using Samples = std::pair<std::vector<qint32>, std::vector<qint32>>; // with labels, with ticks
     // Labels are 45 pixels wide; a spacing of 0 is the automatic one.
     const auto chosen = [](qint32 first, int count, qint32 last, double room, int spacing) {
         GraphSettings settings;
@@ -161,21 +135,16 @@ void GraphTest::CategoriesAreAnchoredAndApart()
         settings.xLabels = settings.xTicks = spacing;
         const CategoryTicks ticks =
             ChooseCategories({first, count, last, room, 30, 0}, settings, [](qint32) { return 45.0; });
-        return Shown(ticks.labelled) + u" | "_qs + Shown(ticks.ticks);
+        return Samples{ticks.labelled, ticks.ticks};
     };
-    QCOMPARE(chosen(1, 4, 4, 400, 0), u"1 2 3 4 | 1 2 3 4"_qs);
-    QCOMPARE(chosen(1, 4, 2, 400, 0), u"1 2 | 1 2 3 4"_qs); // no label behind the data
-    QCOMPARE(chosen(4, 10, 13, 120, 0), u"6 11 | 4 5 6 7 8 9 10 11 12 13"_qs);
-    QCOMPARE(chosen(2, 10, 11, 1000, 3), u"4 7 10 | 4 7 10"_qs);
-    QCOMPARE(chosen(1, 20, 20, 200, 3), u"1 7 13 | 1 4 7 10 13 16 19"_qs);
-    QCOMPARE(chosen(1, 20, 0, 60, 7), u" | 1 8 15"_qs);
-    // A long view measures few labels, whether they have a text or not.
-    for (const double width : {0.0, 60.0}) {
-        int measured = 0;
-        const auto labelWidth = [&](qint32) { return ++measured, width; };
-        const CategoryTicks ticks = ChooseCategories({1, 32767, 32767, 800, 40, 10}, {}, labelWidth);
-        QVERIFY2(measured < 200 && ticks.ticks.size() < 300, qPrintable(QString::number(measured)));
-    }
+    QCOMPARE(chosen(1, 4, 2, 400, 0), (Samples{{1, 2}, {1, 2, 3, 4}})); // no label behind the data
+    QCOMPARE(chosen(4, 10, 13, 120, 0), (Samples{{6, 11}, {4, 5, 6, 7, 8, 9, 10, 11, 12, 13}}));
+    QCOMPARE(chosen(1, 20, 20, 200, 3), (Samples{{1, 7, 13}, {1, 4, 7, 10, 13, 16, 19}}));
+    // A long view measures few labels.
+    int measured = 0;
+    const auto labelWidth = [&](qint32) { return ++measured, 60.0; };
+    const CategoryTicks ticks = ChooseCategories({1, 32767, 32767, 800, 40, 10}, {}, labelWidth);
+    QVERIFY2(measured < 200 && ticks.ticks.size() < 300, qPrintable(QString::number(measured)));
 }
 
 void GraphTest::LinesKeepWhatIsSeen()
@@ -196,7 +165,6 @@ void GraphTest::ViewFollowsTheScroll()
     GraphRig rig(3);
     GraphPlot plot(&rig.set);
     plot.Fill({600, 300}, 1);
-    QCOMPARE(plot.graph(GraphPlot::Readings)->dataCount(), 3);
     QCOMPARE(plot.xAxis->range(), QCPRange(0.5, 20.5)); // the window is as wide as ever
     const auto maxima = plot.graph(GraphPlot::Maximum)->data();
     QVERIFY(std::isnan(maxima->at(0)->value)); // none before the first reading
@@ -205,14 +173,12 @@ void GraphTest::ViewFollowsTheScroll()
         rig.Add(QString::number(i));
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.xAxis->range(), QCPRange(10.5, 30.5));
-    QCOMPARE(plot.graph(GraphPlot::Readings)->data()->at(0)->value, 11.0);
     QCOMPARE(plot.graph(GraphPlot::Readings)->data()->at(19)->value, 30.0);
     rig.set.PaintGraphtop();
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.xAxis->range(), QCPRange(0.5, 20.5));
     QCOMPARE(plot.Place().Nearest(-5), 1);
     QCOMPARE(plot.Place().Nearest(1e6), 20);
-    QCOMPARE(HoverText(rig.set.Table(), 12), u"No. 12\n10:00\n12 VDC"_qs);
 }
 
 void GraphTest::ValueAxisShowsItsLimits()
@@ -233,8 +199,6 @@ void GraphTest::ValueAxisShowsItsLimits()
     rig.set.SetAxisY(false, u"0"_qs, u"50"_qs, 5, 1);
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.yAxis->range(), QCPRange(0, 50));
-    QVERIFY(std::abs(plot.Y(50) - plot.PlotRect().top()) <= 1);
-    QVERIFY(std::abs(plot.Y(0) - plot.PlotRect().bottom()) <= 1);
     const auto readings = plot.graph(GraphPlot::Readings)->data();
     for (const QCPGraphData &point : *readings)
         QVERIFY(!(point.value < 0 || point.value > 50)); // cut off at the limits
@@ -248,7 +212,6 @@ void GraphTest::WheelAndKeysMoveTheView()
     Chart *const chart = pane.Graph();
     auto *const bar = pane.findChild<QScrollBar *>(u"sbData"_qs);
     QCOMPARE(bar->maximum(), 80);
-    QCOMPARE(bar->pageStep(), 20);
     const auto turn = [&](int x, int y) {
         QWheelEvent event({50, 50}, {50, 50}, {}, {x, y}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
                           false);
@@ -264,11 +227,9 @@ void GraphTest::WheelAndKeysMoveTheView()
         QTest::keyClick(chart, key);
         return bar->value();
     };
-    QCOMPARE(press(Qt::Key_Right), 1);
-    QCOMPARE(press(Qt::Key_PageDown), 21);
+    QCOMPARE(press(Qt::Key_PageDown), 20);
     QCOMPARE(press(Qt::Key_End), 80);
-    QCOMPARE(press(Qt::Key_PageUp), 60);
-    QCOMPARE(press(Qt::Key_Left), 59);
+    QCOMPARE(press(Qt::Key_Left), 79);
     QCOMPARE(press(Qt::Key_Home), 0);
     bar->setValue(7);
     QCOMPARE(rig.set.Scroll().value, 7);
@@ -284,10 +245,6 @@ void GraphTest::ManySamplesArePaintedOnce()
     chart.resize(400, 200);
     int fills = 0;
     connect(&chart, &QCustomPlot::afterLayout, this, [&] { ++fills; });
-    for (int i = 0; i < 1000; ++i)
-        rig.Add(u"1.5"_qs);
-    QCoreApplication::processEvents();
-    QCOMPARE(fills, 0); // hidden
     chart.show();
     QTRY_VERIFY(fills > 0);
     QCoreApplication::processEvents();
@@ -323,29 +280,21 @@ void GraphTest::PicturesAreOfTheirKind()
     Chart chart(&rig.set);
     chart.resize(400, 200);
     const QImage before = chart.grab().toImage();
-    QVERIFY(GraphPicture(chart, GraphFileKind::Png).startsWith("\x89PNG"));
     const QByteArray svg = GraphPicture(chart, GraphFileKind::Svg, u"readings"_qs);
-    QVERIFY(svg.startsWith("<?xml") && svg.contains("<svg"));
-    QVERIFY(svg.contains(">readings</text>") && svg.contains(">10:00</text>") && !svg.contains("<image"));
+    QVERIFY(svg.contains("<svg") && !svg.contains("<image"));
+    QVERIFY(svg.contains(">readings</text>") && svg.contains(">10:00</text>"));
     const QByteArray pdf = GraphPicture(chart, GraphFileKind::Pdf);
     QVERIFY(pdf.startsWith("%PDF-") && !pdf.contains("/Subtype /Image"));
-    const std::unique_ptr<QMimeData> mime = GraphMimeData(chart);
-    QVERIFY(mime->hasImage() && mime->hasFormat(u"image/svg+xml"_qs));
+    QVERIFY(GraphMimeData(chart)->hasFormat(u"image/svg+xml"_qs));
     QCOMPARE(chart.grab().toImage(), before);
-}
 
-void GraphTest::FilesThatCannotBeWrittenSayWhy()
-{
-    GraphRig rig(3);
-    const Chart chart(&rig.set);
     const QTemporaryDir folder;
-    QString error;
-    QVERIFY2(WriteGraphFile(chart, folder.filePath(u"a.PNG"_qs), &error), qPrintable(error));
-    QVERIFY(QImage(folder.filePath(u"a.PNG"_qs)).size().isValid());
-    for (const QString &name : {u"no/a.png"_qs, u"a.txt"_qs, u"png"_qs}) {
-        error.clear();
-        QVERIFY(!WriteGraphFile(chart, folder.filePath(name), &error));
-        QVERIFY(!error.isEmpty());
+    for (const QString &name : {u"a.PNG"_qs, u"a.txt"_qs, u"png"_qs}) {
+        QString error;
+        const bool written = WriteGraphFile(chart, folder.filePath(name), &error);
+        QCOMPARE(written, name == u"a.PNG");
+        QCOMPARE(error.isEmpty(), written);
+        QCOMPARE(QImage(folder.filePath(name)).isNull(), !written);
     }
 }
 

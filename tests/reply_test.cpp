@@ -1,4 +1,3 @@
-#include "link/rangelists.h"
 #include "link/reply.h"
 #include "link/saverecord.h"
 
@@ -6,68 +5,39 @@
 
 using namespace px40;
 
-namespace {
-
-/// A reply of 29 columns from its parts: unit, state, sign, number and exponent of both sides.
-QString Reply(const char *measure, const char *source)
-{
-    return QString::fromLatin1(measure) + u',' + QString::fromLatin1(source);
-}
-
-} // namespace
-
 class ReplyTest : public QObject
 {
     Q_OBJECT
 
   private Q_SLOTS:
-    void DecodesBothSides_data();
     void DecodesBothSides();
     void RefusalLeavesTheReadingAlone();
-    void FormatsNumbers_data();
     void FormatsNumbers();
-    void TranslatesUnits_data();
     void TranslatesUnits();
     void SurvivesShortReplies();
-    void ChecksSaveRecords_data();
     void ChecksSaveRecords();
-    void ListsRangesInTheOrderOfTheirCodes();
 };
-
-void ReplyTest::DecodesBothSides_data()
-{
-    QTest::addColumn<QString>("reply");
-    QTest::addColumn<QStringList>("texts");
-    const char *const plain = "VDC  001.23E+0";
-    const char *const plainSource = "ADC -012.50E-3";
-    QTest::newRow("normal") << Reply(plain, plainSource)
-                            << QStringList{u"1.23"_qs, u"VDC"_qs, u"-12.50"_qs, u"mADC"_qs};
-    QTest::newRow("over-range keeps the bare unit")
-        << Reply("O  O 999999E+3", "O  O 999999E+3")
-        << QStringList{u"-----"_qs, u"Ohm"_qs, u"-----"_qs, u"Ohm"_qs};
-    QTest::newRow("error has no unit")
-        << Reply("VDCE 000.00E+0", "VDCE 000.00E+0") << QStringList{u"-----"_qs, u""_qs, u"-----"_qs, u""_qs};
-    QTest::newRow("burn-out on the measured side only")
-        << Reply("T  B 000.00E+0", "T  B 0123.4E+0")
-        << QStringList{u" -bo-"_qs, u"C."_qs, u"123.4"_qs, u"C."_qs};
-    QTest::newRow("kilo and frequency") << Reply("O    1.2345E+3", "F    0500.0E+3")
-                                        << QStringList{u"1.2345"_qs, u"kOhm"_qs, u"500.0"_qs, u"kHz"_qs};
-    QTest::newRow("noise is shown as it came")
-        << Reply("VDC -0\x81x.3\x7f   ", "VDC  0?1.23E*3")
-        << QStringList{QString::fromLatin1("-\x81x.3\x7f"), u"VDC"_qs, u"?1.23"_qs, u"VDC"_qs};
-}
 
 void ReplyTest::DecodesBothSides()
 {
-    QFETCH(QString, reply);
-    QFETCH(QStringList, texts);
-    ReadingTexts reading;
-    QString error = QStringLiteral("untouched");
-    QVERIFY(DecodeMeasureReply(reply, &reading, &error));
-    QCOMPARE(
-        QStringList({reading.measureValue, reading.measureUnit, reading.sourceValue, reading.sourceUnit}),
-        texts);
-    QCOMPARE(error, QStringLiteral("untouched"));
+    // Unit, state, sign, number and exponent of both sides; value and unit of both.
+    constexpr std::pair<const char *, const char *> rows[] = {
+        {"VDC  001.23E+0,ADC -012.50E-3", "1.23|VDC|-12.50|mADC"},
+        {"O  O 999999E+3,O  O 999999E+3", "-----|Ohm|-----|Ohm"}, // over-range keeps the bare unit
+        {"VDCE 000.00E+0,VDCE 000.00E+0", "-----||-----|"},
+        {"T  B 000.00E+0,T  B 0123.4E+0", " -bo-|C.|123.4|C."}, // burn-out on the measured side only
+        {"O    1.2345E+3,F    0500.0E+3", "1.2345|kOhm|500.0|kHz"},
+        {"VDC -0\x81x.3\x7f   ,VDC  0?1.23E*3", "-\x81x.3\x7f|VDC|?1.23|VDC"}, // noise as it came
+    };
+    for (const auto &[reply, texts] : rows) {
+        ReadingTexts reading;
+        QString error = u"untouched"_qs;
+        QVERIFY(DecodeMeasureReply(QString::fromLatin1(reply), &reading, &error));
+        const QStringList decoded{reading.measureValue, reading.measureUnit, reading.sourceValue,
+                                  reading.sourceUnit};
+        QCOMPARE(decoded.join(u'|'), QString::fromLatin1(texts));
+        QCOMPARE(error, u"untouched"_qs);
+    }
 }
 
 void ReplyTest::RefusalLeavesTheReadingAlone()
@@ -75,123 +45,97 @@ void ReplyTest::RefusalLeavesTheReadingAlone()
     ReadingTexts reading{u"1"_qs, u"2"_qs, u"3"_qs, u"4"_qs};
     const ReadingTexts before = reading;
     QString error;
-    QVERIFY(!DecodeMeasureReply(QStringLiteral("ERR and more"), &reading, &error));
-    QCOMPARE(error, QStringLiteral("Command error occurred."));
+    QVERIFY(!DecodeMeasureReply(u"ERR and more"_qs, &reading, &error));
+    QCOMPARE(error, u"Command error occurred."_qs);
     QVERIFY(reading == before);
 }
 
-void ReplyTest::FormatsNumbers_data()
+void ReplyTest::FormatsNumbers()
 {
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("text");
-    const std::pair<const char *, const char *> rows[] = {
+    constexpr std::pair<const char *, const char *> rows[] = {
         {" 001.23", "1.23"}, {"  12.34", "12.34"},   {" 000.00", "0.00"},   {" 0.0000", "0.0000"},
         {" 000001", "1"},    {" 000000", "0"},       {"-012.50", "-12.50"}, {"+0000.5", "0.5"},
         {" 00000.", "."},    {"- .1234", "- .1234"}, {" .00001", ".00001"}, {" 0 0 10", "10"},
     };
     for (const auto &[field, text] : rows)
-        QTest::newRow(field) << QString::fromLatin1(field) << QString::fromLatin1(text);
-}
-
-void ReplyTest::FormatsNumbers()
-{
-    QFETCH(QString, field);
-    QTEST(FormatReplyNumber(QStringLiteral("VDC ") + field, 6), "text");
-}
-
-void ReplyTest::TranslatesUnits_data()
-{
-    QTest::addColumn<QString>("code");
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("subModes"); // columns 49 and 50
-    QTest::addColumn<int>("sourceFunction");
-    QTest::addColumn<QString>("unit");
-    QTest::newRow("resistance") << u"O  "_qs << 23 << u"00"_qs << 0 << u"Ohm"_qs;
-    QTest::newRow("other codes keep their blanks") << u"V  "_qs << 5 << u"00"_qs << 0 << u"V  "_qs;
-    QTest::newRow("temperature measured") << u"T  "_qs << 5 << u"10"_qs << 3 << u"C."_qs;
-    QTest::newRow("temperature set") << u"T  "_qs << 23 << u"00"_qs << 3 << u"C."_qs;
-    QTest::newRow("ambient") << u"T  "_qs << 23 << u"20"_qs << 3 << u"C."_qs;
-    QTest::newRow("thermocouple as voltage") << u"T  "_qs << 23 << u"10"_qs << 3 << u"VDC"_qs;
-    QTest::newRow("thermometer as resistance") << u"T  "_qs << 23 << u"10"_qs << 4 << u"Ohm"_qs;
-    QTest::newRow("unknown sub mode") << u"T  "_qs << 23 << u" 0"_qs << 3 << u""_qs;
-    QTest::newRow("frequency measured") << u"F  "_qs << 1 << u"02"_qs << 0 << u"Hz"_qs;
-    QTest::newRow("frequency") << u"F  "_qs << 23 << u"00"_qs << 0 << u"Hz"_qs;
-    QTest::newRow("amplitude") << u"F  "_qs << 23 << u"01"_qs << 0 << u"VP-P"_qs;
-    QTest::newRow("count") << u"F  "_qs << 23 << u"02"_qs << 0 << u"Cycle"_qs;
-    QTest::newRow("unknown pulse mode") << u"F  "_qs << 23 << u"03"_qs << 0 << u""_qs;
+        QCOMPARE(FormatReplyNumber(u"VDC "_qs + QString::fromLatin1(field), 6), QString::fromLatin1(text));
 }
 
 void ReplyTest::TranslatesUnits()
 {
-    QFETCH(QString, code);
-    QFETCH(int, column);
-    QFETCH(QString, subModes);
-    QFETCH(int, sourceFunction);
-    QString reply(52, u'0');
-    reply.replace(column - 1, 3, code);
-    reply.replace(48, 2, subModes);
-    QTEST(UnitText(reply, column, sourceFunction), "unit");
+    constexpr struct
+    {
+        const char *code;
+        int column;
+        const char *subModes; // columns 49 and 50
+        int sourceFunction;
+        const char *unit;
+    } rows[] = {
+        {"O  ", 23, "00", 0, "Ohm"},   // resistance
+        {"V  ", 5, "00", 0, "V  "},    // other codes keep their blanks
+        {"T  ", 5, "10", 3, "C."},     // temperature measured: the sub mode is the source's
+        {"T  ", 23, "00", 3, "C."},    // temperature set
+        {"T  ", 23, "20", 3, "C."},    // ambient
+        {"T  ", 23, "10", 3, "VDC"},   // thermocouple as voltage
+        {"T  ", 23, "10", 4, "Ohm"},   // thermometer as resistance
+        {"T  ", 23, " 0", 3, ""},      // unknown sub mode
+        {"F  ", 1, "02", 0, "Hz"},     // frequency measured
+        {"F  ", 23, "00", 0, "Hz"},    // frequency
+        {"F  ", 23, "01", 0, "VP-P"},  // amplitude
+        {"F  ", 23, "02", 0, "Cycle"}, // count
+        {"F  ", 23, "03", 0, ""},      // unknown pulse mode
+    };
+    for (const auto &row : rows) {
+        QString reply(52, u'0');
+        reply.replace(row.column - 1, 3, QString::fromLatin1(row.code));
+        reply.replace(48, 2, QString::fromLatin1(row.subModes));
+        QCOMPARE(UnitText(reply, row.column, row.sourceFunction), QString::fromLatin1(row.unit));
+    }
 }
 
 void ReplyTest::SurvivesShortReplies()
 {
-    const QString whole = Reply("VDC  001.23E+0", "ADC -012.50E-3");
+    const QString whole = u"VDC  001.23E+0,ADC -012.50E-3"_qs;
     for (int length = 0; length <= whole.size(); ++length) {
         ReadingTexts reading;
         QString error;
         QVERIFY(DecodeMeasureReply(whole.left(length), &reading, &error));
+        if (length == 8)
+            QCOMPARE(reading.measureValue, u"1"_qs); // "001" without its point drops its zeros
     }
-    ReadingTexts cut;
-    QString error;
-    QVERIFY(DecodeMeasureReply(whole.left(8), &cut, &error));
-    QCOMPARE(cut.measureValue, QStringLiteral("1")); // "001" without its point drops its zeros
-    QCOMPARE(cut.sourceValue, QString());
-}
-
-void ReplyTest::ChecksSaveRecords_data()
-{
-    QTest::addColumn<QString>("reply");
-    QTest::addColumn<bool>("ok");
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<QString>("output");
-    const QString kept = QStringLiteral("kept");
-    const QString data = QStringLiteral("Data error occurred.");
-    // "RS" is 82 + 83 = 165 = 0xA5; "CMD,ERR" is 67+77+68+44+69+82+82 = 489 = 0x1E9; "ABJ" is 205 = 0xCD.
-    QTest::newRow("empty record") << u"RS5"_qs << true << QString() << QString();
-    QTest::newRow("command error") << u"CMD,ERR9"_qs << false << u"Command error occurred."_qs << kept;
-    QTest::newRow("record") << u"ABJD"_qs << true << QString() << kept;
-    QTest::newRow("lower-case digit") << u"ABJd"_qs << false << data << kept;
-    QTest::newRow("wrong digit") << u"RS6"_qs << false << data << kept;
-    QTest::newRow("empty") << QString() << false << data << kept;
-    QTest::newRow("check digit alone") << u"0"_qs << true << QString() << kept;
-    QTest::newRow("codes above 0x7F") << QString::fromLatin1("\xff\xfe") + u'F' << false << data << kept;
-    QTest::newRow("sum past 16 bits") << QString(400, QChar(0xF0)) + u'0' << true << QString() << kept;
 }
 
 void ReplyTest::ChecksSaveRecords()
 {
-    QFETCH(QString, reply);
-    QString value = QStringLiteral("kept");
-    QString unit = value;
-    QString error;
-    QTEST(CheckSaveRecord(reply, &value, &unit, &error), "ok");
-    QTEST(error, "error");
-    QTEST(value, "output");
-    QCOMPARE(unit, value);
-    QString digits = reply;
-    const bool accepted = CheckDigitOk(&digits);
-    QCOMPARE(digits, accepted ? reply.chopped(1) : reply);
-}
-
-void ReplyTest::ListsRangesInTheOrderOfTheirCodes()
-{
-    const RangeLists lists = BuildRangeLists();
-    QCOMPARE(lists.TcSourceList.join(u' '), u"100mV K E J T R B S N L U"_qs);
-    QCOMPARE(lists.TcMeasureList.join(u' '), u"DC K E J T R B S N L U"_qs);
-    QCOMPARE(lists.RtdList.join(u' '), u"400Ohm PT100 JPT100"_qs);
-    QCOMPARE(lists.TempSetList.join(u'|'), u"Set value|mV|Ambient-temp"_qs);
-    QCOMPARE(lists.PulseFreqList.join(u' '), u"500.0Hz 1000Hz 10kHz"_qs);
-    QCOMPARE(lists.PulseKindList.join(u' '), u"Freq. Amp. Count"_qs);
+    const QString badData = u"Data error occurred."_qs;
+    const struct
+    {
+        const char *reply;
+        QString error; // empty: accepted
+        const char *output;
+    } rows[] = {
+        // "RS" is 82 + 83 = 165 = 0xA5; "CMD,ERR" is 67+77+68+44+69+82+82 = 489 = 0x1E9; "ABJ" is 205 = 0xCD.
+        {"RS5", QString(), ""},
+        {"CMD,ERR9", u"Command error occurred."_qs, "kept"},
+        {"ABJD", QString(), "kept"},
+        {"ABJd", badData, "kept"},
+        {"", badData, "kept"},
+        {"0", QString(), "kept"},
+        {"\xff\xfe\x44", QString(), "kept"}, // codes above 0x7F count in full
+    };
+    for (const auto &row : rows) {
+        const QString reply = QString::fromLatin1(row.reply);
+        QString value = u"kept"_qs;
+        QString unit = value;
+        QString error;
+        QCOMPARE(CheckSaveRecord(reply, &value, &unit, &error), row.error.isEmpty());
+        QCOMPARE(error, row.error);
+        QCOMPARE(value, QString::fromLatin1(row.output));
+        QCOMPARE(unit, value);
+        QString digits = reply;
+        const bool accepted = CheckDigitOk(&digits);
+        QCOMPARE(digits, accepted ? reply.chopped(1) : reply);
+    }
 }
 
 QTEST_GUILESS_MAIN(ReplyTest)

@@ -94,6 +94,10 @@ class LinkRig
 /// What a file holds; empty when it cannot be read.
 QByteArray Contents(const QString &name);
 
+/// A data file with three samples, the second without a reading, of which the graph shows two. `kind` and
+/// `shape` are its first two lines.
+QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
+
 /// Handles events as they come until `done` holds; false when it does not in time. Unlike the waiting macros
 /// it never sleeps between two looks.
 bool WaitUntil(const std::function<bool()> &done, int timeoutMs = 20000);

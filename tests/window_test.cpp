@@ -22,26 +22,22 @@ class WindowTest : public QObject
     void MenusAndButtonsAreComplete();
     void DownloadFillsAWindow();
     void DownloadCanBeCancelled();
-    void CancelIsGreyAfterATimeOut();
-    void CancelOutsideADownloadSetsItsOwnFlag();
     void TableFollowsRealtimeSamples();
     void UnplugHalfWayIsTold();
     void CommandWaitsForABusyLink();
     void MessageBoxesAnswer();
-    void IconsAreThere();
 };
 
 void WindowTest::MenusAndButtonsAreComplete()
 {
     ScriptedPrompts prompts;
     const Program program(prompts);
-    const auto texts = [](const QList<QAction *> &actions) {
-        QStringList list;
-        for (const QAction *const action : actions)
-            list << (action->isSeparator() ? u"-"_qs : action->text());
-        return list.join(u'|');
+    const auto menu = [&](const char *name) {
+        QStringList texts;
+        for (const QAction *const action : program.Find<QMenu>(name)->actions())
+            texts << (action->isSeparator() ? u"-"_qs : action->text());
+        return texts.join(u'|');
     };
-    const auto menu = [&](const char *name) { return texts(program.Find<QMenu>(name)->actions()); };
     QCOMPARE(menu("mnuFile"),
              u"&Open...|&Close|-|&Save|Save &As...|-|&Forward to Microsoft Excel...|-|E&xit"_qs);
     QCOMPARE(menu("mnuRealtime"), u"&New|-|Star&t|Sto&p"_qs);
@@ -53,8 +49,10 @@ void WindowTest::MenusAndButtonsAreComplete()
     QStringList tips;
     for (const char *const bar : {"tbMain", "tbSub"}) {
         for (const QAction *const button : program.Find<QToolBar>(bar)->actions()) {
-            if (!button->isSeparator())
-                tips << button->objectName() + u'=' + button->toolTip();
+            if (button->isSeparator())
+                continue;
+            tips << button->objectName() + u'=' + button->toolTip();
+            QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
         }
     }
     QCOMPARE(
@@ -65,6 +63,9 @@ void WindowTest::MenusAndButtonsAreComplete()
     // What this version does not do is shown but cannot be chosen.
     for (const char *const item : {"mnuFileForward", "mnuRealtimeStart", "mnuViewMoniter", "Source", "Stop"})
         QVERIFY2(!program.Action(item)->isEnabled(), item);
+    // The same drawing in other colours on a dark ground.
+    const QImage light = MakeIcon(u"open", QPalette(Qt::white)).pixmap(24).toImage();
+    QVERIFY(light != MakeIcon(u"open", QPalette(Qt::black)).pixmap(24).toImage());
 }
 
 void WindowTest::DownloadFillsAWindow()
@@ -91,21 +92,12 @@ void WindowTest::DownloadFillsAWindow()
     QVERIFY(table->isVisible());
     QCOMPARE(table->model()->rowCount(), 50);
     QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("No."));
-    for (const auto &[bar, key] :
-         {std::pair("stBar1", "Max"), std::pair("stBar2", "Min"), std::pair("stBar3", "Avg")}) {
-        const auto *const panels = data->findChild<PanelBar *>(QString::fromLatin1(bar));
-        QVERIFY(!panels->PanelText(QString::fromLatin1(key)).isEmpty());
-    }
+    for (const auto &[bar, key] : {std::pair(u"stBar1"_qs, u"Max"_qs), std::pair(u"stBar2"_qs, u"Min"_qs),
+                                   std::pair(u"stBar3"_qs, u"Avg"_qs)})
+        QVERIFY(!data->findChild<PanelBar *>(bar)->PanelText(key).isEmpty());
     QCOMPARE(program.Message(), QStringLiteral("50 stored readings received."));
     QVERIFY(program.Action("mnuFileClose")->isEnabled());
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);
-
-    program.Action("New")->trigger();
-    QCOMPARE(program.DataWindows().size(), 2);
-    const auto *const realtime =
-        program.DataWindows().last()->findChild<QTableView *>(QStringLiteral("fgData"));
-    QCOMPARE(realtime->currentIndex(), realtime->model()->index(0, 1));
-    QCOMPARE(realtime->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("TIME"));
 }
 
 void WindowTest::DownloadCanBeCancelled()
@@ -119,8 +111,7 @@ void WindowTest::DownloadCanBeCancelled()
     auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
     QTest::keyClick(program.Cancel(), Qt::Key_Escape); // the same as the button
     QVERIFY(!button->isEnabled());
-    QCOMPARE(program.Cancel()->findChild<QLabel *>(QStringLiteral("llMsg"))->text(),
-             QStringLiteral("Canceling..."));
+    QCOMPARE(program.Cancel()->findChild<QLabel *>(u"llMsg"_qs)->text(), u"Canceling..."_qs);
     QCOMPARE(program.services.state.ForwardErrorText, QStringLiteral("Canceled."));
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 7);
@@ -133,34 +124,15 @@ void WindowTest::DownloadCanBeCancelled()
     QCOMPARE(program.Cancel()->findChild<QProgressBar *>(QStringLiteral("pbNow"))->value(), 0);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().last()->Data()->GetDatacount(), 50);
-}
 
-void WindowTest::CancelIsGreyAfterATimeOut()
-{
-    ScriptedPrompts prompts;
-    Program program(prompts);
-    program.StartUp();
-    SetFault(program.server, "silent");
+    SetFault(program.server, "silent"); // there is nothing to cancel after a time-out
+    const auto sent = program.server.CommandCount();
     program.Action("Mdata")->trigger();
-    const auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
     QVERIFY(button->isEnabled());
-    QTRY_VERIFY(program.server.CommandCount() > 3);
+    QTRY_VERIFY(program.server.CommandCount() > sent + 3);
     QVERIFY(!button->isEnabled());
     program.server.HangUp();
     QVERIFY(program.NoJobLeft());
-}
-
-void WindowTest::CancelOutsideADownloadSetsItsOwnFlag()
-{
-    ScriptedPrompts prompts;
-    Program program(prompts);
-    auto *const view = dynamic_cast<ProgressView *>(program.Cancel());
-    program.services.state.LinkActivity = ActivityForwarding;
-    view->Show();
-    Press(program.Cancel(), "btCancel");
-    QVERIFY(program.services.state.CancelRequest);
-    QVERIFY(!program.services.state.DownloadCancel);
-    view->Unload();
 }
 
 void WindowTest::TableFollowsRealtimeSamples()
@@ -170,11 +142,13 @@ void WindowTest::TableFollowsRealtimeSamples()
     program.StartUp();
     program.Action("New")->trigger();
     frmData *const window = program.DataWindows().first();
+    const auto *const table = window->findChild<QTableView *>(QStringLiteral("fgData"));
+    QCOMPARE(table->currentIndex(), table->model()->index(0, 1));
+    QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("TIME"));
     for (int n = 1; n <= 200; ++n) {
         QVERIFY(window->Data()->AddGridrow());
         window->Data()->AddRealtimedata(QString(), QString::number(n), QString(), QString(), QString(), true);
     }
-    const auto *const table = window->findChild<QTableView *>(QStringLiteral("fgData"));
     QVERIFY(table->viewport()->rect().intersects(table->visualRect(table->model()->index(199, 0))));
 }
 
@@ -220,8 +194,7 @@ void WindowTest::MessageBoxesAnswer()
     for (const auto &[key, answer] :
          {std::pair(Qt::Key_N, Answer::No), std::pair(Qt::Key_Escape, Answer::Cancel),
           std::pair(Qt::Key_Return, Answer::Yes)}) {
-        const Running<Answer> asked(
-            prompts.AskYesNoCancel(QStringLiteral("Line 1\r\nLine 2"), PromptIcon::Question));
+        const Running<Answer> asked(prompts.AskYesNoCancel(u"Line 1\r\nLine 2"_qs, PromptIcon::Question));
         QTRY_VERIFY(box());
         QCOMPARE(box()->text(), QStringLiteral("Line 1\nLine 2"));
         if (key == Qt::Key_N)
@@ -238,23 +211,6 @@ void WindowTest::MessageBoxesAnswer()
     QCOMPARE(left.Value(), Answer::Cancel);
     const Running<Answer> after(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation));
     QVERIFY(after.Finish()); // nothing is shown any more
-}
-
-void WindowTest::IconsAreThere()
-{
-    ScriptedPrompts prompts;
-    const Program program(prompts);
-    for (const char *const bar : {"tbMain", "tbSub"}) {
-        for (const QAction *const button : program.Find<QToolBar>(bar)->actions())
-            QVERIFY2(button->isSeparator() || !button->icon().isNull(), qPrintable(button->objectName()));
-    }
-    // The same drawing in other colours on a dark ground.
-    QPalette dark;
-    dark.setColor(QPalette::WindowText, Qt::white);
-    dark.setColor(QPalette::Window, Qt::black);
-    const QImage light = MakeIcon(u"open", QPalette(Qt::white)).pixmap(24).toImage();
-    QVERIFY(light != MakeIcon(u"open", dark).pixmap(24).toImage());
-    QVERIFY(MakeIcon(u"no such icon", dark).isNull());
 }
 
 QTEST_MAIN(WindowTest)

@@ -85,13 +85,13 @@ int main(int argc, char *argv[])
 
     qInstallMessageHandler(PrintMessage);
     QLoggingCategory::setFilterRules(u"px40.*.info=false\npx40.link.warning=false"_s);
-    const QTemporaryDir ownFolder(QDir::temp().filePath(u"px40tour-XXXXXX"_s));
+    QApplication::setApplicationName(u"px40tour"_s);
+    const QTemporaryDir ownFolder;
     EnlargeOffscreenDisplay(ownFolder);
     MoveHome(ownFolder);
     QApplication::setAttribute(
         Qt::AA_DontUseNativeDialogs); // those of the desktop cannot be worked from here
     QApplication application(argc, argv);
-    QApplication::setApplicationName(u"px40tour"_s);
     QApplication::setApplicationDisplayName(Text(Str::ApplicationTitle));
     QApplication::setWindowIcon(ApplicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
