@@ -15,7 +15,7 @@ void ApplyFileRules(const ShellSituation &situation, CommandStates *menus)
 
 void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus)
 {
-    if (situation.linkActivity != ActivityIdle)
+    if (situation.linkActivity != ActivityIdle || situation.realtimeRun)
         return;
     menus->Enable(Command::RealtimeNew, true);
     menus->Enable(Command::RealtimeStart, situation.anyDataWindow && situation.activeKind == KindRealtime);
@@ -28,6 +28,23 @@ void ApplySetupRules(const ShellSituation &situation, CommandStates *menus)
     const bool memory = situation.anyDataWindow && situation.activeKind == KindMemory;
     menus->Enable(Command::SetupInterval, realtime);
     menus->Enable(Command::SetupGraph, realtime || memory);
+}
+
+void ApplyStatusRules(bool enabled, CommandStates *menus, CommandStates *buttons)
+{
+    for (const Command command : {Command::RealtimeNew, Command::DataMemory}) {
+        menus->Enable(command, enabled);
+        buttons->Enable(command, enabled);
+    }
+}
+
+void OverlayRun(bool realtimeRun, CommandStates *states)
+{
+    states->Enable(Command::RealtimeStop, realtimeRun);
+    if (!realtimeRun)
+        return;
+    for (const Command command : {Command::RealtimeNew, Command::RealtimeStart, Command::DataMemory})
+        states->Enable(command, false);
 }
 
 void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons)
@@ -59,10 +76,6 @@ bool IsAvailable(Command command)
 {
     switch (command) {
     case Command::FileForward:
-    case Command::RealtimeStart:
-    case Command::RealtimeStop:
-    case Command::SetupInterval:
-    case Command::ViewMoniter:
     case Command::ViewSource:
         return false;
     default:

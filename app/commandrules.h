@@ -47,6 +47,7 @@ struct ShellSituation
     int linkActivity = 7;
     bool anyDataWindow = false;
     int activeKind = 1; ///< kind code of the active data window; 1 when there is none
+    bool realtimeRun = false;
 };
 
 /// The rules of the menus, applied when each opens (and whenever windows come, go or change places, for the
@@ -54,6 +55,14 @@ struct ShellSituation
 void ApplyFileRules(const ShellSituation &situation, CommandStates *menus);
 void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus);
 void ApplySetupRules(const ShellSituation &situation, CommandStates *menus);
+
+/// What the instrument lets the user do: its state may rule out new real-time data sets and the fetching of
+/// stored readings.
+void ApplyStatusRules(bool enabled, CommandStates *menus, CommandStates *buttons);
+
+/// What a real-time run takes over, to be laid over the other rules: while it is under way there is nothing
+/// to start, and it alone can be stopped.
+void OverlayRun(bool realtimeRun, CommandStates *states);
 
 /// The buttons that act on a data window: enabled while one is active.
 void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons);

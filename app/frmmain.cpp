@@ -3,6 +3,7 @@
 #include "app/frmabout.h"
 #include "app/frmcancel.h"
 #include "app/frmport.h"
+#include "app/live.h"
 #include "app/mainactions.h"
 #include "app/placement.h"
 #include "app/services.h"
@@ -10,38 +11,18 @@
 #include "document/frmdata.h"
 #include "platform/oneshot.h"
 #include "platform/prompts.h"
+#include "platform/screens.h"
+#include "platform/windowplace.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
-#include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
 
 namespace px40 {
-
-namespace {
-
-/// What of a message fits into the status bar.
-QString FirstLine(const QString &text)
-{
-    return text.section(QStringLiteral("\r\n"), 0, 0);
-}
-
-constexpr int TitleBarRoom = 32;
-
-QList<QRect> UsableScreens()
-{
-    QList<QRect> areas;
-    const QList<QScreen *> screens = QGuiApplication::screens(); // the primary one first
-    for (const QScreen *const screen : screens)
-        areas.append(screen->availableGeometry().adjusted(0, TitleBarRoom, 0, 0));
-    return areas;
-}
-
-} // namespace
 
 frmMain::frmMain(Services &services)
     : services_(&services), workspace_(new Workspace(this)), actions_(new MainActions(this)),
@@ -50,7 +31,8 @@ frmMain::frmMain(Services &services)
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
       files_(
           services.state, services.prompts, [this] { return OpenSets(); }, ShowHourglass),
-      menuStates_(InitialMenus()), buttonStates_(InitialButtons())
+      live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, this)), menuStates_(InitialMenus()),
+      buttonStates_(InitialButtons())
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(ApplicationIcon());
@@ -93,6 +75,13 @@ void frmMain::ConnectAll()
     connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
+    connect(live_, &Live::message, this, &frmMain::ShowMessage);
+    connect(live_, &Live::moniterChanged, this, &frmMain::ShowMoniterState);
+    connect(live_, &Live::runChanged, this, &frmMain::RefreshCommands);
+    connect(live_, &Live::mainCommandsEnabled, this, [this](bool enabled) {
+        ApplyStatusRules(enabled, &menuStates_, &buttonStates_);
+        ShowCommands();
+    });
     connect(&services_->comm, &Comm::portLost, this, [this] {
         portLost_ = true;
         ShowMessage(FirstLine(Text(Str::PortLost)));
@@ -140,13 +129,15 @@ void frmMain::ShowPort()
 
 frmData *frmMain::ActiveData() const
 {
-    return qobject_cast<frmData *>(workspace_->activeSubWindow());
+    // Also while the MEASURE window is the active one.
+    return qobject_cast<frmData *>(workspace_->currentSubWindow());
 }
 
 ShellSituation frmMain::Situation() const
 {
     ShellSituation situation;
     situation.linkActivity = services_->state.LinkActivity;
+    situation.realtimeRun = services_->state.RealtimeRun;
     situation.anyDataWindow = !workspace_->subWindowList().isEmpty();
     if (const frmData *const active = ActiveData())
         situation.activeKind = DataKind(active->Data()->Kind());
@@ -166,7 +157,16 @@ void frmMain::RefreshCommands()
     ApplyFileRules(situation, &menuStates_);
     ApplyRealtimeRules(situation, &menuStates_);
     ApplySetupRules(situation, &menuStates_);
-    actions_->Show(menuStates_, buttonStates_);
+    ShowCommands();
+}
+
+void frmMain::ShowCommands()
+{
+    CommandStates menus = menuStates_;
+    CommandStates buttons = buttonStates_;
+    OverlayRun(services_->state.RealtimeRun, &menus);
+    OverlayRun(services_->state.RealtimeRun, &buttons);
+    actions_->Show(menus, buttons);
 }
 
 void frmMain::EnableApplication(bool enabled)
@@ -213,11 +213,20 @@ void frmMain::Run(Command command)
         services_->shared.MemoryNumbers = false;
         NewDataWindow(KindRealtime);
         break;
+    case Command::RealtimeStart:
+        StartRealtime();
+        break;
+    case Command::RealtimeStop:
+        live_->Stop();
+        break;
     case Command::DataMemory:
         services_->jobs.Launch(ReceiveMemoryMode(), "MEMORY-mode download");
         break;
     case Command::SetupCommport:
         services_->jobs.Launch(RunPortDialog(), "port dialog");
+        break;
+    case Command::SetupInterval:
+        ShowIntervalSetup();
         break;
     case Command::SetupGraph:
         ShowGraphSetup();
@@ -229,40 +238,15 @@ void frmMain::Run(Command command)
     case Command::ViewStatusbar:
         statusBar()->setVisible(actions_->Item(command)->isChecked());
         break;
+    case Command::ViewMoniter:
+        ToggleMoniter();
+        break;
     case Command::HelpAbout:
         (new frmAbout(this))->open();
         break;
     default:
         break; // not available in this version
     }
-}
-
-QCoro::Task<void> frmMain::ReceiveMemoryMode()
-{
-    if (memoryAsked_)
-        co_return; // waits for the link already
-    memoryAsked_ = true;
-    if (services_->state.LinkBusy)
-        ShowMessage(Text(Str::WaitingForLink));
-    const bool free = co_await services_->gate.WaitUntilFree();
-    memoryAsked_ = false;
-    if (!free)
-        co_return;
-    services_->shared.MemoryNumbers = true;
-    const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
-    services_->gate.Take();
-    ShowMessage(QString());
-    const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
-    const int unreadable = dataSet->UnreadableCount();
-    QString outcome = Text(!complete        ? Str::MemoryEnded
-                           : unreadable > 0 ? Str::MemoryUnreadable
-                                            : Str::MemoryReceived);
-    outcome = outcome.arg(dataSet->GetDatacount());
-    if (complete && unreadable > 0)
-        outcome = outcome.arg(unreadable);
-    // A lost line counts more than what came over it.
-    ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
-    RefreshCommands();
 }
 
 QCoro::Task<void> frmMain::RunPortDialog()

@@ -24,6 +24,7 @@ namespace px40 {
 
 class frmCancel;
 class frmData;
+class Live;
 class MainActions;
 class Workspace;
 struct Services;
@@ -55,6 +56,9 @@ class frmMain : public QMainWindow
     /// Shows the port dialog; done when it is closed.
     QCoro::Task<void> RunPortDialog();
 
+    /// Shows the MEASURE window.
+    void OpenMoniter();
+
     void Run(Command command);
 
     /// Shows a text in the status bar's panel "Msg".
@@ -81,10 +85,12 @@ class frmMain : public QMainWindow
     void ShowTitle();
     void OnWindowActivated();
     void RefreshCommands();
+    void ShowCommands();
     void EnableApplication(bool enabled);
     void ActivateAgain();
     ShellSituation Situation() const;
     frmData *ActiveData() const;
+    std::shared_ptr<DataSet> ActiveRealtimeData();
     QList<std::shared_ptr<DataSet>> OpenSets() const;
     static void ShowHourglass(bool shown);
 
@@ -93,6 +99,10 @@ class frmMain : public QMainWindow
     QCoro::Task<void> AskAndOpen();
     QCoro::Task<void> SaveActive(bool underNewName);
     void ShowGraphSetup();
+    void ShowIntervalSetup();
+    void StartRealtime();
+    void ToggleMoniter();
+    void ShowMoniterState();
     QCoro::Task<void> ReceiveMemoryMode();
     QCoro::Task<void> CloseAll();
     void Leave();
@@ -104,6 +114,7 @@ class frmMain : public QMainWindow
     frmCancel *frmCancel_;
     StoredData storedData_;
     FileCommands files_;
+    Live *live_;
     CommandStates menuStates_;
     CommandStates buttonStates_;
     QPointer<QMdiSubWindow> activeBefore_;

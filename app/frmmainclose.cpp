@@ -3,11 +3,13 @@
 #include "app/frmmain.h"
 
 #include "app/frmcancel.h"
+#include "app/live.h"
 #include "app/placement.h"
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "platform/prompts.h"
+#include "resources/strings.h"
 
 #include <QCloseEvent>
 #include <QMdiSubWindow>
@@ -21,7 +23,9 @@ void frmMain::closeEvent(QCloseEvent *event)
         return;
     }
     event->ignore();
-    if (asking_ || services_->leaving || !MayCloseDuring(services_->state.LinkActivity))
+    if (services_->state.RealtimeRun)
+        ShowMessage(Text(Str::RunHoldsWindows));
+    if (asking_ || services_->leaving || !MayClose(services_->state))
         return;
     asking_ = true;
     services_->jobs.Launch(CloseAll(), "closing the program");
@@ -42,7 +46,7 @@ QCoro::Task<void> frmMain::CloseAll()
     }
     asking_ = false;
     // The link may have been taken while the questions stood open.
-    if (mayGo && MayCloseDuring(services_->state.LinkActivity))
+    if (mayGo && MayClose(services_->state))
         Leave();
 }
 
@@ -51,6 +55,7 @@ void frmMain::Leave()
     services_->leaving = true;
     services_->settings.WriteSettingsFile();
     SavePlacement();
+    live_->CloseMoniter();
     tmCheckInter.SetEnabled(false);
     tmCheckStat.SetEnabled(false);
     tmRealtime.SetEnabled(false);

@@ -84,12 +84,6 @@ struct Outcome
     QString reason; ///< why not
 };
 
-/// What was told, without what only a user of the windows can do about it.
-QString FirstLine(const QString &text)
-{
-    return text.section(QStringLiteral("\r\n"), 0, 0);
-}
-
 bool PrintResult(const DataSet &dataSet)
 {
     bool printed = true;

@@ -4,44 +4,17 @@
 #include "platform/userstore.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace px40 {
 
 namespace {
-
-constexpr int SmallestWindow = 200;
-constexpr int TitleBarHeight = 32;
-constexpr int GraspableWidth = 80;
 
 QString Section()
 {
     return QStringLiteral("Settings");
 }
 
-bool CanBeGrasped(const QRect &window, const QRect &screen)
-{
-    const QRect titleBar(window.left(), window.top(), window.width(), TitleBarHeight);
-    const QRect seen = titleBar.intersected(screen);
-    return seen.height() == TitleBarHeight && seen.width() >= std::min(GraspableWidth, window.width());
-}
-
 } // namespace
-
-QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
-{
-    if (screens.isEmpty())
-        return wanted;
-    const auto found = std::find_if(screens.begin(), screens.end(),
-                                    [&](const QRect &screen) { return CanBeGrasped(wanted, screen); });
-    const QRect screen = found != screens.end() ? *found : screens.first();
-    QRect window = wanted;
-    window.setWidth(std::clamp(window.width(), std::min(SmallestWindow, screen.width()), screen.width()));
-    window.setHeight(std::clamp(window.height(), std::min(SmallestWindow, screen.height()), screen.height()));
-    window.moveLeft(std::clamp(window.left(), screen.left(), screen.right() + 1 - window.width()));
-    window.moveTop(std::clamp(window.top(), screen.top(), screen.bottom() + 1 - window.height()));
-    return window;
-}
 
 Placement LoadMainPlacement(const UserStore &store, double dotsPerInch)
 {

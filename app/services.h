@@ -1,11 +1,13 @@
 #pragma once
 
+#include "acquire/status.h"
 #include "app/settings.h"
 #include "document/dataset.h"
 #include "link/comm.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "link/rangelists.h"
+#include "platform/clock.h"
 #include "platform/jobs.h"
 #include "platform/portmap.h"
 #include "platform/userstore.h"
@@ -18,9 +20,11 @@ class Prompts;
 /// handed down; there are no globals beside it.
 struct Services
 {
+    /// `otherClock`: one in place of the computer's own; must outlive this.
     Services(UserStore userStore, const Paths &paths, Prompts &userPrompts,
-             int replyTimeoutMs = Comm::DefaultReplyTimeoutMs)
-        : store(std::move(userStore)), settings(paths), prompts(userPrompts), ports(store), gate(state),
+             int replyTimeoutMs = Comm::DefaultReplyTimeoutMs, const Clock *otherClock = nullptr)
+        : store(std::move(userStore)), settings(paths), prompts(userPrompts),
+          clock(otherClock ? *otherClock : systemClock), ports(store), gate(state),
           comm(state, ports, prompts, replyTimeoutMs)
     {
         shared.WorkPath = paths.WorkPath;
@@ -29,6 +33,8 @@ struct Services
     UserStore store;
     Settings settings;
     Prompts &prompts;
+    SystemClock systemClock;
+    const Clock &clock;
     Jobs jobs;
     PortMap ports;
     LinkState state;
@@ -36,6 +42,7 @@ struct Services
     Comm comm;
     DocumentShared shared;
     RangeLists ranges;
+    InstrumentState instrument;
     bool simulated = false; ///< the instrument is a simulation inside the program
     bool leaving = false;   ///< the program is about to end: start nothing new
 };

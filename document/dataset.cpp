@@ -213,9 +213,9 @@ void DataSet::ScrollTo(int value)
     Q_EMIT graphChanged();
 }
 
-void DataSet::IniProgress(int maximum)
+void DataSet::IniProgress(int maximum, int done)
 {
-    progressValue_ = 0;
+    progressValue_ = std::min(done, maximum);
     progressMaximum_ = maximum;
     Q_EMIT progressChanged();
 }

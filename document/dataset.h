@@ -125,8 +125,8 @@ class DataSet : public QObject, public DataSink
     const WindowShape &Shape() const { return shape_; }
     void SetShape(const WindowShape &shape) { shape_ = shape; }
 
-    /// Progress from 0 to `maximum`.
-    void IniProgress(int maximum);
+    /// Progress from 0 to `maximum`, of which `done` are done.
+    void IniProgress(int maximum, int done = 0);
     int ProgressMaximum() const { return progressMaximum_; }
     int ProgressValue() const { return progressValue_; }
 

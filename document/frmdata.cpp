@@ -221,7 +221,7 @@ void frmData::changeEvent(QEvent *event)
 
 void frmData::closeEvent(QCloseEvent *event)
 {
-    if (!MayCloseDuring(services_.state->LinkActivity)) {
+    if (!MayClose(*services_.state)) {
         event->ignore();
         return;
     }

@@ -59,21 +59,31 @@ QCoro::Task<bool> Comm::OpenPort()
     lost_ = false;
     if (shut_)
         co_return false;
-    QString error;
+    const QString error = TryOpenPort();
+    if (!error.isEmpty())
+        co_await prompts_->Warn(error);
+    co_return error.isEmpty();
+}
+
+QString Comm::TryOpenPort()
+{
+    ClosePort();
     const QString device = ports_->Device(portNumber_);
-    if (device.isEmpty()) {
+    QString error;
+    if (shut_)
+        error = Text(Str::PortNotOpen);
+    else if (device.isEmpty())
         error = Text(Str::PortNotAssigned).arg(portNumber_);
-    } else {
+    else
         error = OpenErrorText(port_.Open(device), portNumber_);
-    }
     if (!error.isEmpty()) {
         qCInfo(lcLink).noquote() << "port" << portNumber_ << "cannot be opened:" << error;
-        co_await prompts_->Warn(error);
-        co_return false;
+        return error;
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
+    lost_ = false;
     Q_EMIT portChanged();
-    co_return true;
+    return {};
 }
 
 void Comm::ClosePort()

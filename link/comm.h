@@ -45,7 +45,17 @@ class Comm : public QObject
 
     /// Opens the configured port. On failure shows why and returns false when the box is closed.
     QCoro::Task<bool> OpenPort();
+
+    /// The same without a word to the user: the reason of a failure is returned, empty on success.
+    QString TryOpenPort();
+
     bool IsOpen() const { return port_.IsOpen(); }
+
+    /// The port is closed because its device has gone.
+    bool IsLost() const { return lost_; }
+
+    /// Changes whenever the port is closed: what was asked before belongs to another opening.
+    int Opening() const { return closings_; }
 
     /// Closes the port; a waiting exchange ends with false.
     void ClosePort();

@@ -44,14 +44,17 @@ struct LinkState
     bool CancelRequest = false;  ///< Cancel was pressed during forwarding
     bool RealtimeStop = false;   ///< real-time receive is to stop
     bool ReceiveGate = false;    ///< lets input in while real-time receive runs
+    bool RealtimeRun = false;    ///< a real-time run is under way, whatever the link is used for right now
     bool MonitorOpen = false;    ///< the MEASURE window is open
     bool SourceOpen = false;     ///< the SOURCE window is open
 };
 
-/// Windows may close only while the link is idle or a timer has it for a moment.
-inline bool MayCloseDuring(int linkActivity)
+/// Windows may close only while the link is idle or a timer has it for a moment. A real-time run holds them
+/// also in the second after such a moment, in which the link looks idle.
+inline bool MayClose(const LinkState &state)
 {
-    return linkActivity >= ActivityIdle && linkActivity <= ActivitySourceCommand;
+    return state.LinkActivity >= ActivityIdle && state.LinkActivity <= ActivitySourceCommand &&
+           !state.RealtimeRun;
 }
 
 } // namespace px40

@@ -98,6 +98,8 @@ const char16_t *Lookup(Str id)
         return u"Stop";
     case Str::AskForwardAfterReceive:
         return u"Do you need forward to Microsoft Excel after received data?";
+    case Str::AskForwardRealtime:
+        return u"Do you need forward to Microsoft Excel real-time data?";
     case Str::CsvFiles:
         return u"CSV Files";
     case Str::FileReadOnly:
@@ -145,10 +147,39 @@ const char16_t *Lookup(Str id)
     case Str::HeadingNumber:
         return u"No.";
 
+    case Str::IntervalTitle:
+        return u"Interval and period setup";
+    case Str::IntervalFrame:
+        return u"Interval";
+    case Str::PeriodFrame:
+        return u"Period";
+    case Str::PeriodNone:
+        return u"None";
+    case Str::PeriodCustom:
+        return u"Custom";
+    case Str::IllegalInterval:
+        return u"Illegal interval.";
+    case Str::IllegalPeriod:
+        return u"Illegal period.";
+    case Str::Day:
+        return u"Day";
+    case Str::Hour:
+        return u"Hour";
+    case Str::Minute:
+        return u"Minute";
+    case Str::Second:
+        return u"Second";
     case Str::UnitOhm:
         return u"Ohm";
     case Str::UnitCelsius:
         return u"C.";
+
+    case Str::MoniterTitle:
+        return u"MEASURE";
+    case Str::MeasCaption:
+        return u"MEAS";
+    case Str::OnCaption:
+        return u"ON";
 
     case Str::PortTitle:
         return u"Communications Port setup";
@@ -208,6 +239,25 @@ const char16_t *Lookup(Str id)
         return u"Amp.";
     case Str::PulseCount:
         return u"Count";
+
+    case Str::NoAnswer:
+        return u"Can not communicate with the PX40.Confirm the next contents.";
+    case Str::NoAnswerPlug:
+        return u" Do you firmly plug into the PX40?";
+    case Str::NoAnswerPower:
+        return u" Is the PX40 turned on?";
+    case Str::NoAnswerPort:
+        return u" Is the establishment of the communication port right?";
+    case Str::NoAnswerMode:
+        return u" Is the communication mode normal mode?";
+    case Str::PrinterMode:
+        return u"Printer mode";
+    case Str::TalkOnlyMode:
+        return u"Talk only mode";
+    case Str::ChangeMode:
+        return u"Change normal mode";
+    case Str::CommunicationError:
+        return u"Communication error";
 
     case Str::Ok:
         return u"OK";
@@ -349,6 +399,36 @@ const char16_t *Lookup(Str id)
         return u"The name of a graph's file ends in .png, .svg or .pdf.";
     case Str::GraphNoPicture:
         return u"The picture of the graph could not be made.";
+    case Str::ForwardError:
+        return u"Forward error occurred.";
+    case Str::RunStatus:
+        return u"Real-time receive into %1: %2 elapsed, %3, %4.";
+    case Str::RunRetries:
+        return u"The connection is lost; it is tried again every second.";
+    case Str::RunNoPort:
+        return u"The communications port is not open; it is tried again every second.";
+    case Str::RunStopping:
+        return u"Stopping...";
+    case Str::RunEnded:
+        return u"Real-time receive into %1 has ended: %2 elapsed, %3, %4.";
+    case Str::RunHoldsWindows:
+        return u"Real-time receive is running. Stop it first.";
+    case Str::NeedsRealtime:
+        return u"This needs a real-time data window: choose Real-time data receive, New.";
+    case Str::IntervalFixed:
+        return u"The interval stays as it is once there are readings.";
+    case Str::MeasureOff:
+        return u"OFF";
+    case Str::NoErrorRows:
+        return u"no error rows";
+    case Str::OneErrorRow:
+        return u"1 error row";
+    case Str::ErrorRows:
+        return u"%1 error rows";
+    case Str::OneRow:
+        return u"1 row";
+    case Str::Rows:
+        return u"%1 rows";
     }
     return u"";
 }
@@ -358,6 +438,11 @@ const char16_t *Lookup(Str id)
 QString Text(Str id)
 {
     return QString::fromUtf16(Lookup(id));
+}
+
+QString FirstLine(const QString &text)
+{
+    return text.section(QStringLiteral("\r\n"), 0, 0);
 }
 
 } // namespace px40

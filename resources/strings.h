@@ -53,6 +53,7 @@ enum class Str : int {
     TipMoniter = 47,
     TipStop = 48,
     AskForwardAfterReceive = 49,
+    AskForwardRealtime = 50,
     CsvFiles = 51,
     FileReadOnly = 52,
     OtherFilename = 53,
@@ -78,8 +79,23 @@ enum class Str : int {
     HeadingSource = 133,
     HeadingNumber = 134,
 
+    IntervalTitle = 170,
+    IntervalFrame = 171,
+    PeriodFrame = 172,
+    PeriodNone = 173,
+    PeriodCustom = 174,
+    IllegalInterval = 175,
+    IllegalPeriod = 176,
+    Day = 177,
+    Hour = 178,
+    Minute = 179,
+    Second = 180,
     UnitOhm = 181,
     UnitCelsius = 182,
+
+    MoniterTitle = 200,
+    MeasCaption = 201,
+    OnCaption = 202,
 
     PortTitle = 220,
     PortLabel = 221,
@@ -111,6 +127,16 @@ enum class Str : int {
     PulseFrequency = 418,
     PulseAmplitude = 419,
     PulseCount = 420,
+
+    NoAnswer = 440,
+    NoAnswerPlug = 441,
+    NoAnswerPower = 442,
+    NoAnswerPort = 443,
+    NoAnswerMode = 444,
+    PrinterMode = 450,
+    TalkOnlyMode = 451,
+    ChangeMode = 452,
+    CommunicationError = 453,
 
     Ok = 1000,
     Yes,
@@ -180,9 +206,27 @@ enum class Str : int {
     GraphName,
     GraphFileKinds,
     GraphNoPicture,
+    ForwardError,
+    RunStatus,
+    RunRetries,
+    RunNoPort,
+    RunStopping,
+    RunEnded,
+    RunHoldsWindows,
+    NeedsRealtime,
+    IntervalFixed,
+    MeasureOff,
+    NoErrorRows,
+    OneErrorRow,
+    ErrorRows,
+    OneRow,
+    Rows,
 };
 
 /// The text of that number; empty when the table has none.
 QString Text(Str id);
+
+/// The first line of a text that may have several, divided by CR LF: what of it fits into one line.
+QString FirstLine(const QString &text);
 
 } // namespace px40

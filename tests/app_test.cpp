@@ -10,6 +10,7 @@
 #include "platform/singleinstance.h"
 #include "platform/timer.h"
 #include "platform/userstore.h"
+#include "platform/windowplace.h"
 #include "tests/support.h"
 
 #include <QDir>
@@ -32,6 +33,7 @@ void WriteBytes(const QString &path, const QByteArray &bytes)
 QString EnabledCommands(const CommandStates &states)
 {
     static constexpr std::pair<Command, QStringView> Names[] = {
+        {Command::RealtimeNew, u"New"},        {Command::DataMemory, u"Memory"},
         {Command::FileClose, u"Close"},        {Command::FileSave, u"Save"},
         {Command::FileSaveAs, u"SaveAs"},      {Command::FileForward, u"Forward"},
         {Command::RealtimeStart, u"Start"},    {Command::RealtimeStop, u"Stop"},
@@ -128,25 +130,32 @@ void AppTest::PathsHaveOneSeparator()
 void AppTest::CommandsFollowTheActiveWindow()
 {
     const std::pair<ShellSituation, QString> cases[] = {
-        {{ActivityIdle, false, 1}, QString()},
-        {{ActivityIdle, true, 1}, QString()}, // none is active
-        {{ActivityIdle, true, KindMemory}, u"Close Save SaveAs Forward Graph"_qs},
-        {{ActivityIdle, true, KindRealtime}, u"Close Save SaveAs Forward Start Interval Graph"_qs},
-        {{ActivityIdle, true, KindSave}, u"Close Save SaveAs Forward"_qs},
-        {{ActivityRealtime, true, KindRealtime}, u"Close Save SaveAs Forward Stop Interval Graph"_qs},
+        {{ActivityIdle, false, 1}, u"New Memory"_qs},
+        {{ActivityIdle, true, 1}, u"New Memory"_qs}, // none is active
+        {{ActivityIdle, true, KindMemory}, u"New Memory Close Save SaveAs Forward Graph"_qs},
+        {{ActivityIdle, true, KindRealtime}, u"New Memory Close Save SaveAs Forward Start Interval Graph"_qs},
+        {{ActivityIdle, true, KindSave}, u"New Memory Close Save SaveAs Forward"_qs},
+        // A run; in the second one another part has just used the link.
+        {{ActivityRealtime, true, KindRealtime, true}, u"Close Save SaveAs Forward Stop Interval Graph"_qs},
+        {{ActivityIdle, true, KindRealtime, true}, u"Close Save SaveAs Forward Stop Interval Graph"_qs},
     };
     for (const auto &[situation, enabled] : cases) {
         CommandStates menus = InitialMenus();
-        menus.Enable(Command::RealtimeStop, situation.linkActivity != ActivityIdle); // kept while running
         ApplyFileRules(situation, &menus);
         ApplyRealtimeRules(situation, &menus);
         ApplySetupRules(situation, &menus);
+        OverlayRun(situation.realtimeRun, &menus);
         QCOMPARE(EnabledCommands(menus), enabled);
     }
+    CommandStates menus = InitialMenus();
     CommandStates buttons = InitialButtons();
-    QCOMPARE(EnabledCommands(buttons), u"Close SaveAs"_qs);
+    QCOMPARE(EnabledCommands(buttons), u"New Memory Close SaveAs"_qs);
     ApplyDataWindowButtons(true, &buttons);
+    ApplyStatusRules(false, &menus, &buttons);
+    QCOMPARE(EnabledCommands(menus), QString());
     QCOMPARE(EnabledCommands(buttons), u"Close Save SaveAs Forward Start Interval Graph"_qs);
+    ApplyRealtimeRules(cases[3].first, &menus); // the menu is opened
+    QCOMPARE(EnabledCommands(menus), u"New Start"_qs);
 }
 
 void AppTest::ProgressMovesInSteps()

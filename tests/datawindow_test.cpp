@@ -91,6 +91,7 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
     QVERIFY(!QFile::exists(program.services.shared.WorkPath));
 
     program.window->activateWindow();
+    QTRY_VERIFY(program.window->isActiveWindow());
     QTest::keyClick(opened, Qt::Key_W, Qt::ControlModifier);
     QTRY_VERIFY(program.DataWindows().isEmpty());
     QVERIFY(!program.Action("Save")->isEnabled());

@@ -145,8 +145,17 @@ void LeavingTest::PortDialogKeepsTheOldPortUntilOneOpens()
     QVERIFY(program.services.comm.IsOpen());
     QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("5"));
     QCOMPARE(program.services.ports.Device(5), program.services.ports.Device(1));
-    QVERIFY(!program.window->tmCheckStat.Enabled()); // neither MEASURE nor SOURCE window is open
     QVERIFY(program.NoJobLeft());
+    QVERIFY(program.window->tmCheckStat.Enabled()); // for the MEASURE window
+    QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+
+    program.Action("mnuViewMoniter")->trigger(); // closes it: there is nothing to check for
+    program.Action("mnuSetupCommport")->trigger();
+    Press(program.Find<QDialog>("frmPort"), "btOk");
+    QVERIFY(program.NoJobLeft());
+    QVERIFY(!program.window->tmCheckStat.Enabled());
+    program.Action("Moniter")->trigger(); // opens it again
+    QVERIFY(program.window->tmCheckStat.Enabled());
 }
 
 void LeavingTest::FailedStartAsksForAPort()

@@ -1,0 +1,169 @@
+#include "acquire/frmmoniter.h"
+
+#include "acquire/measuredisplay.h"
+#include "acquire/measureface.h"
+#include "acquire/status.h"
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/jobs.h"
+#include "platform/screens.h"
+#include "platform/twips.h"
+#include "platform/userstore.h"
+#include "platform/windowplace.h"
+#include "resources/icons.h"
+#include "resources/strings.h"
+
+#include <QCloseEvent>
+#include <QPushButton>
+#include <QShortcut>
+
+#include <algorithm>
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+constexpr int ClickDelayMs = 10;
+constexpr int Attempts = 3;
+
+// In pixels of 1/96 inch, as the face's design size.
+constexpr double Margin = 8;
+constexpr double ButtonWidth = 84;
+constexpr double ButtonHeight = 38;
+constexpr QSizeF DesignSize{MeasureFace::DesignSize.width() + 2 * Margin,
+                            MeasureFace::DesignSize.height() + 3 * Margin + ButtonHeight};
+constexpr double UsualScale = 1.6;
+
+// Where a window that was never moved stands: so far from the right edge of the main window's frame, and far
+// enough below its top to leave menus and tool bar free.
+constexpr int FromRight = 24;
+constexpr int FromTop = 128;
+
+QString Section()
+{
+    return QStringLiteral("Settings");
+}
+
+} // namespace
+
+frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
+    : QWidget(parent, Qt::Window), services_(services), face_(new MeasureFace(this)),
+      btMeasOnOff_(new QPushButton(this))
+{
+    setObjectName(QStringLiteral("frmMoniter"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(Text(Str::MoniterTitle));
+    setWindowIcon(ApplicationIcon());
+    btMeasOnOff_->setObjectName(QStringLiteral("btMeasOnOff"));
+    btMeasOnOff_->setText(Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption));
+    btMeasOnOff_->setAccessibleName(Text(Str::MeasCaption) + u' ' + Text(Str::OnCaption));
+    btMeasOnOff_->setFocus();
+
+    // The click returns first; the command is sent on the tick, when the link is free.
+    connect(btMeasOnOff_, &QPushButton::clicked, this, [this] {
+        ++presses_;
+        tmMeasInter_.SetInterval(ClickDelayMs);
+    });
+    connect(&tmMeasInter_, &Timer::tick, this, &frmMoniter::OnTick);
+    for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)})
+        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+
+    Place();
+    services_.state->MonitorOpen = true;
+}
+
+void frmMoniter::Show(const MeasureDisplay &display)
+{
+    face_->Show(display);
+    btMeasOnOff_->setEnabled(display.buttonEnabled);
+}
+
+void frmMoniter::SetData(const QString &) {}
+
+void frmMoniter::OnTick()
+{
+    if (services_.state->LinkBusy)
+        return; // the timer goes on
+    --presses_;
+    services_.jobs->Launch(SwitchMeasuring(this, services_), "measuring on and off");
+}
+
+QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services)
+{
+    services.gate->Take();
+    services.state->LinkActivity = ActivityMonitorCommand;
+    const int measureOn = services.instrument->Status.MeasureOn;
+    // At once, so that a second press before the next status sends the other command.
+    services.instrument->Status.MeasureOn = measureOn == 0 ? 1 : 0;
+    const QString command = measureOn != 1 ? QStringLiteral("MO1") : QStringLiteral("MO0");
+
+    // Whether it succeeded is seen in the next status.
+    co_await services.comm->SendCommand(command, Attempts);
+
+    services.state->LinkActivity = ActivityIdle;
+    if (window && window->presses_ == 0)
+        window->tmMeasInter_.SetInterval(0);
+    services.gate->Release();
+}
+
+void frmMoniter::Place()
+{
+    const double dpi = logicalDpiX();
+    setMinimumSize((DesignSize * dpi / 96).toSize());
+    const QSize usual = (DesignSize * UsualScale * dpi / 96).toSize();
+    const QList<QRect> screens = UsableScreens();
+    const QRect beside = parentWidget() ? parentWidget()->window()->frameGeometry() : screens.value(0);
+    const QPoint corner = beside.topRight() + QPoint(1 - FromRight - usual.width(), FromTop);
+    const auto kept = [&](QStringView key, int usually) {
+        const double twips = PixelsToTwips(usually, dpi);
+        return TwipsToPixels(services_.store->GetNumber(Section(), key.toString(), twips), dpi);
+    };
+    const QSize wanted(kept(u"MoniterWidth", usual.width()), kept(u"MoniterHeight", usual.height()));
+    const QPoint place(kept(u"MoniterLeft", corner.x()), kept(u"MoniterTop", corner.y()));
+    setGeometry(OntoScreen(QRect(place, wanted.expandedTo(minimumSize())), screens));
+}
+
+void frmMoniter::KeepPlace()
+{
+    const double dpi = logicalDpiX();
+    const auto keep = [&](QStringView key, int pixels) {
+        services_.store->Save(Section(), key.toString(), QString::number(PixelsToTwips(pixels, dpi)));
+    };
+    const QRect place = isMinimized() || isMaximized() ? normalGeometry() : geometry();
+    keep(u"MoniterLeft", place.left());
+    keep(u"MoniterTop", place.top());
+    keep(u"MoniterWidth", place.width());
+    keep(u"MoniterHeight", place.height());
+}
+
+void frmMoniter::closeEvent(QCloseEvent *event)
+{
+    if (!open_)
+        return;
+    if (!MayClose(*services_.state)) {
+        event->ignore();
+        return;
+    }
+    open_ = false;
+    tmMeasInter_.SetEnabled(false);
+    KeepPlace();
+    services_.state->MonitorOpen = false;
+    Q_EMIT closed();
+}
+
+void frmMoniter::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const double scale = std::min(width() / DesignSize.width(), height() / DesignSize.height());
+    const auto scaled = [scale](double length) { return static_cast<int>(length * scale); };
+    const int margin = scaled(Margin);
+    const QSize button(scaled(ButtonWidth), scaled(ButtonHeight));
+    btMeasOnOff_->setFont(FaceFont(Text(Str::FontSizeNormal), scale));
+    btMeasOnOff_->setGeometry(
+        QRect(QPoint(width() - margin - button.width(), height() - margin - button.height()), button));
+    face_->setGeometry(margin, margin, width() - 2 * margin, height() - 3 * margin - button.height());
+}
+
+} // namespace px40

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/timer.h"
+
+#include <QCoro/QCoroTask>
+#include <QPointer>
+#include <QWidget>
+
+class QPushButton;
+
+namespace px40 {
+
+class Comm;
+class Jobs;
+class LinkGate;
+class MeasureFace;
+class UserStore;
+struct InstrumentState;
+struct LinkState;
+struct MeasureDisplay;
+
+/// What the MEASURE window works with. All of it outlives the window, and the exchanges that it started.
+struct MoniterServices
+{
+    LinkState *state;
+    LinkGate *gate;
+    Comm *comm;
+    Jobs *jobs;
+    UserStore *store;
+    InstrumentState *instrument;
+};
+
+/// "MEASURE": the instrument's measuring side in large digits, and the button that switches measuring on and
+/// off. It asks the instrument for nothing: whoever decodes a status shows it here.
+///
+/// It sets `MonitorOpen` for as long as it is open, keeps its place from one opening to the next, and deletes
+/// itself when closed. It refuses to close while the link's work needs it (`MayClose`).
+class frmMoniter : public QWidget
+{
+    Q_OBJECT
+
+  public:
+    /// A window of its own that stays above `parent`'s; shown by the caller.
+    explicit frmMoniter(const MoniterServices &services, QWidget *parent = nullptr);
+
+    void Show(const MeasureDisplay &display);
+
+    /// Told of each sample that real-time receive takes. Deliberately without effect: the status that is
+    /// decoded with the sample refreshes the window.
+    void SetData(const QString &rcvData);
+
+  Q_SIGNALS:
+    /// The window has closed: its place is kept and `MonitorOpen` is cleared.
+    void closed();
+
+  protected:
+    void closeEvent(QCloseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+  private:
+    static QCoro::Task<void> SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services);
+    void OnTick();
+    void Place();
+    void KeepPlace();
+
+    MoniterServices services_;
+    Timer tmMeasInter_{0, true};
+    MeasureFace *face_;
+    QPushButton *btMeasOnOff_;
+    int presses_ = 0; ///< of the button, whose command has not begun
+    bool open_ = true;
+};
+
+} // namespace px40

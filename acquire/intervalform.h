@@ -1,0 +1,46 @@
+#pragma once
+
+#include "document/duration.h"
+#include "resources/strings.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+
+namespace px40 {
+
+class DataSet;
+
+/// The four texts of a duration in the order in which they are entered and checked.
+constexpr std::array<QString Duration::*, 4> DurationParts = {&Duration::Day, &Duration::Hour, &Duration::Min,
+                                                              &Duration::Sec};
+
+/// What stands in the dialog "Interval and period setup": texts as the user typed them, checked or not.
+struct IntervalForm
+{
+    Duration interval;
+    Duration period;
+    bool periodNone = true; ///< acquire until stopped: the texts of the period do not count
+};
+
+struct IntervalFault
+{
+    Str complaint = Str::IllegalInterval; ///< or IllegalPeriod
+    std::size_t part = 0;                 ///< the first faulty text, 0-based as in DurationParts
+
+    bool operator==(const IntervalFault &) const = default;
+};
+
+/// The settings that the data set has now.
+IntervalForm LoadIntervalForm(const DataSet &dataSet);
+
+/// A data set with readings keeps the interval at which they were taken.
+bool IsIntervalFixed(const DataSet &dataSet);
+
+/// Gives the form's settings to the data set, which then counts as changed, or tells what is wrong with them
+/// and changes nothing. A fixed interval is the data set's own, whatever the form says; the form gets it. A
+/// duration that passes is rewritten in the form with two digits, also when the other one is faulty. The two
+/// durations are not compared.
+std::optional<IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet);
+
+} // namespace px40

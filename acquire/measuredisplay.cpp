@@ -1,0 +1,122 @@
+#include "acquire/measuredisplay.h"
+
+#include "acquire/status.h"
+#include "link/rangelists.h"
+#include "link/reply.h"
+
+namespace px40 {
+
+namespace {
+
+struct Captions
+{
+    QString unit;
+    QString function;
+    MeasureDisplay::Symbol symbol = MeasureDisplay::NoSymbol;
+};
+
+Captions ThermocoupleCaptions(int range, const RangeLists &ranges)
+{
+    const QString function = ranges.TcMeasureList.value(range);
+    if (range == 0)
+        return {QStringLiteral("mV"), function};
+    return {QString(), function,
+            function.isEmpty() ? MeasureDisplay::NoSymbol : MeasureDisplay::ThermocoupleSymbol};
+}
+
+/// The resistance thermometers stand behind the plain resistance in their list.
+Captions ThermometerCaptions(int range, const RangeLists &ranges)
+{
+    const QString function = ranges.RtdList.value(range + 1);
+    if (function.isEmpty())
+        return {};
+    return {QString(), function, range == 0 ? MeasureDisplay::Pt100Symbol : MeasureDisplay::Jpt100Symbol};
+}
+
+Captions CaptionsFor(const InstrumentStatus &status, const RangeLists &ranges)
+{
+    static const std::array<QString, 5> frequencyUnits = {QStringLiteral("Hz"), QStringLiteral("Hz"),
+                                                          QStringLiteral("kHz"), QStringLiteral("CPM"),
+                                                          QStringLiteral("CPH")};
+    const int range = status.MeasureRange;
+    switch (status.MeasureFunction) {
+    case 0:
+        return {QStringLiteral("V"), QStringLiteral("AC")};
+    case 1:
+    case 2:
+    case 3:
+        return {QStringLiteral("V"), range != 0 ? QStringLiteral("AC") : QStringLiteral("DC")};
+    case 4:
+        return ThermocoupleCaptions(range, ranges);
+    case 5:
+        return ThermometerCaptions(range, ranges);
+    case 6:
+        if (static_cast<std::size_t>(range) >= frequencyUnits.size())
+            return {};
+        return {frequencyUnits.at(static_cast<std::size_t>(range)), QString()};
+    case 7:
+        return {QStringLiteral("mA"), QString()};
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ranges)
+{
+    MeasureDisplay display;
+    const bool hidden = HidesMeasurement(status.SourceMode);
+    display.on = status.MeasureOn != 0 && !hidden;
+    if (display.on) {
+        const Captions captions = CaptionsFor(status, ranges);
+        display.unit = captions.unit;
+        display.function = captions.function;
+        display.symbol = captions.symbol;
+        display.value = MeasureValueText(status.MeasureValue);
+    }
+    display.buttonEnabled = !hidden && status.SourceMode != 2 && status.SourceMode != 9;
+    if (hidden)
+        display.indicators = ShowOptionIndicators(status);
+    return display;
+}
+
+QString MeasureValueText(const QString &field)
+{
+    if (field == u"ERROR")
+        return field;
+    const QString state = Field(field, 4, 1);
+    if (state == u"O" || state == u"E")
+        return QStringLiteral("-----");
+    if (state == u"B")
+        return QStringLiteral(" -bo-");
+    return Field(field, 5, 7);
+}
+
+OptionIndicators ShowOptionIndicators(const InstrumentStatus &status)
+{
+    OptionIndicators shown;
+    const auto &bits = status.OptionBits;
+    const int mode = status.SourceMode;
+    if (mode == 6 || mode == 7) {
+        shown[0] = QStringLiteral("AUTO STEP");
+        shown[1] = bits[1] ? QStringLiteral("2.5s") : QStringLiteral("5s");
+    }
+    if (mode == 4 || mode == 5) {
+        shown[0] = QStringLiteral("SWEEP");
+        shown[1] = bits[1] ? QStringLiteral("16s") : QStringLiteral("32s");
+    }
+    const bool thermocouple = status.SourceFunction == 3 && status.SourceRange != 0;
+    const bool thermometer = status.SourceFunction == 4 && status.SourceRange != 0;
+    if (!bits[2] && thermocouple)
+        shown[2] = QStringLiteral("RJON");
+    if (!bits[3] && (thermocouple || thermometer))
+        shown[3] = QStringLiteral("IPTS-68");
+    if (bits[7])
+        shown[4] = QStringLiteral("AUTO OFF");
+    if (!bits[6] && status.MeasureFunction == 6)
+        shown[6] = QStringLiteral("CONTACT IN");
+    return shown;
+}
+
+} // namespace px40

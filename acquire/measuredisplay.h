@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+namespace px40 {
+
+struct InstrumentStatus;
+struct RangeLists;
+
+/// The texts of the seven option indicators; an empty one is not lit.
+using OptionIndicators = std::array<QString, 7>;
+
+/// What the MEASURE window shows.
+struct MeasureDisplay
+{
+    /// Which picture stands in place of a unit.
+    enum Symbol { NoSymbol = -1, ThermocoupleSymbol = 0, Pt100Symbol = 1, Jpt100Symbol = 2 };
+
+    QString value; ///< sign and number as the instrument shows them, "-----", " -bo-", or empty
+    QString unit;
+    QString function;
+    Symbol symbol = NoSymbol;
+    bool on = false;           ///< the MEASURE lamp
+    bool buttonEnabled = true; ///< measuring can be switched on and off from here
+    OptionIndicators indicators;
+
+    bool operator==(const MeasureDisplay &) const = default;
+};
+
+/// Captions, symbol, lamp, button, indicators and value for a status. A range that is outside its list shows
+/// nothing rather than a wrong text.
+MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ranges);
+
+/// The text for a 14-character value field: "-----" over-range or no reading, " -bo-" burn-out, else sign and
+/// number as they stand. "ERROR" passes.
+QString MeasureValueText(const QString &field);
+
+/// The option indicators for a status. Senses are mixed: "RJON", "IPTS-68" and "CONTACT IN" are lit while
+/// their flag is 0, "AUTO OFF" while it is 1.
+OptionIndicators ShowOptionIndicators(const InstrumentStatus &status);
+
+} // namespace px40

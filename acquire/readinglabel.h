@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QLabel>
+
+namespace px40 {
+
+/// Shows a reading at the right end of its place, every digit in a cell of its own, so that digits stand
+/// still while they change, whatever the font. What is too long for its place is drawn smaller, never cut.
+class ReadingLabel : public QLabel
+{
+  public:
+    using QLabel::QLabel;
+
+    /// How far below the label's top the characters stand, in pixels.
+    double Baseline() const;
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace px40

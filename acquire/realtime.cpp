@@ -1,0 +1,261 @@
+#include "acquire/realtime.h"
+
+#include "acquire/rowforward.h"
+#include "acquire/sample.h"
+#include "acquire/status.h"
+#include "document/statistics.h"
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/clock.h"
+#include "platform/jobs.h"
+#include "platform/prompts.h"
+#include "platform/timer.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+
+namespace px40 {
+
+namespace {
+
+constexpr int Attempts = 3;
+constexpr int StopAttempts = 1;
+constexpr std::array<const char *, 2> Preparations = {"AN1", "H1"};
+
+QString NoReply()
+{
+    return QStringLiteral("ERROR");
+}
+
+} // namespace
+
+Realtime::Realtime(const Parts &parts) : parts_(parts)
+{
+    connect(&parts.tmRealtime, &Timer::tick, this, &Realtime::OnTick);
+}
+
+Realtime::~Realtime() = default;
+
+QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward)
+{
+    if (parts_.state.LinkActivity == ActivityIdle) {
+        parts_.state.LinkActivity = ActivityRealtimeTransition;
+        parts_.state.RealtimeStop = false;
+    }
+    ticking_ = true;
+    data_ = dataSet;
+    progress_ = {};
+    barRows_ = -1;
+    ShowBar();
+    parts_.state.RealtimeRun = true;
+    parts_.views.RunChanged();
+    ForwardOff_ = !forward;
+    if (forward && (!forward_ || !forward_->Open(dataSet)))
+        ForwardFailed();
+    parts_.state.LinkActivity = ActivityRealtime;
+    parts_.state.ReceiveGate = true;
+    ElapsedSeconds_ = 0;
+    SkipSample_ = !IsSamplingSecond();
+    ShowProgress();
+    co_await RequestSample();
+    ticking_ = false;
+}
+
+void Realtime::StopAsked()
+{
+    if (data_)
+        ShowProgress();
+}
+
+/// The request of a second: its reply, or "ERROR", stands in `StatusReply` afterwards.
+QCoro::Task<void> Realtime::RequestSample()
+{
+    parts_.state.ReceiveGate = true;
+    if (!parts_.tmRealtime.Enabled()) {
+        parts_.tmRealtime.SetEnabled(true);
+        seconds_.Begin(parts_.clock);
+    }
+    parts_.state.LinkActivity = ActivityRealtime;
+    if (parts_.state.LinkBusy)
+        co_return;
+    if (!parts_.comm.IsOpen())
+        parts_.comm.TryOpenPort();
+    parts_.gate.Take();
+    for (const char *const command : Preparations)
+        co_await parts_.comm.SendCommand(QString::fromLatin1(command), Attempts);
+    const bool answered = co_await parts_.comm.SendCommand(QStringLiteral("OC"), Attempts);
+    if (!answered)
+        parts_.state.RecvBuffer = NoReply();
+    const qint16 commMode = CheckCommMode(parts_.state.RecvBuffer, parts_.state.ReplyLength);
+    parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReply();
+    parts_.gate.Release();
+    parts_.views.StatusStored();
+    ShowProgress();
+}
+
+void Realtime::OnTick()
+{
+    if (ticking_ || !parts_.state.ReceiveGate)
+        return;
+    const qint32 seconds = seconds_.Count();
+    if (seconds < 1 || parts_.state.LinkBusy)
+        return; // seconds in which another part has the link are dropped
+    parts_.state.ReceiveGate = false;
+    ticking_ = true;
+    parts_.jobs.Launch(Tick(seconds), "real-time tick");
+}
+
+QCoro::Task<void> Realtime::Tick(qint32 seconds)
+{
+    if (parts_.state.LinkActivity == ActivityRealtime)
+        co_await OnRealtimeTick(seconds);
+    else
+        co_await OnIdleTick(seconds);
+    parts_.state.ReceiveGate = true;
+    ticking_ = false;
+}
+
+QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
+{
+    for (qint32 k = 1; k <= seconds; ++k) {
+        // The first second has a reply, or it is known that there is none; nobody asked in the others.
+        const QString reply = k == 1 ? parts_.instrument.StatusReply : NoReply();
+        const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();
+        if (!sampling) {
+            SetData(reply);
+        } else if (!AddSample(reply, seconds_.Second() - (seconds - k))) {
+            co_await FinishRealtime(true);
+            co_return;
+        }
+        if (!AdvanceSecond()) {
+            co_await FinishRealtime(false);
+            co_return;
+        }
+    }
+    if (parts_.state.RealtimeStop) {
+        co_await FinishRealtime(false);
+        co_return;
+    }
+    SkipSample_ = !IsSamplingSecond();
+    co_await RequestSample();
+}
+
+/// Another part has used the link since the last second and left it idle: this second is not counted.
+QCoro::Task<void> Realtime::OnIdleTick(qint32 seconds)
+{
+    SetData(parts_.instrument.StatusReply);
+    if (seconds > 1)
+        SetData(NoReply());
+    if (parts_.state.RealtimeStop)
+        co_await StopRealtime();
+    else
+        co_await RequestSample();
+}
+
+bool Realtime::AddSample(const QString &reply, qint64 second)
+{
+    const ReadingTexts sample = DecodeSample(reply, parts_.instrument.Status.SourceFunction);
+    try {
+        if (!data_->AddGridrow())
+            return false;
+        data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
+                               sample.sourceUnit, IsValidReading(sample.measureValue));
+    } catch (const std::exception &error) {
+        parts_.state.ErrorMessage = QString::fromLocal8Bit(error.what());
+        return false;
+    }
+    ++progress_.rows;
+    if (sample.measureValue == NoReply())
+        ++progress_.errorRows;
+    ShowBar();
+    if (!ForwardOff_ && !forward_->Write(data_->GetDatacount()))
+        ForwardFailed();
+    return true;
+}
+
+/// False when the period is over. It may be changed while the run is under way.
+bool Realtime::AdvanceSecond()
+{
+    ++ElapsedSeconds_;
+    return data_->GetPeriodnone() || ElapsedSeconds_ <= data_->GetPeriodcount();
+}
+
+bool Realtime::IsSamplingSecond() const
+{
+    return ElapsedSeconds_ % Interval() == 0;
+}
+
+qint32 Realtime::Interval() const
+{
+    return std::max(1, data_->GetIntervalcount());
+}
+
+/// The data window's bar runs towards the last row of the period, as it stands now.
+void Realtime::ShowBar()
+{
+    const int rows = data_->GetPeriodnone() ? 0 : RunRows(Interval(), data_->GetPeriodcount());
+    if (rows != barRows_)
+        data_->IniProgress(rows, progress_.rows);
+    barRows_ = rows;
+}
+
+void Realtime::ForwardFailed()
+{
+    ForwardOff_ = true;
+    progress_.forwardFailed = true;
+}
+
+void Realtime::SetData(const QString &text)
+{
+    if (parts_.state.MonitorOpen)
+        parts_.views.SetData(text);
+}
+
+void Realtime::ShowProgress()
+{
+    progress_.name = data_->Caption();
+    progress_.elapsedSeconds = ElapsedSeconds_;
+    if (!data_->GetPeriodnone())
+        progress_.elapsedSeconds = std::min(ElapsedSeconds_, data_->GetPeriodcount());
+    progress_.portOpen = parts_.comm.IsOpen();
+    progress_.portLost = parts_.comm.IsLost();
+    progress_.stopping = parts_.state.RealtimeStop;
+    parts_.views.ShowRun(progress_);
+}
+
+QCoro::Task<void> Realtime::FinishRealtime(bool showMessage)
+{
+    parts_.tmRealtime.SetEnabled(false);
+    parts_.state.LinkActivity = ActivityRealtimeTransition;
+    if (!ForwardOff_)
+        forward_->Close();
+    if (showMessage)
+        co_await parts_.prompts.Warn(parts_.state.ErrorMessage);
+    End();
+}
+
+QCoro::Task<void> Realtime::StopRealtime()
+{
+    parts_.tmRealtime.SetEnabled(false);
+    parts_.state.LinkActivity = ActivityRealtimeStopping;
+    parts_.gate.Take();
+    co_await parts_.comm.SendCommand(QStringLiteral("PL,0"), StopAttempts);
+    parts_.gate.Release();
+    if (!ForwardOff_)
+        forward_->Close();
+    End();
+}
+
+void Realtime::End()
+{
+    progress_.ended = true;
+    ShowProgress();
+    data_.reset();
+    parts_.state.RealtimeRun = false;
+    parts_.state.LinkActivity = ActivityIdle;
+    parts_.views.RunChanged();
+}
+
+} // namespace px40

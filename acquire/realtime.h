@@ -1,0 +1,120 @@
+#pragma once
+
+#include "acquire/runprogress.h"
+#include "acquire/secondcounter.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+namespace px40 {
+
+class Clock;
+class Comm;
+class DataSet;
+class Jobs;
+class LinkGate;
+class Prompts;
+class RowForward;
+class Timer;
+struct InstrumentState;
+struct LinkState;
+
+/// The windows as a real-time run sees them.
+class RealtimeViews
+{
+  public:
+    RealtimeViews() = default;
+    RealtimeViews(const RealtimeViews &) = delete;
+    RealtimeViews &operator=(const RealtimeViews &) = delete;
+    virtual ~RealtimeViews() = default;
+
+    /// A run has begun or ended (`RealtimeRun`): other commands are available now.
+    virtual void RunChanged() = 0;
+
+    virtual void ShowRun(const RunProgress &progress) = 0;
+
+    /// A new status reply, or "ERROR", is stored and may be shown.
+    virtual void StatusStored() = 0;
+
+    /// For the MEASURE window: the reading of a second.
+    virtual void SetData(const QString &rcvData) = 0;
+};
+
+/// Real-time receive: asks for the instrument's status once a second and stores every interval-th one as a
+/// row until the period is over or the user stops.
+///
+/// A second's status is requested when it begins and stored when the next one begins; the row of a second in
+/// which nothing was asked or answered says "ERROR". The timer `tmRealtime` only samples the clock. While the
+/// port is closed it is opened again, the same assigned device, each second.
+///
+/// What is handed in must outlive the runs. The data set is shared, so it stays until its run is over.
+class Realtime : public QObject
+{
+    Q_OBJECT
+
+  public:
+    struct Parts
+    {
+        LinkState &state;
+        LinkGate &gate;
+        Comm &comm;
+        Prompts &prompts;
+        Jobs &jobs;
+        const Clock &clock;
+        InstrumentState &instrument;
+        Timer &tmRealtime;
+        RealtimeViews &views;
+    };
+
+    explicit Realtime(const Parts &parts);
+    ~Realtime() override;
+
+    /// Where rows are forwarded to when a run asks for it; null: nowhere, so asking for it fails. Must
+    /// outlive the runs.
+    void SetForward(RowForward *forward) { forward_ = forward; }
+
+    /// Starts a run into `dataSet`, behind the rows that it holds, and returns after the first request. The
+    /// caller has found the link idle and free.
+    QCoro::Task<void> StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward);
+
+    /// To be called after `RealtimeStop` was set: the run ends at the next second.
+    void StopAsked();
+
+    /// The data set of the run; null when there is none.
+    const DataSet *RealtimeData() const { return data_.get(); }
+
+  private:
+    void OnTick();
+    QCoro::Task<void> Tick(qint32 seconds);
+    QCoro::Task<void> OnRealtimeTick(qint32 seconds);
+    QCoro::Task<void> OnIdleTick(qint32 seconds);
+    QCoro::Task<void> RequestSample();
+    bool AddSample(const QString &reply, qint64 second);
+    bool AdvanceSecond();
+    QCoro::Task<void> FinishRealtime(bool showMessage);
+    QCoro::Task<void> StopRealtime();
+
+    bool IsSamplingSecond() const;
+    qint32 Interval() const;
+    void ShowBar();
+    void ForwardFailed();
+    void SetData(const QString &text);
+    void ShowProgress();
+    void End();
+
+    Parts parts_;
+    RowForward *forward_ = nullptr;
+    std::shared_ptr<DataSet> data_;
+    SecondCounter seconds_;
+    RunProgress progress_;
+    qint32 ElapsedSeconds_ = 0;
+    int barRows_ = 0;
+    bool SkipSample_ = false; ///< this second gets no row
+    bool ForwardOff_ = true;
+    bool ticking_ = false; ///< a tick is at work, its request included: further ticks stay out
+};
+
+} // namespace px40

@@ -1,0 +1,49 @@
+#include "acquire/runprogress.h"
+
+#include "resources/strings.h"
+
+#include <QStringList>
+
+namespace px40 {
+
+namespace {
+
+QString TwoDigits(int number)
+{
+    return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+}
+
+} // namespace
+
+QString ElapsedText(qint32 seconds)
+{
+    constexpr qint32 Day = 86400;
+    const QString time = TwoDigits(seconds % Day / 3600) + u':' + TwoDigits(seconds / 60 % 60) + u':' +
+                         TwoDigits(seconds % 60);
+    return seconds < Day ? time : QString::number(seconds / Day) + QStringLiteral("d ") + time;
+}
+
+int RunRows(qint32 interval, qint32 period)
+{
+    return period / interval + 1;
+}
+
+QString RunText(const RunProgress &progress)
+{
+    const QString rows = progress.rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(progress.rows);
+    const QString errors = progress.errorRows == 0   ? Text(Str::NoErrorRows)
+                           : progress.errorRows == 1 ? Text(Str::OneErrorRow)
+                                                     : Text(Str::ErrorRows).arg(progress.errorRows);
+    QStringList parts;
+    parts << Text(progress.ended ? Str::RunEnded : Str::RunStatus)
+                 .arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
+    if (!progress.ended && !progress.portOpen)
+        parts << Text(progress.portLost ? Str::RunRetries : Str::RunNoPort);
+    if (!progress.ended && progress.stopping)
+        parts << Text(Str::RunStopping);
+    if (progress.forwardFailed)
+        parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')';
+    return parts.join(QStringLiteral("  "));
+}
+
+} // namespace px40

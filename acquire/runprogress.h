@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+namespace px40 {
+
+/// How a real-time run is getting on.
+struct RunProgress
+{
+    QString name;              ///< of the data set
+    qint32 elapsedSeconds = 0; ///< since the start
+    int rows = 0;              ///< stored in this run
+    int errorRows = 0;         ///< of these: seconds without an answer
+    bool portOpen = true;
+    bool portLost = false; ///< the device has gone
+    bool stopping = false; ///< the user has asked for the end
+    bool ended = false;
+    bool forwardFailed = false; ///< rows are no longer forwarded
+};
+
+/// The text for the status bar.
+QString RunText(const RunProgress &progress);
+
+/// "hh:mm:ss", with the days in front once there are any.
+QString ElapsedText(qint32 seconds);
+
+/// Rows that a run of that period stores: at second 0 and every `interval` seconds after it, the last second
+/// included. Both in seconds, `interval` at least 1.
+int RunRows(qint32 interval, qint32 period);
+
+} // namespace px40

@@ -1,0 +1,105 @@
+#include "acquire/statuscheck.h"
+
+#include "acquire/measuredisplay.h"
+#include "acquire/status.h"
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/prompts.h"
+#include "platform/timer.h"
+
+#include <QLoggingCategory>
+
+#include <array>
+
+namespace px40 {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcAcquire, "px40.acquire")
+
+constexpr int Attempts = 3;
+constexpr std::array<const char *, 3> Commands = {"AN1", "H1", "OC"};
+
+} // namespace
+
+StatusCheck::StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, Prompts &prompts,
+                         InstrumentState &instrument, const RangeLists &ranges, Timer &checkTimer,
+                         StatusViews &views)
+    : state_(&state), gate_(&gate), comm_(&comm), prompts_(&prompts), instrument_(&instrument),
+      ranges_(&ranges), checkTimer_(&checkTimer), views_(&views)
+{
+}
+
+QCoro::Task<bool> StatusCheck::CheckStatus()
+{
+    if (state_->LinkBusy)
+        co_return true;
+    state_->StatusPolled = true;
+    if (state_->LinkActivity != ActivityRealtime) {
+        if (state_->RealtimeRun)
+            co_return true; // the run asks by itself within this second
+        const Outcome outcome = co_await FetchStatus();
+        if (outcome != Outcome::Fetched)
+            co_return outcome == Outcome::Yielded;
+    }
+    ShowStatus();
+    co_return true;
+}
+
+QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
+{
+    const int activityBefore = state_->LinkActivity;
+    const int opening = comm_->Opening();
+    gate_->Take();
+    state_->LinkActivity = ActivityStatusCheck;
+    for (const char *const command : Commands) {
+        const bool answered = co_await comm_->SendCommand(QString::fromLatin1(command), Attempts);
+        if (!answered) {
+            // Another port was chosen meanwhile: no failure, and what follows is the new port's.
+            const bool replaced = comm_->Opening() != opening && !comm_->IsLost();
+            if (!replaced) {
+                co_await prompts_->Warn(NoAnswerMessage());
+                checkTimer_->SetInterval(0);
+                checkTimer_->SetEnabled(false);
+            }
+            state_->LinkActivity = activityBefore;
+            gate_->Release();
+            co_return replaced ? Outcome::Yielded : Outcome::Failed;
+        }
+        if (state_->StatusYield) {
+            state_->StatusYield = false;
+            state_->LinkActivity = ActivityIdle;
+            gate_->Release();
+            co_return Outcome::Yielded;
+        }
+    }
+    const qint16 commMode = CheckCommMode(state_->RecvBuffer, state_->ReplyLength);
+    if (commMode == CommModeUsable) {
+        instrument_->StatusReply = state_->RecvBuffer;
+    } else {
+        co_await prompts_->Warn(CommModeMessage(commMode));
+        checkTimer_->SetEnabled(false);
+    }
+    state_->LinkActivity = activityBefore;
+    gate_->Release();
+    co_return commMode == CommModeUsable ? Outcome::Fetched : Outcome::Failed;
+}
+
+void StatusCheck::ShowStatus()
+{
+    const QString reply = instrument_->StatusReply;
+    if (reply.isEmpty() || reply == u"ERROR")
+        return;
+    if (!DecodeStatus(reply, &instrument_->Status)) {
+        qCWarning(lcAcquire) << "no status:" << reply;
+        return;
+    }
+    if (state_->MonitorOpen)
+        views_->ShowMeasure(ShowMeasure(instrument_->Status, *ranges_));
+    if (state_->LinkActivity == ActivityIdle)
+        views_->EnableMainCommands(!HidesMeasurement(instrument_->Status.SourceMode));
+    instrument_->PreviousStatus = instrument_->Status;
+}
+
+} // namespace px40

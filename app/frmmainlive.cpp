@@ -1,0 +1,85 @@
+// The main window's work with the instrument: stored readings, real-time receive, the MEASURE window.
+
+#include "app/frmmain.h"
+
+#include "acquire/frminterval.h"
+#include "app/live.h"
+#include "app/mainactions.h"
+#include "app/services.h"
+#include "document/frmdata.h"
+#include "resources/strings.h"
+
+namespace px40 {
+
+QCoro::Task<void> frmMain::ReceiveMemoryMode()
+{
+    if (memoryAsked_)
+        co_return; // waits for the link already
+    memoryAsked_ = true;
+    if (services_->state.LinkBusy)
+        ShowMessage(Text(Str::WaitingForLink));
+    const bool free = co_await services_->gate.WaitUntilFree();
+    memoryAsked_ = false;
+    if (!free || services_->state.RealtimeRun) // a run was started while this waited
+        co_return;
+    services_->shared.MemoryNumbers = true;
+    const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
+    services_->gate.Take();
+    ShowMessage(QString());
+    const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
+    const int unreadable = dataSet->UnreadableCount();
+    QString outcome = Text(!complete        ? Str::MemoryEnded
+                           : unreadable > 0 ? Str::MemoryUnreadable
+                                            : Str::MemoryReceived);
+    outcome = outcome.arg(dataSet->GetDatacount());
+    if (complete && unreadable > 0)
+        outcome = outcome.arg(unreadable);
+    // A lost line counts more than what came over it.
+    ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
+    RefreshCommands();
+}
+
+void frmMain::OpenMoniter()
+{
+    live_->OpenMoniter();
+}
+
+void frmMain::ToggleMoniter()
+{
+    if (live_->IsMoniterOpen())
+        live_->CloseMoniter();
+    else
+        live_->OpenMoniter();
+    ShowMoniterState(); // a click has turned the check mark, whatever came of it
+}
+
+void frmMain::ShowMoniterState()
+{
+    const bool open = live_->IsMoniterOpen();
+    actions_->Item(Command::ViewMoniter)->setChecked(open);
+    actions_->Button(Command::ViewMoniter)->setChecked(open);
+}
+
+/// The buttons are there for every data window, but these commands are only for real-time ones.
+std::shared_ptr<DataSet> frmMain::ActiveRealtimeData()
+{
+    const frmData *const active = ActiveData();
+    if (active && DataKind(active->Data()->Kind()) == KindRealtime)
+        return active->Data();
+    ShowMessage(Text(Str::NeedsRealtime));
+    return nullptr;
+}
+
+void frmMain::StartRealtime()
+{
+    if (ActiveRealtimeData())
+        services_->jobs.Launch(live_->Start(ActiveData()), "starting real-time receive");
+}
+
+void frmMain::ShowIntervalSetup()
+{
+    if (const std::shared_ptr<DataSet> dataSet = ActiveRealtimeData())
+        (new frmInterval(dataSet, services_->prompts, services_->jobs, this))->open();
+}
+
+} // namespace px40
