@@ -341,7 +341,8 @@ const char16_t *Lookup(Str id)
     case Str::LabelXAxis:
         return u"X axis";
     case Str::EmptyWorkspace:
-        return u"Data receive, MEMORY-mode fetches the readings that the instrument has stored.\n"
+        return u"Real-time data receive, New and then Start log what the instrument measures.\n"
+               u"Data receive, MEMORY-mode fetches the readings that the instrument has stored.\n"
                u"File, Open shows readings that were saved.";
     case Str::UnusableCommandLine:
         return u"Try --help for the options.";

@@ -20,9 +20,10 @@ struct Program
 {
     static constexpr int ReplyTimeoutMs = 200;
 
-    explicit Program(Prompts &prompts, sim::ServerOptions options = LinkRig::Unpaced())
+    explicit Program(Prompts &prompts, sim::ServerOptions options = LinkRig::Unpaced(),
+                     const Clock *clock = nullptr)
         : server(std::move(options)), services(UserStore::InFile(folder.filePath(QStringLiteral("user.ini"))),
-                                               PathsIn(folder.path()), prompts, ReplyTimeoutMs)
+                                               PathsIn(folder.path()), prompts, ReplyTimeoutMs, clock)
     {
         services.ports.Fix(1, QString::fromStdString(server.DevicePath()));
         window = std::make_unique<frmMain>(services);
@@ -33,6 +34,7 @@ struct Program
     {
         // The way out is the user's, so that nothing waits when the window goes.
         services.state.LinkActivity = ActivityIdle;
+        services.state.RealtimeRun = false;
         for (frmData *const data : window->findChildren<frmData *>())
             data->Data()->MarkSaved();
         window->close();

@@ -1,0 +1,230 @@
+#include "acquire/frminterval.h"
+#include "acquire/frmmoniter.h"
+#include "tests/heldclock.h"
+#include "tests/program.h"
+
+#include <QMenu>
+#include <QProgressBar>
+
+using namespace px40;
+
+/// Status check, MEASURE window and real-time receive in the main window.
+class LiveTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void RunFromTheToolBar();
+    void StartWaitsForTheLink();
+    void MeasureWindowFollows();
+    void LostInstrumentIsFoundAgain();
+    void CommandsNeedTheRightWindow();
+};
+
+namespace {
+
+struct LiveProgram : Program
+{
+    explicit LiveProgram(ScriptedPrompts &prompts) : Program(prompts, LinkRig::Unpaced(), &clock)
+    {
+        StartUp();
+        QVERIFY(Check());
+    }
+
+    bool Check() const
+    {
+        Q_EMIT window->tmCheckStat.tick();
+        return NoJobLeft();
+    }
+
+    bool PassSecond()
+    {
+        clock.Advance(1000);
+        Q_EMIT window->tmRealtime.tick();
+        return NoJobLeft();
+    }
+
+    /// Presses Start; the question about forwarding is answered from the script.
+    bool Start() const
+    {
+        Action("Start")->trigger();
+        return NoJobLeft() && WaitUntil([this] { return window->tmCheckInter.Interval() == 0; }) && NoJobLeft();
+    }
+
+    /// Those of the given commands that are enabled, as button or menu item.
+    QString Enabled(std::initializer_list<const char *> names) const
+    {
+        QStringList enabled;
+        for (const char *const name : names) {
+            if (Action(name)->isEnabled())
+                enabled << QString::fromLatin1(name);
+        }
+        return enabled.join(u' ');
+    }
+
+    QString Runnable() const
+    {
+        return Enabled({"New", "mnuRealtimeNew", "Start", "mnuRealtimeStart", "Mdata", "mnuDataMemory", "Stop",
+                        "mnuRealtimeStop"});
+    }
+
+    frmMoniter *Moniter() const { return window->findChild<frmMoniter *>(); }
+    QString Value() const { return Moniter()->findChild<QLabel *>(u"llValue"_qs)->text(); }
+    bool MoniterChecked() const
+    {
+        return Action("mnuViewMoniter")->isChecked() && Action("Moniter")->isChecked();
+    }
+
+    HeldClock clock;
+};
+
+const QString AllButStop = u"New mnuRealtimeNew Start mnuRealtimeStart Mdata mnuDataMemory"_qs;
+
+} // namespace
+
+void LiveTest::RunFromTheToolBar()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    program.Action("New")->trigger();
+    frmData *const first = program.DataWindows().first();
+    QCOMPARE(program.Runnable(), AllButStop);
+    prompts.answers = {Answer::Cancel, Answer::No};
+    QVERIFY(program.Start()); // cancelled
+    QCOMPARE(prompts.questions, QStringList(u"Do you need forward to Microsoft Excel real-time data?"_qs));
+    QVERIFY(!program.services.state.RealtimeRun);
+    QVERIFY(program.Start());
+    QVERIFY(program.services.state.RealtimeRun);
+    QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
+    QVERIFY(program.Find<QAction>("mnuFileSave")->isEnabled());
+
+    // Whatever becomes active meanwhile, and whatever the link is used for.
+    const std::shared_ptr<DataSet> other = program.window->NewDataWindow(KindRealtime);
+    program.services.state.LinkActivity = ActivityIdle;
+    Q_EMIT program.Find<QMenu>("mnuRealtime")->aboutToShow();
+    QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
+    for (QWidget *const held : {static_cast<QWidget *>(first), static_cast<QWidget *>(program.Moniter()),
+                                static_cast<QWidget *>(program.window.get())})
+        QVERIFY(!held->close());
+    QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
+    program.Action("Moniter")->trigger();
+    QVERIFY(program.MoniterChecked());
+    for (int second = 0; second < 6; ++second)
+        QVERIFY(program.PassSecond());
+    QCOMPARE(first->Data()->GetDatacount(), 1);
+    QCOMPARE(other->GetDatacount(), 0);
+    QCOMPARE(program.Message(),
+             u"Real-time receive into 1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
+    QVERIFY(!first->findChild<QProgressBar *>(u"pbData"_qs)->isVisible()); // no period
+
+    program.Action("Stop")->trigger();
+    QVERIFY(program.Message().endsWith(u"Stopping..."));
+    QVERIFY(program.PassSecond());
+    QVERIFY(!program.services.state.RealtimeRun);
+    QCOMPARE(program.Runnable(), AllButStop);
+    QVERIFY(program.Message().startsWith(u"Real-time receive into 1New has ended: 00:00:06 elapsed, 2 rows"));
+}
+
+void LiveTest::StartWaitsForTheLink()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    for (const bool closed : {true, false}) {
+        program.Action("New")->trigger();
+        prompts.answers = {Answer::No};
+        program.services.gate.Take(); // as a status check does
+        program.Action("mnuRealtimeStart")->trigger();
+        program.Action("Start")->trigger(); // changes nothing
+        QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
+        QVERIFY(!program.services.state.RealtimeRun);
+        if (closed) { // there is nothing to start into any more
+            program.DataWindows().first()->Data()->MarkSaved();
+            program.DataWindows().first()->close();
+            QTRY_VERIFY(program.DataWindows().isEmpty());
+        }
+        program.services.gate.Release();
+        QVERIFY(WaitUntil([&] { return program.window->tmCheckInter.Interval() == 0; }));
+        QVERIFY(program.NoJobLeft());
+        QCOMPARE(program.services.state.RealtimeRun, !closed);
+    }
+    QCOMPARE(prompts.questions.size(), 2);
+}
+
+void LiveTest::MeasureWindowFollows()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    QVERIFY(program.MoniterChecked());
+    QVERIFY(!program.Value().isEmpty());
+    QCOMPARE(program.Runnable(), u"New mnuRealtimeNew Mdata mnuDataMemory"_qs);
+    program.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(3); });
+    QVERIFY(program.Check());
+    QVERIFY(program.Value().isEmpty());
+    QCOMPARE(program.Runnable(), QString());
+    program.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(0); });
+    QVERIFY(program.Check());
+    QCOMPARE(program.Runnable(), u"New mnuRealtimeNew Mdata mnuDataMemory"_qs);
+
+    program.Action("mnuViewMoniter")->trigger();
+    QTRY_VERIFY(!program.Moniter());
+    QVERIFY(!program.services.state.MonitorOpen);
+    QVERIFY(!program.Action("Moniter")->isChecked());
+    program.Action("Moniter")->trigger();
+    QVERIFY(program.MoniterChecked());
+    QVERIFY(program.Check());
+
+    // During a run each sample is shown as it comes in, whether the check timer runs or not.
+    program.window->tmCheckStat.SetEnabled(false);
+    program.Action("New")->trigger();
+    prompts.answers = {Answer::No};
+    QVERIFY(program.Start());
+    program.server.WithInstrument([](sim::Instrument &i) { i.SetMeasureState('B'); });
+    QVERIFY(program.PassSecond());
+    QCOMPARE(program.Value(), u" -bo-"_qs);
+}
+
+void LiveTest::LostInstrumentIsFoundAgain()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    program.server.HangUp();
+    QVERIFY(WaitUntil([&] { return !program.services.comm.IsOpen(); }));
+    QVERIFY(program.Check());
+    QCOMPARE(prompts.warnings.size(), 1);
+    QVERIFY(prompts.warnings.first().startsWith(u"Can not communicate with the PX40."));
+    QVERIFY(!program.services.state.MonitorOpen);
+    QVERIFY(!program.window->tmCheckStat.Enabled());
+
+    program.Action("Moniter")->trigger(); // still unplugged
+    QVERIFY(!program.window->tmCheckStat.Enabled());
+    program.Action("Moniter")->trigger();
+    program.server.PlugIn();
+    program.services.ports.Fix(1, QString::fromStdString(program.server.DevicePath()));
+    program.Action("Moniter")->trigger();
+    QVERIFY(program.window->tmCheckStat.Enabled());
+    QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+    QVERIFY(program.Check());
+    QVERIFY(!program.Value().isEmpty());
+    QCOMPARE(prompts.warnings.size(), 1);
+}
+
+void LiveTest::CommandsNeedTheRightWindow()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    program.window->NewDataWindow(KindMemory);
+    QCOMPARE(program.Enabled({"Start", "Interval", "mnuRealtimeStart", "mnuSetupInterval"}), u"Start Interval"_qs);
+    for (const char *const button : {"Start", "Interval"}) {
+        program.window->ShowMessage(QString());
+        program.Action(button)->trigger();
+        QVERIFY(program.Message().startsWith(u"This needs a real-time data window"));
+    }
+    QVERIFY(prompts.questions.isEmpty());
+    QVERIFY(!program.window->findChild<frmInterval *>());
+    program.Action("New")->trigger();
+    program.Action("mnuSetupInterval")->trigger();
+    QVERIFY(program.window->findChild<frmInterval *>());
+}
+
+QTEST_MAIN(LiveTest)
+#include "live_test.moc"
