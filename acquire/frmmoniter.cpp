@@ -36,8 +36,13 @@ constexpr QSizeF DesignSize{MeasureFace::DesignSize.width() + 2 * Margin,
                             MeasureFace::DesignSize.height() + 3 * Margin + ButtonHeight};
 constexpr double UsualScale = 1.6;
 
-// Where a window that was never moved stands: so far from the right edge of the main window's frame, and far
-// enough below its top to leave menus and tool bar free.
+// A dialog's window is kept above the main window; this one can be made as large as the screen as well.
+constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
+
+// Where a window that was never moved stands: beside the main window where the screen has room, else so far
+// from the right edge of its frame, and far enough below its top to leave menus and tool bar free.
+constexpr int Beside = 8;
 constexpr int FromRight = 24;
 constexpr int FromTop = 128;
 
@@ -49,7 +54,7 @@ QString Section()
 } // namespace
 
 frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
-    : QWidget(parent, Qt::Window), services_(services), face_(new MeasureFace(this)),
+    : QWidget(parent, Flags), services_(services), face_(new MeasureFace(this)),
       btMeasOnOff_(new QPushButton(this))
 {
     setObjectName(QStringLiteral("frmMoniter"));
@@ -78,6 +83,8 @@ void frmMoniter::Show(const MeasureDisplay &display)
 {
     face_->Show(display);
     btMeasOnOff_->setEnabled(display.buttonEnabled);
+    if (display.buttonEnabled)
+        btMeasOnOff_->setFocus(); // lost while it was disabled
 }
 
 void frmMoniter::SetData(const QString &) {}
@@ -114,8 +121,7 @@ void frmMoniter::Place()
     setMinimumSize((DesignSize * dpi / 96).toSize());
     const QSize usual = (DesignSize * UsualScale * dpi / 96).toSize();
     const QList<QRect> screens = UsableScreens();
-    const QRect beside = parentWidget() ? parentWidget()->window()->frameGeometry() : screens.value(0);
-    const QPoint corner = beside.topRight() + QPoint(1 - FromRight - usual.width(), FromTop);
+    const QPoint corner = FirstPlace(usual, screens);
     const auto kept = [&](QStringView key, int usually) {
         const double twips = PixelsToTwips(usually, dpi);
         return TwipsToPixels(services_.store->GetNumber(Section(), key.toString(), twips), dpi);
@@ -123,6 +129,18 @@ void frmMoniter::Place()
     const QSize wanted(kept(u"MoniterWidth", usual.width()), kept(u"MoniterHeight", usual.height()));
     const QPoint place(kept(u"MoniterLeft", corner.x()), kept(u"MoniterTop", corner.y()));
     setGeometry(OntoScreen(QRect(place, wanted.expandedTo(minimumSize())), screens));
+}
+
+QPoint frmMoniter::FirstPlace(const QSize &usual, const QList<QRect> &screens) const
+{
+    const QWidget *const main = parentWidget() ? parentWidget()->window() : nullptr;
+    const QRect frame = main ? main->frameGeometry() : screens.value(0);
+    const QPoint beside(frame.right() + Beside, main ? main->geometry().top() : frame.top());
+    for (const QRect &screen : screens) {
+        if (screen.intersects(frame) && screen.contains(QRect(beside, usual)))
+            return beside;
+    }
+    return frame.topRight() + QPoint(1 - FromRight - usual.width(), FromTop);
 }
 
 void frmMoniter::KeepPlace()

@@ -61,6 +61,7 @@ class frmMoniter : public QWidget
     static QCoro::Task<void> SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services);
     void OnTick();
     void Place();
+    QPoint FirstPlace(const QSize &usual, const QList<QRect> &screens) const;
     void KeepPlace();
 
     MoniterServices services_;

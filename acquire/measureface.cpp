@@ -203,7 +203,8 @@ void MeasureFace::LayOut()
 void MeasureFace::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    LayOut();
+    if (!rect().isEmpty())
+        LayOut();
 }
 
 void MeasureFace::paintEvent(QPaintEvent *)

@@ -63,6 +63,7 @@ void frmMain::BuildStatusBar()
     port_ = new QLabel(this);
     port_->setObjectName(QStringLiteral("Port"));
     message_->setContentsMargins(6, 0, 6, 0);
+    message_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long text widens no window
     port_->setContentsMargins(6, 0, 6, 0);
     statusBar()->addWidget(message_, 1);
     statusBar()->addPermanentWidget(port_);
@@ -112,6 +113,7 @@ void frmMain::ShowTitle()
 void frmMain::ShowMessage(const QString &text)
 {
     message_->setText(text);
+    message_->setToolTip(text); // whole also where the panel is narrow
 }
 
 void frmMain::ShowPort()

@@ -403,15 +403,15 @@ const char16_t *Lookup(Str id)
     case Str::ForwardError:
         return u"Forward error occurred.";
     case Str::RunStatus:
-        return u"Real-time receive into %1: %2 elapsed, %3, %4.";
+        return u"%1: %2 elapsed, %3, %4.";
     case Str::RunRetries:
-        return u"The connection is lost; it is tried again every second.";
+        return u"Connection lost; trying again each second.";
     case Str::RunNoPort:
-        return u"The communications port is not open; it is tried again every second.";
+        return u"Port not open; trying again each second.";
     case Str::RunStopping:
         return u"Stopping...";
     case Str::RunEnded:
-        return u"Real-time receive into %1 has ended: %2 elapsed, %3, %4.";
+        return u"%1 has ended: %2 elapsed, %3, %4.";
     case Str::RunHoldsWindows:
         return u"Real-time receive is running. Stop it first.";
     case Str::NeedsRealtime:

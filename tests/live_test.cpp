@@ -114,7 +114,7 @@ void LiveTest::RunFromTheToolBar()
     QCOMPARE(first->Data()->GetDatacount(), 1);
     QCOMPARE(other->GetDatacount(), 0);
     QCOMPARE(program.Message(),
-             u"Real-time receive into 1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
+             u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
     QVERIFY(!first->findChild<QProgressBar *>(u"pbData"_qs)->isVisible()); // no period
 
     program.Action("Stop")->trigger();
@@ -122,7 +122,7 @@ void LiveTest::RunFromTheToolBar()
     QVERIFY(program.PassSecond());
     QVERIFY(!program.services.state.RealtimeRun);
     QCOMPARE(program.Runnable(), AllButStop);
-    QVERIFY(program.Message().startsWith(u"Real-time receive into 1New has ended: 00:00:06 elapsed, 2 rows"));
+    QVERIFY(program.Message().startsWith(u"1New has ended: 00:00:06 elapsed, 2 rows"));
 }
 
 void LiveTest::StartWaitsForTheLink()

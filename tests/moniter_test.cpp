@@ -10,6 +10,10 @@
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
 using namespace px40;
 
 namespace {
@@ -34,7 +38,7 @@ QPushButton *Button(const frmMoniter *window)
     return window->findChild<QPushButton *>(u"btMeasOnOff"_qs);
 }
 
-/// All that the window shows, parts with a blank or a colon before and behind them.
+/// All that the window shows, with colons between: the texts, the names of visible drawings, the button.
 QString Seen(const frmMoniter *window)
 {
     QStringList parts;
@@ -87,6 +91,7 @@ void MoniterTest::ShowsWhatItIsTold()
         window->Show(display);
         QCOMPARE(Seen(window), expected);
     }
+    QCOMPARE(window->focusWidget(), Button(window)); // again, after it was disabled
     QCOMPARE(Button(window)->text(), u"MEAS\n ON"_qs);
 
     // A digit that changes moves no other one.
@@ -109,7 +114,7 @@ void MoniterTest::KeepsItsPlaceOnTheScreen()
     QPointer<frmMoniter> window = rig.Window(&desk);
     QVERIFY(rig.state.MonitorOpen);
     QVERIFY(screen.contains(window->geometry()));
-    QVERIFY(desk.frameGeometry().right() - window->geometry().right() < 50);
+    QVERIFY(std::abs(desk.frameGeometry().right() - window->geometry().right()) < 50);
     const QRect place(screen.topLeft() + QPoint(20, 30), QSize(400, 250));
     window->setGeometry(place);
 

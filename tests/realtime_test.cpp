@@ -359,7 +359,7 @@ void RealtimeTest::Texts()
     QCOMPARE(ElapsedText(99 * 86400 + 3661), u"99d 01:01:01"_qs);
     QCOMPARE(RunRows(1, 99 * 86400), 99 * 86400 + 1);
     RunProgress progress{.name = u"1New"_qs, .elapsedSeconds = 65, .rows = 1};
-    QCOMPARE(RunText(progress), u"Real-time receive into 1New: 00:01:05 elapsed, 1 row, no error rows."_qs);
+    QCOMPARE(RunText(progress), u"1New: 00:01:05 elapsed, 1 row, no error rows."_qs);
     progress.rows = 12;
     progress.errorRows = 3;
     progress.portOpen = false;
@@ -367,11 +367,11 @@ void RealtimeTest::Texts()
     progress.stopping = true;
     QCOMPARE(
         RunText(progress),
-        u"Real-time receive into 1New: 00:01:05 elapsed, 12 rows, 3 error rows.  The connection is lost; "
-        "it is tried again every second.  Stopping..."_qs);
+        u"1New: 00:01:05 elapsed, 12 rows, 3 error rows.  Connection lost; trying again "
+             "each second.  Stopping..."_qs);
     progress.ended = true;
     QCOMPARE(RunText(progress),
-             u"Real-time receive into 1New has ended: 00:01:05 elapsed, 12 rows, 3 error rows."_qs);
+             u"1New has ended: 00:01:05 elapsed, 12 rows, 3 error rows."_qs);
 }
 
 void RealtimeTest::StoppedByLeaving()
