@@ -58,7 +58,6 @@ QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool
     parts_.state.ReceiveGate = true;
     ElapsedSeconds_ = 0;
     SkipSample_ = !IsSamplingSecond();
-    ShowProgress();
     co_await RequestSample();
     ticking_ = false;
 }
@@ -82,6 +81,7 @@ QCoro::Task<void> Realtime::RequestSample()
         co_return;
     if (!parts_.comm.IsOpen())
         parts_.comm.TryOpenPort();
+    ShowProgress(); // a silent instrument may take its time now
     parts_.gate.Take();
     for (const char *const command : Preparations)
         co_await parts_.comm.SendCommand(QString::fromLatin1(command), Attempts);

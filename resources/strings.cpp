@@ -405,9 +405,9 @@ const char16_t *Lookup(Str id)
     case Str::RunStatus:
         return u"%1: %2 elapsed, %3, %4.";
     case Str::RunRetries:
-        return u"Connection lost; trying again each second.";
+        return u"Connection lost; retrying.";
     case Str::RunNoPort:
-        return u"Port not open; trying again each second.";
+        return u"Port not open; retrying.";
     case Str::RunStopping:
         return u"Stopping...";
     case Str::RunEnded:
