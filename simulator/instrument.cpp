@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 #include <stdexcept>
 #include <utility>
@@ -47,6 +48,12 @@ Instrument::Instrument(std::uint64_t seed)
 
 Instrument::Reply Instrument::AnswerStatus()
 {
+    if (!heldStatuses_.empty()) {
+        std::string held = heldStatuses_.front();
+        if (heldStatuses_.size() > 1)
+            heldStatuses_.pop_front();
+        return held;
+    }
     std::string reply;
     reply += measureOn_ ? '1' : '0';
     reply += Digit(measure_->function) + TwoDigits(measure_->range);
@@ -133,6 +140,18 @@ void Instrument::SetMeasure(int function, int range)
 void Instrument::SetMeasureState(char state)
 {
     measureState_ = state;
+}
+
+void Instrument::HoldStatus(std::optional<std::string> reply)
+{
+    heldStatuses_.clear();
+    if (reply)
+        heldStatuses_.push_back(*std::move(reply));
+}
+
+void Instrument::HoldStatuses(std::vector<std::string> replies)
+{
+    heldStatuses_.assign(std::move_iterator(replies.begin()), std::move_iterator(replies.end()));
 }
 
 void Instrument::SetSource(int function, int range)

@@ -7,10 +7,13 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace px40::sim {
 
@@ -34,7 +37,7 @@ class Instrument
 
     /// Obeys one command, given without CR LF, and returns the reply without CR LF:
     ///   AN1 H1, MO0/1, SO0/1, NM0/1, NDnnmm, PL,0/1, UP1-5, DW1-5, SRn, TEn, PUn, SDvalue   "OK"
-    ///   OC           the 52-character status, or 44 characters (see SetShortStatus)
+    ///   OC           the 52-character status, or 44 characters (see SetShortStatus), or what HoldStatus says
     ///   OM1 - OM50   the stored reading of that number, 29 characters
     ///   RS,01 - 50   the saved record with its check character; only after PL,1
     /// What it does not know or cannot do now gets "ERR" and changes nothing; RS gets "CMD,ERR" with its
@@ -53,6 +56,11 @@ class Instrument
     /// Replaces the live 14-character value field by a text of any content and length; an empty optional
     /// lets it live again.
     void HoldMeasureField(std::optional<std::string> field) { heldField_ = std::move(field); }
+
+    /// Replaces the whole status by a reply of any content and length; an empty optional lets it live again.
+    void HoldStatus(std::optional<std::string> reply);
+    /// The same with several replies: each is given once, the last one from then on.
+    void HoldStatuses(std::vector<std::string> replies);
 
     /// Source side. Functions 0 to 8, ranges 0-based within the function.
     void SetSourceOn(bool on) { sourceOn_ = on; }
@@ -125,6 +133,7 @@ class Instrument
     /// The set value of each range that was ever changed, by function, range and what the pulse view shows.
     std::map<std::array<int, 3>, long> setCounts_;
     std::optional<std::string> heldField_;
+    std::deque<std::string> heldStatuses_;
     std::string optionFlags_ = "00000000";
     TemperatureView temperatureView_ = TemperatureView::SetValue;
     PulseView pulseView_ = PulseView::Frequency;

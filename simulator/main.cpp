@@ -2,6 +2,7 @@
 
 #include "simulator/options.h"
 #include "simulator/ptyserver.h"
+#include "simulator/statusfile.h"
 #include "simulator/wakepipe.h"
 
 #include <chrono>
@@ -9,10 +10,12 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace px40::sim {
 
@@ -80,12 +83,27 @@ void PlugIn(PtyServer &server)
     }
 }
 
+void AnswerStatus(const std::string &file, PtyServer &server)
+{
+    std::string error;
+    std::optional<std::string> reply;
+    if (file != "live") {
+        reply = ReadStatusFile(file, &error);
+        if (!reply) {
+            std::cerr << "px40sim: " << error << std::endl;
+            return;
+        }
+    }
+    server.WithInstrument([&](Instrument &instrument) { instrument.HoldStatus(std::move(reply)); });
+}
+
 // False when the order is to quit.
 bool Obey(std::string_view order, PtyServer &server)
 {
     if (order.ends_with('\r'))
         order.remove_suffix(1);
     constexpr std::string_view fault = "fault ";
+    constexpr std::string_view status = "status ";
     if (order == "quit")
         return false;
     if (order == "unplug") {
@@ -99,8 +117,13 @@ bool Obey(std::string_view order, PtyServer &server)
             server.SetFaults(faults);
         else
             std::cerr << "px40sim: " << error << std::endl;
+    } else if (order.starts_with(status)) {
+        AnswerStatus(std::string(order.substr(status.size())), server);
     } else if (!order.empty()) {
-        std::cerr << "px40sim: The orders are unplug, plug, fault NAME[=ARGUMENT] and quit." << std::endl;
+        std::cerr
+            << "px40sim: The orders are unplug, plug, fault NAME[=ARGUMENT], status FILE, status live and "
+               "quit."
+            << std::endl;
     }
     return true;
 }

@@ -1,5 +1,7 @@
 #include "simulator/options.h"
 
+#include "simulator/statusfile.h"
+
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -28,6 +30,12 @@ bool SetWithValue(std::string_view name, std::string_view value, Options &option
     }
     if (name == "--fault")
         return ApplyFault(value, options.server.faults, &error);
+    if (name == "--status") {
+        std::optional<std::string> reply = ReadStatusFile(std::string(value), &error);
+        if (reply)
+            options.server.statuses.push_back(*std::move(reply));
+        return reply.has_value();
+    }
     if (name == "--seed") {
         const auto seed = ParseNumber<std::uint64_t>(value);
         options.server.seed = seed.value_or(0);
@@ -49,8 +57,8 @@ bool ParseOptions(std::span<char *const> arguments, Options &options, std::strin
         const std::string_view argument = arguments[i];
         const std::size_t equals = argument.find('=');
         const std::string_view name = argument.substr(0, equals);
-        const bool takesValue =
-            name == "--link" || name == "--think" || name == "--seed" || name == "--fault";
+        const bool takesValue = name == "--link" || name == "--think" || name == "--seed" ||
+                                name == "--fault" || name == "--status";
         if (takesValue) {
             const bool inside = equals != std::string_view::npos;
             if (!inside && i + 1 == arguments.size()) {
@@ -95,6 +103,9 @@ std::string_view HelpText()
            "  --fault NAME[=ARGUMENT]\n"
            "                   let something go wrong; may be given several times\n"
            "  --list-faults    show all faults\n"
+           "  --status FILE    answer the status question with the line \"reply: ...\" of that file; several "
+           "are\n"
+           "                   given one after the other, the last one from then on\n"
            "  --verbose        show each command and reply with its time in seconds\n"
            "  --help, --version\n"
            "\n"
@@ -103,6 +114,8 @@ std::string_view HelpText()
            "  plug             it comes back; its new path is printed\n"
            "  fault NAME[=ARGUMENT]\n"
            "                   adds a fault; \"fault none\" clears all\n"
+           "  status FILE      answers the status question with that file's reply; \"status live\" ends "
+           "that\n"
            "  quit\n";
 }
 

@@ -24,6 +24,7 @@ PtyServer::PtyServer(ServerOptions options)
       instrument_(options.seed), faults_(options.faults), link_(std::move(options.link)),
       path_(terminal_->Path())
 {
+    instrument_.HoldStatuses(std::move(options.statuses));
     link_.Point(path_);
     thread_ = std::thread(&PtyServer::Run, this);
 }

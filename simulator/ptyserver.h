@@ -30,6 +30,8 @@ struct ServerOptions
     Faults faults;
     /// Seed of the instrument's values.
     std::uint64_t seed = 1;
+    /// Replies to "OC", given one after the other, the last one from then on; none for a live status.
+    std::vector<std::string> statuses;
     /// Path of a symbolic link to the device; empty for none.
     std::string link;
     Observer observer;

@@ -48,7 +48,8 @@ struct LiveProgram : Program
     bool Start() const
     {
         Action("Start")->trigger();
-        return NoJobLeft() && WaitUntil([this] { return window->tmCheckInter.Interval() == 0; }) && NoJobLeft();
+        return NoJobLeft() && WaitUntil([this] { return window->tmCheckInter.Interval() == 0; }) &&
+               NoJobLeft();
     }
 
     /// Those of the given commands that are enabled, as button or menu item.
@@ -64,8 +65,8 @@ struct LiveProgram : Program
 
     QString Runnable() const
     {
-        return Enabled({"New", "mnuRealtimeNew", "Start", "mnuRealtimeStart", "Mdata", "mnuDataMemory", "Stop",
-                        "mnuRealtimeStop"});
+        return Enabled({"New", "mnuRealtimeNew", "Start", "mnuRealtimeStart", "Mdata", "mnuDataMemory",
+                        "Stop", "mnuRealtimeStop"});
     }
 
     frmMoniter *Moniter() const { return window->findChild<frmMoniter *>(); }
@@ -113,8 +114,7 @@ void LiveTest::RunFromTheToolBar()
         QVERIFY(program.PassSecond());
     QCOMPARE(first->Data()->GetDatacount(), 1);
     QCOMPARE(other->GetDatacount(), 0);
-    QCOMPARE(program.Message(),
-             u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
+    QCOMPARE(program.Message(), u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
     QVERIFY(!first->findChild<QProgressBar *>(u"pbData"_qs)->isVisible()); // no period
 
     program.Action("Stop")->trigger();
@@ -213,7 +213,8 @@ void LiveTest::CommandsNeedTheRightWindow()
     ScriptedPrompts prompts;
     LiveProgram program(prompts);
     program.window->NewDataWindow(KindMemory);
-    QCOMPARE(program.Enabled({"Start", "Interval", "mnuRealtimeStart", "mnuSetupInterval"}), u"Start Interval"_qs);
+    QCOMPARE(program.Enabled({"Start", "Interval", "mnuRealtimeStart", "mnuSetupInterval"}),
+             u"Start Interval"_qs);
     for (const char *const button : {"Start", "Interval"}) {
         program.window->ShowMessage(QString());
         program.Action(button)->trigger();

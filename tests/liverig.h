@@ -118,7 +118,12 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
     void StatusStored() override { jobs.Launch(ShowStored(), "showing"); }
     void SetData(const QString &text) override { handedOn.append(text); }
 
-    QCoro::Task<void> ShowStored() { co_await check.CheckStatus(); }
+    QCoro::Task<void> ShowStored()
+    {
+        const bool done = co_await check.CheckStatus();
+        if (!done)
+            qWarning("a stored reply could not be shown");
+    }
 };
 
 } // namespace px40

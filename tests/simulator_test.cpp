@@ -1,6 +1,7 @@
 // The instrument in software: what it answers, and what reaches a program through its pseudo-terminal.
 
 #include "simulator/ptyserver.h"
+#include "simulator/statusfile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -35,6 +36,7 @@ class SimulatorTest : public QObject
     void StoredReadingsKeepTheirColumns();
     void RecordsCarryTheirCheckCharacter();
     void StatusFollowsTheState();
+    void HeldStatusesTakeTurns();
     void DigitsCarryAndStopAtTheLimits();
     void RefusedCommandsChangeNothing();
     void UnpluggedAndPluggedInAgain();
@@ -122,6 +124,33 @@ void SimulatorTest::StatusFollowsTheState()
     const QByteArray shortStatus = Ask(instrument, "OC");
     QCOMPARE(shortStatus.size(), 44);
     QVERIFY(shortStatus.endsWith('2'));
+}
+
+void SimulatorTest::HeldStatusesTakeTurns()
+{
+    Instrument instrument;
+    instrument.HoldMeasureField("VDCN 12.345E+0");
+    const QByteArray live = Ask(instrument, "OC");
+    instrument.HoldStatuses({"first", "  second \xB2"});
+    QCOMPARE(Ask(instrument, "OC"), "first");
+    QCOMPARE(Ask(instrument, "OC"), "  second \xB2");
+    QCOMPARE(Ask(instrument, "OC"), "  second \xB2");
+    instrument.HoldStatus("third");
+    QCOMPARE(Ask(instrument, "OC"), "third");
+    instrument.HoldStatus(std::nullopt);
+    QCOMPARE(Ask(instrument, "OC"), live);
+
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("status.txt")));
+    std::string error;
+    QVERIFY(!ReadStatusFile(file.fileName().toStdString(), &error));
+    QVERIFY(error.ends_with("cannot be read."));
+    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    QVERIFY(file.write("# reply: no\nmode: 0\n") > 0);
+    QVERIFY(!ReadStatusFile(file.fileName().toStdString(), &error));
+    QVERIFY(error.find("reply:") != std::string::npos);
+    QVERIFY(file.write("reply:  1 \r\nreply: 2\n") > 0);
+    QCOMPARE(ReadStatusFile(file.fileName().toStdString(), &error), std::string(" 1 "));
 }
 
 void SimulatorTest::DigitsCarryAndStopAtTheLimits()

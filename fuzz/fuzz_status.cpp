@@ -1,0 +1,105 @@
+// Any bytes as the reply to the status question: it is understood to the last column, or changes nothing.
+
+#include "acquire/measuredisplay.h"
+#include "acquire/status.h"
+#include "fuzz/check.h"
+#include "link/rangelists.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+using namespace px40;
+
+/// A state that no reply leaves behind unnoticed: function, range and value are kept while nothing is
+/// measured.
+InstrumentStatus Before()
+{
+    InstrumentStatus status;
+    status.MeasureFunction = 6;
+    status.MeasureRange = 3;
+    status.MeasureValue = QStringLiteral("CPMN 01482.E+0");
+    status.SourceField = status.SourceValue = status.OptionFlags = QStringLiteral("?");
+    status.OptionBits.fill(true);
+    return status;
+}
+
+QString Digits(int number, int width)
+{
+    return QString::number(number).rightJustified(width, u'0');
+}
+
+/// The reply that says the same; digits stand where blanks may.
+QString Encoded(const InstrumentStatus &status)
+{
+    QString flags;
+    for (const bool bit : status.OptionBits)
+        flags.prepend(bit ? u'1' : u'0');
+    return Digits(status.MeasureOn, 1) + Digits(status.MeasureFunction, 1) + Digits(status.MeasureRange, 2) +
+           status.MeasureValue + Digits(status.SourceOn, 1) + Digits(status.SourceFunction, 1) +
+           Digits(status.SourceRange, 2) + status.SourceField + flags + status.StatusFieldA +
+           status.StatusFieldB + Digits(status.SourceSubMode, 1) + Digits(status.PulseSubMode, 1) +
+           Digits(status.SourceMode, 1) + Digits(status.CommMode, 1);
+}
+
+/// A reply as `Encoded` would write it.
+QString Expected(QString reply)
+{
+    constexpr qsizetype keptFrom = 1;
+    constexpr qsizetype keptWidth = 17;
+    reply.truncate(52);
+    for (const qsizetype blank : {48, 49}) {
+        if (reply[blank] == u' ')
+            reply[blank] = u'0';
+    }
+    if (reply[0] == u'0')
+        reply.replace(keptFrom, keptWidth, Encoded(Before()).mid(keptFrom, keptWidth));
+    return reply;
+}
+
+void CheckDisplay(const InstrumentStatus &status)
+{
+    static const RangeLists ranges = BuildRangeLists();
+    const MeasureDisplay shown = ShowMeasure(status, ranges);
+    const bool hidden = HidesMeasurement(status.SourceMode);
+    const OptionIndicators options = ShowOptionIndicators(status);
+    PX40_CHECK(shown.on == (status.MeasureOn != 0 && !hidden));
+    PX40_CHECK(shown.on || (shown.value.isEmpty() && shown.unit.isEmpty() && shown.function.isEmpty()));
+    PX40_CHECK(shown.value.isEmpty() || shown.value.size() == 5 || shown.value.size() == 7);
+    // A symbol stands in place of a unit and beside a function.
+    PX40_CHECK(shown.symbol == MeasureDisplay::NoSymbol ||
+               (shown.on && shown.unit.isEmpty() && !shown.function.isEmpty()));
+    PX40_CHECK(!hidden || !shown.buttonEnabled);
+    PX40_CHECK(shown.indicators == (hidden ? options : OptionIndicators()));
+    PX40_CHECK(options[0].isEmpty() == options[1].isEmpty());
+    PX40_CHECK(options[4].isEmpty() == (status.OptionFlags[0] == u'0'));
+}
+
+void CheckReply(const QString &reply)
+{
+    const auto length = static_cast<int>(reply.size());
+    InstrumentStatus status = Before();
+    const bool decoded = DecodeStatus(reply, &status);
+    const qint16 mode = CheckCommMode(reply, length);
+    PX40_CHECK(mode >= CommModeUsable && mode <= CommModeTalkOnlyShort);
+    PX40_CHECK(mode != CommModeUsable || reply == u"ERROR" || (length == 52 && reply.endsWith(u'0')));
+    if (!decoded) {
+        PX40_CHECK(status == Before());
+        return;
+    }
+    PX40_CHECK(Encoded(status) == Expected(reply));
+    PX40_CHECK(status.SourceValue == status.SourceField.mid(4, 7));
+    PX40_CHECK(status.SourcePointPos == 0 || status.SourceValue[status.SourcePointPos - 1] == u'.');
+    CheckDisplay(status);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    CheckReply(QString::fromLatin1(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)));
+    return 0;
+}
