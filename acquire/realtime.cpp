@@ -12,6 +12,8 @@
 #include "platform/prompts.h"
 #include "platform/timer.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -215,7 +217,7 @@ void Realtime::SetData(const QString &text)
 
 void Realtime::ShowProgress()
 {
-    progress_.name = data_->Caption();
+    progress_.name = QFileInfo(data_->Caption()).fileName();
     progress_.elapsedSeconds = ElapsedSeconds_;
     if (!data_->GetPeriodnone())
         progress_.elapsedSeconds = std::min(ElapsedSeconds_, data_->GetPeriodcount());

@@ -24,6 +24,10 @@
 
 namespace px40 {
 
+namespace {
+constexpr int RefusalShownMs = 3000;
+}
+
 frmMain::frmMain(Services &services)
     : services_(&services), workspace_(new Workspace(this)), actions_(new MainActions(this)),
       frmCancel_(new frmCancel(
@@ -77,6 +81,10 @@ void frmMain::ConnectAll()
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
     connect(live_, &Live::message, this, &frmMain::ShowMessage);
+    connect(live_, &Live::runMessage, this, [this](const QString &text) {
+        if (!refusal_.isValid() || refusal_.hasExpired(RefusalShownMs))
+            ShowMessage(text);
+    });
     connect(live_, &Live::moniterChanged, this, &frmMain::ShowMoniterState);
     connect(live_, &Live::runChanged, this, &frmMain::RefreshCommands);
     connect(live_, &Live::mainCommandsEnabled, this, [this](bool enabled) {
@@ -206,7 +214,8 @@ void frmMain::Run(Command command)
         services_->jobs.Launch(SaveActive(true), "saving under a new name");
         break;
     case Command::FileClose:
-        workspace_->closeActiveSubWindow();
+        if (frmData *const active = ActiveData())
+            active->close();
         break;
     case Command::FileExit:
         close();

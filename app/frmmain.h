@@ -7,6 +7,7 @@
 #include "platform/timer.h"
 
 #include <QCoro/QCoroTask>
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
 #include <QStringList>
@@ -120,6 +121,7 @@ class frmMain : public QMainWindow
     QPointer<QMdiSubWindow> activeBefore_;
     QLabel *message_ = nullptr;
     QLabel *port_ = nullptr;
+    QElapsedTimer refusal_; ///< since the run has refused to let the program end
     bool memoryAsked_ = false;
     bool portLost_ = false;
     bool asking_ = false;

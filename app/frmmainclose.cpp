@@ -23,8 +23,10 @@ void frmMain::closeEvent(QCloseEvent *event)
         return;
     }
     event->ignore();
-    if (services_->state.RealtimeRun)
+    if (services_->state.RealtimeRun) {
+        refusal_.start();
         ShowMessage(Text(Str::RunHoldsWindows));
+    }
     if (asking_ || services_->leaving || !MayClose(services_->state))
         return;
     asking_ = true;

@@ -25,6 +25,7 @@ Live::Live(Services &services, const Timers &timers, QWidget *window)
 {
     connect(&timers.tmCheckStat, &Timer::tick, this,
             [this] { services_->jobs.Launch(Check(), "status check"); });
+    connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
     connect(&timers.tmCheckInter, &Timer::tick, this, &Live::OnCheckInter);
 }
 
@@ -61,11 +62,18 @@ void Live::CloseMoniter()
 void Live::StartChecking()
 {
     if (services_->comm.IsLost() && !services_->state.RealtimeRun)
-        services_->comm.TryOpenPort();
+        Q_EMIT message(FirstLine(services_->comm.TryOpenPort()));
     if (!services_->comm.IsOpen() || timers_.tmCheckStat.Enabled())
         return;
     timers_.tmCheckStat.SetInterval(CheckIntervalMs);
     timers_.tmCheckStat.SetEnabled(true);
+}
+
+/// A reading that nothing refreshes must not pass for the present one.
+void Live::OnPortChanged()
+{
+    if (!services_->comm.IsOpen() && !services_->state.RealtimeRun)
+        ShowMeasure({});
 }
 
 QCoro::Task<void> Live::Check()
@@ -129,7 +137,10 @@ void Live::RunChanged()
 
 void Live::ShowRun(const RunProgress &progress)
 {
-    Q_EMIT message(RunText(progress));
+    if (progress.ended)
+        Q_EMIT message(RunText(progress));
+    else
+        Q_EMIT runMessage(RunText(progress));
 }
 
 void Live::StatusStored()

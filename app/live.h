@@ -50,12 +50,14 @@ class Live : public QObject, private StatusViews, private RealtimeViews
 
   Q_SIGNALS:
     void message(const QString &text);
+    void runMessage(const QString &text); ///< each second of a run
     void moniterChanged();
     void mainCommandsEnabled(bool enabled);
     void runChanged();
 
   private:
     void StartChecking();
+    void OnPortChanged();
     QCoro::Task<void> Check();
     void OnCheckInter();
 

@@ -238,7 +238,6 @@ void CommTest::HangUpEndsTheExchangeAndClosesThePort()
     // The same port works again when the cable is back.
     rig.server.PlugIn();
     rig.server.SetFaults({});
-    rig.ports.Fix(1, QString::fromStdString(rig.server.DevicePath()));
     rig.Open();
     QVERIFY(rig.Answers(u"OM1"_qs));
 }

@@ -104,10 +104,6 @@ void LiveTest::RunFromTheToolBar()
     program.services.state.LinkActivity = ActivityIdle;
     Q_EMIT program.Find<QMenu>("mnuRealtime")->aboutToShow();
     QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
-    for (QWidget *const held : {static_cast<QWidget *>(first), static_cast<QWidget *>(program.Moniter()),
-                                static_cast<QWidget *>(program.window.get())})
-        QVERIFY(!held->close());
-    QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
     program.Action("Moniter")->trigger();
     QVERIFY(program.MoniterChecked());
     for (int second = 0; second < 6; ++second)
@@ -119,6 +115,10 @@ void LiveTest::RunFromTheToolBar()
 
     program.Action("Stop")->trigger();
     QVERIFY(program.Message().endsWith(u"Stopping..."));
+    for (QWidget *const held : {static_cast<QWidget *>(first), static_cast<QWidget *>(program.Moniter()),
+                                static_cast<QWidget *>(program.window.get())})
+        QVERIFY(!held->close());
+    QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
     QVERIFY(program.PassSecond());
     QVERIFY(!program.services.state.RealtimeRun);
     QCOMPARE(program.Runnable(), AllButStop);
@@ -199,7 +199,6 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(!program.window->tmCheckStat.Enabled());
     program.Action("Moniter")->trigger();
     program.server.PlugIn();
-    program.services.ports.Fix(1, QString::fromStdString(program.server.DevicePath()));
     program.Action("Moniter")->trigger();
     QVERIFY(program.window->tmCheckStat.Enabled());
     QCOMPARE(program.window->tmCheckStat.Interval(), 1000);

@@ -22,10 +22,11 @@ struct Program
 
     explicit Program(Prompts &prompts, sim::ServerOptions options = LinkRig::Unpaced(),
                      const Clock *clock = nullptr)
-        : server(std::move(options)), services(UserStore::InFile(folder.filePath(QStringLiteral("user.ini"))),
-                                               PathsIn(folder.path()), prompts, ReplyTimeoutMs, clock)
+        : server(Named(std::move(options), folder)),
+          services(UserStore::InFile(folder.filePath(QStringLiteral("user.ini"))), PathsIn(folder.path()),
+                   prompts, ReplyTimeoutMs, clock)
     {
-        services.ports.Fix(1, QString::fromStdString(server.DevicePath()));
+        services.ports.Fix(1, folder.filePath(QStringLiteral("px40")));
         window = std::make_unique<frmMain>(services);
         QObject::connect(window.get(), &frmMain::left, window.get(), [this] { hasLeft = true; });
     }

@@ -98,11 +98,18 @@ void RecordedProgress::RenProgress(bool throttle, int current, int total)
         onStep(current);
 }
 
-LinkRig::LinkRig(sim::ServerOptions options, int replyTimeoutMs)
-    : server(std::move(options)), store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))),
-      ports(store), comm(state, ports, prompts, replyTimeoutMs)
+sim::ServerOptions Named(sim::ServerOptions options, const QTemporaryDir &folder)
 {
-    ports.Fix(1, QString::fromStdString(server.DevicePath()));
+    options.link = folder.filePath(QStringLiteral("px40")).toStdString();
+    return options;
+}
+
+LinkRig::LinkRig(sim::ServerOptions options, int replyTimeoutMs)
+    : server(Named(std::move(options), folder)),
+      store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))), ports(store),
+      comm(state, ports, prompts, replyTimeoutMs)
+{
+    ports.Fix(1, Device());
 }
 
 sim::ServerOptions LinkRig::Unpaced()

@@ -62,6 +62,9 @@ class RecordedProgress : public ProgressView
     bool cancelDisabled = false;
 };
 
+/// The options with a lasting name for the device, below `folder`.
+sim::ServerOptions Named(sim::ServerOptions options, const QTemporaryDir &folder);
+
 /// The link on a real pseudo-terminal, at whose other end stands the simulated instrument.
 class LinkRig
 {
@@ -72,6 +75,8 @@ class LinkRig
     explicit LinkRig(sim::ServerOptions options = Unpaced(), int replyTimeoutMs = ReplyTimeoutMs);
 
     static sim::ServerOptions Unpaced();
+    /// A name that stays when the instrument is unplugged and plugged in again.
+    QString Device() const { return folder.filePath(u"px40"_qs); }
     /// Sets one fault of the instrument by its name.
     void Fault(const char *text);
     /// Opens the port; the test fails when that does.

@@ -17,6 +17,8 @@ class QMessageBox;
 
 namespace px40 {
 
+class frmMoniter;
+
 /// One run of the whole program, from its start to its end, on a simulated instrument: real windows, real
 /// message boxes, the real serial class. Everything that it keeps lies in a temporary folder.
 ///
@@ -38,11 +40,13 @@ class Stage
     bool Idle() const { return services.jobs.Running() == 0; }
     bool HasLeft() const { return left_; }
 
-    /// Sets one fault of the instrument by its name; it counts the commands from now on.
+    /// Waits for the end of a status check under way. The next one begins only when events are handled, so
+    /// that what is set and clicked right after this comes before it.
+    void AwaitFreeLink() const;
+    /// Sets one fault of the instrument by its name; it counts the commands from now on, those of the status
+    /// check too.
     void SetFault(const QString &fault);
     QString Device() const { return QString::fromStdString(server.DevicePath()); }
-    /// Plugs the instrument of the demo in again, behind the same port.
-    void PlugIn();
 
     /// The widget or action of that object name below `parent`, or below the main window.
     template <typename T>
@@ -56,6 +60,11 @@ class Stage
     QMdiArea *Workspace() const;
     /// Data windows in the order in which they were opened.
     QList<frmData *> DataWindows() const;
+    /// The MEASURE window, or null while it is closed.
+    frmMoniter *Moniter() const;
+    /// What a picture of the whole program shows, from back to front: the main window, MEASURE above it,
+    /// and what stands before them.
+    QList<QWidget *> Windows(const QList<QWidget *> &inFront = {}) const;
     QDialog *ProgressDialog() const { return Find<QDialog>(QStringLiteral("frmCancel")); }
     QString Message() const;
     QString PortPanel() const;
@@ -64,6 +73,8 @@ class Stage
     /// The open dialog of that object name, or null.
     QDialog *Dialog(const QString &name) const;
 
+    /// As the desktop does with a dialog that has just opened, or with a window that is clicked at.
+    static void BringToFront(QWidget *window);
     QMessageBox *AwaitBox();
     QDialog *AwaitDialog(const QString &name);
     /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
@@ -77,6 +88,10 @@ class Stage
     void CloseMenu(QMenu *menu);
     void Choose(const QString &menuName, const QString &itemName);
     void ClickTool(const QString &key);
+    /// Types a text in place of the one in that field.
+    void Type(const QDialog *dialog, const QString &field, const QString &text);
+    /// Clicks the button and waits until the dialog is gone.
+    void CloseDialog(QDialog *dialog, const QString &button);
     void ClickButton(const QWidget *parent, const QString &name);
     /// Clicks a standard button (a QMessageBox::StandardButton) and waits until the box is gone.
     void Answer(QMessageBox *box, int button);
@@ -99,6 +114,10 @@ class Stage
     std::unique_ptr<frmMain> window;
 
   private:
+    /// The instrument's name behind the demo's port: unlike its device's, nobody else gets it while the
+    /// instrument is unplugged.
+    QString DemoLink() const { return folder.filePath(QStringLiteral("px40")); }
+
     bool left_ = false;
 };
 

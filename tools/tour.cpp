@@ -57,6 +57,17 @@ bool Tour::Run()
                          &Tour::SaveOverAnother, &Tour::OpenReadings, &Tour::OpenAnotherType,
                          &Tour::CloseAndSave, &Tour::LeaveWithoutQuestion});
     }
+    {
+        Stage stage(Stage::Instrument::Demo);
+        RunSteps(stage, {&Tour::StartLive, &Tour::MeasureRanges, &Tour::MeasureStates, &Tour::MeasureButton,
+                         &Tour::MeasureSourceMode, &Tour::MeasureSizes, &Tour::PrinterMode});
+    }
+    {
+        Stage stage(Stage::Instrument::Demo);
+        RunSteps(stage, {&Tour::StartLive, &Tour::IntervalOfNewSet, &Tour::StartRun, &Tour::RunHoldsWindows,
+                         &Tour::EndOfPeriod, &Tour::IntervalWithReadings, &Tour::StopRun, &Tour::SaveRun,
+                         &Tour::UnplugRun});
+    }
     return failures_ == 0;
 }
 
@@ -86,7 +97,7 @@ void Tour::FirstStart(Stage &stage)
 
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The first start's message"_s, box->text(), u"No device is assigned to port 1."_s);
-    camera_.Take(u"05a-port-error-unassigned"_s, {stage.window.get(), box});
+    camera_.Take(u"05a-port-error-unassigned"_s, stage.Windows({box}));
     stage.Answer(box, QMessageBox::Ok);
 }
 
@@ -101,6 +112,7 @@ void Tour::AssignDevice(Stage &stage)
     stage.ClickButton(dialog, u"btOk"_s);
     AwaitIdle(stage);
     RequirePort(stage, u"Port 1: "_s + stage.Device());
+    AwaitReading(stage);
 
     stage.Choose(u"mnuSetup"_s, u"mnuSetupCommport"_s);
     dialog = stage.AwaitDialog(u"frmPort"_s);
@@ -122,7 +134,7 @@ void Tour::DeviceNotPlugged(Stage &stage)
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The message for an absent device"_s, box->text(),
                 u"The device of port 2 is not plugged in."_s);
-    camera_.Take(u"05b-port-error-unplugged-device"_s, {stage.window.get(), dialog, box});
+    camera_.Take(u"05b-port-error-unplugged-device"_s, stage.Windows({dialog, box}));
     stage.Answer(box, QMessageBox::Ok);
     stage.ClickButton(dialog, u"btCancel"_s);
     AwaitIdle(stage);
@@ -139,6 +151,7 @@ void Tour::DemoStart(Stage &stage)
     stage.Start(false);
     Await([&stage] { return stage.services.comm.IsOpen() && stage.Idle(); }, u"The program did not start."_s);
     RequirePort(stage, u"Port 1: simulated instrument"_s);
+    AwaitReading(stage);
     Require(stage.window->windowTitle().contains(u"DEMO"_s), u"The title does not tell the demo."_s);
     camera_.Take(u"02-main-window-empty"_s, {stage.window.get()});
 }

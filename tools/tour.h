@@ -44,6 +44,23 @@ class Tour
     void About(Stage &stage);
     void LeaveWithQuestion(Stage &stage);
 
+    void StartLive(Stage &stage);
+    void MeasureRanges(Stage &stage);
+    void MeasureStates(Stage &stage);
+    void MeasureButton(Stage &stage);
+    void MeasureSourceMode(Stage &stage);
+    void MeasureSizes(Stage &stage);
+    void PrinterMode(Stage &stage);
+
+    void IntervalOfNewSet(Stage &stage);
+    void StartRun(Stage &stage);
+    void RunHoldsWindows(Stage &stage);
+    void EndOfPeriod(Stage &stage);
+    void IntervalWithReadings(Stage &stage);
+    void StopRun(Stage &stage);
+    void SaveRun(Stage &stage);
+    void UnplugRun(Stage &stage);
+
     void StartWithReadings(Stage &stage);
     void HoverGraph(Stage &stage);
     void GraphSetup(Stage &stage);

@@ -1,9 +1,15 @@
 #include "tools/tourchecks.h"
 
+#include "acquire/frmmoniter.h"
+#include "acquire/status.h"
 #include "document/frmdata.h"
 #include "document/panelbar.h"
 #include "tools/stage.h"
 
+#include <QAction>
+#include <QDir>
+#include <QLabel>
+#include <QMessageBox>
 #include <QTableView>
 
 using namespace Qt::Literals::StringLiterals;
@@ -43,13 +49,70 @@ void RequireWholeSet(const Stage &stage, const frmData *data)
 
 void AwaitRows(const Stage &stage, int rows)
 {
-    const frmData *const data = stage.DataWindows().last();
-    Await([data, rows] { return Rows(data) >= rows; }, u"The %1. reading did not arrive."_s.arg(rows));
+    const auto arrived = [&stage, rows] {
+        const QList<frmData *> windows = stage.DataWindows();
+        return !windows.isEmpty() && Rows(windows.last()) >= rows;
+    };
+    Await(arrived, u"The %1. reading did not arrive."_s.arg(rows));
 }
 
 void AwaitIdle(const Stage &stage)
 {
     Await([&stage] { return stage.Idle(); }, u"The procedure under way did not end."_s);
+}
+
+void RequireSaved(const frmData *data, const QString &name)
+{
+    Require(data->Data()->Saved() && data->Data()->GetFilename() == QDir::toNativeSeparators(name),
+            u"The readings are not saved as \"%1\"."_s.arg(name));
+    Require(data->windowTitle().contains(QDir::toNativeSeparators(name)),
+            u"The data window is called \"%1\"."_s.arg(data->windowTitle()));
+}
+
+void CloseSaved(Stage &stage)
+{
+    const qsizetype before = stage.DataWindows().size();
+    stage.Choose(u"mnuFile"_s, u"mnuFileClose"_s);
+    Await([&stage, before] { return stage.DataWindows().size() == before - 1; },
+          u"The saved data window did not close."_s);
+}
+
+void OpenFile(Stage &stage, const QString &name)
+{
+    const qsizetype before = stage.DataWindows().size();
+    stage.Choose(u"mnuFile"_s, u"mnuFileOpen"_s);
+    stage.ChooseFile(stage.AwaitFileDialog(), name);
+    AwaitIdle(stage);
+    Require(stage.DataWindows().size() == before + 1, u"\"%1\" was not opened."_s.arg(name));
+    RequireSaved(stage.DataWindows().last(), name);
+}
+
+void AwaitReading(const Stage &stage)
+{
+    const auto shown = [&stage] {
+        const frmMoniter *const moniter = stage.Moniter();
+        bool number = false;
+        if (moniter)
+            stage.Find<QLabel>(u"llValue"_s, moniter)->text().trimmed().toDouble(&number);
+        return number;
+    };
+    Await(shown, u"MEASURE shows no reading."_s);
+}
+
+QMessageBox *AwaitNoAnswer(Stage &stage)
+{
+    QMessageBox *const box = stage.AwaitBox();
+    RequireText(u"The message of a status check without answer"_s, box->text(),
+                NoAnswerMessage().replace(u"\r\n"_s, u"\n"_s));
+    return box;
+}
+
+void RequireCheckEnded(const Stage &stage)
+{
+    AwaitIdle(stage);
+    Require(!stage.Box() && !stage.window->tmCheckStat.Enabled(), u"The status check goes on."_s);
+    Require(!stage.Moniter() && !stage.Find<QAction>(u"mnuViewMoniter"_s)->isChecked(),
+            u"MEASURE stays open without an instrument."_s);
 }
 
 } // namespace px40

@@ -19,6 +19,7 @@ namespace px40 {
 
 void Tour::CancelDownload(Stage &stage)
 {
+    stage.AwaitFreeLink();
     stage.SetFault(u"silent-from=20"_s);
     stage.ClickTool(u"Mdata"_s);
     AwaitRows(stage, 17);
@@ -31,10 +32,10 @@ void Tour::CancelDownload(Stage &stage)
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The message of a cancelled download"_s, box->text(), QString());
     camera_.Take(u"07b-download-cancelled"_s, {stage.window.get(), box});
+    stage.SetFault(u"none"_s); // before the status check goes on
     stage.Answer(box, QMessageBox::Ok);
     AwaitIdle(stage);
     Require(Rows(stage.DataWindows().last()) == 17, u"The cancelled download lost readings."_s);
-    stage.SetFault(u"none"_s);
     stage.DiscardActiveData();
 }
 
@@ -96,42 +97,56 @@ void Tour::RealtimeWindows(Stage &stage)
     stage.DiscardActiveData();
 }
 
+/// Switched off half-way: the download tells it, and the next status check as well.
 void Tour::SilentInstrument(Stage &stage)
 {
+    stage.AwaitFreeLink();
     stage.SetFault(u"silent-from=12"_s);
     stage.ClickTool(u"Mdata"_s);
-    QMessageBox *const box = stage.AwaitBox();
+    QMessageBox *box = stage.AwaitBox();
     RequireText(u"The message of a silent instrument"_s, box->text(), u"Timeout error occurred."_s);
-    camera_.Take(u"10-time-out"_s, {stage.window.get(), box});
+    camera_.Take(u"10a-time-out"_s, {stage.window.get(), box});
     stage.Answer(box, QMessageBox::Ok);
-    AwaitIdle(stage);
     Require(Rows(stage.DataWindows().last()) == 9, u"The timed-out download lost readings."_s);
+    box = AwaitNoAnswer(stage);
+    camera_.Take(u"10b-no-answer"_s, stage.Windows({box}));
+    stage.Answer(box, QMessageBox::Ok);
+    RequireCheckEnded(stage);
+
     stage.SetFault(u"none"_s);
     stage.DiscardActiveData();
+    stage.Choose(u"mnuView"_s, u"mnuViewMoniter"_s);
+    AwaitReading(stage);
 }
 
 void Tour::Unplugged(Stage &stage)
 {
+    stage.AwaitFreeLink();
     stage.SetFault(u"hang-up=28"_s);
     stage.ClickTool(u"Mdata"_s);
-    QMessageBox *const box = stage.AwaitBox();
+    QMessageBox *box = stage.AwaitBox();
     RequireText(u"The message after unplugging"_s, box->text(),
                 Text(Str::PortLost).replace(u"\r\n"_s, u"\n"_s));
     RequirePort(stage, u"Port 1: connection lost"_s);
     camera_.Take(u"11a-unplugged-half-way"_s, {stage.window.get(), box});
     stage.Answer(box, QMessageBox::Ok);
-    AwaitIdle(stage);
-    // A late reply owed by the silent instrument may have cost one command more.
-    const int rows = Rows(stage.DataWindows().last());
-    Require(rows == 25 || rows == 24, u"The unplugged download lost readings."_s);
+    Require(Rows(stage.DataWindows().last()) == 25, u"The unplugged download lost readings."_s);
+    stage.SetFault(u"none"_s);
+    stage.Answer(AwaitNoAnswer(stage), QMessageBox::Ok);
+    RequireCheckEnded(stage);
     camera_.Take(u"11b-unplugged-status-bar"_s, {stage.window.get()});
 
-    stage.SetFault(u"none"_s);
-    stage.PlugIn();
+    // Opened too early MEASURE stays empty, until OK in the port dialog finds the instrument.
+    stage.Choose(u"mnuView"_s, u"mnuViewMoniter"_s);
+    Require(stage.Moniter() && !stage.window->tmCheckStat.Enabled(),
+            u"An unplugged instrument is asked for its status."_s);
+    camera_.Take(u"11c-unplugged-measure"_s, stage.Windows());
+    stage.server.PlugIn();
     stage.Choose(u"mnuSetup"_s, u"mnuSetupCommport"_s);
     stage.ClickButton(stage.AwaitDialog(u"frmPort"_s), u"btOk"_s);
     AwaitIdle(stage);
     RequirePort(stage, u"Port 1: simulated instrument"_s);
+    AwaitReading(stage);
     stage.ClickTool(u"Mdata"_s);
     AwaitIdle(stage);
     RequireWholeSet(stage, stage.DataWindows().last());

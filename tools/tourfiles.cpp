@@ -51,14 +51,6 @@ void RequireBox(const QMessageBox *box, const QString &first, const QString &nam
             u"The box about \"%1\" says \"%2\"."_s.arg(name, box->text()));
 }
 
-void RequireSaved(const frmData *data, const QString &name)
-{
-    Require(data->Data()->Saved() && data->Data()->GetFilename() == QDir::toNativeSeparators(name),
-            u"The readings are not saved as \"%1\"."_s.arg(name));
-    Require(data->windowTitle().contains(QDir::toNativeSeparators(name)),
-            u"The data window is called \"%1\"."_s.arg(data->windowTitle()));
-}
-
 /// The dialog reads its folder in the background, and puts it in order after that.
 void AwaitList(const Stage &stage, const QDialog *dialog, const QStringList &files)
 {
@@ -71,24 +63,6 @@ void AwaitList(const Stage &stage, const QDialog *dialog, const QStringList &fil
     };
     Await([&] { return listed() == files; },
           u"The file dialog lists \"%1\"."_s.arg(listed().join(u"\", \""_s)));
-}
-
-void CloseSaved(Stage &stage)
-{
-    const qsizetype before = stage.DataWindows().size();
-    stage.Choose(u"mnuFile"_s, u"mnuFileClose"_s);
-    Await([&stage, before] { return stage.DataWindows().size() == before - 1; },
-          u"The saved data window did not close."_s);
-}
-
-void OpenFile(Stage &stage, const QString &name)
-{
-    const qsizetype before = stage.DataWindows().size();
-    stage.Choose(u"mnuFile"_s, u"mnuFileOpen"_s);
-    stage.ChooseFile(stage.AwaitFileDialog(), name);
-    AwaitIdle(stage);
-    Require(stage.DataWindows().size() == before + 1, u"\"%1\" was not opened."_s.arg(name));
-    RequireSaved(stage.DataWindows().last(), name);
 }
 
 } // namespace

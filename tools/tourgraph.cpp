@@ -67,14 +67,6 @@ void TurnWheel(Chart *graph, int notches)
     QCoreApplication::sendEvent(graph, &event);
 }
 
-void Type(const Stage &stage, const QDialog *dialog, const QString &field, const QString &text)
-{
-    auto *const edit = stage.Find<QLineEdit>(field, dialog);
-    Stage::Click(edit);
-    edit->selectAll();
-    QTest::keyClicks(edit, text);
-}
-
 void RequireView(const Stage &stage, int behind)
 {
     const int value = stage.Find<QScrollBar>(u"sbData"_s, stage.DataWindows().first())->value();
@@ -89,13 +81,6 @@ void Redraw(Chart *graph)
     graph->repaint();
 }
 
-void CloseSetup(Stage &stage, QDialog *dialog, const QString &button)
-{
-    const QPointer<QDialog> open = dialog;
-    stage.ClickButton(dialog, button);
-    Await([open] { return !open; }, u"The graph setup did not close."_s);
-}
-
 QDialog *OpenSetup(Stage &stage)
 {
     stage.Choose(u"mnuSetup"_s, u"mnuSetupGraph"_s);
@@ -104,11 +89,13 @@ QDialog *OpenSetup(Stage &stage)
 
 } // namespace
 
-/// Where the graph and the files begin: a finished download in a roomy window.
+/// Where the graph and the files begin: a finished download in a roomy window, which MEASURE does not cover.
 void Tour::StartWithReadings(Stage &stage)
 {
     stage.Start(false);
     Await([&stage] { return stage.services.comm.IsOpen() && stage.Idle(); }, u"The program did not start."_s);
+    stage.Choose(u"mnuView"_s, u"mnuViewMoniter"_s);
+    Await([&stage] { return !stage.Moniter(); }, u"The View menu does not close MEASURE."_s);
     stage.window->resize(RoomyWindow);
     stage.ClickTool(u"Mdata"_s);
     AwaitIdle(stage);
@@ -141,11 +128,11 @@ void Tour::GraphSetup(Stage &stage)
     RequireText(u"The data range as it opens"_s, stage.Find<QLineEdit>(u"tbEnd"_s, dialog)->text(), u"50"_s);
     camera_.Take(u"15a-graph-setup"_s, {stage.window.get(), dialog});
 
-    Type(stage, dialog, u"tbEnd"_s, QString::number(DataRange));
+    stage.Type(dialog, u"tbEnd"_s, QString::number(DataRange));
     Require(custom->isChecked(), u"Typing does not make the X axis a custom one."_s);
     camera_.Take(u"15b-graph-setup-custom"_s, {stage.window.get(), dialog});
 
-    Type(stage, dialog, u"tbTick"_s, u"none"_s);
+    stage.Type(dialog, u"tbTick"_s, u"none"_s);
     stage.ClickButton(dialog, u"btOk"_s);
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The refusal of a graph setting"_s, box->text(), u"Illegal value."_s);
@@ -159,14 +146,14 @@ void Tour::GraphSetup(Stage &stage)
     Require(Set(stage)->Graph().count == StoredReadings, u"A refused setting changed the graph."_s);
     camera_.Take(u"15d-graph-setup-refused"_s, {stage.window.get(), stage.AwaitDialog(u"frmSetting"_s)});
 
-    Type(stage, dialog, u"tbTick"_s, u"1"_s);
-    Type(stage, dialog, u"tbLabel"_s, u"2"_s);
+    stage.Type(dialog, u"tbTick"_s, u"1"_s);
+    stage.Type(dialog, u"tbLabel"_s, u"2"_s);
     stage.ClickButton(dialog, u"btApply"_s);
     Require(dialog->isVisible(), u"Apply closes the graph setup."_s);
     Require(Set(stage)->Graph().count == DataRange, u"Apply does not set the data range."_s);
     Redraw(Graph(stage));
     camera_.Take(u"15e-graph-setup-applied"_s, {stage.window.get(), dialog});
-    CloseSetup(stage, dialog, u"btOk"_s);
+    stage.CloseDialog(dialog, u"btOk"_s);
 }
 
 void Tour::ScrollGraph(Stage &stage)
@@ -195,21 +182,21 @@ void Tour::GraphValueAxis(Stage &stage)
 {
     QDialog *dialog = OpenSetup(stage);
     Stage::Click(stage.Find<QRadioButton>(u"obXauto"_s, dialog));
-    Type(stage, dialog, u"tbMin"_s, u"-5"_s);
-    Type(stage, dialog, u"tbMax"_s, u"15"_s);
-    Type(stage, dialog, u"tbMajor"_s, u"4"_s);
-    Type(stage, dialog, u"tbMinor"_s, u"5"_s);
+    stage.Type(dialog, u"tbMin"_s, u"-5"_s);
+    stage.Type(dialog, u"tbMax"_s, u"15"_s);
+    stage.Type(dialog, u"tbMajor"_s, u"4"_s);
+    stage.Type(dialog, u"tbMinor"_s, u"5"_s);
     Require(stage.Find<QRadioButton>(u"obYuser"_s, dialog)->isChecked(),
             u"Typing does not make the Y axis a custom one."_s);
     camera_.Take(u"15f-graph-setup-custom-y"_s, {stage.window.get(), dialog});
-    CloseSetup(stage, dialog, u"btOk"_s);
+    stage.CloseDialog(dialog, u"btOk"_s);
     RequireText(u"The Y axis"_s, Set(stage)->GetAxisY().join(u' '), u"False -5 15 4 5"_s);
     Redraw(Graph(stage));
     camera_.Take(u"16c-graph-custom-y"_s, {stage.window.get()});
 
     dialog = OpenSetup(stage);
     Stage::Click(stage.Find<QRadioButton>(u"obYauto"_s, dialog));
-    CloseSetup(stage, dialog, u"btOk"_s);
+    stage.CloseDialog(dialog, u"btOk"_s);
     Require(Set(stage)->Graph().count == StoredReadings,
             u"An automatic X axis does not show all readings."_s);
 }
