@@ -68,7 +68,8 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
 
     // The click returns first; the command is sent on the tick, when the link is free.
     connect(btMeasOnOff_, &QPushButton::clicked, this, [this] {
-        ++presses_;
+        // Of more than two that wait only the last ones count: on and off again is where it was.
+        presses_ = presses_ < 2 ? presses_ + 1 : 1;
         tmMeasInter_.SetInterval(ClickDelayMs);
     });
     connect(&tmMeasInter_, &Timer::tick, this, &frmMoniter::OnTick);

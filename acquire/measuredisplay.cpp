@@ -83,13 +83,13 @@ MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ran
 
 QString MeasureValueText(const QString &field)
 {
-    if (field == u"ERROR")
+    if (field == NoReplyText())
         return field;
     const QString state = Field(field, 4, 1);
     if (state == u"O" || state == u"E")
-        return QStringLiteral("-----");
+        return NoValueText();
     if (state == u"B")
-        return QStringLiteral(" -bo-");
+        return BurnOutText();
     return Field(field, 5, 7);
 }
 

@@ -3,20 +3,24 @@
 #include "acquire/rowforward.h"
 #include "acquire/sample.h"
 #include "acquire/status.h"
+#include "document/dataset.h"
 #include "document/statistics.h"
 #include "link/comm.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/clock.h"
 #include "platform/jobs.h"
+#include "platform/oneshot.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <optional>
 
 namespace px40 {
 
@@ -26,9 +30,15 @@ constexpr int Attempts = 3;
 constexpr int StopAttempts = 1;
 constexpr std::array<const char *, 2> Preparations = {"AN1", "H1"};
 
-QString NoReply()
+/// So many rows of a late tick are stored at a time; in between the windows live.
+constexpr qint32 RowsAtATime = 500;
+
+QCoro::Task<void> NextTurn()
 {
-    return QStringLiteral("ERROR");
+    const OneShot<bool> turn;
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [turn] { turn.Complete(true); }, Qt::QueuedConnection);
+    co_await turn;
 }
 
 } // namespace
@@ -48,20 +58,41 @@ QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool
     }
     ticking_ = true;
     data_ = dataSet;
+    co_await Guarded(Begin(forward));
+    ticking_ = false;
+}
+
+QCoro::Task<void> Realtime::Begin(bool forward)
+{
     progress_ = {};
     barRows_ = -1;
     ShowBar();
     parts_.state.RealtimeRun = true;
     parts_.views.RunChanged();
     ForwardOff_ = !forward;
-    if (forward && (!forward_ || !forward_->Open(dataSet)))
+    if (forward && (!forward_ || !forward_->Open(data_)))
         ForwardFailed();
     parts_.state.LinkActivity = ActivityRealtime;
     parts_.state.ReceiveGate = true;
     ElapsedSeconds_ = 0;
     SkipSample_ = !IsSamplingSecond();
     co_await RequestSample();
-    ticking_ = false;
+}
+
+/// Whatever a run trips over ends it like a row that cannot be stored.
+QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
+{
+    bool failed = false;
+    try {
+        co_await work;
+    } catch (const std::exception &error) {
+        parts_.state.ErrorMessage = QString::fromLocal8Bit(error.what());
+        failed = true;
+    }
+    if (failed && data_) {
+        ForwardOff_ = true;
+        co_await FinishRealtime(true);
+    }
 }
 
 void Realtime::StopAsked()
@@ -84,17 +115,21 @@ QCoro::Task<void> Realtime::RequestSample()
     if (!parts_.comm.IsOpen())
         parts_.comm.TryOpenPort();
     ShowProgress(); // a silent instrument may take its time now
-    parts_.gate.Take();
+    co_await Ask();
+    parts_.views.StatusStored();
+    ShowProgress();
+}
+
+QCoro::Task<void> Realtime::Ask()
+{
+    const LinkHold hold(parts_.gate);
     for (const char *const command : Preparations)
         co_await parts_.comm.SendCommand(QString::fromLatin1(command), Attempts);
     const bool answered = co_await parts_.comm.SendCommand(QStringLiteral("OC"), Attempts);
     if (!answered)
-        parts_.state.RecvBuffer = NoReply();
+        parts_.state.RecvBuffer = NoReplyText();
     const qint16 commMode = CheckCommMode(parts_.state.RecvBuffer, parts_.state.ReplyLength);
-    parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReply();
-    parts_.gate.Release();
-    parts_.views.StatusStored();
-    ShowProgress();
+    parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReplyText();
 }
 
 void Realtime::OnTick()
@@ -112,18 +147,25 @@ void Realtime::OnTick()
 QCoro::Task<void> Realtime::Tick(qint32 seconds)
 {
     if (parts_.state.LinkActivity == ActivityRealtime)
-        co_await OnRealtimeTick(seconds);
+        co_await Guarded(OnRealtimeTick(seconds));
     else
-        co_await OnIdleTick(seconds);
+        co_await Guarded(OnIdleTick(seconds));
     parts_.state.ReceiveGate = true;
     ticking_ = false;
 }
 
 QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
 {
+    std::optional<LinkHold> hold; // between the rows of a very late tick nobody else gets the link
+    if (seconds >= RowsAtATime)
+        hold.emplace(parts_.gate);
     for (qint32 k = 1; k <= seconds; ++k) {
+        if (k % RowsAtATime == 0) {
+            ShowProgress();
+            co_await NextTurn();
+        }
         // The first second has a reply, or it is known that there is none; nobody asked in the others.
-        const QString reply = k == 1 ? parts_.instrument.StatusReply : NoReply();
+        const QString reply = k == 1 ? parts_.instrument.StatusReply : NoReplyText();
         const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();
         if (!sampling) {
             SetData(reply);
@@ -136,6 +178,7 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
             co_return;
         }
     }
+    hold.reset();
     if (parts_.state.RealtimeStop) {
         co_await FinishRealtime(false);
         co_return;
@@ -149,7 +192,7 @@ QCoro::Task<void> Realtime::OnIdleTick(qint32 seconds)
 {
     SetData(parts_.instrument.StatusReply);
     if (seconds > 1)
-        SetData(NoReply());
+        SetData(NoReplyText());
     if (parts_.state.RealtimeStop)
         co_await StopRealtime();
     else
@@ -159,17 +202,12 @@ QCoro::Task<void> Realtime::OnIdleTick(qint32 seconds)
 bool Realtime::AddSample(const QString &reply, qint64 second)
 {
     const ReadingTexts sample = DecodeSample(reply, parts_.instrument.Status.SourceFunction);
-    try {
-        if (!data_->AddGridrow())
-            return false;
-        data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
-                               sample.sourceUnit, IsValidReading(sample.measureValue));
-    } catch (const std::exception &error) {
-        parts_.state.ErrorMessage = QString::fromLocal8Bit(error.what());
+    if (!data_->AddGridrow())
         return false;
-    }
+    data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
+                           sample.sourceUnit, IsValidReading(sample.measureValue));
     ++progress_.rows;
-    if (sample.measureValue == NoReply())
+    if (sample.measureValue == NoReplyText())
         ++progress_.errorRows;
     ShowBar();
     if (!ForwardOff_ && !forward_->Write(data_->GetDatacount()))
@@ -242,12 +280,16 @@ QCoro::Task<void> Realtime::StopRealtime()
 {
     parts_.tmRealtime.SetEnabled(false);
     parts_.state.LinkActivity = ActivityRealtimeStopping;
-    parts_.gate.Take();
-    co_await parts_.comm.SendCommand(QStringLiteral("PL,0"), StopAttempts);
-    parts_.gate.Release();
+    co_await SendStop();
     if (!ForwardOff_)
         forward_->Close();
     End();
+}
+
+QCoro::Task<void> Realtime::SendStop()
+{
+    const LinkHold hold(parts_.gate);
+    co_await parts_.comm.SendCommand(QStringLiteral("PL,0"), StopAttempts);
 }
 
 void Realtime::End()

@@ -87,15 +87,19 @@ class Realtime : public QObject
     const DataSet *RealtimeData() const { return data_.get(); }
 
   private:
+    QCoro::Task<void> Begin(bool forward);
+    QCoro::Task<void> Guarded(QCoro::Task<void> work);
     void OnTick();
     QCoro::Task<void> Tick(qint32 seconds);
     QCoro::Task<void> OnRealtimeTick(qint32 seconds);
     QCoro::Task<void> OnIdleTick(qint32 seconds);
     QCoro::Task<void> RequestSample();
+    QCoro::Task<void> Ask();
     bool AddSample(const QString &reply, qint64 second);
     bool AdvanceSecond();
     QCoro::Task<void> FinishRealtime(bool showMessage);
     QCoro::Task<void> StopRealtime();
+    QCoro::Task<void> SendStop();
 
     bool IsSamplingSecond() const;
     qint32 Interval() const;

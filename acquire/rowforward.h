@@ -1,10 +1,10 @@
 #pragma once
 
-#include "document/dataset.h"
-
 #include <memory>
 
 namespace px40 {
+
+class DataSet;
 
 /// Where the rows of a real-time run are forwarded to as they come in.
 class RowForward

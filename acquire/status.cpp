@@ -83,7 +83,7 @@ bool UnpackOptionFlags(InstrumentStatus *status)
 
 qint16 CheckCommMode(const QString &recvBuffer, int replyLength)
 {
-    if (recvBuffer == u"ERROR")
+    if (recvBuffer == NoReplyText())
         return CommModeUsable;
     if (replyLength != FullReply && replyLength != ShortReply)
         return CommModeError;

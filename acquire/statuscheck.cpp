@@ -5,6 +5,7 @@
 #include "link/comm.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/reply.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
 
@@ -56,16 +57,18 @@ QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
     for (const char *const command : Commands) {
         const bool answered = co_await comm_->SendCommand(QString::fromLatin1(command), Attempts);
         if (!answered) {
-            // Another port was chosen meanwhile: no failure, and what follows is the new port's.
-            const bool replaced = comm_->Opening() != opening && !comm_->IsLost();
-            if (!replaced) {
+            // Another port chosen meanwhile, or behind the box, is no failure: what follows is the new
+            // port's.
+            if (!IsReplaced(opening))
                 co_await prompts_->Warn(NoAnswerMessage());
+            const bool failed = !IsReplaced(opening);
+            if (failed) {
                 checkTimer_->SetInterval(0);
                 checkTimer_->SetEnabled(false);
             }
             state_->LinkActivity = activityBefore;
             gate_->Release();
-            co_return replaced ? Outcome::Yielded : Outcome::Failed;
+            co_return failed ? Outcome::Failed : Outcome::Yielded;
         }
         if (state_->StatusYield) {
             state_->StatusYield = false;
@@ -86,10 +89,15 @@ QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
     co_return commMode == CommModeUsable ? Outcome::Fetched : Outcome::Failed;
 }
 
+bool StatusCheck::IsReplaced(int opening) const
+{
+    return comm_->Opening() != opening && !comm_->IsLost();
+}
+
 void StatusCheck::ShowStatus()
 {
     const QString reply = instrument_->StatusReply;
-    if (reply.isEmpty() || reply == u"ERROR")
+    if (reply.isEmpty() || reply == NoReplyText())
         return;
     if (!DecodeStatus(reply, &instrument_->Status)) {
         qCWarning(lcAcquire) << "no status:" << reply;

@@ -13,6 +13,9 @@ struct LinkState;
 struct MeasureDisplay;
 struct RangeLists;
 
+/// The status check runs so often.
+constexpr int StatusCheckIntervalMs = 1000;
+
 /// What a status check brings into line with the instrument.
 class StatusViews
 {
@@ -47,6 +50,7 @@ class StatusCheck
     enum class Outcome { Fetched, Yielded, Failed };
 
     QCoro::Task<Outcome> FetchStatus();
+    bool IsReplaced(int opening) const;
     void ShowStatus();
 
     LinkState *state_;

@@ -77,7 +77,7 @@ void frmMain::ConnectAll()
 {
     connect(actions_, &MainActions::triggered, this, &frmMain::Run);
     connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
-    connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::OnRealtimeMenu);
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
     connect(live_, &Live::message, this, &frmMain::ShowMessage);
@@ -163,10 +163,19 @@ void frmMain::OnWindowActivated()
 
 void frmMain::RefreshCommands()
 {
+    // What the instrument's state says of New stands until the menu is opened.
+    const bool mayMakeNew = menuStates_.IsEnabled(Command::RealtimeNew);
     const ShellSituation situation = Situation();
     ApplyFileRules(situation, &menuStates_);
     ApplyRealtimeRules(situation, &menuStates_);
     ApplySetupRules(situation, &menuStates_);
+    menuStates_.Enable(Command::RealtimeNew, mayMakeNew);
+    ShowCommands();
+}
+
+void frmMain::OnRealtimeMenu()
+{
+    ApplyRealtimeRules(Situation(), &menuStates_);
     ShowCommands();
 }
 
@@ -263,11 +272,14 @@ void frmMain::Run(Command command)
 QCoro::Task<void> frmMain::RunPortDialog()
 {
     auto *const dialog = new frmPort(*services_, tmCheckStat, this);
-    const OneShot<bool> closed;
-    connect(dialog, &QDialog::finished, dialog, [closed] { closed.Complete(true); });
+    const OneShot<bool> closed; // true: with a port
+    connect(dialog, &QDialog::finished, dialog,
+            [closed](int result) { closed.Complete(result == QDialog::Accepted); });
     connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
     dialog->open();
-    co_await closed;
+    const bool chosen = co_await closed;
+    if (chosen && !services_->leaving)
+        live_->PortChosen();
 }
 
 void frmMain::changeEvent(QEvent *event)

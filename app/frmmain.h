@@ -86,6 +86,7 @@ class frmMain : public QMainWindow
     void ShowTitle();
     void OnWindowActivated();
     void RefreshCommands();
+    void OnRealtimeMenu();
     void ShowCommands();
     void EnableApplication(bool enabled);
     void ActivateAgain();

@@ -47,7 +47,7 @@ QCoro::Task<void> frmMain::CloseAll()
             mayGo = co_await frmData::ConfirmClose(window);
     }
     asking_ = false;
-    // The link may have been taken while the questions stood open.
+    // The link may have been taken while the questions stood open; then the user leaves once more.
     if (mayGo && MayClose(services_->state))
         Leave();
 }

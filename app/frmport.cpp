@@ -1,5 +1,6 @@
 #include "app/frmport.h"
 
+#include "acquire/statuscheck.h"
 #include "app/services.h"
 #include "resources/strings.h"
 
@@ -17,7 +18,6 @@ namespace px40 {
 namespace {
 
 constexpr int ClickDelayMs = 10;
-constexpr int CheckIntervalMs = 1000;
 
 /// Lists the devices afresh each time it opens, so that one that was just plugged in is there.
 class DeviceBox : public QComboBox
@@ -206,7 +206,7 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     if (!opened)
         co_return;
     if (services->state.MonitorOpen || services->state.SourceOpen) {
-        dialog->checkTimer_->SetInterval(CheckIntervalMs);
+        dialog->checkTimer_->SetInterval(StatusCheckIntervalMs);
         dialog->checkTimer_->SetEnabled(true);
     }
     dialog->accept();

@@ -11,7 +11,6 @@ namespace px40 {
 
 namespace {
 
-constexpr int CheckIntervalMs = 1000;
 constexpr int WaitIntervalMs = 10;
 
 } // namespace
@@ -46,6 +45,7 @@ void Live::OpenMoniter()
         Q_EMIT moniterChanged();
     });
     moniter_->setAttribute(Qt::WA_ShowWithoutActivating); // the user goes on in the main window
+    closedByTrouble_ = false;
     moniter_->show();
     window_->activateWindow();
     StartChecking();
@@ -58,14 +58,21 @@ void Live::CloseMoniter()
         moniter_->close();
 }
 
+void Live::PortChosen()
+{
+    if (closedByTrouble_ && services_->comm.IsOpen())
+        OpenMoniter();
+}
+
 /// A lost instrument that has been plugged in again is found again.
 void Live::StartChecking()
 {
     if (services_->comm.IsLost() && !services_->state.RealtimeRun)
         Q_EMIT message(FirstLine(services_->comm.TryOpenPort()));
-    if (!services_->comm.IsOpen() || timers_.tmCheckStat.Enabled())
+    const bool checking = timers_.tmCheckStat.Enabled() && timers_.tmCheckStat.Interval() > 0;
+    if (!services_->comm.IsOpen() || checking)
         return;
-    timers_.tmCheckStat.SetInterval(CheckIntervalMs);
+    timers_.tmCheckStat.SetInterval(StatusCheckIntervalMs);
     timers_.tmCheckStat.SetEnabled(true);
 }
 
@@ -79,8 +86,10 @@ void Live::OnPortChanged()
 QCoro::Task<void> Live::Check()
 {
     const bool reached = co_await statusCheck_.CheckStatus();
-    if (!reached)
-        CloseMoniter();
+    if (reached)
+        co_return;
+    closedByTrouble_ = !moniter_.isNull();
+    CloseMoniter();
 }
 
 QCoro::Task<void> Live::Start(QPointer<frmData> window)
@@ -132,6 +141,9 @@ void Live::EnableMainCommands(bool enabled)
 
 void Live::RunChanged()
 {
+    // A run may have found the port again while nobody checked.
+    if (moniter_ && !services_->state.RealtimeRun)
+        StartChecking();
     Q_EMIT runChanged();
 }
 

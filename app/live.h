@@ -40,6 +40,9 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     bool IsMoniterOpen() const { return !moniter_.isNull(); }
     /// Opens the MEASURE window, which starts the status check if it stands still, or brings it to the front.
     void OpenMoniter();
+    /// The user has chosen a port that could be opened: a MEASURE window that went with the old connection
+    /// comes back, and the status check with it.
+    void PortChosen();
     /// Closes it, unless a run or a download holds it.
     void CloseMoniter();
 
@@ -76,6 +79,7 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     QPointer<frmMoniter> moniter_;
     QPointer<frmData> waiting_; ///< a start into this window waits for the link
     bool waitingForward_ = false;
+    bool closedByTrouble_ = false; ///< not by the user
     bool asking_ = false;
 };
 

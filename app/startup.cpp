@@ -1,5 +1,6 @@
 #include "app/startup.h"
 
+#include "acquire/statuscheck.h"
 #include "app/frmmain.h"
 #include "app/frmsplash.h"
 #include "app/services.h"
@@ -7,10 +8,6 @@
 #include <memory>
 
 namespace px40 {
-
-namespace {
-constexpr int CheckIntervalMs = 1000;
-}
 
 QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, QStringList files)
 {
@@ -39,7 +36,7 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     if (services->leaving)
         co_return;
 
-    window->tmCheckStat.SetInterval(CheckIntervalMs);
+    window->tmCheckStat.SetInterval(StatusCheckIntervalMs);
     const bool opened = co_await services->comm.OpenPort();
     if (!opened && !services->leaving) {
         window->tmCheckStat.SetInterval(0);

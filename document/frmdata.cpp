@@ -189,8 +189,16 @@ void frmData::SelectFirst()
     fgData_->setCurrentIndex(data_->Table().index(0, 1));
 }
 
+/// At most once a turn of the event loop: finding a row lays out the whole table.
 void frmData::FollowSample(int sample)
 {
+    if (std::exchange(followed_, sample) == 0)
+        QMetaObject::invokeMethod(this, &frmData::ShowFollowed, Qt::QueuedConnection);
+}
+
+void frmData::ShowFollowed()
+{
+    const int sample = std::exchange(followed_, 0);
     const QModelIndex index = data_->Table().index(sample - 1, 0);
     const QRect row = fgData_->visualRect(index);
     if (!fgData_->viewport()->rect().contains(row.adjusted(0, 0, 1 - row.width(), 0)))
@@ -241,7 +249,8 @@ QCoro::Task<void> frmData::AskAndClose(QPointer<frmData> window)
     if (!window)
         co_return;
     window->asking_ = false;
-    if (!mayGo)
+    // A run may have begun behind the question, and its rows are not what was asked about.
+    if (!mayGo || !MayClose(*window->services_.state))
         co_return;
     window->data_->MarkSaved();
     window->close();

@@ -69,6 +69,7 @@ class frmData : public QMdiSubWindow
     void ShowPanel(Panel panel, const QString &text);
     void SelectFirst();
     void FollowSample(int sample);
+    void ShowFollowed();
     void ShowProgress();
     void KeepShape();
     void CopyGraph();
@@ -83,6 +84,7 @@ class frmData : public QMdiSubWindow
     PanelBar *stBar2_ = nullptr;
     PanelBar *stBar3_ = nullptr;
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
+    int followed_ = 0; ///< the sample to be shown in this turn; 0: none
     bool asking_ = false;
 };
 

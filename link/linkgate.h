@@ -39,4 +39,18 @@ class LinkGate
     bool shut_ = false;
 };
 
+/// Has the link as long as it lives, also when what is done with it fails.
+class LinkHold
+{
+  public:
+    /// `gate` must outlive the hold, and the link be free.
+    explicit LinkHold(LinkGate &gate) : gate_(&gate) { gate.Take(); }
+    ~LinkHold() { gate_->Release(); }
+    LinkHold(const LinkHold &) = delete;
+    LinkHold &operator=(const LinkHold &) = delete;
+
+  private:
+    LinkGate *gate_;
+};
+
 } // namespace px40

@@ -9,7 +9,20 @@ namespace {
 constexpr int NumberWidth = 6;
 constexpr int StatusSourceUnitColumn = 23;
 
-QString OverText()
+/// How many leading characters of a number may be dropped, by the 1-based position of its point.
+int DroppableCount(qsizetype pointPosition)
+{
+    const bool digitsBeforeAndAfter = pointPosition >= 2 && pointPosition <= 5;
+    return digitsBeforeAndAfter ? static_cast<int>(pointPosition) - 2 : NumberWidth - 1;
+}
+
+// Columns of the value fields in the reply to a request for a stored reading.
+constexpr int MeasureColumn = 1;
+constexpr int SourceColumn = 16;
+
+} // namespace
+
+QString NoValueText()
 {
     return QStringLiteral("-----");
 }
@@ -19,44 +32,26 @@ QString BurnOutText()
     return QStringLiteral(" -bo-");
 }
 
-/// How many leading characters of a number may be dropped, by the 1-based position of its point.
-int DroppableCount(qsizetype pointPosition)
+QString NoReplyText()
 {
-    const bool digitsBeforeAndAfter = pointPosition >= 2 && pointPosition <= 5;
-    return digitsBeforeAndAfter ? static_cast<int>(pointPosition) - 2 : NumberWidth - 1;
+    return QStringLiteral("ERROR");
 }
 
-struct SideColumns
+void DecodeValueField(const QString &reply, int column, bool hasBurnOut, QString *value, QString *unit)
 {
-    int unit;
-    int state;
-    int number;
-    int exponent;
-    bool hasBurnOut;
-};
-
-constexpr SideColumns MeasureSide{1, 4, 6, 12, true};
-constexpr SideColumns SourceSide{16, 19, 21, 27, false}; // the source side knows no burn-out
-
-void DecodeSide(const QString &reply, const SideColumns &columns, QString *value, QString *unit)
-{
-    const QString state = Field(reply, columns.state, 1);
-    if (state == u"E") {
-        *value = OverText();
-        unit->clear();
-    } else if (state == u"O") {
-        *value = OverText();
-        *unit = UnitText(reply, columns.unit);
-    } else if (state == u"B" && columns.hasBurnOut) {
+    const QString state = Field(reply, column + 3, 1);
+    unit->clear();
+    if (state == u"O" || state == u"E") {
+        *value = NoValueText();
+    } else if (state == u"B" && hasBurnOut) {
         *value = BurnOutText();
-        *unit = UnitText(reply, columns.unit);
     } else {
-        *value = FormatReplyNumber(reply, columns.number);
-        *unit = PrefixText(reply, columns.exponent) + UnitText(reply, columns.unit);
+        *value = FormatReplyNumber(reply, column + 5);
+        *unit = PrefixText(reply, column + 11);
     }
+    if (state != u"E")
+        *unit += UnitText(reply, column);
 }
-
-} // namespace
 
 QString Field(QStringView reply, int column, int width)
 {
@@ -69,8 +64,9 @@ bool DecodeMeasureReply(const QString &reply, ReadingTexts *reading, QString *er
         *errorMessage = Text(Str::CommandError);
         return false;
     }
-    DecodeSide(reply, MeasureSide, &reading->measureValue, &reading->measureUnit);
-    DecodeSide(reply, SourceSide, &reading->sourceValue, &reading->sourceUnit);
+    DecodeValueField(reply, MeasureColumn, true, &reading->measureValue, &reading->measureUnit);
+    // The source side knows no burn-out.
+    DecodeValueField(reply, SourceColumn, false, &reading->sourceValue, &reading->sourceUnit);
     return true;
 }
 

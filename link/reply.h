@@ -9,6 +9,12 @@ namespace px40 {
 /// A field past the end of the reply is short or empty.
 QString Field(QStringView reply, int column, int width);
 
+/// The texts that stand for no value: over-range or no reading ("-----"), burn-out (" -bo-", with its leading
+/// blank), and no answer at all ("ERROR").
+QString NoValueText();
+QString BurnOutText();
+QString NoReplyText();
+
 /// What a data set keeps of one reading: texts, as shown.
 struct ReadingTexts
 {
@@ -19,6 +25,10 @@ struct ReadingTexts
 
     bool operator==(const ReadingTexts &) const = default;
 };
+
+/// Decodes the 14-character value field at `column`: unit code, state letter, sign, six-character number,
+/// exponent. `hasBurnOut`: the state "B" means burn-out there; otherwise it is a normal reading's.
+void DecodeValueField(const QString &reply, int column, bool hasBurnOut, QString *value, QString *unit);
 
 /// Decodes the reply to a request for a stored reading (29 columns: unit code, state, sign, number and
 /// exponent of the measured side, a separator, the same of the source side).

@@ -18,6 +18,7 @@ class LiveTest : public QObject
     void StartWaitsForTheLink();
     void MeasureWindowFollows();
     void LostInstrumentIsFoundAgain();
+    void RowsBehindAQuestionAreNotSaved();
     void CommandsNeedTheRightWindow();
 };
 
@@ -90,7 +91,7 @@ void LiveTest::RunFromTheToolBar()
     program.Action("New")->trigger();
     frmData *const first = program.DataWindows().first();
     QCOMPARE(program.Runnable(), AllButStop);
-    prompts.answers = {Answer::Cancel, Answer::No};
+    prompts.answers = {Answer::Cancel, Answer::Yes};
     QVERIFY(program.Start()); // cancelled
     QCOMPARE(prompts.questions, QStringList(u"Do you need forward to Microsoft Excel real-time data?"_qs));
     QVERIFY(!program.services.state.RealtimeRun);
@@ -110,11 +111,12 @@ void LiveTest::RunFromTheToolBar()
         QVERIFY(program.PassSecond());
     QCOMPARE(first->Data()->GetDatacount(), 1);
     QCOMPARE(other->GetDatacount(), 0);
-    QCOMPARE(program.Message(), u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
+    QCOMPARE(program.Message(),
+             u"1New: 00:00:05 elapsed, 1 row, no error rows.  Forward error occurred. (1New)"_qs);
     QVERIFY(!first->findChild<QProgressBar *>(u"pbData"_qs)->isVisible()); // no period
 
     program.Action("Stop")->trigger();
-    QVERIFY(program.Message().endsWith(u"Stopping..."));
+    QVERIFY(program.Message().contains(u"Stopping..."));
     for (QWidget *const held : {static_cast<QWidget *>(first), static_cast<QWidget *>(program.Moniter()),
                                 static_cast<QWidget *>(program.window.get())})
         QVERIFY(!held->close());
@@ -136,6 +138,7 @@ void LiveTest::StartWaitsForTheLink()
         program.Action("mnuRealtimeStart")->trigger();
         program.Action("Start")->trigger(); // changes nothing
         QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
+        program.Action("Start")->trigger(); // neither does this
         QVERIFY(!program.services.state.RealtimeRun);
         if (closed) { // there is nothing to start into any more
             program.DataWindows().first()->Data()->MarkSaved();
@@ -205,6 +208,48 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(program.Check());
     QVERIFY(!program.Value().isEmpty());
     QCOMPARE(prompts.warnings.size(), 1);
+
+    // Found by a run, while nobody checked.
+    program.server.HangUp();
+    QVERIFY(WaitUntil([&] { return !program.services.comm.IsOpen(); }));
+    QVERIFY(program.Value().isEmpty()); // no old reading passes for the present one
+    QVERIFY(program.Check());
+    program.Action("New")->trigger();
+    prompts.answers = {Answer::No};
+    QVERIFY(program.Start());
+    program.Action("Moniter")->trigger();
+    program.server.PlugIn();
+    QVERIFY(program.PassSecond());
+    QVERIFY(!program.window->tmCheckStat.Enabled());
+    program.Action("Stop")->trigger();
+    QVERIFY(program.PassSecond());
+    QVERIFY(program.window->tmCheckStat.Enabled());
+
+    // The port dialog brings back what went with the connection.
+    SetFault(program.server, "silent");
+    QVERIFY(program.Check());
+    QVERIFY(!program.MoniterChecked());
+    SetFault(program.server, "none");
+    program.Action("mnuSetupCommport")->trigger();
+    Press(program.Find<QDialog>("frmPort"), "btOk");
+    QVERIFY(program.NoJobLeft());
+    QVERIFY(program.MoniterChecked());
+    QVERIFY(program.window->tmCheckStat.Enabled());
+}
+
+void LiveTest::RowsBehindAQuestionAreNotSaved()
+{
+    ScriptedPrompts prompts;
+    LiveProgram program(prompts);
+    program.Action("New")->trigger();
+    frmData *const window = program.DataWindows().first();
+    window->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
+    prompts.answers = {Answer::No};
+    window->close();
+    program.services.state.RealtimeRun = true; // begins while the question is open
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.DataWindows().size(), 1);
+    QVERIFY(!window->Data()->Saved());
 }
 
 void LiveTest::CommandsNeedTheRightWindow()

@@ -11,6 +11,7 @@
 #include "tests/support.h"
 
 #include <memory>
+#include <stdexcept>
 
 namespace px40 {
 
@@ -20,6 +21,8 @@ class RecordedForward : public RowForward
     bool Open(std::shared_ptr<DataSet>) override { return opens; }
     bool Write(int sample) override
     {
+        if (sample == throwAt)
+            throw std::runtime_error("broken");
         written.append(sample);
         return sample != failAt;
     }
@@ -28,6 +31,7 @@ class RecordedForward : public RowForward
     QList<int> written;
     bool opens = true;
     int failAt = 0;
+    int throwAt = 0;
     int closings = 0;
 };
 

@@ -16,6 +16,7 @@ QString Column(const DataSet &dataSet, int column)
 
 constexpr int TimeColumn = 1;
 constexpr int DataColumn = 2;
+constexpr int SourceColumn = 5;
 constexpr int OneHour = 3600 * 1000;
 
 class FullSet : public DataSet
@@ -94,6 +95,7 @@ void RealtimeTest::CommandsOfARun()
 {
     LiveRig rig;
     rig.Open();
+    rig.server.WithInstrument([](sim::Instrument &i) { i.SetTemperatureView(sim::TemperatureView::Signal); });
     const auto dataSet = rig.NewSet("02", "");
     const QStringList request = {u"AN1"_qs, u"H1"_qs, u"OC"_qs};
     QVERIFY(rig.Start(dataSet));
@@ -116,6 +118,7 @@ void RealtimeTest::CommandsOfARun()
     QCOMPARE(rig.Commands(), expected);
     QCOMPARE(dataSet->GetDatacount(), 6);
     QVERIFY(!Column(*dataSet, DataColumn).contains(u"ERROR"));
+    QCOMPARE(dataSet->Table().Cell(1, SourceColumn), u"mVDC"_qs); // as the source's function has it
     QCOMPARE(rig.runChanges, 2);
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
     QVERIFY(!rig.tmRealtime.Enabled());
@@ -166,14 +169,20 @@ void RealtimeTest::LateTicksAreErrorRows()
     const auto dataSet = rig.NewSet("02", "");
     rig.state.MonitorOpen = true;
     QVERIFY(rig.Start(dataSet));
-    const qint64 start = rig.clock.utcMs / 1000;
     QVERIFY(rig.Pass(5000)); // seconds 0 to 4 in one tick
     QCOMPARE(Column(*dataSet, DataColumn).section(u' ', 1), u"ERROR ERROR"_qs);
     QVERIFY(Column(*dataSet, DataColumn).section(u' ', 0, 0) != u"ERROR");
-    QCOMPARE(Column(*dataSet, TimeColumn),
-             TimeOfDay(start + 1) + u' ' + TimeOfDay(start + 3) + u' ' + TimeOfDay(start + 5));
+    QCOMPARE(Column(*dataSet, TimeColumn), u"22:46:41 22:46:43 22:46:45"_qs);
     QCOMPARE(rig.handedOn, QStringList({u"ERROR"_qs, u"ERROR"_qs})); // seconds 1 and 3
     QCOMPARE(rig.progress.errorRows, 2);
+    rig.clock.Advance(2 * OneHour); // asleep: stored in parts, between which nobody else gets the link
+    Q_EMIT rig.tmRealtime.tick();
+    QVERIFY(rig.state.LinkBusy);
+    QVERIFY(rig.Settled());
+    QCOMPARE(dataSet->GetDatacount(), 3 + 3600);
+    QVERIFY(rig.Pass(1000));
+    QVERIFY(rig.PassSeconds(1));
+    QVERIFY(dataSet->Table().Cell(3604, DataColumn) != u"ERROR");
 }
 
 void RealtimeTest::SilentSecondsAreErrorRows()
@@ -181,27 +190,35 @@ void RealtimeTest::SilentSecondsAreErrorRows()
     LiveRig rig(20);
     rig.Open();
     const auto dataSet = rig.NewSet("01", "");
-    QVERIFY(rig.Start(dataSet));
     rig.Fault("silent");
+    for (int request = 0; request < 2; ++request) {
+        if (request == 0) { // waits in vain for second 0
+            rig.jobs.Launch(rig.realtime.StartRealtime(dataSet, false), "start");
+        } else { // stores it and waits for second 1
+            rig.clock.Advance(1000);
+            Q_EMIT rig.tmRealtime.tick();
+        }
+        QVERIFY(rig.state.LinkBusy);
+        QCOMPARE(rig.progress.rows, request);
+        QCOMPARE(dataSet->GetDatacount(), request);
+        rig.clock.Advance(1000);
+        Q_EMIT rig.tmRealtime.tick(); // stays out, and counts nothing
+        QCOMPARE(dataSet->GetDatacount(), request);
+        rig.clock.Advance(-1000);
+        QVERIFY(rig.Settled());
+        QCOMPARE(rig.Commands().size(), 9 * (request + 1));
+    }
     rig.clock.Advance(1000);
-    Q_EMIT rig.tmRealtime.tick(); // stores second 0 and waits in vain for second 1
-    QCOMPARE(dataSet->GetDatacount(), 1);
-    QCOMPARE(rig.progress.rows, 1);
-    rig.clock.Advance(1000);
-    Q_EMIT rig.tmRealtime.tick(); // stays out, and counts nothing
-    QCOMPARE(dataSet->GetDatacount(), 1);
-    QVERIFY(rig.Settled());
-    QCOMPARE(rig.Commands().size(), 3 + 9);
     rig.Fault("none");
     QVERIFY(rig.Pass(1000));
     QVERIFY(rig.Pass(1000));
-    QCOMPARE(Column(*dataSet, DataColumn).section(u' ', 1, 2), u"ERROR ERROR"_qs);
-    QCOMPARE(rig.progress.errorRows, 2);
+    QCOMPARE(Column(*dataSet, DataColumn).section(u' ', 0, 2), u"ERROR ERROR ERROR"_qs);
+    QCOMPARE(rig.progress.errorRows, 3);
     QCOMPARE(rig.progress.rows, 4);
 
     rig.Fault("mode=printer"); // not the instrument's normal state: no reading
     QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(rig.progress.errorRows, 3);
+    QCOMPARE(rig.progress.errorRows, 4);
     QVERIFY(rig.prompts.warnings.isEmpty());
 }
 
@@ -289,20 +306,20 @@ void RealtimeTest::RunGoesOnBehindOldRows()
 {
     LiveRig rig;
     rig.Open();
-    const auto dataSet = rig.NewSet("01", "02");
+    const auto dataSet = rig.NewSet("02", "03"); // ends in a second without a row
     for (int run = 1; run <= 2; ++run) {
         rig.state.RealtimeStop = true; // left by the stop before
         QVERIFY(rig.Start(dataSet));
         QVERIFY(rig.PassSeconds(5));
         QVERIFY(!rig.state.RealtimeRun);
-        QCOMPARE(dataSet->GetDatacount(), 3 * run);
-        QCOMPARE(rig.progress.rows, 3);
+        QCOMPARE(dataSet->GetDatacount(), 2 * run);
+        QCOMPARE(rig.progress.rows, 2);
     }
     // The period may be changed while the run is under way; the bar follows.
     QVERIFY(rig.Start(dataSet));
     QVERIFY(rig.PassSeconds(1));
-    dataSet->SetPeriod(false, {u"00"_qs, u"00"_qs, u"00"_qs, u"04"_qs});
-    QVERIFY(rig.PassSeconds(1));
+    dataSet->SetPeriod(false, {u"00"_qs, u"00"_qs, u"00"_qs, u"08"_qs});
+    QVERIFY(rig.PassSeconds(2));
     QCOMPARE(dataSet->ProgressMaximum(), 5);
     QCOMPARE(dataSet->ProgressValue(), 2);
     QVERIFY(rig.PassSeconds(9));
@@ -352,6 +369,17 @@ void RealtimeTest::ForwardingFollows()
     QVERIFY(rig.PassSeconds(4));
     QVERIFY(!rig.progress.forwardFailed);
     QVERIFY(rig.prompts.warnings.isEmpty());
+
+    forward.opens = true; // what nobody foresaw ends the run, and nothing else
+    forward.throwAt = 1;
+    QVERIFY(rig.Start(rig.NewSet("01", ""), true));
+    QVERIFY(rig.Pass(1000));
+    QCOMPARE(rig.prompts.warnings, QStringList(u"broken"_qs));
+    QVERIFY(!rig.state.RealtimeRun);
+    QVERIFY(!rig.state.LinkBusy);
+    QVERIFY(rig.Start(rig.NewSet("01", ""), false));
+    QVERIFY(rig.PassSeconds(2));
+    QCOMPARE(rig.progress.rows, 2);
 }
 
 void RealtimeTest::Texts()

@@ -109,6 +109,8 @@ void StatusCheckTest::TroubleIsToldOnce()
     };
     QVERIFY(!rig.Check());
     QCOMPARE(rig.prompts.warnings, QStringList(box));
+    if (fault == "silent")
+        QCOMPARE(rig.Commands().size(), 3 + 3); // three attempts
     QVERIFY(!rig.checkTimer.Enabled());
     QCOMPARE(rig.checkTimer.Interval(), interval);
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));

@@ -98,6 +98,8 @@ void WindowTest::DownloadFillsAWindow()
     QCOMPARE(program.Message(), QStringLiteral("50 stored readings received."));
     QVERIFY(program.Action("mnuFileClose")->isEnabled());
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);
+    program.Action("New")->trigger();
+    QCOMPARE(program.DataWindows().last()->Data()->Table().Heading(1), QStringLiteral("TIME"));
 }
 
 void WindowTest::DownloadCanBeCancelled()
@@ -149,7 +151,7 @@ void WindowTest::TableFollowsRealtimeSamples()
         QVERIFY(window->Data()->AddGridrow());
         window->Data()->AddRealtimedata(QString(), QString::number(n), QString(), QString(), QString(), true);
     }
-    QVERIFY(table->viewport()->rect().intersects(table->visualRect(table->model()->index(199, 0))));
+    QTRY_VERIFY(table->viewport()->rect().intersects(table->visualRect(table->model()->index(199, 0))));
 }
 
 void WindowTest::UnplugHalfWayIsTold()
