@@ -66,6 +66,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
 {
     progress_ = {};
     barRows_ = -1;
+    port_ = 0;
     ShowBar();
     parts_.state.RealtimeRun = true;
     parts_.views.RunChanged();
@@ -112,12 +113,23 @@ QCoro::Task<void> Realtime::RequestSample()
     parts_.state.LinkActivity = ActivityRealtime;
     if (parts_.state.LinkBusy)
         co_return;
-    if (!parts_.comm.IsOpen())
-        parts_.comm.TryOpenPort();
+    OpenPortAgain();
     ShowProgress(); // a silent instrument may take its time now
     co_await Ask();
     parts_.views.StatusStored();
     ShowProgress();
+}
+
+/// The port of the run, also when another one was chosen in vain meanwhile.
+void Realtime::OpenPortAgain()
+{
+    if (parts_.comm.IsOpen()) {
+        port_ = parts_.comm.PortNumber();
+        return;
+    }
+    if (port_ != 0 && port_ != parts_.comm.PortNumber())
+        parts_.comm.SetPortNumber(port_);
+    parts_.comm.TryOpenPort();
 }
 
 QCoro::Task<void> Realtime::Ask()
@@ -130,6 +142,8 @@ QCoro::Task<void> Realtime::Ask()
         parts_.state.RecvBuffer = NoReplyText();
     const qint16 commMode = CheckCommMode(parts_.state.RecvBuffer, parts_.state.ReplyLength);
     parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReplyText();
+    progress_.answered = answered;
+    replySecond_ = SecondOf(parts_.clock.UtcMs());
 }
 
 void Realtime::OnTick()
@@ -159,6 +173,8 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     std::optional<LinkHold> hold; // between the rows of a very late tick nobody else gets the link
     if (seconds >= RowsAtATime)
         hold.emplace(parts_.gate);
+    const qint64 firstSecond = seconds_.Second() - seconds + 1;
+    const qint64 ownSecond = SecondOfReply(firstSecond);
     for (qint32 k = 1; k <= seconds; ++k) {
         if (k % RowsAtATime == 0) {
             ShowProgress();
@@ -169,7 +185,7 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
         const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();
         if (!sampling) {
             SetData(reply);
-        } else if (!AddSample(reply, seconds_.Second() - (seconds - k))) {
+        } else if (!AddSample(reply, k == 1 ? ownSecond : SecondOfGap(k, firstSecond, ownSecond))) {
             co_await FinishRealtime(true);
             co_return;
         }
@@ -185,6 +201,22 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     }
     SkipSample_ = !IsSamplingSecond();
     co_await RequestSample();
+}
+
+/// A reply is stored at the end of the second in which it came: that is usually the first one counted. One
+/// that came after a long silence is of now, and the seconds of the silence are the missed ones.
+qint64 Realtime::SecondOfReply(qint64 firstSecond) const
+{
+    if (parts_.instrument.StatusReply == NoReplyText())
+        return firstSecond;
+    return std::clamp(replySecond_ + 1, firstSecond, seconds_.Second());
+}
+
+/// The second of the k-th row of a late tick: those from `firstSecond` on in their order, less the reply's.
+qint64 Realtime::SecondOfGap(qint32 k, qint64 firstSecond, qint64 ownSecond)
+{
+    const qint64 second = firstSecond + k - 2;
+    return second < ownSecond ? second : second + 1;
 }
 
 /// Another part has used the link since the last second and left it idle: this second is not counted.
@@ -257,8 +289,9 @@ void Realtime::ShowProgress()
 {
     progress_.name = QFileInfo(data_->Caption()).fileName();
     progress_.elapsedSeconds = ElapsedSeconds_;
-    if (!data_->GetPeriodnone())
-        progress_.elapsedSeconds = std::min(ElapsedSeconds_, data_->GetPeriodcount());
+    // The last second of a period is stored when the next one begins.
+    if (!data_->GetPeriodnone() && ElapsedSeconds_ == data_->GetPeriodcount() + 1)
+        --progress_.elapsedSeconds;
     progress_.portOpen = parts_.comm.IsOpen();
     progress_.portLost = parts_.comm.IsLost();
     progress_.stopping = parts_.state.RealtimeStop;

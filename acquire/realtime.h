@@ -46,9 +46,9 @@ class RealtimeViews
 /// Real-time receive: asks for the instrument's status once a second and stores every interval-th one as a
 /// row until the period is over or the user stops.
 ///
-/// A second's status is requested when it begins and stored when the next one begins; the row of a second in
-/// which nothing was asked or answered says "ERROR". The timer `tmRealtime` only samples the clock. While the
-/// port is closed it is opened again, the same assigned device, each second.
+/// A second's status is requested when it begins and stored when the next one begins, whose time the row
+/// bears; a second in which nothing was asked or answered gives a row "ERROR". The timer `tmRealtime` only
+/// samples the clock. While the port is closed it is opened again, the same assigned device, each second.
 ///
 /// What is handed in must outlive the runs. The data set is shared, so it stays until its run is over.
 class Realtime : public QObject
@@ -94,7 +94,10 @@ class Realtime : public QObject
     QCoro::Task<void> OnRealtimeTick(qint32 seconds);
     QCoro::Task<void> OnIdleTick(qint32 seconds);
     QCoro::Task<void> RequestSample();
+    void OpenPortAgain();
     QCoro::Task<void> Ask();
+    qint64 SecondOfReply(qint64 firstSecond) const;
+    static qint64 SecondOfGap(qint32 k, qint64 firstSecond, qint64 ownSecond);
     bool AddSample(const QString &reply, qint64 second);
     bool AdvanceSecond();
     QCoro::Task<void> FinishRealtime(bool showMessage);
@@ -114,7 +117,9 @@ class Realtime : public QObject
     std::shared_ptr<DataSet> data_;
     SecondCounter seconds_;
     RunProgress progress_;
+    qint64 replySecond_ = 0; ///< in which the last reply came, since the beginning of 1970, UTC
     qint32 ElapsedSeconds_ = 0;
+    int port_ = 0; ///< the port number that the run had last; 0: none yet
     int barRows_ = 0;
     bool SkipSample_ = false; ///< this second gets no row
     bool ForwardOff_ = true;

@@ -39,6 +39,8 @@ QString RunText(const RunProgress &progress)
                  .arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
     if (!progress.ended && !progress.portOpen)
         parts << Text(progress.portLost ? Str::RunRetries : Str::RunNoPort);
+    else if (!progress.ended && !progress.answered)
+        parts << Text(Str::RunNoAnswer);
     if (!progress.ended && progress.stopping)
         parts << Text(Str::RunStopping);
     if (progress.forwardFailed)

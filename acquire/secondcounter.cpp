@@ -11,24 +11,23 @@ namespace {
 /// By so much the two clocks may drift apart between two calls without one having been set.
 constexpr qint64 DriftMs = 50;
 
-/// The whole seconds in a number of milliseconds, rounded down also before 1970.
-qint64 WholeSeconds(qint64 ms)
-{
-    return ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
-}
-
 } // namespace
+
+qint64 SecondOf(qint64 utcMs)
+{
+    return utcMs >= 0 ? utcMs / 1000 : -((-utcMs + 999) / 1000);
+}
 
 void SecondCounter::Begin(const Clock &clock)
 {
     clock_ = &clock;
-    second_ = WholeSeconds(clock.UtcMs());
+    second_ = SecondOf(clock.UtcMs());
     monotonicMs_ = clock.MonotonicMs();
 }
 
 qint32 SecondCounter::Count()
 {
-    const qint64 second = WholeSeconds(clock_->UtcMs());
+    const qint64 second = SecondOf(clock_->UtcMs());
     const qint64 monotonicMs = clock_->MonotonicMs();
     const qint64 passedMs = monotonicMs - monotonicMs_;
     // However the boundaries lie, no more than one goes beyond the whole seconds that passed.

@@ -6,6 +6,9 @@ namespace px40 {
 
 class Clock;
 
+/// The second in which that moment lies, both counted from the beginning of 1970, UTC.
+qint64 SecondOf(qint64 utcMs);
+
 /// Counts the seconds of the day that have begun since it was asked last.
 ///
 /// A second begins where the computer's clock says so, in UTC, so that neither midnight nor summer time is an

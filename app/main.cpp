@@ -50,6 +50,7 @@ int main(int argc, char *argv[])
     }
 
     QApplication application(argc, argv);
+    QApplication::setPalette(WithReadableHints(QApplication::palette()));
     QApplication::setWindowIcon(ApplicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
 

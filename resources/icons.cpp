@@ -188,6 +188,19 @@ QIcon LoadIcon(Kind kind, QStringView name, const Colours &colours)
 
 } // namespace
 
+QPalette WithReadableHints(QPalette palette)
+{
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        const QColor ground = palette.color(group, QPalette::Window);
+        const QColor hint = palette.color(group, QPalette::PlaceholderText);
+        constexpr double leastHintContrast = 2;
+        if (Contrast(Mix(ground, hint, hint.alphaF()), ground) < leastHintContrast)
+            palette.setColor(group, QPalette::PlaceholderText,
+                             Mix(palette.color(group, QPalette::WindowText), ground, 0.4));
+    }
+    return palette;
+}
+
 QIcon MakeIcon(QStringView name, const QPalette &palette)
 {
     return LoadIcon(Kind::Tool, name, ColoursOf(palette));

@@ -23,4 +23,8 @@ QIcon ApplicationIcon();
 /// `ratio` device pixels to each: what a splash or an About window shows.
 QPixmap ApplicationPixmap(int size, qreal ratio);
 
+/// `palette` with hints (QPalette::PlaceholderText) that can be read on its windows: some desktops set dark
+/// colours and leave the hints black.
+QPalette WithReadableHints(QPalette palette);
+
 } // namespace px40

@@ -408,6 +408,8 @@ const char16_t *Lookup(Str id)
         return u"Connection lost; retrying.";
     case Str::RunNoPort:
         return u"Port not open; retrying.";
+    case Str::RunNoAnswer:
+        return u"No answer; asking again.";
     case Str::RunStopping:
         return u"Stopping...";
     case Str::RunEnded:

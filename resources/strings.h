@@ -210,6 +210,7 @@ enum class Str : int {
     RunStatus,
     RunRetries,
     RunNoPort,
+    RunNoAnswer,
     RunStopping,
     RunEnded,
     RunHoldsWindows,
