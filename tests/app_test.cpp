@@ -76,10 +76,10 @@ void AppTest::SettingsAreReadWithoutComplaint()
             WriteBytes(paths.IniPath, bytes);
         Settings settings(paths);
         settings.ReadFile();
-        const QStringList fields{settings.ForwardFileText, settings.ForwardTitleText};
-        const int port = settings.PortNumber();
+        const QStringList fields{QString::number(settings.PortNumber()), settings.ForwardFileText,
+                                 settings.ForwardTitleText};
         settings.WriteSettingsFile(); // whatever it was, it can be written
-        return QFile::exists(paths.IniPath) ? QString::number(port) + u'|' + fields.join(u'|') : QString();
+        return QFile::exists(paths.IniPath) ? fields.join(u'|') : QString();
     };
     QCOMPARE(read(QByteArray()), u"1||"_qs); // there is no file
     QCOMPARE(read("7\r\n"), u"7||"_qs);
@@ -96,35 +96,34 @@ void AppTest::SettingsSurviveARoundTrip()
     const QTemporaryDir folder;
     const Paths paths = PathsIn(folder.path());
     Settings settings(paths);
-    settings.PortNumberText = QStringLiteral("0");
+    settings.PortNumberText = u"0"_qs;
     settings.ForwardFileText = QString::fromUtf8("/home/\u00e4\u03b2/\u6e2c.xlsx");
-    settings.ForwardTitleText = QStringLiteral("Loop 7");
+    settings.ForwardTitleText = u"Loop 7"_qs;
     settings.WriteSettingsFile();
     // A port that is none is written as it is, and only then replaced.
     QCOMPARE(Contents(paths.IniPath), "0\r\n" + settings.ForwardFileText.toLocal8Bit() + "\r\nLoop 7\r\n");
-    QCOMPARE(settings.PortNumberText, QStringLiteral("1"));
+    QCOMPARE(settings.PortNumberText, u"1"_qs);
 
     Settings again(paths);
     again.ReadFile();
     QCOMPARE(again.ForwardFileText, settings.ForwardFileText);
 
     // No right to read or write: nothing happens, nothing is lost in memory.
-    Settings nowhere(PathsIn(folder.filePath(QStringLiteral("no/such"))));
-    nowhere.PortNumberText = QStringLiteral("5");
+    Settings nowhere(PathsIn(folder.filePath(u"no/such"_qs)));
+    nowhere.PortNumberText = u"5"_qs;
     nowhere.WriteSettingsFile();
     nowhere.ReadFile();
-    QCOMPARE(nowhere.PortNumberText, QStringLiteral("5"));
+    QCOMPARE(nowhere.PortNumberText, u"5"_qs);
 }
 
 void AppTest::PathsHaveOneSeparator()
 {
     const QString separator = QDir::separator();
-    QCOMPARE(PathsIn(QStringLiteral("/")).IniPath, separator + u"PX40AP.INI"_qs);
-    QCOMPARE(PathsIn(QStringLiteral("/opt/px40")).WorkPath,
-             QStringList({QString(), u"opt"_qs, u"px40"_qs, u"WORK.~~~"_qs}).join(separator));
+    QCOMPARE(PathsIn(u"/"_qs).IniPath, separator + u"PX40AP.INI"_qs);
+    QCOMPARE(PathsIn(u"/opt/px40"_qs).WorkPath, u"%1opt%1px40%1WORK.~~~"_qs.arg(separator));
     const QTemporaryDir folder;
     QCOMPARE(ChooseDataFolder(folder.path()), folder.path());
-    QVERIFY(ChooseDataFolder(QStringLiteral("/proc")) != QStringLiteral("/proc"));
+    QVERIFY(ChooseDataFolder(u"/proc"_qs) != u"/proc"_qs);
 }
 
 void AppTest::CommandsFollowTheActiveWindow()
@@ -178,24 +177,20 @@ void AppTest::ProgressMovesInSteps()
 void AppTest::PlacementComesBack()
 {
     const QTemporaryDir folder;
-    UserStore store = UserStore::InFile(folder.filePath(QStringLiteral("user.ini")));
-    const Placement first = LoadMainPlacement(store, 96);
-    QCOMPARE(first.normal, QRect(67, 67, 667, 433)); // 1000, 1000, 10000, 6500 twips
-    QCOMPARE(first.state, int(WindowNormal));
-
-    Placement placement{QRect(10, 20, 900, 700), WindowMaximised};
-    SaveMainPlacement(store, placement, 96);
+    UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_qs));
+    Placement placement = LoadMainPlacement(store, 96);
+    QCOMPARE(placement.normal, QRect(67, 67, 667, 433)); // 1000, 1000, 10000, 6500 twips
+    QCOMPARE(placement.state, int(WindowNormal));
+    SaveMainPlacement(store, {QRect(10, 20, 900, 700), WindowMaximised}, 96);
     QCOMPARE(store.Get(u"Settings"_qs, u"MainWidth"_qs, QString()), u"13500"_qs);
-    placement.normal.moveLeft(50);
-    placement.state = WindowMinimised;
-    SaveMainPlacement(store, placement, 96);
-    const Placement again = LoadMainPlacement(store, 96);
-    QCOMPARE(again.normal, placement.normal);
-    QCOMPARE(again.state, int(WindowMaximised)); // minimised leaves the state kept last
+    SaveMainPlacement(store, {QRect(50, 20, 900, 700), WindowMinimised}, 96);
+    placement = LoadMainPlacement(store, 96);
+    QCOMPARE(placement.normal, QRect(50, 20, 900, 700));
+    QCOMPARE(placement.state, int(WindowMaximised)); // minimised leaves the state kept last
 
     for (const char *const noise : {"abc", "1e300", "nan", "-99999999999"}) {
-        store.Save(QStringLiteral("Settings"), QStringLiteral("MainLeft"), QString::fromLatin1(noise));
-        store.Save(QStringLiteral("Settings"), QStringLiteral("MainWidth"), QString::fromLatin1(noise));
+        for (const QString &key : {u"MainLeft"_qs, u"MainWidth"_qs})
+            store.Save(u"Settings"_qs, key, QString::fromLatin1(noise));
         const QRect window = OntoScreen(LoadMainPlacement(store, 96).normal, {QRect(0, 0, 1280, 800)});
         QVERIFY(QRect(0, 0, 1280, 800).contains(window));
     }
@@ -217,19 +212,17 @@ void AppTest::PlacementIsBroughtOntoAScreen()
 void AppTest::PortsAreSlots()
 {
     const QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("user.ini"));
+    const QString file = folder.filePath(u"user.ini"_qs);
     UserStore store = UserStore::InFile(file);
     PortMap ports(store);
     QCOMPARE(ports.Device(9), QString());
-    ports.Assign(9, QStringLiteral("/dev/ttyS7"));
-    ports.Fix(9, QStringLiteral("/tmp/px40"));
-    QCOMPARE(ports.Device(9), QStringLiteral("/tmp/px40"));
-    UserStore nextStore = UserStore::InFile(file);
-    const PortMap nextRun(nextStore);
-    QCOMPARE(nextRun.Device(9), QStringLiteral("/dev/ttyS7"));
-    ports.Assign(9, QString());
-    UserStore lastStore = UserStore::InFile(file);
-    QCOMPARE(PortMap(lastStore).Device(9), QString());
+    ports.Fix(9, u"/tmp/px40"_qs); // for this run
+    for (const QString &device : {u"/dev/ttyS7"_qs, QString()}) {
+        ports.Assign(9, device);
+        UserStore nextStore = UserStore::InFile(file);
+        QCOMPARE(PortMap(nextStore).Device(9), device);
+        QCOMPARE(ports.Device(9), u"/tmp/px40"_qs);
+    }
     // The list of the port dialog selects the exact text, or else the first.
     for (const auto &[text, entry] :
          {std::pair(u"3", 2), std::pair(u"16", 15), std::pair(u"03", 0), std::pair(u"17", 0)})
@@ -280,7 +273,7 @@ void AppTest::TimerIsSilentAtZero()
 
 void AppTest::SecondCopyIsNoticed()
 {
-    const QString name = QStringLiteral("px40-test-%1").arg(QCoreApplication::applicationPid());
+    const QString name = u"px40-test-%1"_qs.arg(QCoreApplication::applicationPid());
     SingleInstance first(name);
     QVERIFY(first.Acquire());
     SingleInstance second(name);

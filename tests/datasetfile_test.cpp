@@ -4,6 +4,7 @@
 #include "tests/support.h"
 
 #include <QDir>
+#include <QScopeGuard>
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -16,28 +17,19 @@ using namespace px40;
 namespace {
 
 #ifdef Q_OS_UNIX
-/// While it lives no file grows beyond that size, as on a disk that is full.
-class FullDisk
+/// While what it returns lives no file grows beyond that size, as on a disk that is full.
+[[nodiscard]] auto FullDisk(rlim_t bytes)
 {
-  public:
-    explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit little{bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &little);
-    }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit little{bytes, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &little);
+    return qScopeGuard([before, handler] {
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    });
+}
 #endif
 
 /// Data sets that share a work file in a folder of their own.
@@ -67,76 +59,65 @@ class DataSetFileTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void SetsKeepEverything_data();
     void SetsKeepEverything();
     void NoiseStaysInItsField();
-    void FailedReadingLeavesNothing_data();
     void FailedReadingLeavesNothing();
-    void FailedSavingLeavesTheOldFile_data();
     void FailedSavingLeavesTheOldFile();
     void FullDiskLeavesTheOldFile();
     void WorkFileIsNoDataFile();
     void MemorySetsKeepTheirInterval();
 };
 
-void DataSetFileTest::SetsKeepEverything_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("MEMORY-mode") << int(KindMemory);
-    QTest::newRow("real-time") << int(KindRealtime);
-    QTest::newRow("SAVE-mode") << int(KindSave);
-}
-
 void DataSetFileTest::SetsKeepEverything()
 {
-    QFETCH(int, kind);
-    FileRig rig;
-    const std::shared_ptr<DataSet> set = rig.Set();
-    set->OpenNew(kind);
-    for (const char *const reading : {"1.5", "+OL", "x\xb9", "-3", "2"}) {
-        QVERIFY(set->AddGridrow());
-        set->AddData(u"10:00:00"_qs, QString::fromLatin1(reading), u"VDC"_qs, u"1"_qs, u"mA"_qs);
+    for (const int kind : {KindMemory, KindRealtime, KindSave}) {
+        FileRig rig;
+        const std::shared_ptr<DataSet> set = rig.Set();
+        set->OpenNew(kind);
+        for (const char *const reading : {"1.5", "+OL", "x\xb9", "-3", "2"}) {
+            QVERIFY(set->AddGridrow());
+            set->AddData(u"10:00:00"_qs, QString::fromLatin1(reading), u"VDC"_qs, u"1"_qs, u"mA"_qs);
+        }
+        if (kind == KindRealtime) {
+            set->SetInterval({u"00"_qs, u"01"_qs, u"00"_qs, u"00"_qs});
+            set->SetPeriod(false, {u"07"_qs, u"00"_qs, u"00"_qs, u"00"_qs});
+        }
+        set->SetGraphcount(3);
+        set->SetAxisX(false, 5, 7);
+        set->SetAxisX(true, 1, 1); // the divisions stay behind
+        set->SetAxisY(false, u"-1.5"_qs, u"1e-05"_qs, 4, 2);
+        set->SetShape({4000, 3000, WindowShape::Maximised});
+        const QString name = rig.folder.filePath(u"first.CSV"_qs);
+        QVERIFY2(set->SaveFile(name), qPrintable(rig.state.ErrorMessage));
+        QVERIFY(set->Saved());
+
+        const std::shared_ptr<DataSet> opened = rig.Set();
+        QVERIFY2(opened->OpenFile(name), qPrintable(rig.state.ErrorMessage));
+        QVERIFY(opened->Saved());
+        QCOMPARE(opened->GetDatacount(), kind == KindSave ? 6 : 5); // its spare row becomes a sample
+        QCOMPARE(opened->Table().TableRows(), 6);
+        QCOMPARE(opened->Table().Cell(3, 2), QString::fromLatin1("x\xb9"));
+        QCOMPARE(opened->UnreadableCount(), 1);
+        QCOMPARE(opened->PanelText(Panel::Max), set->GetDispmax(true));
+        QCOMPARE(opened->PanelText(Panel::Interval), set->PanelText(Panel::Interval));
+        QCOMPARE(opened->GetPeriodcount(), set->GetPeriodcount());
+        QCOMPARE(opened->GetAxisX(), set->GetAxisX());
+        QCOMPARE(opened->GetAxisY(), set->GetAxisY());
+        QCOMPARE(opened->Scroll().maximum, opened->GetDatacount() - 3);
+        QCOMPARE(opened->Shape().state, WindowShape::Maximised);
+
+        const QString second = rig.folder.filePath(u"second.CSV"_qs);
+        QVERIFY(opened->SaveFile(second));
+        QCOMPARE(Contents(second), Contents(name));
+        QVERIFY(!QFile::exists(rig.shared.WorkPath));
+
+        // New samples go on behind the last one, in the spare row first.
+        QVERIFY(opened->AddGridrow());
+        opened->AddRealtimedata(u"11:00:00"_qs, u"7"_qs, {}, {}, {}, true);
+        QCOMPARE(opened->Table().TableRows(), kind == KindSave ? 7 : 6);
+        QCOMPARE(opened->Calculation().maxRow, opened->GetDatacount());
+        QVERIFY(!opened->Saved());
     }
-    if (kind == KindRealtime) {
-        set->SetInterval({u"00"_qs, u"01"_qs, u"00"_qs, u"00"_qs});
-        set->SetPeriod(false, {u"07"_qs, u"00"_qs, u"00"_qs, u"00"_qs});
-    }
-    set->SetGraphcount(3);
-    set->SetAxisX(false, 5, 7);
-    set->SetAxisX(true, 1, 1); // the divisions stay behind
-    set->SetAxisY(false, u"-1.5"_qs, u"1e-05"_qs, 4, 2);
-    set->SetShape({4000, 3000, WindowShape::Maximised});
-    const QString name = rig.folder.filePath(u"first.CSV"_qs);
-    QVERIFY2(set->SaveFile(name), qPrintable(rig.state.ErrorMessage));
-    QVERIFY(set->Saved());
-    QCOMPARE(set->Caption(), name);
-
-    const std::shared_ptr<DataSet> opened = rig.Set();
-    QVERIFY2(opened->OpenFile(name), qPrintable(rig.state.ErrorMessage));
-    QVERIFY(opened->Saved());
-    QCOMPARE(opened->GetDatacount(), kind == KindSave ? 6 : 5); // its spare row becomes a sample
-    QCOMPARE(opened->Table().TableRows(), 6);
-    QCOMPARE(opened->Table().Cell(3, 2), QString::fromLatin1("x\xb9"));
-    QCOMPARE(opened->UnreadableCount(), 1);
-    QCOMPARE(opened->PanelText(Panel::Max), set->GetDispmax(true));
-    QCOMPARE(opened->PanelText(Panel::Interval), set->PanelText(Panel::Interval));
-    QCOMPARE(opened->GetPeriodcount(), set->GetPeriodcount());
-    QCOMPARE(opened->GetAxisX(), set->GetAxisX());
-    QCOMPARE(opened->GetAxisY(), set->GetAxisY());
-    QCOMPARE(opened->Scroll().maximum, opened->GetDatacount() - 3);
-    QCOMPARE(opened->Shape().state, WindowShape::Maximised);
-
-    const QString second = rig.folder.filePath(u"second.CSV"_qs);
-    QVERIFY(opened->SaveFile(second));
-    QCOMPARE(Contents(second), Contents(name));
-    QVERIFY(!QFile::exists(rig.shared.WorkPath));
-
-    // New samples go on behind the last one, in the spare row first.
-    QVERIFY(opened->AddGridrow());
-    opened->AddRealtimedata(u"11:00:00"_qs, u"7"_qs, {}, {}, {}, true);
-    QCOMPARE(opened->Table().TableRows(), kind == KindSave ? 7 : 6);
-    QCOMPARE(opened->Calculation().maxRow, opened->GetDatacount());
-    QVERIFY(!opened->Saved());
 }
 
 void DataSetFileTest::NoiseStaysInItsField()
@@ -152,85 +133,69 @@ void DataSetFileTest::NoiseStaysInItsField()
              QByteArray("No.1,1 5,V  DC,? ,\0\r\n,,,,\r\n", 27));
 }
 
-void DataSetFileTest::FailedReadingLeavesNothing_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("error"); // empty: the system's own words
-    QTest::newRow("other type") << u"given.CSV"_qs << u"This file is a different data type."_qs;
-    QTest::newRow("absent") << u"absent.CSV"_qs << QString();
-    QTest::newRow("folder") << u"."_qs << u"This is not a file."_qs;
-    QTest::newRow("device") << u"/dev/zero"_qs << u"This is not a file."_qs;
-    QTest::newRow("pipe") << u"pipe"_qs << u"This is not a file."_qs;
-    QTest::newRow("work file in the way") << u"blocked"_qs << QString();
-}
-
 void DataSetFileTest::FailedReadingLeavesNothing()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, error);
-    FileRig rig;
-    QString path = QDir(rig.folder.path()).absoluteFilePath(name);
-    rig.Put("3\r\n");
-    if (name == u"pipe") {
+    // A name in the folder; the error, in the system's own words where it is empty.
+    const std::pair<QString, QString> rows[] = {
+        {u"given.CSV"_qs, u"This file is a different data type."_qs},
+        {u"absent.CSV"_qs, {}},
+        {u"."_qs, u"This is not a file."_qs},
+        {u"/dev/zero"_qs, u"This is not a file."_qs},
+        {u"pipe"_qs, u"This is not a file."_qs},
+    };
+    for (const auto &[name, error] : rows) {
+        FileRig rig;
+        rig.Put("3\r\n");
+        const QString path = QDir(rig.folder.path()).absoluteFilePath(name);
 #ifdef Q_OS_UNIX
-        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        if (name == u"pipe")
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
 #endif
-    } else if (name == u"blocked") {
-        path = rig.Put(SampleFile());
-        rig.shared.WorkPath = rig.folder.filePath(u"no such folder/WORK.~~~"_qs);
+        const std::shared_ptr<DataSet> set = rig.Set();
+        QVERIFY(!set->OpenFile(path));
+        QVERIFY(error.isEmpty() ? !rig.state.ErrorMessage.isEmpty() : rig.state.ErrorMessage == error);
+        QVERIFY(!QFile::exists(rig.shared.WorkPath));
+        QCOMPARE(set->GetDatacount(), 0);
     }
-    const std::shared_ptr<DataSet> set = rig.Set();
-    QVERIFY(!set->OpenFile(path));
-    QVERIFY(!rig.state.ErrorMessage.isEmpty());
-    if (!error.isEmpty())
-        QCOMPARE(rig.state.ErrorMessage, error);
-    else if (name == u"blocked")
-        QVERIFY(rig.state.ErrorMessage.startsWith(rig.shared.WorkPath)); // which the user knows nothing of
-    QVERIFY(!QFile::exists(rig.shared.WorkPath));
-    QCOMPARE(set->GetDatacount(), 0);
-}
-
-void DataSetFileTest::FailedSavingLeavesTheOldFile_data()
-{
-    QTest::addColumn<QString>("fault");
-    QTest::newRow("disk full") << u"full"_qs;
-    QTest::newRow("folder away") << u"folder"_qs;
-    QTest::newRow("a folder of that name") << u"name"_qs;
+    // The user knows nothing of the work file that is in the way.
+    FileRig rig;
+    rig.shared.WorkPath = rig.folder.filePath(u"no such folder/WORK.~~~"_qs);
+    QVERIFY(!rig.Set()->OpenFile(rig.Put(SampleFile())));
+    QVERIFY(rig.state.ErrorMessage.startsWith(rig.shared.WorkPath));
 }
 
 void DataSetFileTest::FailedSavingLeavesTheOldFile()
 {
-    QFETCH(QString, fault);
     FileRig rig;
     const QString name = rig.Put(SampleFile());
-    const std::shared_ptr<DataSet> set = rig.Set();
-    QVERIFY(set->OpenFile(name));
-    for (int i = 0; i < 1000; ++i) {
-        QVERIFY(set->AddGridrow());
-        set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});
-    }
-    bool saved = true;
-    if (fault == u"full") {
+    QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
+    for (const QString &target : {u"given.CSV"_qs, u"gone/other.CSV"_qs, u"dir.CSV"_qs}) {
+        const std::shared_ptr<DataSet> set = rig.Set();
+        QVERIFY(set->OpenFile(name));
+        for (int i = 0; i < 1000; ++i) {
+            QVERIFY(set->AddGridrow());
+            set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});
+        }
+        rig.state.ErrorMessage.clear();
+        bool saved = false;
+        if (target != u"given.CSV") {
+            saved = set->SaveFile(rig.folder.filePath(target));
+        } else {
 #ifdef Q_OS_UNIX
-        const FullDisk disk(8192);
-        saved = set->SaveFile(name);
+            const auto disk = FullDisk(8192);
+            saved = set->SaveFile(name);
 #else
-        QSKIP("There is no limit for the size of a file here.");
+            continue; // there is no limit for the size of a file here
 #endif
-    } else if (fault == u"folder") {
-        saved = set->SaveFile(rig.folder.filePath(u"gone/other.CSV"_qs));
-    } else {
-        QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
-        saved = set->SaveFile(rig.folder.filePath(u"dir.CSV"_qs));
+        }
+        QVERIFY(!saved);
+        QVERIFY(!rig.state.ErrorMessage.isEmpty() && !rig.state.ErrorMessage.contains(u"Unknown"));
+        QVERIFY(!set->Saved());
+        QCOMPARE(set->GetFilename(), name);
+        QCOMPARE(Contents(name), SampleFile());
+        const QStringList left = QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden);
+        QCOMPARE(left, QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
     }
-    QVERIFY(!saved);
-    QVERIFY(!rig.state.ErrorMessage.isEmpty());
-    QVERIFY(!rig.state.ErrorMessage.contains(u"Unknown"));
-    QVERIFY(!set->Saved());
-    QCOMPARE(set->GetFilename(), name);
-    QCOMPARE(Contents(name), SampleFile());
-    const QStringList left = QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden);
-    QCOMPARE(left, QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
 }
 
 /// Where only the last step finds no room.
@@ -245,7 +210,7 @@ void DataSetFileTest::FullDiskLeavesTheOldFile()
     QVERIFY(ReplaceFile(bytes, large, &error));
     QCOMPARE(Contents(large), bytes);
     for (const rlim_t room : {0, 5000}) {
-        const FullDisk disk(room);
+        const auto disk = FullDisk(room);
         for (const bool fromFile : {false, true}) {
             error.clear();
             QVERIFY(
@@ -269,7 +234,6 @@ void DataSetFileTest::WorkFileIsNoDataFile()
     QVERIFY(!set->OpenFile(rig.shared.WorkPath));
     QCOMPARE(rig.state.ErrorMessage, u"This name is the program's own work file."_qs);
     QCOMPARE(Contents(rig.shared.WorkPath), SampleFile());
-    set->OpenNew(KindMemory);
     set->AddData({}, u"1"_qs, {}, {}, {});
     QVERIFY(!set->SaveFile(rig.shared.WorkPath));
     QVERIFY(!set->Saved());

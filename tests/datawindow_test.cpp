@@ -13,20 +13,28 @@
 #include <QProcess>
 #include <QScrollBar>
 
+#include <tuple>
+
 using namespace px40;
 
 namespace {
 
-/// A program with files in its folder.
-struct FileProgram : Program
+struct Script
 {
-    explicit FileProgram(ScriptedPrompts &prompts) : Program(prompts) { StartUp(); }
+    ScriptedPrompts prompts;
+};
+
+/// A program with files in its folder.
+struct FileProgram : Script, Program
+{
+    FileProgram() : Program(prompts) { StartUp(); }
 
     QString Path(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
 
-    QString Put(const char *name, const QByteArray &bytes)
+    QString Put(const char *name, const char *kind = "2", const char *shape = "9600,5400,0")
     {
         QFile file(Path(name));
+        const QByteArray bytes = SampleFile(kind, shape);
         return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? Path(name) : QString();
     }
 
@@ -46,36 +54,23 @@ class DataWindowTest : public QObject
 
   private Q_SLOTS:
     void FilesOpenInWindowsOfTheirOwn();
-    void ShapeComesBack_data();
     void ShapeComesBack();
-    void ClosingOffersToSave_data();
-    void ClosingOffersToSave();
     void LeavingSavesWhatTheUserWants();
     void DroppedFilesOpen();
     void TableIsCopiedWithHeadings();
-    void GraphFollowsScrollAndSetup();
-    void GraphIsSavedAsAPicture();
-    void DownloadsWithoutAWindow_data();
+    void GraphIsSetUpAndSaved();
     void DownloadsWithoutAWindow();
 };
 
 void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
 {
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    const QString good = program.Put("good.CSV", SampleFile("2", "9600,5400,0"));
-    const QString bad = program.Put("bad.CSV", SampleFile("3", "9600,5400,0"));
-    prompts.files = {bad, good, good};
-    program.Action("mnuFileOpen")->trigger();
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(prompts.warnings, QStringList(u"This file is a different data type.\r\n"_qs + bad));
-    QVERIFY(program.DataWindows().isEmpty());
-
+    FileProgram program;
+    const QString good = program.Put("good.CSV");
+    program.prompts.files = {good, good};
     program.Action("Open")->trigger();
     QVERIFY(program.NoJobLeft());
     frmData *const opened = program.DataWindows().value(0);
     QVERIFY(opened);
-    QCOMPARE(opened->windowTitle(), good);
     QCOMPARE(program.Message(), u"good.CSV: 3 readings."_qs);
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), opened);
     QCOMPARE(opened->findChild<DataTable *>()->currentIndex(), opened->Data()->Table().index(0, 1));
@@ -87,7 +82,7 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
     QVERIFY(!QGuiApplication::overrideCursor());
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 1);
-    QCOMPARE(prompts.warnings.size(), 1);
+    QVERIFY(program.prompts.warnings.isEmpty());
     QVERIFY(!QFile::exists(program.services.shared.WorkPath));
 
     program.window->activateWindow();
@@ -102,106 +97,64 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
     QCOMPARE(program.DataWindows().size(), 1);
 }
 
-void DataWindowTest::ShapeComesBack_data()
-{
-    QTest::addColumn<QByteArray>("shape");
-    QTest::addColumn<bool>("minimise");
-    QTest::addColumn<QByteArray>("saved"); // empty: what it was, whatever this desktop made of it
-    QTest::newRow("normal") << QByteArray("9600,5400,0") << false << QByteArray("9600,5400,0");
-    QTest::newRow("maximised") << QByteArray("9600,5400,2") << false << QByteArray("9600,5400,2");
-    QTest::newRow("minimised") << QByteArray("9600,5400,0") << true << QByteArray("9600,5400,0");
-    QTest::newRow("too small") << QByteArray("0,-5,1") << false << QByteArray();
-    QTest::newRow("largest") << QByteArray("32767,32767,0") << false << QByteArray();
-}
-
 void DataWindowTest::ShapeComesBack()
 {
-    QFETCH(QByteArray, shape);
-    QFETCH(bool, minimise);
-    QFETCH(QByteArray, saved);
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    QByteArray before;
-    for (int round = 0; round < 2; ++round) {
-        frmData *const data = program.Open(program.Put("shape.CSV", SampleFile("0", shape.constData())));
-        QVERIFY(data);
-        if (minimise)
-            data->showMinimized();
-        program.Action("Save")->trigger();
-        QVERIFY(program.NoJobLeft());
-        const QByteArray line = Contents(program.Path("shape.CSV")).split('\n').at(1).trimmed();
-        if (!saved.isEmpty())
-            QCOMPARE(line, saved);
-        else if (round == 0)
-            before = line;
-        else
-            QCOMPARE(line, before);
-        QVERIFY(!line.contains('-'));
-        shape = line; // from then on it does not change
-        data->close();
-        QTRY_VERIFY(program.DataWindows().isEmpty());
+    // A file's shape, whether the window is minimised, and what is saved: nothing where the desktop decides.
+    const std::tuple<QByteArray, bool, QByteArray> rows[] = {
+        {"9600,5400,0", false, "9600,5400,0"}, {"9600,5400,2", false, "9600,5400,2"},
+        {"9600,5400,0", true, "9600,5400,0"},  {"0,-5,1", false, {}},
+        {"32767,32767,0", false, {}},
+    };
+    for (const auto &[shape, minimise, saved] : rows) {
+        FileProgram program;
+        QByteArray line = shape;
+        QByteArray expected = saved;
+        for (int round = 0; round < 2; ++round) {
+            frmData *const data = program.Open(program.Put("shape.CSV", "0", line.constData()));
+            QVERIFY(data);
+            if (minimise)
+                data->showMinimized();
+            program.Action("Save")->trigger();
+            QVERIFY(program.NoJobLeft());
+            line = Contents(program.Path("shape.CSV")).split('\n').at(1).trimmed();
+            if (expected.isEmpty())
+                expected = line; // from then on it does not change
+            QCOMPARE(line, expected);
+            QVERIFY(!line.contains('-'));
+            data->close();
+            QTRY_VERIFY(program.DataWindows().isEmpty());
+        }
     }
-}
-
-void DataWindowTest::ClosingOffersToSave_data()
-{
-    QTest::addColumn<QString>("file"); // answer of the file dialog
-    QTest::addColumn<bool>("closes");
-    QTest::newRow("saved") << u"kept.CSV"_qs << true;
-    QTest::newRow("no name given") << QString() << false;
-    QTest::newRow("cannot be saved") << u"no such folder/kept.CSV"_qs << false;
-}
-
-void DataWindowTest::ClosingOffersToSave()
-{
-    QFETCH(QString, file);
-    QFETCH(bool, closes);
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    prompts.answers = {Answer::Yes};
-    prompts.files = {file.isEmpty() ? file : program.folder.filePath(file)};
-    program.Action("New")->trigger();
-    const QPointer<frmData> data = program.DataWindows().first();
-    data->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
-    program.Action("mnuFileClose")->trigger();
-    QVERIFY(program.NoJobLeft());
-    QTRY_COMPARE(data.isNull(), closes);
-    QCOMPARE(QFile::exists(program.Path("kept.CSV")), closes);
-    QCOMPARE(prompts.warnings.size(), file.contains(u"such") ? 1 : 0);
-    if (data)
-        QVERIFY(!data->Data()->Saved());
 }
 
 void DataWindowTest::LeavingSavesWhatTheUserWants()
 {
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
+    FileProgram program;
     for (int i = 0; i < 2; ++i) {
         program.Action("New")->trigger();
         program.DataWindows().last()->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
     }
-    prompts.answers = {Answer::Yes, Answer::Yes};
-    prompts.files = {program.Path("one.CSV"), QString()};
-    program.Action("mnuFileExit")->trigger();
-    QVERIFY(program.NoJobLeft());
-    QVERIFY(program.window->isVisible()); // the second one has no name
-    QVERIFY(QFile::exists(program.Path("one.CSV")));
-    prompts.answers = {Answer::Yes};
-    prompts.files = {program.Path("two.CSV")};
-    program.Action("mnuFileExit")->trigger(); // asks for the second one only
+    program.prompts.files = {program.Path("one.CSV")};
+    for (const QString &second : {QString(), program.Path("gone/two.CSV"), program.Path("two.CSV")}) {
+        QVERIFY(!program.hasLeft); // the second one is not saved as yet
+        program.prompts.answers.assign(2, Answer::Yes);
+        program.prompts.files.push_back(second);
+        program.Action("mnuFileExit")->trigger();
+        QVERIFY(program.NoJobLeft());
+        QVERIFY(QFile::exists(program.Path("one.CSV")));
+    }
     QTRY_VERIFY(program.hasLeft);
-    QCOMPARE(prompts.questions.size(), 3);
+    QCOMPARE(program.prompts.questions.size(), 4); // one about the first
+    QCOMPARE(program.prompts.warnings.size(), 1);
     QVERIFY(QFile::exists(program.Path("two.CSV")));
 }
 
 void DataWindowTest::DroppedFilesOpen()
 {
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
+    FileProgram program;
     QMimeData mime;
-    mime.setUrls({QUrl(u"http://localhost/x.CSV"_qs),
-                  QUrl::fromLocalFile(program.Put("one.CSV", SampleFile("0", "9600,5400,0"))),
-                  QUrl::fromLocalFile(program.Put("two.CSV", SampleFile("4", "9600,5400,0")))});
+    mime.setUrls({QUrl(u"http://localhost/x.CSV"_qs), QUrl::fromLocalFile(program.Put("one.CSV", "0")),
+                  QUrl::fromLocalFile(program.Put("two.CSV", "4"))});
     const auto enter = [&] {
         QDragEnterEvent event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(program.window.get(), &event);
@@ -217,27 +170,18 @@ void DataWindowTest::DroppedFilesOpen()
     QVERIFY(!program.Action("mnuSetupGraph")->isEnabled()); // a SAVE-mode set is active
     program.Action("Mdata")->trigger();
     QVERIFY(!enter()); // not during a download
-    mime.setUrls({QUrl::fromLocalFile(program.Put("three.CSV", SampleFile("4", "9600,5400,0")))});
-    QCoreApplication::sendEvent(program.window.get(), &drop);
     QVERIFY(program.NoJobLeft());
-    QCOMPARE(program.DataWindows().size(), 3); // with that of the download
 }
 
 void DataWindowTest::TableIsCopiedWithHeadings()
 {
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("table.CSV", SampleFile("2", "9600,5400,0")));
+    FileProgram program;
+    const frmData *const data = program.Open(program.Put("table.CSV"));
     auto *const table = data->findChild<DataTable *>();
     const auto copied = [&] {
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
         return QGuiApplication::clipboard()->text();
     };
-    QTest::keyClick(table, Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(copied(), u"No.\tTIME\tDATA\tMODE\tDATA\tSRC.\n"
-                       "1\t10:00:00\t1.5\tVDC\t\t\n"
-                       "2\t10:00:05\t+OL\tVDC\t\t\n"
-                       "3\t10:00:10\t2.5\tVDC\t\t\n"_qs); // without the spare row
     // Pieces that do not touch: what lies between them stays empty or away.
     const auto select = [&](int row, int column, QItemSelectionModel::SelectionFlags flags) {
         table->selectionModel()->select(table->model()->index(row, column), flags);
@@ -250,16 +194,13 @@ void DataWindowTest::TableIsCopiedWithHeadings()
     QCOMPARE(copied(), u"before"_qs);
 }
 
-void DataWindowTest::GraphFollowsScrollAndSetup()
+void DataWindowTest::GraphIsSetUpAndSaved()
 {
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("graph.CSV", SampleFile("2", "9600,5400,0")));
+    FileProgram program;
+    const frmData *const data = program.Open(program.Put("graph.CSV"));
     auto *const bar = data->findChild<QScrollBar *>(u"sbData"_qs);
-    QCOMPARE(bar->maximum(), 1);
     bar->setValue(1);
     QCOMPARE(data->Data()->Scroll().value, 1);
-
     program.Action("Graph")->trigger();
     const QPointer<frmSetting> dialog = program.Find<frmSetting>("frmSetting");
     QVERIFY(dialog && dialog->isVisible());
@@ -268,97 +209,75 @@ void DataWindowTest::GraphFollowsScrollAndSetup()
     QTRY_VERIFY(!dialog);
     QCOMPARE(bar->value(), 0); // drawn from the first sample again
     QVERIFY(data->Data()->Saved());
-}
 
-void DataWindowTest::GraphIsSavedAsAPicture()
-{
-    ScriptedPrompts prompts;
-    FileProgram program(prompts);
-    const frmData *const data = program.Open(program.Put("graph.CSV", SampleFile("2", "9600,5400,0")));
-    prompts.files = {program.Path("graph.png"), program.Path("gone/graph.pdf")};
-    QWidget *const chart = data->findChild<QWidget *>(u"chData"_qs);
-    for (int i = 0; i < 2; ++i) {
-        QMetaObject::invokeMethod(chart, "saveAsRequested");
-        QVERIFY(program.NoJobLeft());
-    }
-    QVERIFY(prompts.fileQuestions.first().startsWith(u"save:"_qs + program.Path("graph") + u':'));
-    QVERIFY(Contents(program.Path("graph.png")).startsWith("\x89PNG"));
-    QCOMPARE(prompts.warnings.size(), 1);
-    QVERIFY(prompts.warnings.first().endsWith(u"\r\n"_qs + program.Path("gone/graph.pdf")));
-    QMetaObject::invokeMethod(chart, "copyRequested");
-    QVERIFY(QGuiApplication::clipboard()->mimeData()->hasImage());
-}
-
-void DataWindowTest::DownloadsWithoutAWindow_data()
-{
-    QTest::addColumn<QString>("arguments"); // DIR stands for a folder of its own, PORT for the instrument
-    QTest::addColumn<QString>("fault");
-    QTest::addColumn<QString>("error"); // its beginning; empty: good
-    QTest::newRow("simulated") << u"--demo"_qs << QString() << QString();
-    QTest::newRow("on a port") << u"--port-device 3=PORT --port 3"_qs << QString() << QString();
-    QTest::newRow("silent") << u"--port-device 1=PORT"_qs << u"silent-from=9"_qs
-                            << u"Timeout error occurred."_qs;
-    QTest::newRow("no port") << u"--port 5"_qs << QString() << u"No device is assigned to port 5."_qs;
-    QTest::newRow("unplugged") << u"--port-device 1=PORT"_qs << u"hang-up=9"_qs
-                               << u"The connection to the instrument was lost.\n"_qs;
-    QTest::newRow("noise") << u"--port-device 1=PORT"_qs << u"garbage=9"_qs
-                           << u"FILE: Written, but with 44 unreadable of 50 readings"_qs;
-    QTest::newRow("read-only") << u"--demo"_qs << u"read-only"_qs
-                               << u"FILE: This file is a read-only file; you cannot save data to it."_qs;
-    QTest::newRow("cannot be saved") << u"--demo"_qs << u"work file"_qs << u"FILE: WORK: "_qs;
-    QTest::newRow("onto the work file")
-        << u"--demo"_qs << u"onto it"_qs << u"WORK: This name is the program's own work file."_qs;
-    QTest::newRow("no device") << u"--port-device 1=/dev/ttyUSB99"_qs << QString()
-                               << u"The device of port 1 is not plugged in."_qs;
+    program.prompts.files = {program.Path("gone/graph.pdf")};
+    QMetaObject::invokeMethod(program.Find("chData"), "saveAsRequested");
+    QVERIFY(program.NoJobLeft());
+    QVERIFY(program.prompts.fileQuestions.first().startsWith(u"save:"_qs + program.Path("graph") + u':'));
+    QCOMPARE(program.prompts.warnings.size(), 1);
+    QVERIFY(program.prompts.warnings.first().endsWith(u"\r\n"_qs + program.Path("gone/graph.pdf")));
 }
 
 void DataWindowTest::DownloadsWithoutAWindow()
 {
-    QFETCH(QString, arguments);
-    QFETCH(QString, fault);
-    QFETCH(QString, error);
-    const QTemporaryDir folder;
-    sim::PtyServer server(LinkRig::Unpaced());
-    arguments.replace(u"PORT"_qs, QString::fromStdString(server.DevicePath()));
-    const QString work = folder.filePath(u"WORK.~~~"_qs);
-    const QString file = fault == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
-    error.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
-    QFile old(file);
-    QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
-    old.close();
-    if (fault == u"read-only")
-        QVERIFY(old.setPermissions(QFile::ReadOwner));
-    else if (fault == u"work file")
-        QVERIFY(QDir().mkdir(work));
-    else if (fault.contains(u'='))
-        SetFault(server, fault.toLatin1().constData());
+    // Arguments, with PORT for the instrument; what is wrong; the beginning of the error, empty when there is
+    // none.
+    const std::tuple<QString, QString, QString> rows[] = {
+        {u"--demo"_qs, {}, {}},
+        {u"--port-device 3=PORT --port 3"_qs, {}, {}},
+        {u"--port-device 1=PORT"_qs, u"silent-from=9"_qs, u"Timeout error occurred."_qs},
+        {u"--port 5"_qs, {}, u"No device is assigned to port 5."_qs},
+        {u"--port-device 1=/dev/ttyUSB99"_qs, {}, u"The device of port 1 is not plugged in."_qs},
+        {u"--port-device 1=PORT"_qs, u"hang-up=9"_qs, u"The connection to the instrument was lost.\n"_qs},
+        {u"--port-device 1=PORT"_qs, u"garbage=9"_qs,
+         u"FILE: Written, but with 44 unreadable of 50 readings"_qs},
+        {u"--demo"_qs, u"read-only"_qs,
+         u"FILE: This file is a read-only file; you cannot save data to it."_qs},
+        {u"--demo"_qs, u"work file"_qs, u"FILE: WORK: "_qs},
+        {u"--demo"_qs, u"onto it"_qs, u"WORK: This name is the program's own work file."_qs},
+    };
+    for (auto [arguments, fault, error] : rows) {
+        const QTemporaryDir folder;
+        sim::PtyServer server(LinkRig::Unpaced());
+        arguments.replace(u"PORT"_qs, QString::fromStdString(server.DevicePath()));
+        const QString work = folder.filePath(u"WORK.~~~"_qs);
+        const QString file = fault == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
+        error.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
+        QFile old(file);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        if (fault == u"read-only")
+            QVERIFY(old.setPermissions(QFile::ReadOwner));
+        else if (fault == u"work file")
+            QVERIFY(QDir().mkdir(work));
+        else if (fault.contains(u'='))
+            SetFault(server, fault.toLatin1().constData());
 
-    QProcess process;
-    QProcessEnvironment environment; // nothing that leads to a display, and as little as a script may have
-    environment.insert(u"TMPDIR"_qs, folder.path());
-    environment.insert(u"XDG_CONFIG_HOME"_qs, folder.path());
-    environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
-    process.setProcessEnvironment(environment);
-    process.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs,
-                  QStringList{u"--data-dir"_qs, folder.path(), u"--download"_qs, file} +
-                      arguments.split(u' '));
-    QVERIFY(WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000));
-    const QString said = QString::fromUtf8(process.readAllStandardError());
-    const QString printed = QString::fromUtf8(process.readAllStandardOutput());
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    if (error.isEmpty()) {
-        QCOMPARE(said, QString());
-        QCOMPARE(process.exitCode(), 0);
-        QCOMPARE(printed.section(u' ', 0, 1), u"MAX No.["_qs);
-        QCOMPARE(printed.count(u'\n'), 3);
-        QCOMPARE(Contents(file).count("No."), 50);
-    } else {
-        QVERIFY2(said.startsWith(error), qPrintable(said));
-        QCOMPARE(said.count(u'\n'), 1);
-        QCOMPARE(process.exitCode(), 1);
-        const bool written = error.contains(u"Written"); // and then the results are printed, too
-        QCOMPARE(printed.isEmpty(), !written);
+        QProcess process;
+        QProcessEnvironment
+            environment; // nothing that leads to a display, and as little as a script may have
+        environment.insert(u"TMPDIR"_qs, folder.path());
+        environment.insert(u"XDG_CONFIG_HOME"_qs, folder.path());
+        environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
+        process.setProcessEnvironment(environment);
+        process.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs,
+                      QStringList{u"--data-dir"_qs, folder.path(), u"--download"_qs, file} +
+                          arguments.split(u' '));
+        QVERIFY(WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000));
+        const QString said = QString::fromUtf8(process.readAllStandardError());
+        const QString printed = QString::fromUtf8(process.readAllStandardOutput());
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        const bool good = error.isEmpty();
+        QVERIFY2(good ? said.isEmpty() : said.startsWith(error), qPrintable(said));
+        QCOMPARE(said.count(u'\n'), good ? 0 : 1);
+        QCOMPARE(process.exitCode(), good ? 0 : 1);
+        const bool written = good || error.contains(u"Written"); // and then the results are printed, too
+        QCOMPARE(printed.count(u'\n'), written ? 3 : 0);
         QCOMPARE(Contents(file) == "old", !written);
+        if (good) {
+            QCOMPARE(printed.section(u' ', 0, 1), u"MAX No.["_qs);
+            QCOMPARE(Contents(file).count("No."), 50);
+        }
     }
 }
 

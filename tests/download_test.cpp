@@ -4,6 +4,8 @@
 #include "resources/strings.h"
 #include "tests/support.h"
 
+#include <tuple>
+
 using namespace px40;
 
 namespace {
@@ -19,13 +21,16 @@ struct DownloadRig : LinkRig
         Open();
     }
 
-    Running<bool> Start(bool saveMode)
+    /// Downloads to the end; whether all was received.
+    bool Fetch(bool saveMode)
     {
         data->OpenNew(saveMode ? KindSave : KindMemory);
         gate.Take();
-        if (saveMode)
-            return Running<bool>(storedData.ReceiveSaveData(data));
-        return Running<bool>(storedData.ReceiveMemoryData(data));
+        const Running<bool> download(saveMode ? storedData.ReceiveSaveData(data)
+                                              : storedData.ReceiveMemoryData(data));
+        if (!download.Finish())
+            qFatal("The download does not end.");
+        return download.Value();
     }
 
     DocumentShared shared;
@@ -51,13 +56,10 @@ class DownloadTest : public QObject
 void DownloadTest::FetchesAllReadings()
 {
     DownloadRig rig;
-    const Running<bool> download = rig.Start(false);
-    QVERIFY(rig.progress.shown);
+    rig.progress.onStep = [&](int) { QVERIFY(rig.progress.shown); };
+    QVERIFY(rig.Fetch(false));
     QCOMPARE(rig.progress.caption, u"Receive MEMORY-mode data"_qs);
     QCOMPARE(rig.progress.message, u"Receiving..."_qs);
-    QVERIFY(download.Finish());
-    QVERIFY(download.Value());
-
     QStringList commands{u"AN1"_qs, u"H1"_qs};
     QCOMPARE(rig.data->GetDatacount(), 50);
     for (int n = 1; n <= 50; ++n) {
@@ -84,14 +86,9 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows()
     const QString timeout = u"Timeout error occurred."_qs;
     const QString command = u"Command error occurred."_qs;
     const QString badData = u"Data error occurred."_qs;
-    const struct
-    {
-        bool saveMode;
-        const char *fault;
-        int rows;
-        QString message; // empty: none
-        int commands;    // sent in all; 0: not looked at
-    } rows[] = {
+    // SAVE mode; the fault; the rows received; the message; the commands sent in all, 0 where it is not
+    // looked at.
+    const std::tuple<bool, const char *, int, QString, int> cases[] = {
         {false, "silent", 0, timeout, 9},
         {false, "silent-from=13", 10, timeout, 0},
         {false, "garbage=5", 50, QString(), 0},
@@ -103,23 +100,21 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows()
         {true, "wrong-check", 0, badData, 3},
         {true, "garbage=2", 0, badData, 3},
     };
-    for (const auto &row : rows) {
-        DownloadRig rig(row.fault);
+    for (const auto &[saveMode, fault, rows, message, commands] : cases) {
+        DownloadRig rig(fault);
         // The link is not free before the user has seen the box.
         rig.prompts.onWarn = [&] { QCOMPARE(rig.state.LinkActivity, int(ActivityDownload)); };
-        const Running<bool> download = rig.Start(row.saveMode);
-        QVERIFY2(download.Finish(), row.fault);
-        QCOMPARE(download.Value(), row.message.isEmpty());
-        QCOMPARE(rig.prompts.warnings.join(u'|'), row.message);
-        QCOMPARE(rig.data->GetDatacount(), row.rows);
+        QVERIFY2(rig.Fetch(saveMode) == message.isEmpty(), fault);
+        QCOMPARE(rig.prompts.warnings.join(u'|'), message);
+        QCOMPARE(rig.data->GetDatacount(), rows);
         // Fewer than three rows leave the graph's width alone.
-        QCOMPARE(rig.data->GetGraphcount(), QString::number(row.rows > 2 ? row.rows : 20));
+        QCOMPARE(rig.data->GetGraphcount(), QString::number(rows > 2 ? rows : 20));
         QVERIFY(!rig.progress.shown);
         QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
-        QCOMPARE(rig.state.LinkBusy, row.saveMode);
-        if (row.commands > 0)
-            QCOMPARE(int(rig.server.CommandCount()), row.commands);
-        if (row.rows < 50)
+        QCOMPARE(rig.state.LinkBusy, saveMode);
+        if (commands > 0)
+            QCOMPARE(int(rig.server.CommandCount()), commands);
+        if (rows < 50)
             continue;
         // Noise is kept as it came and never counts as a number.
         const Statistics &statistics = rig.data->Calculation();
@@ -139,9 +134,7 @@ void DownloadTest::CancelKeepsTheRowsReceived()
             rig.comm.FlagsChanged();
         }
     };
-    const Running<bool> download = rig.Start(false);
-    QVERIFY(download.Finish());
-    QVERIFY(!download.Value());
+    QVERIFY(!rig.Fetch(false));
     QCOMPARE(rig.data->GetDatacount(), 20);
     QVERIFY(!rig.data->PanelText(Panel::Avg).isEmpty());
     // A cancel leaves no text of its own, so the box shows the one that was there.
@@ -151,17 +144,13 @@ void DownloadTest::CancelKeepsTheRowsReceived()
     // The flag of the last download does not end the next one.
     rig.progress.onStep = nullptr;
     rig.data = std::make_shared<DataSet>(rig.state, rig.shared);
-    const Running<bool> again = rig.Start(false);
-    QVERIFY(again.Finish());
-    QVERIFY(again.Value());
+    QVERIFY(rig.Fetch(false));
 }
 
 void DownloadTest::SaveModeMakesRoomButAddsNothing()
 {
     DownloadRig rig;
-    const Running<bool> download = rig.Start(true);
-    QVERIFY(download.Finish());
-    QVERIFY(download.Value());
+    QVERIFY(rig.Fetch(true));
     QStringList commands{u"PL,1"_qs};
     for (int n = 1; n <= 50; ++n)
         commands << u"RS,%1"_qs.arg(n, 2, 10, QLatin1Char('0'));
@@ -185,9 +174,7 @@ void DownloadTest::MemoryThatRunsOutIsTold()
     };
     DownloadRig rig;
     rig.data = std::make_shared<FullSet>(rig.state, rig.shared);
-    const Running<bool> download = rig.Start(false);
-    QVERIFY(download.Finish());
-    QVERIFY(!download.Value());
+    QVERIFY(!rig.Fetch(false));
     QCOMPARE(rig.prompts.warnings.size(), 1);
     QVERIFY(!rig.progress.shown);
     QVERIFY(!rig.state.LinkBusy);

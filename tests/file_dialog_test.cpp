@@ -112,8 +112,6 @@ void FileDialogTest::SaveAsksBeforeReplacing()
     Type(u"old.csv"_qs);
     AnswerBox(question, Qt::Key_Return); // which is No
     QVERIFY(!asked.Done());
-    QTRY_VERIFY(NameField());
-    QCOMPARE(NameField()->text(), u"old.csv"_qs);
     Type(u"old.csv"_qs);
     AnswerBox(question, Qt::Key_Y);
     QCOMPARE(Result(asked), old_);

@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+#include <tuple>
+
 using namespace px40;
 
 class ReplyTest : public QObject
@@ -11,10 +13,8 @@ class ReplyTest : public QObject
 
   private Q_SLOTS:
     void DecodesBothSides();
-    void RefusalLeavesTheReadingAlone();
     void FormatsNumbers();
     void TranslatesUnits();
-    void SurvivesShortReplies();
     void ChecksSaveRecords();
 };
 
@@ -24,6 +24,8 @@ void ReplyTest::DecodesBothSides()
     constexpr std::pair<const char *, const char *> rows[] = {
         {"VDC  001.23E+0,ADC -012.50E-3", "1.23|VDC|-12.50|mADC"},
         {"O  O 999999E+3,O  O 999999E+3", "-----|Ohm|-----|Ohm"}, // over-range keeps the bare unit
+        {"VDC  001", "1|VDC||"},                                  // cut off
+        {"", "|||"},
         {"VDCE 000.00E+0,VDCE 000.00E+0", "-----||-----|"},
         {"T  B 000.00E+0,T  B 0123.4E+0", " -bo-|C.|123.4|C."}, // burn-out on the measured side only
         {"O    1.2345E+3,F    0500.0E+3", "1.2345|kOhm|500.0|kHz"},
@@ -37,17 +39,11 @@ void ReplyTest::DecodesBothSides()
                                   reading.sourceUnit};
         QCOMPARE(decoded.join(u'|'), QString::fromLatin1(texts));
         QCOMPARE(error, u"untouched"_qs);
+        const ReadingTexts before = reading;
+        QVERIFY(!DecodeMeasureReply(u"ERR and more"_qs, &reading, &error));
+        QCOMPARE(error, u"Command error occurred."_qs);
+        QVERIFY(reading == before); // a refusal leaves it alone
     }
-}
-
-void ReplyTest::RefusalLeavesTheReadingAlone()
-{
-    ReadingTexts reading{u"1"_qs, u"2"_qs, u"3"_qs, u"4"_qs};
-    const ReadingTexts before = reading;
-    QString error;
-    QVERIFY(!DecodeMeasureReply(u"ERR and more"_qs, &reading, &error));
-    QCOMPARE(error, u"Command error occurred."_qs);
-    QVERIFY(reading == before);
 }
 
 void ReplyTest::FormatsNumbers()
@@ -63,14 +59,8 @@ void ReplyTest::FormatsNumbers()
 
 void ReplyTest::TranslatesUnits()
 {
-    constexpr struct
-    {
-        const char *code;
-        int column;
-        const char *subModes; // columns 49 and 50
-        int sourceFunction;
-        const char *unit;
-    } rows[] = {
+    // A code and its column, columns 49 and 50, the source function, the unit.
+    constexpr std::tuple<const char *, int, const char *, int, const char *> rows[] = {
         {"O  ", 23, "00", 0, "Ohm"},   // resistance
         {"V  ", 5, "00", 0, "V  "},    // other codes keep their blanks
         {"T  ", 5, "10", 3, "C."},     // temperature measured: the sub mode is the source's
@@ -85,35 +75,19 @@ void ReplyTest::TranslatesUnits()
         {"F  ", 23, "02", 0, "Cycle"}, // count
         {"F  ", 23, "03", 0, ""},      // unknown pulse mode
     };
-    for (const auto &row : rows) {
+    for (const auto &[code, column, subModes, sourceFunction, unit] : rows) {
         QString reply(52, u'0');
-        reply.replace(row.column - 1, 3, QString::fromLatin1(row.code));
-        reply.replace(48, 2, QString::fromLatin1(row.subModes));
-        QCOMPARE(UnitText(reply, row.column, row.sourceFunction), QString::fromLatin1(row.unit));
-    }
-}
-
-void ReplyTest::SurvivesShortReplies()
-{
-    const QString whole = u"VDC  001.23E+0,ADC -012.50E-3"_qs;
-    for (int length = 0; length <= whole.size(); ++length) {
-        ReadingTexts reading;
-        QString error;
-        QVERIFY(DecodeMeasureReply(whole.left(length), &reading, &error));
-        if (length == 8)
-            QCOMPARE(reading.measureValue, u"1"_qs); // "001" without its point drops its zeros
+        reply.replace(column - 1, 3, QString::fromLatin1(code));
+        reply.replace(48, 2, QString::fromLatin1(subModes));
+        QCOMPARE(UnitText(reply, column, sourceFunction), QString::fromLatin1(unit));
     }
 }
 
 void ReplyTest::ChecksSaveRecords()
 {
     const QString badData = u"Data error occurred."_qs;
-    const struct
-    {
-        const char *reply;
-        QString error; // empty: accepted
-        const char *output;
-    } rows[] = {
+    // A record, the error, and what stands in value and unit afterwards.
+    const std::tuple<const char *, QString, const char *> rows[] = {
         // "RS" is 82 + 83 = 165 = 0xA5; "CMD,ERR" is 67+77+68+44+69+82+82 = 489 = 0x1E9; "ABJ" is 205 = 0xCD.
         {"RS5", QString(), ""},
         {"CMD,ERR9", u"Command error occurred."_qs, "kept"},
@@ -123,14 +97,14 @@ void ReplyTest::ChecksSaveRecords()
         {"0", QString(), "kept"},
         {"\xff\xfe\x44", QString(), "kept"}, // codes above 0x7F count in full
     };
-    for (const auto &row : rows) {
-        const QString reply = QString::fromLatin1(row.reply);
+    for (const auto &[record, message, output] : rows) {
+        const QString reply = QString::fromLatin1(record);
         QString value = u"kept"_qs;
         QString unit = value;
         QString error;
-        QCOMPARE(CheckSaveRecord(reply, &value, &unit, &error), row.error.isEmpty());
-        QCOMPARE(error, row.error);
-        QCOMPARE(value, QString::fromLatin1(row.output));
+        QCOMPARE(CheckSaveRecord(reply, &value, &unit, &error), message.isEmpty());
+        QCOMPARE(error, message);
+        QCOMPARE(value, QString::fromLatin1(output));
         QCOMPARE(unit, value);
         QString digits = reply;
         const bool accepted = CheckDigitOk(&digits);
