@@ -165,7 +165,10 @@ void frmMain::RefreshCommands()
 {
     // What the instrument's state says of New stands until the menu is opened.
     const bool mayMakeNew = menuStates_.IsEnabled(Command::RealtimeNew);
-    const ShellSituation situation = Situation();
+    ShellSituation situation = Situation();
+    // Nor does it matter to the shortcuts that the status check has the link at this moment.
+    if (MayClose(services_->state))
+        situation.linkActivity = ActivityIdle;
     ApplyFileRules(situation, &menuStates_);
     ApplyRealtimeRules(situation, &menuStates_);
     ApplySetupRules(situation, &menuStates_);

@@ -1,10 +1,6 @@
-#include "document/dataset.h"
 #include "document/frmsetting.h"
-#include "link/linkstate.h"
-#include "tests/support.h"
+#include "tests/dialogrig.h"
 
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 
 #include <tuple>
@@ -22,47 +18,18 @@ GraphForm Form(const char *automatic, const char *texts)
     return form;
 }
 
-struct SetupRig
+struct SetupRig : DialogRig<frmSetting>
 {
     explicit SetupRig(int samples = 0)
     {
-        dataSet->OpenNew(KindRealtime);
         for (int i = 0; i < samples; ++i)
-            dataSet->AddData({}, u"1"_qs, {}, {}, {});
+            AddReading();
     }
-    ~SetupRig() { delete dialog; }
 
     QString Settings() const
     {
         return (QStringList(dataSet->GetGraphcount()) + dataSet->GetAxisX() + dataSet->GetAxisY()).join(u' ');
     }
-
-    void Open()
-    {
-        dialog = new frmSetting(dataSet, prompts, jobs, nullptr);
-        dialog->show();
-    }
-
-    template <typename T = QLineEdit>
-    T *Find(const char *name) const
-    {
-        return dialog->findChild<T *>(QString::fromLatin1(name));
-    }
-
-    void Type(const char *box, const char *text) const
-    {
-        Find(box)->selectAll();
-        QTest::keyClicks(Find(box), QString::fromLatin1(text));
-    }
-
-    void Click(const char *button) const { Find<QPushButton>(button)->click(); }
-
-    LinkState state;
-    DocumentShared shared;
-    ScriptedPrompts prompts;
-    Jobs jobs;
-    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
-    QPointer<frmSetting> dialog;
 };
 
 } // namespace

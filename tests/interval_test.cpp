@@ -1,10 +1,6 @@
 #include "acquire/frminterval.h"
-#include "document/dataset.h"
-#include "link/linkstate.h"
-#include "tests/support.h"
+#include "tests/dialogrig.h"
 
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 
 #include <utility>
@@ -24,51 +20,20 @@ QString Joined(const Duration &duration)
     return QStringList{duration.Day, duration.Hour, duration.Min, duration.Sec}.join(u'|');
 }
 
-struct IntervalRig
+struct IntervalRig : DialogRig<frmInterval>
 {
     IntervalRig()
     {
-        dataSet->OpenNew(KindRealtime);
         dataSet->SetInterval(Parts(u"00|00|00|07"_qs));
         dataSet->SetPeriod(true, Parts(u"00|00|01|00"_qs));
         dataSet->MarkSaved();
     }
-    ~IntervalRig() { delete dialog; }
-
-    void AddReading() const { dataSet->AddData(QString(), u"1"_qs, QString(), QString(), QString()); }
 
     QString Settings() const
     {
         return Joined(dataSet->GetInterval()) + (dataSet->GetPeriodnone() ? u" none "_qs : u" for "_qs) +
                Joined(dataSet->GetPeriod());
     }
-
-    void Open()
-    {
-        dialog = new frmInterval(dataSet, prompts, jobs, nullptr);
-        dialog->open();
-    }
-
-    template <typename T = QLineEdit>
-    T *Find(const char *name) const
-    {
-        return dialog->findChild<T *>(QString::fromLatin1(name));
-    }
-
-    void Type(const char *box, const char *text) const
-    {
-        Find(box)->selectAll();
-        QTest::keyClicks(Find(box), QString::fromLatin1(text));
-    }
-
-    void Click(const char *button) const { Find<QPushButton>(button)->click(); }
-
-    LinkState state;
-    DocumentShared shared;
-    ScriptedPrompts prompts;
-    Jobs jobs;
-    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
-    QPointer<frmInterval> dialog;
 };
 
 } // namespace

@@ -93,7 +93,9 @@ const QString AllButStop = u"New mnuRealtimeNew Start mnuRealtimeStart Mdata mnu
 void LiveTest::RunFromTheToolBar()
 {
     LiveProgram program;
+    program.services.state.LinkActivity = ActivityStatusCheck; // at whatever moment it is pressed
     program.Action("New")->trigger();
+    program.services.state.LinkActivity = ActivityIdle;
     frmData *const first = program.DataWindows().first();
     QCOMPARE(program.Runnable(), AllButStop);
     QVERIFY(program.Start(Answer::Cancel));
