@@ -8,15 +8,9 @@
 #include "link/linkstate.h"
 #include "platform/jobs.h"
 #include "platform/screens.h"
-#include "platform/twips.h"
-#include "platform/userstore.h"
-#include "platform/windowplace.h"
-#include "resources/icons.h"
 #include "resources/strings.h"
 
-#include <QCloseEvent>
 #include <QPushButton>
-#include <QShortcut>
 
 #include <algorithm>
 #include <utility>
@@ -36,31 +30,19 @@ constexpr QSizeF DesignSize{MeasureFace::DesignSize.width() + 2 * Margin,
                             MeasureFace::DesignSize.height() + 3 * Margin + ButtonHeight};
 constexpr double UsualScale = 1.6;
 
-// A dialog's window is kept above the main window; this one can be made as large as the screen as well.
-constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
-
 // Where a window that was never moved stands: beside the main window where the screen has room, else so far
 // from the right edge of its frame, and far enough below its top to leave menus and tool bar free.
 constexpr int Beside = 8;
 constexpr int FromRight = 24;
 constexpr int FromTop = 128;
 
-QString Section()
-{
-    return QStringLiteral("Settings");
-}
-
 } // namespace
 
 frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
-    : QWidget(parent, Flags), services_(services), face_(new MeasureFace(this)),
-      btMeasOnOff_(new QPushButton(this))
+    : LiveWindow(QStringLiteral("Moniter"), *services.store, services.state->MonitorOpen, parent),
+      services_(services), face_(new MeasureFace(this)), btMeasOnOff_(new QPushButton(this))
 {
-    setObjectName(QStringLiteral("frmMoniter"));
-    setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(Text(Str::MoniterTitle));
-    setWindowIcon(ApplicationIcon());
     btMeasOnOff_->setObjectName(QStringLiteral("btMeasOnOff"));
     btMeasOnOff_->setText(Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption));
     btMeasOnOff_->setAccessibleName(Text(Str::MeasCaption) + u' ' + Text(Str::OnCaption));
@@ -73,11 +55,11 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
         tmMeasInter_.SetInterval(ClickDelayMs);
     });
     connect(&tmMeasInter_, &Timer::tick, this, &frmMoniter::OnTick);
-    for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)})
-        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
 
-    Place();
-    services_.state->MonitorOpen = true;
+    const double scale = logicalDpiX() / 96.0;
+    setMinimumSize((DesignSize * scale).toSize());
+    const QSize usual = (DesignSize * UsualScale * scale).toSize();
+    Open(QRect(FirstPlace(usual), usual));
 }
 
 void frmMoniter::Show(const MeasureDisplay &display)
@@ -116,24 +98,9 @@ QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, Monit
     services.gate->Release();
 }
 
-void frmMoniter::Place()
+QPoint frmMoniter::FirstPlace(const QSize &usual) const
 {
-    const double dpi = logicalDpiX();
-    setMinimumSize((DesignSize * dpi / 96).toSize());
-    const QSize usual = (DesignSize * UsualScale * dpi / 96).toSize();
     const QList<QRect> screens = UsableScreens();
-    const QPoint corner = FirstPlace(usual, screens);
-    const auto kept = [&](QStringView key, int usually) {
-        const double twips = PixelsToTwips(usually, dpi);
-        return TwipsToPixels(services_.store->GetNumber(Section(), key.toString(), twips), dpi);
-    };
-    const QSize wanted(kept(u"MoniterWidth", usual.width()), kept(u"MoniterHeight", usual.height()));
-    const QPoint place(kept(u"MoniterLeft", corner.x()), kept(u"MoniterTop", corner.y()));
-    setGeometry(OntoScreen(QRect(place, wanted.expandedTo(minimumSize())), screens));
-}
-
-QPoint frmMoniter::FirstPlace(const QSize &usual, const QList<QRect> &screens) const
-{
     const QWidget *const main = parentWidget() ? parentWidget()->window() : nullptr;
     const QRect frame = main ? main->frameGeometry() : screens.value(0);
     const QPoint beside(frame.right() + Beside, main ? main->geometry().top() : frame.top());
@@ -144,32 +111,14 @@ QPoint frmMoniter::FirstPlace(const QSize &usual, const QList<QRect> &screens) c
     return frame.topRight() + QPoint(1 - FromRight - usual.width(), FromTop);
 }
 
-void frmMoniter::KeepPlace()
+bool frmMoniter::MayCloseNow() const
 {
-    const double dpi = logicalDpiX();
-    const auto keep = [&](QStringView key, int pixels) {
-        services_.store->Save(Section(), key.toString(), QString::number(PixelsToTwips(pixels, dpi)));
-    };
-    const QRect place = isMinimized() || isMaximized() ? normalGeometry() : geometry();
-    keep(u"MoniterLeft", place.left());
-    keep(u"MoniterTop", place.top());
-    keep(u"MoniterWidth", place.width());
-    keep(u"MoniterHeight", place.height());
+    return MayClose(*services_.state);
 }
 
-void frmMoniter::closeEvent(QCloseEvent *event)
+void frmMoniter::Closing()
 {
-    if (!open_)
-        return;
-    if (!MayClose(*services_.state)) {
-        event->ignore();
-        return;
-    }
-    open_ = false;
     tmMeasInter_.SetEnabled(false);
-    KeepPlace();
-    services_.state->MonitorOpen = false;
-    Q_EMIT closed();
 }
 
 void frmMoniter::resizeEvent(QResizeEvent *event)

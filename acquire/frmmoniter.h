@@ -1,10 +1,10 @@
 #pragma once
 
+#include "acquire/livewindow.h"
 #include "platform/timer.h"
 
 #include <QCoro/QCoroTask>
 #include <QPointer>
-#include <QWidget>
 
 class QPushButton;
 
@@ -31,11 +31,10 @@ struct MoniterServices
 };
 
 /// "MEASURE": the instrument's measuring side in large digits, and the button that switches measuring on and
-/// off. It asks the instrument for nothing: whoever decodes a status shows it here.
+/// off.
 ///
-/// It sets `MonitorOpen` for as long as it is open, keeps its place from one opening to the next, and deletes
-/// itself when closed. It refuses to close while the link's work needs it (`MayClose`).
-class frmMoniter : public QWidget
+/// `MonitorOpen` is set while it is open. It refuses to close while the link's work needs it (`MayClose`).
+class frmMoniter : public LiveWindow
 {
     Q_OBJECT
 
@@ -49,27 +48,21 @@ class frmMoniter : public QWidget
     /// decoded with the sample refreshes the window.
     void SetData(const QString &rcvData);
 
-  Q_SIGNALS:
-    /// The window has closed: its place is kept and `MonitorOpen` is cleared.
-    void closed();
-
   protected:
-    void closeEvent(QCloseEvent *event) override;
+    bool MayCloseNow() const override;
+    void Closing() override;
     void resizeEvent(QResizeEvent *event) override;
 
   private:
     static QCoro::Task<void> SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services);
     void OnTick();
-    void Place();
-    QPoint FirstPlace(const QSize &usual, const QList<QRect> &screens) const;
-    void KeepPlace();
+    QPoint FirstPlace(const QSize &usual) const;
 
     MoniterServices services_;
     Timer tmMeasInter_{0, true};
     MeasureFace *face_;
     QPushButton *btMeasOnOff_;
     int presses_ = 0; ///< of the button, whose command has not begun
-    bool open_ = true;
 };
 
 } // namespace px40

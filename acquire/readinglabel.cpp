@@ -69,7 +69,7 @@ void ReadingLabel::paintEvent(QPaintEvent *)
     painter.setFont(sized);
     const QColor ink = palette().color(foregroundRole());
     painter.setPen(ink);
-    double left = width();
+    double left = alignment().testFlag(Qt::AlignHCenter) ? (width() + cells.Width(reading)) / 2 : width();
     for (qsizetype i = reading.size(); i-- > 0;) {
         const QChar character = reading.at(i);
         const double cell = cells.Width(character);

@@ -4,8 +4,9 @@
 
 namespace px40 {
 
-/// Shows a reading at the right end of its place, every digit in a cell of its own, so that digits stand
-/// still while they change, whatever the font. What is too long for its place is drawn smaller, never cut.
+/// Shows a reading at the right end of its place, or in its middle if it is aligned so, every digit in a cell
+/// of its own, so that digits stand still while they change, whatever the font. What is too long for its
+/// place is drawn smaller, never cut.
 class ReadingLabel : public QLabel
 {
   public:

@@ -28,6 +28,9 @@ class StatusViews
     /// Called while `MonitorOpen` is set.
     virtual void ShowMeasure(const MeasureDisplay &display) = 0;
 
+    /// Called while `SourceOpen` is set. `PreviousStatus` is still that of the decoding before.
+    virtual void ShowSourceStatus(const InstrumentState &instrument) = 0;
+
     /// Whether real-time data sets can be made and stored readings be fetched; called while the link is idle.
     virtual void EnableMainCommands(bool enabled) = 0;
 };

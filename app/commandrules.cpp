@@ -74,13 +74,7 @@ CommandStates InitialButtons()
 
 bool IsAvailable(Command command)
 {
-    switch (command) {
-    case Command::FileForward:
-    case Command::ViewSource:
-        return false;
-    default:
-        return true;
-    }
+    return command != Command::FileForward;
 }
 
 } // namespace px40

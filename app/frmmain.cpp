@@ -85,7 +85,11 @@ void frmMain::ConnectAll()
         if (!refusal_.isValid() || refusal_.hasExpired(RefusalShownMs))
             ShowMessage(text);
     });
-    connect(live_, &Live::moniterChanged, this, &frmMain::ShowMoniterState);
+    connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
+    connect(live_, &Live::messageOver, this, [this](const QString &text) {
+        if (message_->text() == text)
+            ShowMessage(QString());
+    });
     connect(live_, &Live::runChanged, this, &frmMain::RefreshCommands);
     connect(live_, &Live::mainCommandsEnabled, this, [this](bool enabled) {
         ApplyStatusRules(enabled, &menuStates_, &buttonStates_);
@@ -139,7 +143,7 @@ void frmMain::ShowPort()
 
 frmData *frmMain::ActiveData() const
 {
-    // Also while the MEASURE window is the active one.
+    // Also while the MEASURE or SOURCE window is the active one.
     return qobject_cast<frmData *>(workspace_->currentSubWindow());
 }
 
@@ -263,6 +267,9 @@ void frmMain::Run(Command command)
         break;
     case Command::ViewMoniter:
         ToggleMoniter();
+        break;
+    case Command::ViewSource:
+        ToggleSource();
         break;
     case Command::HelpAbout:
         (new frmAbout(this))->open();

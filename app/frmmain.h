@@ -57,8 +57,8 @@ class frmMain : public QMainWindow
     /// Shows the port dialog; done when it is closed.
     QCoro::Task<void> RunPortDialog();
 
-    /// Shows the MEASURE window.
-    void OpenMoniter();
+    /// Shows the MEASURE and the SOURCE window.
+    void OpenLiveWindows();
 
     void Run(Command command);
 
@@ -104,7 +104,8 @@ class frmMain : public QMainWindow
     void ShowIntervalSetup();
     void StartRealtime();
     void ToggleMoniter();
-    void ShowMoniterState();
+    void ToggleSource();
+    void ShowLiveWindows();
     QCoro::Task<void> ReceiveMemoryMode();
     QCoro::Task<void> CloseAll();
     void Leave();

@@ -57,7 +57,7 @@ void frmMain::Leave()
     services_->leaving = true;
     services_->settings.WriteSettingsFile();
     SavePlacement();
-    live_->CloseMoniter();
+    live_->Leave();
     tmCheckInter.SetEnabled(false);
     tmCheckStat.SetEnabled(false);
     tmRealtime.SetEnabled(false);

@@ -1,4 +1,5 @@
-// The main window's work with the instrument: stored readings, real-time receive, the MEASURE window.
+// The main window's work with the instrument: stored readings, real-time receive, the MEASURE and SOURCE
+// windows.
 
 #include "app/frmmain.h"
 
@@ -39,9 +40,10 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     RefreshCommands();
 }
 
-void frmMain::OpenMoniter()
+void frmMain::OpenLiveWindows()
 {
     live_->OpenMoniter();
+    live_->OpenSource();
 }
 
 void frmMain::ToggleMoniter()
@@ -50,14 +52,26 @@ void frmMain::ToggleMoniter()
         live_->CloseMoniter();
     else
         live_->OpenMoniter();
-    ShowMoniterState(); // a click has turned the check mark, whatever came of it
+    ShowLiveWindows(); // a click has turned the check mark, whatever came of it
 }
 
-void frmMain::ShowMoniterState()
+void frmMain::ToggleSource()
 {
-    const bool open = live_->IsMoniterOpen();
-    actions_->Item(Command::ViewMoniter)->setChecked(open);
-    actions_->Button(Command::ViewMoniter)->setChecked(open);
+    if (live_->IsSourceOpen())
+        live_->CloseSource();
+    else
+        live_->OpenSource();
+    ShowLiveWindows();
+}
+
+void frmMain::ShowLiveWindows()
+{
+    const auto check = [this](Command command, bool open) {
+        actions_->Item(command)->setChecked(open);
+        actions_->Button(command)->setChecked(open);
+    };
+    check(Command::ViewMoniter, live_->IsMoniterOpen());
+    check(Command::ViewSource, live_->IsSourceOpen());
 }
 
 /// The buttons are there for every data window, but these commands are only for real-time ones.

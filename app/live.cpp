@@ -6,12 +6,21 @@
 #include "platform/prompts.h"
 #include "platform/timer.h"
 #include "resources/strings.h"
+#include "source/frmsource.h"
+#include "source/frmsrcvalueset.h"
+#include "source/sourcedisplay.h"
 
 namespace px40 {
 
 namespace {
 
 constexpr int WaitIntervalMs = 10;
+
+void BringToFront(QWidget *window)
+{
+    window->raise();
+    window->activateWindow();
+}
 
 } // namespace
 
@@ -20,8 +29,11 @@ Live::Live(Services &services, const Timers &timers, QWidget *window)
       statusCheck_(services.state, services.gate, services.comm, services.prompts, services.instrument,
                    services.ranges, timers.tmCheckStat, *this),
       realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
-                 services.clock, services.instrument, timers.tmRealtime, *this})
+                 services.clock, services.instrument, timers.tmRealtime, *this}),
+      sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument)
 {
+    connect(&sourceCommands_, &SourceCommands::failed, this, &Live::message);
+    connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::messageOver);
     connect(&timers.tmCheckStat, &Timer::tick, this,
             [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
@@ -30,26 +42,45 @@ Live::Live(Services &services, const Timers &timers, QWidget *window)
 
 Live::~Live() = default;
 
+/// Without taking the focus: the user goes on in the main window.
+template <typename Window>
+void Live::ShowWindow(Window *window)
+{
+    connect(window, &LiveWindow::closed, this, &Live::windowsChanged);
+    window->setAttribute(Qt::WA_ShowWithoutActivating);
+    window->show();
+    window_->activateWindow();
+    StartChecking();
+    Q_EMIT windowsChanged();
+}
+
 void Live::OpenMoniter()
 {
+    moniterByTrouble_ = false;
     if (moniter_) {
-        moniter_->raise();
-        moniter_->activateWindow();
+        BringToFront(moniter_);
         return;
     }
     const MoniterServices moniterServices = {&services_->state, &services_->gate,  &services_->comm,
                                              &services_->jobs,  &services_->store, &services_->instrument};
     moniter_ = new frmMoniter(moniterServices, window_);
-    connect(moniter_, &frmMoniter::closed, this, [this] {
-        moniter_ = nullptr;
-        Q_EMIT moniterChanged();
-    });
-    moniter_->setAttribute(Qt::WA_ShowWithoutActivating); // the user goes on in the main window
-    closedByTrouble_ = false;
-    moniter_->show();
-    window_->activateWindow();
-    StartChecking();
-    Q_EMIT moniterChanged();
+    connect(moniter_, &LiveWindow::closed, this, [this] { moniter_ = nullptr; });
+    ShowWindow(moniter_.data());
+}
+
+void Live::OpenSource()
+{
+    sourceByTrouble_ = false;
+    if (source_) {
+        BringToFront(source_);
+        return;
+    }
+    const SourceServices sourceServices = {&services_->state, &services_->store, &services_->ranges,
+                                           &sourceCommands_};
+    source_ = new frmSource(sourceServices, window_);
+    connect(source_, &LiveWindow::closed, this, [this] { source_ = nullptr; });
+    connect(source_, &frmSource::valueAsked, this, &Live::OpenValueEntry);
+    ShowWindow(source_.data());
 }
 
 void Live::CloseMoniter()
@@ -58,10 +89,38 @@ void Live::CloseMoniter()
         moniter_->close();
 }
 
+void Live::CloseSource()
+{
+    if (source_)
+        source_->close();
+}
+
+/// It belongs to the main window: it stays when the SOURCE window is closed.
+void Live::OpenValueEntry()
+{
+    if (valueEntry_) {
+        BringToFront(valueEntry_);
+        return;
+    }
+    valueEntry_ = new frmSrcValueSet(sourceCommands_, services_->instrument, window_);
+    valueEntry_->show();
+}
+
 void Live::PortChosen()
 {
-    if (closedByTrouble_ && services_->comm.IsOpen())
+    if (!services_->comm.IsOpen())
+        return;
+    if (moniterByTrouble_)
         OpenMoniter();
+    if (sourceByTrouble_)
+        OpenSource();
+}
+
+void Live::Leave()
+{
+    sourceCommands_.tmSrcInter.SetEnabled(false);
+    CloseMoniter();
+    CloseSource();
 }
 
 /// A lost instrument that has been plugged in again is found again.
@@ -79,8 +138,11 @@ void Live::StartChecking()
 /// A reading that nothing refreshes must not pass for the present one.
 void Live::OnPortChanged()
 {
-    if (!services_->comm.IsOpen() && !services_->state.RealtimeRun)
-        ShowMeasure({});
+    if (services_->comm.IsOpen() || services_->state.RealtimeRun)
+        return;
+    ShowMeasure({});
+    if (source_)
+        source_->Clear();
 }
 
 QCoro::Task<void> Live::Check()
@@ -88,8 +150,10 @@ QCoro::Task<void> Live::Check()
     const bool reached = co_await statusCheck_.CheckStatus();
     if (reached)
         co_return;
-    closedByTrouble_ = !moniter_.isNull();
+    moniterByTrouble_ = moniterByTrouble_ || moniter_;
+    sourceByTrouble_ = sourceByTrouble_ || source_;
     CloseMoniter();
+    CloseSource();
 }
 
 QCoro::Task<void> Live::Start(QPointer<frmData> window)
@@ -134,6 +198,13 @@ void Live::ShowMeasure(const MeasureDisplay &display)
         moniter_->Show(display);
 }
 
+void Live::ShowSourceStatus(const InstrumentState &instrument)
+{
+    const bool inMeasure = moniter_ && HidesMeasurement(instrument.Status.SourceMode);
+    if (source_)
+        source_->Show(ShowSource(instrument.Status, services_->ranges, inMeasure));
+}
+
 void Live::EnableMainCommands(bool enabled)
 {
     Q_EMIT mainCommandsEnabled(enabled);
@@ -142,7 +213,7 @@ void Live::EnableMainCommands(bool enabled)
 void Live::RunChanged()
 {
     // A run may have found the port again while nobody checked.
-    if (moniter_ && !services_->state.RealtimeRun)
+    if ((moniter_ || source_) && !services_->state.RealtimeRun)
         StartChecking();
     Q_EMIT runChanged();
 }

@@ -3,6 +3,7 @@
 #include "acquire/realtime.h"
 #include "acquire/statuscheck.h"
 #include "app/services.h"
+#include "source/sourcecommands.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -17,9 +18,11 @@ namespace px40 {
 class Timer;
 class frmData;
 class frmMoniter;
+class frmSource;
+class frmSrcValueSet;
 
-/// What goes on by itself beside the commands of the main window: the status check, the MEASURE window that
-/// it writes to, and real-time receive.
+/// What goes on by itself beside the commands of the main window: the status check, the MEASURE and SOURCE
+/// windows that it writes to, the commands of the SOURCE window, and real-time receive.
 class Live : public QObject, private StatusViews, private RealtimeViews
 {
     Q_OBJECT
@@ -38,13 +41,19 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     ~Live() override;
 
     bool IsMoniterOpen() const { return !moniter_.isNull(); }
-    /// Opens the MEASURE window, which starts the status check if it stands still, or brings it to the front.
+    bool IsSourceOpen() const { return !source_.isNull(); }
+    /// Opens the MEASURE or SOURCE window, which starts the status check if it stands still, or brings it to
+    /// the front.
     void OpenMoniter();
-    /// The user has chosen a port that could be opened: a MEASURE window that went with the old connection
-    /// comes back, and the status check with it.
-    void PortChosen();
+    void OpenSource();
     /// Closes it, unless a run or a download holds it.
     void CloseMoniter();
+    void CloseSource();
+    /// The user has chosen a port that could be opened: the windows that went with the old connection come
+    /// back, and the status check with them.
+    void PortChosen();
+    /// The program is about to end: what has not been sent stays unsent, and the windows close.
+    void Leave();
 
     /// Asks about forwarding and starts a run into the data set of that window, as soon as the link is free.
     QCoro::Task<void> Start(QPointer<frmData> window);
@@ -53,18 +62,23 @@ class Live : public QObject, private StatusViews, private RealtimeViews
 
   Q_SIGNALS:
     void message(const QString &text);
-    void runMessage(const QString &text); ///< each second of a run
-    void moniterChanged();
+    void runMessage(const QString &text);  ///< each second of a run
+    void messageOver(const QString &text); ///< what that message told is no longer so
+    void windowsChanged();                 ///< MEASURE or SOURCE was opened or closed
     void mainCommandsEnabled(bool enabled);
     void runChanged();
 
   private:
+    template <typename Window>
+    void ShowWindow(Window *window);
+    void OpenValueEntry();
     void StartChecking();
     void OnPortChanged();
     QCoro::Task<void> Check();
     void OnCheckInter();
 
     void ShowMeasure(const MeasureDisplay &display) override;
+    void ShowSourceStatus(const InstrumentState &instrument) override;
     void EnableMainCommands(bool enabled) override;
     void RunChanged() override;
     void ShowRun(const RunProgress &progress) override;
@@ -76,10 +90,14 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     QWidget *window_;
     StatusCheck statusCheck_;
     Realtime realtime_;
+    SourceCommands sourceCommands_;
     QPointer<frmMoniter> moniter_;
+    QPointer<frmSource> source_;
+    QPointer<frmSrcValueSet> valueEntry_;
     QPointer<frmData> waiting_; ///< a start into this window waits for the link
     bool waitingForward_ = false;
-    bool closedByTrouble_ = false; ///< not by the user
+    bool moniterByTrouble_ = false; ///< closed, but not by the user
+    bool sourceByTrouble_ = false;
     bool asking_ = false;
 };
 

@@ -26,7 +26,7 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     services->ranges = BuildRangeLists();
     services->state.StatusPolled = false;
     window->ShowPlaced();
-    window->OpenMoniter();
+    window->OpenLiveWindows();
     if (card) {
         card->raise();
         co_await card->Wait();

@@ -4,9 +4,12 @@
 #include "acquire/status.h"
 #include "fuzz/check.h"
 #include "link/rangelists.h"
+#include "source/sourcedisplay.h"
 
 #include <QString>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -56,6 +59,53 @@ QString Expected(QString reply)
     return reply;
 }
 
+/// Nothing that came over the line gets lost or is made up: sign, digits and point are the value's
+/// characters, blanks apart.
+void CheckSourceValue(const InstrumentStatus &status, const SourceDisplay &shown)
+{
+    const auto lit = std::count(shown.points.begin(), shown.points.end(), true);
+    const bool noValue = QStringLiteral("OE").contains(status.SourceField[3]);
+    PX40_CHECK(lit <= (noValue ? 0 : 1));
+    PX40_CHECK(shown.digits[0].size() <= 2);
+    QString line = shown.digits[0];
+    for (std::size_t k = 1; k < shown.digits.size(); ++k) {
+        PX40_CHECK(shown.digits.at(k).size() <= 1);
+        line += shown.digits.at(k);
+        if (k <= shown.points.size() && shown.points.at(k - 1))
+            line += u'.';
+    }
+    QString value = status.SourceValue;
+    if (value.indexOf(u'.', 1) == value.size() - 1)
+        value.chop(1); // a point behind the last digit
+    if (value.startsWith(u'+'))
+        value.remove(0, 1);
+    PX40_CHECK(noValue ? line == u"-----"
+                       : line.simplified().remove(u' ') == value.simplified().remove(u' '));
+}
+
+void CheckSource(const InstrumentStatus &status)
+{
+    static const RangeLists ranges = BuildRangeLists();
+    const SourceDisplay shown = ShowSource(status, ranges, false);
+    CheckSourceValue(status, shown);
+    const std::array<qsizetype, SourceDisplay::Lists> sizes = {
+        ranges.TcSourceList.size(), ranges.RtdList.size(), ranges.TempSetList.size(),
+        ranges.PulseFreqList.size(), ranges.PulseKindList.size()};
+    for (std::size_t i = 0; i < sizes.size(); ++i)
+        PX40_CHECK(shown.positions.at(i) >= SourceDisplay::KeepPosition &&
+                   shown.positions.at(i) < sizes.at(i));
+    // A symbol stands in place of a unit and beside a function.
+    PX40_CHECK(shown.symbol == MeasureDisplay::NoSymbol ||
+               (shown.unit.isEmpty() && !shown.function.isEmpty()));
+    PX40_CHECK(!shown.signalEntry.isEmpty());
+    PX40_CHECK(!shown.mayStepUp || shown.mayChooseRange);
+    // The indicators apart, the two windows do not depend on each other.
+    SourceDisplay dark = shown;
+    dark.indicators = {};
+    PX40_CHECK(ShowSource(status, ranges, true) == dark);
+    PX40_CHECK(shown.indicators == ShowOptionIndicators(status));
+}
+
 void CheckDisplay(const InstrumentStatus &status)
 {
     static const RangeLists ranges = BuildRangeLists();
@@ -85,6 +135,7 @@ void CheckReply(const QString &reply)
     PX40_CHECK(status.SourceValue == status.SourceField.mid(4, 7));
     PX40_CHECK(status.SourcePointPos == 0 || status.SourceValue[status.SourcePointPos - 1] == u'.');
     CheckDisplay(status);
+    CheckSource(status);
 }
 
 } // namespace

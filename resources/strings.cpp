@@ -237,6 +237,12 @@ const char16_t *Lookup(Str id)
         return u"Freq.";
     case Str::PulseAmplitude:
         return u"Amp.";
+    case Str::SourceValueTitle:
+        return u"MEAS VAL.";
+    case Str::SourceSet:
+        return u"SET";
+    case Str::SourceCancel:
+        return u"CANCEL";
     case Str::PulseCount:
         return u"Count";
 
@@ -432,6 +438,42 @@ const char16_t *Lookup(Str id)
         return u"1 row";
     case Str::Rows:
         return u"%1 rows";
+    case Str::SourceTitle:
+        return u"SOURCE";
+    case Str::SourceThermoFrame:
+        return u"Temp-measurement";
+    case Str::SourceTc:
+        return u"TC:";
+    case Str::SourceRtd:
+        return u"RTD:";
+    case Str::SourceTemp:
+        return u"TEMP:";
+    case Str::SourcePulseFrame:
+        return u"Freq-measurement";
+    case Str::SourceFrequency:
+        return u"FREQ.:";
+    case Str::SourcePulse:
+        return u"PULSE:";
+    case Str::SourceRatio:
+        return u"n/m";
+    case Str::SourceRatioN:
+        return u"n:";
+    case Str::SourceRatioM:
+        return u"m:";
+    case Str::SourceStepUp:
+        return u"Digit %1 up";
+    case Str::SourceStepDown:
+        return u"Digit %1 down";
+    case Str::TipSourceValue:
+        return u"Type the source value";
+    case Str::TipSourceRatio:
+        return u"n/m ON/OFF";
+    case Str::SourceRefused:
+        return u"The PX40 has refused the command \"%1\".";
+    case Str::SourceNoAnswer:
+        return u"The PX40 has not answered the command \"%1\".";
+    case Str::SourceUnknownCharacter:
+        return u"The PX40 does not know the character \"%1\".";
     }
     return u"";
 }

@@ -1,5 +1,6 @@
 // px40sim: serves the simulated instrument on a pseudo-terminal until it is interrupted.
 
+#include "simulator/keyorders.h"
 #include "simulator/options.h"
 #include "simulator/ptyserver.h"
 #include "simulator/statusfile.h"
@@ -97,6 +98,14 @@ void AnswerStatus(const std::string &file, PtyServer &server)
     server.WithInstrument([&](Instrument &instrument) { instrument.HoldStatus(std::move(reply)); });
 }
 
+void PressKeys(std::string_view order, PtyServer &server)
+{
+    std::string error;
+    const auto press = [&](Instrument &instrument) { return ObeyKeys(order, instrument, &error); };
+    if (!server.WithInstrument(press))
+        std::cerr << "px40sim: " << error << std::endl;
+}
+
 // False when the order is to quit.
 bool Obey(std::string_view order, PtyServer &server)
 {
@@ -119,11 +128,12 @@ bool Obey(std::string_view order, PtyServer &server)
             std::cerr << "px40sim: " << error << std::endl;
     } else if (order.starts_with(status)) {
         AnswerStatus(std::string(order.substr(status.size())), server);
+    } else if (IsKeyOrder(order)) {
+        PressKeys(order, server);
     } else if (!order.empty()) {
-        std::cerr
-            << "px40sim: The orders are unplug, plug, fault NAME[=ARGUMENT], status FILE, status live and "
-               "quit."
-            << std::endl;
+        std::cerr << "px40sim: The orders are unplug, plug, fault NAME[=ARGUMENT], status FILE, status live, "
+                     "source, measure, mode, options and quit; see --help."
+                  << std::endl;
     }
     return true;
 }
@@ -164,6 +174,8 @@ int Serve(Options &options)
     const WakePipe interrupted;
     CatchSignals(interrupted);
     PtyServer server(std::move(options.server));
+    for (const std::string &order : options.keyOrders)
+        PressKeys(order, server);
     std::cout << server.DevicePath() << std::endl;
     ServeUntilInterrupted(server, interrupted);
     return 0;

@@ -1,5 +1,6 @@
 #include "simulator/options.h"
 
+#include "simulator/keyorders.h"
 #include "simulator/statusfile.h"
 
 #include <charconv>
@@ -36,6 +37,11 @@ bool SetWithValue(std::string_view name, std::string_view value, Options &option
             options.server.statuses.push_back(*std::move(reply));
         return reply.has_value();
     }
+    if (name == "--set") {
+        Instrument tried;
+        options.keyOrders.emplace_back(value);
+        return ObeyKeys(value, tried, &error);
+    }
     if (name == "--seed") {
         const auto seed = ParseNumber<std::uint64_t>(value);
         options.server.seed = seed.value_or(0);
@@ -58,7 +64,7 @@ bool ParseOptions(std::span<char *const> arguments, Options &options, std::strin
         const std::size_t equals = argument.find('=');
         const std::string_view name = argument.substr(0, equals);
         const bool takesValue = name == "--link" || name == "--think" || name == "--seed" ||
-                                name == "--fault" || name == "--status";
+                                name == "--fault" || name == "--status" || name == "--set";
         if (takesValue) {
             const bool inside = equals != std::string_view::npos;
             if (!inside && i + 1 == arguments.size()) {
@@ -87,7 +93,7 @@ bool ParseOptions(std::span<char *const> arguments, Options &options, std::strin
     return true;
 }
 
-std::string_view HelpText()
+std::string HelpText()
 {
     return "px40sim - the PX40 calibrator in software, on a pseudo-terminal\n"
            "\n"
@@ -106,6 +112,9 @@ std::string_view HelpText()
            "  --status FILE    answer the status question with the line \"reply: ...\" of that file; several "
            "are\n"
            "                   given one after the other, the last one from then on\n"
+           "  --set ORDER      an order for the instrument's keys, e.g. --set \"source 6 0\", is obeyed at "
+           "the\n"
+           "                   start; may be given several times\n"
            "  --verbose        show each command and reply with its time in seconds\n"
            "  --help, --version\n"
            "\n"
@@ -116,7 +125,12 @@ std::string_view HelpText()
            "                   adds a fault; \"fault none\" clears all\n"
            "  status FILE      answers the status question with that file's reply; \"status live\" ends "
            "that\n"
-           "  quit\n";
+           "  quit\n"
+           "\n"
+           "Orders for the instrument's keys, on the standard input or with --set. All numbers begin at 0. "
+           "A\n"
+           "reply of --status or \"status FILE\" hides what they change.\n" +
+           std::string(KeyOrderHelp());
 }
 
 } // namespace px40::sim

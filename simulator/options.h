@@ -4,6 +4,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace px40::sim {
 
@@ -14,6 +15,8 @@ struct Options
 
     Action action = Action::Serve;
     ServerOptions server;
+    /// Orders for the instrument's keys, known to be right, to be obeyed one after the other.
+    std::vector<std::string> keyOrders;
     bool verbose = false;
 };
 
@@ -21,6 +24,6 @@ struct Options
 bool ParseOptions(std::span<char *const> arguments, Options &options, std::string &error);
 
 /// What --help shows.
-std::string_view HelpText();
+std::string HelpText();
 
 } // namespace px40::sim

@@ -1,14 +1,17 @@
 #include "acquire/frminterval.h"
 #include "acquire/frmmoniter.h"
+#include "source/frmsource.h"
+#include "source/frmsrcvalueset.h"
 #include "tests/heldclock.h"
 #include "tests/program.h"
 
+#include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
 
 using namespace px40;
 
-/// Status check, MEASURE window and real-time receive in the main window.
+/// Status check, MEASURE and SOURCE window and real-time receive in the main window.
 class LiveTest : public QObject
 {
     Q_OBJECT
@@ -17,6 +20,7 @@ class LiveTest : public QObject
     void RunFromTheToolBar();
     void StartWaitsForTheLink();
     void MeasureWindowFollows();
+    void SourceWindowFollows();
     void LostInstrumentIsFoundAgain();
     void RowsBehindAQuestionAreNotSaved();
     void CommandsNeedTheRightWindow();
@@ -83,6 +87,16 @@ struct LiveProgram : LiveParts, Program
     bool MoniterChecked() const
     {
         return Action("mnuViewMoniter")->isChecked() && Action("Moniter")->isChecked();
+    }
+    frmSource *Source() const { return window->findChild<frmSource *>(); }
+    /// Text of one of the SOURCE window's labels.
+    QString Shown(const char *label) const
+    {
+        return Source()->findChild<QLabel *>(QLatin1StringView(label))->text();
+    }
+    bool SourceChecked() const
+    {
+        return Action("mnuViewSource")->isChecked() && Action("Source")->isChecked();
     }
 };
 
@@ -185,12 +199,57 @@ void LiveTest::MeasureWindowFollows()
     QCOMPARE(program.Value(), u" -bo-"_qs);
 }
 
+void LiveTest::SourceWindowFollows()
+{
+    LiveProgram program;
+    QVERIFY(program.SourceChecked());
+    const auto commandsEndWith = [&](const char *command) {
+        return WaitUntil([&] { return program.server.Commands().back() == command; }) && program.NoJobLeft();
+    };
+    QVERIFY(commandsEndWith("PU0"));
+    QCOMPARE(program.Message(), QString()); // nobody asked for it
+    program.server.WithInstrument([](sim::Instrument &i) {
+        i.SetSource(6, 0);
+        i.SetSourceMode(3);
+        i.SetOptionFlags("10000000");
+    });
+    QVERIFY(program.Check());
+    QCOMPARE(program.Shown("llUnit"), u"mA"_qs);
+    QCOMPARE(program.Shown("llDipsw4"), QString()); // lit in MEASURE
+    program.Action("Moniter")->trigger();
+    QVERIFY(program.Check());
+    QCOMPARE(program.Shown("llDipsw4"), u"AUTO OFF"_qs);
+
+    // The value entry does not need the window that has opened it.
+    Press(program.Source(), "btInput");
+    Press(program.Source(), "btInput");
+    QCOMPARE(program.window->findChildren<frmSrcValueSet *>().size(), 1);
+    program.Action("mnuViewSource")->trigger();
+    QTRY_VERIFY(!program.Source());
+    QVERIFY(!program.SourceChecked() && !program.services.state.SourceOpen);
+    auto *const entry = program.Find<frmSrcValueSet>("frmSrcValueSet");
+    entry->findChild<QLineEdit *>()->setText(u"abc"_qs);
+    Press(entry, "btSet");
+    QVERIFY(commandsEndWith("SDabc"));
+    QCOMPARE(program.Message(), u"The PX40 has refused the command \"SDabc\"."_qs);
+
+    program.Action("Source")->trigger();
+    QCOMPARE(program.Shown("llUnit"), QString()); // until the next status
+    Press(program.Source(), "btSrcOnOff");
+    QVERIFY(commandsEndWith("SO1"));
+    QCOMPARE(program.Message(), QString());
+    QVERIFY(program.Check());
+    QCOMPARE(program.Shown("llState"), u"SOURCE ON"_qs);
+    QVERIFY(program.Unplug());
+    QCOMPARE(program.Shown("llUnit"), QString());
+}
+
 void LiveTest::LostInstrumentIsFoundAgain()
 {
     LiveProgram program;
     QVERIFY(program.Unplug());
     QVERIFY(program.Check());
-    QVERIFY(!program.services.state.MonitorOpen);
+    QVERIFY(!program.services.state.MonitorOpen && !program.services.state.SourceOpen);
     QVERIFY(!program.window->tmCheckStat.Enabled());
 
     program.Action("Moniter")->trigger(); // still unplugged
@@ -219,14 +278,15 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(program.window->tmCheckStat.Enabled());
 
     // The port dialog brings back what went with the connection.
+    program.Action("Source")->trigger();
     SetFault(program.server, "silent");
     QVERIFY(program.Check());
-    QVERIFY(!program.MoniterChecked());
+    QVERIFY(!program.MoniterChecked() && !program.SourceChecked());
     SetFault(program.server, "none");
     program.Action("mnuSetupCommport")->trigger();
     Press(program.Find<QDialog>("frmPort"), "btOk");
     QVERIFY(program.NoJobLeft());
-    QVERIFY(program.MoniterChecked());
+    QVERIFY(program.MoniterChecked() && program.SourceChecked());
     QVERIFY(program.window->tmCheckStat.Enabled());
 }
 

@@ -114,6 +114,7 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
     Realtime realtime;
 
     QList<MeasureDisplay> shown;
+    QList<InstrumentStatus> sourceShown; ///< the statuses that the SOURCE window was told
     QList<bool> commandsEnabled;
     QStringList handedOn; ///< to the MEASURE window during a run
     RunProgress progress;
@@ -121,6 +122,7 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
 
   private:
     void ShowMeasure(const MeasureDisplay &display) override { shown.append(display); }
+    void ShowSourceStatus(const InstrumentState &now) override { sourceShown.append(now.Status); }
     void EnableMainCommands(bool enabled) override { commandsEnabled.append(enabled); }
     void RunChanged() override { ++runChanges; }
     void ShowRun(const RunProgress &now) override { progress = now; }

@@ -1,5 +1,6 @@
 // The instrument in software: what it answers, and what reaches a program through its pseudo-terminal.
 
+#include "simulator/keyorders.h"
 #include "simulator/ptyserver.h"
 #include "simulator/statusfile.h"
 
@@ -37,6 +38,7 @@ class SimulatorTest : public QObject
     void StoredReadingsKeepTheirColumns();
     void RecordsNeedTheirMode();
     void StatusFollowsTheState();
+    void KeysAreObeyedOrChangeNothing();
     void HeldStatusesTakeTurns();
     void DigitsCarryAndStopAtTheLimits();
     void RefusedCommandsChangeNothing();
@@ -108,6 +110,31 @@ void SimulatorTest::StatusFollowsTheState()
     const QByteArray shortStatus = Ask(instrument, "OC");
     QCOMPARE(shortStatus.size(), 44);
     QVERIFY(shortStatus.endsWith('2'));
+}
+
+void SimulatorTest::KeysAreObeyedOrChangeNothing()
+{
+    Instrument instrument;
+    instrument.HoldMeasureField("VDCN 12.345E+0");
+    std::string error;
+    // An order, a column of the status and what stands there.
+    const std::tuple<const char *, int, QByteArray> rows[] = {
+        {"source 4 02", 20, "402"}, {" measure  6\t4", 2, "604"},         {"mode 9", 51, "9"},
+        {"source 6 0", 20, "600"},  {"options 01000001", 37, "01000001"}, {"mode 0", 51, "0"},
+    };
+    for (const auto &[order, column, expected] : rows) {
+        QVERIFY2(IsKeyOrder(order) && ObeyKeys(order, instrument, &error), error.c_str());
+        QCOMPARE(Columns(Ask(instrument, "OC"), column, int(expected.size())), expected);
+    }
+    const QByteArray before = Ask(instrument, "OC");
+    for (const char *const order :
+         {"", "sources 6 0", "source", "source 6", "source 6 0 0", "source 6 1", "source 9 0", "source -1 0",
+          "measure 8 0", "measure 1 x", "mode 10", "mode 1.0", "options 0000000", "options 00000002"}) {
+        error.clear();
+        QVERIFY2(!ObeyKeys(order, instrument, &error), order);
+        QVERIFY2(error.ends_with('.'), order);
+    }
+    QCOMPARE(Ask(instrument, "OC"), before);
 }
 
 void SimulatorTest::HeldStatusesTakeTurns()

@@ -4,6 +4,7 @@
 #include "acquire/status.h"
 #include "link/rangelists.h"
 #include "simulator/statusfile.h"
+#include "source/sourcedisplay.h"
 #include "tests/support.h"
 
 #include <QDir>
@@ -55,6 +56,30 @@ QStringList AsTexts(const Fields &...fields)
     return {QVariant(fields).toString()...};
 }
 
+/// The SOURCE window in one line: sign and digits with the points lit, then unit, function, symbol and lamp.
+QString Picture(const SourceDisplay &shown)
+{
+    QStringList digits(shown.digits.begin(), shown.digits.end());
+    for (std::size_t k = 0; k < shown.points.size(); ++k) {
+        if (shown.points.at(k))
+            digits[static_cast<qsizetype>(k) + 1] += u'.';
+    }
+    const QString lamp = shown.on ? u"on"_qs : u"off"_qs;
+    const QStringList captions = AsTexts(shown.unit, shown.function, shown.symbol, lamp);
+    return u"%1 = %2"_qs.arg(digits.join(u'|'), captions.join(u'|'));
+}
+
+/// What it says of its lists and buttons: each position, the signal entry, and what is obeyed.
+QString ListsAndButtons(const SourceDisplay &shown)
+{
+    QStringList texts;
+    for (const int position : shown.positions)
+        texts << (position == SourceDisplay::KeepPosition ? u"-"_qs : QString::number(position));
+    texts << shown.signalEntry << (shown.mayStepUp ? u"up"_qs : u"-"_qs)
+          << (shown.mayChooseRange ? u"range"_qs : u"-"_qs);
+    return texts.join(u' ');
+}
+
 /// What the program makes of the reply in `link`, under the keys of the files.
 Texts Understood(const LinkState &link, const RangeLists &ranges)
 {
@@ -67,18 +92,19 @@ Texts Understood(const LinkState &link, const RangeLists &ranges)
     for (const bool bit : s.OptionBits)
         bits.prepend(bit ? u'1' : u'0');
     const MeasureDisplay shown = ShowMeasure(s, ranges);
+    const SourceDisplay source = ShowSource(s, ranges, false);
     const QStringList keys =
         u"MeasureOn MeasureFunction MeasureRange MeasureValue SourceOn SourceFunction SourceRange "
         "SourceField SourceValue SourcePointPos OptionFlags OptionBits StatusFieldA StatusFieldB "
         "SourceSubMode PulseSubMode SourceMode CommMode "
-        "value unit function symbol on buttonEnabled indicators options"_qs.split(u' ');
+        "value unit function symbol on buttonEnabled indicators options source lists"_qs.split(u' ');
     // In the same order.
-    const QStringList fields =
-        AsTexts(s.MeasureOn, s.MeasureFunction, s.MeasureRange, s.MeasureValue, s.SourceOn, s.SourceFunction,
-                s.SourceRange, s.SourceField, s.SourceValue, s.SourcePointPos, s.OptionFlags, bits,
-                s.StatusFieldA, s.StatusFieldB, s.SourceSubMode, s.PulseSubMode, s.SourceMode, s.CommMode,
-                shown.value, shown.unit, shown.function, shown.symbol, shown.on, shown.buttonEnabled,
-                Joined(shown.indicators), Joined(ShowOptionIndicators(s)));
+    const QStringList fields = AsTexts(
+        s.MeasureOn, s.MeasureFunction, s.MeasureRange, s.MeasureValue, s.SourceOn, s.SourceFunction,
+        s.SourceRange, s.SourceField, s.SourceValue, s.SourcePointPos, s.OptionFlags, bits, s.StatusFieldA,
+        s.StatusFieldB, s.SourceSubMode, s.PulseSubMode, s.SourceMode, s.CommMode, shown.value, shown.unit,
+        shown.function, shown.symbol, shown.on, shown.buttonEnabled, Joined(shown.indicators),
+        Joined(source.indicators), Picture(source), ListsAndButtons(source));
     for (qsizetype i = 0; i < keys.size(); ++i)
         texts.insert(keys[i], fields[i]);
     return texts;
@@ -131,6 +157,11 @@ void StatusTest::EveryStateIsUnderstood()
     }
     QVERIFY2(differences.isEmpty(), qPrintable(differences.join(u'\n')));
     QCOMPARE(MeasureValueText(u"ERROR"_qs), u"ERROR"_qs); // no reading in real-time receive
+
+    InstrumentStatus lit;
+    lit.OptionBits.fill(true);
+    QCOMPARE(Joined(ShowSource(lit, ranges, false).indicators), u"||||AUTO OFF||"_qs);
+    QCOMPARE(Joined(ShowSource(lit, ranges, true).indicators), u"||||||"_qs);
 }
 
 void StatusTest::HostileReplies()

@@ -19,7 +19,7 @@ void StatusCheckTest::CycleAsksAndShows()
     QVERIFY(rig.Check());
     QCOMPARE(rig.Commands(), QStringList({u"AN1"_qs, u"H1"_qs, u"OC"_qs}));
     QVERIFY(rig.state.StatusPolled);
-    QVERIFY(rig.shown.isEmpty()); // the MEASURE window is closed
+    QVERIFY(rig.shown.isEmpty() && rig.sourceShown.isEmpty()); // both windows are closed
     QCOMPARE(rig.commandsEnabled, QList<bool>{true});
     QCOMPARE(rig.instrument.PreviousStatus, rig.instrument.Status);
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
@@ -30,7 +30,16 @@ void StatusCheckTest::CycleAsksAndShows()
     QVERIFY(rig.Check());
     QCOMPARE(rig.shown.size(), 1);
     QVERIFY(!rig.shown.last().buttonEnabled);
+    QVERIFY(rig.sourceShown.isEmpty());
     QCOMPARE(rig.commandsEnabled.last(), false);
+
+    rig.state.MonitorOpen = false;
+    rig.state.SourceOpen = true;
+    rig.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(8); });
+    QVERIFY(rig.Check());
+    QCOMPARE(rig.shown.size(), 1);
+    QCOMPARE(rig.sourceShown, QList<InstrumentStatus>{rig.instrument.Status});
+    QCOMPARE(rig.sourceShown.last().SourceMode, 8);
 }
 
 void StatusCheckTest::CycleIsSkippedOrYields()
@@ -50,12 +59,14 @@ void StatusCheckTest::CycleIsSkippedOrYields()
 
     // Real-time receive has the link to itself; its stored reply is shown again when it is a status.
     rig.state.MonitorOpen = true;
+    rig.state.SourceOpen = true;
     rig.state.LinkActivity = ActivityRealtime;
     const QString good = rig.Expected(u"OC"_qs);
     for (const QString &reply : {good, u"ERROR"_qs, QString(good).replace(19, 1, u'x')}) {
         rig.instrument.StatusReply = reply;
         QVERIFY(rig.Check());
         QCOMPARE(rig.shown.size(), 1);
+        QCOMPARE(rig.sourceShown.size(), 1);
     }
     QVERIFY(rig.commandsEnabled.isEmpty());
     QCOMPARE(rig.Commands(), QStringList(u"AN1"_qs));

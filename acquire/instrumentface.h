@@ -1,0 +1,79 @@
+#pragma once
+
+#include "acquire/measuredisplay.h"
+
+#include <QPalette>
+#include <QWidget>
+
+#include <array>
+
+class QLabel;
+
+namespace px40 {
+
+class DrawnFace;
+
+/// The display of one side of the instrument, with what both sides have: function and lamp above, a unit or
+/// temperature symbol behind the reading, the option indicators below. The reading is the subclass's.
+/// Everything on it grows with the widget.
+class InstrumentFace : public QWidget
+{
+    Q_OBJECT
+
+  protected:
+    /// `designSize`: the size for which the string table's font sizes are meant, in pixels of 1/96 inch;
+    /// nothing is cut from there on upwards. `side`: what the lamp tells the state of.
+    InstrumentFace(const QSizeF &designSize, const QString &side, QWidget *parent);
+
+    /// Places on the face, in units of its design size.
+    static constexpr double Edge = 12;
+    static constexpr double UnitGap = 8;
+    static constexpr double SymbolSide = 42;
+    static constexpr double ReadingHeight = 54;
+    static constexpr double TopRowEnd = 26;
+    static constexpr double IndicatorRowHeight = 20;
+
+    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol, bool on,
+                  const OptionIndicators &indicators);
+
+    QLabel *NewLabel(const char *name, Qt::Alignment alignment);
+    /// What the lamp says.
+    QString LampText(bool on) const;
+    /// The colours for drawings that lie on the display.
+    QPalette Ground() const;
+
+    /// How much larger than its design size the face is; `Area` is its size in the design's units.
+    double Scale() const;
+    QSizeF Area() const;
+    QRect Place(double left, double top, double width, double height) const;
+    QRect LampPlace() const { return lampPlace_; }
+    /// Unit or symbol, beside a reading of the usual height; the unit on the reading's `baseline`, in pixels.
+    void PlaceUnit(double left, double top, double width, double baseline);
+
+    /// Called when the size has changed: the base places all but reading, unit and lamp.
+    virtual void LayOut();
+    /// Called when the colours have changed.
+    virtual void LoadDrawings();
+
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+  private:
+    void LayOutTopRow();
+    void LayOutIndicators();
+
+    QSizeF designSize_;
+    QString side_;
+    QLabel *llFunction_;
+    QLabel *llState_;
+    QLabel *llUnit_;
+    std::array<QLabel *, 7> llDipsw_{};
+    std::array<DrawnFace *, 3> imUnit_{};
+    QRect lampPlace_;
+};
+
+/// The table's font in the table's size `sizeText` (points), `scale` times as large, for a widget.
+QFont FaceFont(const QString &sizeText, double scale);
+
+} // namespace px40

@@ -1,0 +1,54 @@
+#include "acquire/livewindow.h"
+
+#include "platform/keptplace.h"
+#include "platform/screens.h"
+#include "platform/windowplace.h"
+#include "resources/icons.h"
+
+#include <QCloseEvent>
+#include <QShortcut>
+
+namespace px40 {
+
+namespace {
+
+// A dialog's window is kept above the main window; this one can be made as large as the screen as well.
+constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
+
+} // namespace
+
+LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent)
+    : QWidget(parent, Flags), name_(name), store_(&store), openFlag_(&openFlag)
+{
+    setObjectName(QStringLiteral("frm") + name);
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowIcon(ApplicationIcon());
+    for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)})
+        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+}
+
+void LiveWindow::Open(const QRect &usual)
+{
+    QRect place = LoadPlace(*store_, name_, usual, logicalDpiX());
+    place.setSize(place.size().expandedTo(minimumSize()));
+    setGeometry(OntoScreen(place, UsableScreens()));
+    *openFlag_ = true;
+}
+
+void LiveWindow::closeEvent(QCloseEvent *event)
+{
+    if (!open_)
+        return;
+    if (!MayCloseNow()) {
+        event->ignore();
+        return;
+    }
+    open_ = false;
+    Closing();
+    KeepPlace(*store_, name_, isMinimized() || isMaximized() ? normalGeometry() : geometry(), logicalDpiX());
+    *openFlag_ = false;
+    Q_EMIT closed();
+}
+
+} // namespace px40

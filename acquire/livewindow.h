@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QWidget>
+
+namespace px40 {
+
+class UserStore;
+
+/// A window of its own, above the main window, that shows one side of the instrument. It asks the instrument
+/// for nothing: whoever decodes a status shows it here.
+///
+/// It has its flag set for as long as it is open, keeps its place from one opening to the next, and deletes
+/// itself when closed, also by Escape or Ctrl+W.
+class LiveWindow : public QWidget
+{
+    Q_OBJECT
+
+  Q_SIGNALS:
+    /// The window has closed: its place is kept and its flag is cleared.
+    void closed();
+
+  protected:
+    /// `name` begins the names under which the place is kept. `store` and `openFlag` outlive the window,
+    /// which is shown by the caller.
+    LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent);
+
+    /// Puts the window where it stood last, or to `usual`, always wholly onto a screen, and sets its flag.
+    void Open(const QRect &usual);
+
+    virtual bool MayCloseNow() const { return true; }
+    /// The window is about to close.
+    virtual void Closing() {}
+
+    void closeEvent(QCloseEvent *event) override;
+
+  private:
+    QString name_;
+    UserStore *store_;
+    bool *openFlag_;
+    bool open_ = true;
+};
+
+} // namespace px40

@@ -1,0 +1,134 @@
+#include "simulator/keyorders.h"
+
+#include "simulator/parse.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace px40::sim {
+
+namespace {
+
+using Words = std::vector<std::string_view>;
+
+/// False when an argument is not of the kind that the order takes.
+using Press = bool (*)(const Words &arguments, Instrument &instrument);
+
+struct KeyOrder
+{
+    std::string_view name;
+    std::string_view form;
+    std::string_view example;
+    std::size_t arguments;
+    Press press;
+};
+
+template <void (Instrument::*select)(int function, int range)>
+bool Select(const Words &arguments, Instrument &instrument)
+{
+    const std::optional<int> function = ParseDigits(arguments[0]);
+    const std::optional<int> range = ParseDigits(arguments[1]);
+    if (!function || !range)
+        return false;
+    (instrument.*select)(*function, *range);
+    return true;
+}
+
+bool SelectMode(const Words &arguments, Instrument &instrument)
+{
+    const std::optional<int> mode = ParseDigits(arguments[0]);
+    if (mode)
+        instrument.SetSourceMode(*mode);
+    return mode.has_value();
+}
+
+bool SetOptions(const Words &arguments, Instrument &instrument)
+{
+    instrument.SetOptionFlags(arguments[0]);
+    return true;
+}
+
+constexpr KeyOrder KeyOrders[] = {
+    {"source", "source FUNCTION RANGE", "source 6 0", 2, Select<&Instrument::SetSource>},
+    {"measure", "measure FUNCTION RANGE", "measure 4 1", 2, Select<&Instrument::SetMeasure>},
+    {"mode", "mode N", "mode 4", 1, SelectMode},
+    {"options", "options FLAGS", "options 00000000", 1, SetOptions},
+};
+
+Words Split(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t";
+    Words words;
+    for (;;) {
+        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        if (text.empty())
+            return words;
+        words.push_back(text.substr(0, text.find_first_of(blanks)));
+        text.remove_prefix(words.back().size());
+    }
+}
+
+const KeyOrder *Find(const Words &words)
+{
+    const auto found = std::find_if(std::begin(KeyOrders), std::end(KeyOrders), [&](const KeyOrder &known) {
+        return !words.empty() && known.name == words.front();
+    });
+    return found == std::end(KeyOrders) ? nullptr : found;
+}
+
+} // namespace
+
+bool IsKeyOrder(std::string_view order)
+{
+    return Find(Split(order)) != nullptr;
+}
+
+bool ObeyKeys(std::string_view order, Instrument &instrument, std::string *error)
+{
+    Words words = Split(order);
+    const KeyOrder *const known = Find(words);
+    const std::string quoted = '"' + std::string(order) + '"';
+    if (!known) {
+        *error = quoted + " is not an order for the instrument's keys: source, measure, mode or options.";
+        return false;
+    }
+    words.erase(words.begin());
+    try {
+        if (words.size() == known->arguments && known->press(words, instrument))
+            return true;
+        *error = quoted + " is not understood: the order is " + std::string(known->form) +
+                 ", for instance \"" + std::string(known->example) + "\".";
+    } catch (const std::invalid_argument &reason) {
+        *error = quoted + " cannot be obeyed: " + reason.what() + ".";
+    }
+    return false;
+}
+
+std::string_view KeyOrderHelp()
+{
+    return "  source FUNCTION RANGE\n"
+           "  measure FUNCTION RANGE\n"
+           "                   sources or measures that; see below\n"
+           "  mode N           source mode: 0 plain, 1 to 3 and 9 measuring side held, 4 and 5 sweep, 6 and "
+           "7\n"
+           "                   automatic step, 8 n/m ratio\n"
+           "  options FLAGS    the eight option flags, e.g. 00000000, bit 7 first\n"
+           "\n"
+           "Functions and their ranges:\n"
+           "  source   0 1 2   range 0 volts\n"
+           "           3       range 0 millivolts, 1 to 10 thermocouples K E J T R B S N L U\n"
+           "           4       range 0 Ohm, 1 PT100, 2 JPT100\n"
+           "           5       pulses: range 0 up to 500 Hz, 1 up to 1000 Hz, 2 up to 10 kHz\n"
+           "           6 7 8   range 0 milliamperes\n"
+           "  measure  0       range 0 volts AC\n"
+           "           1 2 3   range 0 volts DC, 1 volts AC\n"
+           "           4       range 0 millivolts, 1 to 10 thermocouples as above\n"
+           "           5       range 0 PT100, 1 JPT100\n"
+           "           6       range 0 and 1 Hz, 2 kHz, 3 CPM, 4 CPH\n"
+           "           7       range 0 milliamperes\n";
+}
+
+} // namespace px40::sim

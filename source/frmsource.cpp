@@ -1,0 +1,201 @@
+#include "source/frmsource.h"
+
+#include "link/linkstate.h"
+#include "link/rangelists.h"
+#include "platform/twips.h"
+#include "source/sourcecommands.h"
+#include "source/sourceface.h"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace px40 {
+
+namespace {
+
+constexpr double FirstTopTwips = 1600; // of a window that was never moved, at the screen's left edge
+constexpr int RatioDigits = 4;         // two are usual
+constexpr int SignalEntry = 1;         // of the temperature mode list
+
+bool IsOpen(const QComboBox *list)
+{
+    return list->view()->isVisible();
+}
+
+} // namespace
+
+frmSource::frmSource(const SourceServices &services, QWidget *parent)
+    : LiveWindow(QStringLiteral("Source"), *services.store, services.state->SourceOpen, parent),
+      services_(services), face_(new SourceFace(this))
+{
+    setWindowTitle(Text(Str::SourceTitle));
+    connect(face_, &SourceFace::stepUp, services.commands, &SourceCommands::StepUp);
+    connect(face_, &SourceFace::stepDown, services.commands, &SourceCommands::StepDown);
+
+    auto *const column = new QVBoxLayout(this);
+    column->addWidget(face_, 1);
+    column->addLayout(BuildButtons());
+    auto *const frames = new QHBoxLayout;
+    frames->addWidget(BuildThermo(), 1);
+    frames->addWidget(BuildPulse(), 1);
+    column->addLayout(frames);
+    services.commands->LoadLists();
+
+    column->activate(); // the smallest size is known from here on
+    Open(QRect(QPoint(0, TwipsToPixels(FirstTopTwips, logicalDpiX())), sizeHint()));
+}
+
+QBoxLayout *frmSource::BuildButtons()
+{
+    SourceCommands *const commands = services_.commands;
+    auto *const row = new QHBoxLayout;
+    auto *const btSrcOnOff =
+        NewButton("btSrcOnOff", Text(Str::SourceTitle) + QStringLiteral("\n  ") + Text(Str::OnCaption));
+    btSrcOnOff->setAccessibleName(Text(Str::SourceTitle) + u' ' + Text(Str::OnCaption));
+    connect(btSrcOnOff, &QPushButton::clicked, commands, &SourceCommands::SwitchOnOff);
+    auto *const btInput = NewButton("btInput", Text(Str::SourceValueTitle));
+    btInput->setToolTip(Text(Str::TipSourceValue));
+    connect(btInput, &QPushButton::clicked, this, &frmSource::valueAsked);
+    auto *const btNm = NewButton("btNm", Text(Str::SourceRatio));
+    btNm->setToolTip(Text(Str::TipSourceRatio));
+    connect(btNm, &QPushButton::clicked, commands, &SourceCommands::SwitchRatio);
+    for (QPushButton *const button : {btSrcOnOff, btInput, btNm}) {
+        button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+        row->addWidget(button, 1);
+    }
+    row->addWidget(BuildRatio());
+    return row;
+}
+
+QGroupBox *frmSource::BuildRatio()
+{
+    QGroupBox *const frNm = NewFrame("frNm", Str::SourceRatio);
+    auto *const row = new QHBoxLayout(frNm);
+    const auto add = [&](const char *labelName, const char *boxName, Str caption) {
+        auto *const label = new QLabel(Text(caption), frNm);
+        label->setObjectName(QLatin1StringView(labelName));
+        auto *const box = new QLineEdit(frNm);
+        box->setObjectName(QLatin1StringView(boxName));
+        box->setAccessibleName(Text(Str::SourceRatio) + u' ' + Text(caption));
+        box->setFixedWidth(box->fontMetrics().horizontalAdvance(u'0') * RatioDigits + 12);
+        label->setBuddy(box);
+        row->addWidget(label);
+        row->addWidget(box);
+        return box;
+    };
+    QLineEdit *const tbN = add("llN", "tbN", Str::SourceRatioN);
+    QLineEdit *const tbM = add("llM", "tbM", Str::SourceRatioM);
+    QPushButton *const btNmSet = NewButton("btNmSet", Text(Str::SourceSet));
+    row->addWidget(btNmSet);
+    connect(btNmSet, &QPushButton::clicked, services_.commands,
+            [commands = services_.commands, tbN, tbM] { commands->SetRatio(tbN->text(), tbM->text()); });
+    for (const QLineEdit *const box : {tbN, tbM})
+        connect(box, &QLineEdit::returnPressed, btNmSet, &QPushButton::click);
+    return frNm;
+}
+
+QGroupBox *frmSource::BuildThermo()
+{
+    QGroupBox *const frThermo = NewFrame("frThermo", Str::SourceThermoFrame);
+    auto *const grid = new QGridLayout(frThermo);
+    const RangeLists &ranges = *services_.ranges;
+    AddList(grid, SourceDisplay::TcList, "Tc", Str::SourceTc, ranges.TcSourceList);
+    AddList(grid, SourceDisplay::RtdList, "Rtd", Str::SourceRtd, ranges.RtdList);
+    AddList(grid, SourceDisplay::TempList, "Temp", Str::SourceTemp, ranges.TempSetList);
+    return frThermo;
+}
+
+QGroupBox *frmSource::BuildPulse()
+{
+    QGroupBox *const frPulse = NewFrame("frPulse", Str::SourcePulseFrame);
+    auto *const grid = new QGridLayout(frPulse);
+    const RangeLists &ranges = *services_.ranges;
+    AddList(grid, SourceDisplay::PulseList, "Pulse", Str::SourceFrequency, ranges.PulseFreqList);
+    AddList(grid, SourceDisplay::PulseSetList, "PulseSet", Str::SourcePulse, ranges.PulseKindList);
+    grid->setRowStretch(grid->rowCount(), 1);
+    return frPulse;
+}
+
+QGroupBox *frmSource::NewFrame(const char *name, Str caption)
+{
+    auto *const frame = new QGroupBox(Text(caption), this);
+    frame->setObjectName(QLatin1StringView(name));
+    return frame;
+}
+
+QPushButton *frmSource::NewButton(const char *name, const QString &caption)
+{
+    auto *const button = new QPushButton(caption, this);
+    button->setObjectName(QLatin1StringView(name));
+    return button;
+}
+
+void frmSource::AddList(QGridLayout *grid, SourceDisplay::List list, const char *name, Str caption,
+                        const QStringList &entries)
+{
+    auto *const label = new QLabel(Text(caption), this);
+    label->setObjectName(QStringLiteral("ll") + QLatin1StringView(name));
+    auto *const box = new QComboBox(this);
+    box->setObjectName(QStringLiteral("cb") + QLatin1StringView(name));
+    box->addItems(entries);
+    box->setCurrentIndex(0);
+    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    box->setFocusPolicy(Qt::StrongFocus);
+    box->installEventFilter(this);
+    label->setBuddy(box);
+    const int row = grid->rowCount();
+    grid->addWidget(label, row, 0);
+    grid->addWidget(box, row, 1);
+    grid->setColumnStretch(1, 1);
+    lists_[list] = box;
+    const auto control = static_cast<SourceControl>(static_cast<int>(SourceControl::Tc) + list);
+    connect(box, &QComboBox::activated, services_.commands,
+            [commands = services_.commands, control](int position) { commands->Select(control, position); });
+}
+
+void frmSource::Show(const SourceDisplay &display)
+{
+    face_->Show(display);
+    if (std::none_of(lists_.begin(), lists_.end(), IsOpen))
+        EnableRangeLists(display.mayChooseRange);
+    if (!services_.commands->IsWaiting())
+        ShowLists(display);
+}
+
+void frmSource::ShowLists(const SourceDisplay &display)
+{
+    QComboBox *const cbTemp = lists_[SourceDisplay::TempList];
+    if (!display.signalEntry.isEmpty() && !IsOpen(cbTemp))
+        cbTemp->setItemText(SignalEntry, display.signalEntry);
+    for (std::size_t list = 0; list < lists_.size(); ++list) {
+        const int position = display.positions[list];
+        if (position != SourceDisplay::KeepPosition && !IsOpen(lists_[list]))
+            lists_[list]->setCurrentIndex(position); // tells nobody: only the user's choice is a command
+    }
+}
+
+void frmSource::EnableRangeLists(bool enabled)
+{
+    for (QComboBox *const list : lists_)
+        list->setEnabled(enabled);
+}
+
+/// A wheel turned over a list on the way to something else must not change the instrument's range.
+bool frmSource::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::Wheel)
+        return LiveWindow::eventFilter(watched, event);
+    event->ignore();
+    return true;
+}
+
+} // namespace px40

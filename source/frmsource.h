@@ -1,0 +1,77 @@
+#pragma once
+
+#include "acquire/livewindow.h"
+#include "resources/strings.h"
+#include "source/sourcedisplay.h"
+
+#include <array>
+
+class QBoxLayout;
+class QComboBox;
+class QGridLayout;
+class QGroupBox;
+class QPushButton;
+
+namespace px40 {
+
+class SourceCommands;
+class SourceFace;
+struct LinkState;
+struct RangeLists;
+
+/// What the SOURCE window works with. All of it outlives the window.
+struct SourceServices
+{
+    LinkState *state;
+    UserStore *store;
+    const RangeLists *ranges;
+    SourceCommands *commands;
+};
+
+/// "SOURCE": what the instrument's source puts out, and the controls that switch, step and set it. Every
+/// control only asks for a command (SourceCommands), which is sent when the link is free, also after the
+/// window was closed.
+///
+/// `SourceOpen` is set while it is open. It may be closed at any time.
+class frmSource : public LiveWindow
+{
+    Q_OBJECT
+
+  public:
+    /// Its lists are filled and stand at their first entries, which counts as chosen by the user.
+    explicit frmSource(const SourceServices &services, QWidget *parent = nullptr);
+
+    /// Only what has changed is repainted. A list that is open is left alone, and so are all of them while a
+    /// command waits: what is shown is then older than what the user wants.
+    void Show(const SourceDisplay &display);
+
+    /// Empties the display; nothing is known of the instrument.
+    void Clear() { Show({}); }
+
+    /// All five lists together.
+    void EnableRangeLists(bool enabled);
+
+  Q_SIGNALS:
+    /// The user wants to type the source value.
+    void valueAsked();
+
+  protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+  private:
+    QBoxLayout *BuildButtons();
+    QGroupBox *BuildRatio();
+    QGroupBox *BuildThermo();
+    QGroupBox *BuildPulse();
+    QGroupBox *NewFrame(const char *name, Str caption);
+    QPushButton *NewButton(const char *name, const QString &caption);
+    void AddList(QGridLayout *grid, SourceDisplay::List list, const char *name, Str caption,
+                 const QStringList &entries);
+    void ShowLists(const SourceDisplay &display);
+
+    SourceServices services_;
+    SourceFace *face_;
+    std::array<QComboBox *, SourceDisplay::Lists> lists_{};
+};
+
+} // namespace px40

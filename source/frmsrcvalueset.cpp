@@ -1,0 +1,107 @@
+#include "source/frmsrcvalueset.h"
+
+#include "acquire/status.h"
+#include "resources/strings.h"
+#include "source/sourcecommands.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <QValidator>
+
+namespace px40 {
+
+namespace {
+
+constexpr int FieldWidth = 24; // digits: a value has seven, and there is room for a sentence below it
+
+/// Passes any text, as one line, in whatever way it comes in: typed, pasted, dropped or by an input method.
+class OneLineOnly : public QValidator
+{
+  public:
+    using QValidator::QValidator;
+
+    State validate(QString &text, int &cursor) const override
+    {
+        cursor = static_cast<int>(OneLine(text.left(cursor)).size());
+        text = OneLine(text);
+        return Acceptable;
+    }
+};
+
+QString Note(const QString &character)
+{
+    return Text(Str::SourceUnknownCharacter).arg(character);
+}
+
+} // namespace
+
+frmSrcValueSet::frmSrcValueSet(SourceCommands &commands, const InstrumentState &instrument, QWidget *parent)
+    : QDialog(parent), commands_(&commands), tbSrcValue_(new QLineEdit(this)), llRefused_(new QLabel(this))
+{
+    setObjectName(QStringLiteral("frmSrcValueSet"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(Text(Str::SourceValueTitle));
+    BuildValue();
+    BuildNote();
+    auto *const column = new QVBoxLayout(this);
+    column->addWidget(tbSrcValue_);
+    column->addWidget(llRefused_);
+    column->addStretch(1);
+    column->addWidget(BuildButtons());
+    tbSrcValue_->setText(instrument.Status.SourceValue);
+    tbSrcValue_->selectAll();
+    tbSrcValue_->setFocus();
+}
+
+void frmSrcValueSet::BuildValue()
+{
+    tbSrcValue_->setObjectName(QStringLiteral("tbSrcValue"));
+    tbSrcValue_->setAccessibleName(windowTitle());
+    tbSrcValue_->setMinimumWidth(tbSrcValue_->fontMetrics().horizontalAdvance(u'0') * FieldWidth);
+    tbSrcValue_->setValidator(new OneLineOnly(tbSrcValue_));
+    connect(tbSrcValue_, &QLineEdit::textChanged, llRefused_, &QLabel::clear);
+}
+
+/// The dialog must not jump when the note comes: its room is kept, also for a script with higher lines.
+void frmSrcValueSet::BuildNote()
+{
+    llRefused_->setObjectName(QStringLiteral("llRefused"));
+    llRefused_->setWordWrap(true);
+    llRefused_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    const QRect narrowest(0, 0, tbSrcValue_->minimumWidth(), 0);
+    const QFontMetrics metrics = llRefused_->fontMetrics();
+    const QRect lines = metrics.boundingRect(narrowest, Qt::TextWordWrap, Note(QStringLiteral("\u4e2d")));
+    llRefused_->setMinimumHeight(lines.height() + metrics.leading() + metrics.descent());
+    llRefused_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+}
+
+QDialogButtonBox *frmSrcValueSet::BuildButtons()
+{
+    auto *const buttons = new QDialogButtonBox(this);
+    QPushButton *const btSet = buttons->addButton(Text(Str::SourceSet), QDialogButtonBox::AcceptRole);
+    btSet->setObjectName(QStringLiteral("btSet"));
+    btSet->setDefault(true); // the Enter key in the text box presses it
+    QPushButton *const btCancel = buttons->addButton(Text(Str::SourceCancel), QDialogButtonBox::RejectRole);
+    btCancel->setObjectName(QStringLiteral("btCancel"));
+    connect(btSet, &QPushButton::clicked, this, &frmSrcValueSet::Submit);
+    connect(btCancel, &QPushButton::clicked, this, &QDialog::reject);
+    return buttons;
+}
+
+void frmSrcValueSet::Submit()
+{
+    const QString value = tbSrcValue_->text();
+    if (commands_->EnterValue(value)) {
+        accept();
+        return;
+    }
+    const QString unknown = Unsendable(value);
+    llRefused_->setText(Note(unknown));
+    tbSrcValue_->setFocus();
+    tbSrcValue_->setSelection(static_cast<int>(value.indexOf(unknown)), static_cast<int>(unknown.size()));
+}
+
+} // namespace px40

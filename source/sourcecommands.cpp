@@ -1,0 +1,164 @@
+#include "source/sourcecommands.h"
+
+#include "acquire/status.h"
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/jobs.h"
+#include "resources/strings.h"
+#include "source/numberformat.h"
+
+#include <QRegularExpression>
+
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+constexpr int ClickDelayMs = 10;
+constexpr int Attempts = 3;
+constexpr SourceControl Lists[] = {SourceControl::Tc, SourceControl::Rtd, SourceControl::Temp,
+                                   SourceControl::Pulse, SourceControl::PulseSet};
+
+} // namespace
+
+SourceCommands::SourceCommands(LinkState &state, LinkGate &gate, Comm &comm, Jobs &jobs,
+                               InstrumentState &instrument)
+    : state_(&state), gate_(&gate), comm_(&comm), jobs_(&jobs), instrument_(&instrument)
+{
+    connect(&tmSrcInter, &Timer::tick, this, &SourceCommands::OnTick);
+}
+
+void SourceCommands::SwitchOnOff()
+{
+    const bool wasOn = instrument_->Status.SourceOn == 1;
+    instrument_->Status.SourceOn ^= 1;
+    Queue(SourceControl::OnOff, wasOn ? QStringLiteral("0") : QStringLiteral("1"));
+}
+
+void SourceCommands::StepUp(int digit)
+{
+    Queue(SourceControl::Up, QString::number(digit + 1));
+}
+
+void SourceCommands::StepDown(int digit)
+{
+    Queue(SourceControl::Down, QString::number(digit + 1));
+}
+
+void SourceCommands::SwitchRatio()
+{
+    Queue(SourceControl::Nm);
+    Arm();
+}
+
+void SourceCommands::SetRatio(const QString &n, const QString &m)
+{
+    Queue(SourceControl::NmSet, TwoDigits(n) + TwoDigits(m));
+}
+
+void SourceCommands::Select(SourceControl list, int position)
+{
+    Queue(list, QString::number(position));
+}
+
+void SourceCommands::LoadLists()
+{
+    for (const SourceControl list : Lists)
+        Select(list, 0);
+    // An instrument whose function has no such list refuses it; that is no news to the user.
+    asked_ = false;
+}
+
+bool SourceCommands::EnterValue(const QString &text)
+{
+    const QString value = OneLine(text);
+    if (!Unsendable(value).isEmpty())
+        return false;
+    instrument_->Status.SourceValue = value;
+    Store(QStringLiteral("SD") + value);
+    return true;
+}
+
+void SourceCommands::Queue(SourceControl control, const QString &argument)
+{
+    const QString command = SourceCommandText(control, instrument_->Status.SourceMode, argument);
+    if (!command.isEmpty())
+        Store(OneLine(command));
+}
+
+void SourceCommands::Store(const QString &command)
+{
+    const QString unsendable = Unsendable(command);
+    if (!unsendable.isEmpty()) {
+        Report(Text(Str::SourceUnknownCharacter).arg(unsendable));
+        return;
+    }
+    pending_ = command;
+    asked_ = true;
+    Arm();
+}
+
+void SourceCommands::Arm()
+{
+    armed_ = true;
+    tmSrcInter.SetInterval(ClickDelayMs);
+}
+
+void SourceCommands::OnTick()
+{
+    if (pending_.isEmpty()) {
+        tmSrcInter.SetInterval(0);
+        return;
+    }
+    if (!state_->StatusPolled || state_->LinkBusy)
+        return; // the timer goes on
+    armed_ = false;
+    jobs_->Launch(Send(pending_, asked_), "a source command");
+}
+
+QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
+{
+    const LinkHold hold(*gate_);
+    state_->LinkActivity = ActivitySourceCommand;
+    const bool answered = co_await comm_->SendCommand(command, Attempts);
+    const bool refused = answered && state_->RecvBuffer.startsWith(QStringLiteral("ERR"));
+    state_->LinkActivity = ActivityIdle;
+    if (!armed_) // what was asked for during the exchange is sent next
+        tmSrcInter.SetInterval(0);
+    if (!asked)
+        co_return;
+    if (!answered && !comm_->IsOpen())
+        Report(FirstLine(state_->ErrorMessage));
+    else if (!answered || refused)
+        Report(Text(refused ? Str::SourceRefused : Str::SourceNoAnswer).arg(command));
+    else
+        Report(QString());
+}
+
+void SourceCommands::Report(const QString &reason)
+{
+    const QString before = std::exchange(reason_, reason);
+    if (!reason.isEmpty())
+        Q_EMIT failed(reason);
+    else if (!before.isEmpty())
+        Q_EMIT recovered(before);
+}
+
+QString OneLine(QString text)
+{
+    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
+    return text.remove(breaks);
+}
+
+QString Unsendable(const QString &text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i).unicode() > 0xFF)
+            return text.mid(i, text.at(i).isHighSurrogate() ? 2 : 1);
+    }
+    return {};
+}
+
+} // namespace px40

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/timer.h"
+#include "source/sourcetable.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QString>
+
+namespace px40 {
+
+class Comm;
+class Jobs;
+class LinkGate;
+struct InstrumentState;
+struct LinkState;
+
+/// What the user asks of the instrument's source. Each request becomes one command text, the pending one,
+/// which is sent on the tick of `tmSrcInter` when the link is free; a later request takes the place of one
+/// that has not been sent yet. It works with and without a SOURCE window.
+///
+/// What is handed in must outlive this, and this its jobs.
+class SourceCommands : public QObject
+{
+    Q_OBJECT
+
+  public:
+    SourceCommands(LinkState &state, LinkGate &gate, Comm &comm, Jobs &jobs, InstrumentState &instrument);
+
+    /// The other one of on and off, by what the last status said. That state is then taken for the present
+    /// one, so that the next call goes the other way even before a status has come.
+    void SwitchOnOff();
+
+    /// `digit` is 0-based from the left, 0 to 4.
+    void StepUp(int digit);
+    void StepDown(int digit);
+
+    /// n/m on or off, as the mode demands. In any other mode the last command is sent once more.
+    void SwitchRatio();
+
+    /// n and m as the user has typed them; see `TwoDigits`.
+    void SetRatio(const QString &n, const QString &m);
+
+    /// Position `position` (0-based) of one of the lists Tc to PulseSet was chosen.
+    void Select(SourceControl list, int position);
+
+    /// The lists have just been filled: each of them now stands at its first position, which counts as
+    /// chosen.
+    void LoadLists();
+
+    /// Any text is a value; it is the instrument that refuses it. Line breaks are taken out. False, and
+    /// nothing is done, when it holds a character that cannot be sent (see `Unsendable`).
+    bool EnterValue(const QString &text);
+
+    /// The command that was asked for last, sent or not; empty before the first one.
+    const QString &PendingSourceCommand() const { return pending_; }
+
+    /// A command waits for the link, or is being sent.
+    bool IsWaiting() const { return tmSrcInter.Interval() > 0; }
+
+    Timer tmSrcInter{0, true};
+
+  Q_SIGNALS:
+    /// A command that the user asked for was not obeyed: why, in one sentence.
+    void failed(const QString &reason);
+    /// The next one was: `reason` is over.
+    void recovered(const QString &reason);
+
+  private:
+    void Queue(SourceControl control, const QString &argument = {});
+    void Store(const QString &command);
+    void Arm();
+    void OnTick();
+    QCoro::Task<void> Send(QString command, bool asked);
+    void Report(const QString &reason);
+
+    LinkState *state_;
+    LinkGate *gate_;
+    Comm *comm_;
+    Jobs *jobs_;
+    InstrumentState *instrument_;
+    QString pending_;
+    QString reason_;     ///< why the last command was not obeyed
+    bool asked_ = false; ///< by the user, who is told what came of it
+    bool armed_ = false; ///< since the last command went out
+};
+
+/// The text as one line.
+QString OneLine(QString text);
+
+/// The first character of a text that has no code on the line (Latin-1 has 256); empty when all have.
+QString Unsendable(const QString &text);
+
+} // namespace px40

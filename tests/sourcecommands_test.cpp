@@ -1,0 +1,179 @@
+#include "acquire/status.h"
+#include "source/numberformat.h"
+#include "source/sourcecommands.h"
+#include "tests/support.h"
+
+using namespace px40;
+
+namespace {
+
+/// A status has come, and the port is open.
+struct Rig : LinkRig
+{
+    explicit Rig(int mode = 0, int timeoutMs = 5000) : LinkRig(Unpaced(), timeoutMs)
+    {
+        Open();
+        state.StatusPolled = true;
+        instrument.Status.SourceMode = static_cast<qint16>(mode);
+        QObject::connect(&source, &SourceCommands::failed, [&](const QString &why) { told << why; });
+        QObject::connect(&source, &SourceCommands::recovered,
+                         [&](const QString &why) { told << u'-' + why; });
+    }
+
+    /// All commands since the start, when nothing is under way or waits any more.
+    QString Sent() const
+    {
+        const auto settled = [&] { return jobs.Running() == 0 && source.tmSrcInter.Interval() == 0; };
+        const bool free = WaitUntil(settled) && !state.LinkBusy && state.LinkActivity == ActivityIdle;
+        return free ? Commands().join(u' ') : u"not settled"_qs;
+    }
+
+    InstrumentState instrument;
+    SourceCommands source{state, gate, comm, jobs, instrument};
+    QStringList told;
+};
+
+} // namespace
+
+class SourceCommandsTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void TheLatestRequestWaitsForTheLink();
+    void AskedForDuringTheExchange();
+    void OnAndOffByWhatIsKnown();
+    void FilledListsSendTheirFirstPosition();
+    void RatioAsTyped();
+    void TellsTheUserWhatCameOfIt();
+    void LeavingDuringTheExchange();
+};
+
+void SourceCommandsTest::TheLatestRequestWaitsForTheLink()
+{
+    for (const bool polled : {false, true}) {
+        Rig rig;
+        rig.state.StatusPolled = polled;
+        if (polled)
+            rig.gate.Take();
+        for (const int digit : {0, 4, 1})
+            rig.source.StepUp(digit);
+        Q_EMIT rig.source.tmSrcInter.tick();
+        QCOMPARE(rig.jobs.Running(), 0);
+        rig.state.StatusPolled = true;
+        rig.gate.Release();
+        QVERIFY(WaitUntil([&] { return rig.jobs.Running() == 1; }));
+        QVERIFY(rig.state.LinkBusy && rig.state.LinkActivity == ActivitySourceCommand);
+        QCOMPARE(rig.Sent(), u"UP2"_qs);
+    }
+}
+
+void SourceCommandsTest::AskedForDuringTheExchange()
+{
+    const std::pair<void (*)(SourceCommands &), QString> cases[] = {
+        {[](SourceCommands &source) { source.StepDown(4); }, u"DW1 DW5"_qs},
+        {[](SourceCommands &source) { source.SwitchRatio(); }, u"DW1 DW1"_qs}, // once more in this mode
+        {[](SourceCommands &source) { source.StepUp(4); }, u"DW1"_qs},         // not in this mode
+    };
+    for (const auto &[ask, sent] : cases) {
+        Rig rig(1);
+        rig.source.SwitchRatio(); // there is no last command yet
+        QCOMPARE(rig.Sent(), QString());
+        rig.source.StepDown(0);
+        Q_EMIT rig.source.tmSrcInter.tick();
+        ask(rig.source);
+        Q_EMIT rig.source.tmSrcInter.tick();
+        QCOMPARE(rig.jobs.Running(), 1);
+        QCOMPARE(rig.Sent(), sent);
+    }
+}
+
+void SourceCommandsTest::OnAndOffByWhatIsKnown()
+{
+    Rig rig;
+    rig.source.SwitchOnOff(); // replaced in time by the next one, which goes by what this one will bring
+    QCOMPARE(rig.instrument.Status.SourceOn, 1);
+    const std::tuple<int, QString, int> presses[] = {
+        {1, u"SO0"_qs, 0}, {0, u" SO1"_qs, 1}, {0, u" SO1"_qs, 1}, {1, u" SO0"_qs, 0}, {2, u" SO1"_qs, 3}};
+    QString sent;
+    for (const auto &[status, command, expected] : presses) {
+        rig.instrument.Status.SourceOn = status;
+        rig.source.SwitchOnOff();
+        QCOMPARE(rig.instrument.Status.SourceOn, expected); // until a status says otherwise
+        QCOMPARE(rig.Sent(), sent += command);
+    }
+}
+
+void SourceCommandsTest::FilledListsSendTheirFirstPosition()
+{
+    const QStringList commands = {u"PU0"_qs, u"SR0"_qs, {}, {}, u"PU0"_qs, {}, {}, {}, {}, {}};
+    for (int mode = 0; mode <= 9; ++mode) {
+        Rig rig(mode);
+        rig.source.LoadLists();
+        QCOMPARE(rig.Sent(), commands[mode]);
+    }
+}
+
+void SourceCommandsTest::RatioAsTyped()
+{
+    const QString numbers =
+        u"5>05|12>12|123>123|1.5>02|-3>-03|>|abc>abc|0.5>01|2.5>03| 7 >07|1e1>10|inf>inf|nan>nan|99.5>100|"
+        u".5>01|-0.2>00|-2.5>-03|7\r\n>07|1\n2>1\n2|5 6>5 6|0x10>0x10|1e999>1e999|1e15>1000000000000000"_qs;
+    for (const QString &number : numbers.split(u'|'))
+        QCOMPARE(TwoDigits(number.section(u'>', 0, 0)), number.section(u'>', 1));
+
+    Rig rig(9);
+    rig.source.SetRatio(u"5"_qs, u"12"_qs);
+    QCOMPARE(rig.Sent(), u"ND0512"_qs);
+    rig.source.SetRatio(u"x"_qs, u"1\r\n2"_qs);
+    QCOMPARE(rig.Sent(), u"ND0512 NDx12"_qs);
+    rig.source.SetRatio({}, {});
+    rig.source.SetRatio(u"1"_qs, u"😀"_qs); // cannot be sent
+    QCOMPARE(rig.told.last(), u"The PX40 does not know the character \"😀\"."_qs);
+    QCOMPARE(rig.Sent(), u"ND0512 NDx12 ND"_qs);
+}
+
+void SourceCommandsTest::TellsTheUserWhatCameOfIt()
+{
+    const std::tuple<const char *, QString, QString> cases[] = {
+        {"err", u"The PX40 has refused the command \"DW1\"."_qs, u"DW1"_qs},
+        {"silent", u"The PX40 has not answered the command \"DW1\"."_qs, u"DW1 DW1 DW1"_qs},
+        {"hang-up=1", u"The connection to the instrument was lost."_qs, u"DW1"_qs},
+        {"none", u"The communications port is not open."_qs, {}},
+    };
+    for (const auto &[fault, reason, sent] : cases) {
+        Rig rig(0, Rig::ReplyTimeoutMs);
+        rig.Fault(fault);
+        if (sent.isEmpty())
+            rig.comm.ClosePort();
+        rig.source.LoadLists();
+        rig.source.StepDown(0);
+        QCOMPARE(rig.Sent(), sent);
+        rig.source.LoadLists(); // nobody asked for it
+        QVERIFY(rig.Sent().startsWith(sent));
+        QCOMPARE(rig.told, QStringList(reason));
+
+        rig.Fault("none");
+        if (!rig.comm.IsOpen())
+            rig.server.PlugIn();
+        rig.Open();
+        rig.source.StepDown(1);
+        QVERIFY(rig.Sent().endsWith(u"DW2"_qs));
+        QCOMPARE(rig.told, QStringList({reason, u'-' + reason}));
+    }
+}
+
+void SourceCommandsTest::LeavingDuringTheExchange()
+{
+    Rig rig;
+    rig.Fault("silent");
+    rig.source.StepUp(0);
+    QVERIFY(WaitUntil([&] { return rig.server.CommandCount() == 1; }));
+    rig.source.StepUp(1);
+    rig.gate.Shut();
+    rig.comm.Shut();
+    QCOMPARE(rig.Sent(), u"UP1"_qs); // the link free, the second one ended at once
+}
+
+QTEST_GUILESS_MAIN(SourceCommandsTest)
+#include "sourcecommands_test.moc"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "acquire/status.h"
+#include "source/sourcecommands.h"
+#include "tests/support.h"
+
+namespace px40 {
+
+/// The commands of the source on the simulated instrument. The port is open, and a status has come.
+struct SourceRig : LinkRig
+{
+    explicit SourceRig(int replyTimeoutMs = 5000) : LinkRig(Unpaced(), replyTimeoutMs)
+    {
+        Open();
+        state.StatusPolled = true;
+    }
+
+    void SetMode(int mode) { instrument.Status.SourceMode = static_cast<qint16>(mode); }
+
+    /// All commands since the start, when nothing is under way or waits any more.
+    QString Sent() const
+    {
+        const bool settled = WaitUntil([&] { return jobs.Running() == 0 && !source.IsWaiting(); });
+        const bool idle = !state.LinkBusy && state.LinkActivity == ActivityIdle;
+        return settled && idle ? Commands().join(u' ') : u"not settled"_qs;
+    }
+
+    InstrumentState instrument;
+    SourceCommands source{state, gate, comm, jobs, instrument};
+};
+
+} // namespace px40
