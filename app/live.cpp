@@ -4,7 +4,9 @@
 #include "acquire/measuredisplay.h"
 #include "document/frmdata.h"
 #include "platform/prompts.h"
+#include "platform/screens.h"
 #include "platform/timer.h"
+#include "platform/windowplace.h"
 #include "resources/strings.h"
 #include "source/frmsource.h"
 #include "source/frmsrcvalueset.h"
@@ -95,7 +97,8 @@ void Live::CloseSource()
         source_->close();
 }
 
-/// It belongs to the main window: it stays when the SOURCE window is closed.
+/// It belongs to the main window: it stays when the SOURCE window is closed. It opens where it leaves the digits
+/// to be seen.
 void Live::OpenValueEntry()
 {
     if (valueEntry_) {
@@ -103,6 +106,12 @@ void Live::OpenValueEntry()
         return;
     }
     valueEntry_ = new frmSrcValueSet(sourceCommands_, services_->instrument, window_);
+    const QRect below = source_->frameGeometry();
+    valueEntry_->adjustSize();
+    QRect place(QPoint(), valueEntry_->size());
+    place.moveCenter(below.center());
+    place.moveTop(below.center().y());
+    valueEntry_->setGeometry(OntoScreen(place, UsableScreens()));
     valueEntry_->show();
 }
 

@@ -472,6 +472,8 @@ const char16_t *Lookup(Str id)
         return u"The PX40 has refused the command \"%1\".";
     case Str::SourceNoAnswer:
         return u"The PX40 has not answered the command \"%1\".";
+    case Str::SourceWaits:
+        return u"The command \"%1\" waits for the PX40.";
     case Str::SourceUnknownCharacter:
         return u"The PX40 does not know the character \"%1\".";
     }

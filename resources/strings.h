@@ -242,6 +242,7 @@ enum class Str : int {
     TipSourceRatio,
     SourceRefused,
     SourceNoAnswer,
+    SourceWaits,
     SourceUnknownCharacter,
 };
 

@@ -64,6 +64,7 @@ QBoxLayout *frmSource::BuildButtons()
     connect(btSrcOnOff, &QPushButton::clicked, commands, &SourceCommands::SwitchOnOff);
     auto *const btInput = NewButton("btInput", Text(Str::SourceValueTitle));
     btInput->setToolTip(Text(Str::TipSourceValue));
+    btInput->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
     connect(btInput, &QPushButton::clicked, this, &frmSource::valueAsked);
     auto *const btNm = NewButton("btNm", Text(Str::SourceRatio));
     btNm->setToolTip(Text(Str::TipSourceRatio));

@@ -65,10 +65,11 @@ void SourceCommands::Select(SourceControl list, int position)
 
 void SourceCommands::LoadLists()
 {
+    // An instrument whose function has no such list refuses it; that is no news to the user.
+    loading_ = true;
     for (const SourceControl list : Lists)
         Select(list, 0);
-    // An instrument whose function has no such list refuses it; that is no news to the user.
-    asked_ = false;
+    loading_ = false;
 }
 
 bool SourceCommands::EnterValue(const QString &text)
@@ -96,8 +97,10 @@ void SourceCommands::Store(const QString &command)
         return;
     }
     pending_ = command;
-    asked_ = true;
+    asked_ = !loading_;
     Arm();
+    if (asked_ && !state_->StatusPolled && !comm_->IsOpen())
+        Report(Text(Str::SourceWaits).arg(command));
 }
 
 void SourceCommands::Arm()

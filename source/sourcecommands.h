@@ -61,9 +61,9 @@ class SourceCommands : public QObject
     Timer tmSrcInter{0, true};
 
   Q_SIGNALS:
-    /// A command that the user asked for was not obeyed: why, in one sentence.
+    /// A command that the user asked for was not obeyed, or cannot be sent yet: why, in one sentence.
     void failed(const QString &reason);
-    /// The next one was: `reason` is over.
+    /// It was, or the next one: `reason` is over.
     void recovered(const QString &reason);
 
   private:
@@ -81,7 +81,8 @@ class SourceCommands : public QObject
     InstrumentState *instrument_;
     QString pending_;
     QString reason_;     ///< why the last command was not obeyed
-    bool asked_ = false; ///< by the user, who is told what came of it
+    bool loading_ = false; ///< what comes now was not asked for by the user
+    bool asked_ = false;   ///< the pending command was: the user is told what came of it
     bool armed_ = false; ///< since the last command went out
 };
 

@@ -121,7 +121,7 @@ void SourceFace::BuildButtons(const char *name, Str caption, Buttons *buttons)
 void SourceFace::LoadDrawings()
 {
     InstrumentFace::LoadDrawings();
-    spSourceOnOff_->SetDrawing(MakeIcon(on_ ? u"lampon" : u"lampoff", Ground()));
+    ShowLamp(on_);
     QPalette keys = palette();
     keys.setColor(QPalette::WindowText, palette().color(QPalette::Active, QPalette::ButtonText));
     for (QAbstractButton *const button : btUp_)
@@ -139,11 +139,15 @@ void SourceFace::Show(const SourceDisplay &display)
         shDec_[i]->setVisible(display.points[i]);
     for (QAbstractButton *const button : btUp_)
         button->setEnabled(display.mayStepUp);
-    spSourceOnOff_->setAccessibleName(LampText(display.on));
-    if (on_ == display.on)
-        return;
-    on_ = display.on;
-    spSourceOnOff_->SetDrawing(MakeIcon(on_ ? u"lampon" : u"lampoff", Ground()));
+    if (on_ != display.on)
+        ShowLamp(display.on);
+}
+
+void SourceFace::ShowLamp(bool on)
+{
+    on_ = on;
+    spSourceOnOff_->setAccessibleName(LampText(on));
+    spSourceOnOff_->SetDrawing(MakeIcon(on ? u"lampon" : u"lampoff", Ground()));
 }
 
 QSize SourceFace::sizeHint() const

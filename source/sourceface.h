@@ -45,6 +45,7 @@ class SourceFace : public InstrumentFace
 
     void BuildReading();
     void BuildButtons(const char *name, Str caption, Buttons *buttons);
+    void ShowLamp(bool on);
     void LayOutReading(double left, double top);
     bool OnKey(int key, const QObject *button);
 

@@ -237,7 +237,7 @@ void SourceTest::OpensAndCloses()
     Rig rig;
     QVERIFY(rig.state.SourceOpen);
     QCOMPARE(rig.window->geometry().topLeft(), QPoint(0, 107)); // 1600 twips
-    rig.state.LinkActivity = ActivityRealtime; // a run does not hold it
+    rig.state.LinkActivity = ActivityRealtime;                  // a run does not hold it
     rig.Use(u"btDown0"_qs);
     rig.window->close();
     QVERIFY(!rig.state.SourceOpen);

@@ -92,7 +92,6 @@ void SourceCommandsTest::OnAndOffByWhatIsKnown()
 {
     Rig rig;
     rig.source.SwitchOnOff(); // replaced in time by the next one, which goes by what this one will bring
-    QCOMPARE(rig.instrument.Status.SourceOn, 1);
     const std::tuple<int, QString, int> presses[] = {
         {1, u"SO0"_qs, 0}, {0, u" SO1"_qs, 1}, {0, u" SO1"_qs, 1}, {1, u" SO0"_qs, 0}, {2, u" SO1"_qs, 3}};
     QString sent;
@@ -117,8 +116,9 @@ void SourceCommandsTest::FilledListsSendTheirFirstPosition()
 void SourceCommandsTest::RatioAsTyped()
 {
     const QString numbers =
-        u"5>05|12>12|123>123|1.5>02|-3>-03|>|abc>abc|0.5>01|2.5>03| 7 >07|1e1>10|inf>inf|nan>nan|99.5>100|"
-        u".5>01|-0.2>00|-2.5>-03|7\r\n>07|1\n2>1\n2|5 6>5 6|0x10>0x10|1e999>1e999|1e15>1000000000000000"_qs;
+        u"5>05|12>12|123>123|1.5>02|-3>-03|>|abc>abc|0.5>01|2.5>03| 7 >07|1e1>10|inf>inf|Inf>Inf| x > x |"
+        u"nan>nan|99.5>100|.5>01|-0.2>00|-2.5>-03|7\r\n>07|1\n2>1\n2|5 6>5 6|0x10>0x10|1e999>1e999|"
+        u"1e15>1000000000000000"_qs;
     for (const QString &number : numbers.split(u'|'))
         QCOMPARE(TwoDigits(number.section(u'>', 0, 0)), number.section(u'>', 1));
 
@@ -161,6 +161,13 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
         QVERIFY(rig.Sent().endsWith(u"DW2"_qs));
         QCOMPARE(rig.told, QStringList({reason, u'-' + reason}));
     }
+
+    Rig rig(2); // where no list sends anything
+    rig.Fault("err");
+    rig.source.StepDown(0);
+    rig.source.LoadLists();
+    QCOMPARE(rig.Sent(), u"DW1"_qs);
+    QCOMPARE(rig.told.size(), 1);
 }
 
 void SourceCommandsTest::LeavingDuringTheExchange()
