@@ -50,6 +50,7 @@ void SourceCommands::StepDown(int digit)
 void SourceCommands::SwitchRatio()
 {
     Queue(SourceControl::Nm);
+    asked_ = true;
     Arm();
 }
 
@@ -123,21 +124,33 @@ void SourceCommands::OnTick()
 
 QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
 {
+    const int opening = comm_->Opening();
+    const Outcome outcome = co_await Exchange(command);
+    const bool replaced = comm_->IsOpen() && comm_->Opening() != opening; // it was meant for another port
+    if (!asked || (replaced && outcome == Outcome::NoAnswer))
+        co_return;
+    if (outcome == Outcome::Obeyed)
+        Report(QString());
+    else if (outcome == Outcome::Refused)
+        Report(Text(Str::SourceRefused).arg(command));
+    else if (comm_->IsOpen())
+        Report(Text(Str::SourceNoAnswer).arg(command));
+    else
+        Report(FirstLine(Text(comm_->IsLost() ? Str::PortLost : Str::PortNotOpen)));
+}
+
+QCoro::Task<SourceCommands::Outcome> SourceCommands::Exchange(QString command)
+{
     const LinkHold hold(*gate_);
     state_->LinkActivity = ActivitySourceCommand;
     const bool answered = co_await comm_->SendCommand(command, Attempts);
-    const bool refused = answered && state_->RecvBuffer.startsWith(QStringLiteral("ERR"));
+    const bool refused = state_->RecvBuffer.startsWith(QStringLiteral("ERR"));
     state_->LinkActivity = ActivityIdle;
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
-    if (!asked)
-        co_return;
-    if (!answered && !comm_->IsOpen())
-        Report(FirstLine(state_->ErrorMessage));
-    else if (!answered || refused)
-        Report(Text(refused ? Str::SourceRefused : Str::SourceNoAnswer).arg(command));
-    else
-        Report(QString());
+    if (!answered)
+        co_return Outcome::NoAnswer;
+    co_return refused ? Outcome::Refused : Outcome::Obeyed;
 }
 
 void SourceCommands::Report(const QString &reason)

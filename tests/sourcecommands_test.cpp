@@ -1,35 +1,20 @@
-#include "acquire/status.h"
 #include "source/numberformat.h"
-#include "source/sourcecommands.h"
-#include "tests/support.h"
+#include "tests/sourcerig.h"
 
 using namespace px40;
 
 namespace {
 
-/// A status has come, and the port is open.
-struct Rig : LinkRig
+struct Rig : SourceRig
 {
-    explicit Rig(int mode = 0, int timeoutMs = 5000) : LinkRig(Unpaced(), timeoutMs)
+    explicit Rig(int mode = 0, int timeoutMs = 5000) : SourceRig(timeoutMs)
     {
-        Open();
-        state.StatusPolled = true;
-        instrument.Status.SourceMode = static_cast<qint16>(mode);
+        SetMode(mode);
         QObject::connect(&source, &SourceCommands::failed, [&](const QString &why) { told << why; });
         QObject::connect(&source, &SourceCommands::recovered,
                          [&](const QString &why) { told << u'-' + why; });
     }
 
-    /// All commands since the start, when nothing is under way or waits any more.
-    QString Sent() const
-    {
-        const auto settled = [&] { return jobs.Running() == 0 && source.tmSrcInter.Interval() == 0; };
-        const bool free = WaitUntil(settled) && !state.LinkBusy && state.LinkActivity == ActivityIdle;
-        return free ? Commands().join(u' ') : u"not settled"_qs;
-    }
-
-    InstrumentState instrument;
-    SourceCommands source{state, gate, comm, jobs, instrument};
     QStringList told;
 };
 
@@ -162,12 +147,32 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
         QCOMPARE(rig.told, QStringList({reason, u'-' + reason}));
     }
 
-    Rig rig(2); // where no list sends anything
+    Rig rig(1); // in which n/m sends the last command once more: now it was asked for
     rig.Fault("err");
+    rig.source.LoadLists();
+    QCOMPARE(rig.Sent(), u"SR0"_qs);
+    rig.source.SwitchRatio();
+    rig.Sent();
+    QCOMPARE(rig.told, QStringList(u"The PX40 has refused the command \"SR0\"."_qs));
+    rig.SetMode(2); // in which no list sends anything, so that the user's command is still the one
     rig.source.StepDown(0);
     rig.source.LoadLists();
-    QCOMPARE(rig.Sent(), u"DW1"_qs);
-    QCOMPARE(rig.told.size(), 1);
+    QVERIFY(rig.Sent().endsWith(u"DW1"_qs));
+    QCOMPARE(rig.told.size(), 2);
+
+    // Another port was opened meanwhile: nobody is left who could answer.
+    rig.Fault("silent");
+    rig.source.StepDown(1);
+    QVERIFY(WaitUntil([&] { return rig.Commands().endsWith(u"DW2"_qs); }));
+    rig.Open();
+    rig.Sent();
+    QCOMPARE(rig.told.size(), 2);
+
+    rig.comm.ClosePort();
+    rig.state.StatusPolled = false; // nothing was ever reached
+    rig.source.StepDown(2);
+    QCOMPARE(rig.told.last(), u"The command \"DW3\" waits for the PX40."_qs);
+    rig.source.tmSrcInter.SetEnabled(false);
 }
 
 void SourceCommandsTest::LeavingDuringTheExchange()

@@ -1,7 +1,5 @@
-#include "acquire/status.h"
 #include "source/frmsrcvalueset.h"
-#include "source/sourcecommands.h"
-#include "tests/support.h"
+#include "tests/sourcerig.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -15,14 +13,12 @@ using namespace px40;
 namespace {
 
 /// The dialog on the simulated instrument; the status has told " 05.000".
-struct ValueRig : LinkRig
+struct ValueRig : SourceRig
 {
     ValueRig()
     {
-        Open();
-        state.StatusPolled = true;
         instrument.Status.SourceValue = u" 05.000"_qs;
-        dialog = new frmSrcValueSet(commands, instrument, nullptr);
+        dialog = new frmSrcValueSet(source, instrument, nullptr);
         dialog->show();
         box = dialog->findChild<QLineEdit *>(u"tbSrcValue"_qs);
     }
@@ -34,18 +30,12 @@ struct ValueRig : LinkRig
     void Type(const QString &text) const { QTest::keyClicks(dialog->focusWidget(), text); }
 
     /// What has been sent when the dialog has gone.
-    QString Sent() const
+    QString SentAndClosed() const
     {
-        const auto done = [this] { return !dialog && !jobs.Running() && !commands.tmSrcInter.Interval(); };
-        const bool closed = WaitUntil(done, 5000);
-        QString all;
-        for (const std::string &command : server.Commands())
-            all += QString::fromLatin1(command.c_str()) + u';';
-        return closed ? all : u"still open"_qs;
+        const bool closed = WaitUntil([this] { return !dialog; }, 5000);
+        return closed ? Sent() : u"still open"_qs;
     }
 
-    InstrumentState instrument;
-    SourceCommands commands{state, gate, comm, jobs, instrument};
     QPointer<frmSrcValueSet> dialog;
     QLineEdit *box = nullptr;
 };
@@ -72,7 +62,7 @@ void SourceValueTest::WhatWasTypedIsSent()
             rig.instrument.Status.SourceValue = u" 06.000"_qs; // a status that comes in meanwhile
             text.isEmpty() ? rig.Key(Qt::Key_Delete) : rig.Type(text);
             submit == Qt::Key_unknown ? rig.Click(u"btSet"_qs) : rig.Key(submit);
-            QCOMPARE(rig.Sent(), u"SD"_qs + text + u';');
+            QCOMPARE(rig.SentAndClosed(), u"SD"_qs + text);
             QCOMPARE(rig.instrument.Status.SourceValue, text);
         }
     }
@@ -91,7 +81,7 @@ void SourceValueTest::PastedTextIsOneLineAndMended()
         QCOMPARE(rig.box->text(), u"a1"_qs + unknown + u"23b"_qs);
         rig.dialog->findChild<QWidget *>(u"btSet"_qs)->setFocus();
         rig.Click(u"btSet"_qs);
-        QVERIFY(rig.dialog->isVisible() && rig.commands.PendingSourceCommand().isEmpty());
+        QVERIFY(rig.dialog->isVisible() && rig.source.PendingSourceCommand().isEmpty());
         QVERIFY(note->text().contains(u'"' + unknown + u'"'));
         QVERIFY(note->height() >= note->heightForWidth(note->width()));
         QCOMPARE(rig.dialog->focusWidget(), rig.box);
@@ -99,7 +89,7 @@ void SourceValueTest::PastedTextIsOneLineAndMended()
         rig.Type(u"4"_qs);
         QVERIFY(note->text().isEmpty());
         rig.Key(Qt::Key_Return);
-        QCOMPARE(rig.Sent(), u"SDa1423b;"_qs);
+        QCOMPARE(rig.SentAndClosed(), u"SDa1423b"_qs);
     }
 }
 
@@ -109,8 +99,8 @@ void SourceValueTest::CancelChangesNothing()
         ValueRig rig;
         rig.Type(u"7"_qs);
         byKey ? rig.Key(Qt::Key_Escape) : rig.Click(u"btCancel"_qs);
-        QVERIFY(rig.commands.PendingSourceCommand().isEmpty());
-        QCOMPARE(rig.Sent(), QString());
+        QVERIFY(rig.source.PendingSourceCommand().isEmpty());
+        QCOMPARE(rig.SentAndClosed(), QString());
         QCOMPARE(rig.instrument.Status.SourceValue, u" 05.000"_qs);
     }
 }

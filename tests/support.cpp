@@ -145,7 +145,7 @@ QStringList LinkRig::Commands() const
 {
     QStringList commands;
     for (const std::string &command : server.Commands())
-        commands << QString::fromStdString(command);
+        commands << QString::fromLatin1(command.c_str());
     return commands;
 }
 
