@@ -21,14 +21,19 @@ QCoro::Task<Answer> LoggedPrompts::AskYesNoCancel(QString text, PromptIcon)
     co_return Answer::No;
 }
 
-LinkRig::LinkRig(sim::ServerOptions options)
-    : server(std::move(options)), store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))),
-      ports(store), comm(state, ports, prompts)
+PortRig::PortRig(const std::string &device)
+    : store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))), ports(store),
+      comm(state, ports, prompts)
 {
-    ports.Fix(PortMap::First, QString::fromStdString(server.DevicePath()));
+    ports.Fix(PortMap::First, QString::fromStdString(device));
 }
 
-bool LinkRig::Open()
+LinkRig::LinkRig(sim::ServerOptions options)
+    : ServerHolder{sim::PtyServer(std::move(options))}, PortRig(server.DevicePath())
+{
+}
+
+bool PortRig::Open()
 {
     return Finish(comm.OpenPort());
 }

@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -43,23 +44,37 @@ class NoProgress : public ProgressView
     void Unload() override {}
 };
 
-/// The program's link on a pseudo-terminal, at whose other end stands the simulated instrument.
-class LinkRig
+/// The program's link on a device.
+class PortRig
 {
   public:
-    explicit LinkRig(sim::ServerOptions options);
+    explicit PortRig(const std::string &device);
+    PortRig(const PortRig &) = delete;
+    PortRig &operator=(const PortRig &) = delete;
 
     /// False when the port does not open; then the reason has been printed.
     bool Open();
 
     QTemporaryDir folder;
-    sim::PtyServer server;
     LoggedPrompts prompts;
     UserStore store;
     PortMap ports;
     LinkState state;
     LinkGate gate{state};
     Comm comm;
+};
+
+struct ServerHolder
+{
+    sim::PtyServer server;
+};
+
+/// The program's link on a pseudo-terminal, at whose other end stands the simulated instrument, which
+/// outlives it.
+class LinkRig : public ServerHolder, public PortRig
+{
+  public:
+    explicit LinkRig(sim::ServerOptions options);
 };
 
 template <typename T>
