@@ -111,7 +111,7 @@ void Live::OpenValueEntry()
     QRect place(QPoint(), valueEntry_->size());
     place.moveCenter(below.center());
     place.moveTop(below.center().y());
-    valueEntry_->setGeometry(OntoScreen(place, UsableScreens()));
+    valueEntry_->move(OntoScreen(place, UsableScreens()).topLeft());
     valueEntry_->show();
 }
 

@@ -43,11 +43,14 @@ frmSource::frmSource(const SourceServices &services, QWidget *parent)
 
     auto *const column = new QVBoxLayout(this);
     column->addWidget(face_, 1);
-    column->addLayout(BuildButtons());
-    auto *const frames = new QHBoxLayout;
-    frames->addWidget(BuildThermo(), 1);
-    frames->addWidget(BuildPulse(), 1);
-    column->addLayout(frames);
+    auto *const grid = new QGridLayout;
+    grid->addLayout(BuildButtons(), 0, 0);
+    grid->addWidget(BuildRatio(), 0, 1);
+    grid->addWidget(BuildThermo(), 1, 0);
+    grid->addWidget(BuildPulse(), 1, 1);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+    column->addLayout(grid);
     services.commands->LoadLists();
 
     column->activate(); // the smallest size is known from here on
@@ -73,7 +76,6 @@ QBoxLayout *frmSource::BuildButtons()
         button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
         row->addWidget(button, 1);
     }
-    row->addWidget(BuildRatio());
     return row;
 }
 
@@ -168,7 +170,7 @@ void frmSource::Show(const SourceDisplay &display)
     face_->Show(display);
     if (std::none_of(lists_.begin(), lists_.end(), IsOpen))
         EnableRangeLists(display.mayChooseRange);
-    if (!services_.commands->IsWaiting())
+    if (!services_.commands->IsUserWaiting())
         ShowLists(display);
 }
 

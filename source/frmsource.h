@@ -42,7 +42,7 @@ class frmSource : public LiveWindow
     explicit frmSource(const SourceServices &services, QWidget *parent = nullptr);
 
     /// Only what has changed is repainted. A list that is open is left alone, and so are all of them while a
-    /// command waits: what is shown is then older than what the user wants.
+    /// command of the user waits: what is shown is then older than what the user wants.
     void Show(const SourceDisplay &display);
 
     /// Empties the display; nothing is known of the instrument.

@@ -58,6 +58,9 @@ class SourceCommands : public QObject
     /// A command waits for the link, or is being sent.
     bool IsWaiting() const { return tmSrcInter.Interval() > 0; }
 
+    /// And the user has asked for it.
+    bool IsUserWaiting() const { return asked_ && IsWaiting(); }
+
     Timer tmSrcInter{0, true};
 
   Q_SIGNALS:

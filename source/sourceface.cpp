@@ -216,6 +216,7 @@ bool SourceFace::OnKey(int key, const QObject *button)
     const bool isUp = of(btUp_) != btUp_.end();
     const Buttons &row = isUp ? btUp_ : btDown_;
     const auto digit = of(row) - row.begin();
+    window()->setAttribute(Qt::WA_KeyboardFocusChange); // as Tab does: the focus is shown
     switch (key) {
     case Qt::Key_Left:
         row[static_cast<std::size_t>(std::max<std::ptrdiff_t>(digit - 1, 0))]->setFocus();

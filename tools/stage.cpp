@@ -3,6 +3,7 @@
 #include "acquire/frmmoniter.h"
 #include "app/startup.h"
 #include "document/frmdata.h"
+#include "source/frmsource.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -24,6 +25,18 @@ sim::ServerOptions FasterLine(const QString &link)
     options.line.baud = 38400;
     options.link = link.toStdString();
     return options;
+}
+
+/// The window of that kind that is open; another one may be about to go.
+template <typename Window>
+Window *OpenOne(const QObject *parent)
+{
+    const QList<Window *> all = parent->findChildren<Window *>();
+    for (Window *const one : all) {
+        if (one->isVisible())
+            return one;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -51,6 +64,17 @@ Stage::~Stage()
         AwaitIfPossible([this] { return left_; });
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void Stage::KeepSourcePlace(const QPoint &place)
+{
+    static constexpr int TwipsPerPixel = 15;
+    const auto keep = [this](const char16_t *key, int pixels) {
+        services.store.Save(QStringLiteral("Settings"), QString::fromUtf16(key),
+                            QString::number(pixels * TwipsPerPixel));
+    };
+    keep(u"SourceLeft", place.x());
+    keep(u"SourceTop", place.y());
 }
 
 void Stage::Start(bool splash)
@@ -101,12 +125,12 @@ QString Stage::PortPanel() const
 
 frmMoniter *Stage::Moniter() const
 {
-    const QList<frmMoniter *> all = window->findChildren<frmMoniter *>();
-    for (frmMoniter *const one : all) {
-        if (one->isVisible()) // another one may be about to go
-            return one;
-    }
-    return nullptr;
+    return OpenOne<frmMoniter>(window.get());
+}
+
+frmSource *Stage::Source() const
+{
+    return OpenOne<frmSource>(window.get());
 }
 
 QList<QWidget *> Stage::Windows(const QList<QWidget *> &inFront) const
@@ -114,6 +138,8 @@ QList<QWidget *> Stage::Windows(const QList<QWidget *> &inFront) const
     QList<QWidget *> all = {window.get()};
     if (frmMoniter *const moniter = Moniter())
         all.append(moniter);
+    if (frmSource *const source = Source())
+        all.append(source);
     return all + inFront;
 }
 
@@ -189,6 +215,8 @@ void Stage::Settle()
         QDialog *const progress = window->findChild<QDialog *>(QStringLiteral("frmCancel"));
         if (progress && progress->isVisible())
             progress->close();
+        if (QDialog *const value = Dialog(QStringLiteral("frmSrcValueSet")))
+            value->close();
         return Idle() && !services.state.RealtimeRun;
     };
     AwaitIfPossible(settled);

@@ -18,6 +18,7 @@ class QMessageBox;
 namespace px40 {
 
 class frmMoniter;
+class frmSource;
 
 /// One run of the whole program, from its start to its end, on a simulated instrument: real windows, real
 /// message boxes, the real serial class. Everything that it keeps lies in a temporary folder.
@@ -35,6 +36,9 @@ class Stage
     /// Leaves the program, whatever stands open.
     ~Stage();
 
+    /// The SOURCE window was moved to that place by the run before, in pixels of 1/96 inch; where it comes by
+    /// itself it covers a part of the main window.
+    void KeepSourcePlace(const QPoint &place);
     void Start(bool splash);
     /// True when no procedure is under way.
     bool Idle() const { return services.jobs.Running() == 0; }
@@ -62,8 +66,10 @@ class Stage
     QList<frmData *> DataWindows() const;
     /// The MEASURE window, or null while it is closed.
     frmMoniter *Moniter() const;
-    /// What a picture of the whole program shows, from back to front: the main window, MEASURE above it,
-    /// and what stands before them.
+    /// The SOURCE window, or null while it is closed.
+    frmSource *Source() const;
+    /// What a picture of the whole program shows, from back to front: the main window, MEASURE and SOURCE
+    /// above it, and what stands before them.
     QList<QWidget *> Windows(const QList<QWidget *> &inFront = {}) const;
     QDialog *ProgressDialog() const { return Find<QDialog>(QStringLiteral("frmCancel")); }
     QString Message() const;
@@ -89,7 +95,7 @@ class Stage
     void Choose(const QString &menuName, const QString &itemName);
     void ClickTool(const QString &key);
     /// Types a text in place of the one in that field.
-    void Type(const QDialog *dialog, const QString &field, const QString &text);
+    void Type(const QWidget *parent, const QString &field, const QString &text);
     /// Clicks the button and waits until the dialog is gone.
     void CloseDialog(QDialog *dialog, const QString &button);
     void ClickButton(const QWidget *parent, const QString &name);

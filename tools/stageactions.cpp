@@ -51,9 +51,9 @@ void Stage::Click(QWidget *widget)
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-void Stage::Type(const QDialog *dialog, const QString &field, const QString &text)
+void Stage::Type(const QWidget *parent, const QString &field, const QString &text)
 {
-    auto *const edit = Find<QLineEdit>(field, dialog);
+    auto *const edit = Find<QLineEdit>(field, parent);
     Click(edit);
     edit->selectAll();
     QTest::keyClicks(edit, text);

@@ -1,5 +1,6 @@
 #include "tools/tour.h"
 
+#include "source/frmsource.h"
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
 
@@ -20,6 +21,11 @@ using namespace Qt::Literals::StringLiterals;
 namespace px40 {
 
 namespace {
+
+/// 1600 twips below the top of the screen, at its left edge.
+constexpr QPoint FirstSourcePlace(0, 107);
+/// Beside MEASURE and a roomy main window.
+constexpr QPoint FarRight(1280, 67);
 
 QWidget *Splash()
 {
@@ -64,9 +70,15 @@ bool Tour::Run()
     }
     {
         Stage stage(Stage::Instrument::Demo);
-        RunSteps(stage, {&Tour::StartLive, &Tour::IntervalOfNewSet, &Tour::StartRun, &Tour::RunHoldsWindows,
-                         &Tour::EndOfPeriod, &Tour::IntervalWithReadings, &Tour::StopRun, &Tour::SaveRun,
-                         &Tour::UnplugRun});
+        RunSteps(stage, {&Tour::StartSource, &Tour::SourceRanges, &Tour::SourceStates, &Tour::SourceDigits,
+                         &Tour::SourceRatio, &Tour::SourceValue, &Tour::SourceValueRefused,
+                         &Tour::SourceClosedMeanwhile, &Tour::SourceThermocouples, &Tour::SourcePulses});
+    }
+    {
+        Stage stage(Stage::Instrument::Demo);
+        RunSteps(stage, {&Tour::StartLive, &Tour::IntervalOfNewSet, &Tour::StartRun, &Tour::SourceDuringRun,
+                         &Tour::RunHoldsWindows, &Tour::EndOfPeriod, &Tour::IntervalWithReadings,
+                         &Tour::StopRun, &Tour::SaveRun, &Tour::UnplugRun});
     }
     return failures_ == 0;
 }
@@ -113,6 +125,15 @@ void Tour::AssignDevice(Stage &stage)
     AwaitIdle(stage);
     RequirePort(stage, u"Port 1: "_s + stage.Device());
     AwaitReading(stage);
+    AwaitSource(stage, u"0100.0 imUnit0 K SOURCE OFF RJON IPTS-68"_s);
+    RequireSourceChecked(stage, true);
+    const QPoint place = stage.Source()->geometry().topLeft();
+    Require((place - FirstSourcePlace).manhattanLength() <= 8, // a frame may need room
+            u"SOURCE opens for the first time at %1, %2."_s.arg(place.x()).arg(place.y()));
+    camera_.Take(u"02a-first-start"_s, stage.Windows());
+    stage.Choose(u"mnuView"_s, u"mnuViewSource"_s);
+    Require(!stage.Source(), u"The View menu does not close SOURCE."_s);
+    RequireSourceChecked(stage, false);
 
     stage.Choose(u"mnuSetup"_s, u"mnuSetupCommport"_s);
     dialog = stage.AwaitDialog(u"frmPort"_s);
@@ -148,6 +169,7 @@ void Tour::LeaveWithoutQuestion(Stage &stage)
 
 void Tour::DemoStart(Stage &stage)
 {
+    stage.KeepSourcePlace(FarRight);
     stage.Start(false);
     Await([&stage] { return stage.services.comm.IsOpen() && stage.Idle(); }, u"The program did not start."_s);
     RequirePort(stage, u"Port 1: simulated instrument"_s);

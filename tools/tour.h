@@ -52,8 +52,21 @@ class Tour
     void MeasureSizes(Stage &stage);
     void PrinterMode(Stage &stage);
 
+    void StartSource(Stage &stage);
+    void SourceRanges(Stage &stage);
+    void SourceStates(Stage &stage);
+    void SourceDigits(Stage &stage);
+    void SourceRatio(Stage &stage);
+    void SourceValue(Stage &stage);
+    void SourceValueRefused(Stage &stage);
+    void SourceClosedMeanwhile(Stage &stage);
+    void SourceThermocouples(Stage &stage);
+    void SourcePulses(Stage &stage);
+    void SourceSizes(Stage &stage);
+
     void IntervalOfNewSet(Stage &stage);
     void StartRun(Stage &stage);
+    void SourceDuringRun(Stage &stage);
     void RunHoldsWindows(Stage &stage);
     void EndOfPeriod(Stage &stage);
     void IntervalWithReadings(Stage &stage);

@@ -4,6 +4,7 @@
 #include "acquire/status.h"
 #include "document/frmdata.h"
 #include "document/panelbar.h"
+#include "source/frmsource.h"
 #include "tools/stage.h"
 
 #include <QAction>
@@ -113,6 +114,70 @@ void RequireCheckEnded(const Stage &stage)
     Require(!stage.Box() && !stage.window->tmCheckStat.Enabled(), u"The status check goes on."_s);
     Require(!stage.Moniter() && !stage.Find<QAction>(u"mnuViewMoniter"_s)->isChecked(),
             u"MEASURE stays open without an instrument."_s);
+    Require(!stage.Source(), u"SOURCE stays open without an instrument."_s);
+    RequireSourceChecked(stage, false);
+}
+
+void RequireSourceChecked(const Stage &stage, bool open)
+{
+    for (const QString &name : {u"mnuViewSource"_s, u"Source"_s})
+        Require(stage.Find<QAction>(name)->isChecked() == open,
+                u"\"%1\" does not tell whether SOURCE is open."_s.arg(name));
+}
+
+QString SourceFaceText(const Stage &stage)
+{
+    const auto text = [&](const QString &name) { return stage.Find<QLabel>(name, stage.Source())->text(); };
+    const auto shown = [&](const QString &name) {
+        return stage.Find<QWidget>(name, stage.Source())->isVisible();
+    };
+    QString value = text(u"llValue0"_s);
+    for (int i = 0; i < 5; ++i) {
+        value += text(u"llValue%1"_s.arg(i + 1));
+        if (i < 4 && shown(u"shDec%1"_s.arg(i)))
+            value += u'.';
+    }
+    QStringList parts = {value, text(u"llUnit"_s)};
+    for (int i = 0; i < 3; ++i) {
+        if (shown(u"imUnit%1"_s.arg(i)))
+            parts << u"imUnit%1"_s.arg(i);
+    }
+    parts << text(u"llFunction"_s) << text(u"llState"_s);
+    for (int i = 0; i < 7; ++i)
+        parts << text(u"llDipsw%1"_s.arg(i));
+    parts.removeAll(QString());
+    return parts.join(u' ');
+}
+
+void AwaitSource(const Stage &stage, const QString &face)
+{
+    const auto shown = [&] { return stage.Source() && SourceFaceText(stage) == face; };
+    AwaitIfPossible(shown);
+    Require(stage.Source(), u"SOURCE is not open."_s);
+    RequireText(u"SOURCE"_s, SourceFaceText(stage), face);
+}
+
+SourceLog::SourceLog(const Stage &stage) : stage_(&stage), before_(All().size()) {}
+
+void SourceLog::Await(const QStringList &commands) const
+{
+    AwaitIfPossible([&] { return All().size() - before_ >= commands.size(); });
+    AwaitIdle(*stage_);
+    Require(All().mid(before_) == commands, u"SOURCE has sent \"%1\" instead of \"%2\"."_s.arg(
+                                                All().mid(before_).join(u' '), commands.join(u' ')));
+}
+
+QStringList SourceLog::All() const
+{
+    static const QStringList ofSource = {u"SO"_s, u"UP"_s, u"DW"_s, u"NM"_s, u"ND"_s,
+                                         u"SR"_s, u"TE"_s, u"PU"_s, u"SD"_s};
+    QStringList all;
+    for (const std::string &bytes : stage_->server.Commands()) {
+        const QString command = QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
+        if (ofSource.contains(command.left(2)))
+            all << command;
+    }
+    return all;
 }
 
 } // namespace px40

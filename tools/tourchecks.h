@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QPoint>
 #include <QSize>
 #include <QString>
+#include <QStringList>
 
 class QMessageBox;
 
@@ -14,6 +16,8 @@ class Stage;
 
 constexpr int StoredReadings = 50;
 constexpr QSize RoomyWindow(1120, 720);
+/// Where SOURCE covers nothing, beside the main window as it comes.
+constexpr QPoint BelowMeasure(742, 384);
 
 int Rows(const frmData *data);
 
@@ -25,7 +29,7 @@ void RequireWholeSet(const Stage &stage, const frmData *data);
 
 /// The readings of that window are those in the file of that name.
 void RequireSaved(const frmData *data, const QString &name);
-/// The status check has given up, and MEASURE has closed with it.
+/// The status check has given up, and MEASURE and SOURCE have closed with it.
 void RequireCheckEnded(const Stage &stage);
 
 /// Closes the active data window, which asks nothing.
@@ -39,5 +43,28 @@ QMessageBox *AwaitNoAnswer(Stage &stage);
 /// Waits for a row of the data window opened last.
 void AwaitRows(const Stage &stage, int rows);
 void AwaitIdle(const Stage &stage);
+
+/// Menu item and tool button of SOURCE are both checked, or neither is.
+void RequireSourceChecked(const Stage &stage, bool open);
+/// What SOURCE shows, lists aside: value, unit or symbol, function, lamp, indicators.
+QString SourceFaceText(const Stage &stage);
+void AwaitSource(const Stage &stage, const QString &face);
+
+/// The commands for the source among all that the instrument has received since this was made.
+class SourceLog
+{
+  public:
+    /// `stage` must outlive this.
+    explicit SourceLog(const Stage &stage);
+
+    /// Waits until as many have arrived and been answered, and requires that they are these.
+    void Await(const QStringList &commands) const;
+
+  private:
+    QStringList All() const;
+
+    const Stage *stage_;
+    qsizetype before_;
+};
 
 } // namespace px40

@@ -4,6 +4,7 @@
 
 #include "document/frmdata.h"
 #include "resources/strings.h"
+#include "source/frmsource.h"
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
 
@@ -113,10 +114,15 @@ void Tour::SilentInstrument(Stage &stage)
     stage.Answer(box, QMessageBox::Ok);
     RequireCheckEnded(stage);
 
+    // Both come back with OK in the port dialog.
     stage.SetFault(u"none"_s);
     stage.DiscardActiveData();
-    stage.Choose(u"mnuView"_s, u"mnuViewMoniter"_s);
+    stage.Choose(u"mnuSetup"_s, u"mnuSetupCommport"_s);
+    stage.ClickButton(stage.AwaitDialog(u"frmPort"_s), u"btOk"_s);
     AwaitReading(stage);
+    AwaitSource(stage, u"0100.0 imUnit0 K SOURCE OFF RJON IPTS-68"_s);
+    RequireSourceChecked(stage, true);
+    camera_.Take(u"10c-answers-again"_s, stage.Windows());
 }
 
 void Tour::Unplugged(Stage &stage)
@@ -147,6 +153,7 @@ void Tour::Unplugged(Stage &stage)
     AwaitIdle(stage);
     RequirePort(stage, u"Port 1: simulated instrument"_s);
     AwaitReading(stage);
+    Require(stage.Source(), u"SOURCE does not come back with the instrument."_s);
     stage.ClickTool(u"Mdata"_s);
     AwaitIdle(stage);
     RequireWholeSet(stage, stage.DataWindows().last());

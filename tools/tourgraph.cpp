@@ -5,6 +5,7 @@
 #include "document/chart.h"
 #include "document/frmdata.h"
 #include "document/graphaxis.h"
+#include "source/frmsource.h"
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
 
@@ -89,13 +90,16 @@ QDialog *OpenSetup(Stage &stage)
 
 } // namespace
 
-/// Where the graph and the files begin: a finished download in a roomy window, which MEASURE does not cover.
+/// Where the graph and the files begin: a finished download in a roomy window, which nothing covers.
 void Tour::StartWithReadings(Stage &stage)
 {
     stage.Start(false);
     Await([&stage] { return stage.services.comm.IsOpen() && stage.Idle(); }, u"The program did not start."_s);
     stage.Choose(u"mnuView"_s, u"mnuViewMoniter"_s);
     Await([&stage] { return !stage.Moniter(); }, u"The View menu does not close MEASURE."_s);
+    stage.ClickTool(u"Source"_s);
+    Await([&stage] { return !stage.Source(); }, u"The tool button does not close SOURCE."_s);
+    RequireSourceChecked(stage, false);
     stage.window->resize(RoomyWindow);
     stage.ClickTool(u"Mdata"_s);
     AwaitIdle(stage);

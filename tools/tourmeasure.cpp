@@ -92,6 +92,7 @@ void AwaitPresses(const Stage &stage, const QStringList &commands)
 /// Where the live windows begin: nothing has been done yet, and MEASURE stands beside the main window.
 void Tour::StartLive(Stage &stage)
 {
+    stage.KeepSourcePlace(BelowMeasure);
     stage.Start(false);
     Await([&stage] { return stage.Moniter() != nullptr; }, u"MEASURE does not open at the start."_s);
     AwaitReading(stage);
@@ -206,7 +207,7 @@ void Tour::MeasureSizes(Stage &stage)
     camera_.Take(u"20h-measure-large"_s, {moniter});
 
     // Closed and opened again it stands where it stood.
-    const QRect kept = before.translated(-60, 40);
+    const QRect kept = before.translated(60, -20);
     moniter->setGeometry(kept);
     Stage::BringToFront(moniter);
     QTest::keyClick(moniter, Qt::Key_Escape);
