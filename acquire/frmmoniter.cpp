@@ -54,7 +54,7 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
         presses_ = presses_ < 2 ? presses_ + 1 : 1;
         tmMeasInter_.SetInterval(ClickDelayMs);
     });
-    connect(&tmMeasInter_, &Timer::tick, this, &frmMoniter::OnTick);
+    connect(&tmMeasInter_, &Timer::tick, this, &frmMoniter::SendNow);
 
     const double scale = logicalDpiX() / 96.0;
     setMinimumSize((DesignSize * scale).toSize());
@@ -72,9 +72,9 @@ void frmMoniter::Show(const MeasureDisplay &display)
 
 void frmMoniter::SetData(const QString &) {}
 
-void frmMoniter::OnTick()
+void frmMoniter::SendNow()
 {
-    if (services_.state->LinkBusy)
+    if (presses_ == 0 || services_.state->LinkBusy)
         return; // the timer goes on
     --presses_;
     services_.jobs->Launch(SwitchMeasuring(this, services_), "measuring on and off");

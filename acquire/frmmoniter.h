@@ -44,6 +44,9 @@ class frmMoniter : public LiveWindow
 
     void Show(const MeasureDisplay &display);
 
+    /// The link may be free: a press that waits is sent at once instead of on the next tick.
+    void SendNow();
+
     /// Told of each sample that real-time receive takes. Deliberately without effect: the status that is
     /// decoded with the sample refreshes the window.
     void SetData(const QString &rcvData);
@@ -55,7 +58,6 @@ class frmMoniter : public LiveWindow
 
   private:
     static QCoro::Task<void> SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services);
-    void OnTick();
     QPoint FirstPlace(const QSize &usual) const;
 
     MoniterServices services_;

@@ -75,11 +75,11 @@ QString InstrumentFace::LampText(bool on) const
 }
 
 void InstrumentFace::ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol,
-                              bool on, const OptionIndicators &indicators)
+                              const QString &state, const OptionIndicators &indicators)
 {
     llUnit_->setText(unit);
     llFunction_->setText(function);
-    llState_->setText(LampText(on));
+    llState_->setText(state);
     for (std::size_t i = 0; i < imUnit_.size(); ++i)
         imUnit_[i]->setVisible(symbol == static_cast<int>(i));
     for (std::size_t i = 0; i < llDipsw_.size(); ++i)

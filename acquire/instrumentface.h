@@ -30,11 +30,10 @@ class InstrumentFace : public QWidget
     static constexpr double UnitGap = 8;
     static constexpr double SymbolSide = 42;
     static constexpr double ReadingHeight = 54;
-    static constexpr double TopRowEnd = 26;
-    static constexpr double IndicatorRowHeight = 20;
 
-    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol, bool on,
-                  const OptionIndicators &indicators);
+    /// `state` is what stands beside the lamp (see `LampText`).
+    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol,
+                  const QString &state, const OptionIndicators &indicators);
 
     QLabel *NewLabel(const char *name, Qt::Alignment alignment);
     /// What the lamp says.

@@ -6,6 +6,7 @@
 #include "resources/icons.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QShortcut>
 
 namespace px40 {
@@ -24,8 +25,8 @@ LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QW
     setObjectName(QStringLiteral("frm") + name);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(ApplicationIcon());
-    for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)})
-        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this,
+            &QWidget::close);
 }
 
 void LiveWindow::Open(const QRect &usual)
@@ -34,6 +35,15 @@ void LiveWindow::Open(const QRect &usual)
     place.setSize(place.size().expandedTo(minimumSize()));
     setGeometry(OntoScreen(place, UsableScreens()));
     *openFlag_ = true;
+}
+
+/// Escape is no shortcut: it would take the key from an open list.
+void LiveWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void LiveWindow::closeEvent(QCloseEvent *event)

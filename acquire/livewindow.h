@@ -31,6 +31,7 @@ class LiveWindow : public QWidget
     /// The window is about to close.
     virtual void Closing() {}
 
+    void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
   private:

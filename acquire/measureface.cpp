@@ -41,7 +41,7 @@ void MeasureFace::LoadDrawings()
 
 void MeasureFace::Show(const MeasureDisplay &display)
 {
-    ShowSide(display.unit, display.function, display.symbol, display.on, display.indicators);
+    ShowSide(display.unit, display.function, display.symbol, LampText(display.on), display.indicators);
     llValue_->setText(display.value);
     shOn_->setVisible(display.on);
     shOff_->setVisible(!display.on);

@@ -106,7 +106,7 @@ void StatusCheck::ShowStatus()
     if (state_->MonitorOpen)
         views_->ShowMeasure(ShowMeasure(instrument_->Status, *ranges_));
     if (state_->SourceOpen)
-        views_->ShowSourceStatus(*instrument_);
+        views_->ShowSourceStatus(instrument_->Status);
     if (state_->LinkActivity == ActivityIdle)
         views_->EnableMainCommands(!HidesMeasurement(instrument_->Status.SourceMode));
     instrument_->PreviousStatus = instrument_->Status;

@@ -9,6 +9,7 @@ class LinkGate;
 class Prompts;
 class Timer;
 struct InstrumentState;
+struct InstrumentStatus;
 struct LinkState;
 struct MeasureDisplay;
 struct RangeLists;
@@ -28,8 +29,8 @@ class StatusViews
     /// Called while `MonitorOpen` is set.
     virtual void ShowMeasure(const MeasureDisplay &display) = 0;
 
-    /// Called while `SourceOpen` is set. `PreviousStatus` is still that of the decoding before.
-    virtual void ShowSourceStatus(const InstrumentState &instrument) = 0;
+    /// Called while `SourceOpen` is set.
+    virtual void ShowSourceStatus(const InstrumentStatus &status) = 0;
 
     /// Whether real-time data sets can be made and stored readings be fetched; called while the link is idle.
     virtual void EnableMainCommands(bool enabled) = 0;

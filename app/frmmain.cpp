@@ -25,7 +25,7 @@
 namespace px40 {
 
 namespace {
-constexpr int RefusalShownMs = 3000;
+constexpr int WarningShownMs = 3000;
 }
 
 frmMain::frmMain(Services &services)
@@ -82,11 +82,12 @@ void frmMain::ConnectAll()
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
     connect(live_, &Live::message, this, &frmMain::ShowMessage);
     connect(live_, &Live::runMessage, this, [this](const QString &text) {
-        if (!refusal_.isValid() || refusal_.hasExpired(RefusalShownMs))
+        if (!warned_.isValid() || warned_.hasExpired(WarningShownMs))
             ShowMessage(text);
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
-    connect(live_, &Live::messageOver, this, [this](const QString &text) {
+    connect(live_, &Live::warning, this, &frmMain::ShowWarning);
+    connect(live_, &Live::warningOver, this, [this](const QString &text) {
         if (message_->text() == text)
             ShowMessage(QString());
     });
@@ -126,6 +127,12 @@ void frmMain::ShowMessage(const QString &text)
 {
     message_->setText(text);
     message_->setToolTip(text); // whole also where the panel is narrow
+}
+
+void frmMain::ShowWarning(const QString &text)
+{
+    warned_.start();
+    ShowMessage(text);
 }
 
 void frmMain::ShowPort()

@@ -82,6 +82,7 @@ class frmMain : public QMainWindow
   private:
     void ConnectAll();
     void BuildStatusBar();
+    void ShowWarning(const QString &text);
     void ShowPort();
     void ShowTitle();
     void OnWindowActivated();
@@ -123,7 +124,7 @@ class frmMain : public QMainWindow
     QPointer<QMdiSubWindow> activeBefore_;
     QLabel *message_ = nullptr;
     QLabel *port_ = nullptr;
-    QElapsedTimer refusal_; ///< since the run has refused to let the program end
+    QElapsedTimer warned_; ///< since a warning, which the messages of a run leave standing for a while
     bool memoryAsked_ = false;
     bool portLost_ = false;
     bool asking_ = false;

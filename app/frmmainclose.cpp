@@ -23,10 +23,8 @@ void frmMain::closeEvent(QCloseEvent *event)
         return;
     }
     event->ignore();
-    if (services_->state.RealtimeRun) {
-        refusal_.start();
-        ShowMessage(Text(Str::RunHoldsWindows));
-    }
+    if (services_->state.RealtimeRun)
+        ShowWarning(Text(Str::RunHoldsWindows));
     if (asking_ || services_->leaving || !MayClose(services_->state))
         return;
     asking_ = true;

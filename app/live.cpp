@@ -12,11 +12,21 @@
 #include "source/frmsrcvalueset.h"
 #include "source/sourcedisplay.h"
 
+#include <QWindow>
+
 namespace px40 {
 
 namespace {
 
 constexpr int WaitIntervalMs = 10;
+constexpr int FromBottom = 16; // of the SOURCE window's frame: so far above it the value entry opens
+
+/// Wherever the other one goes, also when it is clicked at.
+void KeepAbove(QWidget *window, const QWidget *other)
+{
+    window->winId(); // a window of the desktop from here on
+    window->windowHandle()->setTransientParent(other->windowHandle());
+}
 
 void BringToFront(QWidget *window)
 {
@@ -34,8 +44,8 @@ Live::Live(Services &services, const Timers &timers, QWidget *window)
                  services.clock, services.instrument, timers.tmRealtime, *this}),
       sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument)
 {
-    connect(&sourceCommands_, &SourceCommands::failed, this, &Live::message);
-    connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::messageOver);
+    connect(&sourceCommands_, &SourceCommands::failed, this, &Live::warning);
+    connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::warningOver);
     connect(&timers.tmCheckStat, &Timer::tick, this,
             [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
@@ -80,7 +90,12 @@ void Live::OpenSource()
     const SourceServices sourceServices = {&services_->state, &services_->store, &services_->ranges,
                                            &sourceCommands_};
     source_ = new frmSource(sourceServices, window_);
-    connect(source_, &LiveWindow::closed, this, [this] { source_ = nullptr; });
+    connect(source_, &LiveWindow::closed, this, [this] {
+        source_ = nullptr;
+        ShowSource({}); // nobody tells the value entry any more
+        if (valueEntry_)
+            KeepAbove(valueEntry_, window_);
+    });
     connect(source_, &frmSource::valueAsked, this, &Live::OpenValueEntry);
     ShowWindow(source_.data());
 }
@@ -97,11 +112,11 @@ void Live::CloseSource()
         source_->close();
 }
 
-/// It belongs to the main window: it stays when the SOURCE window is closed. It opens where it leaves the digits
-/// to be seen.
+/// It belongs to the main window: it stays when the SOURCE window is closed. It opens where it leaves the
+/// digits to be seen.
 void Live::OpenValueEntry()
 {
-    if (valueEntry_) {
+    if (valueEntry_ && valueEntry_->isVisible()) {
         BringToFront(valueEntry_);
         return;
     }
@@ -110,9 +125,12 @@ void Live::OpenValueEntry()
     valueEntry_->adjustSize();
     QRect place(QPoint(), valueEntry_->size());
     place.moveCenter(below.center());
-    place.moveTop(below.center().y());
+    place.moveBottom(below.bottom() - FromBottom);
     valueEntry_->move(OntoScreen(place, UsableScreens()).topLeft());
+    KeepAbove(valueEntry_, source_);
     valueEntry_->show();
+    if (!services_->instrument.StatusReply.isEmpty())
+        ShowSourceStatus(services_->instrument.Status);
 }
 
 void Live::PortChosen()
@@ -150,15 +168,21 @@ void Live::OnPortChanged()
     if (services_->comm.IsOpen() || services_->state.RealtimeRun)
         return;
     ShowMeasure({});
-    if (source_)
-        source_->Clear();
+    ShowSource({});
 }
 
 QCoro::Task<void> Live::Check()
 {
     const bool reached = co_await statusCheck_.CheckStatus();
-    if (reached)
+    if (reached) {
+        if (services_->leaving)
+            co_return;
+        // With a slow instrument the next check would follow before the timers of these come round.
+        sourceCommands_.SendNow();
+        if (moniter_)
+            moniter_->SendNow();
         co_return;
+    }
     moniterByTrouble_ = moniterByTrouble_ || moniter_;
     sourceByTrouble_ = sourceByTrouble_ || source_;
     CloseMoniter();
@@ -207,11 +231,19 @@ void Live::ShowMeasure(const MeasureDisplay &display)
         moniter_->Show(display);
 }
 
-void Live::ShowSourceStatus(const InstrumentState &instrument)
+void Live::ShowSourceStatus(const InstrumentStatus &status)
 {
-    const bool inMeasure = moniter_ && HidesMeasurement(instrument.Status.SourceMode);
+    const bool inMeasure = moniter_ && HidesMeasurement(status.SourceMode);
+    ShowSource(px40::ShowSource(status, services_->ranges, inMeasure));
+}
+
+void Live::ShowSource(const SourceDisplay &display)
+{
     if (source_)
-        source_->Show(ShowSource(instrument.Status, services_->ranges, inMeasure));
+        source_->Show(display);
+    if (valueEntry_)
+        valueEntry_->ShowUnit(display.symbol == MeasureDisplay::NoSymbol ? display.unit
+                                                                         : Text(Str::UnitCelsius));
 }
 
 void Live::EnableMainCommands(bool enabled)

@@ -20,6 +20,7 @@ class frmData;
 class frmMoniter;
 class frmSource;
 class frmSrcValueSet;
+struct SourceDisplay;
 
 /// What goes on by itself beside the commands of the main window: the status check, the MEASURE and SOURCE
 /// windows that it writes to, the commands of the SOURCE window, and real-time receive.
@@ -46,7 +47,7 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     /// the front.
     void OpenMoniter();
     void OpenSource();
-    /// Closes it, unless a run or a download holds it.
+    /// Closes it; a run or a download holds the MEASURE window.
     void CloseMoniter();
     void CloseSource();
     /// The user has chosen a port that could be opened: the windows that went with the old connection come
@@ -63,7 +64,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
   Q_SIGNALS:
     void message(const QString &text);
     void runMessage(const QString &text);  ///< each second of a run
-    void messageOver(const QString &text); ///< what that message told is no longer so
+    void warning(const QString &text);     ///< must be seen, also during a run
+    void warningOver(const QString &text); ///< what that warning told is no longer so
     void windowsChanged();                 ///< MEASURE or SOURCE was opened or closed
     void mainCommandsEnabled(bool enabled);
     void runChanged();
@@ -72,13 +74,14 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     template <typename Window>
     void ShowWindow(Window *window);
     void OpenValueEntry();
+    void ShowSource(const SourceDisplay &display);
     void StartChecking();
     void OnPortChanged();
     QCoro::Task<void> Check();
     void OnCheckInter();
 
     void ShowMeasure(const MeasureDisplay &display) override;
-    void ShowSourceStatus(const InstrumentState &instrument) override;
+    void ShowSourceStatus(const InstrumentStatus &status) override;
     void EnableMainCommands(bool enabled) override;
     void RunChanged() override;
     void ShowRun(const RunProgress &progress) override;

@@ -62,7 +62,7 @@ class LiveRig : private StatusViews, private RealtimeViews
 
   private:
     void ShowMeasure(const MeasureDisplay &display) override;
-    void ShowSourceStatus(const InstrumentState &) override {}
+    void ShowSourceStatus(const InstrumentStatus &) override {}
     void EnableMainCommands(bool) override {}
     void RunChanged() override {}
     void ShowRun(const RunProgress &progress) override { progress_ = progress; }

@@ -243,6 +243,7 @@ enum class Str : int {
     SourceRefused,
     SourceNoAnswer,
     SourceWaits,
+    SourceReplaced,
     SourceUnknownCharacter,
 };
 

@@ -65,14 +65,14 @@ QBoxLayout *frmSource::BuildButtons()
         NewButton("btSrcOnOff", Text(Str::SourceTitle) + QStringLiteral("\n  ") + Text(Str::OnCaption));
     btSrcOnOff->setAccessibleName(Text(Str::SourceTitle) + u' ' + Text(Str::OnCaption));
     connect(btSrcOnOff, &QPushButton::clicked, commands, &SourceCommands::SwitchOnOff);
-    auto *const btInput = NewButton("btInput", Text(Str::SourceValueTitle));
-    btInput->setToolTip(Text(Str::TipSourceValue));
-    btInput->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
-    connect(btInput, &QPushButton::clicked, this, &frmSource::valueAsked);
+    btInput_ = NewButton("btInput", Text(Str::SourceValueTitle));
+    btInput_->setToolTip(Text(Str::TipSourceValue));
+    btInput_->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
+    connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
     auto *const btNm = NewButton("btNm", Text(Str::SourceRatio));
     btNm->setToolTip(Text(Str::TipSourceRatio));
     connect(btNm, &QPushButton::clicked, commands, &SourceCommands::SwitchRatio);
-    for (QPushButton *const button : {btSrcOnOff, btInput, btNm}) {
+    for (QPushButton *const button : {btSrcOnOff, btInput_, btNm}) {
         button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
         row->addWidget(button, 1);
     }
@@ -160,18 +160,34 @@ void frmSource::AddList(QGridLayout *grid, SourceDisplay::List list, const char 
     grid->addWidget(box, row, 1);
     grid->setColumnStretch(1, 1);
     lists_[list] = box;
-    const auto control = static_cast<SourceControl>(static_cast<int>(SourceControl::Tc) + list);
+    const SourceControl control = SourceList(list);
     connect(box, &QComboBox::activated, services_.commands,
             [commands = services_.commands, control](int position) { commands->Select(control, position); });
 }
 
 void frmSource::Show(const SourceDisplay &display)
 {
+    QWidget *const focused = focusWidget();
     face_->Show(display);
     if (std::none_of(lists_.begin(), lists_.end(), IsOpen))
         EnableRangeLists(display.mayChooseRange);
     if (!services_.commands->IsUserWaiting())
         ShowLists(display);
+    KeepFocusSafe(focused);
+}
+
+/// A control that is disabled hands the focus on to whichever is next, where the next key would step a digit.
+/// It goes where keys do no harm, and comes back.
+void frmSource::KeepFocusSafe(QWidget *focused)
+{
+    if (focused && !focused->isEnabled()) {
+        disabledFocus_ = focused;
+        btInput_->setFocus();
+    } else if (disabledFocus_ && disabledFocus_->isEnabled()) {
+        if (focused == btInput_)
+            disabledFocus_->setFocus();
+        disabledFocus_ = nullptr;
+    }
 }
 
 void frmSource::ShowLists(const SourceDisplay &display)

@@ -4,6 +4,8 @@
 #include "resources/strings.h"
 #include "source/sourcedisplay.h"
 
+#include <QPointer>
+
 #include <array>
 
 class QBoxLayout;
@@ -41,12 +43,10 @@ class frmSource : public LiveWindow
     /// Its lists are filled and stand at their first entries, which counts as chosen by the user.
     explicit frmSource(const SourceServices &services, QWidget *parent = nullptr);
 
-    /// Only what has changed is repainted. A list that is open is left alone, and so are all of them while a
-    /// command of the user waits: what is shown is then older than what the user wants.
+    /// An empty display is that of an instrument of which nothing is known. Only what has changed is
+    /// repainted. A list that is open is left alone, and so are all of them while a command of the user
+    /// waits: what is shown is then older than what the user wants.
     void Show(const SourceDisplay &display);
-
-    /// Empties the display; nothing is known of the instrument.
-    void Clear() { Show({}); }
 
     /// All five lists together.
     void EnableRangeLists(bool enabled);
@@ -68,9 +68,12 @@ class frmSource : public LiveWindow
     void AddList(QGridLayout *grid, SourceDisplay::List list, const char *name, Str caption,
                  const QStringList &entries);
     void ShowLists(const SourceDisplay &display);
+    void KeepFocusSafe(QWidget *focused);
 
     SourceServices services_;
     SourceFace *face_;
+    QPushButton *btInput_ = nullptr;
+    QPointer<QWidget> disabledFocus_; ///< had the focus until it was disabled
     std::array<QComboBox *, SourceDisplay::Lists> lists_{};
 };
 

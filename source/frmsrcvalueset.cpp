@@ -39,7 +39,8 @@ QString Note(const QString &character)
 } // namespace
 
 frmSrcValueSet::frmSrcValueSet(SourceCommands &commands, const InstrumentState &instrument, QWidget *parent)
-    : QDialog(parent), commands_(&commands), tbSrcValue_(new QLineEdit(this)), llRefused_(new QLabel(this))
+    : QDialog(parent), commands_(&commands), tbSrcValue_(new QLineEdit(this)), llUnit_(new QLabel(this)),
+      llRefused_(new QLabel(this))
 {
     setObjectName(QStringLiteral("frmSrcValueSet"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -47,7 +48,10 @@ frmSrcValueSet::frmSrcValueSet(SourceCommands &commands, const InstrumentState &
     BuildValue();
     BuildNote();
     auto *const column = new QVBoxLayout(this);
-    column->addWidget(tbSrcValue_);
+    auto *const row = new QHBoxLayout;
+    row->addWidget(tbSrcValue_, 1);
+    row->addWidget(llUnit_);
+    column->addLayout(row);
     column->addWidget(llRefused_);
     column->addStretch(1);
     column->addWidget(BuildButtons());
@@ -63,6 +67,13 @@ void frmSrcValueSet::BuildValue()
     tbSrcValue_->setMinimumWidth(tbSrcValue_->fontMetrics().horizontalAdvance(u'0') * FieldWidth);
     tbSrcValue_->setValidator(new OneLineOnly(tbSrcValue_));
     connect(tbSrcValue_, &QLineEdit::textChanged, llRefused_, &QLabel::clear);
+    llUnit_->setObjectName(QStringLiteral("llUnit"));
+    llUnit_->setMinimumWidth(llUnit_->fontMetrics().horizontalAdvance(QStringLiteral("Cycle")));
+}
+
+void frmSrcValueSet::ShowUnit(const QString &unit)
+{
+    llUnit_->setText(unit);
 }
 
 /// The dialog must not jump when the note comes: its room is kept, also for a script with higher lines.

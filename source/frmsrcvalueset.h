@@ -23,6 +23,9 @@ class frmSrcValueSet : public QDialog
     /// in must outlive the dialog. Modeless: shown by the caller with `show`; deletes itself when closed.
     frmSrcValueSet(SourceCommands &commands, const InstrumentState &instrument, QWidget *parent);
 
+    /// The unit in which the instrument takes the value at present; empty when nothing is known of it.
+    void ShowUnit(const QString &unit);
+
   private:
     void BuildValue();
     void BuildNote();
@@ -31,6 +34,7 @@ class frmSrcValueSet : public QDialog
 
     SourceCommands *commands_;
     QLineEdit *tbSrcValue_;
+    QLabel *llUnit_;
     QLabel *llRefused_;
 };
 

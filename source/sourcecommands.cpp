@@ -18,8 +18,11 @@ namespace {
 
 constexpr int ClickDelayMs = 10;
 constexpr int Attempts = 3;
-constexpr SourceControl Lists[] = {SourceControl::Tc, SourceControl::Rtd, SourceControl::Temp,
-                                   SourceControl::Pulse, SourceControl::PulseSet};
+
+QString WaitingText(const QString &command)
+{
+    return Text(Str::SourceWaits).arg(command);
+}
 
 } // namespace
 
@@ -27,7 +30,7 @@ SourceCommands::SourceCommands(LinkState &state, LinkGate &gate, Comm &comm, Job
                                InstrumentState &instrument)
     : state_(&state), gate_(&gate), comm_(&comm), jobs_(&jobs), instrument_(&instrument)
 {
-    connect(&tmSrcInter, &Timer::tick, this, &SourceCommands::OnTick);
+    connect(&tmSrcInter, &Timer::tick, this, &SourceCommands::SendNow);
 }
 
 void SourceCommands::SwitchOnOff()
@@ -68,8 +71,8 @@ void SourceCommands::LoadLists()
 {
     // An instrument whose function has no such list refuses it; that is no news to the user.
     loading_ = true;
-    for (const SourceControl list : Lists)
-        Select(list, 0);
+    for (int list = 0; list < SourceLists; ++list)
+        Select(SourceList(list), 0);
     loading_ = false;
 }
 
@@ -97,11 +100,19 @@ void SourceCommands::Store(const QString &command)
         Report(Text(Str::SourceUnknownCharacter).arg(unsendable));
         return;
     }
+    if (reason_.endsWith(WaitingText(pending_)))
+        Report(QString());
+    if (armed_ && asked_ && pending_ != command) {
+        replaced_ = Text(Str::SourceReplaced).arg(pending_, command);
+        Q_EMIT failed(replaced_);
+    }
     pending_ = command;
     asked_ = !loading_;
     Arm();
-    if (asked_ && !state_->StatusPolled && !comm_->IsOpen())
-        Report(Text(Str::SourceWaits).arg(command));
+    // Not for the moment that a status check takes.
+    const bool waits = state_->LinkBusy ? !MayClose(*state_) : !state_->StatusPolled && !comm_->IsOpen();
+    if (asked_ && waits)
+        Report(WaitingText(command));
 }
 
 void SourceCommands::Arm()
@@ -110,8 +121,10 @@ void SourceCommands::Arm()
     tmSrcInter.SetInterval(ClickDelayMs);
 }
 
-void SourceCommands::OnTick()
+void SourceCommands::SendNow()
 {
+    if (!IsWaiting())
+        return;
     if (pending_.isEmpty()) {
         tmSrcInter.SetInterval(0);
         return;
@@ -124,10 +137,8 @@ void SourceCommands::OnTick()
 
 QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
 {
-    const int opening = comm_->Opening();
     const Outcome outcome = co_await Exchange(command);
-    const bool replaced = comm_->IsOpen() && comm_->Opening() != opening; // it was meant for another port
-    if (!asked || (replaced && outcome == Outcome::NoAnswer))
+    if (!asked)
         co_return;
     if (outcome == Outcome::Obeyed)
         Report(QString());
@@ -156,10 +167,15 @@ QCoro::Task<SourceCommands::Outcome> SourceCommands::Exchange(QString command)
 void SourceCommands::Report(const QString &reason)
 {
     const QString before = std::exchange(reason_, reason);
-    if (!reason.isEmpty())
-        Q_EMIT failed(reason);
-    else if (!before.isEmpty())
-        Q_EMIT recovered(before);
+    const QString replaced = std::exchange(replaced_, QString());
+    if (reason.isEmpty()) {
+        if (!before.isEmpty())
+            Q_EMIT recovered(before);
+        return;
+    }
+    if (!replaced.isEmpty()) // what became of the command before is not to be hidden
+        reason_ = replaced + QStringLiteral("  ") + reason;
+    Q_EMIT failed(reason_);
 }
 
 QString OneLine(QString text)

@@ -61,6 +61,9 @@ class SourceCommands : public QObject
     /// And the user has asked for it.
     bool IsUserWaiting() const { return asked_ && IsWaiting(); }
 
+    /// The link may be free: what waits is sent at once instead of on the next tick.
+    void SendNow();
+
     Timer tmSrcInter{0, true};
 
   Q_SIGNALS:
@@ -75,7 +78,6 @@ class SourceCommands : public QObject
     void Queue(SourceControl control, const QString &argument = {});
     void Store(const QString &command);
     void Arm();
-    void OnTick();
     QCoro::Task<void> Send(QString command, bool asked);
     QCoro::Task<Outcome> Exchange(QString command);
     void Report(const QString &reason);
@@ -86,10 +88,11 @@ class SourceCommands : public QObject
     Jobs *jobs_;
     InstrumentState *instrument_;
     QString pending_;
-    QString reason_;     ///< why the last command was not obeyed
+    QString reason_;       ///< what was told of the last command that was not obeyed
+    QString replaced_;     ///< told of one that was never sent, as long as nothing came of the next one
     bool loading_ = false; ///< what comes now was not asked for by the user
     bool asked_ = false;   ///< the pending command was: the user is told what came of it
-    bool armed_ = false; ///< since the last command went out
+    bool armed_ = false;   ///< since the last command went out
 };
 
 /// The text as one line.

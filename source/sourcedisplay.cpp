@@ -4,7 +4,6 @@
 #include "link/rangelists.h"
 #include "link/reply.h"
 #include "resources/strings.h"
-#include "source/sourcetable.h"
 
 #include <QStringList>
 
@@ -164,6 +163,7 @@ SourceDisplay ShowSource(const InstrumentStatus &status, const RangeLists &range
     display.unit = captions.unit;
     display.function = captions.function;
     display.symbol = captions.symbol;
+    display.known = true;
     display.on = status.SourceOn == 1;
     if (!indicatorsElsewhere)
         display.indicators = ShowOptionIndicators(status);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "acquire/measuredisplay.h"
+#include "source/sourcetable.h"
 
 #include <QString>
 
@@ -14,9 +15,9 @@ struct RangeLists;
 /// What the SOURCE window shows.
 struct SourceDisplay
 {
-    /// The lists, in the order of `SourceControl`.
+    /// The lists (see `SourceList`).
     enum List { TcList, RtdList, TempList, PulseList, PulseSetList };
-    static constexpr int Lists = PulseSetList + 1;
+    static constexpr int Lists = SourceLists;
     static constexpr int KeepPosition = -1;
 
     std::array<QString, 6> digits; ///< 0 the sign, with a leading point or a sixth digit; 1 to 5 the digits
@@ -24,7 +25,8 @@ struct SourceDisplay
     QString unit;
     QString function;
     MeasureDisplay::Symbol symbol = MeasureDisplay::NoSymbol;
-    bool on = false; ///< the lamp
+    bool known = false; ///< a status has told it: otherwise there is no lamp at all
+    bool on = false;    ///< the lamp
     OptionIndicators indicators;
 
     /// The 0-based position that each list takes; `KeepPosition` where the instrument says nothing about it.

@@ -132,7 +132,9 @@ void SourceFace::LoadDrawings()
 
 void SourceFace::Show(const SourceDisplay &display)
 {
-    ShowSide(display.unit, display.function, display.symbol, display.on, display.indicators);
+    ShowSide(display.unit, display.function, display.symbol, display.known ? LampText(display.on) : QString(),
+             display.indicators);
+    spSourceOnOff_->setVisible(display.known);
     for (std::size_t i = 0; i < llValue_.size(); ++i)
         llValue_[i]->setText(display.digits[i]);
     for (std::size_t i = 0; i < shDec_.size(); ++i)

@@ -7,6 +7,13 @@ namespace px40 {
 /// Each control of the SOURCE window that sends a command. The lists stand together, in the window's order.
 enum class SourceControl { OnOff, Up, Down, Nm, NmSet, Tc, Rtd, Temp, Pulse, PulseSet };
 
+/// The lists by themselves: list 0 is Tc, list 4 PulseSet.
+inline constexpr int SourceLists = 5;
+constexpr SourceControl SourceList(int list)
+{
+    return static_cast<SourceControl>(static_cast<int>(SourceControl::Tc) + list);
+}
+
 /// Whether the instrument takes that control's command in its present mode (`SourceMode`, column 51 of the
 /// status reply).
 bool MaySend(SourceControl control, int sourceMode);

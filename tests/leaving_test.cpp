@@ -79,6 +79,7 @@ void LeavingTest::LeavingAsksForEachUnsavedWindow()
     // Nothing has gone, so nothing is forgotten: both are asked about again.
     program.Action("mnuFileExit")->trigger();
     QTRY_VERIFY(program.hasLeft);
+    QVERIFY(program.services.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0) > 0); // kept on leaving
     QCOMPARE(program.prompts.questions.size(), 4);
     QVERIFY(!program.window->isVisible());
     QVERIFY(!program.services.comm.IsOpen());

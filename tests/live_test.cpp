@@ -1,9 +1,6 @@
 #include "acquire/frminterval.h"
-#include "acquire/frmmoniter.h"
-#include "source/frmsource.h"
 #include "source/frmsrcvalueset.h"
-#include "tests/heldclock.h"
-#include "tests/program.h"
+#include "tests/liveprogram.h"
 
 #include <QLineEdit>
 #include <QMenu>
@@ -27,78 +24,6 @@ class LiveTest : public QObject
 };
 
 namespace {
-
-struct LiveParts
-{
-    ScriptedPrompts prompts;
-    HeldClock clock;
-};
-
-struct LiveProgram : LiveParts, Program
-{
-    LiveProgram() : Program(prompts, LinkRig::Unpaced(), &clock)
-    {
-        StartUp();
-        QVERIFY(Check());
-    }
-
-    bool Check() const
-    {
-        Q_EMIT window->tmCheckStat.tick();
-        return NoJobLeft();
-    }
-
-    bool PassSecond()
-    {
-        clock.Advance(1000);
-        Q_EMIT window->tmRealtime.tick();
-        return NoJobLeft();
-    }
-
-    /// Presses Start and answers the question about forwarding.
-    bool Start(Answer forward)
-    {
-        prompts.answers = {forward};
-        Action("Start")->trigger();
-        return NoJobLeft() && WaitUntil([this] { return window->tmCheckInter.Interval() == 0; }) &&
-               NoJobLeft();
-    }
-
-    bool Unplug()
-    {
-        server.HangUp();
-        return WaitUntil([this] { return !services.comm.IsOpen(); });
-    }
-
-    /// What can be done about runs and MEMORY mode, as button or menu item.
-    QString Runnable() const
-    {
-        QStringList enabled;
-        for (const char *const name : {"New", "mnuRealtimeNew", "Start", "mnuRealtimeStart", "Mdata",
-                                       "mnuDataMemory", "Stop", "mnuRealtimeStop"}) {
-            if (Action(name)->isEnabled())
-                enabled << QString::fromLatin1(name);
-        }
-        return enabled.join(u' ');
-    }
-
-    frmMoniter *Moniter() const { return window->findChild<frmMoniter *>(); }
-    QString Value() const { return Moniter()->findChild<QLabel *>(u"llValue"_qs)->text(); }
-    bool MoniterChecked() const
-    {
-        return Action("mnuViewMoniter")->isChecked() && Action("Moniter")->isChecked();
-    }
-    frmSource *Source() const { return window->findChild<frmSource *>(); }
-    /// Text of one of the SOURCE window's labels.
-    QString Shown(const char *label) const
-    {
-        return Source()->findChild<QLabel *>(QLatin1StringView(label))->text();
-    }
-    bool SourceChecked() const
-    {
-        return Action("mnuViewSource")->isChecked() && Action("Source")->isChecked();
-    }
-};
 
 const QString AllButStop = u"New mnuRealtimeNew Start mnuRealtimeStart Mdata mnuDataMemory"_qs;
 
@@ -231,7 +156,8 @@ void LiveTest::SourceWindowFollows()
     entry->findChild<QLineEdit *>()->setText(u"abc"_qs);
     Press(entry, "btSet");
     QVERIFY(commandsEndWith("SDabc"));
-    QCOMPARE(program.Message(), u"The PX40 has refused the command \"SDabc\"."_qs);
+    QCOMPARE(program.Message(),
+             u"The PX40 has refused the command \"SDabc\": beyond its range, or not possible now."_qs);
 
     program.Action("Source")->trigger();
     QCOMPARE(program.Shown("llUnit"), QString()); // until the next status
@@ -240,8 +166,20 @@ void LiveTest::SourceWindowFollows()
     QCOMPARE(program.Message(), QString());
     QVERIFY(program.Check());
     QCOMPARE(program.Shown("llState"), u"SOURCE ON"_qs);
+
+    // Checks that follow each other without a pause do not keep a command waiting.
+    SetFault(program.server, "late=20");
+    Press(program.Source(), "btDown0");
+    Q_EMIT program.window->tmCheckStat.tick();
+    QVERIFY(WaitUntil([&] { return program.services.state.LinkActivity != ActivityStatusCheck; }));
+    QCOMPARE(program.services.state.LinkActivity, int{ActivitySourceCommand});
+    QVERIFY(program.NoJobLeft());
+
+    Press(program.Source(), "btInput");
+    auto *const unit = program.Find<QWidget>("frmSrcValueSet")->findChild<QLabel *>(u"llUnit"_qs);
+    QCOMPARE(unit->text(), u"mA"_qs);
     QVERIFY(program.Unplug());
-    QCOMPARE(program.Shown("llUnit"), QString());
+    QCOMPARE(program.Shown("llUnit") + unit->text(), QString());
 }
 
 void LiveTest::LostInstrumentIsFoundAgain()

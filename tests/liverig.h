@@ -122,7 +122,7 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
 
   private:
     void ShowMeasure(const MeasureDisplay &display) override { shown.append(display); }
-    void ShowSourceStatus(const InstrumentState &now) override { sourceShown.append(now.Status); }
+    void ShowSourceStatus(const InstrumentStatus &status) override { sourceShown.append(status); }
     void EnableMainCommands(bool enabled) override { commandsEnabled.append(enabled); }
     void RunChanged() override { ++runChanges; }
     void ShowRun(const RunProgress &now) override { progress = now; }

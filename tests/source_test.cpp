@@ -10,6 +10,8 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <cstdlib>
+
 using namespace px40;
 
 namespace {
@@ -153,11 +155,27 @@ void SourceTest::ShowsWhatItIsTold()
                 all += u'.';
         }
         all += u' ' + text(u"llUnit"_qs) + u' ' + text(u"llFunction"_qs) + u' ' + text(u"llDipsw4"_qs);
-        return all + u' ' + rig.Find(u"spSourceOnOff"_qs)->accessibleName();
+        const auto *const lamp = rig.Find(u"spSourceOnOff"_qs);
+        return all + u' ' + (lamp->isVisible() ? lamp->accessibleName() : QString());
     };
-    QCOMPARE(seen(), u"    SOURCE OFF"_qs);
+    QCOMPARE(seen(), u"    "_qs); // not off: nobody knows
+    QCOMPARE(rig.Find<QPushButton>(u"btSrcOnOff"_qs)->text(), u"SOURCE\n  ON"_qs);
+    // Buttons over and under their digits, points at the foot between theirs.
+    for (int i = 0; i < 5; ++i) {
+        const auto place = [&](const char *name, int index) {
+            return rig.Find(QLatin1StringView(name) + QString::number(index))->geometry();
+        };
+        const QRect digit = place("llValue", i + 1);
+        for (const QRect &button : {place("btUp", i), place("btDown", i)})
+            QVERIFY(std::abs(button.center().x() - digit.center().x()) <= 1);
+        QVERIFY(place("btUp", i).bottom() < digit.top() && place("btDown", i).top() > digit.bottom());
+        if (i == 4)
+            continue;
+        const QPoint point = place("shDec", i).center();
+        QVERIFY(std::abs(point.x() - digit.right()) <= 2 && point.y() > digit.center().y());
+    }
     SourceDisplay display = Milliamperes();
-    display.on = true;
+    display.known = display.on = true;
     display.indicators[4] = u"AUTO OFF"_qs;
     display.positions = {10, 2, 1, 2, 1};
     display.signalEntry = u"Ohm"_qs;
@@ -180,8 +198,11 @@ void SourceTest::ShowsWhatItIsTold()
     rig.Refresh(display);
     QVERIFY(counter.painted.contains(u"llValue5"_qs) && !counter.painted.contains(u"llValue4"_qs));
 
-    rig.window->Clear();
-    QCOMPARE(seen(), u"    SOURCE OFF"_qs);
+    rig.window->Show({});
+    QCOMPARE(seen(), u"    "_qs);
+    display.on = false;
+    rig.window->Show(display);
+    QVERIFY(seen().endsWith(u"SOURCE OFF"));
     QCOMPARE(rig.List("cbTc")->currentText(), u"U"_qs);
 }
 
@@ -191,14 +212,20 @@ void SourceTest::DoesNotFightTheUser()
     QCOMPARE(rig.Sent(), u"PU0"_qs); // the lists have just been filled
     SourceDisplay display;
     display.positions = {3, 1, 2, 2, 2};
-    rig.List("cbTc")->showPopup();
+    display.signalEntry = u"Ohm"_qs;
+    display.mayChooseRange = false;
+    rig.List("cbTemp")->showPopup();
     rig.Refresh(display);
-    QCOMPARE(rig.List("cbTc")->currentIndex(), 0);
+    QCOMPARE(rig.List("cbTemp")->currentIndex(), 0);
+    QCOMPARE(rig.List("cbTemp")->itemText(1), u"mV"_qs);
     QCOMPARE(rig.List("cbRtd")->currentIndex(), 1);
-    QVERIFY(rig.List("cbTc")->view()->isVisible());
-    rig.List("cbTc")->hidePopup();
+    QVERIFY(rig.List("cbTemp")->view()->isVisible() && rig.List("cbTc")->isEnabled());
+    QTest::keyClick(rig.List("cbTemp")->view(), Qt::Key_Escape); // closes the list, and the list alone
+    QVERIFY(rig.window->isVisible() && !rig.List("cbTemp")->view()->isVisible());
     rig.Refresh(display);
-    QCOMPARE(rig.List("cbTc")->currentIndex(), 3);
+    QCOMPARE(rig.List("cbTemp")->currentIndex(), 2);
+    QVERIFY(!rig.List("cbTc")->isEnabled());
+    rig.Refresh({});
 
     // What the user has just chosen stands until the instrument has been told.
     rig.Use(u"cbRtd"_qs);
@@ -226,6 +253,16 @@ void SourceTest::KeysOnTheDigits()
         rig.Sent();
     }
     QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3"_qs);
+
+    // A key meant for a control that a status has just disabled steps no digit.
+    auto *const up = rig.Find(u"btUp3"_qs);
+    up->setFocus();
+    SourceDisplay display;
+    for (const bool may : {false, true}) {
+        display.mayStepUp = may;
+        rig.Refresh(display);
+        QCOMPARE(rig.window->focusWidget()->objectName(), may ? u"btUp3"_qs : u"btInput"_qs);
+    }
     auto *const tbM = rig.Find<QLineEdit>(u"tbM"_qs);
     tbM->setText(u"7"_qs);
     QTest::keyClick(tbM, Qt::Key_Return);

@@ -43,6 +43,7 @@ void SourceCommandsTest::TheLatestRequestWaitsForTheLink()
             rig.gate.Take();
         for (const int digit : {0, 4, 1})
             rig.source.StepUp(digit);
+        QCOMPARE(rig.source.tmSrcInter.Interval(), 10);
         Q_EMIT rig.source.tmSrcInter.tick();
         QCOMPARE(rig.jobs.Running(), 0);
         rig.state.StatusPolled = true;
@@ -50,6 +51,7 @@ void SourceCommandsTest::TheLatestRequestWaitsForTheLink()
         QVERIFY(WaitUntil([&] { return rig.jobs.Running() == 1; }));
         QVERIFY(rig.state.LinkBusy && rig.state.LinkActivity == ActivitySourceCommand);
         QCOMPARE(rig.Sent(), u"UP2"_qs);
+        QCOMPARE(rig.told.value(1), u"The command \"UP5\" was not sent: \"UP2\" has taken its place."_qs);
     }
 }
 
@@ -121,7 +123,8 @@ void SourceCommandsTest::RatioAsTyped()
 void SourceCommandsTest::TellsTheUserWhatCameOfIt()
 {
     const std::tuple<const char *, QString, QString> cases[] = {
-        {"err", u"The PX40 has refused the command \"DW1\"."_qs, u"DW1"_qs},
+        {"err", u"The PX40 has refused the command \"DW1\": beyond its range, or not possible now."_qs,
+         u"DW1"_qs},
         {"silent", u"The PX40 has not answered the command \"DW1\"."_qs, u"DW1 DW1 DW1"_qs},
         {"hang-up=1", u"The connection to the instrument was lost."_qs, u"DW1"_qs},
         {"none", u"The communications port is not open."_qs, {}},
@@ -153,26 +156,30 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
     QCOMPARE(rig.Sent(), u"SR0"_qs);
     rig.source.SwitchRatio();
     rig.Sent();
-    QCOMPARE(rig.told, QStringList(u"The PX40 has refused the command \"SR0\"."_qs));
-    rig.SetMode(2); // in which no list sends anything, so that the user's command is still the one
+    QCOMPARE(
+        rig.told,
+        QStringList(u"The PX40 has refused the command \"SR0\": beyond its range, or not possible now."_qs));
+    rig.source.StepDown(3); // replaced before it is sent
+    rig.SetMode(2);         // in which no list sends anything, so that the user's command is still the one
     rig.source.StepDown(0);
     rig.source.LoadLists();
     QVERIFY(rig.Sent().endsWith(u"DW1"_qs));
-    QCOMPARE(rig.told.size(), 2);
+    QCOMPARE(rig.told.size(), 3);
+    QCOMPARE(rig.told[2], rig.told[1] + u"  "_qs + QString(rig.told[0]).replace(u"SR0"_qs, u"DW1"_qs));
 
-    // Another port was opened meanwhile: nobody is left who could answer.
-    rig.Fault("silent");
+    // A download has the link; then another window opens, whose lists are now what is to be sent.
+    rig.gate.Take();
+    rig.state.LinkActivity = ActivityDownload;
     rig.source.StepDown(1);
-    QVERIFY(WaitUntil([&] { return rig.Commands().endsWith(u"DW2"_qs); }));
-    rig.Open();
-    rig.Sent();
-    QCOMPARE(rig.told.size(), 2);
-
+    QCOMPARE(rig.told.last(), u"The command \"DW2\" waits for the PX40."_qs);
+    rig.SetMode(0);
+    rig.source.LoadLists();
+    QVERIFY(rig.told.contains(u"-The command \"DW2\" waits for the PX40."_qs));
     rig.comm.ClosePort();
+    rig.gate.Release();
     rig.state.StatusPolled = false; // nothing was ever reached
     rig.source.StepDown(2);
-    QCOMPARE(rig.told.last(), u"The command \"DW3\" waits for the PX40."_qs);
-    rig.source.tmSrcInter.SetEnabled(false);
+    QVERIFY(rig.told.last().endsWith(u"  The command \"DW3\" waits for the PX40."));
 }
 
 void SourceCommandsTest::LeavingDuringTheExchange()
