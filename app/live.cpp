@@ -129,8 +129,10 @@ void Live::OpenValueEntry()
     valueEntry_->move(OntoScreen(place, UsableScreens()).topLeft());
     KeepAbove(valueEntry_, source_);
     valueEntry_->show();
-    if (!services_->instrument.StatusReply.isEmpty())
-        ShowSourceStatus(services_->instrument.Status);
+    // As it was told last: what the user has asked for since is not yet what the instrument does.
+    const InstrumentStatus &told = services_->instrument.PreviousStatus;
+    if (told != InstrumentStatus())
+        ShowSourceStatus(told);
 }
 
 void Live::PortChosen()

@@ -469,13 +469,13 @@ const char16_t *Lookup(Str id)
     case Str::TipSourceRatio:
         return u"n/m ON/OFF";
     case Str::SourceRefused:
-        return u"The PX40 has refused the command \"%1\": beyond its range, or not possible now.";
+        return u"The PX40 has refused \"%1\": out of range or not possible.";
     case Str::SourceNoAnswer:
-        return u"The PX40 has not answered the command \"%1\".";
+        return u"The PX40 has not answered \"%1\".";
     case Str::SourceWaits:
-        return u"The command \"%1\" waits for the PX40.";
+        return u"\"%1\" waits for the PX40.";
     case Str::SourceReplaced:
-        return u"The command \"%1\" was not sent: \"%2\" has taken its place.";
+        return u"\"%1\" was not sent: \"%2\" has taken its place.";
     case Str::SourceUnknownCharacter:
         return u"The PX40 does not know the character \"%1\".";
     }

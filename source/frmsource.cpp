@@ -98,6 +98,7 @@ QGroupBox *frmSource::BuildRatio()
     QLineEdit *const tbN = add("llN", "tbN", Str::SourceRatioN);
     QLineEdit *const tbM = add("llM", "tbM", Str::SourceRatioM);
     QPushButton *const btNmSet = NewButton("btNmSet", Text(Str::SourceSet));
+    row->addStretch(1);
     row->addWidget(btNmSet);
     connect(btNmSet, &QPushButton::clicked, services_.commands,
             [commands = services_.commands, tbN, tbM] { commands->SetRatio(tbN->text(), tbM->text()); });

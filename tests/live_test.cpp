@@ -156,8 +156,7 @@ void LiveTest::SourceWindowFollows()
     entry->findChild<QLineEdit *>()->setText(u"abc"_qs);
     Press(entry, "btSet");
     QVERIFY(commandsEndWith("SDabc"));
-    QCOMPARE(program.Message(),
-             u"The PX40 has refused the command \"SDabc\": beyond its range, or not possible now."_qs);
+    QCOMPARE(program.Message(), u"The PX40 has refused \"SDabc\": out of range or not possible."_qs);
 
     program.Action("Source")->trigger();
     QCOMPARE(program.Shown("llUnit"), QString()); // until the next status

@@ -51,7 +51,7 @@ void SourceCommandsTest::TheLatestRequestWaitsForTheLink()
         QVERIFY(WaitUntil([&] { return rig.jobs.Running() == 1; }));
         QVERIFY(rig.state.LinkBusy && rig.state.LinkActivity == ActivitySourceCommand);
         QCOMPARE(rig.Sent(), u"UP2"_qs);
-        QCOMPARE(rig.told.value(1), u"The command \"UP5\" was not sent: \"UP2\" has taken its place."_qs);
+        QCOMPARE(rig.told.value(1), u"\"UP5\" was not sent: \"UP2\" has taken its place."_qs);
     }
 }
 
@@ -123,9 +123,8 @@ void SourceCommandsTest::RatioAsTyped()
 void SourceCommandsTest::TellsTheUserWhatCameOfIt()
 {
     const std::tuple<const char *, QString, QString> cases[] = {
-        {"err", u"The PX40 has refused the command \"DW1\": beyond its range, or not possible now."_qs,
-         u"DW1"_qs},
-        {"silent", u"The PX40 has not answered the command \"DW1\"."_qs, u"DW1 DW1 DW1"_qs},
+        {"err", u"The PX40 has refused \"DW1\": out of range or not possible."_qs, u"DW1"_qs},
+        {"silent", u"The PX40 has not answered \"DW1\"."_qs, u"DW1 DW1 DW1"_qs},
         {"hang-up=1", u"The connection to the instrument was lost."_qs, u"DW1"_qs},
         {"none", u"The communications port is not open."_qs, {}},
     };
@@ -156,9 +155,7 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
     QCOMPARE(rig.Sent(), u"SR0"_qs);
     rig.source.SwitchRatio();
     rig.Sent();
-    QCOMPARE(
-        rig.told,
-        QStringList(u"The PX40 has refused the command \"SR0\": beyond its range, or not possible now."_qs));
+    QCOMPARE(rig.told, QStringList(u"The PX40 has refused \"SR0\": out of range or not possible."_qs));
     rig.source.StepDown(3); // replaced before it is sent
     rig.SetMode(2);         // in which no list sends anything, so that the user's command is still the one
     rig.source.StepDown(0);
@@ -171,15 +168,15 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
     rig.gate.Take();
     rig.state.LinkActivity = ActivityDownload;
     rig.source.StepDown(1);
-    QCOMPARE(rig.told.last(), u"The command \"DW2\" waits for the PX40."_qs);
+    QCOMPARE(rig.told.last(), u"\"DW2\" waits for the PX40."_qs);
     rig.SetMode(0);
     rig.source.LoadLists();
-    QVERIFY(rig.told.contains(u"-The command \"DW2\" waits for the PX40."_qs));
+    QVERIFY(rig.told.contains(u"-\"DW2\" waits for the PX40."_qs));
     rig.comm.ClosePort();
     rig.gate.Release();
     rig.state.StatusPolled = false; // nothing was ever reached
     rig.source.StepDown(2);
-    QVERIFY(rig.told.last().endsWith(u"  The command \"DW3\" waits for the PX40."));
+    QVERIFY(rig.told.last().endsWith(u"  \"DW3\" waits for the PX40."));
 }
 
 void SourceCommandsTest::LeavingDuringTheExchange()
