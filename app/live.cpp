@@ -98,6 +98,8 @@ void Live::OpenSource()
     });
     connect(source_, &frmSource::valueAsked, this, &Live::OpenValueEntry);
     ShowWindow(source_.data());
+    if (valueEntry_)
+        KeepAbove(valueEntry_, source_);
 }
 
 void Live::CloseMoniter()

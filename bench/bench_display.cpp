@@ -142,7 +142,7 @@ void Display(benchmark::State &state, bool paced, std::size_t readings)
         state.SkipWithError("the port did not open");
         return;
     }
-    rig.ShowMoniter();
+    rig.ShowWindows();
     Application()->watched = rig.Reading();
     for ([[maybe_unused]] auto iteration : state) {
         std::vector<double> warming;

@@ -51,7 +51,7 @@ class Acquisition
     {
         if (shown == Shown::Yes) {
             rig_.set.Show();
-            rig_.ShowMoniter();
+            rig_.ShowWindows();
             paints_ = std::make_unique<PaintCount>(rig_.set.Graph());
         }
     }

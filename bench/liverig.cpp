@@ -2,6 +2,7 @@
 
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
+#include "source/frmsource.h"
 
 #include <QLabel>
 
@@ -12,19 +13,24 @@ namespace px40::bench {
 LiveRig::LiveRig(sim::ServerOptions options)
     : link(std::move(options)),
       check_(link.state, link.gate, link.comm, link.prompts, instrument_, ranges_, checkTimer_, *this),
-      realtime_(
-          {link.state, link.gate, link.comm, link.prompts, set.jobs, clock_, instrument_, tmRealtime_, *this})
+      realtime_({link.state, link.gate, link.comm, link.prompts, set.jobs, clock_, instrument_, tmRealtime_,
+                 *this}),
+      sourceCommands_(link.state, link.gate, link.comm, set.jobs, instrument_)
 {
 }
 
 LiveRig::~LiveRig() = default;
 
-void LiveRig::ShowMoniter()
+void LiveRig::ShowWindows()
 {
     const MoniterServices services = {&link.state, &link.gate,  &link.comm,
                                       &set.jobs,   &link.store, &instrument_};
     moniter_ = std::make_unique<frmMoniter>(services);
     moniter_->show();
+    instrument_.Status.SourceMode = 5; // in which the opening of the window sends nothing
+    const SourceServices sourceServices = {&link.state, &link.store, &ranges_, &sourceCommands_};
+    source_ = std::make_unique<frmSource>(sourceServices);
+    source_->show();
     Settle();
 }
 
@@ -61,6 +67,11 @@ bool LiveRig::PassSecond()
 void LiveRig::ShowMeasure(const MeasureDisplay &display)
 {
     moniter_->Show(display);
+}
+
+void LiveRig::ShowSourceStatus(const InstrumentStatus &status)
+{
+    source_->Show(ShowSource(status, ranges_, false));
 }
 
 QCoro::Task<void> LiveRig::ShowStored()

@@ -7,6 +7,7 @@
 #include "link/rangelists.h"
 #include "platform/clock.h"
 #include "platform/timer.h"
+#include "source/sourcecommands.h"
 
 #include <memory>
 
@@ -14,7 +15,8 @@ class QLabel;
 
 namespace px40 {
 class frmMoniter;
-}
+class frmSource;
+} // namespace px40
 
 namespace px40::bench {
 
@@ -37,13 +39,13 @@ class LiveRig : private StatusViews, private RealtimeViews
     explicit LiveRig(sim::ServerOptions options);
     ~LiveRig() override;
 
-    /// Opens the MEASURE window; each status is shown in it from then on.
-    void ShowMoniter();
+    /// Opens the MEASURE and the SOURCE window; each status is shown in them from then on.
+    void ShowWindows();
 
     /// The reading in the MEASURE window, which must have been opened.
     QLabel *Reading() const;
 
-    /// One status check, from the first command until it has been handed to the MEASURE window, but not yet
+    /// One status check, from the first command until it has been handed to the windows, but not yet
     /// painted. False when the instrument did not answer.
     bool Check();
 
@@ -62,7 +64,7 @@ class LiveRig : private StatusViews, private RealtimeViews
 
   private:
     void ShowMeasure(const MeasureDisplay &display) override;
-    void ShowSourceStatus(const InstrumentStatus &) override {}
+    void ShowSourceStatus(const InstrumentStatus &status) override;
     void EnableMainCommands(bool) override {}
     void RunChanged() override {}
     void ShowRun(const RunProgress &progress) override { progress_ = progress; }
@@ -80,7 +82,9 @@ class LiveRig : private StatusViews, private RealtimeViews
     RunProgress progress_;
     StatusCheck check_;
     Realtime realtime_;
+    SourceCommands sourceCommands_;
     std::unique_ptr<frmMoniter> moniter_;
+    std::unique_ptr<frmSource> source_;
 };
 
 } // namespace px40::bench
