@@ -21,6 +21,11 @@ namespace {
 constexpr int WaitIntervalMs = 10;
 constexpr int FromBottom = 16; // of the SOURCE window's frame: so far above it the value entry opens
 
+QString UnitText(const SourceDisplay &display)
+{
+    return display.symbol == MeasureDisplay::NoSymbol ? display.unit : Text(Str::UnitCelsius);
+}
+
 /// Wherever the other one goes, also when it is clicked at.
 void KeepAbove(QWidget *window, const QWidget *other)
 {
@@ -134,7 +139,7 @@ void Live::OpenValueEntry()
     // As it was told last: what the user has asked for since is not yet what the instrument does.
     const InstrumentStatus &told = services_->instrument.PreviousStatus;
     if (told != InstrumentStatus())
-        ShowSourceStatus(told);
+        valueEntry_->ShowUnit(UnitText(px40::ShowSource(told, services_->ranges, false)));
 }
 
 void Live::PortChosen()
@@ -246,8 +251,7 @@ void Live::ShowSource(const SourceDisplay &display)
     if (source_)
         source_->Show(display);
     if (valueEntry_)
-        valueEntry_->ShowUnit(display.symbol == MeasureDisplay::NoSymbol ? display.unit
-                                                                         : Text(Str::UnitCelsius));
+        valueEntry_->ShowUnit(UnitText(display));
 }
 
 void Live::EnableMainCommands(bool enabled)

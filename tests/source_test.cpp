@@ -6,11 +6,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPaintEvent>
 #include <QPointer>
 #include <QPushButton>
-
-#include <cstdlib>
+#include <QWheelEvent>
 
 using namespace px40;
 
@@ -18,19 +16,8 @@ namespace {
 
 struct Rig : SourceRig
 {
-    explicit Rig(int mode = 5) // in which nothing is sent when the window opens
-    {
-        SetMode(mode);
-        instrument.Status.SourceFunction = 3;
-        Show();
-    }
+    explicit Rig(int mode = 5) : SourceRig(mode) { window->show(); } // 5: nothing is sent on opening
     ~Rig() { delete window; }
-
-    void Show()
-    {
-        window = new frmSource({&state, &store, &ranges, &source});
-        window->show();
-    }
 
     template <typename T = QWidget>
     T *Find(const QString &name) const
@@ -40,57 +27,31 @@ struct Rig : SourceRig
 
     QComboBox *List(const char *name) const { return Find<QComboBox>(QLatin1StringView(name)); }
 
+    QString Focus() const { return window->focusWidget()->objectName(); }
+
     void Refresh(const SourceDisplay &display) const
     {
         window->Show(display);
         QCoreApplication::processEvents();
     }
 
-    /// Chooses the last entry of a list, or clicks a button.
+    /// Chooses the last entry of a list, presses Return in a box or clicks a button.
     void Use(const QString &name) const
     {
-        if (auto *const list = Find<QComboBox>(name)) {
+        auto *const control = Find(name);
+        if (auto *const list = qobject_cast<QComboBox *>(control)) {
             list->setCurrentIndex(0);
             QTest::keyClick(list, Qt::Key_End);
+        } else if (qobject_cast<QLineEdit *>(control)) {
+            QTest::keyClick(control, Qt::Key_Return);
         } else {
-            QTest::mouseClick(Find<QPushButton>(name), Qt::LeftButton);
+            QTest::mouseClick(control, Qt::LeftButton);
         }
     }
 
     RangeLists ranges = BuildRangeLists();
-    QPointer<frmSource> window;
+    QPointer<frmSource> window{new frmSource({&state, &store, &ranges, &source})};
 };
-
-/// Counts how often the widgets below a window are painted.
-class PaintCounter : public QObject
-{
-  public:
-    explicit PaintCounter(QWidget *window)
-    {
-        for (QWidget *const widget : window->findChildren<QWidget *>())
-            widget->installEventFilter(this);
-    }
-
-    QStringList painted;
-
-  protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            painted << watched->objectName();
-        return false;
-    }
-};
-
-SourceDisplay Milliamperes()
-{
-    SourceDisplay display;
-    display.digits = {u"-"_qs, u"0"_qs, u"4"_qs, u"0"_qs, u"0"_qs, u"0"_qs};
-    display.points = {false, true, false, false};
-    display.unit = u"mA"_qs;
-    display.function = u"DC"_qs;
-    return display;
-}
 
 } // namespace
 
@@ -102,42 +63,44 @@ class SourceTest : public QObject
     void EveryControlInEveryMode();
     void ShowsWhatItIsTold();
     void DoesNotFightTheUser();
-    void KeysOnTheDigits();
-    void OpensAndCloses();
+    void KeysAndClosing();
+
+  private:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            painted_ << watched->objectName();
+        return false;
+    }
+
+    QStringList painted_; ///< of the widgets that this filters
 };
 
 void SourceTest::EveryControlInEveryMode()
 {
-    struct Row
-    {
-        QString control;
-        QString modes;
-        QString command;
-    };
-    const QString any = u"0123456789"_qs;
-    QList<Row> rows = {{u"btSrcOnOff"_qs, any, u"SO1"_qs}};
+    // What is used, the modes in which it sends a command, and the command. btNm otherwise sends the last
+    // one.
+    QStringList rows = u"btSrcOnOff any SO1|tbN any ND1207|tbM any ND1207|btNmSet any ND1207|btNm 04 NM1|"
+                       "btNm 68 NM0|btNm 123579 ND1207|cbTc 014 SR10|cbRtd 014 SR2|cbTemp 04 TE2|"
+                       "cbPulse 0 SR2|cbPulseSet 04 PU2"_qs.split(u'|');
     for (int i = 0; i < 5; ++i)
-        rows << Row{u"btUp%1"_qs.arg(i), u"04"_qs, u"UP%1"_qs.arg(i + 1)}
-             << Row{u"btDown%1"_qs.arg(i), any, u"DW%1"_qs.arg(i + 1)};
-    rows << Row{u"btNmSet"_qs, any, u"ND0512"_qs} << Row{u"btNm"_qs, u"04"_qs, u"NM1"_qs}
-         << Row{u"btNm"_qs, u"68"_qs, u"NM0"_qs}
-         << Row{u"btNm"_qs, u"123579"_qs, u"ND0512"_qs} // the last command once more
-         << Row{u"cbTc"_qs, u"014"_qs, u"SR10"_qs} << Row{u"cbRtd"_qs, u"014"_qs, u"SR2"_qs}
-         << Row{u"cbTemp"_qs, u"04"_qs, u"TE2"_qs} << Row{u"cbPulse"_qs, u"0"_qs, u"SR2"_qs}
-         << Row{u"cbPulseSet"_qs, u"04"_qs, u"PU2"_qs};
+        rows << u"btUp%1 04 UP%2"_qs.arg(i).arg(i + 1) << u"btDown%1 any DW%2"_qs.arg(i).arg(i + 1);
     for (int mode = 0; mode <= 9; ++mode) {
-        Rig rig;
-        rig.SetMode(mode);
-        rig.Find<QLineEdit>(u"tbN"_qs)->setText(u"5"_qs);
-        rig.Find<QLineEdit>(u"tbM"_qs)->setText(u"12"_qs);
-        QStringList expected;
-        QString used;
-        for (const Row &row : rows) {
-            const bool open = row.modes.contains(QString::number(mode));
+        const Rig rig(mode);
+        // The lists have just been filled, which counts as choosing their first entries.
+        QStringList expected = QStringList({u"PU0"_qs, u"SR0"_qs, {}, {}, u"PU0"_qs}).mid(mode, 1);
+        expected.removeAll(QString());
+        QCOMPARE(rig.Sent(), expected.join(u' '));
+        rig.Find<QLineEdit>(u"tbN"_qs)->setText(u"12"_qs);
+        rig.Find<QLineEdit>(u"tbM"_qs)->setText(u"7"_qs);
+        for (const QString &row : rows) {
+            const QString control = row.section(u' ', 0, 0);
+            const QString modes = row.section(u' ', 1, 1);
+            const bool open = modes == u"any" || modes.contains(QString::number(mode));
             if (open)
-                expected << row.command;
-            if (open || row.control != u"btNm")
-                rig.Use(row.control);
+                expected << row.section(u' ', 2);
+            if (open || control != u"btNm")
+                rig.Use(control);
             QCOMPARE(rig.Sent(), expected.join(u' '));
         }
     }
@@ -145,7 +108,7 @@ void SourceTest::EveryControlInEveryMode()
 
 void SourceTest::ShowsWhatItIsTold()
 {
-    Rig rig;
+    const Rig rig;
     const auto text = [&](const QString &name) { return rig.Find<QLabel>(name)->text(); };
     const auto seen = [&] {
         QString all;
@@ -154,138 +117,129 @@ void SourceTest::ShowsWhatItIsTold()
             if (i > 0 && i < 5 && rig.Find(u"shDec%1"_qs.arg(i - 1))->isVisible())
                 all += u'.';
         }
-        all += u' ' + text(u"llUnit"_qs) + u' ' + text(u"llFunction"_qs) + u' ' + text(u"llDipsw4"_qs);
         const auto *const lamp = rig.Find(u"spSourceOnOff"_qs);
-        return all + u' ' + (lamp->isVisible() ? lamp->accessibleName() : QString());
+        all += u' ' + (lamp->isVisible() ? lamp->accessibleName() : text(u"llState"_qs));
+        for (const char *const name : {"cbTc", "cbRtd", "cbTemp", "cbPulse", "cbPulseSet"})
+            all += (rig.List(name)->isEnabled() ? u", "_qs : u"! "_qs) + rig.List(name)->currentText();
+        return all;
     };
-    QCOMPARE(seen(), u"    "_qs); // not off: nobody knows
+    QCOMPARE(seen(), u" , 100mV, 400Ohm, Set value, 500.0Hz, Freq."_qs); // not off: nobody knows
     QCOMPARE(rig.Find<QPushButton>(u"btSrcOnOff"_qs)->text(), u"SOURCE\n  ON"_qs);
+    QCOMPARE(rig.window->focusWidget(), rig.Find(u"btInput"_qs));
     // Buttons over and under their digits, points at the foot between theirs.
+    const auto place = [&](const char *name, int i) {
+        return rig.Find(QLatin1StringView(name) + QString::number(i))->geometry();
+    };
     for (int i = 0; i < 5; ++i) {
-        const auto place = [&](const char *name, int index) {
-            return rig.Find(QLatin1StringView(name) + QString::number(index))->geometry();
-        };
         const QRect digit = place("llValue", i + 1);
         for (const QRect &button : {place("btUp", i), place("btDown", i)})
-            QVERIFY(std::abs(button.center().x() - digit.center().x()) <= 1);
+            QVERIFY(qAbs(button.center().x() - digit.center().x()) <= 1);
         QVERIFY(place("btUp", i).bottom() < digit.top() && place("btDown", i).top() > digit.bottom());
-        if (i == 4)
-            continue;
-        const QPoint point = place("shDec", i).center();
-        QVERIFY(std::abs(point.x() - digit.right()) <= 2 && point.y() > digit.center().y());
+        const QPoint point = place("shDec", qMin(i, 3)).center();
+        QVERIFY(i == 4 || (qAbs(point.x() - digit.right()) <= 2 && point.y() > digit.center().y()));
     }
-    SourceDisplay display = Milliamperes();
+
+    SourceDisplay display;
+    display.digits = {u"-"_qs, u"0"_qs, u"4"_qs, u"0"_qs, u"0"_qs, u"0"_qs};
+    display.points[1] = true;
     display.known = display.on = true;
-    display.indicators[4] = u"AUTO OFF"_qs;
     display.positions = {10, 2, 1, 2, 1};
     display.signalEntry = u"Ohm"_qs;
     display.mayStepUp = display.mayChooseRange = false;
     rig.Refresh(display);
-    QCOMPARE(seen(), u"-04.000 mA DC AUTO OFF SOURCE ON"_qs);
-    QStringList lists;
-    for (const char *const name : {"cbTc", "cbRtd", "cbTemp", "cbPulse", "cbPulseSet"}) {
-        lists << rig.List(name)->currentText();
-        QVERIFY(!rig.List(name)->isEnabled());
-    }
-    QCOMPARE(lists.join(u' '), u"U JPT100 Ohm 10kHz Amp."_qs);
+    QCOMPARE(seen(), u"-04.000 SOURCE ON! U! JPT100! Ohm! 10kHz! Amp."_qs);
     QVERIFY(!rig.Find(u"btUp4"_qs)->isEnabled() && rig.Find(u"btDown4"_qs)->isEnabled());
     QCOMPARE(rig.Sent(), QString()); // none of this is a command
 
-    const PaintCounter counter(rig.window);
+    for (QObject *const widget : rig.window->findChildren<QWidget *>())
+        widget->installEventFilter(this);
     rig.Refresh(display);
-    QCOMPARE(counter.painted, QStringList());
+    QCOMPARE(painted_, QStringList());
     display.digits[5] = u"1"_qs;
     rig.Refresh(display);
-    QVERIFY(counter.painted.contains(u"llValue5"_qs) && !counter.painted.contains(u"llValue4"_qs));
+    QVERIFY(painted_.contains(u"llValue5"_qs) && !painted_.contains(u"llValue4"_qs));
 
-    rig.window->Show({});
-    QCOMPARE(seen(), u"    "_qs);
+    rig.window->Show({}); // nothing is known any more, also of the lists
+    QCOMPARE(seen(), u" , U, JPT100, Ohm, 10kHz, Amp."_qs);
     display.on = false;
     rig.window->Show(display);
-    QVERIFY(seen().endsWith(u"SOURCE OFF"));
-    QCOMPARE(rig.List("cbTc")->currentText(), u"U"_qs);
+    QVERIFY(seen().contains(u" SOURCE OFF!"));
 }
 
 void SourceTest::DoesNotFightTheUser()
 {
-    Rig rig(0);
-    QCOMPARE(rig.Sent(), u"PU0"_qs); // the lists have just been filled
+    const Rig rig(0);
+    QComboBox *const cbTemp = rig.List("cbTemp");
+    QComboBox *const cbRtd = rig.List("cbRtd");
     SourceDisplay display;
     display.positions = {3, 1, 2, 2, 2};
     display.signalEntry = u"Ohm"_qs;
     display.mayChooseRange = false;
-    rig.List("cbTemp")->showPopup();
-    rig.Refresh(display);
-    QCOMPARE(rig.List("cbTemp")->currentIndex(), 0);
-    QCOMPARE(rig.List("cbTemp")->itemText(1), u"mV"_qs);
-    QCOMPARE(rig.List("cbRtd")->currentIndex(), 1);
-    QVERIFY(rig.List("cbTemp")->view()->isVisible() && rig.List("cbTc")->isEnabled());
-    QTest::keyClick(rig.List("cbTemp")->view(), Qt::Key_Escape); // closes the list, and the list alone
-    QVERIFY(rig.window->isVisible() && !rig.List("cbTemp")->view()->isVisible());
-    rig.Refresh(display);
-    QCOMPARE(rig.List("cbTemp")->currentIndex(), 2);
-    QVERIFY(!rig.List("cbTc")->isEnabled());
-    rig.Refresh({});
+    cbTemp->showPopup();
+    rig.window->Show(display); // while the filled lists wait to be sent, which the user has not asked for
+    QCOMPARE(cbTemp->currentText() + cbTemp->itemText(1), u"Set valuemV"_qs);
+    QCOMPARE(cbRtd->currentIndex(), 1);
+    QVERIFY(cbTemp->view()->isVisible() && cbRtd->isEnabled());
+    QTest::keyClick(cbTemp->view(), Qt::Key_Escape); // closes the list, and the list alone
+    QVERIFY(rig.window->isVisible() && !cbTemp->view()->isVisible());
+    rig.window->Show(display);
+    QCOMPARE(cbTemp->currentIndex(), 2);
+    QVERIFY(!cbRtd->isEnabled());
+    QCOMPARE(rig.Sent(), u"PU0"_qs);
 
     // What the user has just chosen stands until the instrument has been told.
+    rig.window->Show({});
     rig.Use(u"cbRtd"_qs);
-    rig.Refresh(display);
-    QCOMPARE(rig.List("cbRtd")->currentIndex(), 2);
+    rig.window->Show(display);
+    QCOMPARE(cbRtd->currentIndex(), 2);
     QCOMPARE(rig.Sent(), u"PU0 SR2"_qs);
-    rig.Refresh(display);
-    QCOMPARE(rig.List("cbRtd")->currentIndex(), 1);
+    rig.window->Show(display);
+    QCOMPARE(cbRtd->currentIndex(), 1);
 
-    const QPoint middle = rig.List("cbTc")->rect().center();
+    rig.window->Show({});
+    const QPoint middle = cbRtd->rect().center();
     QWheelEvent wheel(middle, middle, {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(rig.List("cbTc"), &wheel);
+    QCoreApplication::sendEvent(cbRtd, &wheel);
     QCOMPARE(rig.Sent(), u"PU0 SR2"_qs);
+    QCOMPARE(cbRtd->currentIndex(), 1);
 }
 
-void SourceTest::KeysOnTheDigits()
+void SourceTest::KeysAndClosing()
 {
     Rig rig(0);
     rig.Sent();
-    auto *const first = rig.Find(u"btDown0"_qs);
-    first->setFocus();
-    for (const Qt::Key key :
-         {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Right, Qt::Key_Space}) {
+    rig.Find(u"btDown0"_qs)->setFocus();
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Right,
+                              Qt::Key_Space, Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Down}) {
         QTest::keyClick(rig.window->focusWidget(), key);
         rig.Sent();
     }
-    QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3"_qs);
+    QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3 DW5"_qs);
 
-    // A key meant for a control that a status has just disabled steps no digit.
-    auto *const up = rig.Find(u"btUp3"_qs);
-    up->setFocus();
+    // A key meant for a control that a status has just disabled steps no digit. The focus comes back, unless
+    // the user has taken it elsewhere.
     SourceDisplay display;
-    for (const bool may : {false, true}) {
-        display.mayStepUp = may;
-        rig.Refresh(display);
-        QCOMPARE(rig.window->focusWidget()->objectName(), may ? u"btUp3"_qs : u"btInput"_qs);
+    for (const QString &elsewhere : {QString(), u"tbM"_qs}) {
+        rig.Find(u"btUp3"_qs)->setFocus();
+        display.mayStepUp = false;
+        rig.window->Show(display);
+        QCOMPARE(rig.Focus(), u"btInput"_qs);
+        if (!elsewhere.isEmpty())
+            rig.Find(elsewhere)->setFocus();
+        display.mayStepUp = true;
+        rig.window->Show(display);
+        QCOMPARE(rig.Focus(), elsewhere.isEmpty() ? u"btUp3"_qs : elsewhere);
     }
-    auto *const tbM = rig.Find<QLineEdit>(u"tbM"_qs);
-    tbM->setText(u"7"_qs);
-    QTest::keyClick(tbM, Qt::Key_Return);
-    QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3 ND07"_qs);
-}
 
-void SourceTest::OpensAndCloses()
-{
-    Rig rig;
+    // A run does not hold it, and the command goes out all the same.
     QVERIFY(rig.state.SourceOpen);
-    QCOMPARE(rig.window->geometry().topLeft(), QPoint(0, 107)); // 1600 twips
-    rig.state.LinkActivity = ActivityRealtime;                  // a run does not hold it
+    rig.state.LinkActivity = ActivityRealtime;
     rig.Use(u"btDown0"_qs);
     rig.window->close();
     QVERIFY(!rig.state.SourceOpen);
     QVERIFY(WaitUntil([&] { return !rig.window; }));
-    QCOMPARE(rig.Sent(), u"DW1"_qs); // all the same
-    QCOMPARE(rig.store.GetNumber(u"Settings"_qs, u"SourceLeft"_qs, -1), 0.0);
-
-    rig.store.Save(u"Settings"_qs, u"SourceLeft"_qs, u"1500"_qs);
-    rig.store.Save(u"Settings"_qs, u"SourceTop"_qs, u"1440"_qs);
-    rig.Show();
-    QCOMPARE(rig.window->geometry().topLeft(), QPoint(100, 96));
+    QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3 DW5 DW1"_qs);
+    QCOMPARE(rig.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0), 1605.0); // 1600, in whole pixels
 }
 
 QTEST_MAIN(SourceTest)

@@ -6,13 +6,19 @@
 
 namespace px40 {
 
-/// The commands of the source on the simulated instrument. The port is open, and a status has come.
+/// The commands of the source on the simulated instrument. The port is open, and a status has come, with the
+/// value " 05.000".
 struct SourceRig : LinkRig
 {
-    explicit SourceRig(int replyTimeoutMs = 5000) : LinkRig(Unpaced(), replyTimeoutMs)
+    explicit SourceRig(int mode = 0, int replyTimeoutMs = 5000) : LinkRig(Unpaced(), replyTimeoutMs)
     {
+        SetMode(mode);
+        instrument.Status.SourceValue = u" 05.000"_qs;
         Open();
         state.StatusPolled = true;
+        QObject::connect(&source, &SourceCommands::failed, [this](const QString &why) { told << why; });
+        QObject::connect(&source, &SourceCommands::recovered,
+                         [this](const QString &why) { told << u'-' + why; });
     }
 
     void SetMode(int mode) { instrument.Status.SourceMode = static_cast<qint16>(mode); }
@@ -26,6 +32,7 @@ struct SourceRig : LinkRig
     }
 
     InstrumentState instrument;
+    QStringList told; ///< what has failed; with a "-" what is over
     SourceCommands source{state, gate, comm, jobs, instrument};
 };
 
