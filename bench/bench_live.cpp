@@ -1,6 +1,6 @@
 // A simulated day of real-time receive, a row each second: what a second costs at the end of the day and at
-// its beginning, and how much memory the day takes; without windows, and under a data window and the MEASURE
-// window, both painted each second.
+// its beginning, and how much memory the day takes; without windows, and under a data window and the windows
+// MEASURE and SOURCE, all painted each second.
 
 #include "bench/liverig.h"
 
