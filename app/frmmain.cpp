@@ -2,14 +2,12 @@
 
 #include "app/frmabout.h"
 #include "app/frmcancel.h"
-#include "app/frmport.h"
 #include "app/live.h"
 #include "app/mainactions.h"
 #include "app/placement.h"
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
-#include "platform/oneshot.h"
 #include "platform/prompts.h"
 #include "platform/screens.h"
 #include "platform/windowplace.h"
@@ -284,19 +282,6 @@ void frmMain::Run(Command command)
     default:
         break; // not available in this version
     }
-}
-
-QCoro::Task<void> frmMain::RunPortDialog()
-{
-    auto *const dialog = new frmPort(*services_, tmCheckStat, this);
-    const OneShot<bool> closed; // true: with a port
-    connect(dialog, &QDialog::finished, dialog,
-            [closed](int result) { closed.Complete(result == QDialog::Accepted); });
-    connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
-    dialog->open();
-    const bool chosen = co_await closed;
-    if (chosen && !services_->leaving)
-        live_->PortChosen();
 }
 
 void frmMain::changeEvent(QEvent *event)

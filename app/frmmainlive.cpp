@@ -1,13 +1,15 @@
 // The main window's work with the instrument: stored readings, real-time receive, the MEASURE and SOURCE
-// windows.
+// windows, the port.
 
 #include "app/frmmain.h"
 
 #include "acquire/frminterval.h"
+#include "app/frmport.h"
 #include "app/live.h"
 #include "app/mainactions.h"
 #include "app/services.h"
 #include "document/frmdata.h"
+#include "platform/oneshot.h"
 #include "resources/strings.h"
 
 namespace px40 {
@@ -38,6 +40,19 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     // A lost line counts more than what came over it.
     ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
     RefreshCommands();
+}
+
+QCoro::Task<void> frmMain::RunPortDialog()
+{
+    auto *const dialog = new frmPort(*services_, tmCheckStat, this);
+    const OneShot<bool> closed; // true: with a port
+    connect(dialog, &QDialog::finished, dialog,
+            [closed](int result) { closed.Complete(result == QDialog::Accepted); });
+    connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
+    dialog->open();
+    const bool chosen = co_await closed;
+    if (chosen && !services_->leaving)
+        live_->PortChosen();
 }
 
 void frmMain::OpenLiveWindows()
