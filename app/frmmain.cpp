@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QStatusBar>
+#include <QTextDocument>
 #include <QToolBar>
 
 namespace px40 {
@@ -62,6 +63,7 @@ void frmMain::BuildStatusBar()
     statusBar()->setObjectName(QStringLiteral("sbMain"));
     message_ = new QLabel(this);
     message_->setObjectName(QStringLiteral("Msg"));
+    message_->setTextFormat(Qt::PlainText); // what the user has typed, or a file's name, is no markup
     port_ = new QLabel(this);
     port_->setObjectName(QStringLiteral("Port"));
     message_->setContentsMargins(6, 0, 6, 0);
@@ -124,7 +126,8 @@ void frmMain::ShowTitle()
 void frmMain::ShowMessage(const QString &text)
 {
     message_->setText(text);
-    message_->setToolTip(text); // whole also where the panel is narrow
+    // Whole also where the panel is narrow.
+    message_->setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
 }
 
 void frmMain::ShowWarning(const QString &text)

@@ -80,6 +80,7 @@ void frmSrcValueSet::ShowUnit(const QString &unit)
 void frmSrcValueSet::BuildNote()
 {
     llRefused_->setObjectName(QStringLiteral("llRefused"));
+    llRefused_->setTextFormat(Qt::PlainText);
     llRefused_->setWordWrap(true);
     llRefused_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     const QRect narrowest(0, 0, tbSrcValue_->minimumWidth(), 0);
