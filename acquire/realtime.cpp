@@ -1,20 +1,19 @@
 #include "acquire/realtime.h"
 
-#include "acquire/rowforward.h"
 #include "acquire/sample.h"
 #include "acquire/status.h"
 #include "document/dataset.h"
+#include "document/rowforward.h"
 #include "document/statistics.h"
 #include "link/comm.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/clock.h"
 #include "platform/jobs.h"
-#include "platform/oneshot.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
+#include "platform/turns.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -32,14 +31,6 @@ constexpr std::array<const char *, 2> Preparations = {"AN1", "H1"};
 
 /// So many rows of a late tick are stored at a time; in between the windows live.
 constexpr qint32 RowsAtATime = 500;
-
-QCoro::Task<void> NextTurn()
-{
-    const OneShot<bool> turn;
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [turn] { turn.Complete(true); }, Qt::QueuedConnection);
-    co_await turn;
-}
 
 } // namespace
 
@@ -70,8 +61,12 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     ShowBar();
     parts_.state.RealtimeRun = true;
     parts_.views.RunChanged();
-    ForwardOff_ = !forward;
-    if (forward && (!forward_ || !forward_->Open(data_)))
+    ForwardOff_ = true;
+    bool forwarding = false;
+    if (forward && forward_)
+        forwarding = co_await forward_->Open(data_);
+    ForwardOff_ = !forwarding;
+    if (forward && !forwarding)
         ForwardFailed();
     parts_.state.LinkActivity = ActivityRealtime;
     parts_.state.ReceiveGate = true;
@@ -90,10 +85,8 @@ QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
         parts_.state.ErrorMessage = QString::fromLocal8Bit(error.what());
         failed = true;
     }
-    if (failed && data_) {
-        ForwardOff_ = true;
+    if (failed && data_)
         co_await FinishRealtime(true);
-    }
 }
 
 void Realtime::StopAsked()
@@ -242,9 +235,34 @@ bool Realtime::AddSample(const QString &reply, qint64 second)
     if (sample.measureValue == NoReplyText())
         ++progress_.errorRows;
     ShowBar();
-    if (!ForwardOff_ && !forward_->Write(data_->GetDatacount()))
-        ForwardFailed();
+    if (!ForwardOff_)
+        Forward();
     return true;
+}
+
+void Realtime::Forward()
+{
+    switch (forward_->Write()) {
+    case RowForward::Row::Taken:
+        break;
+    case RowForward::Row::Full:
+        progress_.forwardFull = true;
+        parts_.jobs.Launch(CloseForward(), "finishing a full worksheet"); // the run goes on meanwhile
+        break;
+    case RowForward::Row::Failed:
+        ForwardFailed();
+        break;
+    }
+}
+
+QCoro::Task<void> Realtime::CloseForward()
+{
+    if (ForwardOff_)
+        co_return;
+    ForwardOff_ = true;
+    const bool done = co_await forward_->Close();
+    if (!done)
+        ForwardFailed();
 }
 
 /// False when the period is over. It may be changed while the run is under way.
@@ -277,6 +295,7 @@ void Realtime::ForwardFailed()
 {
     ForwardOff_ = true;
     progress_.forwardFailed = true;
+    progress_.forwardReason = parts_.state.ForwardErrorText;
 }
 
 void Realtime::SetData(const QString &text)
@@ -302,8 +321,7 @@ QCoro::Task<void> Realtime::FinishRealtime(bool showMessage)
 {
     parts_.tmRealtime.SetEnabled(false);
     parts_.state.LinkActivity = ActivityRealtimeTransition;
-    if (!ForwardOff_)
-        forward_->Close();
+    co_await CloseForward();
     if (showMessage)
         co_await parts_.prompts.Warn(parts_.state.ErrorMessage);
     End();
@@ -314,8 +332,7 @@ QCoro::Task<void> Realtime::StopRealtime()
     parts_.tmRealtime.SetEnabled(false);
     parts_.state.LinkActivity = ActivityRealtimeStopping;
     co_await SendStop();
-    if (!ForwardOff_)
-        forward_->Close();
+    co_await CloseForward();
     End();
 }
 

@@ -107,6 +107,8 @@ class Realtime : public QObject
     bool IsSamplingSecond() const;
     qint32 Interval() const;
     void ShowBar();
+    void Forward();
+    QCoro::Task<void> CloseForward();
     void ForwardFailed();
     void SetData(const QString &text);
     void ShowProgress();

@@ -43,8 +43,13 @@ QString RunText(const RunProgress &progress)
         parts << Text(Str::RunNoAnswer);
     if (!progress.ended && progress.stopping)
         parts << Text(Str::RunStopping);
-    if (progress.forwardFailed)
+    if (progress.forwardFailed) {
         parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')';
+        if (!progress.forwardReason.isEmpty())
+            parts << progress.forwardReason;
+    }
+    if (progress.forwardFull && !progress.forwardFailed)
+        parts << Text(Str::ForwardSheetFull);
     return parts.join(QStringLiteral("  "));
 }
 

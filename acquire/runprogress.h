@@ -17,6 +17,8 @@ struct RunProgress
     bool stopping = false; ///< the user has asked for the end
     bool ended = false;
     bool forwardFailed = false; ///< rows are no longer forwarded
+    bool forwardFull = false;   ///< for want of room
+    QString forwardReason;      ///< why it failed
 };
 
 /// The text for the status bar.

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QStandardPaths>
 
+#include <memory>
+
 namespace px40 {
 
 namespace {
@@ -91,6 +93,24 @@ QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon
     if (button == QMessageBox::Yes)
         co_return Answer::Yes;
     co_return button == QMessageBox::No ? Answer::No : Answer::Cancel;
+}
+
+QCoro::Task<int> MessagePrompts::AskOneOf(QString text, QStringList choices)
+{
+    QMessageBox *const box = MakeBox(QMessageBox::Warning, text);
+    QList<QAbstractButton *> buttons;
+    for (const QString &choice : std::as_const(choices)) {
+        const bool last = buttons.size() + 1 == choices.size();
+        buttons.append(box->addButton(choice, last ? QMessageBox::RejectRole : QMessageBox::AcceptRole));
+    }
+    box->setDefaultButton(qobject_cast<QPushButton *>(buttons.constFirst()));
+    box->setEscapeButton(buttons.constLast());
+    const auto chosen = std::make_shared<qsizetype>(choices.size() - 1);
+    QObject::connect(box, &QMessageBox::buttonClicked, box,
+                     [chosen, buttons](QAbstractButton *button) { *chosen = buttons.indexOf(button); });
+    const OneShot<int> closed = Open(box);
+    co_await closed;
+    co_return static_cast<int>(*chosen);
 }
 
 OneShot<int> MessagePrompts::Open(QMessageBox *box)

@@ -20,6 +20,7 @@ class MessagePrompts : public Prompts
   public:
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<int> AskOneOf(QString text, QStringList choices) override;
     QCoro::Task<QString> AskOpenFile(QString filter) override;
     QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override;

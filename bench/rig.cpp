@@ -21,6 +21,12 @@ QCoro::Task<Answer> LoggedPrompts::AskYesNoCancel(QString text, PromptIcon)
     co_return Answer::No;
 }
 
+QCoro::Task<int> LoggedPrompts::AskOneOf(QString text, QStringList choices)
+{
+    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    co_return static_cast<int>(choices.size()) - 1;
+}
+
 PortRig::PortRig(const std::string &device)
     : store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))), ports(store),
       comm(state, ports, prompts)

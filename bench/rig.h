@@ -28,6 +28,7 @@ class LoggedPrompts : public Prompts
   public:
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<int> AskOneOf(QString text, QStringList choices) override;
     QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
     QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
     void DismissAll() override {}

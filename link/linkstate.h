@@ -45,16 +45,17 @@ struct LinkState
     bool RealtimeStop = false;   ///< real-time receive is to stop
     bool ReceiveGate = false;    ///< lets input in while real-time receive runs
     bool RealtimeRun = false;    ///< a real-time run is under way, whatever the link is used for right now
+    bool ForwardRun = false;     ///< a data set is being forwarded, whatever the link is used for right now
     bool MonitorOpen = false;    ///< the MEASURE window is open
     bool SourceOpen = false;     ///< the SOURCE window is open
 };
 
 /// Windows may close only while the link is idle or a timer has it for a moment. A real-time run holds them
-/// also in the second after such a moment, in which the link looks idle.
+/// also in the second after such a moment, in which the link looks idle; so does forwarding.
 inline bool MayClose(const LinkState &state)
 {
     return state.LinkActivity >= ActivityIdle && state.LinkActivity <= ActivitySourceCommand &&
-           !state.RealtimeRun;
+           !state.RealtimeRun && !state.ForwardRun;
 }
 
 } // namespace px40

@@ -130,6 +130,12 @@ const char16_t *Lookup(Str id)
         return u"Do you want to save the changes you made to this file?";
     case Str::OtherDataType:
         return u"This file is a different data type.";
+    case Str::StatisticMax:
+        return u"MAX";
+    case Str::StatisticMin:
+        return u"MIN";
+    case Str::StatisticAvg:
+        return u"AVG";
     case Str::RealtimeData:
         return u"REAL-TIME DATA";
     case Str::SaveModeData:
@@ -146,6 +152,27 @@ const char16_t *Lookup(Str id)
         return u"SRC.";
     case Str::HeadingNumber:
         return u"No.";
+
+    case Str::ForwardTitle:
+        return u"Forward to Microsoft Excel";
+    case Str::ForwardFileFrame:
+        return u"Microsoft Excel File";
+    case Str::ForwardNew:
+        return u"New";
+    case Str::ForwardCustom:
+        return u"Custom";
+    case Str::ForwardTitleFrame:
+        return u"Title";
+    case Str::ForwardBrowse:
+        return u"Browse...";
+    case Str::ForwardKeepFile:
+        return u"Always show this file";
+    case Str::ForwardKeepTitle:
+        return u"Always show this title";
+    case Str::ExcelFiles:
+        return u"Microsoft Excel Files";
+    case Str::ForwardFileNotFound:
+        return u"This file cannot be found.";
 
     case Str::IntervalTitle:
         return u"Interval and period setup";
@@ -220,6 +247,10 @@ const char16_t *Lookup(Str id)
         return u"Command error occurred.";
     case Str::DataError:
         return u"Data error occurred.";
+    case Str::ForwardData:
+        return u"Forward data to Microsoft Excel";
+    case Str::Forwarding:
+        return u"Forwarding...";
     case Str::ReceiveSaveMode:
         return u"Receive SAVE-mode data";
     case Str::ReceiveMemoryMode:
@@ -332,12 +363,6 @@ const char16_t *Lookup(Str id)
         return u"%1 stored readings received, %2 of them unreadable (noise on the line?).";
     case Str::MemoryEnded:
         return u"The download ended early: %1 of 50 stored readings received.";
-    case Str::StatisticMax:
-        return u"MAX";
-    case Str::StatisticMin:
-        return u"MIN";
-    case Str::StatisticAvg:
-        return u"AVG";
     case Str::LabelKind:
         return u"Data";
     case Str::LabelInterval:
@@ -478,6 +503,70 @@ const char16_t *Lookup(Str id)
         return u"\"%1\" was not sent: \"%2\" has taken its place.";
     case Str::SourceUnknownCharacter:
         return u"The PX40 does not know the character \"%1\".";
+    case Str::ForwardOpenAfter:
+        return u"Open the worksheet &afterwards";
+    case Str::ExcelWorkbooks:
+        return u"Excel Workbooks";
+    case Str::ForwardWriting:
+        return u"Writing the workbook...";
+    case Str::ForwardDone:
+        return u"%1 forwarded to %2.";
+    case Str::MicrosoftExcel:
+        return u"Microsoft Excel";
+    case Str::ForwardTooMany:
+        return u"A worksheet has room for 1,048,572 readings, and this data set has %1.";
+    case Str::ForwardSheetFull:
+        return u"The worksheet is full.";
+    case Str::ForwardNewKind:
+        return u"The name of a new workbook ends in .xlsx.";
+    case Str::ForwardNotOpened:
+        return u"The worksheet is in %1, but no program of this desktop opens it.";
+    case Str::BookInUse:
+        return u"%1 has this workbook open. Close it there and press Retry, or take a new workbook.";
+    case Str::Retry:
+        return u"Retry";
+    case Str::NewWorkbook:
+        return u"New workbook";
+    case Str::BookLegacy:
+        return u"This is a workbook of the older kind (.xls). Save it as an Excel workbook (.xlsx) and choose that one.";
+    case Str::BookEncrypted:
+        return u"This workbook is protected with a password. Remove the password, or choose another one.";
+    case Str::BookSigned:
+        return u"This workbook is digitally signed, and a new sheet would break the signature. Choose a copy without it.";
+    case Str::BookProtected:
+        return u"The structure of this workbook is protected, so it takes no new sheet. Unprotect it, or choose another one.";
+    case Str::BookBinary:
+        return u"This is a binary workbook (.xlsb). Save it as an Excel workbook (.xlsx) and choose that one.";
+    case Str::BookOpenDocument:
+        return u"This is an OpenDocument file. Save it as an Excel workbook (.xlsx) and choose that one.";
+    case Str::BookNone:
+        return u"This file is no Excel workbook. Choose an .xlsx or .xlsm file.";
+    case Str::BookDamaged:
+        return u"This workbook is damaged (%1). Choose another one, or let a spreadsheet program repair it.";
+    case Str::BookNotRead:
+        return u"This workbook cannot be read: %1";
+    case Str::BookNotWritten:
+        return u"The workbook could not be written: %1";
+    case Str::BookEndMissing:
+        return u"its end is missing";
+    case Str::BookTooLarge:
+        return u"A part of this workbook is too large to be changed here. Choose another one.";
+    case Str::BookReadOnly:
+        return u"This workbook is marked as read-only. Take that mark away, or choose another one.";
+    case Str::BookFolderReadOnly:
+        return u"You may not write in the folder of this workbook. Copy it to another folder and choose the copy.";
+    case Str::BookKeepsChanging:
+        return u"Another program keeps changing this workbook. Try again once it has finished.";
+    case Str::BookHolderOn:
+        return u"%1 on %2";
+    case Str::BookOtherProgram:
+        return u"Another program";
+    case Str::SheetNoRoom:
+        return u"There is no room for the rows of the worksheet in the folder for temporary files: %1";
+    case Str::ExportFailed:
+        return u"The worksheet could not be written.";
+    case Str::ExportInUse:
+        return u"%1 has this workbook open. Close it there first.";
     }
     return u"";
 }

@@ -2,10 +2,10 @@
 
 #include "acquire/measuredisplay.h"
 #include "acquire/realtime.h"
-#include "acquire/rowforward.h"
 #include "acquire/status.h"
 #include "acquire/statuscheck.h"
 #include "document/dataset.h"
+#include "document/rowforward.h"
 #include "link/rangelists.h"
 #include "tests/heldclock.h"
 #include "tests/support.h"
@@ -18,19 +18,30 @@ namespace px40 {
 class RecordedForward : public RowForward
 {
   public:
-    bool Open(std::shared_ptr<DataSet>) override { return opens; }
-    bool Write(int sample) override
+    QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) override
     {
+        data = dataSet;
+        co_return opens;
+    }
+    Row Write() override
+    {
+        const int sample = data->GetDatacount();
         if (sample == throwAt)
             throw std::runtime_error("broken");
         written.append(sample);
-        return sample != failAt;
+        return sample == failAt ? Row::Failed : sample == fullAt ? Row::Full : Row::Taken;
     }
-    void Close() override { ++closings; }
+    QCoro::Task<bool> Close() override
+    {
+        ++closings;
+        co_return true;
+    }
 
+    std::shared_ptr<DataSet> data;
     QList<int> written;
     bool opens = true;
     int failAt = 0;
+    int fullAt = 0;
     int throwAt = 0;
     int closings = 0;
 };

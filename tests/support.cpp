@@ -68,6 +68,19 @@ QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon)
     co_return answer;
 }
 
+QCoro::Task<int> ScriptedPrompts::AskOneOf(QString text, QStringList options)
+{
+    questions.append(text);
+    int choice = static_cast<int>(options.size()) - 1;
+    if (!choices.empty()) {
+        choice = choices.front();
+        choices.pop_front();
+    }
+    const OneShot<bool> turn = NextTurn();
+    co_await turn;
+    co_return choice;
+}
+
 QCoro::Task<QString> ScriptedPrompts::AskOpenFile(QString filter)
 {
     return AnswerFile(QStringLiteral("open:") + filter);

@@ -28,6 +28,7 @@ class ScriptedPrompts : public Prompts
   public:
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
+    QCoro::Task<int> AskOneOf(QString text, QStringList options) override;
     QCoro::Task<QString> AskOpenFile(QString filter) override;
     QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override { ++dismissals; }
@@ -37,6 +38,7 @@ class ScriptedPrompts : public Prompts
     QStringList fileQuestions;    ///< "open:FILTER" and "save:NAME:FILTER:SUFFIX"
     std::function<void()> onWarn; ///< called while the box is up
     std::deque<Answer> answers;   ///< Cancel when there is none left
+    std::deque<int> choices;      ///< which of several buttons; the last one when there is none left
     std::deque<QString> files;    ///< answers to both file questions; cancelled when there is none left
     int dismissals = 0;
 

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QCoro/QCoroTask>
+
+#include <memory>
+
+namespace px40 {
+
+class DataSet;
+
+/// Where the rows of a real-time run are forwarded to as they come in.
+class RowForward
+{
+  public:
+    enum class Row {
+        Taken,  ///< it is forwarded, or will be
+        Full,   ///< there is no room for it: to be closed
+        Failed, ///< nothing more is forwarded; the reason stands in the link's `ForwardErrorText`
+    };
+
+    RowForward() = default;
+    RowForward(const RowForward &) = delete;
+    RowForward &operator=(const RowForward &) = delete;
+    virtual ~RowForward() = default;
+
+    /// Before the first row of a run. False when it cannot be had, with the reason in `ForwardErrorText`; also
+    /// when the run is to stop (`RealtimeStop`) meanwhile.
+    virtual QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) = 0;
+
+    /// After each row of the run.
+    virtual Row Write() = 0;
+
+    /// At the end of the run, or when there is no more room; not after a failure. False, with the reason in
+    /// `ForwardErrorText`, when what was forwarded is lost.
+    virtual QCoro::Task<bool> Close() = 0;
+};
+
+} // namespace px40
