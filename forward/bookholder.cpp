@@ -1,0 +1,106 @@
+#include "forward/bookholder.h"
+
+#include "forward/replacement.h"
+#include "resources/strings.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+
+namespace px40 {
+
+namespace {
+
+constexpr qint64 LongestLock = 4096;
+
+/// The beginning of a file that may not be there; empty also when it cannot be read.
+QByteArray Beginning(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.read(LongestLock) : QByteArray();
+}
+
+QString NameOr(const QString &name, const QString &program)
+{
+    return name.isEmpty() ? program : name;
+}
+
+/// Fields with commas between them and a semicolon behind the last; a backslash takes their meaning away.
+QStringList Fields(const QString &text)
+{
+    QStringList fields = {QString()};
+    bool escaped = false;
+    for (const QChar character : text) {
+        if (!escaped && character == u'\\') {
+            escaped = true;
+        } else if (!escaped && character == u';') {
+            break;
+        } else if (!escaped && character == u',') {
+            fields += QString();
+        } else {
+            fields.back() += character;
+            escaped = false;
+        }
+    }
+    return fields;
+}
+
+/// Full name, login, host, time.
+QString LibreOfficeHolder(const QByteArray &lock)
+{
+    QStringList fields = Fields(QString::fromUtf8(lock));
+    for (QString &field : fields)
+        field = field.simplified();
+    QString holder = NameOr(fields[0], fields.value(1));
+    const QString host = fields.value(2);
+    if (!host.isEmpty())
+        holder = Text(Str::BookHolderOn).arg(NameOr(holder, Text(Str::BookOtherProgram)), host);
+    return NameOr(holder, QStringLiteral("LibreOffice"));
+}
+
+/// One byte that counts, then that many of the name in the system's own letters, filled up to 54; after these
+/// the same in UTF-16, with two bytes that count.
+QString ExcelHolder(const QByteArray &lock)
+{
+    constexpr qsizetype room = 54;
+    constexpr qsizetype wideAt = 1 + room;
+    const auto byte = [&lock](qsizetype at) {
+        return at < lock.size() ? static_cast<unsigned char>(lock[at]) : 0;
+    };
+    const qsizetype length = std::min<qsizetype>(byte(0), room);
+    QString holder;
+    if (byte(wideAt) == length && lock.size() >= wideAt + 2 + 2 * length) {
+        for (qsizetype i = 0; i < length; ++i)
+            holder += QChar(byte(wideAt + 2 + 2 * i) | byte(wideAt + 3 + 2 * i) << 8);
+    } else {
+        holder = QString::fromLatin1(lock.mid(1, length));
+    }
+    return NameOr(holder.simplified(), QStringLiteral("Excel"));
+}
+
+QString HolderBeside(const QString &workbook)
+{
+    const QFileInfo info(workbook);
+    const QString folder = info.absolutePath() + u'/';
+    const QString libreOffice = folder + QStringLiteral(".~lock.") + info.fileName() + u'#';
+    if (QFileInfo::exists(libreOffice))
+        return LibreOfficeHolder(Beginning(libreOffice));
+    const QString excel = folder + QStringLiteral("~$") + info.fileName();
+    if (QFileInfo::exists(excel))
+        return ExcelHolder(Beginning(excel));
+    return {};
+}
+
+} // namespace
+
+QString BookHolder(const QString &workbook)
+{
+    // Programs differ in whether they look through a link first.
+    const QString holder = HolderBeside(RealName(workbook));
+    return holder.isEmpty() ? HolderBeside(workbook) : holder;
+}
+
+} // namespace px40

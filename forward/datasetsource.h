@@ -1,0 +1,31 @@
+#pragma once
+
+#include "forward/sheetsource.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace px40 {
+
+class DataSet;
+
+/// A data set of the program as what is forwarded.
+class DataSetSource : public SheetSource
+{
+  public:
+    DataSetSource(std::shared_ptr<const DataSet> dataSet, const QString &title);
+
+    int Samples() const override;
+    bool IsSaveMode() const override;
+    std::string Cell(int row, int column) const override;
+    std::string StatisticName(int which) const override;
+    std::string StatisticText(int which) const override;
+    std::string Title() const override { return title_; }
+
+  private:
+    std::shared_ptr<const DataSet> data_;
+    std::string title_;
+};
+
+} // namespace px40

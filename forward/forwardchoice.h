@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+namespace px40 {
+
+/// What the forward dialog shows when it opens; kept between runs. Paths are absolute, with the separators of
+/// the system.
+struct ForwardMemory
+{
+    QString file; ///< empty: a new workbook is proposed
+    QString title;
+    bool openAfter = true;
+};
+
+/// What the user chose for one forwarding.
+struct ForwardChoice
+{
+    QString fileName; ///< workbook that gets the sheet; empty: a new one
+    QString title;
+    bool openAfter = true; ///< the written workbook is to be shown; never where a spreadsheet shows it anyway
+};
+
+} // namespace px40

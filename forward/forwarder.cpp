@@ -1,0 +1,134 @@
+#include "forward/forwarder.h"
+
+#include "document/dataset.h"
+#include "forward/datasetsource.h"
+#include "forward/forwardsteps.h"
+#include "forward/sheetlayout.h"
+#include "forward/xlsxfile.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+#include "platform/turns.h"
+#include "resources/strings.h"
+
+#include <QElapsedTimer>
+#include <QLocale>
+
+#include <exception>
+
+namespace px40 {
+
+namespace {
+
+constexpr int AtAStretchMs = 8; // then the windows live
+constexpr int BusyPauseMs = 250;
+constexpr int ShowAttempts = 20; // of a spreadsheet that is busy while it is to be shown again
+
+/// Tells the rest of the program, as long as it lives.
+class RunHold
+{
+  public:
+    explicit RunHold(LinkState &state) : state_(&state) { state.ForwardRun = true; }
+    ~RunHold() { state_->ForwardRun = false; }
+    RunHold(const RunHold &) = delete;
+    RunHold &operator=(const RunHold &) = delete;
+
+  private:
+    LinkState *state_;
+};
+
+} // namespace
+
+Forwarder::Forwarder(const ForwardServices &services, LinkGate &gate, ProgressView &progress)
+    : services_(services), gate_(&gate), progress_(&progress)
+{
+}
+
+QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
+{
+    ForwardOutcome outcome;
+    LinkState &state = services_.state;
+    if (dataSet->GetDatacount() > MaxSheetSamples) {
+        const QString count = QLocale(QLocale::English).toString(dataSet->GetDatacount());
+        co_await services_.prompts.Warn(Text(Str::ForwardTooMany).arg(count));
+        co_return outcome;
+    }
+    if (state.ForwardRun)
+        co_return outcome;
+    const RunHold hold(state);
+    const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
+    // An exchange under way is not to be taken for input that belongs to nobody.
+    const bool free = co_await gate_->WaitUntilFree();
+    if (workbook.target && free && !state.RealtimeRun) {
+        state.LinkActivity = ActivityForwarding;
+        state.CancelRequest = false;
+        const bool done = co_await Write(dataSet, workbook, choice.title);
+        outcome.done = done;
+        if (!done)
+            co_await services_.prompts.Warn(state.ForwardErrorText);
+        state.LinkActivity = ActivityIdle;
+    }
+    outcome.samples = dataSet->GetDatacount();
+    outcome.openAfter = choice.openAfter;
+    if (workbook.file)
+        outcome.file = workbook.file->Name();
+    co_return outcome;
+}
+
+QCoro::Task<bool> Forwarder::Write(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
+{
+    progress_->Show();
+    progress_->SetCaption(Text(Str::ForwardData));
+    progress_->SetMessage(Text(Str::Forwarding));
+    bool done = false;
+    try {
+        done = co_await MakeSheet(dataSet, workbook, title);
+        if (done && workbook.file)
+            done = co_await WriteWorkbook(&services_, workbook.file, title, progress_);
+    } catch (const std::exception &error) {
+        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
+    }
+    progress_->Unload();
+    co_return done;
+}
+
+QCoro::Task<bool> Forwarder::MakeSheet(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
+{
+    LinkState &state = services_.state;
+    const DataSetSource source(dataSet, title);
+    WholeForward forward(*workbook.target, source, workbook.addTo.toStdString());
+    const int rows = source.Samples() + 1;
+    int shown = 0;
+    SheetStep step = SheetStep::Again;
+    QElapsedTimer stretch;
+    stretch.start();
+    while (step == SheetStep::Again || step == SheetStep::Busy) {
+        if (step == SheetStep::Busy) {
+            co_await Pause(BusyPauseMs);
+            stretch.restart();
+        } else if (stretch.hasExpired(AtAStretchMs)) {
+            co_await NextTurn();
+            stretch.restart();
+        }
+        // A source command that was sent meanwhile has left the link idle.
+        state.LinkActivity = state.LinkActivity == ActivityIdle ? ActivityForwarding : state.LinkActivity;
+        if (state.CancelRequest)
+            break;
+        step = forward.Next();
+        if (forward.RowsWritten() != shown) {
+            shown = forward.RowsWritten();
+            progress_->RenProgress(shown < rows, shown, rows);
+        }
+    }
+    if (step == SheetStep::Failed)
+        state.ForwardErrorText = QString::fromStdString(workbook.target->ErrorText());
+    SheetStep end = forward.End();
+    for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
+        co_await Pause(BusyPauseMs);
+        end = forward.End();
+    }
+    co_return step == SheetStep::Done;
+}
+
+} // namespace px40

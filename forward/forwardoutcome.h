@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace px40 {
+
+/// How a forwarding ended.
+struct ForwardOutcome
+{
+    bool done = false;
+    int samples = 0;       ///< written to the sheet
+    QString file;          ///< the workbook's file; empty where it stays open in a spreadsheet program
+    bool openAfter = true; ///< the user wants to see it
+};
+
+/// "3 rows forwarded to NAME." for the status bar.
+QString OutcomeText(const ForwardOutcome &outcome);
+
+} // namespace px40

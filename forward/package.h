@@ -1,0 +1,91 @@
+#pragma once
+
+#include "forward/xmltree.h"
+
+#include <QString>
+
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+#include <zip.h>
+
+namespace px40 {
+
+class SheetPart;
+
+/// One part's pointer to another.
+struct Relationship
+{
+    std::string kind; ///< last piece of its type, which is the same in all vocabularies
+    std::string part; ///< name of the part it leads to; empty when that is outside
+};
+
+/// The parts of a package and how they hang together. Names of parts are as in the archive,
+/// "xl/workbook.xml"; they are found whatever the case. What is put in is kept and goes into the archive by
+/// `Store`.
+///
+/// All of it throws `BookFault` when the package cannot be read.
+class Package
+{
+  public:
+    /// The archive must outlive this, and this the closing of the archive.
+    explicit Package(zip_t *archive);
+    Package(const Package &) = delete;
+    Package &operator=(const Package &) = delete;
+
+    bool Has(const std::string &name) const;
+    bool HasFolder(const std::string &folder) const;
+
+    /// The text of a part, and the XML that it is, with its outermost element.
+    std::string Read(const std::string &name) const;
+    pugi::xml_node Load(const std::string &name, pugi::xml_document &document) const;
+
+    /// The same of a part that has an outermost element of that local name, or is damaged.
+    pugi::xml_node Load(const std::string &name, std::string_view root, pugi::xml_document &document) const;
+
+    /// Of a part, or of the package if the name is empty; none if the part of the relationships is not there.
+    std::vector<Relationship> Relationships(const std::string &part) const;
+    static std::string RelationshipsName(const std::string &part);
+
+    /// The name of a part as it is written in the relationships of another one.
+    static std::string Target(const std::string &from, const std::string &to);
+
+    /// "stem1end", "stem2end", ...: the first name that no part has.
+    std::string FreeName(const std::string &stem, const std::string &end);
+
+    /// Replaces a part, or adds it.
+    void Put(const std::string &name, std::string text);
+
+    /// Says what a new part holds; before `Store`.
+    void Declare(const std::string &name, const std::string &contentType);
+
+    /// A new relationship of a part; its id. `vocabulary` is that of the type.
+    std::string Relate(const std::string &part, const std::string &vocabulary, const std::string &kind,
+                       const std::string &target);
+
+    /// Hands everything that was put in to the archive, and a new part that is made while that is closed, so
+    /// `sheet` must outlive it too.
+    void Store(const std::string &name, SheetPart &sheet);
+
+    /// `what`: a part, and what is wrong with it.
+    [[noreturn]] static void ThrowDamaged(const std::string &what);
+
+  private:
+    static std::string Key(std::string_view name);
+    void LoadContentTypes();
+    void KnowRelationships();
+    zip_uint64_t StoreSource(const std::string &name, zip_source_t *source);
+
+    zip_t *archive_;
+    std::map<std::string, zip_uint64_t> entries_;
+    std::deque<std::pair<std::string, std::string>> put_; ///< names and texts; they stay where they are
+    std::map<std::string, std::size_t> putAt_;
+    std::set<std::string> declared_;
+    pugi::xml_document contentTypes_;
+    bool typesLoaded_ = false;
+};
+
+} // namespace px40

@@ -1,0 +1,249 @@
+#include "forward/replacement.h"
+
+#include "platform/files.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
+#include <cerrno>
+#include <csignal>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace px40 {
+
+namespace {
+
+constexpr qsizetype BlockSize = 256 * 1024;
+
+const QString NeighbourBegin = QStringLiteral(".px40-");
+const QString NeighbourEnd = QStringLiteral(".tmp");
+
+QString NeighbourName(const QString &folder)
+{
+    return folder + u'/' + NeighbourBegin + QString::number(QCoreApplication::applicationPid()) + u'-' +
+           QString::number(QRandomGenerator::global()->generate(), 16) + NeighbourEnd;
+}
+
+#ifdef Q_OS_WIN
+
+bool SyncToDisk(QFile &file)
+{
+    return _commit(file.handle()) == 0;
+}
+
+void Mark(QFile &) {}
+
+/// An open file cannot be removed, so whatever can is a leftover.
+bool IsLeftover(const QString &)
+{
+    return true;
+}
+
+void TakeModeOf(const QString &, QFile &) {}
+
+#else
+
+/// File systems that cannot tell count as good.
+bool SyncToDisk(QFile &file)
+{
+    return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+/// Shows other processes, in containers of their own too, that somebody is still at work.
+void Mark(QFile &file)
+{
+    ::flock(file.handle(), LOCK_EX | LOCK_NB);
+}
+
+bool IsLeftover(const QString &name)
+{
+    const QString fileName = QFileInfo(name).fileName();
+    const int pid = fileName.mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
+    if (pid <= 0)
+        return false;
+    // A number that is in use again, by this very process too, says nothing; then the mark decides.
+    if (pid != ::getpid() && (::kill(pid, 0) == 0 || errno != ESRCH))
+        return false;
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) && ::flock(file.handle(), LOCK_EX | LOCK_NB) == 0;
+}
+
+/// As far as this user may: another's file stays his if the administrator changes it.
+void TakeModeOf(const QString &name, QFile &file)
+{
+    struct stat was = {};
+    if (::stat(QFile::encodeName(name).constData(), &was) != 0)
+        return;
+    constexpr mode_t bits = 07777;
+    if (::fchown(file.handle(), was.st_uid, was.st_gid) != 0 &&
+        ::fchown(file.handle(), static_cast<uid_t>(-1), was.st_gid) != 0)
+        errno = 0;
+    ::fchmod(file.handle(), was.st_mode & bits);
+}
+
+#endif
+
+} // namespace
+
+QString RealName(const QString &name)
+{
+    QFileInfo info(name);
+    const QString canonical = info.canonicalFilePath();
+    if (!canonical.isEmpty())
+        return canonical;
+    // A link to what is not there yet.
+    constexpr int longestChain = 40;
+    for (int i = 0; i < longestChain && info.isSymbolicLink(); ++i)
+        info.setFile(info.symLinkTarget());
+    return QDir::cleanPath(info.absoluteFilePath());
+}
+
+FilePrint PrintOf(const QString &name)
+{
+    FilePrint print;
+#ifdef Q_OS_WIN
+    const QFileInfo info(name);
+    if (info.exists()) {
+        print.size = info.size();
+        print.time = info.lastModified().toMSecsSinceEpoch();
+    }
+#else
+    struct stat now = {};
+    if (::stat(QFile::encodeName(name).constData(), &now) == 0) {
+        constexpr qint64 second = 1'000'000'000;
+#ifdef Q_OS_MACOS
+        const timespec &time = now.st_mtimespec;
+#else
+        const timespec &time = now.st_mtim;
+#endif
+        print.size = now.st_size;
+        print.time = time.tv_sec * second + time.tv_nsec;
+        print.number = now.st_ino;
+    }
+#endif
+    return print;
+}
+
+Replacement::Replacement(const QString &name) : name_(name) {}
+
+Replacement::~Replacement()
+{
+    if (file_.fileName().isEmpty())
+        return;
+    file_.close();
+    file_.remove();
+}
+
+bool Replacement::Open()
+{
+    // What it replaces may be nobody else's to read.
+    const bool replaces = QFileInfo::exists(name_);
+    const QFile::Permissions ours = QFile::ReadOwner | QFile::WriteOwner;
+    const QFile::Permissions usual = ours | QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther |
+                                     QFile::WriteOther; // less the bits that the user's mask takes away
+    constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered;
+
+    file_.setFileName(NeighbourName(QFileInfo(name_).path()));
+    if (!file_.open(mode, replaces ? ours : usual)) {
+        const QString reason = file_.errorString();
+        file_.setFileName({});
+        return Fail(reason);
+    }
+    Mark(file_);
+    waiting_.reserve(BlockSize);
+    return true;
+}
+
+qint64 Replacement::Size() const
+{
+    return std::max(size_, Position());
+}
+
+bool Replacement::Fail(const QString &reason)
+{
+    error_ = reason;
+    return false;
+}
+
+bool Replacement::Flush()
+{
+    if (!WriteBytes(file_, waiting_.constData(), waiting_.size(), &error_))
+        return false;
+    at_ += waiting_.size();
+    size_ = std::max(size_, at_);
+    waiting_.resize(0);
+    return true;
+}
+
+bool Replacement::Write(const char *bytes, qint64 size)
+{
+    while (size > 0) {
+        const qsizetype taken = std::min<qsizetype>(size, BlockSize - waiting_.size());
+        waiting_.append(bytes, taken);
+        bytes += taken;
+        size -= taken;
+        if (waiting_.size() == BlockSize && !Flush())
+            return false;
+    }
+    return true;
+}
+
+bool Replacement::Seek(qint64 to)
+{
+    if (!Flush())
+        return false;
+    if (!file_.seek(to))
+        return Fail(file_.errorString());
+    at_ = to;
+    return true;
+}
+
+bool Replacement::Finish()
+{
+    if (!Flush())
+        return false;
+    TakeModeOf(name_, file_);
+    return SyncToDisk(file_) || Fail(qt_error_string());
+}
+
+bool Replacement::TakePlace()
+{
+#ifdef Q_OS_WIN
+    file_.close(); // an open file cannot be renamed there
+#endif
+    std::error_code problem;
+    std::filesystem::rename(file_.filesystemFileName(), QFileInfo(name_).filesystemFilePath(), problem);
+    if (problem)
+        return Fail(qt_error_string(problem.value()));
+    file_.close();
+    file_.setFileName({});
+    return true;
+}
+
+void Replacement::Sweep(const QString &name)
+{
+    const QDir folder(QFileInfo(name).path());
+    const QStringList names = folder.entryList({NeighbourBegin + u'*' + NeighbourEnd},
+                                               QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    for (const QString &one : names) {
+        const QString path = folder.filePath(one);
+        if (IsLeftover(path))
+            QFile::remove(path);
+    }
+}
+
+} // namespace px40

@@ -1,0 +1,148 @@
+#include "forward/rowforwarder.h"
+
+#include "document/dataset.h"
+#include "forward/sheetlayout.h"
+#include "forward/xlsxfile.h"
+#include "link/linkstate.h"
+#include "platform/turns.h"
+#include "resources/strings.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <exception>
+
+namespace px40 {
+
+namespace {
+constexpr int BusyPauseMs = 250;
+}
+
+RowForwarder::RowForwarder(const ForwardServices &services) : services_(services)
+{
+    connect(&retry_, &Timer::tick, this, &RowForwarder::Retry);
+}
+
+RowForwarder::~RowForwarder() = default;
+
+QCoro::Task<bool> RowForwarder::Prepare(ForwardChoice choice)
+{
+    choice_ = choice;
+    const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
+    workbook_ = workbook;
+    co_return workbook_.target != nullptr;
+}
+
+QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
+{
+    failed_ = false;
+    wanted_ = 0;
+    before_ = dataSet->GetDatacount();
+    data_ = dataSet;
+    forward_.reset();
+    source_.emplace(dataSet, choice_.title);
+    forward_.emplace(*workbook_.target, *source_, workbook_.addTo.toStdString(), before_);
+    SheetStep step = SheetStep::Again;
+    while ((step == SheetStep::Again || step == SheetStep::Busy) && !services_.state.RealtimeStop) {
+        if (step == SheetStep::Busy)
+            co_await Pause(BusyPauseMs);
+        else
+            co_await NextTurn();
+        step = forward_->Begin();
+    }
+    if (step == SheetStep::Failed)
+        Fail(QString::fromStdString(workbook_.target->ErrorText()));
+    else if (step != SheetStep::Done)
+        Fail(Text(Str::Canceled));
+    co_return step == SheetStep::Done;
+}
+
+RowForward::Row RowForwarder::Write()
+{
+    if (failed_)
+        return Row::Failed;
+    const int rows = data_->GetDatacount() - before_;
+    wanted_ = std::min(rows, MaxSheetSamples);
+    Retry();
+    if (failed_)
+        return Row::Failed;
+    return rows > MaxSheetSamples ? Row::Full : Row::Taken;
+}
+
+SheetStep RowForwarder::WriteWaiting()
+{
+    SheetStep step = SheetStep::Done;
+    while (step == SheetStep::Done && forward_->Rows() < wanted_)
+        step = forward_->WriteRow();
+    retry_.SetInterval(step == SheetStep::Busy ? BusyPauseMs : 0);
+    retry_.SetEnabled(step == SheetStep::Busy);
+    return step;
+}
+
+/// What the spreadsheet was too busy for: rows, or to be given back.
+void RowForwarder::Retry()
+{
+    if (failed_) {
+        retry_.SetEnabled(forward_->GiveBack() == SheetStep::Busy);
+        return;
+    }
+    try {
+        if (WriteWaiting() == SheetStep::Failed)
+            Fail(QString::fromStdString(workbook_.target->ErrorText()));
+    } catch (const std::exception &error) { // it must not cost the run its readings
+        Fail(QString::fromLocal8Bit(error.what()));
+    }
+}
+
+void RowForwarder::Fail(const QString &reason)
+{
+    failed_ = true;
+    services_.state.ForwardErrorText = reason;
+    const bool busy = forward_->GiveBack() == SheetStep::Busy;
+    retry_.SetInterval(busy ? BusyPauseMs : 0);
+    retry_.SetEnabled(busy);
+}
+
+QCoro::Task<bool> RowForwarder::Close()
+{
+    const QScopedValueRollback<bool> closing(closing_, true);
+    ForwardOutcome outcome;
+    services_.state.CancelRequest = false;
+    try {
+        bool done = co_await Finish();
+        outcome.samples = forward_->Rows();
+        if (done && workbook_.file && outcome.samples > 0)
+            done = co_await WriteWorkbook(&services_, workbook_.file, choice_.title, nullptr);
+        outcome.done = done;
+    } catch (const std::exception &error) {
+        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
+        outcome.done = false;
+    }
+    if (workbook_.file)
+        outcome.file = workbook_.file->Name();
+    outcome.openAfter = choice_.openAfter;
+    data_.reset();
+    Q_EMIT closed(outcome);
+    co_return outcome.done;
+}
+
+/// Writes what is still waiting and the end of the sheet, and gives the spreadsheet back to the user.
+QCoro::Task<bool> RowForwarder::Finish()
+{
+    SheetStep step = failed_ ? SheetStep::Failed : SheetStep::Again;
+    while (step == SheetStep::Again || step == SheetStep::Busy) {
+        if (step == SheetStep::Busy)
+            co_await Pause(BusyPauseMs);
+        if (failed_) // while this waited
+            co_return false;
+        step = WriteWaiting();
+        if (step == SheetStep::Done)
+            step = forward_->End();
+    }
+    retry_.SetEnabled(false);
+    if (step == SheetStep::Failed && !failed_)
+        Fail(QString::fromStdString(workbook_.target->ErrorText()));
+    co_return step == SheetStep::Done;
+}
+
+} // namespace px40

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "document/rowforward.h"
+#include "forward/datasetsource.h"
+#include "forward/forwardoutcome.h"
+#include "forward/forwardsteps.h"
+#include "forward/workbookplace.h"
+#include "platform/timer.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace px40 {
+
+class DataSet;
+
+/// Forwards a data set while it grows: prepared, opened, row by row, closed. A spreadsheet that is busy makes
+/// nobody wait: rows that it does not take now follow later. After a failure the spreadsheet is given back to
+/// the user by itself.
+class RowForwarder : public QObject, public RowForward
+{
+    Q_OBJECT
+
+  public:
+    /// What `services` names must outlive this; it itself is copied.
+    explicit RowForwarder(const ForwardServices &services);
+    ~RowForwarder() override;
+
+    /// Asks what is to be asked before a run. False when the user gives up.
+    QCoro::Task<bool> Prepare(ForwardChoice choice);
+
+    /// A sheet is being finished: nothing is to be prepared.
+    bool IsClosing() const { return closing_; }
+
+    QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) override;
+    Row Write() override;
+    /// Without a row no file is written.
+    QCoro::Task<bool> Close() override;
+
+  Q_SIGNALS:
+    /// A sheet is finished, or could not be.
+    void closed(const px40::ForwardOutcome &outcome);
+
+  private:
+    SheetStep WriteWaiting();
+    void Retry();
+    void Fail(const QString &reason);
+    QCoro::Task<bool> Finish();
+
+    ForwardServices services_;
+    ForwardChoice choice_;
+    Workbook workbook_;
+    std::shared_ptr<DataSet> data_;
+    std::optional<DataSetSource> source_;
+    std::optional<RunningForward> forward_;
+    Timer retry_;
+    int before_ = 0; ///< samples that the data set held before the run
+    int wanted_ = 0; ///< rows that the sheet is to have by now
+    bool failed_ = false;
+    bool closing_ = false;
+};
+
+} // namespace px40

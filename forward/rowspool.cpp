@@ -1,0 +1,147 @@
+#include "forward/rowspool.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace px40 {
+
+namespace {
+
+constexpr std::size_t MemoryBytes = 1'000'000;
+constexpr std::size_t ReadBytes = 256'000;
+
+template <typename Head>
+void AppendHead(const Head &head, std::string &out)
+{
+    char bytes[sizeof(Head)];
+    std::memcpy(bytes, &head, sizeof(Head));
+    out.append(bytes, sizeof(Head));
+}
+
+} // namespace
+
+bool RowSpool::Put(int row, int column, CellFormat format, CellKind kind, std::string_view value)
+{
+    if (row != openRow_)
+        CloseRow();
+    if (openCells_.empty() && memory_.size() >= MemoryBytes && !Spill())
+        return false;
+    openRow_ = row;
+    const OpenCell cell = {{static_cast<quint16>(column), format, kind, static_cast<quint32>(value.size())},
+                           openValues_.size()};
+    openValues_ += value;
+    if (openCells_.empty() || openCells_.back().head.column < cell.head.column) {
+        openCells_.push_back(cell);
+        return true;
+    }
+    const auto found =
+        std::lower_bound(openCells_.begin(), openCells_.end(), cell.head.column,
+                         [](const OpenCell &open, quint16 wanted) { return open.head.column < wanted; });
+    if (found->head.column == cell.head.column)
+        *found = cell;
+    else
+        openCells_.insert(found, cell);
+    return true;
+}
+
+void RowSpool::CloseRow()
+{
+    if (openCells_.empty())
+        return;
+    quint64 bytes = 0;
+    for (const OpenCell &cell : openCells_)
+        bytes += sizeof(CellHead) + cell.head.length;
+    AppendHead(RowHead{bytes, static_cast<quint32>(openRow_), static_cast<quint32>(openCells_.size())},
+               memory_);
+    for (const OpenCell &cell : openCells_) {
+        AppendHead(cell.head, memory_);
+        memory_.append(openValues_, cell.from, cell.head.length);
+    }
+    openCells_.clear();
+    openValues_.clear();
+    ++openRow_;
+}
+
+bool RowSpool::Spill()
+{
+    if (!file_.isOpen() && !file_.open())
+        return false;
+    // Where an earlier attempt broke off, this one begins anew.
+    if (!file_.seek(fileBytes_))
+        return false;
+    for (std::size_t written = 0; written < memory_.size();) {
+        const qint64 taken =
+            file_.write(memory_.data() + written, static_cast<qint64>(memory_.size() - written));
+        if (taken <= 0)
+            return false;
+        written += static_cast<std::size_t>(taken);
+    }
+    if (!file_.flush())
+        return false;
+    fileBytes_ += static_cast<qint64>(memory_.size());
+    memory_.clear();
+    return true;
+}
+
+qint64 RowSpool::ReadAt(qint64 from, char *to, qint64 room)
+{
+    if (from < fileBytes_) {
+        const qint64 got = file_.seek(from) ? file_.read(to, std::min(room, fileBytes_ - from)) : -1;
+        return got > 0 ? got : -1;
+    }
+    const auto inMemory = static_cast<std::size_t>(from - fileBytes_);
+    return static_cast<qint64>(memory_.copy(to, static_cast<std::size_t>(room), inMemory));
+}
+
+RowReader::RowReader(RowSpool &spool) : spool_(&spool), buffer_(ReadBytes)
+{
+    spool.CloseRow();
+}
+
+/// Sees to it that so many bytes stand in the buffer. False, without a failure, when nothing is left at all.
+bool RowReader::Fetch(std::size_t bytes)
+{
+    if (end_ - at_ >= bytes)
+        return true;
+    std::memmove(buffer_.data(), buffer_.data() + at_, end_ - at_);
+    end_ -= at_;
+    at_ = 0;
+    if (buffer_.size() < bytes)
+        buffer_.resize(bytes);
+    while (end_ < bytes) {
+        const qint64 got =
+            spool_->ReadAt(next_, buffer_.data() + end_, static_cast<qint64>(buffer_.size() - end_));
+        if (got <= 0) {
+            failed_ = got < 0 || end_ > 0;
+            return false;
+        }
+        next_ += got;
+        end_ += static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+bool RowReader::Next()
+{
+    RowSpool::RowHead rowHead{};
+    if (failed_ || !Fetch(sizeof rowHead))
+        return false;
+    std::memcpy(&rowHead, buffer_.data() + at_, sizeof rowHead);
+    at_ += sizeof rowHead;
+    if (!Fetch(rowHead.bytes)) {
+        failed_ = true;
+        return false;
+    }
+    row_ = static_cast<int>(rowHead.row);
+    cells_.clear();
+    for (quint32 i = 0; i < rowHead.cells; ++i) {
+        RowSpool::CellHead head{};
+        std::memcpy(&head, buffer_.data() + at_, sizeof head);
+        at_ += sizeof head;
+        cells_.push_back({head.column, head.format, head.kind, {buffer_.data() + at_, head.length}});
+        at_ += head.length;
+    }
+    return true;
+}
+
+} // namespace px40

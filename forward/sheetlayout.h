@@ -1,0 +1,34 @@
+#pragma once
+
+#include "forward/sheettarget.h"
+
+namespace px40 {
+
+class SheetSource;
+
+/// How a data set lies on a sheet: title in B2, heading in row 4, one row per sample from row 5 in columns B
+/// to F, statistics in H4 to I6, chart from H8. The same whether it is written in one go or row by row.
+
+/// Samples that fit onto a sheet, which has 1,048,576 rows.
+constexpr int MaxSheetSamples = 1'048'572;
+
+/// Sheet row of a table row, of which 0 is the heading.
+constexpr int SheetRow(int tableRow)
+{
+    return tableRow + 4;
+}
+
+/// Row `tableRow` (0: the heading) of a finished data set.
+SheetStep WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow);
+
+/// Row `tableRow`, from 1 on, of a table that is still growing: the five columns from the second on of sample
+/// `sample`, whatever the kind of the data set.
+SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow, int sample);
+
+/// Title, frame and inner lines of a table of `samples` rows, and the statistics beside it.
+SheetStep WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int samples);
+
+/// The chart of the first `samples` rows.
+SheetStep WriteChart(SheetTarget &target, const SheetSource &source, int samples);
+
+} // namespace px40

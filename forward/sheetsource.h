@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace px40 {
+
+/// The data set that is forwarded, as a sheet sees it. All texts are UTF-8.
+class SheetSource
+{
+  public:
+    SheetSource() = default;
+    SheetSource(const SheetSource &) = delete;
+    SheetSource &operator=(const SheetSource &) = delete;
+    virtual ~SheetSource() = default;
+
+    virtual int Samples() const = 0;
+
+    /// SAVE-mode data: their numbers stand in the sheet in place of the second column.
+    virtual bool IsSaveMode() const = 0;
+
+    /// Cell of the table as the user sees it: `row` 0 is the heading, 1 the first sample; `column` 0 to 5.
+    virtual std::string Cell(int row, int column) const = 0;
+
+    /// Maximum, minimum and average (0, 1, 2): what each is called, and its text.
+    virtual std::string StatisticName(int which) const = 0;
+    virtual std::string StatisticText(int which) const = 0;
+
+    /// Above the table, and on the chart.
+    virtual std::string Title() const = 0;
+};
+
+} // namespace px40

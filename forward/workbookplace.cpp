@@ -1,0 +1,190 @@
+#include "forward/workbookplace.h"
+
+#include "forward/xlsxfile.h"
+#include "link/linkstate.h"
+#include "platform/clock.h"
+#include "platform/filenames.h"
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+#include "platform/turns.h"
+#include "platform/userstore.h"
+#include "resources/strings.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QStringList>
+
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+constexpr int ProgressEveryMs = 30;
+constexpr int LongestTitle = 80; // in a file's name, characters
+constexpr int Permille = 1000;
+
+const QString Section = QStringLiteral("Forward");
+const QString WritingKey = QStringLiteral("Writing");
+
+QString About(const QString &sentence, const QString &file)
+{
+    return sentence + QStringLiteral("\r\n") + QDir::toNativeSeparators(file);
+}
+
+/// Why no workbook can be made under that name; empty when one can.
+QString WhyNotNew(const QString &name)
+{
+    if (QFileInfo(name).suffix().compare(QStringLiteral("xlsx"), Qt::CaseInsensitive) != 0)
+        return Text(Str::ForwardNewKind);
+    return MayBeWritten(name) ? QString() : Text(Str::FileReadOnly);
+}
+
+/// The name for a new workbook; empty when the user gives up.
+QCoro::Task<QString> AskNewName(const ForwardServices *services, QString title)
+{
+    const QString filter = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx)");
+    QString name = ProposedWorkbookName(title, services->clock);
+    bool asking = true;
+    while (asking) {
+        name = co_await services->prompts.AskSaveFile(name, filter, QStringLiteral("xlsx"));
+        const QString reason = name.isEmpty() ? QString() : WhyNotNew(name);
+        asking = !reason.isEmpty();
+        if (asking)
+            co_await services->prompts.Warn(About(reason, name));
+    }
+    co_return name;
+}
+
+enum class Held { Retry, NewBook, GiveUp };
+
+QCoro::Task<Held> AskAboutHolder(const ForwardServices *services, QString holder, QString name)
+{
+    const QStringList choices = {Text(Str::Retry), Text(Str::NewWorkbook), Text(Str::Cancel)};
+    const QString text = About(Text(Str::BookInUse).arg(holder), name);
+    const int choice = co_await services->prompts.AskOneOf(text, choices);
+    co_return static_cast<Held>(choice);
+}
+
+/// Another name in place of that of a workbook which another program has open, or the same once that program
+/// has closed it. Empty when the user gives up.
+QCoro::Task<QString> NameNotHeld(const ForwardServices *services, QString name, QString title)
+{
+    QString holder = XlsxFile::HolderOf(name);
+    while (!holder.isEmpty()) {
+        const Held answer = co_await AskAboutHolder(services, holder, name);
+        if (answer == Held::GiveUp)
+            co_return QString();
+        if (answer == Held::NewBook) {
+            const QString other = co_await AskNewName(services, title);
+            if (!other.isEmpty())
+                name = other;
+        }
+        holder = XlsxFile::HolderOf(name);
+    }
+    co_return name;
+}
+
+/// Moves the bar along until the writing has ended.
+QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> ended,
+                                std::shared_ptr<WriteWatch> watch, ProgressView *progress)
+{
+    while (!ended.IsComplete()) {
+        watch->cancelled = services->state.CancelRequest;
+        if (progress)
+            progress->RenProgress(false, watch->permille, Permille);
+        co_await Pause(ProgressEveryMs);
+    }
+}
+
+QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_ptr<XlsxFile> file,
+                                   ProgressView *progress)
+{
+    const auto watch = std::make_shared<WriteWatch>();
+    const auto result = std::make_shared<WriteResult>(WriteResult::Failed);
+    services->store.Save(Section, WritingKey, file->Name());
+    const OneShot<bool> ended = RunElsewhere([file, watch, result] { *result = file->Write(watch.get()); });
+    co_await FollowWriting(services, ended, watch, progress);
+    const bool good = co_await ended;
+    services->store.Save(Section, WritingKey, QString());
+    if (*result == WriteResult::Failed)
+        services->state.ForwardErrorText =
+            good ? QString::fromStdString(file->ErrorText()) : Text(Str::ExportFailed);
+    co_return *result;
+}
+
+} // namespace
+
+QString ProposedWorkbookName(const QString &title, const Clock &clock)
+{
+    static const QString Forbidden = QStringLiteral("/\\:*?\"<>|");
+    QString name;
+    for (const QChar one : title)
+        name += one.isPrint() && !Forbidden.contains(one) ? one : QLatin1Char(' ');
+    name = name.simplified().left(LongestTitle).trimmed();
+    while (name.startsWith(u'.')) // would hide the file
+        name.remove(0, 1);
+    if (name.isEmpty())
+        name = QStringLiteral("PX40");
+    const QDateTime now = QDateTime::fromMSecsSinceEpoch(clock.UtcMs());
+    return name + now.toString(QStringLiteral(" yyyy-MM-dd HHmmss")) + QStringLiteral(".xlsx");
+}
+
+QCoro::Task<Workbook> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice)
+{
+    Workbook workbook;
+    if (services->spreadsheet)
+        workbook.target = services->spreadsheet();
+    if (workbook.target) {
+        workbook.addTo = choice.fileName;
+        co_return workbook;
+    }
+    QString name = choice.fileName;
+    if (name.isEmpty())
+        name = co_await AskNewName(services, choice.title);
+    if (!name.isEmpty())
+        name = co_await NameNotHeld(services, name, choice.title);
+    if (name.isEmpty())
+        co_return workbook;
+    workbook.file = std::make_shared<XlsxFile>(choice.title);
+    workbook.target = workbook.file;
+    if (name == choice.fileName)
+        workbook.addTo = name;
+    else
+        workbook.file->SetNewName(name);
+    co_return workbook;
+}
+
+QCoro::Task<bool> WriteWorkbook(const ForwardServices *services, std::shared_ptr<XlsxFile> file,
+                                QString title, ProgressView *progress)
+{
+    if (progress)
+        progress->SetMessage(Text(Str::ForwardWriting));
+    WriteResult result = WriteResult::InUse;
+    while (result == WriteResult::InUse) {
+        result = co_await WriteOnce(services, file, progress);
+        if (result != WriteResult::InUse)
+            continue;
+        const QString before = file->Name();
+        const QString name = co_await NameNotHeld(services, before, title);
+        if (name.isEmpty()) {
+            services->state.ForwardErrorText = Text(Str::Canceled);
+            co_return false;
+        }
+        if (name != before)
+            file->SetNewName(name);
+    }
+    co_return result == WriteResult::Done;
+}
+
+void SweepWorkbooks(UserStore &store)
+{
+    const QString name = store.Get(Section, WritingKey, QString());
+    if (name.isEmpty())
+        return;
+    XlsxFile::Sweep(name);
+    store.Save(Section, WritingKey, QString());
+}
+
+} // namespace px40

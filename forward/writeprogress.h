@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace px40 {
+
+struct WriteWatch;
+
+/// Counts what has been done of a whole, for whoever watches.
+class WriteProgress
+{
+  public:
+    explicit WriteProgress(WriteWatch *watch) : watch_(watch) {}
+
+    void Begin(qint64 total);
+
+    /// False when the work is no longer wanted.
+    bool Advance(qint64 units);
+    bool IsCancelled() const;
+
+  private:
+    WriteWatch *watch_;
+    qint64 total_ = 1;
+    qint64 made_ = 0;
+};
+
+} // namespace px40

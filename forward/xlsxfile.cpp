@@ -1,0 +1,247 @@
+#include "forward/xlsxfile.h"
+
+#include "forward/book.h"
+#include "forward/bookfault.h"
+#include "forward/bookholder.h"
+#include "forward/filekind.h"
+#include "forward/replacement.h"
+#include "forward/sheetpart.h"
+#include "forward/writeprogress.h"
+#include "forward/zipdevice.h"
+#include "resources/strings.h"
+
+namespace px40 {
+
+namespace {
+
+void ThrowUnless(const QString &reason)
+{
+    if (!reason.isEmpty())
+        throw BookFault{reason};
+}
+
+Zip OpenArchive(ZipDevice &device)
+{
+    Zip archive = device.Open();
+    if (!archive)
+        throw BookFault{
+            Text(device.IsDamaged() ? Str::BookDamaged : Str::BookNotRead).arg(device.ErrorText())};
+    return archive;
+}
+
+/// Why an archive could not be closed.
+QString CloseFault(const ZipDevice &device, const SheetPart &sheet, const SheetContent &content,
+                   zip_t *archive)
+{
+    if (sheet.HasFailed())
+        return content.ErrorText();
+    if (!device.WriteError().isEmpty())
+        return Text(Str::BookNotWritten).arg(device.WriteError());
+    if (!device.ReadError().isEmpty())
+        return Text(Str::BookNotRead).arg(device.ReadError());
+    return Text(Str::BookDamaged).arg(QString::fromUtf8(zip_strerror(archive)));
+}
+
+enum class Outcome { Done, Cancelled, InUse, Changed };
+
+} // namespace
+
+struct XlsxFile::Parts
+{
+    /// Throws `BookFault`.
+    Outcome WriteOnce(WriteWatch *watch);
+    Outcome PutInPlace(Replacement &file, const QString &real, const FilePrint &before, WriteWatch *watch);
+
+    SheetContent content;
+    QString title;
+    QString name;
+    bool isNew = true;
+    QString error;
+};
+
+XlsxFile::XlsxFile(const QString &title) : parts_(std::make_unique<Parts>())
+{
+    parts_->title = title;
+}
+
+XlsxFile::~XlsxFile() = default;
+
+QString XlsxFile::WhyNot(const QString &workbook)
+{
+    try {
+        const QString real = RealName(workbook);
+        ThrowUnless(WhyNoPackage(real));
+        ThrowUnless(WhyNotReplaced(real));
+        ZipDevice device(real);
+        const Zip archive = OpenArchive(device);
+        Package package(archive.get());
+        Book book(package);
+    } catch (const BookFault &fault) {
+        return fault.sentence;
+    }
+    return {};
+}
+
+QString XlsxFile::HolderOf(const QString &workbook)
+{
+    return BookHolder(workbook);
+}
+
+void XlsxFile::Sweep(const QString &workbook)
+{
+    Replacement::Sweep(RealName(workbook));
+}
+
+SheetStep XlsxFile::Attach()
+{
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::OpenOrAdd(const std::string &workbook)
+{
+    if (workbook.empty())
+        return SheetStep::Done;
+    parts_->name = QString::fromStdString(workbook);
+    parts_->isNew = false;
+    parts_->error = WhyNot(parts_->name);
+    return parts_->error.isEmpty() ? SheetStep::Done : SheetStep::Failed;
+}
+
+SheetStep XlsxFile::SetVisible(bool)
+{
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::SetInteractive(bool)
+{
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::SetCell(int row, int column, CellFormat format, std::string_view text)
+{
+    if (parts_->content.SetCell(row, column, format, text))
+        return SheetStep::Done;
+    parts_->error = parts_->content.ErrorText();
+    return SheetStep::Failed;
+}
+
+SheetStep XlsxFile::SetBorder(const CellRange &range, Edge edge, BorderWeight weight)
+{
+    parts_->content.SetBorder(range, edge, weight);
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::Centre(const CellRange &range)
+{
+    parts_->content.Centre(range);
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::Activate(int row, int column)
+{
+    parts_->content.Activate(row, column);
+    return SheetStep::Done;
+}
+
+SheetStep XlsxFile::AddChart(const SheetChart &chart)
+{
+    parts_->content.SetChart(chart);
+    return SheetStep::Done;
+}
+
+std::string XlsxFile::ErrorText() const
+{
+    return parts_->error.toStdString();
+}
+
+void XlsxFile::SetNewName(const QString &name)
+{
+    parts_->name = name;
+    parts_->isNew = true;
+}
+
+QString XlsxFile::Name() const
+{
+    return parts_->name;
+}
+
+WriteResult XlsxFile::Write(WriteWatch *watch)
+{
+    constexpr int tries = 5;
+    parts_->error.clear();
+    try {
+        for (int i = 0; i < tries; ++i) {
+            switch (parts_->WriteOnce(watch)) {
+            case Outcome::Done:
+                return WriteResult::Done;
+            case Outcome::Cancelled:
+                return WriteResult::Cancelled;
+            case Outcome::InUse:
+                parts_->error = Text(Str::BookInUse).arg(HolderOf(parts_->name));
+                return WriteResult::InUse;
+            case Outcome::Changed:
+                break;
+            }
+        }
+        parts_->error = Text(Str::BookKeepsChanging);
+    } catch (const BookFault &fault) {
+        parts_->error = fault.sentence;
+    }
+    return WriteResult::Failed;
+}
+
+Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
+{
+    const QString real = RealName(name);
+    const FilePrint before = PrintOf(real);
+    if (!isNew)
+        ThrowUnless(WhyNoPackage(real));
+    ThrowUnless(WhyNotReplaced(real));
+    if (!BookHolder(name).isEmpty())
+        return Outcome::InUse;
+
+    Replacement file(real);
+    WriteProgress progress(watch);
+    ZipDevice device(isNew ? QString() : real);
+    device.WriteTo(&file, &progress);
+    std::unique_ptr<SheetPart> sheet; // the archive goes before it
+    Zip archive = OpenArchive(device);
+    Package package(archive.get());
+    if (isNew)
+        Book::PutNew(package);
+    sheet = Book(package).AddSheet(content, title);
+    if (sheet->HasFailed())
+        throw BookFault{content.ErrorText()};
+
+    sheet->Watch(&progress);
+    progress.Begin(device.Size() + sheet->Work());
+    if (!file.Open())
+        throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
+    if (zip_close(archive.get()) == 0) {
+        static_cast<void>(archive.release());
+        return PutInPlace(file, real, before, watch);
+    }
+    if (watch->cancelled)
+        return Outcome::Cancelled;
+    if (!isNew && PrintOf(real) != before)
+        return Outcome::Changed;
+    throw BookFault{CloseFault(device, *sheet, content, archive.get())};
+}
+
+Outcome XlsxFile::Parts::PutInPlace(Replacement &file, const QString &real, const FilePrint &before,
+                                    WriteWatch *watch)
+{
+    if (watch->cancelled)
+        return Outcome::Cancelled;
+    if (!BookHolder(name).isEmpty())
+        return Outcome::InUse;
+    if (!isNew && PrintOf(real) != before)
+        return Outcome::Changed;
+    if (!file.TakePlace())
+        throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
+    constexpr int whole = 1000;
+    watch->permille = whole;
+    return Outcome::Done;
+}
+
+} // namespace px40

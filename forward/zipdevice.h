@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <memory>
+#include <zip.h>
+
+namespace px40 {
+
+class Replacement;
+class WriteProgress;
+
+struct ZipDiscard
+{
+    void operator()(zip_t *archive) const { zip_discard(archive); }
+};
+
+/// An open archive, which is left as it was unless it is closed by `zip_close`.
+using Zip = std::unique_ptr<zip_t, ZipDiscard>;
+
+/// What libzip reads an archive from and writes its new state to, which are two files: so an archive is
+/// copied once, in large blocks, and the names of files are the system's own everywhere.
+class ZipDevice
+{
+  public:
+    /// Reads the file of that name; an empty one is an archive that has yet to be made.
+    explicit ZipDevice(const QString &name);
+    ZipDevice(const ZipDevice &) = delete;
+    ZipDevice &operator=(const ZipDevice &) = delete;
+
+    /// From now on the archive may be closed into that file; both must outlive it.
+    void WriteTo(Replacement *file, WriteProgress *progress);
+
+    /// The archive, checked for consistency; null with the reason in `ErrorText`. It must not outlive this.
+    Zip Open();
+
+    /// Of the file that is read.
+    qint64 Size() const { return size_; }
+
+    /// Why `Open` failed, and whether that was for what stands in the file, not for the disk.
+    QString ErrorText() const { return error_; }
+    bool IsDamaged() const { return damaged_; }
+
+    /// What the disk said when it could not be read or written; empty while it could.
+    QString ReadError() const { return readError_; }
+    QString WriteError() const;
+
+  private:
+    static zip_int64_t Call(void *self, void *to, zip_uint64_t length, zip_source_cmd_t command);
+    zip_int64_t Do(void *to, zip_uint64_t length, zip_source_cmd_t command);
+    zip_int64_t Stat(void *to);
+    zip_int64_t Read(char *to, qint64 length);
+    zip_int64_t Seek(void *arguments, zip_uint64_t length);
+    zip_int64_t SeekWrite(void *arguments, zip_uint64_t length);
+    zip_int64_t Write(const char *from, qint64 length);
+    zip_int64_t Fail(int error, int systemError = 0);
+    bool Fill();
+
+    QFile file_;
+    qint64 size_ = 0;
+    qint64 at_ = 0;
+    QByteArray block_;   ///< read ahead
+    qint64 blockAt_ = 0; ///< where it stands in the file
+    Replacement *written_ = nullptr;
+    WriteProgress *progress_ = nullptr;
+    bool writing_ = false;
+    zip_error_t zipError_;
+    QString error_;
+    bool damaged_ = false;
+    QString readError_;
+};
+
+} // namespace px40
