@@ -47,6 +47,31 @@ bool TakeDownload(const QCommandLineParser &parser, const QString &download, con
     return line->error.isEmpty();
 }
 
+bool TakeExport(const QCommandLineParser &parser, CommandLine *line)
+{
+    const QString from = QStringLiteral("export");
+    const QString to = QStringLiteral("to");
+    const QString title = QStringLiteral("title");
+    line->exportFrom = parser.value(from);
+    line->exportTo = parser.value(to);
+    line->exportTitle = parser.value(title);
+    if (!parser.isSet(from) && parser.isSet(to))
+        line->error = QStringLiteral("--to goes with --export.");
+    else if (!parser.isSet(from) && parser.isSet(title))
+        line->error = QStringLiteral("--title goes with --export.");
+    else if (parser.isSet(from) && line->exportFrom.isEmpty())
+        line->error = QStringLiteral("--export takes the name of a file.");
+    else if (parser.isSet(from) && line->exportTo.isEmpty())
+        line->error = QStringLiteral("--export goes with --to and the name of a workbook.");
+    else if (parser.isSet(from) && !line->downloadTo.isEmpty())
+        line->error = QStringLiteral("--export does not go together with --download.");
+    else if (parser.isSet(from) && !line->files.isEmpty())
+        line->error =
+            QStringLiteral("--export opens no other file, so there is nothing to be done with \"%1\".")
+                .arg(line->files.constFirst());
+    return line->error.isEmpty();
+}
+
 /// What the toolkit takes from the command line for itself, such as -platform or -style.
 QStringList WithoutToolkitOptions(const QStringList &arguments)
 {
@@ -99,7 +124,19 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         QStringLiteral("FILE.CSV"));
     const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("With --download: the port to use."),
                                   QStringLiteral("N"));
-    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash, download, port});
+    const QCommandLineOption exportFrom(
+        QStringLiteral("export"),
+        QStringLiteral("Forward this data file to the workbook of --to, without any window."),
+        QStringLiteral("FILE.CSV"));
+    const QCommandLineOption exportTo(
+        QStringLiteral("to"),
+        QStringLiteral("With --export: the workbook. It is made, or gets one more sheet if it is there."),
+        QStringLiteral("BOOK.xlsx"));
+    const QCommandLineOption exportTitle(
+        QStringLiteral("title"), QStringLiteral("With --export: the title above the table and on the chart."),
+        QStringLiteral("TEXT"));
+    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash, download, port, exportFrom,
+                       exportTo, exportTitle});
     parser.addPositionalArgument(QStringLiteral("FILE.CSV"), QStringLiteral("Data files to open."),
                                  QStringLiteral("[FILE.CSV...]"));
 
@@ -122,7 +159,8 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     line.splash = !parser.isSet(noSplash);
     line.dataFolder = parser.value(dataDir);
     line.files = parser.positionalArguments();
-    if (!TakeDownload(parser, download.names().constFirst(), port.names().constFirst(), &line))
+    if (!TakeDownload(parser, download.names().constFirst(), port.names().constFirst(), &line) ||
+        !TakeExport(parser, &line))
         return line;
     const QStringList portDevices = parser.values(portDevice);
     for (const QString &text : portDevices) {

@@ -72,9 +72,4 @@ CommandStates InitialButtons()
     return buttons;
 }
 
-bool IsAvailable(Command command)
-{
-    return command != Command::FileForward;
-}
-
 } // namespace px40

@@ -71,7 +71,4 @@ void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons);
 CommandStates InitialMenus();
 CommandStates InitialButtons();
 
-/// False for commands whose work this version does not do: they are shown but stay disabled.
-bool IsAvailable(Command command);
-
 } // namespace px40

@@ -1,5 +1,6 @@
 #include "app/frmmain.h"
 
+#include "app/forwarding.h"
 #include "app/frmabout.h"
 #include "app/frmcancel.h"
 #include "app/live.h"
@@ -34,8 +35,9 @@ frmMain::frmMain(Services &services)
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
       files_(
           services.state, services.prompts, [this] { return OpenSets(); }, ShowHourglass),
-      live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, this)), menuStates_(InitialMenus()),
-      buttonStates_(InitialButtons())
+      forwarding_(new Forwarding(services, *frmCancel_, this)),
+      live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, *forwarding_, this)),
+      menuStates_(InitialMenus()), buttonStates_(InitialButtons())
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(ApplicationIcon());
@@ -80,6 +82,7 @@ void frmMain::ConnectAll()
     connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::OnRealtimeMenu);
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
+    connect(forwarding_, &Forwarding::message, this, &frmMain::ShowMessage);
     connect(live_, &Live::message, this, &frmMain::ShowMessage);
     connect(live_, &Live::runMessage, this, [this](const QString &text) {
         if (!warned_.isValid() || warned_.hasExpired(WarningShownMs))
@@ -237,6 +240,9 @@ void frmMain::Run(Command command)
     case Command::FileSaveAs:
         services_->jobs.Launch(SaveActive(true), "saving under a new name");
         break;
+    case Command::FileForward:
+        services_->jobs.Launch(ForwardActive(), "forwarding");
+        break;
     case Command::FileClose:
         if (frmData *const active = ActiveData())
             active->close();
@@ -282,8 +288,6 @@ void frmMain::Run(Command command)
     case Command::HelpAbout:
         (new frmAbout(this))->open();
         break;
-    default:
-        break; // not available in this version
     }
 }
 

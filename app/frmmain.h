@@ -23,6 +23,7 @@ class QMdiSubWindow;
 
 namespace px40 {
 
+class Forwarding;
 class frmCancel;
 class frmData;
 class Live;
@@ -108,6 +109,8 @@ class frmMain : public QMainWindow
     void ToggleSource();
     void ShowLiveWindows();
     QCoro::Task<void> ReceiveMemoryMode();
+    QCoro::Task<void> ReceiveAndForward(bool forward);
+    QCoro::Task<void> ForwardActive();
     QCoro::Task<void> CloseAll();
     void Leave();
     void SavePlacement();
@@ -118,6 +121,7 @@ class frmMain : public QMainWindow
     frmCancel *frmCancel_;
     StoredData storedData_;
     FileCommands files_;
+    Forwarding *forwarding_;
     Live *live_;
     CommandStates menuStates_;
     CommandStates buttonStates_;
@@ -126,6 +130,7 @@ class frmMain : public QMainWindow
     QLabel *port_ = nullptr;
     QElapsedTimer warned_; ///< since a warning, which the messages of a run leave standing for a while
     bool memoryAsked_ = false;
+    bool forwardAsked_ = false;
     bool portLost_ = false;
     bool asking_ = false;
     bool mayGo_ = false;

@@ -4,12 +4,14 @@
 #include "app/frmmain.h"
 
 #include "acquire/frminterval.h"
+#include "app/forwarding.h"
 #include "app/frmport.h"
 #include "app/live.h"
 #include "app/mainactions.h"
 #include "app/services.h"
 #include "document/frmdata.h"
 #include "platform/oneshot.h"
+#include "platform/prompts.h"
 #include "resources/strings.h"
 
 namespace px40 {
@@ -17,14 +19,25 @@ namespace px40 {
 QCoro::Task<void> frmMain::ReceiveMemoryMode()
 {
     if (memoryAsked_)
-        co_return; // waits for the link already
+        co_return; // a question stands open, or this waits for the link already
     memoryAsked_ = true;
-    if (services_->state.LinkBusy)
+    const Answer answer =
+        co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardAfterReceive), PromptIcon::Question);
+    bool wanted = answer != Answer::Cancel && !services_->leaving;
+    if (wanted && answer == Answer::Yes)
+        wanted = co_await forwarding_->Ask();
+    if (wanted && services_->state.LinkBusy)
         ShowMessage(Text(Str::WaitingForLink));
-    const bool free = co_await services_->gate.WaitUntilFree();
+    if (wanted)
+        wanted = co_await services_->gate.WaitUntilFree();
     memoryAsked_ = false;
-    if (!free || services_->state.RealtimeRun) // a run was started while this waited
-        co_return;
+    if (wanted && !services_->state.RealtimeRun) // a run was started while this waited
+        co_await ReceiveAndForward(answer == Answer::Yes);
+}
+
+/// The link is free.
+QCoro::Task<void> frmMain::ReceiveAndForward(bool forward)
+{
     services_->shared.MemoryNumbers = true;
     const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
     services_->gate.Take();
@@ -40,6 +53,23 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     // A lost line counts more than what came over it.
     ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
     RefreshCommands();
+    if (complete && forward && dataSet->GetDatacount() > 0)
+        co_await forwarding_->Forward(dataSet);
+}
+
+QCoro::Task<void> frmMain::ForwardActive()
+{
+    if (services_->state.RealtimeRun)
+        ShowWarning(Text(Str::RunHoldsWindows)); // it needs the link and its cancel flag for itself
+    const frmData *const active = ActiveData();
+    if (!active || forwardAsked_ || !MayClose(services_->state))
+        co_return;
+    const std::shared_ptr<DataSet> dataSet = active->Data();
+    forwardAsked_ = true;
+    const bool wanted = co_await forwarding_->Ask();
+    if (wanted)
+        co_await forwarding_->Forward(dataSet);
+    forwardAsked_ = false;
 }
 
 QCoro::Task<void> frmMain::RunPortDialog()

@@ -3,11 +3,9 @@
 #include "app/commandline.h"
 #include "app/demo.h"
 #include "app/services.h"
+#include "app/unattended.h"
 #include "link/storeddata.h"
 #include "platform/filenames.h"
-#include "platform/oneshot.h"
-#include "platform/progressview.h"
-#include "platform/prompts.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
 #include "resources/strings.h"
@@ -15,7 +13,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QLoggingCategory>
 #include <QScopeGuard>
 
 #include <utility>
@@ -23,50 +20,6 @@
 namespace px40 {
 
 namespace {
-
-/// There is nobody to ask: texts are kept, questions are answered with Cancel.
-class NobodyToAsk : public Prompts
-{
-  public:
-    QCoro::Task<void> Warn(QString text) override
-    {
-        told = text;
-        const OneShot<bool> turn;
-        const auto complete = [turn] { turn.Complete(true); };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), complete, Qt::QueuedConnection);
-        co_await turn;
-    }
-    QCoro::Task<Answer> AskYesNoCancel(QString, PromptIcon) override { co_return Answer::Cancel; }
-    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
-    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
-    void DismissAll() override {}
-
-    QString told; ///< the last text
-};
-
-/// One line on the terminal that counts up.
-class ProgressLine : public ProgressView
-{
-  public:
-    void Show() override {}
-    void SetCaption(const QString &) override {}
-    void SetMessage(const QString &message) override { message_ = message; }
-    void RenProgress(bool, int current, int total) override
-    {
-        if (current > 0 && total > 0)
-            ShowOnTerminal(QStringLiteral("%1 %2/%3").arg(message_).arg(current).arg(total));
-    }
-    void DisableCancel() override {}
-    void Unload() override { ShowOnTerminal(QString()); }
-
-  private:
-    QString message_;
-};
-
-QString About(const QString &file, const QString &sentence)
-{
-    return file + QStringLiteral(": ") + sentence;
-}
 
 int PortToUse(const CommandLine &line, const Services &services)
 {
@@ -76,13 +29,6 @@ int PortToUse(const CommandLine &line, const Services &services)
         return PortMap::First;
     return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
 }
-
-/// How it ended.
-struct Outcome
-{
-    bool good = false;
-    QString reason; ///< why not
-};
 
 bool PrintResult(const DataSet &dataSet)
 {
@@ -125,19 +71,6 @@ QCoro::Task<void> DownloadAndQuit(Services *services, NobodyToAsk *prompts, QStr
 {
     const auto quit = qScopeGuard([] { QCoreApplication::quit(); });
     co_await Download(services, prompts, name, outcome);
-}
-
-/// Nothing but the one sentence is to stand on the error stream, unless somebody asks for more.
-void KeepLogsQuiet()
-{
-    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
-        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\npx40.*=false"));
-}
-
-int Fail(const QString &sentence)
-{
-    PrintError(sentence.simplified());
-    return 1;
 }
 
 } // namespace

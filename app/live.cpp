@@ -2,6 +2,7 @@
 
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
+#include "app/forwarding.h"
 #include "document/frmdata.h"
 #include "platform/prompts.h"
 #include "platform/screens.h"
@@ -41,14 +42,15 @@ void BringToFront(QWidget *window)
 
 } // namespace
 
-Live::Live(Services &services, const Timers &timers, QWidget *window)
-    : QObject(window), services_(&services), timers_(timers), window_(window),
+Live::Live(Services &services, const Timers &timers, Forwarding &forwarding, QWidget *window)
+    : QObject(window), services_(&services), timers_(timers), forwarding_(&forwarding), window_(window),
       statusCheck_(services.state, services.gate, services.comm, services.prompts, services.instrument,
                    services.ranges, timers.tmCheckStat, *this),
       realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
                  services.clock, services.instrument, timers.tmRealtime, *this}),
       sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument)
 {
+    realtime_.SetForward(&forwarding.Rows());
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::warning);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::warningOver);
     connect(&timers.tmCheckStat, &Timer::tick, this,
@@ -202,11 +204,18 @@ QCoro::Task<void> Live::Start(QPointer<frmData> window)
 {
     if (asking_ || waiting_ || services_->state.RealtimeRun)
         co_return;
+    if (forwarding_->Rows().IsClosing()) {
+        Q_EMIT warning(Text(Str::ForwardWriting));
+        co_return;
+    }
     asking_ = true;
     const Answer answer =
         co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardRealtime), PromptIcon::Question);
+    bool wanted = answer != Answer::Cancel && !services_->leaving;
+    if (wanted && answer == Answer::Yes)
+        wanted = co_await forwarding_->AskForRun();
     asking_ = false;
-    if (answer == Answer::Cancel || !window || services_->leaving)
+    if (!wanted || !window || services_->leaving)
         co_return;
     waiting_ = window;
     waitingForward_ = answer == Answer::Yes;
@@ -270,7 +279,7 @@ void Live::RunChanged()
 void Live::ShowRun(const RunProgress &progress)
 {
     if (progress.ended)
-        Q_EMIT message(RunText(progress));
+        Q_EMIT message((RunText(progress) + QStringLiteral("  ") + forwarding_->TakeRunOutcome()).trimmed());
     else
         Q_EMIT runMessage(RunText(progress));
 }

@@ -15,6 +15,7 @@ class QWidget;
 
 namespace px40 {
 
+class Forwarding;
 class Timer;
 class frmData;
 class frmMoniter;
@@ -37,8 +38,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
         Timer &tmRealtime;
     };
 
-    /// `services`, the timers and `window`, the main window, must outlive this and its jobs.
-    Live(Services &services, const Timers &timers, QWidget *window);
+    /// `services`, the timers, `forwarding` and `window`, the main window, must outlive this and its jobs.
+    Live(Services &services, const Timers &timers, Forwarding &forwarding, QWidget *window);
     ~Live() override;
 
     bool IsMoniterOpen() const { return !moniter_.isNull(); }
@@ -56,7 +57,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     /// The program is about to end: what has not been sent stays unsent, and the windows close.
     void Leave();
 
-    /// Asks about forwarding and starts a run into the data set of that window, as soon as the link is free.
+    /// Asks about forwarding, also where to, and starts a run into the data set of that window, as soon as
+    /// the link is free.
     QCoro::Task<void> Start(QPointer<frmData> window);
     /// Lets the run end with the present second.
     void Stop();
@@ -90,6 +92,7 @@ class Live : public QObject, private StatusViews, private RealtimeViews
 
     Services *services_;
     Timers timers_;
+    Forwarding *forwarding_;
     QWidget *window_;
     StatusCheck statusCheck_;
     Realtime realtime_;

@@ -2,6 +2,7 @@
 #include "app/demo.h"
 #include "app/frmmain.h"
 #include "app/headless.h"
+#include "app/headlessexport.h"
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
@@ -28,7 +29,7 @@ int main(int argc, char *argv[])
 {
     using namespace px40;
 
-    // Help, version, mistakes and a download into a file need no display.
+    // Help, version, mistakes and what is done from file to file need no display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
     CommandLine line;
@@ -47,6 +48,10 @@ int main(int argc, char *argv[])
     if (!line.downloadTo.isEmpty()) {
         const QCoreApplication application(argc, argv);
         return RunDownload(line);
+    }
+    if (!line.exportFrom.isEmpty()) {
+        const QCoreApplication application(argc, argv);
+        return RunExport(line);
     }
 
     QApplication application(argc, argv);

@@ -181,10 +181,9 @@ void MainActions::Show(const CommandStates &menus, const CommandStates &buttons)
 {
     for (std::size_t i = 0; i < CommandCount; ++i) {
         const auto command = static_cast<Command>(i);
-        const bool available = IsAvailable(command);
-        Item(command)->setEnabled(available && menus.IsEnabled(command));
+        Item(command)->setEnabled(menus.IsEnabled(command));
         if (QAction *const button = Button(command))
-            button->setEnabled(available && buttons.IsEnabled(command));
+            button->setEnabled(buttons.IsEnabled(command));
     }
 }
 

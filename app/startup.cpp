@@ -4,6 +4,7 @@
 #include "app/frmmain.h"
 #include "app/frmsplash.h"
 #include "app/services.h"
+#include "forward/workbookplace.h"
 
 #include <memory>
 
@@ -12,6 +13,7 @@ namespace px40 {
 QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, QStringList files)
 {
     services->settings.ReadFile();
+    SweepWorkbooks(services->store);
     // The simulated instrument stands on port 1 whatever the settings say.
     services->comm.SetPortNumber(services->simulated ? PortMap::First : services->settings.PortNumber());
 

@@ -244,6 +244,14 @@ void AppTest::CommandLines()
         {u"--port 3", u"--port goes with"},
         {u"--download f.CSV --port 17", u"--port takes"},
         {u"--download f.CSV --demo --port 2", u"The simulated"},
+        {u"--export f.CSV --to b.xlsx --title t --port-device 3=/x --port-device 4=/a=b", u""},
+        {u"--export f.CSV", u"--export goes with"},
+        {u"--export f.CSV --to=", u"--export goes with"},
+        {u"--export= --to b.xlsx", u"--export takes"},
+        {u"--to b.xlsx", u"--to goes with"},
+        {u"--title t", u"--title goes with"},
+        {u"--export f.CSV --to b.xlsx --download g.CSV", u"--export does not go"},
+        {u"--export f.CSV --to b.xlsx g.CSV", u"--export opens no other"},
     };
     for (const auto &[arguments, error] : Cases) {
         const CommandLine line = ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));

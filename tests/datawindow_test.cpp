@@ -168,7 +168,7 @@ void DataWindowTest::DroppedFilesOpen()
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 2);
     QVERIFY(!program.Action("mnuSetupGraph")->isEnabled()); // a SAVE-mode set is active
-    program.Action("Mdata")->trigger();
+    StartDownload(program, program.prompts);
     QVERIFY(!enter()); // not during a download
     QVERIFY(program.NoJobLeft());
 }

@@ -1,6 +1,7 @@
 #include "app/messageprompts.h"
 #include "tests/support.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QFile>
@@ -64,6 +65,7 @@ class FileDialogTest : public QObject
     void SaveAsksBeforeReplacing();
     void SuffixTellsTheFilter();
     void CancelAndDismissEndIt();
+    void LastButtonIsTheWayOut();
 
   private:
     QString Path(const QString &name) const { return folder_.filePath(name); }
@@ -156,6 +158,27 @@ void FileDialogTest::CancelAndDismissEndIt()
     QVERIFY(!Open());
     QCOMPARE(Result(late), QString());
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void FileDialogTest::LastButtonIsTheWayOut()
+{
+    const QStringList choices = {u"&Retry"_qs, u"New"_qs, u"Cancel"_qs};
+    const std::pair<int, std::function<void()>> rows[] = {
+        {0, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Return); }},
+        {1, [] { Open<QMessageBox>()->buttons().at(1)->click(); }},
+        {2, [] { Open<QMessageBox>()->buttons().at(2)->click(); }},
+        {2, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Escape); }},
+        {2, [] { Open<QMessageBox>()->close(); }},
+    };
+    MessagePrompts prompts;
+    for (const auto &[index, answer] : rows) {
+        const Running<int> asked(prompts.AskOneOf(u"In use.\r\nBook"_qs, choices));
+        QTRY_VERIFY(Open<QMessageBox>());
+        QCOMPARE(Open<QMessageBox>()->text(), u"In use.\nBook"_qs);
+        answer();
+        QVERIFY(asked.Finish());
+        QCOMPARE(asked.Value(), index);
+    }
 }
 
 QTEST_MAIN(FileDialogTest)

@@ -91,7 +91,7 @@ void LeavingTest::LeavingIsRefusedDuringADownload()
 {
     Started program;
     SetFault(program.server, "silent-from=6");
-    program.Action("Mdata")->trigger();
+    StartDownload(program, program.prompts);
     QTRY_VERIFY(program.server.CommandCount() >= 6);
     program.window->close();
     QVERIFY(program.window->isVisible());
@@ -107,6 +107,7 @@ void LeavingTest::LeavingStopsWhatWaits()
     program.services.state.LinkActivity = ActivityStatusCheck;
     const Running<bool> exchange(program.services.comm.SendCommand(QStringLiteral("OC"), 3));
     program.services.gate.Take();
+    program.prompts.answers = {Answer::No};
     program.Action("Mdata")->trigger(); // waits for the link
     program.Action("mnuSetupCommport")->trigger();
     QTRY_VERIFY(program.Find<QDialog>("frmPort"));

@@ -79,6 +79,14 @@ inline void SetFault(sim::PtyServer &server, const char *text)
     server.SetFaults(faults);
 }
 
+/// Asks for the stored readings, not to be forwarded, and waits for the progress dialog.
+inline void StartDownload(const Program &program, ScriptedPrompts &prompts, const char *action = "Mdata")
+{
+    prompts.answers = {Answer::No};
+    program.Action(action)->trigger();
+    QVERIFY(WaitUntil([&] { return prompts.answers.empty() && program.Cancel()->isVisible(); }));
+}
+
 inline void Press(QWidget *parent, const char *button)
 {
     auto *const widget = parent->findChild<QPushButton *>(QString::fromLatin1(button));

@@ -60,7 +60,7 @@ void WindowTest::MenusAndButtonsAreComplete()
         u"Open=Open|Save=Save|Forward=Forward to Microsoft Excel|New=New|Start=Start real-time data receive|"
         "Mdata=Start MEMORY-mode data receive|Interval=Interval and Period setup|Graph=Graph setup|"
         "Moniter=MEASURE Window ON/OFF|Source=SOURECE Window ON/OFF|Stop=Stop"_qs);
-    // What this version does not do is shown but cannot be chosen.
+    // What needs a data window is shown but cannot be chosen.
     for (const char *const item : {"mnuFileForward", "mnuRealtimeStart", "Stop"})
         QVERIFY2(!program.Action(item)->isEnabled(), item);
     // The same drawing in other colours on a dark ground.
@@ -73,8 +73,9 @@ void WindowTest::DownloadFillsAWindow()
     ScriptedPrompts prompts;
     Program program(prompts);
     program.StartUp();
-    program.Action("Mdata")->trigger();
-    QVERIFY(program.Cancel()->isVisible());
+    StartDownload(program, prompts);
+    QCOMPARE(prompts.questions,
+             QStringList(u"Do you need forward to Microsoft Excel after received data?"_qs));
     // While it runs there is nothing to do but watch or cancel.
     QVERIFY(!program.Find<QMenu>("mnuFile")->isEnabled());
     QVERIFY(!program.Find<QToolBar>("tbMain")->isEnabled());
@@ -108,7 +109,7 @@ void WindowTest::DownloadCanBeCancelled()
     Program program(prompts);
     program.StartUp();
     SetFault(program.server, "silent-from=10");
-    program.Action("mnuDataMemory")->trigger();
+    StartDownload(program, prompts, "mnuDataMemory");
     QTRY_VERIFY(program.server.CommandCount() >= 10);
     auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
     QTest::keyClick(program.Cancel(), Qt::Key_Escape); // the same as the button
@@ -121,7 +122,7 @@ void WindowTest::DownloadCanBeCancelled()
     QVERIFY(!program.Cancel()->isVisible());
 
     SetFault(program.server, "none");
-    program.Action("Mdata")->trigger(); // the dialog is whole again
+    StartDownload(program, prompts); // the dialog is whole again
     QVERIFY(button->isEnabled());
     QCOMPARE(program.Cancel()->findChild<QProgressBar *>(QStringLiteral("pbNow"))->value(), 0);
     QVERIFY(program.NoJobLeft());
@@ -129,7 +130,7 @@ void WindowTest::DownloadCanBeCancelled()
 
     SetFault(program.server, "silent"); // there is nothing to cancel after a time-out
     const auto sent = program.server.CommandCount();
-    program.Action("Mdata")->trigger();
+    StartDownload(program, prompts);
     QVERIFY(button->isEnabled());
     QTRY_VERIFY(program.server.CommandCount() > sent + 3);
     QVERIFY(!button->isEnabled());
@@ -160,12 +161,16 @@ void WindowTest::UnplugHalfWayIsTold()
     Program program(prompts);
     program.StartUp();
     SetFault(program.server, "hang-up=12");
-    program.Action("Mdata")->trigger();
+    StartDownload(program, prompts);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(prompts.warnings, QStringList(Text(Str::PortLost)));
     QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 9);
     QCOMPARE(program.Find<QLabel>("Port")->text(), QStringLiteral("Port 1: connection lost"));
 
+    prompts.answers = {Answer::Cancel, Answer::No};
+    program.Action("Mdata")->trigger(); // does nothing
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.DataWindows().size(), 1);
     program.Action("Mdata")->trigger(); // and again, without the cable
     QVERIFY(program.NoJobLeft());
     QCOMPARE(prompts.warnings.size(), 2);
@@ -178,8 +183,10 @@ void WindowTest::CommandWaitsForABusyLink()
     Program program(prompts);
     program.StartUp();
     program.services.gate.Take(); // as a status check does
+    prompts.answers = {Answer::No};
     program.Action("Mdata")->trigger();
     program.Action("Mdata")->trigger();
+    QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
     QVERIFY(program.services.state.StatusYield);
     QVERIFY(program.DataWindows().isEmpty());
     program.services.gate.Release();

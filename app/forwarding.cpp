@@ -1,0 +1,119 @@
+#include "app/forwarding.h"
+
+#include "app/services.h"
+#include "document/dataset.h"
+#include "forward/frmforward.h"
+#include "forward/spreadsheet.h"
+#include "forward/xlsxfile.h"
+#include "platform/oneshot.h"
+#include "resources/strings.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QUrl>
+
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+const auto *const Section = "Forward";
+const auto *const OpenAfterKey = "OpenAfter";
+const auto *const No = "0";
+
+ForwardServices ServicesOf(Services &services)
+{
+    return {services.state, services.prompts, services.clock, services.store, MakeSpreadsheetTarget};
+}
+
+ForwardMemory Remembered(const Services &services)
+{
+    const QString openAfter =
+        services.store.Get(QLatin1StringView(Section), QLatin1StringView(OpenAfterKey), QString());
+    return {services.settings.ForwardFileText, services.settings.ForwardTitleText,
+            openAfter != QLatin1StringView(No)};
+}
+
+void Remember(const ForwardMemory &memory, Services &services)
+{
+    services.settings.ForwardFileText = memory.file;
+    services.settings.ForwardTitleText = memory.title;
+    services.store.Save(QLatin1StringView(Section), QLatin1StringView(OpenAfterKey),
+                        memory.openAfter ? QString() : QString(QLatin1StringView(No)));
+}
+
+} // namespace
+
+Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *window)
+    : services_(&services), window_(window), forwarder_(ServicesOf(services), services.gate, progress),
+      rows_(ServicesOf(services))
+{
+    connect(&rows_, &RowForwarder::closed, this, &Forwarding::OnRunClosed);
+}
+
+QCoro::Task<bool> Forwarding::Ask()
+{
+    const auto memory = std::make_shared<ForwardMemory>(Remembered(*services_));
+    ForwardOptions options;
+    options.withExcel = HasSpreadsheet();
+    if (!options.withExcel)
+        options.whyNot = &XlsxFile::WhyNot;
+    auto *const dialog =
+        new frmForward(services_->state, services_->prompts, services_->jobs, memory.get(), options, window_);
+    const auto chosen = std::make_shared<ForwardChoice>();
+    const OneShot<bool> closed;
+    connect(dialog, &QDialog::finished, dialog, [dialog, chosen, closed](int result) {
+        *chosen = dialog->Choice();
+        closed.Complete(result == QDialog::Accepted);
+    });
+    connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
+    dialog->open();
+    const bool accepted = co_await closed;
+    if (!accepted || services_->state.CancelRequest || services_->leaving)
+        co_return false;
+    choice_ = *chosen;
+    Remember(*memory, *services_);
+    co_return true;
+}
+
+QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet)
+{
+    const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice_);
+    if (!outcome.done)
+        co_return;
+    Q_EMIT message(OutcomeText(outcome));
+    Open(outcome);
+}
+
+QCoro::Task<bool> Forwarding::AskForRun()
+{
+    const bool answered = co_await Ask();
+    if (!answered)
+        co_return false;
+    const bool prepared = co_await rows_.Prepare(choice_);
+    co_return prepared;
+}
+
+void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
+{
+    if (!outcome.done || outcome.samples == 0)
+        return;
+    runOutcome_ = OutcomeText(outcome);
+    Open(outcome);
+}
+
+QString Forwarding::TakeRunOutcome()
+{
+    return std::exchange(runOutcome_, QString());
+}
+
+void Forwarding::Open(const ForwardOutcome &outcome)
+{
+    if (outcome.file.isEmpty() || !outcome.openAfter)
+        return;
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
+        Q_EMIT message(Text(Str::ForwardNotOpened).arg(QDir::toNativeSeparators(outcome.file)));
+}
+
+} // namespace px40

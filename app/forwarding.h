@@ -1,0 +1,61 @@
+#pragma once
+
+#include "forward/forwardchoice.h"
+#include "forward/forwarder.h"
+#include "forward/rowforwarder.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+
+#include <memory>
+
+class QWidget;
+
+namespace px40 {
+
+class DataSet;
+class ProgressView;
+struct Services;
+
+/// Forwarding as the main window's commands have it: what is asked before it, the work itself, and what the
+/// user sees of it afterwards.
+class Forwarding : public QObject
+{
+    Q_OBJECT
+
+  public:
+    /// All must outlive this and its jobs; `window` is what the dialog stands before.
+    Forwarding(Services &services, ProgressView &progress, QWidget *window);
+
+    /// Shows the forward dialog, whose fields are remembered. False when it is cancelled.
+    QCoro::Task<bool> Ask();
+
+    /// Forwards a data set as the dialog was answered last, tells how it went and opens the file if it is to
+    /// be seen.
+    QCoro::Task<void> Forward(std::shared_ptr<DataSet> dataSet);
+
+    /// For a run: shows the dialog and asks what else is to be known. False when the user gives up.
+    QCoro::Task<bool> AskForRun();
+
+    /// Where a run's rows go after `AskForRun`.
+    RowForwarder &Rows() { return rows_; }
+
+    /// How the last run's forwarding ended, once: empty if there was none.
+    QString TakeRunOutcome();
+
+  Q_SIGNALS:
+    void message(const QString &text);
+
+  private:
+    void OnRunClosed(const ForwardOutcome &outcome);
+    void Open(const ForwardOutcome &outcome);
+
+    Services *services_;
+    QWidget *window_;
+    Forwarder forwarder_;
+    RowForwarder rows_;
+    ForwardChoice choice_;
+    QString runOutcome_;
+};
+
+} // namespace px40

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/progressview.h"
+#include "platform/prompts.h"
+
+namespace px40 {
+
+// What a job without any window and without anybody before it has in place of windows.
+
+/// There is nobody to ask: texts are kept, questions are answered with Cancel or the last choice.
+class NobodyToAsk : public Prompts
+{
+  public:
+    QCoro::Task<void> Warn(QString text) override;
+    QCoro::Task<Answer> AskYesNoCancel(QString, PromptIcon) override { co_return Answer::Cancel; }
+    QCoro::Task<int> AskOneOf(QString, QStringList choices) override
+    {
+        co_return static_cast<int>(choices.size()) - 1;
+    }
+    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
+    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
+    void DismissAll() override {}
+
+    QString told; ///< the last text
+};
+
+/// One line on the terminal that counts up.
+class ProgressLine : public ProgressView
+{
+  public:
+    void Show() override {}
+    void SetCaption(const QString &) override {}
+    void SetMessage(const QString &message) override { message_ = message; }
+    void RenProgress(bool throttle, int current, int total) override;
+    void DisableCancel() override {}
+    void Unload() override;
+
+  private:
+    QString message_;
+};
+
+/// How it ended.
+struct Outcome
+{
+    bool good = false;
+    QString reason; ///< why not
+};
+
+/// Nothing but the one sentence is to stand on the error stream, unless somebody asks for more.
+void KeepLogsQuiet();
+
+/// What is wrong with a file or folder, and which one.
+QString About(const QString &file, const QString &sentence);
+
+/// Says the sentence on the error stream; gives the program's exit code.
+int Fail(const QString &sentence);
+
+} // namespace px40

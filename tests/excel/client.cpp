@@ -1,0 +1,136 @@
+// Forwards a small data set by automation, and waits where the target is busy, for tests under wine.
+//   client whole|running SAMPLES [-s] [WORKBOOK]     -s: SAVE-mode data
+// Tells how it ended: "Done" (0), "Failed: " and why (1), "Given up" when it stays busy (2).
+#include "forward/dispatch.h"
+#include "forward/excelautomation.h"
+#include "forward/forwardsteps.h"
+#include "forward/sheetsource.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+
+namespace {
+
+/// Readings with all that a cell may hold: nothing, letters of other scripts, what looks like a formula.
+class Sample : public px40::SheetSource
+{
+  public:
+    Sample(int samples, bool saveMode) : samples_(samples), saveMode_(saveMode) {}
+
+    int Samples() const override { return samples_; }
+    bool IsSaveMode() const override { return saveMode_; }
+    std::string Cell(int row, int column) const override
+    {
+        static const char *const Cells[][6] = {
+            {"No.", "Time", "MEASURE", "Unit", "SOURCE", "Function"},
+            {"1", "10:00:01", "1.0023", "mV", "-5.5", "\u03a9"},
+            {"2", "10:00:02", "-0.5e-3", "'C", "", "=1+1"},
+            {"3", "10:00:03", "OVER", "", "7", "\u6e29\u5ea6"},
+        };
+        return Cells[row][column];
+    }
+    std::string StatisticName(int which) const override
+    {
+        static const char *const Names[] = {"MAX", "MIN", "AVG"};
+        return Names[which];
+    }
+    std::string StatisticText(int which) const override { return which == 0 ? "1.0023" : "-5E-04"; }
+    std::string Title() const override { return "=\"Pump\" \u2013 7 \u00b0C"; }
+
+  private:
+    int samples_;
+    bool saveMode_;
+};
+
+/// Makes a step until it has ended, or stays busy too long.
+template <class Step>
+px40::SheetStep Make(const Step &step)
+{
+    constexpr int Patience = 60;
+    px40::SheetStep made = px40::SheetStep::Again;
+    for (int busy = 0; busy < Patience;) {
+        made = step();
+        if (made == px40::SheetStep::Busy) {
+            ++busy;
+            Sleep(2);
+        } else if (made == px40::SheetStep::Again) {
+            busy = 0;
+        } else {
+            break;
+        }
+    }
+    return made;
+}
+
+int Tell(px40::SheetStep made, const px40::SheetTarget &target)
+{
+    if (made == px40::SheetStep::Done)
+        std::puts("Done");
+    else if (made == px40::SheetStep::Failed)
+        std::printf("Failed: %s\n", target.ErrorText().c_str());
+    else
+        std::puts("Given up");
+    return made == px40::SheetStep::Done ? 0 : made == px40::SheetStep::Failed ? 1 : 2;
+}
+
+int ForwardWhole(px40::SheetTarget &target, const Sample &sample, const std::string &workbook)
+{
+    px40::WholeForward forward(target, sample, workbook);
+    const int told = Tell(Make([&forward] { return forward.Next(); }), target);
+    Make([&forward] { return forward.End(); });
+    return told;
+}
+
+int ForwardRunning(px40::SheetTarget &target, const Sample &sample, const std::string &workbook)
+{
+    // The first row was there before the run.
+    constexpr int Before = 1;
+    px40::RunningForward forward(target, sample, workbook, Before);
+    px40::SheetStep made = Make([&forward] { return forward.Begin(); });
+    while (made == px40::SheetStep::Done && Before + forward.Rows() < sample.Samples())
+        made = Make([&forward] { return forward.WriteRow(); });
+    if (made == px40::SheetStep::Done)
+        made = Make([&forward] { return forward.End(); });
+    const int told = Tell(made, target);
+    Make([&forward] { return forward.GiveBack(); });
+    return told;
+}
+
+std::string Utf8(const wchar_t *text)
+{
+    std::string utf8(4 * std::wcslen(text) + 1, '\0');
+    utf8.resize(static_cast<std::size_t>(WideCharToMultiByte(
+        CP_UTF8, 0, text, -1, utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr)));
+    utf8.pop_back();
+    return utf8;
+}
+
+} // namespace
+
+int wmain(int count, wchar_t **words)
+{
+    _setmode(_fileno(stdout), _O_BINARY);
+    const bool whole = std::wcscmp(words[1], L"whole") == 0;
+    int next = 3;
+    const bool saveMode = next < count && std::wcscmp(words[next], L"-s") == 0;
+    next += saveMode ? 1 : 0;
+    const Sample sample(_wtoi(words[2]), saveMode);
+    const std::string workbook = next < count ? Utf8(words[next]) : "";
+
+    // The thread has an apartment of its own, as that of a program with windows does.
+    const px40::ComApartment apartment;
+    std::printf("Excel is %s\n", px40::ExcelAutomation::IsInstalled() ? "installed" : "not installed");
+    int told = 0;
+    {
+        px40::ExcelAutomation excel;
+        told = whole ? ForwardWhole(excel, sample, workbook) : ForwardRunning(excel, sample, workbook);
+    }
+    std::fflush(stdout);
+    // Ends without leaving the apartment, which would release what the automation has forgotten.
+    std::_Exit(told);
+}

@@ -1,0 +1,311 @@
+// Forwarding to a spreadsheet program that is busy, hidden, closed or cancelled, and to files that others
+// have open: what the user is asked and told, and that no reading is lost.
+
+#include "document/dataset.h"
+#include "forward/forwarder.h"
+#include "forward/rowforwarder.h"
+#include "forward/xlsxfile.h"
+#include "tests/heldclock.h"
+#include "tests/support.h"
+
+#include <QFile>
+#include <QHash>
+#include <QLockFile>
+#include <QTest>
+
+#include <memory>
+
+namespace px40 {
+
+namespace {
+
+using namespace Qt::Literals::StringLiterals;
+
+/// What a spreadsheet was told, and how it is to answer.
+struct Script
+{
+    QStringList calls;
+    QHash<QString, QList<SheetStep>> answers; ///< by the call's first word; `Done` when there is none left
+    std::function<void(const QString &)> onCall;
+
+    SheetStep Call(const QString &call)
+    {
+        calls.append(call);
+        if (onCall)
+            onCall(call);
+        QList<SheetStep> &left = answers[call.section(u' ', 0, 0)];
+        return left.isEmpty() ? SheetStep::Done : left.takeFirst();
+    }
+    QStringList Cells() const { return calls.filter(u"cell "_s); }
+};
+
+class ScriptedSheet : public SheetTarget
+{
+  public:
+    explicit ScriptedSheet(Script &script) : script_(&script) {}
+
+    SheetStep Attach() override { return script_->Call(u"attach"_s); }
+    SheetStep OpenOrAdd(const std::string &) override { return script_->Call(u"open"_s); }
+    SheetStep SetVisible(bool on) override { return script_->Call(u"visible %1"_s.arg(on)); }
+    SheetStep SetInteractive(bool on) override { return script_->Call(u"interactive %1"_s.arg(on)); }
+    SheetStep SetCell(int row, int column, CellFormat, std::string_view text) override
+    {
+        return script_->Call(u"cell %1,%2 %3"_s.arg(row).arg(column).arg(
+            QString::fromUtf8(text.data(), qsizetype(text.size()))));
+    }
+    SheetStep SetBorder(const CellRange &, Edge, BorderWeight) override { return SheetStep::Done; }
+    SheetStep Centre(const CellRange &) override { return SheetStep::Done; }
+    SheetStep Activate(int, int) override { return SheetStep::Done; }
+    SheetStep AddChart(const SheetChart &) override { return script_->Call(u"chart"_s); }
+    std::string ErrorText() const override { return "The server is gone."; }
+
+  private:
+    Script *script_;
+};
+
+struct Rig
+{
+    Rig() { dataSet->OpenNew(KindRealtime); }
+
+    void AddRows(int count) const
+    {
+        for (int i = 0; i < count; ++i) {
+            dataSet->AddGridrow();
+            dataSet->AddData(u"10:00:0%1"_s.arg(i), QString::number(i), u"DCmA"_s, u"1"_s, u"V"_s);
+        }
+    }
+
+    ForwardServices Services(bool spreadsheet = true)
+    {
+        MakeSpreadsheet make;
+        if (spreadsheet)
+            make = [this] { return std::make_unique<ScriptedSheet>(script); };
+        return {state, prompts, clock, store, make};
+    }
+
+    QTemporaryDir folder;
+    UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_s));
+    HeldClock clock;
+    LinkState state;
+    LinkGate gate{state};
+    ScriptedPrompts prompts;
+    RecordedProgress progress;
+    DocumentShared shared;
+    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
+    Script script;
+};
+
+} // namespace
+
+class ForwarderTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void WholeSetIsForwarded();
+    void CancelAndFailureAreTold_data();
+    void CancelAndFailureAreTold();
+    void BusySpreadsheetGetsItsRowsLater();
+    void FailedRunGivesTheSpreadsheetBack();
+    void HeldWorkbookIsAskedAbout();
+    void TooManyRowsAreRefused();
+};
+
+void ForwarderTest::WholeSetIsForwarded()
+{
+    Rig rig;
+    rig.AddRows(3);
+    rig.script.answers[u"attach"_s] = {SheetStep::Busy, SheetStep::Again};
+    rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy};
+    rig.script.onCall = [&](const QString &call) {
+        if (!call.startsWith(u"cell")) // each in a row of its own
+            QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
+        QVERIFY(!MayClose(rig.state));
+        if (call.startsWith(u"cell 6"))
+            rig.state.LinkActivity = ActivityIdle; // as a source command leaves it
+    };
+    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
+    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {QString(), u"Loop 7"_s, true}));
+    QVERIFY(rig.progress.shown);
+    QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
+    QVERIFY(running.Finish());
+    QVERIFY(running.Value().done);
+    QCOMPARE(OutcomeText(running.Value()), u"3 rows forwarded to Microsoft Excel."_s);
+    QVERIFY(!rig.progress.shown);
+    QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
+    QCOMPARE(rig.script.calls.mid(0, 5),
+             QStringList({u"attach"_s, u"attach"_s, u"attach"_s, u"visible 0"_s, u"open"_s}));
+    QCOMPARE(rig.script.calls.constLast(), u"visible 1"_s);
+    QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
+    QVERIFY(MayClose(rig.state));
+    QVERIFY(rig.prompts.warnings.isEmpty());
+}
+
+void ForwarderTest::CancelAndFailureAreTold_data()
+{
+    QTest::addColumn<QString>("at"); // cancelled at that call, or failing there
+    QTest::addColumn<bool>("cancel");
+    QTest::addColumn<QString>("told");
+    QTest::addColumn<bool>("shownAgain");
+    QTest::newRow("cancel while the only instance is hidden")
+        << u"attach"_s << true << u"Canceled."_s << false;
+    QTest::newRow("cancel in the table") << u"cell 6,2 10:00:01"_s << true << u"Canceled."_s << true;
+    QTest::newRow("no spreadsheet") << u"attach"_s << false << u"The server is gone."_s << false;
+    QTest::newRow("file refused") << u"open"_s << false << u"The server is gone."_s << true;
+    QTest::newRow("died at the chart") << u"chart"_s << false << u"The server is gone."_s << true;
+}
+
+void ForwarderTest::CancelAndFailureAreTold()
+{
+    QFETCH(const QString, at);
+    QFETCH(const bool, cancel);
+    Rig rig;
+    rig.AddRows(3);
+    rig.script.onCall = [&](const QString &call) {
+        QList<SheetStep> &answers = rig.script.answers[call.section(u' ', 0, 0)];
+        if (call != at)
+            return;
+        answers = {!cancel ? SheetStep::Failed : call == u"attach" ? SheetStep::Busy : SheetStep::Done};
+        rig.state.CancelRequest = cancel;
+        if (cancel)
+            rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
+    };
+    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
+    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
+    QVERIFY(running.Finish());
+    QVERIFY(!running.Value().done);
+    QTEST(rig.prompts.warnings.join(u'|'), "told");
+    QTEST(rig.script.calls.constLast() == u"visible 1", "shownAgain");
+    if (at.startsWith(u"cell")) // the row is finished, and no other begun
+        QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
+    QVERIFY(!rig.progress.shown && MayClose(rig.state));
+}
+
+void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
+{
+    Rig rig;
+    rig.AddRows(2); // of an earlier run: they stay where they are
+    RowForwarder rows(rig.Services());
+    ForwardOutcome outcome;
+    connect(&rows, &RowForwarder::closed, &rows, [&](const ForwardOutcome &closed) { outcome = closed; });
+    const Running<bool> prepared(rows.Prepare({QString(), u"Run"_s, true}));
+    QVERIFY(prepared.Finish() && prepared.Value());
+    const Running<bool> opened(rows.Open(rig.dataSet));
+    QVERIFY(opened.Finish() && opened.Value());
+    QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
+
+    rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy, SheetStep::Busy, SheetStep::Busy};
+    for (int row = 1; row <= 3; ++row) {
+        rig.AddRows(1);
+        QCOMPARE(rows.Write(), RowForward::Row::Taken);
+    }
+    const Running<bool> closed(rows.Close());
+    QVERIFY(closed.Finish() && closed.Value());
+    QCOMPARE(outcome.samples, 3);
+    const QStringList cells = rig.script.Cells();
+    QVERIFY(cells.contains(u"cell 4,2 TIME"_s) && cells.contains(u"cell 7,2 10:00:00"_s));
+    QVERIFY(!cells.contains(u"cell 8,2 10:00:00"_s));
+    QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 2),
+             QStringList({u"chart"_s, u"interactive 1"_s}));
+}
+
+void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
+{
+    for (const bool atOpen : {true, false}) {
+        Rig rig;
+        RowForwarder rows(rig.Services());
+        const Running<bool> prepared(rows.Prepare({}));
+        QVERIFY(prepared.Finish() && prepared.Value());
+        if (atOpen)
+            rig.script.answers[u"open"_s] = {SheetStep::Failed};
+        else
+            rig.script.answers[u"cell"_s] = {SheetStep::Failed};
+        rig.script.answers[u"interactive"_s] = {SheetStep::Done, SheetStep::Busy}; // at first
+        const Running<bool> opened(rows.Open(rig.dataSet));
+        QVERIFY(opened.Finish());
+        QCOMPARE(opened.Value(), !atOpen);
+        rig.AddRows(1);
+        if (!atOpen)
+            QCOMPARE(rows.Write(), RowForward::Row::Failed);
+        QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
+        QVERIFY(WaitUntil([&] { return rig.script.calls.count(u"interactive 1"_s) == 2; }));
+    }
+    Rig rig; // an instance that stays hidden holds the start until the user stops the run
+    RowForwarder rows(rig.Services());
+    const Running<bool> prepared(rows.Prepare({}));
+    QVERIFY(prepared.Finish());
+    rig.script.onCall = [&](const QString &call) {
+        rig.script.answers[call] = {SheetStep::Busy};
+        rig.state.RealtimeStop = rig.script.calls.size() == 2;
+    };
+    const Running<bool> opened(rows.Open(rig.dataSet));
+    QVERIFY(opened.Finish() && !opened.Value());
+    QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"attach"_s}));
+}
+
+void ForwarderTest::HeldWorkbookIsAskedAbout()
+{
+    Rig rig;
+    rig.AddRows(1);
+    const QString book = rig.folder.filePath(u"book.xlsx"_s);
+    const QString other = rig.folder.filePath(u"other.xlsx"_s);
+    Forwarder forwarder(rig.Services(false), rig.gate, rig.progress);
+    const auto forward = [&](const QString &name) {
+        const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {name, QString(), true}));
+        return running.Finish() && running.Value().done;
+    };
+    rig.prompts.files = {rig.folder.filePath(u"book.ods"_s), book}; // what is no name for it is asked again
+    QVERIFY(forward(QString()));
+    QCOMPARE(rig.prompts.warnings.size(), 1);
+    const QByteArray before = Contents(book);
+
+    QFile lock(rig.folder.filePath(u".~lock.book.xlsx#"_s));
+    QVERIFY(lock.open(QIODevice::WriteOnly));
+    lock.write(",ada,bench,21.11.2026 10:00,;");
+    lock.close();
+    rig.prompts.choices = {0, 2};
+    QVERIFY(!forward(book));
+    QCOMPARE(rig.prompts.questions.size(), 2);
+    QVERIFY(rig.prompts.questions.constFirst().contains(u"ada"));
+    QCOMPARE(Contents(book), before);
+    rig.prompts.choices = {1};
+    rig.prompts.files = {other};
+    QVERIFY(forward(book));
+    QCOMPARE(Contents(book), before);
+    QVERIFY(QFile::exists(other));
+
+    QVERIFY(lock.remove()); // and somebody opens it while the rows are written
+    rig.progress.onStep = [&](int) {
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        lock.close();
+        rig.progress.onStep = nullptr;
+    };
+    rig.prompts.choices = {2};
+    QVERIFY(!forward(book));
+    QCOMPARE(rig.prompts.warnings.constLast(), u"Canceled."_s);
+    QCOMPARE(Contents(book), before);
+    QVERIFY(lock.remove());
+    QVERIFY(forward(book));
+    QVERIFY(Contents(book) != before);
+}
+
+void ForwarderTest::TooManyRowsAreRefused()
+{
+    Rig rig;
+    RowStore rows;
+    constexpr int Samples = 1'048'573;
+    for (int i = 0; i < Samples; ++i)
+        rows.AppendLatin1({"", "1", "", "", ""});
+    rig.dataSet->Table().Adopt(std::move(rows), Samples);
+    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
+    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
+    QVERIFY(running.Finish() && !running.Value().done);
+    QCOMPARE(rig.prompts.warnings.size(), 1);
+    QVERIFY(rig.prompts.warnings.constFirst().contains(u"1,048,573"));
+    QVERIFY(rig.script.calls.isEmpty());
+}
+
+} // namespace px40
+
+QTEST_GUILESS_MAIN(px40::ForwarderTest)
+#include "forwarder_test.moc"

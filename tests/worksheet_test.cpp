@@ -1,0 +1,135 @@
+#include "document/dataset.h"
+#include "forward/datasetsource.h"
+#include "forward/forwardsteps.h"
+#include "forward/xlsxfile.h"
+#include "link/linkstate.h"
+#include "tests/support.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace px40;
+
+namespace {
+
+const QString Folder = QStringLiteral(PX40_WORKSHEETS);
+
+/// A data set with one row of everything that comes, over and over.
+std::shared_ptr<DataSet> MakeDataSet(LinkState &state, DocumentShared &shared, int kind, int samples)
+{
+    struct Sample
+    {
+        QString time;
+        QString data;
+        QString mode;
+        QString source;
+        QString sourceMode;
+    };
+    const QList<Sample> rows = {{u"10:00:00"_qs, u"1.0023"_qs, u"VDC"_qs, u"0.500"_qs, u"mA"_qs},
+                                {u"10:00:05"_qs, u"+OL"_qs, u"k\u03a9"_qs, {}, {}},
+                                {u"10:00:10"_qs, u"-5.0E-2"_qs, u"0012"_qs, u"=1+1"_qs, u" <&> "_qs}};
+    auto set = std::make_shared<DataSet>(state, shared);
+    set->OpenNew(kind);
+    for (int i = 0; i < samples; ++i) {
+        const Sample &row = rows.at(i % rows.size());
+        set->AddGridrow();
+        set->AddData(row.time, row.data, row.mode, row.source, row.sourceMode);
+    }
+    return set;
+}
+
+} // namespace
+
+/// What a program that had no part in it reads from the workbooks that are written.
+class WorksheetTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void initTestCase();
+    void ReadsAsMeant_data();
+    void ReadsAsMeant();
+
+  private:
+    /// What the script says, line by line.
+    QStringList Run(const QStringList &arguments);
+
+    QString python_;
+};
+
+void WorksheetTest::initTestCase()
+{
+    for (const QString &name : {u"python3"_qs, u"/usr/bin/python3"_qs}) {
+        QProcess process;
+        process.start(name, {u"-c"_qs, u"import openpyxl"_qs});
+        if (python_.isEmpty() && process.waitForFinished() && process.exitCode() == 0)
+            python_ = name;
+    }
+    if (python_.isEmpty())
+        QSKIP("Skipped: there is no python3 with openpyxl.");
+}
+
+QStringList WorksheetTest::Run(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(python_, QStringList{Folder + u"/sheetdump.py"_qs} + arguments);
+    process.waitForFinished(120'000);
+    const QString errors = QString::fromUtf8(process.readAllStandardError());
+    return (QString::fromUtf8(process.readAllStandardOutput()) + errors).split(u'\n', Qt::SkipEmptyParts);
+}
+
+void WorksheetTest::ReadsAsMeant_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("samples");
+    QTest::addColumn<QString>("book");
+    QTest::addColumn<QString>("sheets");
+    for (const int kind : {KindMemory, KindRealtime, KindSave})
+        for (const int samples : {0, 1, 3})
+            QTest::addRow("kind %d, %d rows", kind, samples)
+                << kind << samples << u""_qs << u"sheets|[Probe]"_qs;
+    QTest::newRow("32,000 rows") << int(KindRealtime) << 32'000 << u""_qs << u"sheets|[Probe]"_qs;
+    QTest::newRow("openpyxl") << int(KindRealtime) << 3 << u"--make"_qs << u"sheets|Costs|[Plan B]|Probe"_qs;
+    QTest::newRow("LibreOffice") << int(KindSave) << 3 << u"/libreoffice.xlsx"_qs
+                                 << u"sheets|Costs|[Plan B]|Probe"_qs;
+}
+
+void WorksheetTest::ReadsAsMeant()
+{
+    QFETCH(int, kind);
+    QFETCH(int, samples);
+    QFETCH(QString, book);
+    QFETCH(QString, sheets);
+    QTemporaryDir folder;
+    const QString name = folder.filePath(u"Book \u03b1.xlsx"_qs);
+    if (book == u"--make")
+        QCOMPARE(Run({book, name}), QStringList());
+    else if (!book.isEmpty())
+        QVERIFY(QFile::copy(Folder + book, name));
+
+    LinkState state;
+    DocumentShared shared{0, kind == KindMemory, {}};
+    const std::shared_ptr<DataSet> set = MakeDataSet(state, shared, kind, samples);
+    XlsxFile file(u"Probe"_qs);
+    if (book.isEmpty())
+        file.SetNewName(name);
+    const DataSetSource source(set, u"Probe"_qs);
+    WholeForward forward(file, source, book.isEmpty() ? std::string() : name.toStdString());
+    SheetStep step = SheetStep::Again;
+    while (step == SheetStep::Again)
+        step = forward.Next();
+    QCOMPARE(step, SheetStep::Done);
+    WriteWatch watch;
+    QVERIFY2(file.Write(&watch) == WriteResult::Done, file.ErrorText().c_str());
+
+    QStringList found = samples > 100 ? Run({name, u"7"_qs}) : Run({name});
+    QCOMPARE(found.value(0), sheets);
+    found.removeFirst();
+    const QString golden = Folder + u"/kind%1-%2.txt"_qs.arg(kind).arg(samples);
+    QCOMPARE(found, QString::fromUtf8(Contents(golden)).split(u'\n', Qt::SkipEmptyParts));
+}
+
+QTEST_GUILESS_MAIN(WorksheetTest)
+#include "worksheet_test.moc"
