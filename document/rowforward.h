@@ -23,8 +23,8 @@ class RowForward
     RowForward &operator=(const RowForward &) = delete;
     virtual ~RowForward() = default;
 
-    /// Before the first row of a run. False when it cannot be had, with the reason in `ForwardErrorText`; also
-    /// when the run is to stop (`RealtimeStop`) meanwhile.
+    /// Before the first row of a run. False when it cannot be had, with the reason in `ForwardErrorText`;
+    /// also when the run is to stop (`RealtimeStop`) meanwhile.
     virtual QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) = 0;
 
     /// After each row of the run.

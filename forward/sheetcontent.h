@@ -36,7 +36,8 @@ class SheetContent
 
     const std::optional<SheetChart> &Chart() const;
 
-    /// The different looks that the cells have as things stand now; a cell is written with a number into this.
+    /// The different looks that the cells have as things stand now; a cell is written with a number into
+    /// this.
     std::vector<CellStyle> Styles();
 
     QString ErrorText() const;

@@ -10,10 +10,8 @@ constexpr qsizetype LongestName = 31; // UTF-16 units
 
 bool MayStand(char32_t character)
 {
-    // Unassigned covers what XML has no way to write.
-    const QChar::Category category = QChar::category(character);
-    return category != QChar::Other_Control && category != QChar::Other_Surrogate &&
-           category != QChar::Other_NotAssigned &&
+    // XML has no way to write those that are none.
+    return QChar::category(character) != QChar::Other_Control && !QChar::isNonCharacter(character) &&
            !QStringView(u"[]:*?/\\").contains(QChar::fromUcs4(character));
 }
 

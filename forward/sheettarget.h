@@ -86,7 +86,8 @@ class SheetTarget
     /// Format first, then value; an empty text leaves an empty cell.
     virtual SheetStep SetCell(int row, int column, CellFormat format, std::string_view text) = 0;
 
-    /// A later call wins where two lay claim to the same line; neighbouring cells share the line between them.
+    /// A later call wins where two lay claim to the same line; neighbouring cells share the line between
+    /// them.
     virtual SheetStep SetBorder(const CellRange &range, Edge edge, BorderWeight weight) = 0;
 
     virtual SheetStep Centre(const CellRange &range) = 0;

@@ -56,7 +56,9 @@ class SheetXml
 
 /// The drawing part that holds the chart of that relationship, and the chart part itself. `sheetName` as it
 /// stands in the workbook.
-std::string DrawingXml(const SheetChart &chart, const std::string &chartId, const SheetVocabulary &vocabulary);
-std::string ChartXml(const SheetChart &chart, const std::string &sheetName, const SheetVocabulary &vocabulary);
+std::string DrawingXml(const SheetChart &chart, const std::string &chartId,
+                       const SheetVocabulary &vocabulary);
+std::string ChartXml(const SheetChart &chart, const std::string &sheetName,
+                     const SheetVocabulary &vocabulary);
 
 } // namespace px40

@@ -103,11 +103,15 @@ QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_
 {
     const auto watch = std::make_shared<WriteWatch>();
     const auto result = std::make_shared<WriteResult>(WriteResult::Failed);
-    services->store.Save(Section, WritingKey, file->Name());
-    const OneShot<bool> ended = RunElsewhere([file, watch, result] { *result = file->Write(watch.get()); });
+    const UserStore *const store = &services->store;
+    // Keeping the name waits for the disk, as the writing does.
+    const OneShot<bool> ended = RunElsewhere([file, watch, result, store] {
+        store->SaveNow(Section, WritingKey, file->Name());
+        *result = file->Write(watch.get());
+        store->SaveNow(Section, WritingKey, QString());
+    });
     co_await FollowWriting(services, ended, watch, progress);
     const bool good = co_await ended;
-    services->store.Save(Section, WritingKey, QString());
     if (*result == WriteResult::Failed)
         services->state.ForwardErrorText =
             good ? QString::fromStdString(file->ErrorText()) : Text(Str::ExportFailed);

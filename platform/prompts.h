@@ -25,8 +25,8 @@ class Prompts
     /// A box with Yes, No and Cancel; closing it counts as Cancel.
     virtual QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) = 0;
 
-    /// A box with the exclamation icon and a button for each of the texts, of which there is at least one; the
-    /// last one is the way out and stands for closing the box too. Gives the index of the answer.
+    /// A box with the exclamation icon and a button for each of the texts, of which there is at least one;
+    /// the last one is the way out and stands for closing the box too. Gives the index of the answer.
     virtual QCoro::Task<int> AskOneOf(QString text, QStringList choices) = 0;
 
     /// The name of an existing file; empty when cancelled. `filter` in Qt's form, "CSV Files (*.CSV)",

@@ -11,6 +11,14 @@ QString FullKey(const QString &section, const QString &key)
     return section + QLatin1Char('/') + key;
 }
 
+void Put(QSettings &settings, const QString &key, const QString &text)
+{
+    if (text.isEmpty())
+        settings.remove(key);
+    else
+        settings.setValue(key, text);
+}
+
 } // namespace
 
 UserStore::UserStore(const QString &application) : settings_(std::make_unique<QSettings>(application)) {}
@@ -36,10 +44,16 @@ double UserStore::GetNumber(const QString &section, const QString &key, double f
 
 void UserStore::Save(const QString &section, const QString &key, const QString &text)
 {
-    if (text.isEmpty())
-        settings_->remove(FullKey(section, key));
-    else
-        settings_->setValue(FullKey(section, key), text);
+    if (Get(section, key, QString()) != text) // a file that stays as it is need not be written
+        Put(*settings_, FullKey(section, key), text);
+}
+
+void UserStore::SaveNow(const QString &section, const QString &key, const QString &text) const
+{
+    // Settings of their own, as each thread must have; those of one file know of each other.
+    QSettings settings(settings_->fileName(), settings_->format());
+    Put(settings, FullKey(section, key), text);
+    settings.sync();
 }
 
 } // namespace px40

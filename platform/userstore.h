@@ -22,8 +22,11 @@ class UserStore
     /// The kept text as a number; `fallback` when there is none or it is not a finite number.
     double GetNumber(const QString &section, const QString &key, double fallback) const;
 
-    /// An empty text removes the key.
+    /// An empty text removes the key. Written later, from the event loop, which then waits for the disk.
     void Save(const QString &section, const QString &key, const QString &text);
+
+    /// The same at once, on any thread; returns when the disk has it.
+    void SaveNow(const QString &section, const QString &key, const QString &text) const;
 
   private:
     explicit UserStore(std::unique_ptr<QSettings> settings);

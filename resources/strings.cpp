@@ -528,15 +528,19 @@ const char16_t *Lookup(Str id)
     case Str::NewWorkbook:
         return u"New workbook";
     case Str::BookLegacy:
-        return u"This is a workbook of the older kind (.xls). Save it as an Excel workbook (.xlsx) and choose that one.";
+        return u"This is a workbook of the older kind (.xls). Save it as an Excel workbook (.xlsx) and "
+               u"choose that one.";
     case Str::BookEncrypted:
         return u"This workbook is protected with a password. Remove the password, or choose another one.";
     case Str::BookSigned:
-        return u"This workbook is digitally signed, and a new sheet would break the signature. Choose a copy without it.";
+        return u"This workbook is digitally signed, and a new sheet would break the signature. Choose a copy "
+               u"without it.";
     case Str::BookProtected:
-        return u"The structure of this workbook is protected, so it takes no new sheet. Unprotect it, or choose another one.";
+        return u"The structure of this workbook is protected, so it takes no new sheet. Unprotect it, or "
+               u"choose another one.";
     case Str::BookBinary:
-        return u"This is a binary workbook (.xlsb). Save it as an Excel workbook (.xlsx) and choose that one.";
+        return u"This is a binary workbook (.xlsb). Save it as an Excel workbook (.xlsx) and choose that "
+               u"one.";
     case Str::BookOpenDocument:
         return u"This is an OpenDocument file. Save it as an Excel workbook (.xlsx) and choose that one.";
     case Str::BookNone:
@@ -552,9 +556,10 @@ const char16_t *Lookup(Str id)
     case Str::BookTooLarge:
         return u"A part of this workbook is too large to be changed here. Choose another one.";
     case Str::BookReadOnly:
-        return u"This workbook is marked as read-only. Take that mark away, or choose another one.";
+        return u"This workbook is read-only. Take the write protection away, or choose another one.";
     case Str::BookFolderReadOnly:
-        return u"You may not write in the folder of this workbook. Copy it to another folder and choose the copy.";
+        return u"You may not write in the folder of this workbook. Copy it to another folder and choose the "
+               u"copy.";
     case Str::BookKeepsChanging:
         return u"Another program keeps changing this workbook. Try again once it has finished.";
     case Str::BookHolderOn:

@@ -166,9 +166,9 @@ bool WritePackage(const QString &file, const BookParts &parts)
     return zip_close(archive) == 0;
 }
 
-QMap<QByteArray, EntryState> ReadPackage(const QString &file)
+BookEntries ReadPackage(const QString &file)
 {
-    QMap<QByteArray, EntryState> entries;
+    BookEntries entries;
     zip_t *archive = zip_open(QFile::encodeName(file).constData(), ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
     const zip_int64_t count = archive ? zip_get_num_entries(archive, 0) : 0;
     for (zip_int64_t i = 0; i < count; ++i) {

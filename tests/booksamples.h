@@ -31,6 +31,7 @@ struct EntryState
     QByteArray kept;
     QByteArray text;
 };
-QMap<QByteArray, EntryState> ReadPackage(const QString &file);
+using BookEntries = QMap<QByteArray, EntryState>;
+BookEntries ReadPackage(const QString &file);
 
 } // namespace px40

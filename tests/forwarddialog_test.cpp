@@ -128,8 +128,8 @@ void ForwardDialogTest::AnyChangeOfTheFileChoosesCustom()
     const std::pair<std::function<void()>, QString> changes[] = {
         {[&] { rig.Browse(rig.remembered); }, rig.remembered}, // the same again
         {[&] { rig.Browse(rig.book); }, rig.book},
+        {[&] { rig.Find("tbFile")->clear(); }, {}},
         {[&] { rig.Type("tbFile", "b"); }, u"b"_qs},
-        {[&] { QTest::keyClick(rig.Find("tbFile"), Qt::Key_Backspace); }, {}},
         {[&] {
              QMimeData files;
              files.setUrls({QUrl::fromLocalFile(rig.book)});

@@ -50,8 +50,7 @@ void LiveTest::RunFromTheToolBar()
         QVERIFY(program.PassSecond());
     QCOMPARE(first->Data()->GetDatacount(), 1);
     QCOMPARE(other->GetDatacount(), 0);
-    QCOMPARE(program.Message(),
-             u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
+    QCOMPARE(program.Message(), u"1New: 00:00:05 elapsed, 1 row, no error rows."_qs);
     QVERIFY(!first->findChild<QProgressBar *>(u"pbData"_qs)->isVisible()); // no period
 
     program.Action("Stop")->trigger();
@@ -62,8 +61,7 @@ void LiveTest::RunFromTheToolBar()
     QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
     QVERIFY(program.PassSecond());
     QCOMPARE(program.Runnable(), allButStop);
-    QCOMPARE(program.Message(),
-             u"1New has ended: 00:00:06 elapsed, 2 rows, no error rows."_qs);
+    QCOMPARE(program.Message(), u"1New has ended: 00:00:06 elapsed, 2 rows, no error rows."_qs);
 }
 
 void LiveTest::StartWaitsForTheLink()

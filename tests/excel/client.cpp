@@ -39,7 +39,11 @@ class Sample : public px40::SheetSource
         static const char *const Names[] = {"MAX", "MIN", "AVG"};
         return Names[which];
     }
-    std::string StatisticText(int which) const override { return which == 0 ? "1.0023" : "-5E-04"; }
+    std::string StatisticText(int which) const override
+    {
+        static const char *const Texts[] = {"1.0023", "-5E-04", "0.5009"};
+        return Texts[which];
+    }
     std::string Title() const override { return "=\"Pump\" \u2013 7 \u00b0C"; }
 
   private:
@@ -51,7 +55,7 @@ class Sample : public px40::SheetSource
 template <class Step>
 px40::SheetStep Make(const Step &step)
 {
-    constexpr int Patience = 60;
+    constexpr int Patience = 100;
     px40::SheetStep made = px40::SheetStep::Again;
     for (int busy = 0; busy < Patience;) {
         made = step();

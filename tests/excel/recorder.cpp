@@ -12,7 +12,6 @@
 #include "tests/excel/recorder.h"
 
 #include <cstdio>
-#include <fstream>
 #include <iostream>
 #include <thread>
 
@@ -71,14 +70,57 @@ bool BeginsWith(const std::string &line, const std::string &word)
 
 } // namespace
 
+Program &TheProgram()
+{
+    static Program program;
+    return program;
+}
+
+Book *AddBook(const std::string &path)
+{
+    auto &books = TheProgram().books;
+    auto book = std::make_unique<Book>();
+    book->path = path;
+    book->name = '[' + path.substr(path.rfind('\\') + 1) + ']';
+    book->sheets = {"Sheet1", "Sheet2", "Sheet3"};
+    books.push_back(std::move(book));
+    return books.back().get();
+}
+
+std::string Utf8(const wchar_t *text)
+{
+    std::string utf8(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr)), 0);
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr);
+    utf8.pop_back();
+    return utf8;
+}
+
+std::wstring Utf16(const std::string &utf8)
+{
+    std::wstring text(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, nullptr, 0)),
+                      0);
+    MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, text.data(), static_cast<int>(text.size()));
+    text.pop_back();
+    return text;
+}
+
+HRESULT Fail(EXCEPINFO *error, const std::string &description, SCODE code)
+{
+    error->bstrDescription = SysAllocString(Utf16(description).c_str());
+    error->bstrSource = SysAllocString(L"Recorder");
+    error->scode = code;
+    return DISP_E_EXCEPTION;
+}
+
 Journal::Journal()
 {
     const std::string path = Utf8(ProgramPath().c_str());
-    folder_ = path.substr(0, path.rfind('\\') + 1);
-    std::ifstream scenario(folder_ + "scenario.txt");
+    const std::string folder = path.substr(0, path.rfind('\\') + 1);
+    std::ifstream scenario(folder + "scenario.txt");
     for (std::string line; std::getline(scenario, line);)
         scenario_.push_back(line);
-    std::ofstream(folder_ + "calls.txt", std::ios::binary | std::ios::trunc);
+    calls_.open(folder + "calls.txt", std::ios::binary | std::ios::trunc);
 }
 
 std::vector<std::string> Journal::Scenario(const std::string &word) const
@@ -93,10 +135,10 @@ std::vector<std::string> Journal::Scenario(const std::string &word) const
     return found;
 }
 
-void Journal::Write(const std::string &line) const
+void Journal::Write(const std::string &line)
 {
-    // Closed at once: the client reads it, and the program may die.
-    std::ofstream(folder_ + "calls.txt", std::ios::binary | std::ios::app) << line << '\n';
+    // Out at once: the client's end is waited for, not the server's, which may die.
+    calls_ << line << '\n' << std::flush;
 }
 
 HRESULT Journal::Admit(const std::string &line, EXCEPINFO *error)
@@ -113,7 +155,7 @@ HRESULT Journal::Admit(const std::string &line, EXCEPINFO *error)
             continue;
         Write(line + " -> failed");
         const std::string text = arrow == std::string::npos ? "" : rule.substr(arrow + 4);
-        return Fail(error, text, text.empty() ? E_ACCESSDENIED : static_cast<SCODE>(0x800A03EC));
+        return Fail(error, text, text.empty() ? E_ACCESSDENIED : RefusedByModel);
     }
     if (!Scenario("refuse").empty() && refused_.insert(line).second) {
         static constexpr unsigned Busy[] = {0x80010001, 0x8001010A, 0x800AC472};
@@ -123,16 +165,16 @@ HRESULT Journal::Admit(const std::string &line, EXCEPINFO *error)
     return S_OK;
 }
 
-int main(int count, char **words)
+int wmain(int count, wchar_t **words)
 {
-    const std::string task = count > 1 ? words[1] : "";
-    if (task == "register") {
+    const std::wstring task = count > 1 ? words[1] : L"";
+    if (task == L"register") {
         const std::wstring classText = std::wstring(ClassKey).substr(std::wstring(ClassKey).rfind(L'{'));
         const bool done = SetKey(std::wstring(ProgKey) + L"\\CLSID", classText) &&
                           SetKey(std::wstring(ClassKey) + L"\\LocalServer32", L'"' + ProgramPath() + L'"');
         return done ? 0 : 1;
     }
-    if (task == "unregister") {
+    if (task == L"unregister") {
         RegDeleteTreeW(HKEY_LOCAL_MACHINE, ProgKey);
         RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClassKey);
         return 0;
@@ -143,7 +185,7 @@ int main(int count, char **words)
     for (const std::string &path : program.journal.Scenario("book"))
         AddBook(path);
     DWORD registration = 0;
-    if (task == "running") {
+    if (task == L"running") {
         program.endsByItself = false;
         program.visible = program.journal.Scenario("hidden").empty();
         auto *application = new Object(Kind::Application, "Application");

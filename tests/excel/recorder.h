@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <fstream>
 #include <memory>
 #include <set>
 #include <string>
@@ -16,13 +17,13 @@ class Journal
 
     /// The arguments of all lines of the scenario that begin with that word and a blank.
     std::vector<std::string> Scenario(const std::string &word) const;
-    void Write(const std::string &line) const;
+    void Write(const std::string &line);
 
     /// Whether a call is let through. Writes the line if it is not; may end the process.
     HRESULT Admit(const std::string &line, EXCEPINFO *error);
 
   private:
-    std::string folder_;
+    std::ofstream calls_;
     std::vector<std::string> scenario_;
     std::set<std::string> refused_;
 };
@@ -92,6 +93,9 @@ Program &TheProgram();
 
 /// Opens one more workbook.
 Book *AddBook(const std::string &path);
+
+/// What the real program gives for almost anything that it will not do.
+constexpr auto RefusedByModel = static_cast<SCODE>(0x800A03EC);
 
 /// What a call that fails gives: that description, or none.
 HRESULT Fail(EXCEPINFO *error, const std::string &description, SCODE code);

@@ -6,7 +6,6 @@
 namespace {
 
 constexpr LCID English = 0x0409;
-constexpr auto RefusedByModel = static_cast<SCODE>(0x800A03EC);
 
 enum class Use {
     Part,   ///< an object that is there anyway; stands in the record as part of what is done with it
@@ -120,7 +119,7 @@ bool IsValid(const std::string &member, const std::vector<VARIANT> &arguments)
     return true;
 }
 
-/// The same for the members of one name.
+/// The number of a member, the same for all of that name.
 DISPID IdOf(const std::string &name)
 {
     const auto *found = std::find_if(std::begin(Members), std::end(Members),
@@ -129,49 +128,6 @@ DISPID IdOf(const std::string &name)
 }
 
 } // namespace
-
-Program &TheProgram()
-{
-    static Program program;
-    return program;
-}
-
-Book *AddBook(const std::string &path)
-{
-    auto &books = TheProgram().books;
-    auto book = std::make_unique<Book>();
-    book->path = path;
-    book->name = '[' + path.substr(path.rfind('\\') + 1) + ']';
-    book->sheets = {"Sheet1", "Sheet2", "Sheet3"};
-    books.push_back(std::move(book));
-    return books.back().get();
-}
-
-std::string Utf8(const wchar_t *text)
-{
-    std::string utf8(
-        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr)), 0);
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr);
-    utf8.pop_back();
-    return utf8;
-}
-
-std::wstring Utf16(const std::string &utf8)
-{
-    std::wstring text(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, nullptr, 0)),
-                      0);
-    MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, text.data(), static_cast<int>(text.size()));
-    text.pop_back();
-    return text;
-}
-
-HRESULT Fail(EXCEPINFO *error, const std::string &description, SCODE code)
-{
-    error->bstrDescription = SysAllocString(Utf16(description).c_str());
-    error->bstrSource = SysAllocString(L"Recorder");
-    error->scode = code;
-    return DISP_E_EXCEPTION;
-}
 
 Object::Object(Kind kind, std::string name, Book *book) : kind_(kind), name_(std::move(name)), book_(book)
 {
@@ -262,8 +218,8 @@ HRESULT Object::Invoke(DISPID id, REFIID none, LCID language, WORD flags, DISPPA
         line += " = " + texts;
     else if (member->use == Use::Method || !texts.empty())
         line += '(' + texts + ')';
-    const Journal &journal = TheProgram().journal;
-    const HRESULT admitted = TheProgram().journal.Admit(line, error);
+    Journal &journal = TheProgram().journal;
+    const HRESULT admitted = journal.Admit(line, error);
     if (FAILED(admitted))
         return admitted;
     try {
