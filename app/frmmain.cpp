@@ -1,5 +1,6 @@
 #include "app/frmmain.h"
 
+#include "app/elidedlabel.h"
 #include "app/forwarding.h"
 #include "app/frmabout.h"
 #include "app/frmcancel.h"
@@ -63,7 +64,7 @@ frmMain::~frmMain() = default;
 void frmMain::BuildStatusBar()
 {
     statusBar()->setObjectName(QStringLiteral("sbMain"));
-    message_ = new QLabel(this);
+    message_ = new ElidedLabel(this);
     message_->setObjectName(QStringLiteral("Msg"));
     message_->setTextFormat(Qt::PlainText); // what the user has typed, or a file's name, is no markup
     port_ = new QLabel(this);

@@ -67,6 +67,8 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
         outcome.done = done;
         if (!done)
             co_await services_.prompts.Warn(state.ForwardErrorText);
+        // A status check that began meanwhile would lose its reply, and put back what it found.
+        co_await gate_->WaitUntilFree();
         state.LinkActivity = ActivityIdle;
     }
     outcome.samples = dataSet->GetDatacount();

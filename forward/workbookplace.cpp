@@ -15,7 +15,7 @@
 #include <QFileInfo>
 #include <QStringList>
 
-#include <utility>
+#include <algorithm>
 
 namespace px40 {
 
@@ -93,7 +93,7 @@ QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> e
     while (!ended.IsComplete()) {
         watch->cancelled = services->state.CancelRequest;
         if (progress)
-            progress->RenProgress(false, watch->permille, Permille);
+            progress->RenProgress(false, std::max<int>(1, watch->permille), Permille); // 0 would leave it full
         co_await Pause(ProgressEveryMs);
     }
 }

@@ -5,8 +5,10 @@
 #include "app/services.h"
 #include "simulator/ptyserver.h"
 #include "tools/checks.h"
+#include "tools/desktop.h"
 
 #include <QDialog>
+#include <QPointer>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -101,6 +103,11 @@ class Stage
     void ClickButton(const QWidget *parent, const QString &name);
     /// Clicks a standard button (a QMessageBox::StandardButton) and waits until the box is gone.
     void Answer(QMessageBox *box, int button);
+    /// The same with the button of that text.
+    void Answer(QMessageBox *box, const QString &text);
+    /// Answers the question that stands before a download: nothing is to be forwarded. A fault of the
+    /// instrument counts from the download on.
+    void DownloadOnly(const QString &fault = {});
     static void Click(QWidget *widget);
 
     /// Opens the menu that a widget has for that place, with the right mouse button.
@@ -114,12 +121,15 @@ class Stage
     void Settle();
 
     QTemporaryDir folder;
+    Desktop desktop;
     sim::PtyServer server;
     MessagePrompts prompts;
     Services services;
     std::unique_ptr<frmMain> window;
 
   private:
+    static void ClickAnswer(const QPointer<QMessageBox> &box, QWidget *button);
+
     /// The instrument's name behind the demo's port: unlike its device's, nobody else gets it while the
     /// instrument is unplugged.
     QString DemoLink() const { return folder.filePath(QStringLiteral("px40")); }

@@ -2,17 +2,20 @@
 
 #include "tools/stage.h"
 
+#include "resources/strings.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QToolBar>
 #include <QWindow>
+
+#include <algorithm>
 
 namespace px40 {
 
@@ -136,11 +139,34 @@ void Stage::ChooseItem(QMenu *menu, const QString &text)
 
 void Stage::Answer(QMessageBox *box, int button)
 {
-    const QPointer<QMessageBox> open = box;
-    QAbstractButton *const choice = box->button(static_cast<QMessageBox::StandardButton>(button));
-    Require(choice != nullptr, QStringLiteral("The message box lacks the button."));
-    Click(choice);
-    Await([open] { return !open; }, QStringLiteral("The message box did not close."));
+    ClickAnswer(box, box->button(static_cast<QMessageBox::StandardButton>(button)));
+}
+
+void Stage::Answer(QMessageBox *box, const QString &text)
+{
+    const QList<QAbstractButton *> all = box->buttons();
+    const auto found = std::find_if(all.begin(), all.end(), [&](auto *one) { return one->text() == text; });
+    ClickAnswer(box, found == all.end() ? nullptr : *found);
+}
+
+void Stage::ClickAnswer(const QPointer<QMessageBox> &box, QWidget *button)
+{
+    Require(button != nullptr, QStringLiteral("The message box lacks the button."));
+    Click(button);
+    Await([box] { return !box; }, QStringLiteral("The message box did not close."));
+}
+
+void Stage::DownloadOnly(const QString &fault)
+{
+    QMessageBox *const question = AwaitBox();
+    const QString text = question->text();
+    Require(text == Text(Str::AskForwardAfterReceive),
+            QStringLiteral("A download begins with the question \"%1\".").arg(text));
+    if (!fault.isEmpty()) {
+        AwaitFreeLink();
+        SetFault(fault);
+    }
+    Answer(question, QMessageBox::No);
 }
 
 } // namespace px40

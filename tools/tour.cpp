@@ -80,6 +80,16 @@ bool Tour::Run()
                          &Tour::RunHoldsWindows, &Tour::EndOfPeriod, &Tour::IntervalWithReadings,
                          &Tour::StopRun, &Tour::SaveRun, &Tour::UnplugRun});
     }
+    {
+        Stage stage(Stage::Instrument::Demo);
+        RunSteps(stage, {&Tour::StartWithReadings, &Tour::ForwardQuestion, &Tour::ForwardDownload,
+                         &Tour::ForwardRefusals, &Tour::ForwardToSameBook, &Tour::ForwardToHeldBook,
+                         &Tour::ForwardManyRows});
+    }
+    {
+        Stage stage(Stage::Instrument::Demo);
+        RunSteps(stage, {&Tour::StartLive, &Tour::ForwardRun, &Tour::DrawWorkbooks});
+    }
     return failures_ == 0;
 }
 

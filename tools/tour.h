@@ -90,6 +90,15 @@ class Tour
     void OpenAnotherType(Stage &stage);
     void CloseAndSave(Stage &stage);
 
+    void ForwardQuestion(Stage &stage);
+    void ForwardDownload(Stage &stage);
+    void ForwardRefusals(Stage &stage);
+    void ForwardToSameBook(Stage &stage);
+    void ForwardToHeldBook(Stage &stage);
+    void ForwardManyRows(Stage &stage);
+    void ForwardRun(Stage &stage);
+    void DrawWorkbooks(Stage &stage);
+
     Camera camera_;
     int failures_ = 0;
 };

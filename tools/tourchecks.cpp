@@ -11,11 +11,22 @@
 #include <QDir>
 #include <QLabel>
 #include <QMessageBox>
+#include <QStandardPaths>
 #include <QTableView>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace px40 {
+
+QString DocumentPath(const QString &name)
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).filePath(name);
+}
+
+QString LoopBook()
+{
+    return DocumentPath(u"Plant 2/Pressure transmitters, yearly calibration/loop 7.xlsx"_s);
+}
 
 int Rows(const frmData *data)
 {

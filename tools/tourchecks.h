@@ -19,6 +19,11 @@ constexpr QSize RoomyWindow(1120, 720);
 /// Where SOURCE covers nothing, beside the main window as it comes.
 constexpr QPoint BelowMeasure(742, 384);
 
+/// Below the user's documents.
+QString DocumentPath(const QString &name);
+/// The workbook that two steps of forwarding and their picture share.
+QString LoopBook();
+
 int Rows(const frmData *data);
 
 /// `what` begins the sentence that tells the fault.

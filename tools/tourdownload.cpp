@@ -20,9 +20,8 @@ namespace px40 {
 
 void Tour::CancelDownload(Stage &stage)
 {
-    stage.AwaitFreeLink();
-    stage.SetFault(u"silent-from=20"_s);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly(u"silent-from=20"_s);
     AwaitRows(stage, 17);
     QDialog *const progress = stage.ProgressDialog();
     stage.ClickButton(progress, u"btCancel"_s);
@@ -44,6 +43,7 @@ void Tour::CancelDownload(Stage &stage)
 void Tour::DownloadInSmallWindow(Stage &stage)
 {
     stage.Choose(u"mnuData"_s, u"mnuDataMemory"_s);
+    stage.DownloadOnly();
     Await([&stage] { return !stage.DataWindows().isEmpty(); }, u"No data window opened."_s);
     AwaitIdle(stage);
     RequireWholeSet(stage, stage.DataWindows().last());
@@ -55,6 +55,7 @@ void Tour::Download(Stage &stage)
 {
     stage.window->resize(RoomyWindow);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly();
     AwaitRows(stage, StoredReadings / 2);
     const QDialog *const progress = stage.ProgressDialog();
     Require(progress->isVisible(), u"There is no progress dialog beside the download."_s);
@@ -101,9 +102,8 @@ void Tour::RealtimeWindows(Stage &stage)
 /// Switched off half-way: the download tells it, and the next status check as well.
 void Tour::SilentInstrument(Stage &stage)
 {
-    stage.AwaitFreeLink();
-    stage.SetFault(u"silent-from=12"_s);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly(u"silent-from=12"_s);
     QMessageBox *box = stage.AwaitBox();
     RequireText(u"The message of a silent instrument"_s, box->text(), u"Timeout error occurred."_s);
     camera_.Take(u"10a-time-out"_s, {stage.window.get(), box});
@@ -127,9 +127,8 @@ void Tour::SilentInstrument(Stage &stage)
 
 void Tour::Unplugged(Stage &stage)
 {
-    stage.AwaitFreeLink();
-    stage.SetFault(u"hang-up=28"_s);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly(u"hang-up=28"_s);
     QMessageBox *box = stage.AwaitBox();
     RequireText(u"The message after unplugging"_s, box->text(),
                 Text(Str::PortLost).replace(u"\r\n"_s, u"\n"_s));
@@ -155,6 +154,7 @@ void Tour::Unplugged(Stage &stage)
     AwaitReading(stage);
     Require(stage.Source(), u"SOURCE does not come back with the instrument."_s);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly();
     AwaitIdle(stage);
     RequireWholeSet(stage, stage.DataWindows().last());
 }

@@ -13,7 +13,6 @@
 #include <QMdiArea>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QStandardPaths>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -27,8 +26,7 @@ constexpr char16_t Protected[] = u"reference.CSV";
 
 QString Path(const char16_t *name)
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QDir(folder).filePath(QString::fromUtf16(name));
+    return DocumentPath(QString::fromUtf16(name));
 }
 
 QByteArray Content(const QString &name)
@@ -171,6 +169,7 @@ void Tour::CloseAndSave(Stage &stage)
 {
     const QString name = Path(u"bench 4.CSV");
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly();
     AwaitIdle(stage);
     frmData *const data = stage.DataWindows().last();
     const qsizetype before = stage.DataWindows().size();

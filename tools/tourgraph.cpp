@@ -102,6 +102,7 @@ void Tour::StartWithReadings(Stage &stage)
     RequireSourceChecked(stage, false);
     stage.window->resize(RoomyWindow);
     stage.ClickTool(u"Mdata"_s);
+    stage.DownloadOnly();
     AwaitIdle(stage);
     RequireWholeSet(stage, stage.DataWindows().last());
 }

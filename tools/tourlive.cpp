@@ -10,7 +10,6 @@
 #include "tools/tourchecks.h"
 
 #include <QAction>
-#include <QDir>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -18,7 +17,6 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QRadioButton>
-#include <QStandardPaths>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -240,8 +238,7 @@ void Tour::StopRun(Stage &stage)
 
 void Tour::SaveRun(Stage &stage)
 {
-    const QString name =
-        QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).filePath(u"run 1.CSV"_s);
+    const QString name = DocumentPath(u"run 1.CSV"_s);
     const QStringList table = Table(stage);
     const auto settings = [&stage] {
         return QStringList{Set(stage)->PanelText(Panel::Label),  Set(stage)->PanelText(Panel::Interval),
