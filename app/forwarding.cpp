@@ -46,13 +46,13 @@ void Remember(const ForwardMemory &memory, Services &services)
 } // namespace
 
 Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *window)
-    : services_(&services), window_(window), forwarder_(ServicesOf(services), services.gate, progress),
+    : QObject(window), services_(&services), window_(window), forwarder_(ServicesOf(services), services.gate, progress),
       rows_(ServicesOf(services))
 {
     connect(&rows_, &RowForwarder::closed, this, &Forwarding::OnRunClosed);
 }
 
-QCoro::Task<bool> Forwarding::Ask()
+QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 {
     const auto memory = std::make_shared<ForwardMemory>(Remembered(*services_));
     ForwardOptions options;
@@ -71,15 +71,14 @@ QCoro::Task<bool> Forwarding::Ask()
     dialog->open();
     const bool accepted = co_await closed;
     if (!accepted || services_->state.CancelRequest || services_->leaving)
-        co_return false;
-    choice_ = *chosen;
+        co_return std::nullopt;
     Remember(*memory, *services_);
-    co_return true;
+    co_return *chosen;
 }
 
-QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet)
+QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
-    const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice_);
+    const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome.done)
         co_return;
     Q_EMIT message(OutcomeText(outcome));
@@ -88,10 +87,10 @@ QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet)
 
 QCoro::Task<bool> Forwarding::AskForRun()
 {
-    const bool answered = co_await Ask();
-    if (!answered)
+    const std::optional<ForwardChoice> choice = co_await Ask();
+    if (!choice)
         co_return false;
-    const bool prepared = co_await rows_.Prepare(choice_);
+    const bool prepared = co_await rows_.Prepare(*choice);
     co_return prepared;
 }
 

@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 class QWidget;
 
@@ -27,12 +28,12 @@ class Forwarding : public QObject
     /// All must outlive this and its jobs; `window` is what the dialog stands before.
     Forwarding(Services &services, ProgressView &progress, QWidget *window);
 
-    /// Shows the forward dialog, whose fields are remembered. False when it is cancelled.
-    QCoro::Task<bool> Ask();
+    /// Shows the forward dialog, whose fields are remembered. Nothing when it is cancelled.
+    QCoro::Task<std::optional<ForwardChoice>> Ask();
 
-    /// Forwards a data set as the dialog was answered last, tells how it went and opens the file if it is to
-    /// be seen.
-    QCoro::Task<void> Forward(std::shared_ptr<DataSet> dataSet);
+    /// Forwards a data set as the dialog was answered, tells how it went and opens the file if it is to be
+    /// seen.
+    QCoro::Task<void> Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice);
 
     /// For a run: shows the dialog and asks what else is to be known. False when the user gives up.
     QCoro::Task<bool> AskForRun();
@@ -54,7 +55,6 @@ class Forwarding : public QObject
     QWidget *window_;
     Forwarder forwarder_;
     RowForwarder rows_;
-    ForwardChoice choice_;
     QString runOutcome_;
 };
 

@@ -13,6 +13,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 class QCloseEvent;
 class QDragEnterEvent;
@@ -29,6 +30,7 @@ class frmData;
 class Live;
 class MainActions;
 class Workspace;
+struct ForwardChoice;
 struct Services;
 
 /// The main window: menus, tool bars, status bar and timers, and the data windows as its children. Every
@@ -109,7 +111,7 @@ class frmMain : public QMainWindow
     void ToggleSource();
     void ShowLiveWindows();
     QCoro::Task<void> ReceiveMemoryMode();
-    QCoro::Task<void> ReceiveAndForward(bool forward);
+    QCoro::Task<void> ReceiveAndForward(std::optional<ForwardChoice> choice);
     QCoro::Task<void> ForwardActive();
     QCoro::Task<void> CloseAll();
     void Leave();

@@ -24,19 +24,22 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
     const Answer answer =
         co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardAfterReceive), PromptIcon::Question);
     bool wanted = answer != Answer::Cancel && !services_->leaving;
-    if (wanted && answer == Answer::Yes)
-        wanted = co_await forwarding_->Ask();
+    std::optional<ForwardChoice> choice;
+    if (wanted && answer == Answer::Yes) {
+        choice = co_await forwarding_->Ask();
+        wanted = choice.has_value();
+    }
     if (wanted && services_->state.LinkBusy)
         ShowMessage(Text(Str::WaitingForLink));
     if (wanted)
         wanted = co_await services_->gate.WaitUntilFree();
     memoryAsked_ = false;
     if (wanted && !services_->state.RealtimeRun) // a run was started while this waited
-        co_await ReceiveAndForward(answer == Answer::Yes);
+        co_await ReceiveAndForward(choice);
 }
 
 /// The link is free.
-QCoro::Task<void> frmMain::ReceiveAndForward(bool forward)
+QCoro::Task<void> frmMain::ReceiveAndForward(std::optional<ForwardChoice> choice)
 {
     services_->shared.MemoryNumbers = true;
     const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
@@ -53,22 +56,24 @@ QCoro::Task<void> frmMain::ReceiveAndForward(bool forward)
     // A lost line counts more than what came over it.
     ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
     RefreshCommands();
-    if (complete && forward && dataSet->GetDatacount() > 0)
-        co_await forwarding_->Forward(dataSet);
+    if (complete && choice && dataSet->GetDatacount() > 0)
+        co_await forwarding_->Forward(dataSet, *choice);
 }
 
 QCoro::Task<void> frmMain::ForwardActive()
 {
     if (services_->state.RealtimeRun)
         ShowWarning(Text(Str::RunHoldsWindows)); // it needs the link and its cancel flag for itself
+    else if (memoryAsked_ || live_->IsStarting())
+        ShowWarning(Text(Str::WaitingForLink));
     const frmData *const active = ActiveData();
-    if (!active || forwardAsked_ || !MayClose(services_->state))
+    if (!active || forwardAsked_ || memoryAsked_ || live_->IsStarting() || !MayClose(services_->state))
         co_return;
     const std::shared_ptr<DataSet> dataSet = active->Data();
     forwardAsked_ = true;
-    const bool wanted = co_await forwarding_->Ask();
-    if (wanted)
-        co_await forwarding_->Forward(dataSet);
+    const std::optional<ForwardChoice> choice = co_await forwarding_->Ask();
+    if (choice)
+        co_await forwarding_->Forward(dataSet, *choice);
     forwardAsked_ = false;
 }
 

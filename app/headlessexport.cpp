@@ -20,24 +20,30 @@ namespace px40 {
 
 namespace {
 
-/// Answers with the name for a new workbook that the command line gives, but not a second time.
+/// Answers with the name for a new workbook that the command line gives, but not a second time, and not when
+/// there is a file by now.
 class ExportPrompts : public NobodyToAsk
 {
   public:
     explicit ExportPrompts(const QString &workbook) : workbook_(workbook), newName_(workbook) {}
 
-    /// What to do about another program that has the workbook open.
+    /// What to do about another program that has the workbook open, or has made it meanwhile.
     QCoro::Task<int> AskOneOf(QString, QStringList choices) override
     {
-        held = Text(Str::ExportInUse).arg(XlsxFile::HolderOf(workbook_));
+        taken = !choices.contains(Text(Str::Retry));
+        if (!taken)
+            held = Text(Str::ExportInUse).arg(XlsxFile::HolderOf(workbook_));
         co_return static_cast<int>(choices.size()) - 1;
     }
     QCoro::Task<QString> AskSaveFile(QString, QString, QString) override
     {
-        co_return std::exchange(newName_, QString());
+        taken = QFileInfo::exists(workbook_);
+        co_return taken ? QString() : std::exchange(newName_, QString());
     }
+    const QString &Name() const { return workbook_; }
 
-    QString held; ///< who has the workbook open
+    QString held;       ///< who has the workbook open
+    bool taken = false; ///< what was to be new is there by now
 
   private:
     QString workbook_;
@@ -64,7 +70,11 @@ QCoro::Task<void> Export(Services *services, ExportPrompts *prompts, std::shared
     const ForwardServices forwardServices = {services->state, *prompts, services->clock, services->store, {}};
     ProgressLine progress;
     Forwarder forwarder(forwardServices, services->gate, progress);
-    const ForwardOutcome forwarded = co_await forwarder.ForwardData(dataSet, choice);
+    ForwardOutcome forwarded = co_await forwarder.ForwardData(dataSet, choice);
+    if (prompts->taken) {
+        choice.fileName = prompts->Name();
+        forwarded = co_await forwarder.ForwardData(dataSet, choice);
+    }
     outcome->good = forwarded.done;
     outcome->reason = prompts->held.isEmpty() ? FirstLine(prompts->told) : prompts->held;
 }

@@ -279,7 +279,8 @@ void Live::RunChanged()
 void Live::ShowRun(const RunProgress &progress)
 {
     if (progress.ended)
-        Q_EMIT message((RunText(progress) + QStringLiteral("  ") + forwarding_->TakeRunOutcome()).trimmed());
+        // Where the sheet went comes first: it must be seen in a narrow window as well.
+        Q_EMIT message((forwarding_->TakeRunOutcome() + QStringLiteral("  ") + RunText(progress)).trimmed());
     else
         Q_EMIT runMessage(RunText(progress));
 }

@@ -60,6 +60,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     /// Asks about forwarding, also where to, and starts a run into the data set of that window, as soon as
     /// the link is free.
     QCoro::Task<void> Start(QPointer<frmData> window);
+    /// A question about a start is open, or a start waits for the link.
+    bool IsStarting() const { return asking_ || waiting_; }
     /// Lets the run end with the present second.
     void Stop();
 

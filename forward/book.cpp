@@ -17,11 +17,6 @@ namespace {
 const std::string ContentType = "application/vnd.openxmlformats-officedocument.";
 const std::string StylesType = ContentType + "spreadsheetml.styles+xml";
 
-std::string FolderOf(const std::string &part)
-{
-    return part.substr(0, part.rfind('/') + 1);
-}
-
 /// The prefix, with its colon, that the namespace of relationships has in an element; it is declared there if
 /// it has none.
 std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
@@ -54,6 +49,9 @@ Book::Book(Package &package) : package_(&package)
     sheets_ = ChildNamed(root, "sheets");
     if (!sheets_)
         Package::ThrowDamaged(part_);
+    const std::string relationships = Package::RelationshipsName(part_);
+    if (!SheetNames().isEmpty() && !package_->Has(relationships))
+        Package::ThrowDamaged(relationships);
     const bool strict = NamespaceOf(root) == SheetVocabulary::Strict().main;
     vocabulary_ = strict ? SheetVocabulary::Strict() : SheetVocabulary::Transitional();
 }
@@ -143,22 +141,33 @@ void Book::Enter(const QString &name, const std::string &relationshipId)
     package_->Put(part_, TextOf(workbook_));
 }
 
+std::string Book::RelateStyles()
+{
+    // Some programs look for no other name.
+    std::string part = Package::FolderOf(part_) + "styles.xml";
+    if (package_->Has(part))
+        part = package_->FreeName(Package::FolderOf(part_) + "styles", ".xml");
+    package_->Relate(part_, vocabulary_.relationships, "styles", Package::Target(part_, part));
+    return part;
+}
+
 std::vector<int> Book::AddLooksOf(SheetContent &content)
 {
     std::string part;
     for (const Relationship &one : package_->Relationships(part_)) {
-        if (one.kind == "styles" && package_->Has(one.part))
+        if (one.kind == "styles" && (part.empty() || package_->Has(one.part)))
             part = one.part;
     }
     pugi::xml_document document;
-    bool changed = part.empty();
-    if (!part.empty()) {
-        package_->Load(part, "styleSheet", document);
-    } else {
-        part = package_->FreeName(FolderOf(part_) + "styles", ".xml");
+    const bool isNew = part.empty() || !package_->Has(part);
+    bool changed = isNew;
+    if (isNew) {
+        if (part.empty())
+            part = RelateStyles();
         document.append_child("styleSheet").append_attribute("xmlns").set_value(vocabulary_.main.c_str());
         package_->Declare(part, StylesType);
-        package_->Relate(part_, vocabulary_.relationships, "styles", Package::Target(part_, part));
+    } else {
+        package_->Load(part, "styleSheet", document);
     }
     const std::vector<int> formats = AddLooks(document.document_element(), content.Styles(), &changed);
     if (changed)
@@ -169,11 +178,11 @@ std::vector<int> Book::AddLooksOf(SheetContent &content)
 std::string Book::AddChart(const SheetChart &chart, const std::string &sheetPart, const QString &sheetName)
 {
     const std::string &types = vocabulary_.relationships;
-    const std::string chartPart = package_->FreeName(FolderOf(part_) + "charts/chart", ".xml");
+    const std::string chartPart = package_->FreeName(Package::FolderOf(part_) + "charts/chart", ".xml");
     package_->Put(chartPart, ChartXml(chart, sheetName.toStdString(), vocabulary_));
     package_->Declare(chartPart, ContentType + "drawingml.chart+xml");
 
-    const std::string drawingPart = package_->FreeName(FolderOf(part_) + "drawings/drawing", ".xml");
+    const std::string drawingPart = package_->FreeName(Package::FolderOf(part_) + "drawings/drawing", ".xml");
     const std::string target = Package::Target(drawingPart, chartPart);
     const std::string chartId = package_->Relate(drawingPart, types, "chart", target);
     package_->Put(drawingPart, DrawingXml(chart, chartId, vocabulary_));
@@ -186,7 +195,7 @@ std::unique_ptr<SheetPart> Book::AddSheet(SheetContent &content, const QString &
 {
     const QStringList names = SheetNames();
     const QString name = NewSheetName(title, names);
-    const std::string part = package_->FreeName(FolderOf(part_) + "worksheets/sheet", ".xml");
+    const std::string part = package_->FreeName(Package::FolderOf(part_) + "worksheets/sheet", ".xml");
     const std::string target = Package::Target(part_, part);
     Enter(name, package_->Relate(part_, vocabulary_.relationships, "worksheet", target));
     package_->Declare(part, ContentType + "spreadsheetml.worksheet+xml");

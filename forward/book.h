@@ -36,6 +36,7 @@ class Book
     QStringList SheetNames() const;
     std::string NewSheetId() const;
     void Enter(const QString &name, const std::string &relationshipId);
+    std::string RelateStyles();
     std::vector<int> AddLooksOf(SheetContent &content);
     std::string AddChart(const SheetChart &chart, const std::string &sheetPart, const QString &sheetName);
 

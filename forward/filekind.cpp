@@ -1,5 +1,6 @@
 #include "forward/filekind.h"
 
+#include "forward/replacement.h"
 #include "platform/filenames.h"
 #include "resources/strings.h"
 
@@ -84,6 +85,19 @@ QString WhyNotReplaced(const QString &name)
         return Text(Str::BookFolderReadOnly);
 #endif
     return {};
+}
+
+QString WhyNotMade(const QString &name)
+{
+    const QFileInfo info(name);
+    if (!QFileInfo::exists(info.absolutePath()))
+        return Text(Str::FolderNotThere);
+    if (info.isDir())
+        return Text(Str::FileNotRegular);
+    if (!MayBeWritten(name))
+        return Text(Str::FileReadOnly);
+    Replacement trial(name);
+    return trial.Open() ? QString() : Text(Str::BookFolderClosed);
 }
 
 } // namespace px40

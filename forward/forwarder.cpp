@@ -58,15 +58,26 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
         co_return outcome;
     const RunHold hold(state);
     const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
+    if (!workbook.target)
+        co_return outcome;
+    state.CancelRequest = false;
+    progress_->Show();
+    progress_->SetCaption(Text(Str::ForwardData));
+    progress_->SetMessage(Text(Str::Forwarding));
     // An exchange under way is not to be taken for input that belongs to nobody.
     const bool free = co_await gate_->WaitUntilFree();
-    if (workbook.target && free && !state.RealtimeRun) {
+    const bool allowed = free && !state.RealtimeRun;
+    if (allowed) {
         state.LinkActivity = ActivityForwarding;
-        state.CancelRequest = false;
         const bool done = co_await Write(dataSet, workbook, choice.title);
         outcome.done = done;
-        if (!done)
-            co_await services_.prompts.Warn(state.ForwardErrorText);
+    } else {
+        state.ForwardErrorText = Text(Str::RunHoldsWindows); // one was started while this waited
+    }
+    progress_->Unload();
+    if (!outcome.done)
+        co_await services_.prompts.Warn(state.ForwardErrorText);
+    if (allowed) {
         // A status check that began meanwhile would lose its reply, and put back what it found.
         co_await gate_->WaitUntilFree();
         state.LinkActivity = ActivityIdle;
@@ -80,9 +91,6 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
 
 QCoro::Task<bool> Forwarder::Write(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
 {
-    progress_->Show();
-    progress_->SetCaption(Text(Str::ForwardData));
-    progress_->SetMessage(Text(Str::Forwarding));
     bool done = false;
     try {
         done = co_await MakeSheet(dataSet, workbook, title);
@@ -90,17 +98,33 @@ QCoro::Task<bool> Forwarder::Write(std::shared_ptr<DataSet> dataSet, Workbook wo
             done = co_await WriteWorkbook(&services_, workbook.file, title, progress_);
     } catch (const std::exception &error) {
         services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
+        done = false;
     }
-    progress_->Unload();
     co_return done;
 }
 
+/// Whatever happens, the spreadsheet is shown again.
 QCoro::Task<bool> Forwarder::MakeSheet(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
 {
-    LinkState &state = services_.state;
     const DataSetSource source(dataSet, title);
     WholeForward forward(*workbook.target, source, workbook.addTo.toStdString());
-    const int rows = source.Samples() + 1;
+    bool done = false;
+    try {
+        done = co_await TakeSteps(&forward, source.Samples() + 1);
+    } catch (const std::exception &error) {
+        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
+    }
+    SheetStep end = forward.End();
+    for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
+        co_await Pause(BusyPauseMs);
+        end = forward.End();
+    }
+    co_return done;
+}
+
+QCoro::Task<bool> Forwarder::TakeSteps(WholeForward *forward, int rows)
+{
+    LinkState &state = services_.state;
     int shown = 0;
     SheetStep step = SheetStep::Again;
     QElapsedTimer stretch;
@@ -117,19 +141,14 @@ QCoro::Task<bool> Forwarder::MakeSheet(std::shared_ptr<DataSet> dataSet, Workboo
         state.LinkActivity = state.LinkActivity == ActivityIdle ? ActivityForwarding : state.LinkActivity;
         if (state.CancelRequest)
             break;
-        step = forward.Next();
-        if (forward.RowsWritten() != shown) {
-            shown = forward.RowsWritten();
+        step = forward->Next();
+        if (forward->RowsWritten() != shown) {
+            shown = forward->RowsWritten();
             progress_->RenProgress(shown < rows, shown, rows);
         }
     }
     if (step == SheetStep::Failed)
-        state.ForwardErrorText = QString::fromStdString(workbook.target->ErrorText());
-    SheetStep end = forward.End();
-    for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
-        co_await Pause(BusyPauseMs);
-        end = forward.End();
-    }
+        state.ForwardErrorText = QString::fromStdString(forward->ErrorText());
     co_return step == SheetStep::Done;
 }
 

@@ -13,6 +13,7 @@ namespace px40 {
 class DataSet;
 class LinkGate;
 class ProgressView;
+class WholeForward;
 
 /// Forwards finished data sets in one go, behind the progress dialog, whose Cancel ends it. The program lives
 /// meanwhile. Why one failed or was cancelled is told to the user in one box.
@@ -28,6 +29,7 @@ class Forwarder
   private:
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title);
     QCoro::Task<bool> MakeSheet(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title);
+    QCoro::Task<bool> TakeSteps(WholeForward *forward, int rows);
 
     ForwardServices services_;
     LinkGate *gate_;

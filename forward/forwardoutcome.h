@@ -13,7 +13,7 @@ struct ForwardOutcome
     bool openAfter = true; ///< the user wants to see it
 };
 
-/// "3 rows forwarded to NAME." for the status bar.
+/// "3 rows forwarded to NAME in FOLDER." for the status bar.
 QString OutcomeText(const ForwardOutcome &outcome);
 
 } // namespace px40

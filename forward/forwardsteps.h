@@ -21,6 +21,9 @@ class WholeForward
     /// The next step. `Again` until the last one was made, which gives `Done`.
     SheetStep Next();
 
+    /// Why the last step failed.
+    std::string ErrorText() const { return target_->ErrorText(); }
+
     /// Table rows written so far, the heading counted.
     int RowsWritten() const { return rows_; }
 

@@ -17,11 +17,6 @@ const std::string ContentTypesName = "[Content_Types].xml";
 /// Nothing of a workbook that is read here comes near it, but a few bytes can be made to unpack to more.
 constexpr zip_uint64_t LargestPart = 64 * 1024 * 1024;
 
-std::string FolderOf(std::string_view part)
-{
-    return std::string(part.substr(0, part.rfind('/') + 1));
-}
-
 std::string_view LastPiece(std::string_view uri)
 {
     return uri.substr(uri.rfind('/') + 1);
@@ -43,12 +38,12 @@ std::vector<std::string> Pieces(std::string_view path)
     return pieces;
 }
 
-/// The part that a target leads to as seen from another part.
-std::string Resolve(const std::string &from, std::string target)
+/// The part that a target leads to as seen from a part in that folder.
+std::string Resolve(const std::string &folder, std::string target)
 {
     std::replace(target.begin(), target.end(), '\\', '/');
     std::string part;
-    for (const std::string &piece : Pieces(target.starts_with('/') ? target : FolderOf(from) + target))
+    for (const std::string &piece : Pieces(target.starts_with('/') ? target : folder + target))
         part += (part.empty() ? "" : "/") + piece;
     return part;
 }
@@ -145,6 +140,11 @@ pugi::xml_node Package::Load(const std::string &name, std::string_view root,
     return element;
 }
 
+std::string Package::FolderOf(std::string_view part)
+{
+    return std::string(part.substr(0, part.rfind('/') + 1));
+}
+
 std::string Package::RelationshipsName(const std::string &part)
 {
     return FolderOf(part) + "_rels/" + std::string(LastPiece(part)) + ".rels";
@@ -163,7 +163,7 @@ std::vector<Relationship> Package::Relationships(const std::string &part) const
         Relationship one;
         one.kind = LastPiece(node.attribute("Type").value());
         if (std::string_view(node.attribute("TargetMode").value()) != "External")
-            one.part = Resolve(part, node.attribute("Target").value());
+            one.part = Resolve(FolderOf(part), node.attribute("Target").value());
         found.push_back(std::move(one));
     }
     return found;
@@ -218,10 +218,15 @@ void Package::LoadContentTypes()
 void Package::Declare(const std::string &name, const std::string &contentType)
 {
     LoadContentTypes();
-    pugi::xml_node node = AppendNamed(contentTypes_.document_element(), "Override");
+    const std::string key = Key(name);
+    pugi::xml_node root = contentTypes_.document_element();
+    if (!declared_.insert(key).second) // of a part that is not there
+        root.remove_child(root.find_child([&key](const pugi::xml_node &one) {
+            return LocalName(one) == "Override" && Key(one.attribute("PartName").value()) == key;
+        }));
+    pugi::xml_node node = AppendNamed(root, "Override");
     node.append_attribute("PartName").set_value(("/" + name).c_str());
     node.append_attribute("ContentType").set_value(contentType.c_str());
-    declared_.insert(Key(name));
 }
 
 std::string Package::Relate(const std::string &part, const std::string &vocabulary, const std::string &kind,

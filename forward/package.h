@@ -50,6 +50,9 @@ class Package
     std::vector<Relationship> Relationships(const std::string &part) const;
     static std::string RelationshipsName(const std::string &part);
 
+    /// With the slash at its end; empty for a part in none.
+    static std::string FolderOf(std::string_view part);
+
     /// The name of a part as it is written in the relationships of another one.
     static std::string Target(const std::string &from, const std::string &to);
 
@@ -59,7 +62,7 @@ class Package
     /// Replaces a part, or adds it.
     void Put(const std::string &name, std::string text);
 
-    /// Says what a new part holds; before `Store`.
+    /// Says what a new part holds, whatever was said of that name; before `Store`.
     void Declare(const std::string &name, const std::string &contentType);
 
     /// A new relationship of a part; its id. `vocabulary` is that of the type.

@@ -9,13 +9,18 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
 #ifdef Q_OS_WIN
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
 #include <io.h>
+#include <windows.h>
 #else
-#include <cerrno>
 #include <csignal>
 
 #include <sys/file.h>
@@ -47,10 +52,26 @@ bool SyncToDisk(QFile &file)
 
 void Mark(QFile &) {}
 
-/// An open file cannot be removed, so whatever can is a leftover.
-bool IsLeftover(const QString &)
+/// An open file cannot be removed, and one that is finished is renamed at once.
+bool IsUnused(const QString &)
 {
     return true;
+}
+
+bool IsGone(qint64 pid)
+{
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(pid));
+    if (!process)
+        return GetLastError() == ERROR_INVALID_PARAMETER;
+    const bool ended = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+    CloseHandle(process);
+    return ended;
+}
+
+/// 0, or what was in the way; never replaces anything.
+int RenameToFree(const std::filesystem::path &from, const std::filesystem::path &to)
+{
+    return ::_wrename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
 void TakeModeOf(const QString &, QFile &) {}
@@ -69,17 +90,27 @@ void Mark(QFile &file)
     ::flock(file.handle(), LOCK_EX | LOCK_NB);
 }
 
-bool IsLeftover(const QString &name)
+bool IsUnused(const QString &name)
 {
-    const QString fileName = QFileInfo(name).fileName();
-    const int pid = fileName.mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
-    if (pid <= 0)
-        return false;
-    // A number that is in use again, by this very process too, says nothing; then the mark decides.
-    if (pid != ::getpid() && (::kill(pid, 0) == 0 || errno != ESRCH))
-        return false;
     QFile file(name);
     return file.open(QIODevice::ReadOnly) && ::flock(file.handle(), LOCK_EX | LOCK_NB) == 0;
+}
+
+bool IsGone(qint64 pid)
+{
+    return ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
+}
+
+/// 0, or what was in the way; never replaces anything, unless the file system knows no links.
+int RenameToFree(const std::filesystem::path &from, const std::filesystem::path &to)
+{
+    if (::link(from.c_str(), to.c_str()) == 0) {
+        ::unlink(from.c_str());
+        return 0;
+    }
+    if (errno == EEXIST)
+        return EEXIST;
+    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
 /// As far as this user may: another's file stays his if the administrator changes it.
@@ -96,6 +127,14 @@ void TakeModeOf(const QString &name, QFile &file)
 }
 
 #endif
+
+bool IsLeftover(const QString &name)
+{
+    const QString fileName = QFileInfo(name).fileName();
+    const int pid = fileName.mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
+    // A number that is in use again, by this very process too, says nothing; then the mark decides.
+    return pid > 0 && (pid == QCoreApplication::applicationPid() || IsGone(pid)) && IsUnused(name);
+}
 
 } // namespace
 
@@ -220,15 +259,21 @@ bool Replacement::Finish()
     return SyncToDisk(file_) || Fail(qt_error_string());
 }
 
-bool Replacement::TakePlace()
+bool Replacement::TakePlace(bool mayReplace)
 {
 #ifdef Q_OS_WIN
     file_.close(); // an open file cannot be renamed there
 #endif
+    const std::filesystem::path from = file_.filesystemFileName();
+    const std::filesystem::path to = QFileInfo(name_).filesystemFilePath();
     std::error_code problem;
-    std::filesystem::rename(file_.filesystemFileName(), QFileInfo(name_).filesystemFilePath(), problem);
+    if (mayReplace)
+        std::filesystem::rename(from, to, problem);
+    else
+        problem.assign(RenameToFree(from, to), std::generic_category());
     if (problem)
-        return Fail(qt_error_string(problem.value()));
+        return Fail(mayReplace ? qt_error_string(problem.value())
+                               : QString::fromStdString(problem.message()));
     file_.close();
     file_.setFileName({});
     return true;

@@ -42,7 +42,9 @@ class Replacement
 
     /// Everything is on the disk, with the mode bits of the file that it is to replace.
     bool Finish();
-    bool TakePlace();
+
+    /// `mayReplace`: else nothing that is there is replaced, not even what came this very moment.
+    bool TakePlace(bool mayReplace);
 
     QString ErrorText() const { return error_; }
 

@@ -27,6 +27,9 @@ RowForwarder::~RowForwarder() = default;
 
 QCoro::Task<bool> RowForwarder::Prepare(ForwardChoice choice)
 {
+    if (failed_ && forward_)
+        GiveBack();
+    Release();
     choice_ = choice;
     const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
     workbook_ = workbook;
@@ -35,6 +38,8 @@ QCoro::Task<bool> RowForwarder::Prepare(ForwardChoice choice)
 
 QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
 {
+    if (!workbook_.target)
+        co_return false;
     failed_ = false;
     wanted_ = 0;
     before_ = dataSet->GetDatacount();
@@ -83,7 +88,7 @@ SheetStep RowForwarder::WriteWaiting()
 void RowForwarder::Retry()
 {
     if (failed_) {
-        retry_.SetEnabled(forward_->GiveBack() == SheetStep::Busy);
+        GiveBack();
         return;
     }
     try {
@@ -98,30 +103,51 @@ void RowForwarder::Fail(const QString &reason)
 {
     failed_ = true;
     services_.state.ForwardErrorText = reason;
-    const bool busy = forward_->GiveBack() == SheetStep::Busy;
-    retry_.SetInterval(busy ? BusyPauseMs : 0);
-    retry_.SetEnabled(busy);
+    GiveBack();
+}
+
+/// After a failure; goes on by itself until the spreadsheet has taken it.
+void RowForwarder::GiveBack()
+{
+    if (forward_->GiveBack() != SheetStep::Busy) {
+        Release();
+        return;
+    }
+    retry_.SetInterval(BusyPauseMs);
+    retry_.SetEnabled(true);
+}
+
+/// A spreadsheet that somebody still holds cannot be closed by the user.
+void RowForwarder::Release()
+{
+    retry_.SetEnabled(false);
+    forward_.reset();
+    source_.reset();
+    data_.reset();
+    workbook_ = {};
 }
 
 QCoro::Task<bool> RowForwarder::Close()
 {
     const QScopedValueRollback<bool> closing(closing_, true);
     ForwardOutcome outcome;
+    outcome.openAfter = choice_.openAfter;
     services_.state.CancelRequest = false;
+    const std::shared_ptr<XlsxFile> file = workbook_.file;
     try {
         bool done = co_await Finish();
-        outcome.samples = forward_->Rows();
-        if (done && workbook_.file && outcome.samples > 0)
-            done = co_await WriteWorkbook(&services_, workbook_.file, choice_.title, nullptr);
+        outcome.samples = done ? forward_->Rows() : 0;
+        if (done && file && outcome.samples > 0)
+            done = co_await WriteWorkbook(&services_, file, choice_.title, nullptr);
         outcome.done = done;
     } catch (const std::exception &error) {
-        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
-        outcome.done = false;
+        if (forward_)
+            Fail(QString::fromLocal8Bit(error.what()));
     }
-    if (workbook_.file)
-        outcome.file = workbook_.file->Name();
-    outcome.openAfter = choice_.openAfter;
-    data_.reset();
+    if (file)
+        outcome.file = file->Name();
+    if (!failed_)
+        Release();
     Q_EMIT closed(outcome);
     co_return outcome.done;
 }

@@ -48,6 +48,8 @@ class RowForwarder : public QObject, public RowForward
     SheetStep WriteWaiting();
     void Retry();
     void Fail(const QString &reason);
+    void GiveBack();
+    void Release();
     QCoro::Task<bool> Finish();
 
     ForwardServices services_;

@@ -6,13 +6,18 @@ namespace {
 
 std::string CellName(int row, int column)
 {
-    std::string letters;
-    for (; column > 0; column = (column - 1) / 26)
-        letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
-    return letters + std::to_string(row);
+    return ColumnLetters(column) + std::to_string(row);
 }
 
 } // namespace
+
+std::string ColumnLetters(int column)
+{
+    std::string letters;
+    for (; column > 0; column = (column - 1) / 26)
+        letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
+    return letters;
+}
 
 std::string RangeName(const CellRange &range)
 {

@@ -43,6 +43,9 @@ struct CellRange
     int lastColumn = 1;
 };
 
+/// "AB" for 28.
+std::string ColumnLetters(int column);
+
 /// "B5:F4", with the corners as given.
 std::string RangeName(const CellRange &range);
 

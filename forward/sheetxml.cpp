@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -27,7 +26,6 @@ class Counter
     qint64 bytes_ = 0;
 };
 
-/// The parts of a cell's name, "AB" and "12".
 class Digits
 {
   public:
@@ -37,21 +35,6 @@ class Digits
   private:
     char chars_[12];
     char *end_;
-};
-
-class Letters
-{
-  public:
-    explicit Letters(int column) : first_(std::end(chars_))
-    {
-        for (; column > 0; column = (column - 1) / 26)
-            *--first_ = static_cast<char>('A' + (column - 1) % 26);
-    }
-    std::string_view View() const { return {first_, static_cast<std::size_t>(std::end(chars_) - first_)}; }
-
-  private:
-    char chars_[8];
-    char *first_;
 };
 
 /// `formats`: the text of the attribute for each style.
@@ -65,7 +48,7 @@ void PutRow(const SheetRows &rows, const std::vector<std::string> &formats, Out 
     out.append("\">");
     for (const SheetRows::Cell &cell : rows.Cells()) {
         out.append("<c r=\"");
-        out.append(Letters(cell.column).View());
+        out.append(ColumnLetters(cell.column));
         out.append(row);
         out.append(formats[cell.style]);
         switch (cell.kind) {

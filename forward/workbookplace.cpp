@@ -1,9 +1,10 @@
 #include "forward/workbookplace.h"
 
+#include "forward/filekind.h"
+#include "forward/replacement.h"
 #include "forward/xlsxfile.h"
 #include "link/linkstate.h"
 #include "platform/clock.h"
-#include "platform/filenames.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
 #include "platform/turns.h"
@@ -38,7 +39,7 @@ QString WhyNotNew(const QString &name)
 {
     if (QFileInfo(name).suffix().compare(QStringLiteral("xlsx"), Qt::CaseInsensitive) != 0)
         return Text(Str::ForwardNewKind);
-    return MayBeWritten(name) ? QString() : Text(Str::FileReadOnly);
+    return WhyNotMade(RealName(name));
 }
 
 /// The name for a new workbook; empty when the user gives up.
@@ -86,6 +87,33 @@ QCoro::Task<QString> NameNotHeld(const ForwardServices *services, QString name, 
     co_return name;
 }
 
+/// Another name in place of one under which a file has appeared meanwhile. Empty when the user gives up.
+QCoro::Task<QString> NameNotTaken(const ForwardServices *services, QString name, QString title)
+{
+    const QStringList choices = {Text(Str::NewWorkbook), Text(Str::Cancel)};
+    const QString text = About(Text(Str::BookTaken), name);
+    QString other;
+    while (other.isEmpty()) {
+        const int choice = co_await services->prompts.AskOneOf(text, choices);
+        if (choice != 0)
+            break;
+        other = co_await AskNewName(services, title);
+    }
+    co_return other;
+}
+
+/// What is to be written instead, or again, after such a result. Empty when the user gives up.
+QCoro::Task<QString> NameAfter(const ForwardServices *services, WriteResult result, QString name,
+                               QString title)
+{
+    if (result == WriteResult::Taken) {
+        const QString other = co_await NameNotTaken(services, name, title);
+        co_return other;
+    }
+    const QString other = co_await NameNotHeld(services, name, title);
+    co_return other;
+}
+
 /// Moves the bar along until the writing has ended.
 QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> ended,
                                 std::shared_ptr<WriteWatch> watch, ProgressView *progress)
@@ -93,7 +121,8 @@ QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> e
     while (!ended.IsComplete()) {
         watch->cancelled = services->state.CancelRequest;
         if (progress)
-            progress->RenProgress(false, std::max<int>(1, watch->permille), Permille); // 0 would leave it full
+            progress->RenProgress(false, std::max<int>(1, watch->permille),
+                                  Permille); // 0 would leave it full
         co_await Pause(ProgressEveryMs);
     }
 }
@@ -165,19 +194,17 @@ QCoro::Task<bool> WriteWorkbook(const ForwardServices *services, std::shared_ptr
 {
     if (progress)
         progress->SetMessage(Text(Str::ForwardWriting));
-    WriteResult result = WriteResult::InUse;
-    while (result == WriteResult::InUse) {
-        result = co_await WriteOnce(services, file, progress);
-        if (result != WriteResult::InUse)
-            continue;
+    WriteResult result = co_await WriteOnce(services, file, progress);
+    while (result == WriteResult::InUse || result == WriteResult::Taken) {
         const QString before = file->Name();
-        const QString name = co_await NameNotHeld(services, before, title);
+        const QString name = co_await NameAfter(services, result, before, title);
         if (name.isEmpty()) {
             services->state.ForwardErrorText = Text(Str::Canceled);
             co_return false;
         }
-        if (name != before)
+        if (name != before || result == WriteResult::Taken)
             file->SetNewName(name);
+        result = co_await WriteOnce(services, file, progress);
     }
     co_return result == WriteResult::Done;
 }

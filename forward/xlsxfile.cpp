@@ -42,7 +42,7 @@ QString CloseFault(const ZipDevice &device, const SheetPart &sheet, const SheetC
     return Text(Str::BookDamaged).arg(QString::fromUtf8(zip_strerror(archive)));
 }
 
-enum class Outcome { Done, Cancelled, InUse, Changed };
+enum class Outcome { Done, Cancelled, InUse, Taken, Changed };
 
 } // namespace
 
@@ -51,11 +51,13 @@ struct XlsxFile::Parts
     /// Throws `BookFault`.
     Outcome WriteOnce(WriteWatch *watch);
     Outcome PutInPlace(Replacement &file, const QString &real, const FilePrint &before, WriteWatch *watch);
+    bool IsTaken(const FilePrint &now) const { return isNew && now.size >= 0 && now != agreed; }
 
     SheetContent content;
     QString title;
     QString name;
     bool isNew = true;
+    FilePrint agreed; ///< the file that a new workbook may replace
     QString error;
 };
 
@@ -158,6 +160,7 @@ void XlsxFile::SetNewName(const QString &name)
 {
     parts_->name = name;
     parts_->isNew = true;
+    parts_->agreed = PrintOf(RealName(name));
 }
 
 QString XlsxFile::Name() const
@@ -169,6 +172,7 @@ WriteResult XlsxFile::Write(WriteWatch *watch)
 {
     constexpr int tries = 5;
     parts_->error.clear();
+    Sweep(parts_->name);
     try {
         for (int i = 0; i < tries; ++i) {
             switch (parts_->WriteOnce(watch)) {
@@ -179,6 +183,9 @@ WriteResult XlsxFile::Write(WriteWatch *watch)
             case Outcome::InUse:
                 parts_->error = Text(Str::BookInUse).arg(HolderOf(parts_->name));
                 return WriteResult::InUse;
+            case Outcome::Taken:
+                parts_->error = Text(Str::BookTaken);
+                return WriteResult::Taken;
             case Outcome::Changed:
                 break;
             }
@@ -196,9 +203,11 @@ Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
     const FilePrint before = PrintOf(real);
     if (!isNew)
         ThrowUnless(WhyNoPackage(real));
-    ThrowUnless(WhyNotReplaced(real));
+    ThrowUnless(isNew ? WhyNotMade(real) : WhyNotReplaced(real));
     if (!BookHolder(name).isEmpty())
         return Outcome::InUse;
+    if (IsTaken(before))
+        return Outcome::Taken;
 
     Replacement file(real);
     WriteProgress progress(watch);
@@ -219,6 +228,7 @@ Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
         throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
     if (zip_close(archive.get()) == 0) {
         static_cast<void>(archive.release());
+        device.Close(); // an open file cannot be replaced everywhere
         return PutInPlace(file, real, before, watch);
     }
     if (watch->cancelled)
@@ -235,9 +245,15 @@ Outcome XlsxFile::Parts::PutInPlace(Replacement &file, const QString &real, cons
         return Outcome::Cancelled;
     if (!BookHolder(name).isEmpty())
         return Outcome::InUse;
-    if (!isNew && PrintOf(real) != before)
+    const FilePrint now = PrintOf(real);
+    if (IsTaken(now))
+        return Outcome::Taken;
+    if (!isNew && now != before)
         return Outcome::Changed;
-    if (!file.TakePlace())
+    const bool mayReplace = now.size >= 0;
+    if (!file.TakePlace(mayReplace) && !mayReplace && PrintOf(real).size >= 0)
+        return Outcome::Taken;
+    if (!file.ErrorText().isEmpty())
         throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
     constexpr int whole = 1000;
     watch->permille = whole;

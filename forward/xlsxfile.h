@@ -22,6 +22,7 @@ enum class WriteResult {
     Done,
     Cancelled,
     InUse,  ///< another program has the workbook open; `HolderOf` says who, `ErrorText` in a sentence
+    Taken,  ///< of a new workbook: another file has its name by now; `ErrorText` says so
     Failed, ///< the reason stands in `ErrorText`
 };
 
@@ -59,14 +60,15 @@ class XlsxFile : public SheetTarget
     SheetStep AddChart(const SheetChart &chart) override;
     std::string ErrorText() const override;
 
-    /// From now on the sheet goes into a new workbook of that name, and replaces what is there.
+    /// From now on the sheet goes into a new workbook of that name, and replaces the file that is there now,
+    /// but none that comes later.
     void SetNewName(const QString &name);
 
     /// The workbook that is written.
     QString Name() const;
 
-    /// Writes the file; may be called on another thread while nobody else uses this, and again after
-    /// anything but `Done`.
+    /// Writes the file, and removes what `Sweep` does; may be called on another thread while nobody else uses
+    /// this, and again after anything but `Done`.
     WriteResult Write(WriteWatch *watch);
 
   private:

@@ -36,6 +36,9 @@ class ZipDevice
     /// The archive, checked for consistency; null with the reason in `ErrorText`. It must not outlive this.
     Zip Open();
 
+    /// Lets go of the file that is read, once the archive is closed.
+    void Close() { file_.close(); }
+
     /// Of the file that is read.
     qint64 Size() const { return size_; }
 

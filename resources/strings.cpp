@@ -511,6 +511,8 @@ const char16_t *Lookup(Str id)
         return u"Writing the workbook...";
     case Str::ForwardDone:
         return u"%1 forwarded to %2.";
+    case Str::ForwardDoneIn:
+        return u"%1 forwarded to %2 in %3.";
     case Str::MicrosoftExcel:
         return u"Microsoft Excel";
     case Str::ForwardTooMany:
@@ -562,6 +564,10 @@ const char16_t *Lookup(Str id)
                u"copy.";
     case Str::BookKeepsChanging:
         return u"Another program keeps changing this workbook. Try again once it has finished.";
+    case Str::BookFolderClosed:
+        return u"Nothing can be written into this folder. Choose another one.";
+    case Str::BookTaken:
+        return u"There is another file under this name by now. Take a new workbook.";
     case Str::BookHolderOn:
         return u"%1 on %2";
     case Str::BookOtherProgram:

@@ -1,9 +1,155 @@
 #include "tests/bookrig.h"
 
+#include "tests/support.h"
+
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
 #include <QTest>
 
+#include <zip.h>
+
 namespace px40 {
+
+namespace {
+
+const QByteArray Office = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+const QByteArray Main = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
+const QByteArray Types = "[Content_Types].xml";
+const QByteArray Book = "xl/workbook.xml";
+const QByteArray Links = "xl/_rels/workbook.xml.rels";
+
+} // namespace
+
+BookParts PlainBook()
+{
+    BookParts parts;
+    const QString all = QString::fromUtf8(Contents(QStringLiteral(PX40_PLAIN_BOOK)));
+    for (const QString &section : all.split(u"==== "_qs, Qt::SkipEmptyParts))
+        parts.emplace_back(section.section(u'\n', 0, 0).toUtf8(), section.section(u'\n', 1).toUtf8());
+    constexpr qsizetype imageSize = 100'000;
+    parts.insert(7, {"xl/media/image1.png", QByteArray(imageSize, 'i')}); // not compressed: see `BookRig`
+    return parts;
+}
+
+BookParts Changed(BookParts parts, const QByteArray &name, const QByteArray &before, const QByteArray &after)
+{
+    bool found = false;
+    for (auto &[part, text] : parts) {
+        if (!name.isEmpty() && part != name)
+            continue;
+        found = found || text.contains(before);
+        text.replace(before, after);
+    }
+    if (!found)
+        qFatal("The sample has no %s", before.constData());
+    return parts;
+}
+
+BookParts BookLike(const QByteArray &guise)
+{
+    BookParts parts = PlainBook();
+    if (guise == "prefixed") {
+        static const QRegularExpression tag(QStringLiteral("<(/?)(?=[A-Za-z])"));
+        for (auto &[name, text] : parts)
+            text = QString::fromUtf8(text).replace(tag, QStringLiteral("<\\1x:")).toUtf8();
+        parts = Changed(parts, {}, "xmlns=", "xmlns:x=");
+    } else if (guise == "strict") {
+        parts = Changed(parts, {}, Main, "http://purl.oclc.org/ooxml/spreadsheetml/main");
+        parts = Changed(parts, {}, Office, "http://purl.oclc.org/ooxml/officeDocument/relationships");
+    } else if (guise == "without styles") {
+        parts = Changed(parts, Links, "/styles\"", "/other\"");
+    } else if (guise == "bare styles") {
+        parts[4].second = "<styleSheet xmlns=\"" + Main + "\"/>";
+    } else if (guise == "macros") {
+        parts = Changed(parts, Types, "vnd.openxmlformats-officedocument.spreadsheetml.sheet.main",
+                        "vnd.ms-excel.sheet.macroEnabled.main");
+    } else if (guise == "chart sheet") {
+        parts =
+            Changed(parts, Book, "</sheets>", R"(<sheet name="PX40 1" sheetId="9" r:id="rId9"/></sheets>)");
+        parts =
+            Changed(parts, Links, "</R", R"(<Relationship Id="rId9" Target="chartsheets/sheet1.xml"/></R)");
+        parts.emplace_back("xl/chartsheets/sheet1.xml", "<chartsheet/>");
+    } else if (guise == "absolute targets") {
+        parts = Changed(Changed(parts, {}, "Target=\"", "Target=\"/xl/"), {}, "/xl/xl/", "/xl/");
+    } else if (guise == "other case") {
+        for (auto &[name, text] : parts)
+            name = name == Book ? name : name.toUpper();
+    } else if (guise == "names taken") {
+        parts =
+            Changed(parts, Types, "</Types>", R"(<Override PartName="/xl/worksheets/sheet3.xml"/></Types>)");
+        for (const char *name :
+             {"xl/worksheets/Sheet2.xml", "xl/charts/chart1.xml", "xl/drawings/_rels/drawing1.xml.rels"})
+            parts.emplace_back(name, "<Relationships/>");
+    } else if (guise == "prefix on each sheet") {
+        parts = Changed(parts, Book, " xmlns:r=\"" + Office + '"', {});
+        parts = Changed(parts, Book, "r:id=", "xmlns:d=\"" + Office + "\" d:id=");
+    }
+    return parts;
+}
+
+BookRig::BookRig(const BookParts &parts, const QString &fileName) : name(folder.filePath(fileName))
+{
+    zip_t *archive = zip_open(QFile::encodeName(name).constData(), ZIP_CREATE, nullptr);
+    QVERIFY(archive);
+    for (const auto &[part, text] : parts) {
+        zip_source_t *source =
+            zip_source_buffer(archive, text.constData(), static_cast<zip_uint64_t>(text.size()), 0);
+        const auto at = static_cast<zip_uint64_t>(zip_file_add(archive, part.constData(), source, 0));
+        constexpr time_t longAgo = 1'000'000'000;
+        zip_file_set_mtime(archive, at, longAgo, 0);
+        zip_set_file_compression(archive, at, at % 2 ? ZIP_CM_STORE : ZIP_CM_DEFLATE, 9);
+    }
+    QCOMPARE(zip_close(archive), 0);
+}
+
+QStringList BookRig::Neighbours() const
+{
+    QStringList files = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    files.removeAll(QFileInfo(name).fileName());
+    return files;
+}
+
+QMap<QByteArray, EntryState> ReadPackage(const QString &file)
+{
+    QMap<QByteArray, EntryState> entries;
+    zip_t *archive = zip_open(QFile::encodeName(file).constData(), ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
+    if (!archive)
+        return entries;
+    const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive, 0));
+    for (zip_uint64_t at = 0; at < count; ++at) {
+        zip_stat_t stat;
+        zip_stat_index(archive, at, 0, &stat);
+        EntryState &entry = entries[stat.name];
+        for (const quint64 number :
+             {quint64(stat.crc), quint64(stat.comp_size), quint64(stat.comp_method), quint64(stat.mtime)})
+            entry.kept += ' ' + QByteArray::number(number);
+        entry.text.resize(static_cast<qsizetype>(stat.size));
+        zip_file_t *part = zip_fopen_index(archive, at, 0);
+        if (!part || zip_fread(part, entry.text.data(), stat.size) != entry.text.size())
+            entry.text.clear();
+        if (part)
+            zip_fclose(part);
+    }
+    zip_discard(archive);
+    return entries;
+}
+
+QStringList SheetNames(const QString &workbook)
+{
+    QStringList names;
+    pugi::xml_document document;
+    Load(document, ReadPackage(workbook).value("xl/workbook.xml").text);
+    for (const pugi::xpath_node &sheet : document.select_nodes("//*[local-name()='sheet']"))
+        names += QString::fromUtf8(sheet.node().attribute("name").value());
+    return names;
+}
+
+void Load(pugi::xml_document &document, const QByteArray &text)
+{
+    QVERIFY2(document.load_buffer(text.constData(), static_cast<std::size_t>(text.size())), text.constData());
+}
 
 SheetStep Fill(XlsxFile &file, const QString &workbook, int rows)
 {
@@ -17,33 +163,12 @@ SheetStep Fill(XlsxFile &file, const QString &workbook, int rows)
     return opened;
 }
 
-WriteResult AddTo(const QString &workbook, const QString &title, QString *error)
+WriteResult AddTo(const QString &workbook, const QString &title)
 {
     XlsxFile file(title);
     WriteWatch watch;
     Fill(file, workbook);
-    const WriteResult result = file.Write(&watch);
-    if (error)
-        *error = QString::fromStdString(file.ErrorText());
-    return result;
-}
-
-void Load(pugi::xml_document &document, const QByteArray &text)
-{
-    if (!document.load_buffer(text.constData(), static_cast<std::size_t>(text.size())))
-        QFAIL(text.constData());
-}
-
-QStringList SheetNames(const QString &workbook)
-{
-    QStringList names;
-    pugi::xml_document document;
-    const BookEntries entries = ReadPackage(workbook);
-    Load(document,
-         entries.value(entries.contains("xl/workbook.xml") ? "xl/workbook.xml" : "XL/WORKBOOK.XML").text);
-    for (const pugi::xpath_node &sheet : document.select_nodes("//*[local-name()='sheet']"))
-        names += QString::fromUtf8(sheet.node().attribute("name").value());
-    return names;
+    return file.Write(&watch);
 }
 
 bool Put(const QString &name, const QByteArray &bytes)

@@ -1,46 +1,66 @@
 #pragma once
 
 #include "forward/xlsxfile.h"
-#include "tests/booksamples.h"
 
-#include <QDir>
+#include <QByteArray>
+#include <QList>
+#include <QMap>
 #include <QStringList>
 #include <QTemporaryDir>
 
 #include <pugixml.hpp>
 
+#include <utility>
+
 namespace px40 {
 
-/// Opens that workbook, or the file as a new one, and sets `rows` rows and a chart.
-SheetStep Fill(XlsxFile &file, const QString &workbook, int rows = 1);
+/// Names and bytes of the entries of a package, in their order.
+using BookParts = QList<std::pair<QByteArray, QByteArray>>;
 
-WriteResult AddTo(const QString &workbook, const QString &title, QString *error = nullptr);
+/// A workbook of one sheet, "One", with much around it that nobody here understands.
+BookParts PlainBook();
+
+/// That workbook in another guise: "prefixed", "strict", "without styles", "bare styles", "macros", "chart
+/// sheet", "absolute targets", "other case", "names taken", "prefix on each sheet".
+BookParts BookLike(const QByteArray &guise);
+
+/// The parts with `after` in place of `before`, which must be there, in the part of that name; an empty name:
+/// in all of them.
+BookParts Changed(BookParts parts, const QByteArray &name, const QByteArray &before, const QByteArray &after);
+
+/// What an entry is in an archive: what a copy must keep, and its text.
+struct EntryState
+{
+    QByteArray kept;
+    QByteArray text;
+};
+
+/// The entries of a package by their names.
+QMap<QByteArray, EntryState> ReadPackage(const QString &file);
+
+/// The sheets of a workbook, in their order.
+QStringList SheetNames(const QString &workbook);
 
 /// The test has failed if it is no XML.
 void Load(pugi::xml_document &document, const QByteArray &text);
 
-/// The sheets of a workbook, in their order.
-QStringList SheetNames(const QString &workbook);
+/// Opens that workbook, or the file as a new one, and sets `rows` rows and a chart.
+SheetStep Fill(XlsxFile &file, const QString &workbook, int rows = 1);
+
+WriteResult AddTo(const QString &workbook, const QString &title);
 
 bool Put(const QString &name, const QByteArray &bytes);
 
 /// A workbook in a folder of its own.
 struct BookRig
 {
-    explicit BookRig(const BookParts &parts = PlainBook(), const QString &fileName = u"book.xlsx"_qs)
-        : name(folder.filePath(fileName))
-    {
-        written = WritePackage(name, parts);
-    }
-    QStringList Files() const
-    {
-        return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-    QStringList Neighbours() const { return Files().filter(u".px40-"_qs); }
+    explicit BookRig(const BookParts &parts = PlainBook(), const QString &fileName = u"book.xlsx"_qs);
+
+    /// What is there beside the workbook.
+    QStringList Neighbours() const;
 
     QTemporaryDir folder;
     QString name;
-    bool written = false;
 };
 
 } // namespace px40

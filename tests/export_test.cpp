@@ -1,38 +1,13 @@
+#include "tests/bookrig.h"
 #include "tests/support.h"
 
-#include <QDir>
-#include <QFile>
 #include <QProcess>
-
-#include <zip.h>
 
 #include <tuple>
 
 using namespace px40;
 
 namespace {
-
-/// Of a workbook's package; empty when there is none of that name.
-QByteArray Part(const QString &book, const char *name)
-{
-    QByteArray bytes;
-    zip_t *const package = zip_open(QFile::encodeName(book).constData(), ZIP_RDONLY, nullptr);
-    if (zip_file_t *const part = package ? zip_fopen(package, name, 0) : nullptr) {
-        bytes.resize(100'000);
-        bytes.resize(
-            static_cast<qsizetype>(zip_fread(part, bytes.data(), static_cast<zip_uint64_t>(bytes.size()))));
-        zip_fclose(part);
-    }
-    if (package)
-        zip_discard(package);
-    return bytes;
-}
-
-bool Put(const QString &name, const QByteArray &bytes)
-{
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 /// A run of the program, with nothing that leads to a display.
 struct Run
@@ -88,10 +63,10 @@ void ExportTest::BookIsMadeAndGrows()
         QVERIFY2(run->ended && run->code == 0 && run->said.isEmpty(), qPrintable(run->said));
         QCOMPARE(run->printed, u"3 rows forwarded to "_qs + book + u".\n"_qs);
     }
-    const QByteArray sheets = Part(book, "xl/workbook.xml");
-    QVERIFY(sheets.contains("Oven 3") && sheets.contains("PX40 1"));
-    QVERIFY(Part(book, "xl/worksheets/sheet1.xml").contains(">TIME<"));
-    QVERIFY(Part(book, "xl/worksheets/sheet2.xml").contains(">No.<")); // as after a download
+    QCOMPARE(SheetNames(book), QStringList({u"Oven 3"_qs, u"PX40 1"_qs}));
+    const auto parts = ReadPackage(book);
+    QVERIFY(parts["xl/worksheets/sheet1.xml"].text.contains(">TIME<"));
+    QVERIFY(parts["xl/worksheets/sheet2.xml"].text.contains(">No.<")); // as after a download
     QCOMPARE(Contents(work), QByteArray("theirs"));
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 4);
 }

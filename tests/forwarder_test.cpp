@@ -4,13 +4,12 @@
 #include "document/dataset.h"
 #include "forward/forwarder.h"
 #include "forward/rowforwarder.h"
-#include "forward/xlsxfile.h"
+#include "tests/bookrig.h"
 #include "tests/heldclock.h"
 #include "tests/support.h"
 
 #include <QFile>
 #include <QHash>
-#include <QLockFile>
 #include <QTest>
 
 #include <memory>
@@ -20,6 +19,14 @@ namespace px40 {
 namespace {
 
 using namespace Qt::Literals::StringLiterals;
+
+/// Of a task that comes to its end by itself.
+template <typename T>
+T ResultOf(QCoro::Task<T> task)
+{
+    const Running<T> running(std::move(task));
+    return running.Finish() ? running.Value() : T();
+}
 
 /// What a spreadsheet was told, and how it is to answer.
 struct Script
@@ -75,12 +82,13 @@ struct Rig
         }
     }
 
-    ForwardServices Services(bool spreadsheet = true)
+    ForwardServices Services() { return {state, prompts, clock, store, spreadsheet}; }
+
+    /// All in one go.
+    ForwardOutcome Forward(const ForwardChoice &choice)
     {
-        MakeSpreadsheet make;
-        if (spreadsheet)
-            make = [this] { return std::make_unique<ScriptedSheet>(script); };
-        return {state, prompts, clock, store, make};
+        Forwarder forwarder(Services(), gate, progress);
+        return ResultOf(forwarder.ForwardData(dataSet, choice));
     }
 
     QTemporaryDir folder;
@@ -93,6 +101,7 @@ struct Rig
     DocumentShared shared;
     std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
     Script script;
+    MakeSpreadsheet spreadsheet = [this] { return std::make_unique<ScriptedSheet>(script); };
 };
 
 } // namespace
@@ -103,7 +112,6 @@ class ForwarderTest : public QObject
 
   private Q_SLOTS:
     void WholeSetIsForwarded();
-    void CancelAndFailureAreTold_data();
     void CancelAndFailureAreTold();
     void BusySpreadsheetGetsItsRowsLater();
     void FailedRunGivesTheSpreadsheetBack();
@@ -120,17 +128,14 @@ void ForwarderTest::WholeSetIsForwarded()
     rig.script.onCall = [&](const QString &call) {
         if (!call.startsWith(u"cell")) // each in a row of its own
             QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
-        QVERIFY(!MayClose(rig.state));
+        QVERIFY(rig.progress.shown && !MayClose(rig.state));
         if (call.startsWith(u"cell 6"))
             rig.state.LinkActivity = ActivityIdle; // as a source command leaves it
     };
-    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {QString(), u"Loop 7"_s, true}));
-    QVERIFY(rig.progress.shown);
+    const ForwardOutcome outcome = rig.Forward({QString(), u"Loop 7"_s, true});
+    QVERIFY(outcome.done);
+    QCOMPARE(OutcomeText(outcome), u"3 rows forwarded to Microsoft Excel."_s);
     QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
-    QVERIFY(running.Finish());
-    QVERIFY(running.Value().done);
-    QCOMPARE(OutcomeText(running.Value()), u"3 rows forwarded to Microsoft Excel."_s);
     QVERIFY(!rig.progress.shown);
     QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
     QCOMPARE(rig.script.calls.mid(0, 5),
@@ -141,44 +146,39 @@ void ForwarderTest::WholeSetIsForwarded()
     QVERIFY(rig.prompts.warnings.isEmpty());
 }
 
-void ForwarderTest::CancelAndFailureAreTold_data()
-{
-    QTest::addColumn<QString>("at"); // cancelled at that call, or failing there
-    QTest::addColumn<bool>("cancel");
-    QTest::addColumn<QString>("told");
-    QTest::addColumn<bool>("shownAgain");
-    QTest::newRow("cancel while the only instance is hidden")
-        << u"attach"_s << true << u"Canceled."_s << false;
-    QTest::newRow("cancel in the table") << u"cell 6,2 10:00:01"_s << true << u"Canceled."_s << true;
-    QTest::newRow("no spreadsheet") << u"attach"_s << false << u"The server is gone."_s << false;
-    QTest::newRow("file refused") << u"open"_s << false << u"The server is gone."_s << true;
-    QTest::newRow("died at the chart") << u"chart"_s << false << u"The server is gone."_s << true;
-}
-
 void ForwarderTest::CancelAndFailureAreTold()
 {
-    QFETCH(const QString, at);
-    QFETCH(const bool, cancel);
-    Rig rig;
-    rig.AddRows(3);
-    rig.script.onCall = [&](const QString &call) {
-        QList<SheetStep> &answers = rig.script.answers[call.section(u' ', 0, 0)];
-        if (call != at)
-            return;
-        answers = {!cancel ? SheetStep::Failed : call == u"attach" ? SheetStep::Busy : SheetStep::Done};
-        rig.state.CancelRequest = cancel;
-        if (cancel)
-            rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
+    const struct
+    {
+        QString at; ///< the call at which it is cancelled, or fails
+        bool cancel;
+        bool shownAgain;
+    } rows[] = {
+        {u"attach"_s, true, false}, // the only instance is hidden
+        {u"cell 6,2 10:00:01"_s, true, true},
+        {u"attach"_s, false, false},
+        {u"open"_s, false, true},
+        {u"chart"_s, false, true},
     };
-    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
-    QVERIFY(running.Finish());
-    QVERIFY(!running.Value().done);
-    QTEST(rig.prompts.warnings.join(u'|'), "told");
-    QTEST(rig.script.calls.constLast() == u"visible 1", "shownAgain");
-    if (at.startsWith(u"cell")) // the row is finished, and no other begun
-        QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
-    QVERIFY(!rig.progress.shown && MayClose(rig.state));
+    for (const auto &[at, cancel, shownAgain] : rows) {
+        Rig rig;
+        rig.AddRows(3);
+        rig.script.onCall = [&, where = at, cancels = cancel](const QString &call) {
+            if (call != where)
+                return;
+            const SheetStep held = call == u"attach" ? SheetStep::Busy : SheetStep::Done;
+            rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : SheetStep::Failed};
+            rig.state.CancelRequest = cancels;
+            if (cancels)
+                rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
+        };
+        QVERIFY(!rig.Forward({}).done);
+        QCOMPARE(rig.prompts.warnings, QStringList(cancel ? u"Canceled."_s : u"The server is gone."_s));
+        QCOMPARE(rig.script.calls.constLast() == u"visible 1", shownAgain);
+        if (at.startsWith(u"cell")) // the row is finished, and no other begun
+            QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
+        QVERIFY(!rig.progress.shown && MayClose(rig.state));
+    }
 }
 
 void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
@@ -188,10 +188,8 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
     RowForwarder rows(rig.Services());
     ForwardOutcome outcome;
     connect(&rows, &RowForwarder::closed, &rows, [&](const ForwardOutcome &closed) { outcome = closed; });
-    const Running<bool> prepared(rows.Prepare({QString(), u"Run"_s, true}));
-    QVERIFY(prepared.Finish() && prepared.Value());
-    const Running<bool> opened(rows.Open(rig.dataSet));
-    QVERIFY(opened.Finish() && opened.Value());
+    QVERIFY(ResultOf(rows.Prepare({QString(), u"Run"_s, true})));
+    QVERIFY(ResultOf(rows.Open(rig.dataSet)));
     QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
 
     rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy, SheetStep::Busy, SheetStep::Busy};
@@ -199,47 +197,38 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
         rig.AddRows(1);
         QCOMPARE(rows.Write(), RowForward::Row::Taken);
     }
-    const Running<bool> closed(rows.Close());
-    QVERIFY(closed.Finish() && closed.Value());
+    QVERIFY(ResultOf(rows.Close()));
     QCOMPARE(outcome.samples, 3);
     const QStringList cells = rig.script.Cells();
-    QVERIFY(cells.contains(u"cell 4,2 TIME"_s) && cells.contains(u"cell 7,2 10:00:00"_s));
-    QVERIFY(!cells.contains(u"cell 8,2 10:00:00"_s));
+    QVERIFY(cells.contains(u"cell 4,2 TIME"_s));
+    QCOMPARE(cells.filter(u",2 10:00:00"_s).constLast(), u"cell 7,2 10:00:00"_s);
+    QVERIFY(cells.filter(u",2 10:00:01"_s).isEmpty());
     QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 2),
              QStringList({u"chart"_s, u"interactive 1"_s}));
 }
 
 void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
 {
-    for (const bool atOpen : {true, false}) {
+    for (const QString &at : {u"open"_s, u"cell"_s}) {
         Rig rig;
         RowForwarder rows(rig.Services());
-        const Running<bool> prepared(rows.Prepare({}));
-        QVERIFY(prepared.Finish() && prepared.Value());
-        if (atOpen)
-            rig.script.answers[u"open"_s] = {SheetStep::Failed};
-        else
-            rig.script.answers[u"cell"_s] = {SheetStep::Failed};
+        QVERIFY(ResultOf(rows.Prepare({})));
+        rig.script.answers[at] = {SheetStep::Failed};
         rig.script.answers[u"interactive"_s] = {SheetStep::Done, SheetStep::Busy}; // at first
-        const Running<bool> opened(rows.Open(rig.dataSet));
-        QVERIFY(opened.Finish());
-        QCOMPARE(opened.Value(), !atOpen);
+        QCOMPARE(ResultOf(rows.Open(rig.dataSet)), at == u"cell");
         rig.AddRows(1);
-        if (!atOpen)
-            QCOMPARE(rows.Write(), RowForward::Row::Failed);
+        QCOMPARE(rows.Write(), RowForward::Row::Failed);
         QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
         QVERIFY(WaitUntil([&] { return rig.script.calls.count(u"interactive 1"_s) == 2; }));
     }
     Rig rig; // an instance that stays hidden holds the start until the user stops the run
     RowForwarder rows(rig.Services());
-    const Running<bool> prepared(rows.Prepare({}));
-    QVERIFY(prepared.Finish());
+    QVERIFY(ResultOf(rows.Prepare({})));
     rig.script.onCall = [&](const QString &call) {
         rig.script.answers[call] = {SheetStep::Busy};
         rig.state.RealtimeStop = rig.script.calls.size() == 2;
     };
-    const Running<bool> opened(rows.Open(rig.dataSet));
-    QVERIFY(opened.Finish() && !opened.Value());
+    QVERIFY(!ResultOf(rows.Open(rig.dataSet)));
     QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"attach"_s}));
 }
 
@@ -249,20 +238,15 @@ void ForwarderTest::HeldWorkbookIsAskedAbout()
     rig.AddRows(1);
     const QString book = rig.folder.filePath(u"book.xlsx"_s);
     const QString other = rig.folder.filePath(u"other.xlsx"_s);
-    Forwarder forwarder(rig.Services(false), rig.gate, rig.progress);
-    const auto forward = [&](const QString &name) {
-        const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {name, QString(), true}));
-        return running.Finish() && running.Value().done;
-    };
+    const QString lock = rig.folder.filePath(u".~lock.book.xlsx#"_s);
+    rig.spreadsheet = nullptr;
+    const auto forward = [&](const QString &name) { return rig.Forward({name, {}, true}).done; };
     rig.prompts.files = {rig.folder.filePath(u"book.ods"_s), book}; // what is no name for it is asked again
     QVERIFY(forward(QString()));
     QCOMPARE(rig.prompts.warnings.size(), 1);
     const QByteArray before = Contents(book);
 
-    QFile lock(rig.folder.filePath(u".~lock.book.xlsx#"_s));
-    QVERIFY(lock.open(QIODevice::WriteOnly));
-    lock.write(",ada,bench,21.11.2026 10:00,;");
-    lock.close();
+    QVERIFY(Put(lock, ",ada,bench,21.11.2026 10:00,;"));
     rig.prompts.choices = {0, 2};
     QVERIFY(!forward(book));
     QCOMPARE(rig.prompts.questions.size(), 2);
@@ -274,17 +258,14 @@ void ForwarderTest::HeldWorkbookIsAskedAbout()
     QCOMPARE(Contents(book), before);
     QVERIFY(QFile::exists(other));
 
-    QVERIFY(lock.remove()); // and somebody opens it while the rows are written
-    rig.progress.onStep = [&](int) {
-        QVERIFY(lock.open(QIODevice::WriteOnly));
-        lock.close();
-        rig.progress.onStep = nullptr;
-    };
+    QVERIFY(QFile::remove(lock)); // and somebody opens it while the rows are written
+    rig.progress.onStep = [&](int) { QVERIFY(Put(lock, {})); };
     rig.prompts.choices = {2};
     QVERIFY(!forward(book));
     QCOMPARE(rig.prompts.warnings.constLast(), u"Canceled."_s);
     QCOMPARE(Contents(book), before);
-    QVERIFY(lock.remove());
+    QVERIFY(QFile::remove(lock));
+    rig.progress.onStep = nullptr;
     QVERIFY(forward(book));
     QVERIFY(Contents(book) != before);
 }
@@ -297,9 +278,7 @@ void ForwarderTest::TooManyRowsAreRefused()
     for (int i = 0; i < Samples; ++i)
         rows.AppendLatin1({"", "1", "", "", ""});
     rig.dataSet->Table().Adopt(std::move(rows), Samples);
-    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
-    QVERIFY(running.Finish() && !running.Value().done);
+    QVERIFY(!rig.Forward({}).done);
     QCOMPARE(rig.prompts.warnings.size(), 1);
     QVERIFY(rig.prompts.warnings.constFirst().contains(u"1,048,573"));
     QVERIFY(rig.script.calls.isEmpty());

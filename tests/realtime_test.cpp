@@ -325,13 +325,22 @@ void RealtimeTest::ForwardingFollows()
     QCOMPARE(rig.progress.rows, 4);
     QVERIFY(RunText(rig.progress).endsWith(u"Forward error occurred. (2New)"));
 
+    forward.failAt = 0;
+    forward.fullAt = 2; // the sheet is finished there, once, and the run goes on
+    QVERIFY(rig.Start(rig.NewSet(1, 3), true));
+    QVERIFY(rig.PassSeconds(6));
+    QCOMPARE(forward.written.size(), 7);
+    QCOMPARE(forward.closings, 2);
+    QCOMPARE(rig.progress.rows, 4);
+    QVERIFY(RunText(rig.progress).endsWith(u"The worksheet is full."));
+
     forward.opens = false;
     for (const bool asked : {true, false}) {
         QVERIFY(rig.Start(rig.NewSet(1, 1), asked));
         QVERIFY(rig.PassSeconds(4));
         QCOMPARE(rig.progress.forwardFailed, asked);
     }
-    QCOMPARE(forward.written.size(), 5);
+    QCOMPARE(forward.written.size(), 7);
     QVERIFY(rig.prompts.warnings.isEmpty());
 }
 
