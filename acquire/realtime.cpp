@@ -13,6 +13,7 @@
 #include "platform/prompts.h"
 #include "platform/timer.h"
 #include "platform/turns.h"
+#include "resources/strings.h"
 
 #include <QFileInfo>
 
@@ -295,7 +296,7 @@ void Realtime::ForwardFailed()
 {
     ForwardOff_ = true;
     progress_.forwardFailed = true;
-    progress_.forwardReason = parts_.state.ForwardErrorText;
+    progress_.forwardReason = FirstLine(parts_.state.ForwardErrorText);
 }
 
 void Realtime::SetData(const QString &text)

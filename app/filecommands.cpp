@@ -46,7 +46,7 @@ bool FileCommands::Busily(bool (DataSet::*work)(const QString &), DataSet *set, 
 
 QCoro::Task<QString> FileCommands::AskOpen()
 {
-    return prompts_->AskOpenFile(DataFilter());
+    return prompts_->AskOpenFile(DataFilter(), QString());
 }
 
 bool FileCommands::IsFileOpen(const QString &name) const

@@ -6,6 +6,7 @@
 #include "forward/spreadsheet.h"
 #include "forward/xlsxfile.h"
 #include "platform/oneshot.h"
+#include "platform/prompts.h"
 #include "resources/strings.h"
 
 #include <QDesktopServices>
@@ -46,8 +47,8 @@ void Remember(const ForwardMemory &memory, Services &services)
 } // namespace
 
 Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *window)
-    : QObject(window), services_(&services), window_(window), forwarder_(ServicesOf(services), services.gate, progress),
-      rows_(ServicesOf(services))
+    : QObject(window), services_(&services), window_(window),
+      forwarder_(ServicesOf(services), services.gate, progress), rows_(ServicesOf(services))
 {
     connect(&rows_, &RowForwarder::closed, this, &Forwarding::OnRunClosed);
 }
@@ -78,6 +79,7 @@ QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 
 QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
+    Q_EMIT message(QString()); // what is told there is of an earlier one
     const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome.done)
         co_return;
@@ -96,6 +98,9 @@ QCoro::Task<bool> Forwarding::AskForRun()
 
 void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
 {
+    if (!outcome.done) // the run is over, so a box disturbs nothing
+        services_->jobs.Launch(services_->prompts.Warn(services_->state.ForwardErrorText),
+                               "telling of a run");
     if (!outcome.done || outcome.samples == 0)
         return;
     runOutcome_ = OutcomeText(outcome);

@@ -69,7 +69,7 @@ void Live::ShowWindow(Window *window)
     window->setAttribute(Qt::WA_ShowWithoutActivating);
     window->show();
     window_->activateWindow();
-    StartChecking();
+    StartChecking(true);
     Q_EMIT windowsChanged();
 }
 
@@ -162,10 +162,13 @@ void Live::Leave()
 }
 
 /// A lost instrument that has been plugged in again is found again.
-void Live::StartChecking()
+void Live::StartChecking(bool tell)
 {
-    if (services_->comm.IsLost() && !services_->state.RealtimeRun)
-        Q_EMIT message(FirstLine(services_->comm.TryOpenPort()));
+    if (services_->comm.IsLost() && !services_->state.RealtimeRun) {
+        const QString reason = FirstLine(services_->comm.TryOpenPort());
+        if (tell)
+            Q_EMIT message(reason);
+    }
     const bool checking = timers_.tmCheckStat.Enabled() && timers_.tmCheckStat.Interval() > 0;
     if (!services_->comm.IsOpen() || checking)
         return;
@@ -272,7 +275,7 @@ void Live::RunChanged()
 {
     // A run may have found the port again while nobody checked.
     if ((moniter_ || source_) && !services_->state.RealtimeRun)
-        StartChecking();
+        StartChecking(false); // how the run ended stays to be read
     Q_EMIT runChanged();
 }
 

@@ -79,7 +79,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     void ShowWindow(Window *window);
     void OpenValueEntry();
     void ShowSource(const SourceDisplay &display);
-    void StartChecking();
+    /// `tell`: also why a lost instrument cannot be found again.
+    void StartChecking(bool tell);
     void OnPortChanged();
     QCoro::Task<void> Check();
     void OnCheckInter();

@@ -139,9 +139,11 @@ QCoro::Task<bool> MessagePrompts::AskReplace(QString name)
     co_return button == QMessageBox::Yes;
 }
 
-QCoro::Task<QString> MessagePrompts::AskOpenFile(QString filter)
+QCoro::Task<QString> MessagePrompts::AskOpenFile(QString filter, QString preferred)
 {
     const QPointer<FileDialog> dialog = new FileDialog(QFileDialog::AcceptOpen, Folder(), filter, Foremost());
+    if (!preferred.isEmpty())
+        dialog->selectNameFilter(preferred);
     QString name;
     bool asking = true;
     while (asking) {

@@ -21,7 +21,7 @@ class MessagePrompts : public Prompts
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
     QCoro::Task<int> AskOneOf(QString text, QStringList choices) override;
-    QCoro::Task<QString> AskOpenFile(QString filter) override;
+    QCoro::Task<QString> AskOpenFile(QString filter, QString preferred) override;
     QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override;
 

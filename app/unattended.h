@@ -17,7 +17,7 @@ class NobodyToAsk : public Prompts
     {
         co_return static_cast<int>(choices.size()) - 1;
     }
-    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
+    QCoro::Task<QString> AskOpenFile(QString, QString) override { co_return QString(); }
     QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
     void DismissAll() override {}
 

@@ -29,7 +29,7 @@ class LoggedPrompts : public Prompts
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
     QCoro::Task<int> AskOneOf(QString text, QStringList choices) override;
-    QCoro::Task<QString> AskOpenFile(QString) override { co_return QString(); }
+    QCoro::Task<QString> AskOpenFile(QString, QString) override { co_return QString(); }
     QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
     void DismissAll() override {}
 };

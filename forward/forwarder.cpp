@@ -111,6 +111,9 @@ QCoro::Task<bool> Forwarder::MakeSheet(std::shared_ptr<DataSet> dataSet, Workboo
     bool done = false;
     try {
         done = co_await TakeSteps(&forward, source.Samples() + 1);
+        if (!done && !services_.state.CancelRequest && workbook.file)
+            services_.state.ForwardErrorText =
+                AboutFile(services_.state.ForwardErrorText, workbook.file->Name());
     } catch (const std::exception &error) {
         services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
     }

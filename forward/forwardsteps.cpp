@@ -49,9 +49,8 @@ SheetStep WholeForward::End()
     return stage_ == Stage::Attach ? SheetStep::Done : target_->SetVisible(true);
 }
 
-RunningForward::RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook,
-                               int before)
-    : target_(&target), source_(&source), workbook_(std::move(workbook)), before_(before)
+RunningForward::RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook)
+    : target_(&target), source_(&source), workbook_(std::move(workbook))
 {
 }
 
@@ -79,7 +78,7 @@ SheetStep RunningForward::Begin()
 
 SheetStep RunningForward::WriteRow()
 {
-    const SheetStep made = WriteRunningRow(*target_, *source_, rows_ + 1, before_ + rows_ + 1);
+    const SheetStep made = WriteRunningRow(*target_, *source_, rows_ + 1);
     if (made == SheetStep::Done)
         ++rows_;
     return made;

@@ -48,8 +48,7 @@ class WholeForward
 class RunningForward
 {
   public:
-    /// `before`: samples that the source holds already and that are not forwarded.
-    RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook, int before);
+    RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook);
 
     /// Attaches and makes the sheet. After a failure, or when it is given up, `GiveBack` is to be called.
     SheetStep Begin();
@@ -73,7 +72,6 @@ class RunningForward
     const SheetSource *source_;
     std::string workbook_;
     Stage stage_ = Stage::Attach;
-    int before_;
     int rows_ = 0;
 };
 

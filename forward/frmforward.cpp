@@ -214,9 +214,11 @@ QCoro::Task<void> frmForward::Browse(QPointer<frmForward> dialog)
 {
     dialog->asking_ = true;
     Prompts *const prompts = dialog->prompts_;
-    const QString filter = Text(Str::ExcelFiles) + QStringLiteral(" (*.xls);;") + Text(Str::ExcelWorkbooks) +
-                           QStringLiteral(" (*.xlsx *.xlsm)");
-    const QString name = co_await prompts->AskOpenFile(filter);
+    const QString workbooks = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx *.xlsm)");
+    const QString filter = Text(Str::ExcelFiles) + QStringLiteral(" (*.xls);;") + workbooks;
+    // What only a spreadsheet program can write is not shown first where there is none.
+    const QString preferred = dialog->options_.withExcel ? QString() : workbooks;
+    const QString name = co_await prompts->AskOpenFile(filter, preferred);
     if (!dialog)
         co_return;
     dialog->asking_ = false;

@@ -7,6 +7,7 @@
 #include "platform/turns.h"
 #include "resources/strings.h"
 
+#include <QElapsedTimer>
 #include <QScopedValueRollback>
 
 #include <algorithm>
@@ -16,7 +17,8 @@ namespace px40 {
 
 namespace {
 constexpr int BusyPauseMs = 250;
-}
+constexpr int AtAStretchMs = 8; // then the windows live
+} // namespace
 
 RowForwarder::RowForwarder(const ForwardServices &services) : services_(services)
 {
@@ -42,11 +44,10 @@ QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
         co_return false;
     failed_ = false;
     wanted_ = 0;
-    before_ = dataSet->GetDatacount();
     data_ = dataSet;
     forward_.reset();
     source_.emplace(dataSet, choice_.title);
-    forward_.emplace(*workbook_.target, *source_, workbook_.addTo.toStdString(), before_);
+    forward_.emplace(*workbook_.target, *source_, workbook_.addTo.toStdString());
     SheetStep step = SheetStep::Again;
     while ((step == SheetStep::Again || step == SheetStep::Busy) && !services_.state.RealtimeStop) {
         if (step == SheetStep::Busy)
@@ -66,7 +67,7 @@ RowForward::Row RowForwarder::Write()
 {
     if (failed_)
         return Row::Failed;
-    const int rows = data_->GetDatacount() - before_;
+    const int rows = data_->GetDatacount();
     wanted_ = std::min(rows, MaxSheetSamples);
     Retry();
     if (failed_)
@@ -77,10 +78,12 @@ RowForward::Row RowForwarder::Write()
 SheetStep RowForwarder::WriteWaiting()
 {
     SheetStep step = SheetStep::Done;
+    QElapsedTimer stretch;
+    stretch.start();
     while (step == SheetStep::Done && forward_->Rows() < wanted_)
-        step = forward_->WriteRow();
-    retry_.SetInterval(step == SheetStep::Busy ? BusyPauseMs : 0);
-    retry_.SetEnabled(step == SheetStep::Busy);
+        step = stretch.hasExpired(AtAStretchMs) ? SheetStep::Again : forward_->WriteRow();
+    retry_.SetInterval(step == SheetStep::Busy ? BusyPauseMs : step == SheetStep::Again ? 1 : 0);
+    retry_.SetEnabled(retry_.Interval() > 0);
     return step;
 }
 
@@ -159,6 +162,8 @@ QCoro::Task<bool> RowForwarder::Finish()
     while (step == SheetStep::Again || step == SheetStep::Busy) {
         if (step == SheetStep::Busy)
             co_await Pause(BusyPauseMs);
+        else
+            co_await NextTurn();
         if (failed_) // while this waited
             co_return false;
         step = WriteWaiting();

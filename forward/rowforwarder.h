@@ -17,9 +17,10 @@ namespace px40 {
 
 class DataSet;
 
-/// Forwards a data set while it grows: prepared, opened, row by row, closed. A spreadsheet that is busy makes
-/// nobody wait: rows that it does not take now follow later. After a failure the spreadsheet is given back to
-/// the user by itself.
+/// Forwards a data set while it grows: prepared, opened, row by row, closed. What the data set holds before
+/// the run goes into the sheet as well, so that table, statistics and chart are those of one set. A
+/// spreadsheet that is busy makes nobody wait: rows that it does not take now follow later. After a failure
+/// the spreadsheet is given back to the user by itself.
 class RowForwarder : public QObject, public RowForward
 {
     Q_OBJECT
@@ -59,7 +60,6 @@ class RowForwarder : public QObject, public RowForward
     std::optional<DataSetSource> source_;
     std::optional<RunningForward> forward_;
     Timer retry_;
-    int before_ = 0; ///< samples that the data set held before the run
     int wanted_ = 0; ///< rows that the sheet is to have by now
     bool failed_ = false;
     bool closing_ = false;

@@ -61,12 +61,11 @@ CellFormat FormatOf(int column, int tableRow, bool saveMode)
     return numbers && tableRow > 0 ? CellFormat::General : CellFormat::Text;
 }
 
-/// Row `sample` of the source as row `tableRow` of the table.
-void WriteRow(Calls &calls, const SheetSource &source, int tableRow, int sample, bool saveMode)
+void WriteRow(Calls &calls, const SheetSource &source, int tableRow, bool saveMode)
 {
     for (int column = B; column <= F; ++column) {
         const int tableColumn = column == B && saveMode ? 0 : column - B + 1;
-        const std::string text = source.Cell(sample, tableColumn);
+        const std::string text = source.Cell(tableRow, tableColumn);
         calls.Cell(SheetRow(tableRow), column, FormatOf(column, tableRow, saveMode), text);
     }
 }
@@ -76,19 +75,19 @@ void WriteRow(Calls &calls, const SheetSource &source, int tableRow, int sample,
 SheetStep WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow)
 {
     Calls calls(target);
-    WriteRow(calls, source, tableRow, tableRow, source.IsSaveMode());
+    WriteRow(calls, source, tableRow, source.IsSaveMode());
     return calls.result;
 }
 
-SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow, int sample)
+SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow)
 {
     Calls calls(target);
     if (tableRow == 1) {
         calls.Activate(HeadingRow, B);
-        WriteRow(calls, source, 0, 0, false);
+        WriteRow(calls, source, 0, false);
     }
     calls.Activate(SheetRow(tableRow), B);
-    WriteRow(calls, source, tableRow, sample, false);
+    WriteRow(calls, source, tableRow, false);
     return calls.result;
 }
 

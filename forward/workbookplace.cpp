@@ -29,11 +29,6 @@ constexpr int Permille = 1000;
 const QString Section = QStringLiteral("Forward");
 const QString WritingKey = QStringLiteral("Writing");
 
-QString About(const QString &sentence, const QString &file)
-{
-    return sentence + QStringLiteral("\r\n") + QDir::toNativeSeparators(file);
-}
-
 /// Why no workbook can be made under that name; empty when one can.
 QString WhyNotNew(const QString &name)
 {
@@ -53,7 +48,7 @@ QCoro::Task<QString> AskNewName(const ForwardServices *services, QString title)
         const QString reason = name.isEmpty() ? QString() : WhyNotNew(name);
         asking = !reason.isEmpty();
         if (asking)
-            co_await services->prompts.Warn(About(reason, name));
+            co_await services->prompts.Warn(AboutFile(reason, name));
     }
     co_return name;
 }
@@ -63,7 +58,7 @@ enum class Held { Retry, NewBook, GiveUp };
 QCoro::Task<Held> AskAboutHolder(const ForwardServices *services, QString holder, QString name)
 {
     const QStringList choices = {Text(Str::Retry), Text(Str::NewWorkbook), Text(Str::Cancel)};
-    const QString text = About(Text(Str::BookInUse).arg(holder), name);
+    const QString text = AboutFile(Text(Str::BookInUse).arg(holder), name);
     const int choice = co_await services->prompts.AskOneOf(text, choices);
     co_return static_cast<Held>(choice);
 }
@@ -91,7 +86,7 @@ QCoro::Task<QString> NameNotHeld(const ForwardServices *services, QString name, 
 QCoro::Task<QString> NameNotTaken(const ForwardServices *services, QString name, QString title)
 {
     const QStringList choices = {Text(Str::NewWorkbook), Text(Str::Cancel)};
-    const QString text = About(Text(Str::BookTaken), name);
+    const QString text = AboutFile(Text(Str::BookTaken), name);
     QString other;
     while (other.isEmpty()) {
         const int choice = co_await services->prompts.AskOneOf(text, choices);
@@ -142,12 +137,17 @@ QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_
     co_await FollowWriting(services, ended, watch, progress);
     const bool good = co_await ended;
     if (*result == WriteResult::Failed)
-        services->state.ForwardErrorText =
-            good ? QString::fromStdString(file->ErrorText()) : Text(Str::ExportFailed);
+        services->state.ForwardErrorText = AboutFile(
+            good ? QString::fromStdString(file->ErrorText()) : Text(Str::ExportFailed), file->Name());
     co_return *result;
 }
 
 } // namespace
+
+QString AboutFile(const QString &sentence, const QString &file)
+{
+    return sentence + QStringLiteral("\r\n") + QDir::toNativeSeparators(file);
+}
 
 QString ProposedWorkbookName(const QString &title, const Clock &clock)
 {

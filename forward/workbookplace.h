@@ -53,6 +53,9 @@ QCoro::Task<bool> WriteWorkbook(const ForwardServices *services, std::shared_ptr
 /// Removes what a program that was killed while it wrote a workbook has left beside it.
 void SweepWorkbooks(UserStore &store);
 
+/// A sentence and, in a line below it, the file that it is about.
+QString AboutFile(const QString &sentence, const QString &file);
+
 /// The name that is proposed for a new workbook: the title as far as a file's name can hold it, or "PX40",
 /// then date and time.
 QString ProposedWorkbookName(const QString &title, const Clock &clock);

@@ -30,8 +30,8 @@ class Prompts
     virtual QCoro::Task<int> AskOneOf(QString text, QStringList choices) = 0;
 
     /// The name of an existing file; empty when cancelled. `filter` in Qt's form, "CSV Files (*.CSV)",
-    /// several joined by ";;".
-    virtual QCoro::Task<QString> AskOpenFile(QString filter) = 0;
+    /// several joined by ";;"; `preferred` is the one of them that is chosen at first, empty: the first.
+    virtual QCoro::Task<QString> AskOpenFile(QString filter, QString preferred) = 0;
 
     /// The name under which to save; empty when cancelled. `name` is proposed and may be empty. The folder of
     /// the answer exists; if the file does, the user has agreed to replace it. An answer without any suffix

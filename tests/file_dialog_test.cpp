@@ -87,7 +87,7 @@ void FileDialogTest::initTestCase()
 void FileDialogTest::OpenStaysUntilTheFileIsThere()
 {
     MessagePrompts prompts;
-    const Running<QString> asked(prompts.AskOpenFile(filter_));
+    const Running<QString> asked(prompts.AskOpenFile(filter_, QString()));
     Type(Path(u"absent.CSV"_qs));
     AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs), Qt::Key_Return);
     QVERIFY(!asked.Done());
@@ -143,7 +143,7 @@ void FileDialogTest::SuffixTellsTheFilter()
 void FileDialogTest::CancelAndDismissEndIt()
 {
     MessagePrompts prompts;
-    const Running<QString> cancelled(prompts.AskOpenFile(filter_));
+    const Running<QString> cancelled(prompts.AskOpenFile(filter_, QString()));
     QTRY_VERIFY(Open());
     QTest::keyClick(Open(), Qt::Key_Escape);
     QCOMPARE(Result(cancelled), QString());
@@ -154,7 +154,7 @@ void FileDialogTest::CancelAndDismissEndIt()
     QTRY_VERIFY(Open<QMessageBox>());
     prompts.DismissAll();
     QCOMPARE(Result(dismissed), QString());
-    const Running<QString> late(prompts.AskOpenFile(filter_));
+    const Running<QString> late(prompts.AskOpenFile(filter_, QString()));
     QVERIFY(!Open());
     QCOMPARE(Result(late), QString());
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());

@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <memory>
+#include <stdexcept>
 
 namespace px40 {
 
@@ -34,6 +35,7 @@ struct Script
     QStringList calls;
     QHash<QString, QList<SheetStep>> answers; ///< by the call's first word; `Done` when there is none left
     std::function<void(const QString &)> onCall;
+    int held = 0; ///< targets that somebody still has
 
     SheetStep Call(const QString &call)
     {
@@ -49,7 +51,8 @@ struct Script
 class ScriptedSheet : public SheetTarget
 {
   public:
-    explicit ScriptedSheet(Script &script) : script_(&script) {}
+    explicit ScriptedSheet(Script &script) : script_(&script) { ++script.held; }
+    ~ScriptedSheet() override { --script_->held; }
 
     SheetStep Attach() override { return script_->Call(u"attach"_s); }
     SheetStep OpenOrAdd(const std::string &) override { return script_->Call(u"open"_s); }
@@ -112,6 +115,7 @@ class ForwarderTest : public QObject
 
   private Q_SLOTS:
     void WholeSetIsForwarded();
+    void StatusCheckGoesOnBeside();
     void CancelAndFailureAreTold();
     void BusySpreadsheetGetsItsRowsLater();
     void FailedRunGivesTheSpreadsheetBack();
@@ -146,6 +150,27 @@ void ForwarderTest::WholeSetIsForwarded()
     QVERIFY(rig.prompts.warnings.isEmpty());
 }
 
+/// One that begins meanwhile gets its reply, and leaves the link as it is to be.
+void ForwarderTest::StatusCheckGoesOnBeside()
+{
+    Rig rig;
+    rig.script.onCall = [&](const QString &call) {
+        if (call != u"chart")
+            return;
+        rig.gate.Take();
+        rig.state.LinkActivity = ActivityStatusCheck;
+    };
+    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
+    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
+    QVERIFY(WaitUntil([&] { return !rig.progress.shown && rig.state.StatusYield; }));
+    QVERIFY(!running.Done());
+    QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
+    rig.state.LinkActivity = ActivityForwarding; // as it found it
+    rig.gate.Release();
+    QVERIFY(running.Finish() && running.Value().done);
+    QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
+}
+
 void ForwarderTest::CancelAndFailureAreTold()
 {
     const struct
@@ -159,6 +184,7 @@ void ForwarderTest::CancelAndFailureAreTold()
         {u"attach"_s, false, false},
         {u"open"_s, false, true},
         {u"chart"_s, false, true},
+        {u"cell 5,3 0"_s, false, true}, // where the memory is short
     };
     for (const auto &[at, cancel, shownAgain] : rows) {
         Rig rig;
@@ -166,6 +192,8 @@ void ForwarderTest::CancelAndFailureAreTold()
         rig.script.onCall = [&, where = at, cancels = cancel](const QString &call) {
             if (call != where)
                 return;
+            if (call.endsWith(u" 0"))
+                throw std::runtime_error("The server is gone.");
             const SheetStep held = call == u"attach" ? SheetStep::Busy : SheetStep::Done;
             rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : SheetStep::Failed};
             rig.state.CancelRequest = cancels;
@@ -175,7 +203,7 @@ void ForwarderTest::CancelAndFailureAreTold()
         QVERIFY(!rig.Forward({}).done);
         QCOMPARE(rig.prompts.warnings, QStringList(cancel ? u"Canceled."_s : u"The server is gone."_s));
         QCOMPARE(rig.script.calls.constLast() == u"visible 1", shownAgain);
-        if (at.startsWith(u"cell")) // the row is finished, and no other begun
+        if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
             QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
         QVERIFY(!rig.progress.shown && MayClose(rig.state));
     }
@@ -184,7 +212,7 @@ void ForwarderTest::CancelAndFailureAreTold()
 void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
 {
     Rig rig;
-    rig.AddRows(2); // of an earlier run: they stay where they are
+    rig.AddRows(2); // of an earlier run: table and statistics are those of the whole set
     RowForwarder rows(rig.Services());
     ForwardOutcome outcome;
     connect(&rows, &RowForwarder::closed, &rows, [&](const ForwardOutcome &closed) { outcome = closed; });
@@ -198,11 +226,12 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
         QCOMPARE(rows.Write(), RowForward::Row::Taken);
     }
     QVERIFY(ResultOf(rows.Close()));
-    QCOMPARE(outcome.samples, 3);
+    QCOMPARE(outcome.samples, 5);
+    QCOMPARE(rig.script.held, 0); // the user may close it
     const QStringList cells = rig.script.Cells();
     QVERIFY(cells.contains(u"cell 4,2 TIME"_s));
-    QCOMPARE(cells.filter(u",2 10:00:00"_s).constLast(), u"cell 7,2 10:00:00"_s);
-    QVERIFY(cells.filter(u",2 10:00:01"_s).isEmpty());
+    QCOMPARE(cells.filter(u",2 10:00:01"_s), QStringList(u"cell 6,2 10:00:01"_s));
+    QCOMPARE(cells.filter(u",2 10:00:00"_s).constLast(), u"cell 9,2 10:00:00"_s);
     QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 2),
              QStringList({u"chart"_s, u"interactive 1"_s}));
 }
@@ -219,7 +248,8 @@ void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
         rig.AddRows(1);
         QCOMPARE(rows.Write(), RowForward::Row::Failed);
         QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
-        QVERIFY(WaitUntil([&] { return rig.script.calls.count(u"interactive 1"_s) == 2; }));
+        QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
+        QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
     }
     Rig rig; // an instance that stays hidden holds the start until the user stops the run
     RowForwarder rows(rig.Services());

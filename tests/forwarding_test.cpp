@@ -83,7 +83,7 @@ void ForwardingTest::DownloadAndCommandAddSheets()
     program.prompts.files = {program.book};
     program.Forward("Mdata", u"Loop/7"_qs);
     QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
-    QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx."_qs);
+    QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + program.folder.path() + u'.');
     QCOMPARE(program.desktop.shown, QStringList(program.book));
     const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
     QCOMPARE(dataSet->GetDatacount(), 50);
@@ -102,7 +102,13 @@ void ForwardingTest::DownloadAndCommandAddSheets()
     program.Forward("Forward", QString(), program.book);
     QCOMPARE(program.prompts.warnings, QStringList(u"Canceled."_qs));
     QCOMPARE(Contents(program.book), before);
-    QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx."_qs);
+    QVERIFY(program.Message().isEmpty()); // and nothing of the one before it
+
+    SetFault(program.server, "hang-up=12"); // what comes of a broken download is not forwarded
+    program.whileForwarding = nullptr;
+    program.prompts.answers = {Answer::Yes};
+    program.Forward("Mdata", u"Broken"_qs, program.book);
+    QCOMPARE(Contents(program.book), before);
 }
 
 void ForwardingTest::RunIsForwarded()
@@ -126,8 +132,9 @@ void ForwardingTest::RunIsForwarded()
     program.Action("Stop")->trigger();
     QVERIFY(program.PassSecond());
     QCOMPARE(SheetNames(program.book), QStringList(u"Night"_qs));
-    QVERIFY(program.Message().startsWith(u"1New has ended: "));
-    QVERIFY2(program.Message().endsWith(u"1 row forwarded to book.xlsx."), qPrintable(program.Message()));
+    QVERIFY2(program.Message().startsWith(u"1 row forwarded to book.xlsx in "),
+             qPrintable(program.Message()));
+    QVERIFY(program.Message().contains(u".  1New has ended: "));
     QCOMPARE(program.desktop.shown, QStringList(program.book));
     QVERIFY(MayClose(program.services.state));
 }
@@ -144,6 +151,8 @@ void ForwardingTest::FailureCostsNoReading()
     QVERIFY(program.PassSecond());
     QVERIFY2(program.Message().contains(u"Forward error occurred. (1New)  This folder does not exist."),
              qPrintable(program.Message()));
+    QCOMPARE(program.prompts.warnings.size(), 1);
+    QVERIFY(program.prompts.warnings.constFirst().endsWith(u"stick/book.xlsx"));
     QVERIFY(program.desktop.shown.isEmpty());
     QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
     program.prompts.files = {program.book}; // and forwarded again

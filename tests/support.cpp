@@ -81,7 +81,7 @@ QCoro::Task<int> ScriptedPrompts::AskOneOf(QString text, QStringList options)
     co_return choice;
 }
 
-QCoro::Task<QString> ScriptedPrompts::AskOpenFile(QString filter)
+QCoro::Task<QString> ScriptedPrompts::AskOpenFile(QString filter, QString)
 {
     return AnswerFile(QStringLiteral("open:") + filter);
 }

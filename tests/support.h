@@ -29,7 +29,7 @@ class ScriptedPrompts : public Prompts
     QCoro::Task<void> Warn(QString text) override;
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
     QCoro::Task<int> AskOneOf(QString text, QStringList options) override;
-    QCoro::Task<QString> AskOpenFile(QString filter) override;
+    QCoro::Task<QString> AskOpenFile(QString filter, QString preferred) override;
     QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
     void DismissAll() override { ++dismissals; }
 

@@ -92,11 +92,9 @@ int ForwardWhole(px40::SheetTarget &target, const Sample &sample, const std::str
 
 int ForwardRunning(px40::SheetTarget &target, const Sample &sample, const std::string &workbook)
 {
-    // The first row was there before the run.
-    constexpr int Before = 1;
-    px40::RunningForward forward(target, sample, workbook, Before);
+    px40::RunningForward forward(target, sample, workbook);
     px40::SheetStep made = Make([&forward] { return forward.Begin(); });
-    while (made == px40::SheetStep::Done && Before + forward.Rows() < sample.Samples())
+    while (made == px40::SheetStep::Done && forward.Rows() < sample.Samples())
         made = Make([&forward] { return forward.WriteRow(); });
     if (made == px40::SheetStep::Done)
         made = Make([&forward] { return forward.End(); });
