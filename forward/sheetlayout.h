@@ -21,8 +21,8 @@ constexpr int SheetRow(int tableRow)
 /// Row `tableRow` (0: the heading) of a finished data set.
 SheetStep WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow);
 
-/// Row `tableRow`, from 1 on, of a data set that is still growing: its five columns from the second on, whatever
-/// its kind. The heading comes with the first one.
+/// Row `tableRow`, from 1 on, of a data set that is still growing: its five columns from the second on,
+/// whatever its kind. The heading comes with the first one.
 SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow);
 
 /// Title, frame and inner lines of a table of `samples` rows, and the statistics beside it.

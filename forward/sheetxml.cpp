@@ -75,17 +75,19 @@ std::string Head(const SheetParts &parts, const SheetVocabulary &vocabulary, boo
     const CellRange active = {parts.activeRow, parts.activeColumn, parts.activeRow, parts.activeColumn};
     const std::string cell = RangeName(active);
     return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<worksheet xmlns=\"" +
-           vocabulary.main + "\" xmlns:r=\"" + vocabulary.relationships + "\"><sheetViews><sheetView" +
+           vocabulary.main + "\" xmlns:r=\"" + vocabulary.relationships +
+           "\"><sheetPr><pageSetUpPr fitToPage=\"1\"/></sheetPr><sheetViews><sheetView" +
            (selected ? " tabSelected=\"1\"" : "") + " workbookViewId=\"0\"><selection activeCell=\"" + cell +
            "\" sqref=\"" + cell +
            "\"/></sheetView></sheetViews><sheetFormatPr defaultRowHeight=\"15\"/><sheetData>";
 }
 
+/// On paper table and chart stand side by side.
 std::string Tail(const std::string &drawingId)
 {
     const std::string drawing = drawingId.empty() ? "" : "<drawing r:id=\"" + drawingId + "\"/>";
     return "</sheetData><pageMargins left=\"0.7\" right=\"0.7\" top=\"0.75\" bottom=\"0.75\" header=\"0.3\" "
-           "footer=\"0.3\"/>" +
+           "footer=\"0.3\"/><pageSetup orientation=\"landscape\" fitToHeight=\"0\"/>" +
            drawing + "</worksheet>";
 }
 

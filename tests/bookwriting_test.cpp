@@ -1,3 +1,5 @@
+// How a workbook takes its place: over which file, in which folder, and what lies beside it.
+
 #include "forward/filekind.h"
 #include "forward/replacement.h"
 #include "forward/workbookplace.h"
@@ -63,7 +65,7 @@ WriteResult WriteNow(XlsxFile &file)
 } // namespace
 
 /// Workbooks whose name, place or parts are not as they were, or as they should be.
-class BookMendTest : public QObject
+class BookWritingTest : public QObject
 {
     Q_OBJECT
 
@@ -80,7 +82,7 @@ class BookMendTest : public QObject
     void LocksBesideLinks();
 };
 
-void BookMendTest::LetsGoOfTheOldFileFirst()
+void BookWritingTest::LetsGoOfTheOldFileFirst()
 {
     BookRig rig;
     QProcess gone;
@@ -97,7 +99,7 @@ void BookMendTest::LetsGoOfTheOldFileFirst()
     QCOMPARE(rig.Neighbours(), QStringList());
 }
 
-void BookMendTest::NewNamesMeanwhile_data()
+void BookWritingTest::NewNamesMeanwhile_data()
 {
     QTest::addColumn<bool>("there"); // when the name is chosen
     QTest::addColumn<QByteArray>("later");
@@ -109,7 +111,7 @@ void BookMendTest::NewNamesMeanwhile_data()
     QTest::newRow("agreed, another") << true << QByteArray("theirs") << WriteResult::Taken;
 }
 
-void BookMendTest::NewNamesMeanwhile()
+void BookWritingTest::NewNamesMeanwhile()
 {
     QFETCH(bool, there);
     QFETCH(QByteArray, later);
@@ -151,7 +153,7 @@ void BookMendTest::NewNamesMeanwhile()
     QCOMPARE(Contents(name), QByteArray("theirs"));
 }
 
-void BookMendTest::AsksAboutNewNames()
+void BookWritingTest::AsksAboutNewNames()
 {
     const QTemporaryDir folder;
     UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_qs));
@@ -192,7 +194,7 @@ void BookMendTest::AsksAboutNewNames()
     QCOMPARE(SheetNames(file->Name()), QStringList(u"PX40 1"_qs));
 }
 
-void BookMendTest::ExportsAtOnceLoseNothing()
+void BookWritingTest::ExportsAtOnceLoseNothing()
 {
     const QTemporaryDir folder;
     const QString book = folder.filePath(u"both.xlsx"_qs);
@@ -213,7 +215,7 @@ void BookMendTest::ExportsAtOnceLoseNothing()
     QCOMPARE(SheetNames(book), QStringList({u"PX40 1"_qs, u"PX40 2"_qs}));
 }
 
-void BookMendTest::StylesWhereTheyAreLookedFor_data()
+void BookWritingTest::StylesWhereTheyAreLookedFor_data()
 {
     QTest::addColumn<BookParts>("parts");
     QTest::addColumn<QByteArray>("name");
@@ -226,7 +228,7 @@ void BookMendTest::StylesWhereTheyAreLookedFor_data()
     QTest::newRow("name taken") << BookLike("without styles") << QByteArray("xl/styles1.xml");
 }
 
-void BookMendTest::StylesWhereTheyAreLookedFor()
+void BookWritingTest::StylesWhereTheyAreLookedFor()
 {
     QFETCH(BookParts, parts);
     QFETCH(QByteArray, name);
@@ -241,7 +243,7 @@ void BookMendTest::StylesWhereTheyAreLookedFor()
     QCOMPARE(relationships.count("/styles\""), 1);
 }
 
-void BookMendTest::PackageIsWhole()
+void BookWritingTest::PackageIsWhole()
 {
     const QString links = u"xl/_rels/workbook.xml.rels"_qs;
     const BookRig unrelated(Without(links.toUtf8()));
@@ -271,7 +273,7 @@ void BookMendTest::PackageIsWhole()
     }
 }
 
-void BookMendTest::PrintTellsFilesApart()
+void BookWritingTest::PrintTellsFilesApart()
 {
     const QTemporaryDir folder;
     const QString one = folder.filePath(u"one"_qs);
@@ -288,7 +290,7 @@ void BookMendTest::PrintTellsFilesApart()
     QVERIFY(PrintOf(one) != print);
 }
 
-void BookMendTest::LocksBesideLinks()
+void BookWritingTest::LocksBesideLinks()
 {
     const BookRig rig;
     const QTemporaryDir elsewhere;
@@ -303,5 +305,5 @@ void BookMendTest::LocksBesideLinks()
     QCOMPARE(AddTo(link, u"T"_qs), WriteResult::Done);
 }
 
-QTEST_GUILESS_MAIN(BookMendTest)
-#include "bookmend_test.moc"
+QTEST_GUILESS_MAIN(BookWritingTest)
+#include "bookwriting_test.moc"
