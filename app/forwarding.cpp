@@ -79,11 +79,12 @@ QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 
 QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
-    Q_EMIT message(QString()); // what is told there is of an earlier one
+    Q_EMIT messageOver(told_);
     const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome.done)
         co_return;
-    Q_EMIT message(OutcomeText(outcome));
+    told_ = OutcomeText(outcome);
+    Q_EMIT message(told_);
     Open(outcome);
 }
 
@@ -116,8 +117,10 @@ void Forwarding::Open(const ForwardOutcome &outcome)
 {
     if (outcome.file.isEmpty() || !outcome.openAfter)
         return;
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
-        Q_EMIT message(Text(Str::ForwardNotOpened).arg(QDir::toNativeSeparators(outcome.file)));
+    if (QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
+        return;
+    told_ = Text(Str::ForwardNotOpened).arg(QDir::toNativeSeparators(outcome.file));
+    Q_EMIT message(told_);
 }
 
 } // namespace px40

@@ -46,6 +46,7 @@ class Forwarding : public QObject
 
   Q_SIGNALS:
     void message(const QString &text);
+    void messageOver(const QString &text); ///< what that message told is of an earlier forwarding
 
   private:
     void OnRunClosed(const ForwardOutcome &outcome);
@@ -56,6 +57,7 @@ class Forwarding : public QObject
     Forwarder forwarder_;
     RowForwarder rows_;
     QString runOutcome_;
+    QString told_; ///< the last message
 };
 
 } // namespace px40

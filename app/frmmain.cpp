@@ -91,10 +91,12 @@ void frmMain::ConnectAll()
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
     connect(live_, &Live::warning, this, &frmMain::ShowWarning);
-    connect(live_, &Live::warningOver, this, [this](const QString &text) {
+    const auto takeBack = [this](const QString &text) {
         if (message_->text() == text)
             ShowMessage(QString());
-    });
+    };
+    connect(live_, &Live::warningOver, this, takeBack);
+    connect(forwarding_, &Forwarding::messageOver, this, takeBack);
     connect(live_, &Live::runChanged, this, &frmMain::RefreshCommands);
     connect(live_, &Live::mainCommandsEnabled, this, [this](bool enabled) {
         ApplyStatusRules(enabled, &menuStates_, &buttonStates_);

@@ -3,6 +3,7 @@
 #include "tools/tour.h"
 
 #include "document/frmdata.h"
+#include "forward/forwardoutcome.h"
 #include "resources/strings.h"
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
@@ -125,7 +126,7 @@ void Tour::ForwardDownload(Stage &stage)
     stage.ChooseFile(fileDialog, LoopBook());
     AwaitIdle(stage);
     RequireText(u"The status bar after a download was forwarded"_s, stage.Message(),
-                u"50 rows forwarded to loop 7.xlsx."_s);
+                OutcomeText({true, 50, LoopBook(), true}));
     Require(stage.desktop.shown == QStringList(LoopBook()), u"The written workbook is not opened."_s);
     Require(!stage.DataWindows().last()->Data()->Saved(), u"Forwarding has marked the readings as saved."_s);
     camera_.Take(u"27d-download-forwarded"_s, {stage.window.get()});
@@ -166,7 +167,7 @@ void Tour::ForwardToSameBook(Stage &stage)
     stage.CloseDialog(dialog, u"btOk"_s);
     AwaitIdle(stage);
     RequireText(u"The status bar after a sheet was added"_s, stage.Message(),
-                u"50 rows forwarded to loop 7.xlsx."_s);
+                OutcomeText({true, 50, LoopBook(), true}));
     Require(stage.desktop.shown == shown, u"The workbook is opened although that was switched off."_s);
 }
 
