@@ -164,6 +164,8 @@ std::vector<int> Book::AddLooksOf(SheetContent &content)
     if (isNew) {
         if (part.empty())
             part = RelateStyles();
+        else if (!std::all_of(part.begin(), part.end(), [](char one) { return one > ' ' && one <= '~'; }))
+            Package::ThrowDamaged(part); // no name that a part can have
         document.append_child("styleSheet").append_attribute("xmlns").set_value(vocabulary_.main.c_str());
         package_->Declare(part, StylesType);
     } else {
