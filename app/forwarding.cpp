@@ -99,7 +99,8 @@ QCoro::Task<bool> Forwarding::AskForRun()
 
 void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
 {
-    if (!outcome.done) // the run is over, so a box disturbs nothing
+    if (!outcome
+             .done) // the status bar of a narrow window does not hold the reason; a run goes on under the box
         services_->jobs.Launch(services_->prompts.Warn(services_->state.ForwardErrorText),
                                "telling of a run");
     if (!outcome.done || outcome.samples == 0)
