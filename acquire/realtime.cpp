@@ -105,8 +105,10 @@ QCoro::Task<void> Realtime::RequestSample()
         seconds_.Begin(parts_.clock);
     }
     parts_.state.LinkActivity = ActivityRealtime;
-    if (parts_.state.LinkBusy)
+    if (parts_.state.LinkBusy) {
+        parts_.instrument.StatusReply = NoReplyText(); // not that of the second before
         co_return;
+    }
     OpenPortAgain();
     ShowProgress(); // a silent instrument may take its time now
     co_await Ask();
@@ -168,18 +170,17 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     if (seconds >= RowsAtATime)
         hold.emplace(parts_.gate);
     const qint64 firstSecond = seconds_.Second() - seconds + 1;
-    const qint64 ownSecond = SecondOfReply(firstSecond);
+    const qint32 answered = SecondOfReply(firstSecond, seconds);
     for (qint32 k = 1; k <= seconds; ++k) {
         if (k % RowsAtATime == 0) {
             ShowProgress();
             co_await NextTurn();
         }
-        // The first second has a reply, or it is known that there is none; nobody asked in the others.
-        const QString reply = k == 1 ? parts_.instrument.StatusReply : NoReplyText();
+        const QString reply = k == answered ? parts_.instrument.StatusReply : NoReplyText();
         const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();
         if (!sampling) {
             SetData(reply);
-        } else if (!AddSample(reply, k == 1 ? ownSecond : SecondOfGap(k, firstSecond, ownSecond))) {
+        } else if (!AddSample(reply, firstSecond + k - 1)) {
             co_await FinishRealtime(true);
             co_return;
         }
@@ -197,20 +198,23 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     co_await RequestSample();
 }
 
-/// A reply is stored at the end of the second in which it came: that is usually the first one counted. One
-/// that came after a long silence is of now, and the seconds of the silence are the missed ones.
-qint64 Realtime::SecondOfReply(qint64 firstSecond) const
+/// Which of the seconds of a tick the reply belongs to, from 1; 0 if to none of them.
+///
+/// One that came in its own second is stored when the next one begins: that is the first one counted, and the
+/// program was late with the others. One that came later is of the last sampling second that had begun by
+/// then: the instrument was late, and missed those before. If it was not asked for a row at all, it makes one
+/// only of the very second in which it came.
+qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
 {
-    if (parts_.instrument.StatusReply == NoReplyText())
-        return firstSecond;
-    return std::clamp(replySecond_ + 1, firstSecond, seconds_.Second());
-}
-
-/// The second of the k-th row of a late tick: those from `firstSecond` on in their order, less the reply's.
-qint64 Realtime::SecondOfGap(qint32 k, qint64 firstSecond, qint64 ownSecond)
-{
-    const qint64 second = firstSecond + k - 2;
-    return second < ownSecond ? second : second + 1;
+    const qint64 arrived = replySecond_ - firstSecond + 1;
+    qint64 last = std::min<qint64>(seconds, arrived);
+    if (!data_->GetPeriodnone()) // the run ends with its period
+        last = std::min<qint64>(last, qint64{data_->GetPeriodcount()} - ElapsedSeconds_ + 1);
+    if (last > 1)
+        last -= (ElapsedSeconds_ + last - 1) % Interval();
+    if (last > 1 && (!SkipSample_ || last == arrived))
+        return static_cast<qint32>(last);
+    return SkipSample_ && arrived > 0 ? 0 : 1;
 }
 
 /// Another part has used the link since the last second and left it idle: this second is not counted.

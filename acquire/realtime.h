@@ -47,8 +47,10 @@ class RealtimeViews
 /// row until the period is over or the user stops.
 ///
 /// A second's status is requested when it begins and stored when the next one begins, whose time the row
-/// bears; a second in which nothing was asked or answered gives a row "ERROR". The timer `tmRealtime` only
-/// samples the clock. While the port is closed it is opened again, the same assigned device, each second.
+/// bears. Rows stand in the order of their seconds, the interval apart; one whose second brought no answer is
+/// a row "ERROR", and an answer that comes late is stored as of the last sampling second before it. The timer
+/// `tmRealtime` only samples the clock. While the port is closed it is opened again, the same assigned
+/// device, each second.
 ///
 /// What is handed in must outlive the runs. The data set is shared, so it stays until its run is over.
 class Realtime : public QObject
@@ -96,8 +98,7 @@ class Realtime : public QObject
     QCoro::Task<void> RequestSample();
     void OpenPortAgain();
     QCoro::Task<void> Ask();
-    qint64 SecondOfReply(qint64 firstSecond) const;
-    static qint64 SecondOfGap(qint32 k, qint64 firstSecond, qint64 ownSecond);
+    qint32 SecondOfReply(qint64 firstSecond, qint32 seconds) const;
     bool AddSample(const QString &reply, qint64 second);
     bool AdvanceSecond();
     QCoro::Task<void> FinishRealtime(bool showMessage);

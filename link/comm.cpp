@@ -8,7 +8,7 @@
 
 #include <QLoggingCategory>
 
-#include <algorithm>
+#include <utility>
 
 namespace px40 {
 
@@ -42,21 +42,30 @@ Comm::Comm(LinkState &state, PortMap &ports, Prompts &prompts, int replyTimeoutM
     connect(&port_, &SerialPort::arrived, this, &Comm::OnArrived);
     connect(&port_, &SerialPort::lost, this, &Comm::OnLost);
     connect(&timeout_, &Timer::tick, this, &Comm::OnTimeout);
-    connect(&owedTimeout_, &Timer::tick, this, &Comm::OnNothingMoreOwed);
+    connect(&patience_, &Timer::tick, this, &Comm::Wake);
+    running_.start();
 }
 
 Comm::~Comm() = default;
 
 void Comm::SetPortNumber(int number)
 {
+    if (number != portNumber_)
+        lost_ = false; // the other one never had a connection
     portNumber_ = number;
     Q_EMIT portChanged();
+}
+
+void Comm::SetLost(bool lost)
+{
+    if (std::exchange(lost_, lost) != lost)
+        Q_EMIT portChanged();
 }
 
 QCoro::Task<bool> Comm::OpenPort()
 {
     ClosePort();
-    lost_ = false;
+    SetLost(false);
     if (shut_)
         co_return false;
     const QString error = TryOpenPort();
@@ -99,7 +108,9 @@ void Comm::ClosePort()
 void Comm::EndOpening()
 {
     ++closings_;
-    owed_ = 0;
+    pending_.Clear();
+    line_.clear();
+    lineBefore_ = 0;
     timeout_.SetEnabled(false);
     Wake();
 }
@@ -110,27 +121,6 @@ void Comm::Shut()
     ClosePort();
     for (const OneShot<bool> &turn : std::exchange(turns_, {}))
         turn.Complete(false);
-}
-
-bool Comm::BeginAttempt(const QString &command)
-{
-    state_->LastCommand = command;
-    if (!port_.IsOpen()) {
-        state_->ErrorMessage = Text(lost_ ? Str::PortLost : Str::PortNotOpen);
-        return false;
-    }
-    state_->ExchangeState = ExchangeWaiting;
-    state_->RecvBuffer.clear();
-    scanned_ = 0;
-    stale_ = false;
-    port_.ReadAll(); // what has come unasked answers nothing
-    timeout_.SetEnabled(true);
-    sentAt_.start();
-    if (!port_.Write(command.toLatin1() + "\r\n")) {
-        // A line that takes no more bytes is a silent one: the time-out judges it.
-        qCWarning(lcLink).noquote() << command << "could not be written";
-    }
-    return true;
 }
 
 void Comm::OnTimeout()
@@ -172,51 +162,13 @@ void Comm::OnArrived()
         break;
     default: {
         const QByteArray input = port_.ReadAll();
-        DropOwed(input);
+        const QStringList lines = TakeLines(input);
+        for (const QString &line : lines)
+            pending_.Receive(line); // it may be a late reply
         state_->RecvBuffer = QString::fromLatin1(input.left(MaxReplyLength));
         break;
     }
     }
-}
-
-void Comm::Receive(const QByteArray &bytes)
-{
-    if (dropping_ || state_->ExchangeState != ExchangeWaiting) {
-        qCDebug(lcLink) << "dropped" << bytes;
-        DropOwed(bytes);
-        return;
-    }
-    const qsizetype room = MaxReplyLength - state_->RecvBuffer.size();
-    const qsizetype end = bytes.indexOf('\n');
-    if (end > room) {
-        state_->RecvBuffer += QString::fromLatin1(bytes.left(room));
-        state_->RecvBuffer.append(u'\n');
-    } else {
-        state_->RecvBuffer += QString::fromLatin1(end < 0 ? bytes.left(room) : bytes);
-    }
-    if (!ReplyComplete())
-        return;
-    qCDebug(lcLink) << state_->LastCommand << "->" << state_->RecvBuffer << "in"
-                    << sentAt_.nsecsElapsed() / 1000 << "us";
-    timeout_.SetEnabled(false);
-    stale_ = owed_ > 0;
-    if (stale_)
-        DropOwed(bytes.mid(end + 1)); // further ones that came along
-    state_->ExchangeState = ExchangeComplete;
-    Wake();
-}
-
-bool Comm::ReplyComplete()
-{
-    const qsizetype lineFeed = state_->RecvBuffer.indexOf(u'\n', scanned_);
-    if (lineFeed < 0) {
-        scanned_ = state_->RecvBuffer.size();
-        return false;
-    }
-    const qsizetype length = std::max<qsizetype>(0, lineFeed - 1); // less the CR; none in an empty reply
-    state_->ReplyLength = static_cast<qint16>(length);
-    state_->RecvBuffer.truncate(length);
-    return true;
 }
 
 } // namespace px40

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "link/pendingreplies.h"
 #include "platform/oneshot.h"
 #include "platform/serialport.h"
 #include "platform/timer.h"
 
+#include <QByteArray>
 #include <QCoro/QCoroTask>
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <deque>
 #include <optional>
@@ -64,13 +67,13 @@ class Comm : public QObject
     void Shut();
 
     /// One exchange. True when a reply stands in `RecvBuffer`; false after `attempts` silent time-outs, or
-    /// at once when the running work was cancelled (no message) or the port is closed.
+    /// at once when the running work was cancelled (no message) or the port is closed. The command is written
+    /// before a cancel is looked for, so each goes out once whatever was cancelled.
     ///
     /// Replies carry no number, so one that comes after its attempt was given up could pass for the answer to
-    /// a later command. It never does: what the instrument still owes is received and dropped before the next
-    /// command goes out, or, after an exchange without any reply, as soon as a reply arrives again; then the
-    /// command is repeated without counting as an attempt. The instrument gets as long for that as it has
-    /// needed so far, and one time-out more.
+    /// a later command. It never does (`PendingReplies`): it is dropped, and a question that it could have
+    /// answered is written again at once, without counting as an attempt. A command that changes the
+    /// instrument is not; it waits until no acknowledgement of an older command is to be expected.
     QCoro::Task<bool> SendCommand(QString command, int attempts);
 
     /// To be called by whoever has set `DownloadCancel` or `RealtimeStop`: a waiting exchange looks at them.
@@ -88,29 +91,25 @@ class Comm : public QObject
     void portLost(const QString &reason); ///< the device has gone; the port is closed
 
   private:
-    enum class AttemptEnd { Answered, TimedOut, Stale, Interrupted, Closed };
+    enum class AttemptEnd { Answered, TimedOut, Interrupted, Closed };
 
     QCoro::Task<bool> TakeTurn();
     void EndTurn();
     QCoro::Task<bool> Exchange(QString command, int attempts);
-    QCoro::Task<AttemptEnd> AwaitAttempt(int opening);
-    bool BeginAttempt(const QString &command);
+    QCoro::Task<AttemptEnd> Attempt(QString command, int opening);
+    QCoro::Task<void> AwaitAcknowledgements();
+    void Write(const QString &command);
     bool Interrupted() const;
     void Wake();
     QCoro::Task<void> NextEvent();
 
-    void Owe(int replies, const QElapsedTimer &since, bool waitFirst);
-    int OwedPatience() const;
-    QCoro::Task<bool> DropOwedReplies(int patienceMs);
-    void DropOwed(const QByteArray &bytes);
-    void OnNothingMoreOwed();
-
     void EndOpening();
+    void SetLost(bool lost);
     void OnArrived();
     void OnTimeout();
     void OnLost(const QString &reason);
+    QStringList TakeLines(const QByteArray &bytes);
     void Receive(const QByteArray &bytes);
-    bool ReplyComplete();
 
     LinkState *state_;
     PortMap *ports_;
@@ -118,21 +117,17 @@ class Comm : public QObject
     ProgressView *progress_ = nullptr;
     SerialPort port_;
     Timer timeout_;
-    Timer owedTimeout_;
+    Timer patience_; ///< with acknowledgements of older commands
+    QElapsedTimer running_;
     QElapsedTimer sentAt_;
+    PendingReplies pending_;
     std::optional<OneShot<bool>> waiting_;
     std::deque<OneShot<bool>> turns_;
-    qsizetype scanned_ = 0; ///< characters of RecvBuffer known to hold no LF
+    QByteArray line_;          ///< what has come of a line under way
+    qsizetype lineBefore_ = 0; ///< how much of it when the present attempt began
     int portNumber_ = 1;
     int closings_ = 0;  ///< how often the port was closed: an exchange belongs to one opening
     bool lost_ = false; ///< the port is closed because its device has gone
-
-    int owed_ = 0;               ///< replies that may still come to attempts that were given up
-    QElapsedTimer owedSince_;    ///< since the first of those attempts
-    int owedPatienceMs_ = 0;     ///< how long to wait for them
-    bool owedWaitFirst_ = false; ///< before the next command, not when a reply arrives
-    bool dropping_ = false;
-    bool stale_ = false; ///< the reply that has arrived answers an older command
 
     bool exchanging_ = false;
     bool shut_ = false;

@@ -1,4 +1,4 @@
-// The exchange itself: turns, attempts, and what is done about replies that come too late.
+// The exchange itself: turns, attempts, and the lines that come meanwhile.
 
 #include "link/comm.h"
 
@@ -16,8 +16,11 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcExchange, "px40.link", QtWarningMsg)
 
-/// A reply to a command that is older than so many time-outs is not expected any more.
-constexpr int OldestOwed = 4;
+// In time-outs. A stalled instrument answers all that it was asked as soon as it goes on; beyond this it was
+// off, and what it was asked is lost.
+constexpr int OldestReply = 15;
+// So long the acknowledgement of an older command keeps one back that changes the instrument.
+constexpr int OldestAcknowledgement = 2;
 
 } // namespace
 
@@ -27,6 +30,7 @@ QCoro::Task<bool> Comm::SendCommand(QString command, int attempts)
     if (!mine)
         co_return false;
     const bool answered = co_await Exchange(command, attempts);
+    pending_.End();
     EndTurn();
     co_return answered;
 }
@@ -59,47 +63,21 @@ void Comm::EndTurn()
 QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
 {
     const int opening = closings_;
-    if (owed_ > 0 && owedSince_.hasExpired(qint64{OldestOwed} * timeout_.Interval()))
-        owed_ = 0;
-    if (owed_ > 0 && owedWaitFirst_) {
-        const bool clear = co_await DropOwedReplies(owedPatienceMs_);
-        if (!clear)
-            co_return false;
-    }
-
-    QElapsedTimer sinceFirst;
-    sinceFirst.start();
-    int attempt = 0;
-    while (attempt < attempts) {
-        ++attempt;
-        if (!BeginAttempt(command) || closings_ != opening)
-            co_return false;
-        const AttemptEnd end = co_await AwaitAttempt(opening);
-        if (end == AttemptEnd::Answered) {
-            Owe(attempt - 1, sinceFirst, true);
+    pending_.ForgetBefore(running_.elapsed() - qint64{OldestReply} * timeout_.Interval());
+    if (ChangesInstrument(command))
+        co_await AwaitAcknowledgements();
+    pending_.Begin(command);
+    state_->ExchangeState = ExchangeWaiting;
+    for (int attempt = 1; attempt <= attempts; ++attempt) {
+        const AttemptEnd end = co_await Attempt(command, opening);
+        if (end == AttemptEnd::Answered)
             co_return true;
-        }
-        if (end == AttemptEnd::Closed)
-            co_return false;
-        if (end == AttemptEnd::Interrupted) {
+        if (end == AttemptEnd::Interrupted)
             qCDebug(lcExchange).noquote() << command << "cancelled";
-            Owe(attempt, sinceFirst, true);
+        if (end != AttemptEnd::TimedOut)
             co_return false;
-        }
-        if (end == AttemptEnd::TimedOut) {
-            qCDebug(lcExchange).noquote() << command << "no reply to attempt" << attempt << "of" << attempts;
-            continue;
-        }
-        // That reply was to a command given up before. This attempt's own reply is still to come as well:
-        // let all of them pass, then ask again.
-        qCDebug(lcExchange).noquote() << command << "got the reply to an older command";
-        const bool clear = co_await DropOwedReplies(OwedPatience());
-        if (!clear)
-            co_return false;
-        --attempt;
+        qCDebug(lcExchange).noquote() << command << "no reply to attempt" << attempt << "of" << attempts;
     }
-
-    Owe(attempts, sinceFirst, false);
     if (state_->LinkActivity == ActivityDownload) {
         if (progress_)
             progress_->DisableCancel();
@@ -108,10 +86,22 @@ QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
     co_return false;
 }
 
-/// Looks at the conditions in their order each time something has happened.
-QCoro::Task<Comm::AttemptEnd> Comm::AwaitAttempt(int opening)
+/// Writes, and then looks at the conditions in their order each time something has happened.
+QCoro::Task<Comm::AttemptEnd> Comm::Attempt(QString command, int opening)
 {
-    while (true) {
+    if (closings_ != opening)
+        co_return AttemptEnd::Closed;
+    state_->LastCommand = command;
+    if (!port_.IsOpen()) {
+        state_->ErrorMessage = Text(lost_ ? Str::PortLost : Str::PortNotOpen);
+        co_return AttemptEnd::Closed;
+    }
+    Receive(port_.ReadAll()); // a reply that came with the time-out makes another attempt needless
+    if (state_->ExchangeState == ExchangeComplete)
+        co_return AttemptEnd::Answered;
+    lineBefore_ = line_.size();
+    Write(command);
+    while (closings_ == opening) {
         co_await NextEvent();
         if (Interrupted()) {
             timeout_.SetEnabled(false);
@@ -119,60 +109,90 @@ QCoro::Task<Comm::AttemptEnd> Comm::AwaitAttempt(int opening)
             co_return AttemptEnd::Interrupted;
         }
         if (state_->ExchangeState == ExchangeComplete)
-            co_return stale_ ? AttemptEnd::Stale : AttemptEnd::Answered;
-        if (closings_ != opening)
-            co_return AttemptEnd::Closed;
-        if (state_->ExchangeState == ExchangeTimedOut)
+            co_return AttemptEnd::Answered;
+        if (closings_ == opening && state_->ExchangeState == ExchangeTimedOut)
             co_return AttemptEnd::TimedOut;
     }
+    co_return AttemptEnd::Closed;
 }
 
-void Comm::Owe(int replies, const QElapsedTimer &since, bool waitFirst)
-{
-    owed_ = replies;
-    owedSince_ = since;
-    owedWaitFirst_ = waitFirst;
-    owedPatienceMs_ = OwedPatience();
-}
-
-int Comm::OwedPatience() const
-{
-    const qint64 oldest = qint64{OldestOwed} * timeout_.Interval();
-    return static_cast<int>(std::min(owedSince_.elapsed(), oldest)) + timeout_.Interval();
-}
-
-/// False when the work was interrupted or the port closed meanwhile.
-QCoro::Task<bool> Comm::DropOwedReplies(int patienceMs)
+/// Until they are in, or will not come any more, or the work is cancelled.
+QCoro::Task<void> Comm::AwaitAcknowledgements()
 {
     const int opening = closings_;
-    dropping_ = true;
-    owedTimeout_.SetInterval(patienceMs);
-    owedTimeout_.SetEnabled(true);
-    bool interrupted = false;
-    while (owed_ > 0 && closings_ == opening && !interrupted) {
+    while (closings_ == opening && !Interrupted()) {
+        const qint64 asked = pending_.LastAcknowledgementAsked();
+        const qint64 left = asked + qint64{OldestAcknowledgement} * timeout_.Interval() - running_.elapsed();
+        if (asked < 0 || left <= 0)
+            break;
+        patience_.SetInterval(static_cast<int>(left));
+        patience_.SetEnabled(true);
         co_await NextEvent();
-        interrupted = Interrupted();
     }
-    owedTimeout_.SetEnabled(false);
-    dropping_ = false;
-    co_return !interrupted && closings_ == opening;
+    patience_.SetEnabled(false);
 }
 
-/// Counts the replies among input that answers nothing.
-void Comm::DropOwed(const QByteArray &bytes)
+void Comm::Write(const QString &command)
 {
-    const auto lines = static_cast<int>(std::min<qsizetype>(bytes.count('\n'), owed_));
-    owed_ -= lines;
-    if (lines > 0 && dropping_) {
-        owedTimeout_.SetEnabled(true); // it is slow, but it goes on
+    state_->ExchangeState = ExchangeWaiting;
+    state_->RecvBuffer.clear();
+    timeout_.SetEnabled(true);
+    sentAt_.start();
+    pending_.Written(running_.elapsed());
+    qCDebug(lcExchange).noquote() << command << "sent";
+    if (!port_.Write(command.toLatin1() + "\r\n")) {
+        // A line that takes no more bytes is a silent one: the time-out judges it.
+        qCWarning(lcExchange).noquote() << command << "could not be written";
+    }
+}
+
+void Comm::Receive(const QByteArray &bytes)
+{
+    bool askAgain = false;
+    const QStringList lines = TakeLines(bytes);
+    for (const QString &line : lines) {
+        const PendingReplies::Verdict verdict = pending_.Receive(line);
+        if (verdict != PendingReplies::Verdict::Answer) {
+            qCDebug(lcExchange) << "dropped" << line;
+            askAgain = askAgain || verdict == PendingReplies::Verdict::AskAgain;
+            continue;
+        }
+        qCDebug(lcExchange) << state_->LastCommand << "->" << line << "in" << sentAt_.nsecsElapsed() / 1000
+                            << "us";
+        askAgain = false;
+        timeout_.SetEnabled(false);
+        state_->RecvBuffer = line;
+        state_->ReplyLength = static_cast<qint16>(line.size());
+        state_->ExchangeState = ExchangeComplete;
+    }
+    if (askAgain && !Interrupted())
+        Write(state_->LastCommand);
+    if (!lines.isEmpty())
         Wake();
-    }
 }
 
-void Comm::OnNothingMoreOwed()
+/// The lines that these bytes end, each without the LF and the character before it.
+QStringList Comm::TakeLines(const QByteArray &bytes)
 {
-    owed_ = 0;
-    Wake();
+    QStringList lines;
+    qsizetype from = 0;
+    while (from < bytes.size()) {
+        const qsizetype lineFeed = bytes.indexOf('\n', from);
+        const qsizetype end = lineFeed < 0 ? bytes.size() : lineFeed;
+        line_ += bytes.mid(from, std::min(end - from, MaxReplyLength - line_.size()));
+        from = end + 1;
+        if (lineFeed < 0)
+            break;
+        line_.chop(1);
+        QString line = QString::fromLatin1(line_);
+        // Either a slow reply or the rest of one that broke off, with another one behind it.
+        if (lineBefore_ > 0 && !pending_.Expects(line))
+            line.remove(0, lineBefore_);
+        lines.append(line);
+        line_.clear();
+        lineBefore_ = 0;
+    }
+    return lines;
 }
 
 /// The flags that end the work under way, in the order in which they count.

@@ -29,10 +29,10 @@ enum ExchangeStateCode : int {
 /// Plain values without behaviour; `Comm` and `LinkGate` say when they change.
 struct LinkState
 {
-    QString RecvBuffer;     ///< characters of the reply under way; after an exchange the reply without CR LF
-    qint16 ReplyLength = 0; ///< length of the last complete reply
-    QString LastCommand;    ///< the last command sent, without CR LF
-    QString ErrorMessage;   ///< why the last procedure failed; shown once by the operation that started it
+    QString RecvBuffer;       ///< the reply of the last exchange, without CR LF; empty while one is under way
+    qint16 ReplyLength = 0;   ///< length of the last complete reply
+    QString LastCommand;      ///< the last command sent, without CR LF
+    QString ErrorMessage;     ///< why the last procedure failed; shown once by the operation that started it
     QString ForwardErrorText; ///< why the last forwarding failed
     int ExchangeState = ExchangeComplete;
     int LinkActivity = ActivityIdle;

@@ -1,0 +1,135 @@
+#include "link/pendingreplies.h"
+
+#include "link/saverecord.h"
+
+#include <algorithm>
+
+namespace px40 {
+
+namespace {
+
+constexpr qsizetype FullCondition = 52;
+constexpr qsizetype ShortCondition = 44;
+constexpr qsizetype ReadingLength = 29;
+constexpr qsizetype LongestAcknowledgement = 8;
+
+/// The two commands that precede a question, for the sake of the instrument.
+bool IsPreparation(const QString &command)
+{
+    return command == u"AN1" || command == u"H1";
+}
+
+bool IsPlain(const QString &line)
+{
+    return std::all_of(line.begin(), line.end(), [](QChar c) { return c >= u' ' && c <= u'~'; });
+}
+
+bool Fits(const QString &line, ReplyForm form)
+{
+    if (line.startsWith(u"ERR") || !IsPlain(line))
+        return false;
+    switch (form) {
+    case ReplyForm::Condition:
+        return line.size() == FullCondition || line.size() == ShortCondition;
+    case ReplyForm::Reading:
+        return line.size() == ReadingLength;
+    case ReplyForm::Record: {
+        QString record = line;
+        return CheckDigitOk(&record);
+    }
+    case ReplyForm::Acknowledgement:
+        break;
+    }
+    return line.size() <= LongestAcknowledgement;
+}
+
+/// It may be the answer to anything: a refusal, or noise.
+bool FitsAll(const QString &line)
+{
+    return !Fits(line, ReplyForm::Condition) && !Fits(line, ReplyForm::Reading) &&
+           !Fits(line, ReplyForm::Record) && !Fits(line, ReplyForm::Acknowledgement);
+}
+
+} // namespace
+
+ReplyForm ReplyFormOf(const QString &command)
+{
+    if (command == u"OC")
+        return ReplyForm::Condition;
+    if (command.startsWith(u"OM"))
+        return ReplyForm::Reading;
+    return command.startsWith(u"RS,") ? ReplyForm::Record : ReplyForm::Acknowledgement;
+}
+
+bool ChangesInstrument(const QString &command)
+{
+    return ReplyFormOf(command) == ReplyForm::Acknowledgement && !IsPreparation(command);
+}
+
+void PendingReplies::Begin(const QString &command)
+{
+    present_ = entries_.size();
+    form_ = ReplyFormOf(command);
+    anyReplyDoes_ = IsPreparation(command);
+    changes_ = ChangesInstrument(command);
+}
+
+void PendingReplies::Written(qint64 nowMs)
+{
+    entries_.push_back({form_, nowMs});
+}
+
+PendingReplies::Verdict PendingReplies::Receive(const QString &line)
+{
+    if (entries_.empty())
+        return Verdict::Dropped;
+    const auto fits = [&line](const Entry &entry) { return Fits(line, entry.form); };
+    auto owner = std::find_if(entries_.begin(), entries_.end(), fits);
+    const bool waiting = present_ < entries_.size();
+    if (owner == entries_.end() && !FitsAll(line) && present_ > 0)
+        return Verdict::Dropped; // of a command that is not expected to be answered any more
+    if (owner == entries_.end())
+        owner = entries_.begin();
+    const auto struck = static_cast<std::size_t>(owner - entries_.begin()) + 1;
+    const bool givenUp = changes_ && owner->form == ReplyForm::Acknowledgement;
+    const bool answers = waiting && (struck > present_ || anyReplyDoes_ || givenUp);
+    entries_.erase(entries_.begin(), owner + 1);
+    present_ -= std::min(struck, present_);
+    if (answers) {
+        End();
+        return Verdict::Answer;
+    }
+    const bool isQuestion = form_ != ReplyForm::Acknowledgement;
+    const bool couldAnswer = waiting && isQuestion && (Fits(line, form_) || FitsAll(line));
+    return couldAnswer ? Verdict::AskAgain : Verdict::Dropped;
+}
+
+bool PendingReplies::Expects(const QString &line) const
+{
+    return std::any_of(entries_.begin(), entries_.end(),
+                       [&line](const Entry &entry) { return Fits(line, entry.form); });
+}
+
+qint64 PendingReplies::LastAcknowledgementAsked() const
+{
+    const auto last = std::find_if(entries_.rbegin(), entries_.rend(), [](const Entry &entry) {
+        return entry.form == ReplyForm::Acknowledgement;
+    });
+    return last == entries_.rend() ? -1 : last->writtenMs;
+}
+
+void PendingReplies::ForgetBefore(qint64 ms)
+{
+    while (!entries_.empty() && entries_.front().writtenMs < ms) {
+        entries_.pop_front();
+        present_ -= std::min<std::size_t>(1, present_);
+    }
+}
+
+void PendingReplies::Clear()
+{
+    entries_.clear();
+    present_ = 0;
+}
+
+} // namespace px40

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QString>
+
+#include <deque>
+
+namespace px40 {
+
+/// What the reply to a command looks like: it is all by which a reply can be told, for replies bear no
+/// number.
+enum class ReplyForm {
+    Acknowledgement, ///< of everything but the three questions: a few characters
+    Condition,       ///< of "OC": 52 or 44 characters
+    Reading,         ///< of "OM": 29 characters
+    Record,          ///< of "RS": ends in its check character
+};
+
+ReplyForm ReplyFormOf(const QString &command);
+
+/// A command that does more than to ask or to prepare for a question: it must not go out again for a reply
+/// that was meant for another one.
+bool ChangesInstrument(const QString &command);
+
+/// The commands that were written and have no reply yet, and which of them a reply belongs to.
+///
+/// The instrument answers in the order in which it was asked, or not at all. So a reply belongs to the oldest
+/// listed command whose form it fits ("ERR" and noise fit all), and whatever stands before that one will not
+/// be answered any more: both are struck off. The list may hold a command whose reply was lost, which at
+/// worst costs a question asked again; it never lets a reply pass for the answer to a later command.
+///
+/// Knows no port and no timer: whoever writes and receives tells it. Times are milliseconds of any clock.
+class PendingReplies
+{
+  public:
+    enum class Verdict {
+        Dropped,  ///< it answers an older command, or nobody waits
+        AskAgain, ///< the same, but it could have been the answer: the question is to be written again
+        Answer,   ///< it completes the exchange, which is over with it
+    };
+
+    /// An exchange begins: what is listed by now is older. Before a command that changes the instrument the
+    /// caller has waited for `LastAcknowledgementAsked`; what was not acknowledged by now will hardly be, so
+    /// the next acknowledgement is taken for its own: to send a step once more would be worse.
+    void Begin(const QString &command);
+
+    /// The command of the exchange was written, for the first time or again.
+    void Written(qint64 nowMs);
+
+    /// A line has come. Also to be called between exchanges.
+    Verdict Receive(const QString &line);
+
+    /// The exchange is over, whatever came of it.
+    void End() { present_ = entries_.size(); }
+
+    /// Whether the line has the form of a reply that is still to come.
+    bool Expects(const QString &line) const;
+
+    /// When the last acknowledgement that is still to come was asked for; -1: none is to come.
+    qint64 LastAcknowledgementAsked() const;
+
+    /// Nothing is expected any more of what was written before.
+    void ForgetBefore(qint64 ms);
+    void Clear();
+
+  private:
+    struct Entry
+    {
+        ReplyForm form;
+        qint64 writtenMs;
+    };
+
+    std::deque<Entry> entries_; ///< oldest first
+    std::size_t present_ = 0;   ///< from here on they are attempts of the exchange under way
+    ReplyForm form_ = ReplyForm::Acknowledgement;
+    bool anyReplyDoes_ = false; ///< nobody looks at the reply
+    bool changes_ = false;      ///< the older acknowledgements were waited for in vain
+};
+
+} // namespace px40

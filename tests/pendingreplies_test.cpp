@@ -1,0 +1,264 @@
+#include "link/pendingreplies.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <random>
+
+using namespace px40;
+
+namespace {
+
+const QString Condition(52, u'1');
+const QString Reading(29, u'1');
+const QString Record = u"RS5"_qs;
+
+/// A line with its instrument, in a time of its own. Everything is answered in order or not at all; commands
+/// and replies get lost, the instrument stalls and then answers all that it was asked, some replies are late.
+class ModelLine
+{
+  public:
+    struct Reply
+    {
+        qint64 at;
+        int exchange; ///< in which its command was written
+        QString text;
+    };
+
+    explicit ModelLine(unsigned seed) : random_(seed) {}
+
+    void Write(const QString &command, int exchange)
+    {
+        if (Chance(0.03) || now < silentUntil_)
+            return;
+        if (Chance(0.004))
+            stalledUntil_ = now + Between(300, 9000);
+        if (Chance(0.002))
+            silentUntil_ = now + Between(500, 15000);
+        const qint64 late = Chance(0.02) ? Between(200, 2500) : 0;
+        lastReply_ = std::max({lastReply_, now, stalledUntil_}) + Between(15, 80) + late;
+        if (!Chance(0.03))
+            replies_.push_back({lastReply_, exchange, Chance(0.01) ? u"ERR"_qs : TextFor(command)});
+    }
+
+    /// The next reply if it comes until then; otherwise it is then.
+    std::optional<Reply> Next(qint64 until)
+    {
+        if (replies_.empty() || replies_.front().at > until) {
+            now = until;
+            return std::nullopt;
+        }
+        const Reply reply = replies_.front();
+        replies_.pop_front();
+        now = reply.at;
+        return reply;
+    }
+
+    bool Chance(double share) { return std::uniform_real_distribution<>(0, 1)(random_) < share; }
+    int Between(int least, int most) { return std::uniform_int_distribution<>(least, most)(random_); }
+
+    qint64 now = 0;
+
+  private:
+    static QString TextFor(const QString &command)
+    {
+        switch (ReplyFormOf(command)) {
+        case ReplyForm::Condition:
+            return Condition;
+        case ReplyForm::Reading:
+            return Reading;
+        case ReplyForm::Record:
+            return Record;
+        case ReplyForm::Acknowledgement:
+            break;
+        }
+        return u"OK"_qs;
+    }
+
+    std::mt19937 random_;
+    std::deque<Reply> replies_;
+    qint64 lastReply_ = 0;
+    qint64 stalledUntil_ = 0;
+    qint64 silentUntil_ = 0;
+};
+
+/// The channel's procedure on that line.
+class ModelChannel
+{
+  public:
+    explicit ModelChannel(ModelLine &line) : line_(&line) {}
+
+    void Exchange(const QString &command, int attempts)
+    {
+        ++exchange_;
+        const bool changes = ChangesInstrument(command);
+        const bool isQuestion = ReplyFormOf(command) != ReplyForm::Acknowledgement;
+        pending_.ForgetBefore(line_->now - 15 * TimeoutMs);
+        if (changes)
+            AwaitAcknowledgements();
+        pending_.Begin(command);
+        int written = 0;
+        bool answered = false;
+        for (int attempt = 1; attempt <= attempts && !answered; ++attempt) {
+            Write(command, &written);
+            qint64 timeout = line_->now + TimeoutMs;
+            while (const std::optional<ModelLine::Reply> reply =
+                       answered ? std::nullopt : line_->Next(timeout)) {
+                const PendingReplies::Verdict verdict = pending_.Receive(reply->text);
+                answered = verdict == PendingReplies::Verdict::Answer;
+                if (answered && isQuestion && reply->exchange != exchange_)
+                    ++wrong;
+                if (verdict == PendingReplies::Verdict::AskAgain) {
+                    Write(command, &written);
+                    timeout = line_->now + TimeoutMs;
+                }
+            }
+            if (changes && written != attempt)
+                ++writtenTooOften;
+        }
+        pending_.End();
+        readings += isQuestion && answered ? 1 : 0;
+        failures += isQuestion && !answered ? 1 : 0;
+    }
+
+    /// Time in which nobody waits.
+    void Idle(int ms)
+    {
+        const qint64 until = line_->now + ms;
+        while (const std::optional<ModelLine::Reply> reply = line_->Next(until))
+            pending_.Receive(reply->text);
+    }
+
+    int readings = 0;
+    int failures = 0;
+    int wrong = 0;
+    int writtenTooOften = 0;
+
+  private:
+    static constexpr qint64 TimeoutMs = 1000;
+
+    void AwaitAcknowledgements()
+    {
+        qint64 asked = pending_.LastAcknowledgementAsked();
+        while (asked >= 0 && asked + 2 * TimeoutMs > line_->now) {
+            if (const std::optional<ModelLine::Reply> reply = line_->Next(asked + 2 * TimeoutMs))
+                pending_.Receive(reply->text);
+            asked = pending_.LastAcknowledgementAsked();
+        }
+    }
+
+    void Write(const QString &command, int *written)
+    {
+        ++*written;
+        line_->Write(command, exchange_);
+        pending_.Written(line_->now);
+    }
+
+    ModelLine *line_;
+    PendingReplies pending_;
+    int exchange_ = 0;
+};
+
+/// Plays a script of what is written and what comes, and gives the verdicts on what comes, a letter each:
+/// A(nswer), G (ask again), D(ropped). A word of the script is >COMMAND (an exchange begins), + (written
+/// again), . (its end) or the reply: C(ondition), R(eading), S (record), K (acknowledgement), E (refusal), N
+/// (45 characters).
+QString Play(const QString &script)
+{
+    const QMap<QString, QString> replies = {{u"C"_qs, Condition}, {u"R"_qs, Reading},
+                                            {u"S"_qs, Record},    {u"K"_qs, u"OK"_qs},
+                                            {u"E"_qs, u"ERR"_qs}, {u"N"_qs, QString(45, u'1')}};
+    PendingReplies pending;
+    QString verdicts;
+    const QStringList words = script.split(u' ');
+    for (const QString &word : words) {
+        if (word.startsWith(u'>'))
+            pending.Begin(word.mid(1));
+        if (word.startsWith(u'>') || word == u"+")
+            pending.Written(0);
+        else if (word == u".")
+            pending.End();
+        else if (word == u"f")
+            pending.ForgetBefore(1);
+        else
+            verdicts += QStringLiteral("DGA").at(static_cast<int>(pending.Receive(replies.value(word))));
+    }
+    return verdicts;
+}
+
+} // namespace
+
+class PendingRepliesTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void RepliesFindTheirCommands_data();
+    void RepliesFindTheirCommands();
+    void NothingWrongOnABadLine();
+};
+
+void PendingRepliesTest::RepliesFindTheirCommands_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QString>("verdicts");
+    QTest::newRow("healthy") << u">AN1 K . >H1 K . >OC C . >OM1 R . >RS,01 S . >UP1 K"_qs << u"AAAAAA"_qs;
+    QTest::newRow("lost reply") << u">OC + C . >AN1 K . >H1 K . >OC C"_qs << u"AAAA"_qs;
+    QTest::newRow("lost preparation") << u">AN1 + K . >H1 K . >OC C"_qs << u"AAA"_qs;
+    QTest::newRow("late preparation") << u">AN1 + K . >H1 K . >OC K C"_qs << u"AADA"_qs;
+    QTest::newRow("late question behind a step") << u">OC + C . >UP1 C K"_qs << u"ADA"_qs;
+    QTest::newRow("same question again") << u">OM1 + R . >OM2 R + R . >OM3 R + R"_qs << u"AGAGA"_qs;
+    QTest::newRow("refusal is of the oldest") << u">OC . >OM1 E + R"_qs << u"GA"_qs;
+    QTest::newRow("acknowledgement answers no question") << u">MO1 . >OC K C"_qs << u"DA"_qs;
+    QTest::newRow("preparations take what comes") << u">OC . >AN1 C . >H1 N"_qs << u"AA"_qs;
+    QTest::newRow("a reply strikes all before it") << u">UP1 . >OM1 . >OC C . >UP2 K"_qs << u"AA"_qs;
+    QTest::newRow("any form where nothing else is to come") << u">OC + N . >UP1 C"_qs << u"AD"_qs;
+    QTest::newRow("another form behind something else") << u">UP1 . >OC N + C"_qs << u"GA"_qs;
+    QTest::newRow("steps are not asked again") << u">OC . >DW1 E K"_qs << u"DA"_qs;
+    QTest::newRow("a step behind one given up") << u">UP1 . >UP2 K K . >OC C"_qs << u"ADA"_qs;
+    QTest::newRow("of a command that is forgotten") << u">UP1 . f >OM1 . >OC K R C"_qs << u"DDA"_qs;
+    QTest::newRow("asked long ago") << u">OC . >OC . f >OC C"_qs << u"A"_qs;
+    QTest::newRow("while nobody waits") << u"K >OC . C >OC C . C"_qs << u"DDAD"_qs;
+}
+
+void PendingRepliesTest::RepliesFindTheirCommands()
+{
+    QFETCH(QString, script);
+    QFETCH(QString, verdicts);
+    QCOMPARE(Play(script), verdicts);
+}
+
+void PendingRepliesTest::NothingWrongOnABadLine()
+{
+    constexpr int Readings = 30000;
+    for (const unsigned seed : {1U, 2U, 3U}) {
+        ModelLine line(seed);
+        ModelChannel channel(line);
+        while (channel.readings < Readings) {
+            if (line.Chance(0.9)) {
+                for (const QString &command : {u"AN1"_qs, u"H1"_qs, u"OC"_qs})
+                    channel.Exchange(command, 3);
+            }
+            if (line.Chance(0.05)) {
+                for (int n = 1; n <= 10; ++n)
+                    channel.Exchange(u"OM%1"_qs.arg(n), 3);
+            }
+            if (line.Chance(0.02)) {
+                for (const QString &command : {u"PL,1"_qs, u"RS,01"_qs, u"RS,02"_qs, u"PL,0"_qs})
+                    channel.Exchange(command, 5);
+            }
+            if (line.Chance(0.2))
+                channel.Exchange(u"UP1"_qs, 3);
+            if (line.Chance(0.5))
+                channel.Idle(line.Between(1, 900));
+        }
+        QCOMPARE(channel.wrong, 0);
+        QCOMPARE(channel.writtenTooOften, 0);
+        QVERIFY(channel.failures < Readings / 50); // what the line itself costs
+    }
+}
+
+QTEST_GUILESS_MAIN(PendingRepliesTest)
+#include "pendingreplies_test.moc"
