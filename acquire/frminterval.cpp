@@ -203,19 +203,24 @@ void frmInterval::Confirm()
         return;
     }
     Load(form); // what passed stands there with two digits
-    jobs_->Launch(Refuse(this, *fault), "refusing an interval or period");
+    jobs_->Launch(Refuse(this, IntervalComplaint(form, *fault), *fault), "refusing an interval or period");
 }
 
-QCoro::Task<void> frmInterval::Refuse(QPointer<frmInterval> dialog, IntervalFault fault)
+QCoro::Task<void> frmInterval::Refuse(QPointer<frmInterval> dialog, QString complaint, IntervalFault fault)
 {
     dialog->refusing_ = true;
+    dialog->EnterFaulty(fault); // the message keeps clear of it
     Prompts *const prompts = dialog->prompts_;
-    co_await prompts->Warn(Text(fault.complaint));
+    co_await prompts->Warn(complaint);
     if (!dialog)
         co_return;
     dialog->refusing_ = false;
-    const Boxes &boxes = fault.complaint == Str::IllegalInterval ? dialog->interval_ : dialog->period_;
-    Enter(boxes.at(fault.part));
+    dialog->EnterFaulty(fault);
+}
+
+void frmInterval::EnterFaulty(const IntervalFault &fault)
+{
+    Enter((fault.complaint == Str::IllegalInterval ? interval_ : period_).at(fault.part));
 }
 
 } // namespace px40

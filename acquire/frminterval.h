@@ -37,7 +37,8 @@ class frmInterval : public QDialog
   private:
     using Boxes = std::array<QLineEdit *, DurationParts.size()>; ///< tbIday to tbIsec, tbPday to tbPsec
 
-    static QCoro::Task<void> Refuse(QPointer<frmInterval> dialog, IntervalFault fault);
+    static QCoro::Task<void> Refuse(QPointer<frmInterval> dialog, QString complaint, IntervalFault fault);
+    void EnterFaulty(const IntervalFault &fault);
     QGroupBox *BuildInterval();
     QGroupBox *BuildPeriod();
     void BeginPeriod();

@@ -4,6 +4,7 @@
 #include "acquire/measureface.h"
 #include "acquire/status.h"
 #include "link/comm.h"
+#include "link/commandoutcome.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/jobs.h"
@@ -70,6 +71,11 @@ void frmMoniter::Show(const MeasureDisplay &display)
         btMeasOnOff_->setFocus(); // lost while it was disabled
 }
 
+void frmMoniter::Fade()
+{
+    face_->Fade();
+}
+
 void frmMoniter::SetData(const QString &) {}
 
 void frmMoniter::SendNow()
@@ -89,8 +95,10 @@ QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, Monit
     services.instrument->Status.MeasureOn = measureOn == 0 ? 1 : 0;
     const QString command = measureOn != 1 ? QStringLiteral("MO1") : QStringLiteral("MO0");
 
-    // Whether it succeeded is seen in the next status.
-    co_await services.comm->SendCommand(command, Attempts);
+    // Whether it succeeded is seen in the next status; why not, here.
+    const bool answered = co_await services.comm->SendCommand(command, Attempts);
+    if (window)
+        window->ShowMessage(WhyNotObeyed(command, answered, *services.comm, *services.state));
 
     services.state->LinkActivity = ActivityIdle;
     if (window && window->presses_ == 0)
@@ -132,6 +140,9 @@ void frmMoniter::resizeEvent(QResizeEvent *event)
     btMeasOnOff_->setGeometry(
         QRect(QPoint(width() - margin - button.width(), height() - margin - button.height()), button));
     face_->setGeometry(margin, margin, width() - 2 * margin, height() - 3 * margin - button.height());
+    MessageLine()->setFont(FaceFont(Text(Str::FontSizeNormal), scale));
+    MessageLine()->setGeometry(
+        QRect(margin, btMeasOnOff_->y(), btMeasOnOff_->x() - 2 * margin, btMeasOnOff_->height()));
 }
 
 } // namespace px40

@@ -43,6 +43,8 @@ class frmMoniter : public LiveWindow
     explicit frmMoniter(const MoniterServices &services, QWidget *parent = nullptr);
 
     void Show(const MeasureDisplay &display);
+    /// Nothing new has come for a while: the last value fades until there is a new one.
+    void Fade();
 
     /// The link may be free: a press that waits is sent at once instead of on the next tick.
     void SendNow();

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace px40 {
 
@@ -75,15 +76,39 @@ QString InstrumentFace::LampText(bool on) const
 }
 
 void InstrumentFace::ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol,
-                              const QString &state, const OptionIndicators &indicators)
+                              Lamp lamp, const OptionIndicators &indicators)
 {
+    SetFaded(false);
+    SetLamp(lamp);
     llUnit_->setText(unit);
     llFunction_->setText(function);
-    llState_->setText(state);
     for (std::size_t i = 0; i < imUnit_.size(); ++i)
         imUnit_[i]->setVisible(symbol == static_cast<int>(i));
     for (std::size_t i = 0; i < llDipsw_.size(); ++i)
         llDipsw_[i]->setText(indicators[i]);
+}
+
+void InstrumentFace::Fade()
+{
+    SetFaded(true);
+    SetLamp(Lamp::None);
+}
+
+void InstrumentFace::SetLamp(Lamp lamp)
+{
+    llState_->setText(lamp == Lamp::None ? QString() : LampText(lamp == Lamp::On));
+    ShowLamp(lamp);
+}
+
+void InstrumentFace::SetFaded(bool faded)
+{
+    if (std::exchange(faded_, faded) == faded)
+        return;
+    const QList<QLabel *> labels = findChildren<QLabel *>();
+    for (QLabel *const label : labels)
+        label->setForegroundRole(Ink());
+    LoadDrawings();
+    update();
 }
 
 QPalette InstrumentFace::Ground() const
@@ -91,7 +116,7 @@ QPalette InstrumentFace::Ground() const
     // The drawings lie on the display's ground, not on the window's.
     QPalette ground = palette();
     ground.setColor(QPalette::Window, palette().color(QPalette::Active, QPalette::Base));
-    ground.setColor(QPalette::WindowText, palette().color(QPalette::Active, QPalette::Text));
+    ground.setColor(QPalette::WindowText, palette().color(QPalette::Active, Ink()));
     return ground;
 }
 

@@ -20,6 +20,11 @@ class InstrumentFace : public QWidget
 {
     Q_OBJECT
 
+  public:
+    /// Nothing new has come for a while: what stands there fades, and the lamp, of which nobody knows by now,
+    /// goes. Lasts until `ShowSide`.
+    void Fade();
+
   protected:
     /// `designSize`: the size for which the string table's font sizes are meant, in pixels of 1/96 inch;
     /// nothing is cut from there on upwards. `side`: what the lamp tells the state of.
@@ -31,14 +36,17 @@ class InstrumentFace : public QWidget
     static constexpr double SymbolSide = 42;
     static constexpr double ReadingHeight = 54;
 
-    /// `state` is what stands beside the lamp (see `LampText`).
-    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol,
-                  const QString &state, const OptionIndicators &indicators);
+    enum class Lamp { None, Off, On };
+    static Lamp LampOf(bool known, bool on) { return !known ? Lamp::None : on ? Lamp::On : Lamp::Off; }
+
+    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol, Lamp lamp,
+                  const OptionIndicators &indicators);
 
     QLabel *NewLabel(const char *name, Qt::Alignment alignment);
     /// What the lamp says.
     QString LampText(bool on) const;
-    /// The colours for drawings that lie on the display.
+    /// The role of the ink, and the colours for drawings that lie on the display.
+    QPalette::ColorRole Ink() const { return faded_ ? QPalette::PlaceholderText : QPalette::Text; }
     QPalette Ground() const;
 
     /// How much larger than its design size the face is; `Area` is its size in the design's units.
@@ -53,6 +61,7 @@ class InstrumentFace : public QWidget
     virtual void LayOut();
     /// Called when the colours have changed.
     virtual void LoadDrawings();
+    virtual void ShowLamp(Lamp lamp) = 0;
 
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -61,6 +70,8 @@ class InstrumentFace : public QWidget
   private:
     void LayOutTopRow();
     void LayOutIndicators();
+    void SetLamp(Lamp lamp);
+    void SetFaded(bool faded);
 
     QSizeF designSize_;
     QString side_;
@@ -70,6 +81,7 @@ class InstrumentFace : public QWidget
     std::array<QLabel *, 7> llDipsw_{};
     std::array<DrawnFace *, 3> imUnit_{};
     QRect lampPlace_;
+    bool faded_ = false;
 };
 
 /// The table's font in the table's size `sizeText` (points), `scale` times as large, for a widget.

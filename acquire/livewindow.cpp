@@ -1,5 +1,6 @@
 #include "acquire/livewindow.h"
 
+#include "platform/elidedlabel.h"
 #include "platform/keptplace.h"
 #include "platform/screens.h"
 #include "platform/windowplace.h"
@@ -20,13 +21,38 @@ constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowS
 } // namespace
 
 LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent)
-    : QWidget(parent, Flags), name_(name), store_(&store), openFlag_(&openFlag)
+    : QWidget(parent, Flags), name_(name), store_(&store), openFlag_(&openFlag),
+      llMessage_(new ElidedLabel(this))
 {
+    llMessage_->setObjectName(QStringLiteral("llMessage"));
+    llMessage_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text widens no window
     setObjectName(QStringLiteral("frm") + name);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(ApplicationIcon());
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this,
             &QWidget::close);
+}
+
+QWidget *LiveWindow::MessageLine() const
+{
+    return llMessage_;
+}
+
+void LiveWindow::ShowMessage(const QString &text)
+{
+    text_ = text;
+    ShowLine();
+}
+
+void LiveWindow::ShowNote(const QString &text)
+{
+    note_ = text;
+    ShowLine();
+}
+
+void LiveWindow::ShowLine()
+{
+    llMessage_->SetText(text_.isEmpty() ? note_ : text_);
 }
 
 void LiveWindow::Open(const QRect &usual)

@@ -1,19 +1,31 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
 
 namespace px40 {
 
+class ElidedLabel;
 class UserStore;
 
 /// A window of its own, above the main window, that shows one side of the instrument. It asks the instrument
 /// for nothing: whoever decodes a status shows it here.
+///
+/// A line of its own tells what came of a command that was given here, or since when nothing has come from
+/// the instrument.
 ///
 /// It has its flag set for as long as it is open, keeps its place from one opening to the next, and deletes
 /// itself when closed, also by Escape or Ctrl+W.
 class LiveWindow : public QWidget
 {
     Q_OBJECT
+
+  public:
+    /// What is to be told of the last command; empty: nothing.
+    void ShowMessage(const QString &text);
+
+    /// What is to be told of the readings where there is no such message; empty: nothing.
+    void ShowNote(const QString &text);
 
   Q_SIGNALS:
     /// The window has closed: its place is kept and its flag is cleared.
@@ -31,13 +43,21 @@ class LiveWindow : public QWidget
     /// The window is about to close.
     virtual void Closing() {}
 
+    /// The line, for the subclass to place.
+    QWidget *MessageLine() const;
+
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
   private:
+    void ShowLine();
+
     QString name_;
     UserStore *store_;
     bool *openFlag_;
+    ElidedLabel *llMessage_;
+    QString text_;
+    QString note_;
     bool open_ = true;
 };
 

@@ -67,6 +67,7 @@ MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ran
 {
     MeasureDisplay display;
     const bool hidden = HidesMeasurement(status.SourceMode);
+    display.known = true;
     display.on = status.MeasureOn != 0 && !hidden;
     if (display.on) {
         const Captions captions = CaptionsFor(status, ranges);

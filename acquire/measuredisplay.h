@@ -22,6 +22,7 @@ struct MeasureDisplay
     QString unit;
     QString function;
     Symbol symbol = NoSymbol;
+    bool known = false;        ///< a status has told it: otherwise there is no lamp at all
     bool on = false;           ///< the MEASURE lamp
     bool buttonEnabled = true; ///< measuring can be switched on and off from here
     OptionIndicators indicators;

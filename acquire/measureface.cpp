@@ -41,10 +41,15 @@ void MeasureFace::LoadDrawings()
 
 void MeasureFace::Show(const MeasureDisplay &display)
 {
-    ShowSide(display.unit, display.function, display.symbol, LampText(display.on), display.indicators);
+    ShowSide(display.unit, display.function, display.symbol, LampOf(display.known, display.on),
+             display.indicators);
     llValue_->setText(display.value);
-    shOn_->setVisible(display.on);
-    shOff_->setVisible(!display.on);
+}
+
+void MeasureFace::ShowLamp(Lamp lamp)
+{
+    shOn_->setVisible(lamp == Lamp::On);
+    shOff_->setVisible(lamp == Lamp::Off);
 }
 
 void MeasureFace::LayOut()

@@ -22,6 +22,7 @@ class MeasureFace : public InstrumentFace
   protected:
     void LayOut() override;
     void LoadDrawings() override;
+    void ShowLamp(Lamp lamp) override;
 
   private:
     ReadingLabel *llValue_;

@@ -138,6 +138,8 @@ QCoro::Task<void> Realtime::Ask()
         parts_.state.RecvBuffer = NoReplyText();
     const qint16 commMode = CheckCommMode(parts_.state.RecvBuffer, parts_.state.ReplyLength);
     parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReplyText();
+    if (parts_.instrument.StatusReply != NoReplyText())
+        ++parts_.instrument.Accepted;
     progress_.answered = answered;
     replySecond_ = SecondOf(parts_.clock.UtcMs());
 }

@@ -45,6 +45,7 @@ struct InstrumentState
     InstrumentStatus Status;
     InstrumentStatus PreviousStatus; ///< as it was after the decoding before
     QString StatusReply;             ///< the last accepted status reply, or "ERROR" in real-time receive
+    qint64 Accepted = 0;             ///< how many status replies were: what changes with it is new
 };
 
 /// Reads a status reply into `status`. While the instrument does not measure, function, range and value of

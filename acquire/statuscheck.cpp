@@ -80,6 +80,7 @@ QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
     const qint16 commMode = CheckCommMode(state_->RecvBuffer, state_->ReplyLength);
     if (commMode == CommModeUsable) {
         instrument_->StatusReply = state_->RecvBuffer;
+        ++instrument_->Accepted;
     } else {
         co_await prompts_->Warn(CommModeMessage(commMode));
         checkTimer_->SetEnabled(false);

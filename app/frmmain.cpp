@@ -1,6 +1,5 @@
 #include "app/frmmain.h"
 
-#include "app/elidedlabel.h"
 #include "app/forwarding.h"
 #include "app/frmabout.h"
 #include "app/frmcancel.h"
@@ -10,6 +9,7 @@
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
+#include "platform/elidedlabel.h"
 #include "platform/prompts.h"
 #include "platform/screens.h"
 #include "platform/windowplace.h"
@@ -20,7 +20,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QStatusBar>
-#include <QTextDocument>
 #include <QToolBar>
 
 namespace px40 {
@@ -66,7 +65,6 @@ void frmMain::BuildStatusBar()
     statusBar()->setObjectName(QStringLiteral("sbMain"));
     message_ = new ElidedLabel(this);
     message_->setObjectName(QStringLiteral("Msg"));
-    message_->setTextFormat(Qt::PlainText); // what the user has typed, or a file's name, is no markup
     port_ = new QLabel(this);
     port_->setObjectName(QStringLiteral("Port"));
     message_->setContentsMargins(6, 0, 6, 0);
@@ -102,15 +100,11 @@ void frmMain::ConnectAll()
         ApplyStatusRules(enabled, &menuStates_, &buttonStates_);
         ShowCommands();
     });
-    connect(&services_->comm, &Comm::portLost, this, [this] {
-        portLost_ = true;
-        ShowMessage(FirstLine(Text(Str::PortLost)));
-    });
-    connect(&services_->comm, &Comm::portChanged, this, [this] {
-        if (portLost_ && services_->comm.IsOpen()) {
-            portLost_ = false;
-            ShowMessage(QString());
-        }
+    const QString lost = FirstLine(Text(Str::PortLost));
+    connect(&services_->comm, &Comm::portLost, this, [this, lost] { ShowMessage(lost); });
+    connect(&services_->comm, &Comm::portChanged, this, [this, lost, takeBack] {
+        if (!services_->comm.IsLost())
+            takeBack(lost);
         ShowPort();
     });
 }
@@ -131,9 +125,7 @@ void frmMain::ShowTitle()
 
 void frmMain::ShowMessage(const QString &text)
 {
-    message_->setText(text);
-    // Whole also where the panel is narrow.
-    message_->setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
+    message_->SetText(text);
 }
 
 void frmMain::ShowWarning(const QString &text)
@@ -151,7 +143,8 @@ void frmMain::ShowPort()
                                    : services_->ports.Device(number);
         port_->setText(Text(Str::PortPanelOpen).arg(number).arg(device));
     } else {
-        port_->setText(Text(portLost_ ? Str::PortPanelLost : Str::PortPanelClosed).arg(number));
+        port_->setText(
+            Text(services_->comm.IsLost() ? Str::PortPanelLost : Str::PortPanelClosed).arg(number));
     }
 }
 

@@ -24,6 +24,7 @@ class QMdiSubWindow;
 
 namespace px40 {
 
+class ElidedLabel;
 class Forwarding;
 class frmCancel;
 class frmData;
@@ -96,7 +97,6 @@ class frmMain : public QMainWindow
     void ActivateAgain();
     ShellSituation Situation() const;
     frmData *ActiveData() const;
-    std::shared_ptr<DataSet> ActiveRealtimeData();
     QList<std::shared_ptr<DataSet>> OpenSets() const;
     static void ShowHourglass(bool shown);
 
@@ -128,12 +128,11 @@ class frmMain : public QMainWindow
     CommandStates menuStates_;
     CommandStates buttonStates_;
     QPointer<QMdiSubWindow> activeBefore_;
-    QLabel *message_ = nullptr;
+    ElidedLabel *message_ = nullptr;
     QLabel *port_ = nullptr;
     QElapsedTimer warned_; ///< since a warning, which the messages of a run leave standing for a while
     bool memoryAsked_ = false;
     bool forwardAsked_ = false;
-    bool portLost_ = false;
     bool asking_ = false;
     bool mayGo_ = false;
 };

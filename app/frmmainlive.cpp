@@ -54,7 +54,7 @@ QCoro::Task<void> frmMain::ReceiveAndForward(std::optional<ForwardChoice> choice
     if (complete && unreadable > 0)
         outcome = outcome.arg(unreadable);
     // A lost line counts more than what came over it.
-    ShowMessage(!complete && portLost_ ? FirstLine(Text(Str::PortLost)) : outcome);
+    ShowMessage(!complete && services_->comm.IsLost() ? FirstLine(Text(Str::PortLost)) : outcome);
     RefreshCommands();
     if (complete && choice && dataSet->GetDatacount() > 0)
         co_await forwarding_->Forward(dataSet, *choice);
@@ -124,26 +124,20 @@ void frmMain::ShowLiveWindows()
     check(Command::ViewSource, live_->IsSourceOpen());
 }
 
-/// The buttons are there for every data window, but these commands are only for real-time ones.
-std::shared_ptr<DataSet> frmMain::ActiveRealtimeData()
+/// The button is there for every data window, but only a real-time one can run.
+void frmMain::StartRealtime()
 {
     const frmData *const active = ActiveData();
     if (active && DataKind(active->Data()->Kind()) == KindRealtime)
-        return active->Data();
-    ShowMessage(Text(Str::NeedsRealtime));
-    return nullptr;
-}
-
-void frmMain::StartRealtime()
-{
-    if (ActiveRealtimeData())
         services_->jobs.Launch(live_->Start(ActiveData()), "starting real-time receive");
+    else
+        ShowMessage(Text(Str::NeedsRealtime));
 }
 
 void frmMain::ShowIntervalSetup()
 {
-    if (const std::shared_ptr<DataSet> dataSet = ActiveRealtimeData())
-        (new frmInterval(dataSet, services_->prompts, services_->jobs, this))->open();
+    if (const frmData *const active = ActiveData())
+        (new frmInterval(active->Data(), services_->prompts, services_->jobs, this))->open();
 }
 
 } // namespace px40

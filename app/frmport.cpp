@@ -152,7 +152,9 @@ void frmPort::DescribeDevice()
     } else if (path.isEmpty()) {
         info = Text(Str::PortDeviceUnassigned);
     } else if (!QFileInfo::exists(path)) {
-        info = Text(Str::PortDeviceAbsent);
+        const bool gone =
+            path == services_->ports.Device(ChosenPort()) && services_->ports.IsKnown(ChosenPort());
+        info = gone ? Text(Str::PortDeviceAbsent) : FirstLine(Text(Str::PortNoDevice).arg(path));
     } else {
         const QString device = QFileInfo(path).canonicalFilePath();
         for (const PortDevice &live : std::as_const(devices_)) {
@@ -198,7 +200,7 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     const QString chosen = dialog->cbPort_->currentText();
     services->comm.SetPortNumber(chosen.toInt());
     const bool opened = co_await services->comm.OpenPort();
-    if (opened)
+    if (opened && !services->simulated) // whoever looks at a demo keeps the port of the instrument
         services->settings.PortNumberText = chosen;
     if (!dialog)
         co_return;

@@ -2,6 +2,7 @@
 
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
+#include "acquire/secondcounter.h"
 #include "app/forwarding.h"
 #include "document/frmdata.h"
 #include "platform/prompts.h"
@@ -15,11 +16,14 @@
 
 #include <QWindow>
 
+#include <utility>
+
 namespace px40 {
 
 namespace {
 
 constexpr int WaitIntervalMs = 10;
+constexpr int FadeAfterMs = 2 * StatusCheckIntervalMs + StatusCheckIntervalMs / 4; // a check may be late
 constexpr int FromBottom = 16; // of the SOURCE window's frame: so far above it the value entry opens
 
 QString UnitText(const SourceDisplay &display)
@@ -48,11 +52,20 @@ Live::Live(Services &services, const Timers &timers, Forwarding &forwarding, QWi
                    services.ranges, timers.tmCheckStat, *this),
       realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
                  services.clock, services.instrument, timers.tmRealtime, *this}),
-      sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument)
+      sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument),
+      tmFade_(FadeAfterMs, false, this)
 {
     realtime_.SetForward(&forwarding.Rows());
+    const auto tellInSource = [this](const QString &text) {
+        if (source_)
+            source_->ShowMessage(text);
+    };
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::warning);
+    connect(&sourceCommands_, &SourceCommands::failed, this, tellInSource);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::warningOver);
+    connect(&sourceCommands_, &SourceCommands::recovered, this, [tellInSource] { tellInSource({}); });
+    tmFade_.setObjectName(QStringLiteral("tmFade"));
+    connect(&tmFade_, &Timer::tick, this, &Live::Fade);
     connect(&timers.tmCheckStat, &Timer::tick, this,
             [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
@@ -181,7 +194,8 @@ void Live::OnPortChanged()
 {
     if (services_->comm.IsOpen() || services_->state.RealtimeRun)
         return;
-    ShowMeasure({});
+    if (moniter_)
+        moniter_->Show({});
     ShowSource({});
 }
 
@@ -212,8 +226,11 @@ QCoro::Task<void> Live::Start(QPointer<frmData> window)
         co_return;
     }
     asking_ = true;
-    const Answer answer =
-        co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardRealtime), PromptIcon::Question);
+    Answer answer = Answer::Cancel;
+    const bool open = co_await HavePort();
+    if (open)
+        answer =
+            co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardRealtime), PromptIcon::Question);
     bool wanted = answer != Answer::Cancel && !services_->leaving;
     if (wanted && answer == Answer::Yes)
         wanted = co_await forwarding_->AskForRun();
@@ -236,7 +253,24 @@ void Live::OnCheckInter()
         return;
     const std::shared_ptr<DataSet> dataSet = waiting_->Data();
     waiting_ = nullptr;
-    services_->jobs.Launch(realtime_.StartRealtime(dataSet, waitingForward_), "starting real-time receive");
+    services_->jobs.Launch(Begin(dataSet, waitingForward_), "starting real-time receive");
+}
+
+/// The link is free; the cable may have gone while the questions stood open.
+QCoro::Task<void> Live::Begin(std::shared_ptr<DataSet> dataSet, bool forward)
+{
+    const bool open = co_await HavePort();
+    if (open)
+        co_await realtime_.StartRealtime(dataSet, forward);
+}
+
+/// Opens the port if it is not open; where that fails the user has been told.
+QCoro::Task<bool> Live::HavePort()
+{
+    bool open = services_->comm.IsOpen();
+    if (!open)
+        open = co_await services_->comm.OpenPort();
+    co_return open;
 }
 
 void Live::Stop()
@@ -248,14 +282,49 @@ void Live::Stop()
 
 void Live::ShowMeasure(const MeasureDisplay &display)
 {
+    TakeNews();
     if (moniter_)
         moniter_->Show(display);
+    if (moniter_ && faded_) // it is the old one, decoded again
+        moniter_->Fade();
 }
 
 void Live::ShowSourceStatus(const InstrumentStatus &status)
 {
+    TakeNews();
     const bool inMeasure = moniter_ && HidesMeasurement(status.SourceMode);
     ShowSource(px40::ShowSource(status, services_->ranges, inMeasure));
+    if (source_ && faded_)
+        source_->Fade();
+}
+
+void Live::TakeNews()
+{
+    if (std::exchange(newest_, services_->instrument.Accepted) == services_->instrument.Accepted)
+        return;
+    since_ = TimeOfDay(SecondOf(services_->clock.UtcMs()));
+    faded_ = false;
+    tmFade_.SetEnabled(true); // from now on
+    ShowNotes(QString());
+}
+
+void Live::Fade()
+{
+    tmFade_.SetEnabled(false);
+    faded_ = true;
+    if (moniter_)
+        moniter_->Fade();
+    if (source_)
+        source_->Fade();
+    ShowNotes(Text(Str::NoReadingSince).arg(since_));
+}
+
+void Live::ShowNotes(const QString &text)
+{
+    if (moniter_)
+        moniter_->ShowNote(text);
+    if (source_)
+        source_->ShowNote(text);
 }
 
 void Live::ShowSource(const SourceDisplay &display)

@@ -57,8 +57,8 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     /// The program is about to end: what has not been sent stays unsent, and the windows close.
     void Leave();
 
-    /// Asks about forwarding, also where to, and starts a run into the data set of that window, as soon as
-    /// the link is free.
+    /// Opens the port if need be, asks about forwarding, also where to, and starts a run into the data set of
+    /// that window, as soon as the link is free. Without a port nothing begins.
     QCoro::Task<void> Start(QPointer<frmData> window);
     /// A question about a start is open, or a start waits for the link.
     bool IsStarting() const { return asking_ || waiting_; }
@@ -79,11 +79,16 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     void ShowWindow(Window *window);
     void OpenValueEntry();
     void ShowSource(const SourceDisplay &display);
+    void TakeNews();
+    void Fade();
+    void ShowNotes(const QString &text);
     /// `tell`: also why a lost instrument cannot be found again.
     void StartChecking(bool tell);
     void OnPortChanged();
     QCoro::Task<void> Check();
     void OnCheckInter();
+    QCoro::Task<void> Begin(std::shared_ptr<DataSet> dataSet, bool forward);
+    QCoro::Task<bool> HavePort();
 
     void ShowMeasure(const MeasureDisplay &display) override;
     void ShowSourceStatus(const InstrumentStatus &status) override;
@@ -108,6 +113,10 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     bool moniterByTrouble_ = false; ///< closed, but not by the user
     bool sourceByTrouble_ = false;
     bool asking_ = false;
+    Timer tmFade_;      ///< runs out when nothing new has come for a while
+    qint64 newest_ = 0; ///< of the status replies, the one shown last
+    QString since_;     ///< the time of day when it came
+    bool faded_ = false;
 };
 
 } // namespace px40

@@ -170,24 +170,26 @@ bool frmSetting::Apply()
     const std::optional<GraphField> fault = CheckGraphForm(&form);
     Load(form); // what passed stands there in its plain form
     if (fault) {
-        jobs_->Launch(Refuse(this, *fault), "refusing a graph setting");
+        jobs_->Launch(Refuse(this, GraphComplaint(form, *fault), *fault), "refusing a graph setting");
         return false;
     }
     ApplyGraphForm(form, dataSet_.get());
     return true;
 }
 
-QCoro::Task<void> frmSetting::Refuse(QPointer<frmSetting> dialog, GraphField field)
+QCoro::Task<void> frmSetting::Refuse(QPointer<frmSetting> dialog, QString complaint, GraphField field)
 {
     dialog->refusing_ = true;
+    QLineEdit *const box = dialog->Box(field);
+    box->setFocus(); // the message keeps clear of it
+    box->selectAll();
     Prompts *const prompts = dialog->prompts_;
-    co_await prompts->Warn(Text(Str::IllegalValue));
+    co_await prompts->Warn(complaint);
     if (!dialog)
         co_return;
     dialog->refusing_ = false;
-    QLineEdit *const box = dialog->Box(field);
-    box->setFocus();
-    box->selectAll();
+    dialog->Box(field)->setFocus();
+    dialog->Box(field)->selectAll();
 }
 
 QLineEdit *frmSetting::Box(GraphField field) const

@@ -35,7 +35,7 @@ class frmSetting : public QDialog
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
-    static QCoro::Task<void> Refuse(QPointer<frmSetting> dialog, GraphField field);
+    static QCoro::Task<void> Refuse(QPointer<frmSetting> dialog, QString complaint, GraphField field);
     QGroupBox *BuildXaxis();
     QGroupBox *BuildYaxis();
     QDialogButtonBox *BuildButtons();

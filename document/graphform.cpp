@@ -3,6 +3,7 @@
 #include "document/dataset.h"
 #include "document/graphsettings.h"
 #include "document/numbers.h"
+#include "resources/strings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,6 +27,27 @@ bool TakeLimit(QString *text)
     *text = value.value_or(*text);
     return value.has_value();
 }
+
+/// The axis and the label of a field, and what it takes.
+struct FieldRule
+{
+    Str axis;
+    Str label;
+    Str allowed;
+    const char16_t *least;
+    const char16_t *most;
+};
+
+/// In the order of the fields.
+constexpr FieldRule Rules[GraphFieldCount] = {
+    {Str::GraphXAxis, Str::GraphDataRange, Str::WholeNumberAllowed, u"2", u"32767"},
+    {Str::GraphXAxis, Str::GraphTickCategories, Str::WholeNumberAllowed, u"1", u"32767"},
+    {Str::GraphXAxis, Str::GraphLabelCategories, Str::WholeNumberAllowed, u"1", u"32767"},
+    {Str::GraphYAxis, Str::GraphMaximum, Str::NumberAllowed, u"-60000", u"60000"},
+    {Str::GraphYAxis, Str::GraphMinimum, Str::NumberAllowed, u"-60000", u"60000"},
+    {Str::GraphYAxis, Str::GraphMajorUnit, Str::WholeNumberAllowed, u"1", u"32767"},
+    {Str::GraphYAxis, Str::GraphMinorUnit, Str::WholeNumberAllowed, u"1", u"32767"},
+};
 
 int Whole(const GraphForm &form, GraphField field)
 {
@@ -75,6 +97,18 @@ std::optional<GraphField> CheckGraphForm(GraphForm *form)
         }
     }
     return std::nullopt;
+}
+
+QString GraphComplaint(const GraphForm &form, GraphField fault)
+{
+    const FieldRule &rule = Rules[static_cast<std::size_t>(fault)];
+    // A minimum that is a number is refused only for the maximum's sake.
+    const bool aboveMaximum = fault == GraphField::Min && AxisLimitOf(form[fault]);
+    const QString allowed =
+        aboveMaximum ? Text(Str::BelowMaximum).arg(form[GraphField::Max])
+                     : Text(rule.allowed).arg(QString::fromUtf16(rule.least), QString::fromUtf16(rule.most));
+    return Text(Str::IllegalValue) + QStringLiteral("\r\n") +
+           Text(Str::FieldAllows).arg(Text(rule.axis), Text(rule.label), allowed);
 }
 
 void ApplyGraphForm(const GraphForm &form, DataSet *dataSet)

@@ -40,6 +40,10 @@ GraphForm LoadGraphForm(const DataSet &dataSet);
 /// faulty. A maximum that is not above the minimum counts as a fault of the minimum.
 std::optional<GraphField> CheckGraphForm(GraphForm *form);
 
+/// What to tell the user about that fault: what is wrong, and on a second line which field it is and what is
+/// allowed there.
+QString GraphComplaint(const GraphForm &form, GraphField fault);
+
 /// Gives the settings of a form that passed its check to the data set and shows the first sample again. An
 /// automatic X axis shows all samples as soon as there are more than 2.
 void ApplyGraphForm(const GraphForm &form, DataSet *dataSet);

@@ -16,13 +16,14 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcLink, "px40.link", QtWarningMsg)
 
-QString OpenErrorText(const PortOpenResult &result, int number)
+QString OpenErrorText(const PortOpenResult &result, int number, bool known)
 {
     switch (result.trouble) {
     case PortTrouble::None:
         return {};
-    case PortTrouble::NotPlugged:
-        return Text(Str::PortNotPlugged).arg(number);
+    case PortTrouble::NotThere:
+        return known ? Text(Str::PortNotPlugged).arg(QString::number(number), result.device)
+                     : Text(Str::PortNoDevice).arg(result.device);
     case PortTrouble::NoPermission:
         return result.group.isEmpty() ? Text(Str::PortNoPermission).arg(result.device)
                                       : Text(Str::PortNoPermissionGroup).arg(result.device, result.group);
@@ -84,12 +85,13 @@ QString Comm::TryOpenPort()
     else if (device.isEmpty())
         error = Text(Str::PortNotAssigned).arg(portNumber_);
     else
-        error = OpenErrorText(port_.Open(device), portNumber_);
+        error = OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
     if (!error.isEmpty()) {
         qCInfo(lcLink).noquote() << "port" << portNumber_ << "cannot be opened:" << error;
         return error;
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
+    ports_->KeepAsKnown(portNumber_);
     lost_ = false;
     Q_EMIT portChanged();
     return {};

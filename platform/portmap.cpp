@@ -15,6 +15,12 @@ QString StoreKey(int number)
     return QStringLiteral("PortDevice%1").arg(number);
 }
 
+/// The device that could be opened under that number.
+QString KnownKey(int number)
+{
+    return QStringLiteral("PortKnown%1").arg(number);
+}
+
 const QString &Section()
 {
     static const QString section = QStringLiteral("Settings");
@@ -44,6 +50,20 @@ QString PortMap::Device(int number) const
 void PortMap::Assign(int number, const QString &path)
 {
     store_->Save(Section(), StoreKey(number), LastingName(path));
+}
+
+void PortMap::KeepAsKnown(int number)
+{
+    const QString device = Device(number);
+    known_.insert(device);
+    if (CanAssign() && !IsFixed(number) && store_->Get(Section(), KnownKey(number), QString()) != device)
+        store_->Save(Section(), KnownKey(number), device);
+}
+
+bool PortMap::IsKnown(int number) const
+{
+    const QString device = Device(number);
+    return known_.contains(device) || store_->Get(Section(), KnownKey(number), QString()) == device;
 }
 
 QList<PortDevice> PortMap::LiveDevices()

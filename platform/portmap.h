@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QString>
 
 namespace px40 {
@@ -38,6 +39,11 @@ class PortMap
 
     void Assign(int number, const QString &path);
 
+    /// The device of that number could be opened: when it is not there the next time, it has gone.
+    void KeepAsKnown(int number);
+    /// It could be opened once, in this run or in one before.
+    bool IsKnown(int number) const;
+
     void Fix(int number, const QString &path) { fixed_.insert(number, path); }
     bool IsFixed(int number) const { return fixed_.contains(number); }
 
@@ -49,6 +55,7 @@ class PortMap
   private:
     UserStore *store_;
     QMap<int, QString> fixed_;
+    QSet<QString> known_; ///< in this run
 };
 
 } // namespace px40

@@ -17,7 +17,7 @@ PortTrouble LookAt(const QString &device, QString *group)
 #ifdef Q_OS_UNIX
     const QFileInfo info(device);
     if (!info.exists())
-        return PortTrouble::NotPlugged;
+        return PortTrouble::NotThere;
     if (!info.isReadable() || !info.isWritable()) {
         // Only a group that may use the device is worth being in.
         const QFileInfo node(info.canonicalFilePath());
@@ -36,7 +36,7 @@ PortTrouble FromError(QSerialPort::SerialPortError error)
 {
     switch (error) {
     case QSerialPort::DeviceNotFoundError:
-        return PortTrouble::NotPlugged;
+        return PortTrouble::NotThere;
     case QSerialPort::PermissionError: // the device itself can be used, so somebody holds its lock
         return PortTrouble::Busy;
     default:

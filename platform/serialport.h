@@ -10,7 +10,7 @@ class QSerialPort;
 
 namespace px40 {
 
-enum class PortTrouble { None, NotPlugged, NoPermission, Busy, Other };
+enum class PortTrouble { None, NotThere, NoPermission, Busy, Other };
 
 /// Why a port could not be opened.
 struct PortOpenResult

@@ -322,7 +322,10 @@ const char16_t *Lookup(Str id)
     case Str::PortNotAssigned:
         return u"No device is assigned to port %1.";
     case Str::PortNotPlugged:
-        return u"The device of port %1 is not plugged in.";
+        return u"The device of port %1 is not plugged in: %2";
+    case Str::PortNoDevice:
+        return u"There is no device %1.\r\n"
+               u"Settings, Communications Port lists the devices that are plugged in.";
     case Str::PortNoPermission:
         return u"You have no permission to use %1.";
     case Str::PortNoPermissionGroup:
@@ -493,9 +496,9 @@ const char16_t *Lookup(Str id)
         return u"Type the source value";
     case Str::TipSourceRatio:
         return u"n/m ON/OFF";
-    case Str::SourceRefused:
+    case Str::CommandRefused:
         return u"The PX40 has refused \"%1\": out of range or not possible.";
-    case Str::SourceNoAnswer:
+    case Str::CommandNoAnswer:
         return u"The PX40 has not answered \"%1\".";
     case Str::SourceWaits:
         return u"\"%1\" waits for the PX40.";
@@ -578,6 +581,18 @@ const char16_t *Lookup(Str id)
         return u"The worksheet could not be written.";
     case Str::ExportInUse:
         return u"%1 has this workbook open. Close it there first.";
+    case Str::FieldAllows:
+        return u"%1, %2: %3.";
+    case Str::WholeNumberAllowed:
+        return u"a whole number from %1 to %2";
+    case Str::NumberAllowed:
+        return u"a number from %1 to %2";
+    case Str::BelowMaximum:
+        return u"less than the maximum, %1";
+    case Str::SecondAtLeast:
+        return u"At least 1 second.";
+    case Str::NoReadingSince:
+        return u"No reading since %1.";
     }
     return u"";
 }

@@ -170,6 +170,7 @@ enum class Str : int {
     PortNotOpen,
     PortNotAssigned,
     PortNotPlugged,
+    PortNoDevice,
     PortNoPermission,
     PortNoPermissionGroup,
     PortBusy,
@@ -253,8 +254,8 @@ enum class Str : int {
     SourceStepDown,
     TipSourceValue,
     TipSourceRatio,
-    SourceRefused,
-    SourceNoAnswer,
+    CommandRefused,
+    CommandNoAnswer,
     SourceWaits,
     SourceReplaced,
     SourceUnknownCharacter,
@@ -293,6 +294,12 @@ enum class Str : int {
     SheetNoRoom,
     ExportFailed,
     ExportInUse,
+    FieldAllows,
+    WholeNumberAllowed,
+    NumberAllowed,
+    BelowMaximum,
+    SecondAtLeast,
+    NoReadingSince,
 };
 
 /// The text of that number; empty when the table has none.

@@ -11,6 +11,7 @@
 #include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -25,6 +26,14 @@ namespace {
 constexpr double FirstTopTwips = 1600; // of a window that was never moved, at the screen's left edge
 constexpr int RatioDigits = 4;         // two are usual
 constexpr int SignalEntry = 1;         // of the temperature mode list
+
+bool IsArrowKey(const QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    const int key = static_cast<const QKeyEvent *>(event)->key();
+    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_Left || key == Qt::Key_Right;
+}
 
 bool IsOpen(const QComboBox *list)
 {
@@ -51,6 +60,10 @@ frmSource::frmSource(const SourceServices &services, QWidget *parent)
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
     column->addLayout(grid);
+    column->addWidget(MessageLine());
+    const QList<QWidget *> controls = findChildren<QWidget *>();
+    for (QWidget *const control : controls)
+        control->installEventFilter(this);
     services.commands->LoadLists();
 
     column->activate(); // the smallest size is known from here on
@@ -154,7 +167,6 @@ void frmSource::AddList(QGridLayout *grid, SourceDisplay::List list, const char 
     box->setCurrentIndex(0);
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
-    box->installEventFilter(this);
     label->setBuddy(box);
     const int row = grid->rowCount();
     grid->addWidget(label, row, 0);
@@ -175,6 +187,11 @@ void frmSource::Show(const SourceDisplay &display)
     if (!services_.commands->IsUserWaiting())
         ShowLists(display);
     KeepFocusSafe(focused);
+}
+
+void frmSource::Fade()
+{
+    face_->Fade();
 }
 
 /// A control that is disabled hands the focus on to whichever is next, where the next key would step a digit.
@@ -209,10 +226,20 @@ void frmSource::EnableRangeLists(bool enabled)
         list->setEnabled(enabled);
 }
 
-/// A wheel turned over a list on the way to something else must not change the instrument's range.
 bool frmSource::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::Wheel)
+    const auto *const control = static_cast<QWidget *>(watched);
+    // Whoever clicks at a control that is disabled takes it for the one that has the keys now; they must not
+    // step a digit on which the focus has stayed, or to which it comes back.
+    if (event->type() == QEvent::MouseButtonPress && !control->isEnabled()) {
+        btInput_->setFocus();
+        disabledFocus_ = nullptr;
+    }
+    // Nor may they find their way to one from a button beside it.
+    if (IsArrowKey(event) && qobject_cast<QPushButton *>(watched) && !face_->isAncestorOf(control))
+        return true;
+    // A wheel turned over a list on the way to something else must not change the instrument's range.
+    if (event->type() != QEvent::Wheel || !qobject_cast<QComboBox *>(watched))
         return LiveWindow::eventFilter(watched, event);
     event->ignore();
     return true;

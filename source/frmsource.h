@@ -48,6 +48,9 @@ class frmSource : public LiveWindow
     /// waits: what is shown is then older than what the user wants.
     void Show(const SourceDisplay &display);
 
+    /// Nothing new has come for a while: the last value fades until there is a new one.
+    void Fade();
+
     /// All five lists together.
     void EnableRangeLists(bool enabled);
 

@@ -2,6 +2,7 @@
 
 #include "acquire/status.h"
 #include "link/comm.h"
+#include "link/commandoutcome.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/jobs.h"
@@ -137,31 +138,21 @@ void SourceCommands::SendNow()
 
 QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
 {
-    const Outcome outcome = co_await Exchange(command);
-    if (!asked)
-        co_return;
-    if (outcome == Outcome::Obeyed)
-        Report(QString());
-    else if (outcome == Outcome::Refused)
-        Report(Text(Str::SourceRefused).arg(command));
-    else if (comm_->IsOpen())
-        Report(Text(Str::SourceNoAnswer).arg(command));
-    else
-        Report(FirstLine(Text(comm_->IsLost() ? Str::PortLost : Str::PortNotOpen)));
+    const QString reason = co_await Exchange(command);
+    if (asked)
+        Report(reason);
 }
 
-QCoro::Task<SourceCommands::Outcome> SourceCommands::Exchange(QString command)
+/// Why it was not obeyed.
+QCoro::Task<QString> SourceCommands::Exchange(QString command)
 {
     const LinkHold hold(*gate_);
     state_->LinkActivity = ActivitySourceCommand;
     const bool answered = co_await comm_->SendCommand(command, Attempts);
-    const bool refused = state_->RecvBuffer.startsWith(QStringLiteral("ERR"));
     state_->LinkActivity = ActivityIdle;
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
-    if (!answered)
-        co_return Outcome::NoAnswer;
-    co_return refused ? Outcome::Refused : Outcome::Obeyed;
+    co_return WhyNotObeyed(command, answered, *comm_, *state_);
 }
 
 void SourceCommands::Report(const QString &reason)

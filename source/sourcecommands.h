@@ -73,13 +73,11 @@ class SourceCommands : public QObject
     void recovered(const QString &reason);
 
   private:
-    enum class Outcome { Obeyed, Refused, NoAnswer };
-
     void Queue(SourceControl control, const QString &argument = {});
     void Store(const QString &command);
     void Arm();
     QCoro::Task<void> Send(QString command, bool asked);
-    QCoro::Task<Outcome> Exchange(QString command);
+    QCoro::Task<QString> Exchange(QString command);
     void Report(const QString &reason);
 
     LinkState *state_;

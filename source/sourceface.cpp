@@ -15,10 +15,10 @@
 namespace px40 {
 
 /// A decimal point.
-class PointMark : public QWidget
+class PointMark : public QLabel
 {
   public:
-    using QWidget::QWidget;
+    using QLabel::QLabel;
 
   protected:
     void paintEvent(QPaintEvent *) override
@@ -26,7 +26,7 @@ class PointMark : public QWidget
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(palette().color(QPalette::Text));
+        painter.setBrush(palette().color(foregroundRole()));
         painter.drawEllipse(rect());
     }
 };
@@ -101,6 +101,7 @@ void SourceFace::BuildReading()
     }
     for (std::size_t i = 0; i < shDec_.size(); ++i) {
         shDec_[i] = new PointMark(this);
+        shDec_[i]->setForegroundRole(QPalette::Text);
         shDec_[i]->setObjectName(QStringLiteral("shDec%1").arg(i));
     }
 }
@@ -121,7 +122,7 @@ void SourceFace::BuildButtons(const char *name, Str caption, Buttons *buttons)
 void SourceFace::LoadDrawings()
 {
     InstrumentFace::LoadDrawings();
-    ShowLamp(on_);
+    spSourceOnOff_->SetDrawing(MakeIcon(lamp_ == Lamp::On ? u"lampon" : u"lampoff", Ground()));
     QPalette keys = palette();
     keys.setColor(QPalette::WindowText, palette().color(QPalette::Active, QPalette::ButtonText));
     for (QAbstractButton *const button : btUp_)
@@ -132,24 +133,23 @@ void SourceFace::LoadDrawings()
 
 void SourceFace::Show(const SourceDisplay &display)
 {
-    ShowSide(display.unit, display.function, display.symbol, display.known ? LampText(display.on) : QString(),
+    ShowSide(display.unit, display.function, display.symbol, LampOf(display.known, display.on),
              display.indicators);
-    spSourceOnOff_->setVisible(display.known);
     for (std::size_t i = 0; i < llValue_.size(); ++i)
         llValue_[i]->setText(display.digits[i]);
     for (std::size_t i = 0; i < shDec_.size(); ++i)
         shDec_[i]->setVisible(display.points[i]);
     for (QAbstractButton *const button : btUp_)
         button->setEnabled(display.mayStepUp);
-    if (on_ != display.on)
-        ShowLamp(display.on);
 }
 
-void SourceFace::ShowLamp(bool on)
+void SourceFace::ShowLamp(Lamp lamp)
 {
-    on_ = on;
-    spSourceOnOff_->setAccessibleName(LampText(on));
-    spSourceOnOff_->SetDrawing(MakeIcon(on ? u"lampon" : u"lampoff", Ground()));
+    spSourceOnOff_->setVisible(lamp != Lamp::None);
+    if (lamp == Lamp::None || std::exchange(lamp_, lamp) == lamp)
+        return;
+    spSourceOnOff_->setAccessibleName(LampText(lamp == Lamp::On));
+    SourceFace::LoadDrawings();
 }
 
 QSize SourceFace::sizeHint() const

@@ -38,6 +38,7 @@ class SourceFace : public InstrumentFace
   protected:
     void LayOut() override;
     void LoadDrawings() override;
+    void ShowLamp(Lamp lamp) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
@@ -45,7 +46,6 @@ class SourceFace : public InstrumentFace
 
     void BuildReading();
     void BuildButtons(const char *name, Str caption, Buttons *buttons);
-    void ShowLamp(bool on);
     void LayOutReading(double left, double top);
     bool OnKey(int key, const QObject *button);
 
@@ -55,7 +55,7 @@ class SourceFace : public InstrumentFace
     Buttons btDown_{};
     QWidget *llWaku_;
     DrawnFace *spSourceOnOff_;
-    bool on_ = false;
+    Lamp lamp_ = Lamp::Off;
 };
 
 } // namespace px40

@@ -223,6 +223,14 @@ void AppTest::PortsAreSlots()
         QCOMPARE(PortMap(nextStore).Device(9), device);
         QCOMPARE(ports.Device(9), u"/tmp/px40"_qs);
     }
+    // A device that could be opened once is known, also the next time; another one in its place is not.
+    ports.Assign(4, u"/dev/ttyS4"_qs);
+    ports.KeepAsKnown(4);
+    UserStore laterStore = UserStore::InFile(file);
+    PortMap later(laterStore);
+    QVERIFY(later.IsKnown(4));
+    later.Assign(4, u"/dev/ttyS5"_qs);
+    QVERIFY(!later.IsKnown(4));
     // The list of the port dialog selects the exact text, or else the first.
     for (const auto &[text, entry] :
          {std::pair(u"3", 2), std::pair(u"16", 15), std::pair(u"03", 0), std::pair(u"17", 0)})

@@ -246,6 +246,12 @@ void CommTest::HangUpAndReopeningEndTheExchange()
     QTRY_COMPARE(lost.count(), 1);
     QCOMPARE(rig.state.ErrorMessage, Text(Str::PortLost));
 
+    // It was there before; another port never had a connection, whatever becomes of it.
+    QVERIFY(rig.comm.TryOpenPort().startsWith(u"The device of port 1 is not plugged in: "_qs));
+    QVERIFY(rig.comm.IsLost());
+    rig.comm.SetPortNumber(5);
+    QVERIFY(!rig.comm.IsLost());
+    rig.comm.SetPortNumber(1);
     // The same port works again when the cable is back.
     rig.server.PlugIn();
     rig.server.SetFaults({});
@@ -316,7 +322,7 @@ void CommTest::ClosedPortSaysWhatIsWrong()
 {
     const std::pair<QString, QString> rows[] = {
         {QString(), u"No device is assigned to port 3."_qs},
-        {u"/dev/serial/by-id/none"_qs, u"The device of port 3 is not plugged in."_qs},
+        {u"/dev/serial/by-id/none"_qs, u"There is no device /dev/serial/by-id/none.\r\n"_qs},
         {u"/dev/null"_qs, u"/dev/null: "_qs},
     };
     for (const auto &[device, text] : rows) {

@@ -227,7 +227,7 @@ void DataWindowTest::DownloadsWithoutAWindow()
         {u"--port-device 3=PORT --port 3"_qs, {}, {}},
         {u"--port-device 1=PORT"_qs, u"silent-from=9"_qs, u"Timeout error occurred."_qs},
         {u"--port 5"_qs, {}, u"No device is assigned to port 5."_qs},
-        {u"--port-device 1=/dev/ttyUSB99"_qs, {}, u"The device of port 1 is not plugged in."_qs},
+        {u"--port-device 1=/dev/ttyUSB99"_qs, {}, u"There is no device /dev/ttyUSB99."_qs},
         {u"--port-device 1=PORT"_qs, u"hang-up=9"_qs, u"The connection to the instrument was lost.\n"_qs},
         {u"--port-device 1=PORT"_qs, u"garbage=9"_qs,
          u"FILE: Written, but with 44 unreadable of 50 readings"_qs},

@@ -145,7 +145,13 @@ void GraphSetupTest::FaultyFieldIsReturnedTo()
     QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
     QTRY_VERIFY(!rig.dialog);
     QCOMPARE(rig.Settings(), u"10 False 1 1 False -4 4 1 1"_qs);
-    QCOMPARE(rig.prompts.warnings.size(), 1);
+    QCOMPARE(rig.prompts.warnings,
+             QStringList(u"Illegal value.\r\nY axis, Minimum: less than the maximum, 4."_qs));
+    const GraphForm noNumbers = Form("", "x|x|x|x|x|x|x");
+    QCOMPARE(GraphComplaint(noNumbers, GraphField::End),
+             u"Illegal value.\r\nX axis, Data range: a whole number from 2 to 32767."_qs);
+    QCOMPARE(GraphComplaint(noNumbers, GraphField::Min),
+             u"Illegal value.\r\nY axis, Minimum: a number from -60000 to 60000."_qs);
 }
 
 void GraphSetupTest::OnlyAppliedSettingsStay()

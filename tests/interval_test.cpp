@@ -82,6 +82,9 @@ void IntervalTest::DurationsAreCheckedAndStored()
             check(texts, expected, true);
         }
     }
+    const IntervalForm nothing = {Parts(u"0|0|0|0"_qs), {}, true};
+    QCOMPARE(IntervalComplaint(nothing, {Str::IllegalInterval, 0}),
+             u"Illegal interval.\r\nAt least 1 second."_qs);
     const IntervalRig rig; // no period may be given in any way, and readings fix the interval
     IntervalForm form = {{}, Parts(u"|a|-1|"_qs), true};
     for (const QString &interval : {u"0|0|0|9"_qs, u"0|0|0|5"_qs}) {
@@ -90,6 +93,13 @@ void IntervalTest::DurationsAreCheckedAndStored()
         QCOMPARE(rig.Settings(), u"00|00|00|09 none |a|-1|"_qs);
         rig.AddReading();
     }
+    const IntervalRig stored; // readings of the instrument's memory have no interval at all
+    stored.dataSet->OpenNew(KindMemory);
+    stored.dataSet->SetInterval({});
+    stored.AddReading();
+    form = {Parts(u"|||"_qs), Parts(u"0|0|1|0"_qs), false};
+    QVERIFY(!StoreIntervalForm(&form, stored.dataSet.get()));
+    QCOMPARE(stored.Settings(), u"||| for 00|00|01|00"_qs);
 }
 
 void IntervalTest::FaultyFieldIsReturnedTo()
@@ -110,7 +120,9 @@ void IntervalTest::FaultyFieldIsReturnedTo()
     QTest::keyClicks(rig.dialog->focusWidget(), u"2"_qs); // in place of what was there
     QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
     QTRY_COMPARE(rig.jobs.Running(), 0);
-    QCOMPARE(rig.prompts.warnings, QStringList({u"Illegal interval."_qs, u"Illegal period."_qs}));
+    QCOMPARE(rig.prompts.warnings,
+             QStringList({u"Illegal interval.\r\nInterval, Hour: a whole number from 0 to 23."_qs,
+                          u"Illegal period.\r\nPeriod, Minute: a whole number from 0 to 59."_qs}));
     QCOMPARE(rig.Find("tbIhour")->text(), u"02"_qs);
     QCOMPARE(rig.Find("tbPmin")->selectedText(), u"60"_qs);
     QCOMPARE(rig.Settings(), before);

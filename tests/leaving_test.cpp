@@ -1,4 +1,5 @@
 #include "app/messageprompts.h"
+#include "resources/strings.h"
 #include "tests/program.h"
 
 #include <QApplication>
@@ -170,7 +171,7 @@ void LeavingTest::FailedStartAsksForAPort()
     program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
     program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
     QTRY_VERIFY(program.Find<QDialog>("frmPort"));
-    QCOMPARE(prompts.warnings, QStringList(QStringLiteral("The device of port 1 is not plugged in.")));
+    QCOMPARE(prompts.warnings, QStringList(Text(Str::PortNoDevice).arg(QStringLiteral("/dev/px40-none"))));
     QVERIFY(program.window->isVisible());
     QCOMPARE(program.window->tmCheckStat.Interval(), 0);
     Press(program.Find<QDialog>("frmPort"), "btCancel");

@@ -2,6 +2,7 @@
 #include "source/frmsrcvalueset.h"
 #include "tests/liveprogram.h"
 
+#include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
@@ -20,6 +21,9 @@ class LiveTest : public QObject
     void SourceWindowFollows();
     void LostInstrumentIsFoundAgain();
     void RowsBehindAQuestionAreNotSaved();
+    void OldValuesFade();
+    void CommandsAreToldOfInTheirWindow();
+    void OnlyTheOpenPortIsLost();
     void CommandsNeedTheRightWindow();
 };
 
@@ -187,12 +191,17 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(!program.Value().isEmpty());
     QCOMPARE(program.prompts.warnings.size(), 1);
 
-    // Found by a run, while nobody checked.
+    // Without its port no run begins, and nothing is asked; found by one that does, while nobody checked.
     QVERIFY(program.Unplug());
     QVERIFY(program.Value().isEmpty()); // no old reading passes for the present one
     QVERIFY(program.Check());
     program.Action("New")->trigger();
     QVERIFY(program.Start(Answer::No));
+    QVERIFY(!program.services.state.RealtimeRun && program.prompts.questions.isEmpty());
+    QVERIFY(program.prompts.warnings.last().startsWith(u"The device of port 1 is not plugged in"));
+    program.server.PlugIn();
+    QVERIFY(program.Start(Answer::No));
+    QVERIFY(program.Unplug());
     program.Action("Moniter")->trigger();
     program.server.PlugIn();
     QVERIFY(program.PassSecond());
@@ -227,17 +236,104 @@ void LiveTest::RowsBehindAQuestionAreNotSaved()
     QVERIFY(!window->Data()->Saved());
 }
 
+/// Values that are not refreshed do not look like the present ones.
+void LiveTest::OldValuesFade()
+{
+    LiveProgram program;
+    auto *const fade = program.window->findChild<Timer *>(u"tmFade"_qs);
+    const auto look = [&] {
+        const auto faded = [](const QWidget *window, const char *value) {
+            const auto *const label = window->findChild<QLabel *>(QLatin1StringView(value));
+            return QString(label->text().isEmpty()                     ? u'-'
+                           : label->foregroundRole() == QPalette::Text ? u'+'
+                                                                       : u'f') +
+                   window->findChild<QLabel *>(u"llState"_qs)->text();
+        };
+        return faded(program.Moniter(), "llValue") + u' ' + faded(program.Source(), "llValue1");
+    };
+    const QString live = u"+MEASURE ON +SOURCE OFF"_qs;
+    QCOMPARE(look(), live);
+    QVERIFY(fade->Enabled() && fade->Interval() > 2000);
+    program.Action("New")->trigger();
+    QVERIFY(program.Start(Answer::No));
+    SetFault(program.server, "silent");
+    QVERIFY(program.PassSecond());
+    Q_EMIT fade->tick();
+    QCOMPARE(look(), u"f f"_qs);
+    QCOMPARE(program.Shown("llMessage"),
+             u"No reading since "_qs + TimeOfDay(program.clock.utcMs / 1000 - 1) + u'.');
+    QVERIFY(program.Check()); // decodes the old one again
+    QCOMPARE(look(), u"f f"_qs);
+    SetFault(program.server, "none");
+    QVERIFY(program.PassSecond());
+    QCOMPARE(look(), live);
+    QCOMPARE(program.Shown("llMessage"), QString());
+
+    program.Action("Stop")->trigger();
+    QVERIFY(program.PassSecond());
+    QVERIFY(program.Unplug());
+    QCOMPARE(look(), u"- -"_qs); // and neither claims to be off
+}
+
+/// What came of a command is told where it was given: the main window's line may be covered.
+void LiveTest::CommandsAreToldOfInTheirWindow()
+{
+    LiveProgram program;
+    program.server.WithInstrument([](sim::Instrument &i) { i.SetSource(5, 0); });
+    SetFault(program.server, "err=1");
+    Press(program.Source(), "btUp0");
+    QVERIFY(WaitUntil([&] { return !program.Shown("llMessage").isEmpty(); }));
+    QCOMPARE(program.Shown("llMessage"), u"The PX40 has refused \"UP1\": out of range or not possible."_qs);
+    QCOMPARE(program.Message(), program.Shown("llMessage"));
+    Press(program.Moniter(), "btMeasOnOff");
+    auto *const told = program.Moniter()->findChild<QLabel *>(u"llMessage"_qs);
+    QVERIFY(WaitUntil([&] { return !told->text().isEmpty(); }));
+    QCOMPARE(told->text(), u"The PX40 has refused \"MO0\": out of range or not possible."_qs);
+    SetFault(program.server, "none");
+    Press(program.Source(), "btSrcOnOff");
+    Press(program.Moniter(), "btMeasOnOff");
+    QVERIFY(WaitUntil([&] { return told->text().isEmpty() && program.Shown("llMessage").isEmpty(); }));
+    QCOMPARE(program.Message(), QString());
+}
+
+/// One port at a time has a connection to lose.
+void LiveTest::OnlyTheOpenPortIsLost()
+{
+    LiveProgram program;
+    const auto *const panel = program.Find<QLabel>("Port");
+    QVERIFY(program.Unplug());
+    QCOMPARE(panel->text(), u"Port 1: connection lost"_qs);
+    program.Action("mnuSetupCommport")->trigger();
+    auto *const dialog = program.Find<QDialog>("frmPort");
+    dialog->findChild<QComboBox *>(u"cbPort"_qs)->setCurrentIndex(4);
+    Press(dialog, "btOk");
+    const auto *const ok = dialog->findChild<QPushButton *>(u"btOk"_qs);
+    QVERIFY(WaitUntil([&] { return program.prompts.warnings.size() == 1 && ok->isEnabled(); }));
+    QCOMPARE(panel->text(), u"Port 5: closed"_qs);
+    QCOMPARE(program.Message(), QString());
+
+    // Whoever tries the simulated instrument keeps the port of the real one.
+    program.server.PlugIn();
+    program.services.simulated = true;
+    program.services.settings.PortNumberText = u"7"_qs;
+    dialog->findChild<QComboBox *>(u"cbPort"_qs)->setCurrentIndex(0);
+    Press(dialog, "btOk");
+    QVERIFY(program.NoJobLeft());
+    QVERIFY(program.services.comm.IsOpen());
+    QCOMPARE(program.services.settings.PortNumberText, u"7"_qs);
+}
+
 void LiveTest::CommandsNeedTheRightWindow()
 {
     LiveProgram program;
     program.window->NewDataWindow(KindMemory);
-    for (const char *const button : {"Start", "Interval"}) {
-        program.window->ShowMessage(QString());
-        program.Action(button)->trigger();
-        QVERIFY(program.Message().startsWith(u"This needs a real-time data window"));
-    }
+    program.Action("Start")->trigger();
+    QVERIFY(program.Message().startsWith(u"This needs a real-time data window"));
     QVERIFY(program.prompts.questions.isEmpty());
-    QVERIFY(!program.window->findChild<frmInterval *>());
+    // The period of other sets can be changed as well; only the menu offers it for runs alone.
+    QVERIFY(!program.Action("mnuSetupInterval")->isEnabled());
+    program.Action("Interval")->trigger();
+    delete program.window->findChild<frmInterval *>();
     program.Action("New")->trigger();
     program.Action("mnuSetupInterval")->trigger();
     QVERIFY(program.window->findChild<frmInterval *>());

@@ -231,6 +231,21 @@ void SourceTest::KeysAndClosing()
         QCOMPARE(rig.Focus(), elsewhere.isEmpty() ? u"btUp3"_qs : elsewhere);
     }
 
+    // Nor does one after a click at a control that is disabled, now or when it is enabled again.
+    for (const QString &disabled : {u"cbTc"_qs, u"btUp3"_qs}) {
+        rig.Find(disabled == u"cbTc" ? u"btDown0"_qs : disabled)->setFocus();
+        display.mayStepUp = display.mayChooseRange = false;
+        rig.window->Show(display);
+        QTest::mouseClick(rig.Find(disabled), Qt::LeftButton);
+        QCOMPARE(rig.Focus(), u"btInput"_qs);
+        display.mayStepUp = display.mayChooseRange = true;
+        rig.window->Show(display);
+        for (const Qt::Key key :
+             {Qt::Key_Up, Qt::Key_Up, Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Down})
+            QTest::keyClick(rig.window->focusWidget(), key);
+    }
+    QCOMPARE(rig.Sent(), u"PU0 UP2 DW2 DW3 DW5"_qs);
+
     // A run does not hold it, and the command goes out all the same.
     QVERIFY(rig.state.SourceOpen);
     rig.state.LinkActivity = ActivityRealtime;

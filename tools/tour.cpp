@@ -164,7 +164,8 @@ void Tour::DeviceNotPlugged(Stage &stage)
     stage.ClickButton(dialog, u"btOk"_s);
     QMessageBox *const box = stage.AwaitBox();
     RequireText(u"The message for an absent device"_s, box->text(),
-                u"The device of port 2 is not plugged in."_s);
+                u"There is no device /dev/ttyUSB99.\n"
+                u"Settings, Communications Port lists the devices that are plugged in."_s);
     camera_.Take(u"05b-port-error-unplugged-device"_s, stage.Windows({dialog, box}));
     stage.Answer(box, QMessageBox::Ok);
     stage.ClickButton(dialog, u"btCancel"_s);

@@ -156,7 +156,7 @@ void Tour::SourceValueRefused(Stage &stage)
     QTest::keyClicks(stage.Find<QLineEdit>(u"tbSrcValue"_s, dialog), u"abc"_s);
     stage.CloseDialog(dialog, u"btSet"_s);
     log.Await({u"SDabc"_s});
-    AwaitMessage(stage, Text(Str::SourceRefused).arg(u"SDabc"_s));
+    AwaitMessage(stage, Text(Str::CommandRefused).arg(u"SDabc"_s));
     camera_.Take(u"26b-source-value-refused"_s, stage.Windows());
 
     dialog = OpenValueDialog(stage);

@@ -1,9 +1,21 @@
-#include "app/elidedlabel.h"
+#include "platform/elidedlabel.h"
 
 #include <QPainter>
 #include <QStyle>
+#include <QTextDocument>
 
 namespace px40 {
+
+ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+}
+
+void ElidedLabel::SetText(const QString &text)
+{
+    setText(text);
+    setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
+}
 
 void ElidedLabel::paintEvent(QPaintEvent *)
 {

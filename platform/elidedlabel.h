@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QLabel>
+
+namespace px40 {
+
+/// A line of plain text that shows by "..." when there is more of it than fits; the tool tip then has all of
+/// it.
+class ElidedLabel : public QLabel
+{
+    Q_OBJECT
+
+  public:
+    explicit ElidedLabel(QWidget *parent);
+
+    /// Plain text, whatever it looks like: what the user has typed, or a file's name, is no markup.
+    void SetText(const QString &text);
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace px40
