@@ -1,12 +1,15 @@
 #include "app/messageprompts.h"
 
 #include "app/filedialog.h"
+#include "platform/screens.h"
+#include "platform/windowplace.h"
 #include "resources/strings.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -52,6 +55,24 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
             label->setMinimumWidth(narrowest);
     }
     return box;
+}
+
+/// A box that speaks of a field, which then has the focus, must not lie on it.
+void KeepClearOfField(QMessageBox *box)
+{
+    const QWidget *const field = QApplication::focusWidget();
+    const QWidget *const window = box->parentWidget();
+    if (!qobject_cast<const QLineEdit *>(field) || !window || !window->isAncestorOf(field))
+        return;
+    box->ensurePolished();
+    box->adjustSize();
+    // The frame is known once the box is shown; its own window's is like it.
+    const QMargins frame(window->geometry().left() - window->frameGeometry().left(),
+                         window->geometry().top() - window->frameGeometry().top(),
+                         window->frameGeometry().right() - window->geometry().right(),
+                         window->frameGeometry().bottom() - window->geometry().bottom());
+    const QRect place(field->mapToGlobal(QPoint()), field->size());
+    box->move(PlaceClearOf(box->size().grownBy(frame), window->frameGeometry(), place, UsableScreens()));
 }
 
 /// Without the picture that some desktops give to standard buttons: no other dialog here has any.
@@ -120,10 +141,12 @@ OneShot<int> MessagePrompts::Open(QMessageBox *box)
     QObject::connect(box, &QObject::destroyed, [closed] { closed.Complete(QMessageBox::Cancel); });
     open_.removeAll(nullptr);
     open_.append(box);
-    if (dismissed_)
+    if (dismissed_) {
         box->deleteLater();
-    else
+    } else {
+        KeepClearOfField(box);
         box->show();
+    }
     return closed;
 }
 

@@ -34,4 +34,33 @@ QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
     return window;
 }
 
+QPoint PlaceClearOf(const QSize &size, const QRect &window, const QRect &field, const QList<QRect> &screens)
+{
+    constexpr int Gap = 12;
+    QRect middle(QPoint(), size);
+    middle.moveCenter(window.center());
+    const auto found = std::find_if(screens.begin(), screens.end(),
+                                    [&](const QRect &screen) { return screen.contains(field.center()); });
+    if (found == screens.end())
+        return middle.topLeft();
+    const QPoint candidates[] = {
+        middle.topLeft(),
+        {middle.left(), field.bottom() + 1 + Gap},
+        {middle.left(), field.top() - Gap - size.height()},
+        {window.right() + 1 + Gap, middle.top()},
+        {window.left() - Gap - size.width(), middle.top()},
+    };
+    for (const QPoint &corner : candidates) {
+        QRect place(corner, size);
+        if (place.intersects(field))
+            continue;
+        // Along the field it may be pushed onto the screen, across it would be pushed back onto the field.
+        place.moveLeft(std::clamp(place.left(), found->left(),
+                                  std::max(found->left(), found->right() + 1 - size.width())));
+        if (found->contains(place) && !place.intersects(field))
+            return place.topLeft();
+    }
+    return middle.topLeft();
+}
+
 } // namespace px40

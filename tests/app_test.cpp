@@ -61,6 +61,7 @@ class AppTest : public QObject
     void ProgressMovesInSteps();
     void PlacementComesBack();
     void PlacementIsBroughtOntoAScreen();
+    void BoxesKeepClearOfTheirField();
     void PortsAreSlots();
     void CommandLines();
     void TimerIsSilentAtZero();
@@ -207,6 +208,26 @@ void AppTest::PlacementIsBroughtOntoAScreen()
     };
     for (const auto &[wanted, placed] : cases)
         QCOMPARE(OntoScreen(wanted, {QRect(0, 0, 1280, 800), QRect(1280, 0, 1920, 1080)}), placed);
+}
+
+void AppTest::BoxesKeepClearOfTheirField()
+{
+    const QRect screen(0, 0, 1280, 800);
+    const QRect dialog(400, 300, 480, 240);
+    const QSize box(300, 120);
+    // The field; where the box comes to stand.
+    const std::pair<QRect, QPoint> rows[] = {
+        {{420, 320, 100, 24}, {490, 360}}, // in the middle, which is clear of it
+        {{600, 400, 100, 24}, {490, 436}}, // below
+        {{600, 500, 100, 24}, {490, 360}},  {{600, 370, 100, 360}, {490, 238}}, // above
+        {{420, 10, 440, 780}, {892, 360}},                                      // beside the window
+        {{0, 0, 1280, 800}, {490, 360}},                                        // nowhere
+        {{2000, 400, 100, 24}, {490, 360}},                                     // on another screen
+    };
+    for (const auto &[field, place] : rows)
+        QCOMPARE(PlaceClearOf(box, dialog, field, {screen}), place);
+    // A window at the edge of the screen.
+    QCOMPARE(PlaceClearOf(box, {1000, 560, 270, 230}, {1010, 670, 200, 24}, {screen}), QPoint(980, 538));
 }
 
 void AppTest::PortsAreSlots()
