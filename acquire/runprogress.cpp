@@ -35,8 +35,8 @@ QString RunText(const RunProgress &progress)
                            : progress.errorRows == 1 ? Text(Str::OneErrorRow)
                                                      : Text(Str::ErrorRows).arg(progress.errorRows);
     QStringList parts;
-    parts << Text(progress.ended ? Str::RunEnded : Str::RunStatus)
-                 .arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
+    const Str state = !progress.ended ? Str::RunStatus : progress.stopping ? Str::RunStopped : Str::RunEnded;
+    parts << Text(state).arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
     if (!progress.ended && !progress.portOpen)
         parts << Text(progress.portLost ? Str::RunRetries : Str::RunNoPort);
     else if (!progress.ended && !progress.answered)

@@ -35,7 +35,7 @@ frmMain::frmMain(Services &services)
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
       files_(
           services.state, services.prompts, [this] { return OpenSets(); }, ShowHourglass),
-      forwarding_(new Forwarding(services, *frmCancel_, this)),
+      recent_(services.store), forwarding_(new Forwarding(services, *frmCancel_, this)),
       live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, *forwarding_, this)),
       menuStates_(InitialMenus()), buttonStates_(InitialButtons())
 {
@@ -47,6 +47,7 @@ frmMain::frmMain(Services &services)
     ConnectAll();
     ShowTitle();
     ShowPort();
+    ShowRecentFiles();
     RefreshCommands();
     actions_->Item(Command::ViewToolbar)->setChecked(true);
     actions_->Item(Command::ViewStatusbar)->setChecked(true);
@@ -77,7 +78,10 @@ void frmMain::BuildStatusBar()
 void frmMain::ConnectAll()
 {
     connect(actions_, &MainActions::triggered, this, &frmMain::Run);
+    connect(actions_, &MainActions::recentFileChosen, this, &frmMain::OpenRecent);
+    connect(actions_, &MainActions::recentFilesCleared, this, [this] { recent_.Clear(); });
     connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::ShowRecentFiles);
     connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::OnRealtimeMenu);
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);

@@ -2,6 +2,7 @@
 
 #include "app/commandrules.h"
 #include "app/filecommands.h"
+#include "app/recentfiles.h"
 #include "document/dataset.h"
 #include "link/storeddata.h"
 #include "platform/timer.h"
@@ -103,6 +104,8 @@ class frmMain : public QMainWindow
     bool TakeDrop(QDropEvent *event) const;
     frmData *AddDataWindow(const std::shared_ptr<DataSet> &dataSet);
     QCoro::Task<void> AskAndOpen();
+    void OpenRecent(const QString &name);
+    void ShowRecentFiles();
     QCoro::Task<void> SaveActive(bool underNewName);
     void ShowGraphSetup();
     void ShowIntervalSetup();
@@ -123,6 +126,7 @@ class frmMain : public QMainWindow
     frmCancel *frmCancel_;
     StoredData storedData_;
     FileCommands files_;
+    RecentFiles recent_;
     Forwarding *forwarding_;
     Live *live_;
     CommandStates menuStates_;

@@ -7,6 +7,7 @@
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "document/frmsetting.h"
+#include "platform/filenames.h"
 #include "resources/strings.h"
 
 #include <QApplication>
@@ -98,8 +99,11 @@ QCoro::Task<void> frmMain::OpenFiles(QStringList names)
         // The window comes when there is something to show: a file that cannot be read leaves none.
         const auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
         const bool loaded = co_await files_.Load(dataSet, name);
+        if (!loaded && !QFileInfo::exists(name))
+            recent_.Remove(name);
         if (!loaded || services_->leaving)
             continue;
+        recent_.Add(name);
         frmData *const window = AddDataWindow(dataSet);
         window->TakeShape();
         workspace_->BringIn(window);
@@ -108,6 +112,23 @@ QCoro::Task<void> frmMain::OpenFiles(QStringList names)
         const QString fileName = QFileInfo(name).fileName();
         ShowMessage(Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount())));
     }
+}
+
+/// One that a window shows already comes to the front.
+void frmMain::OpenRecent(const QString &name)
+{
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
+    for (QMdiSubWindow *const window : windows) {
+        const auto *const one = qobject_cast<frmData *>(window);
+        if (one && SameFile(one->Data()->GetFilename(), name))
+            workspace_->setActiveSubWindow(window);
+    }
+    services_->jobs.Launch(OpenFiles(QStringList(name)), "opening a recent file");
+}
+
+void frmMain::ShowRecentFiles()
+{
+    actions_->ShowRecentFiles(recent_.Names());
 }
 
 void frmMain::mnuFileSave_Click()
@@ -126,8 +147,10 @@ QCoro::Task<void> frmMain::SaveActive(bool underNewName)
         saved = co_await files_.SaveAs(dataSet);
     else
         saved = co_await files_.Save(dataSet);
-    if (saved)
-        ShowMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
+    if (!saved)
+        co_return;
+    recent_.Add(dataSet->GetFilename());
+    ShowMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
 }
 
 void frmMain::ShowGraphSetup()

@@ -4,6 +4,7 @@
 #include "resources/strings.h"
 
 #include <QAction>
+#include <QFileInfo>
 #include <QKeySequence>
 #include <QMainWindow>
 #include <QMenu>
@@ -20,7 +21,7 @@ struct MenuEntry
 {
     MainMenu menu;
     const char16_t *name;
-    std::optional<Command> command; ///< none: a separator
+    std::optional<Command> command; ///< none: the submenu of recent files, or without a caption a separator
     Str caption;
     const char16_t *icon;
     const char16_t *shortcut;
@@ -30,6 +31,7 @@ constexpr Str NoCaption = Str::FontName;
 
 constexpr MenuEntry MenuEntries[] = {
     {MainMenu::File, u"mnuFileOpen", Command::FileOpen, Str::FileOpen, u"open", u"Ctrl+O"},
+    {MainMenu::File, u"mnuFileRecent", std::nullopt, Str::FileRecent, u"", u""},
     {MainMenu::File, u"mnuFileClose", Command::FileClose, Str::FileClose, u"close", u"Ctrl+W"},
     {MainMenu::File, u"mnuFileBar1", std::nullopt, NoCaption, u"", u""},
     {MainMenu::File, u"mnuFileSave", Command::FileSave, Str::FileSave, u"save", u"Ctrl+S"},
@@ -121,8 +123,14 @@ void MainActions::BuildMenus()
     }
     for (const MenuEntry &entry : MenuEntries) {
         QMenu *const menu = Menu(entry.menu);
-        if (!entry.command) {
+        if (!entry.command && entry.caption == NoCaption) {
             menu->addSeparator()->setObjectName(QString::fromUtf16(entry.name));
+            continue;
+        }
+        if (!entry.command) {
+            mnuFileRecent_ = menu->addMenu(Text(entry.caption));
+            mnuFileRecent_->setObjectName(QString::fromUtf16(entry.name));
+            mnuFileRecent_->setToolTipsVisible(true);
             continue;
         }
         const Command command = *entry.command;
@@ -133,6 +141,24 @@ void MainActions::BuildMenus()
         connect(item, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
         items_.at(Index(command)) = item;
     }
+}
+
+void MainActions::ShowRecentFiles(const QStringList &names)
+{
+    mnuFileRecent_->clear();
+    mnuFileRecent_->setEnabled(!names.isEmpty());
+    for (const QString &name : names) {
+        const qsizetype number = mnuFileRecent_->actions().size() + 1;
+        QString shown = QFileInfo(name).fileName();
+        shown.replace(u'&', QStringLiteral("&&"));
+        QAction *const item = mnuFileRecent_->addAction(QStringLiteral("&%1  %2").arg(number).arg(shown));
+        item->setToolTip(name);
+        connect(item, &QAction::triggered, this, [this, name] { Q_EMIT recentFileChosen(name); });
+    }
+    if (names.isEmpty())
+        return;
+    mnuFileRecent_->addSeparator();
+    mnuFileRecent_->addAction(Text(Str::FileRecentClear), this, &MainActions::recentFilesCleared);
 }
 
 void MainActions::BuildToolBars()

@@ -3,6 +3,7 @@
 #include "app/commandrules.h"
 
 #include <QObject>
+#include <QStringList>
 
 #include <array>
 
@@ -39,11 +40,16 @@ class MainActions : public QObject
     /// Enables what is enabled in the states and available in this version.
     void Show(const CommandStates &menus, const CommandStates &buttons);
 
+    /// What the submenu of recent files offers: full names, the newest first.
+    void ShowRecentFiles(const QStringList &names);
+
     /// Draws the icons in the window's present colours.
     void MakeIcons();
 
   Q_SIGNALS:
     void triggered(px40::Command command);
+    void recentFileChosen(const QString &name);
+    void recentFilesCleared();
 
   private:
     void BuildMenus();
@@ -53,6 +59,7 @@ class MainActions : public QObject
     std::array<QMenu *, MainMenuCount> menus_{};
     std::array<QAction *, CommandCount> items_{};
     std::array<QAction *, CommandCount> buttons_{};
+    QMenu *mnuFileRecent_ = nullptr;
     QToolBar *tbMain_ = nullptr;
     QToolBar *tbSub_ = nullptr;
 };

@@ -593,6 +593,12 @@ const char16_t *Lookup(Str id)
         return u"At least 1 second.";
     case Str::NoReadingSince:
         return u"No reading since %1.";
+    case Str::RunStopped:
+        return u"%1 was stopped: %2 elapsed, %3, %4.";
+    case Str::FileRecent:
+        return u"Open &Recent";
+    case Str::FileRecentClear:
+        return u"&Clear the List";
     }
     return u"";
 }

@@ -300,6 +300,9 @@ enum class Str : int {
     BelowMaximum,
     SecondAtLeast,
     NoReadingSince,
+    RunStopped,
+    FileRecent,
+    FileRecentClear,
 };
 
 /// The text of that number; empty when the table has none.

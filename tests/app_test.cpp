@@ -3,6 +3,7 @@
 #include "app/frmport.h"
 #include "app/placement.h"
 #include "app/progressrules.h"
+#include "app/recentfiles.h"
 #include "app/settings.h"
 #include "document/dataset.h"
 #include "link/linkstate.h"
@@ -62,6 +63,7 @@ class AppTest : public QObject
     void PlacementComesBack();
     void PlacementIsBroughtOntoAScreen();
     void BoxesKeepClearOfTheirField();
+    void RecentFilesAreKept();
     void PortsAreSlots();
     void CommandLines();
     void TimerIsSilentAtZero();
@@ -228,6 +230,27 @@ void AppTest::BoxesKeepClearOfTheirField()
         QCOMPARE(PlaceClearOf(box, dialog, field, {screen}), place);
     // A window at the edge of the screen.
     QCOMPARE(PlaceClearOf(box, {1000, 560, 270, 230}, {1010, 670, 200, 24}, {screen}), QPoint(980, 538));
+}
+
+void AppTest::RecentFilesAreKept()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"user.ini"_qs);
+    const auto names = [&file] {
+        UserStore store = UserStore::InFile(file);
+        return RecentFiles(store).Names().join(u' ');
+    };
+    UserStore store = UserStore::InFile(file);
+    RecentFiles recent(store);
+    for (int i = 1; i <= 9; ++i)
+        recent.Add(u"/d/%1.CSV"_qs.arg(i));
+    recent.Add(u"/d/../d/5.CSV"_qs); // the same file
+    QCOMPARE(recent.Names().size(), qsizetype(RecentFiles::Most));
+    QCOMPARE(names(), u"/d/../d/5.CSV /d/9.CSV /d/8.CSV /d/7.CSV /d/6.CSV /d/4.CSV /d/3.CSV /d/2.CSV"_qs);
+    recent.Remove(u"/d/9.CSV"_qs);
+    QVERIFY(names().startsWith(u"/d/../d/5.CSV /d/8.CSV ") && names().endsWith(u"/d/2.CSV"));
+    recent.Clear();
+    QCOMPARE(names(), QString());
 }
 
 void AppTest::PortsAreSlots()

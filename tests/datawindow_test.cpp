@@ -8,6 +8,7 @@
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QItemSelectionModel>
+#include <QMenu>
 #include <QMimeData>
 #include <QPointer>
 #include <QProcess>
@@ -57,6 +58,7 @@ class DataWindowTest : public QObject
     void ShapeComesBack();
     void LeavingSavesWhatTheUserWants();
     void DroppedFilesOpen();
+    void RecentFilesAreOffered();
     void TableIsCopiedWithHeadings();
     void GraphIsSetUpAndSaved();
     void DownloadsWithoutAWindow();
@@ -171,6 +173,43 @@ void DataWindowTest::DroppedFilesOpen()
     StartDownload(program, program.prompts);
     QVERIFY(!enter()); // not during a download
     QVERIFY(program.NoJobLeft());
+}
+
+void DataWindowTest::RecentFilesAreOffered()
+{
+    FileProgram program;
+    auto *const file = program.Find<QMenu>("mnuFile");
+    const auto offered = [&] {
+        Q_EMIT file->aboutToShow();
+        QStringList texts;
+        for (const QAction *const item : program.Find<QMenu>("mnuFileRecent")->actions())
+            texts << item->text();
+        return texts.join(u'|');
+    };
+    const auto choose = [&](int place) {
+        Q_EMIT file->aboutToShow();
+        program.Find<QMenu>("mnuFileRecent")->actions().at(place)->trigger();
+        return program.NoJobLeft();
+    };
+    QCOMPARE(offered(), QString());
+    frmData *const first = program.Open(program.Put("a&b.CSV"));
+    frmData *const second = program.Open(program.Put("c.CSV"));
+    program.prompts.files = {program.Path("d.CSV")};
+    program.Action("mnuFileSaveAs")->trigger();
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(offered(), u"&1  d.CSV|&2  c.CSV|&3  a&&b.CSV||&Clear the List"_qs);
+    QVERIFY(choose(2)); // it is open
+    QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), first);
+    QCOMPARE(program.DataWindows().size(), 2);
+    QVERIFY(choose(1));
+    QCOMPARE(program.DataWindows().size(), 3);
+    second->close();
+    QVERIFY(QFile::remove(program.Path("d.CSV")));
+    QVERIFY(choose(1)); // it is gone, and leaves the list
+    QCOMPARE(program.prompts.warnings.size(), 1);
+    QCOMPARE(offered(), u"&1  c.CSV|&2  a&&b.CSV||&Clear the List"_qs);
+    QVERIFY(choose(3));
+    QCOMPARE(offered(), QString());
 }
 
 void DataWindowTest::TableIsCopiedWithHeadings()

@@ -65,7 +65,7 @@ void LiveTest::RunFromTheToolBar()
     QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
     QVERIFY(program.PassSecond());
     QCOMPARE(program.Runnable(), allButStop);
-    QCOMPARE(program.Message(), u"1New has ended: 00:00:06 elapsed, 2 rows, no error rows."_qs);
+    QCOMPARE(program.Message(), u"1New was stopped: 00:00:06 elapsed, 2 rows, no error rows."_qs);
 }
 
 void LiveTest::StartWaitsForTheLink()
@@ -208,6 +208,7 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(!program.window->tmCheckStat.Enabled());
     program.Action("Stop")->trigger();
     QVERIFY(program.PassSecond());
+    QVERIFY(program.Message().startsWith(u"1New was stopped: "));
     QVERIFY(program.window->tmCheckStat.Enabled());
 
     // The port dialog brings back what went with the connection.
