@@ -122,6 +122,17 @@ bool SetHangUp(const Arguments &arguments, Faults &faults)
     return SetCount({arguments.front()}, faults.hangUpAt);
 }
 
+bool SetDropReply(const Arguments &arguments, Faults &faults)
+{
+    std::size_t count = 1;
+    if (arguments.empty() || arguments.size() > 2 ||
+        (arguments.size() == 2 && !SetCount({arguments[1]}, count)) ||
+        !SetCount({arguments.front()}, faults.dropReplyAt))
+        return false;
+    faults.droppedReplies = count;
+    return true;
+}
+
 struct Setting
 {
     std::string_view name;
@@ -140,7 +151,7 @@ constexpr Setting Settings[] = {
     {"mode", SetMode},
     {"wrong-check", [](const Arguments &a, Faults &f) { return SetFlag(a, f.wrongCheck); }},
     {"hang-up", SetHangUp},
-    {"drop-reply", [](const Arguments &a, Faults &f) { return SetCount(a, f.dropReplyAt); }},
+    {"drop-reply", SetDropReply},
 };
 
 bool HoldsFrom(std::size_t from, std::size_t n)
@@ -220,7 +231,7 @@ std::string_view FaultList()
            "mode=MODE          status of printer, talk-only, normal44, printer44 or talk44 mode\n"
            "wrong-check        a wrong check character behind SAVE-mode records\n"
            "hang-up=N[,half]   the device disappears at the Nth command, or half-way through its reply\n"
-           "drop-reply=N       the reply to the Nth command is lost\n"
+           "drop-reply=N[,K]   the reply to the Nth command is lost, or those to K commands from it on\n"
            "none               clears all faults\n";
 }
 
@@ -236,7 +247,7 @@ Delivery Deliver(const Faults &faults, std::size_t n, std::string_view command, 
         return delivery;
 
     const std::string reply = Reply(faults, n, command, instrument);
-    if (faults.dropReplyAt != 0 && faults.dropReplyAt == n)
+    if (HoldsFrom(faults.dropReplyAt, n) && n < faults.dropReplyAt + faults.droppedReplies)
         return delivery;
     const bool withinFirst = faults.lateFirst == 0 || n <= faults.lateFirst;
     if (withinFirst && (faults.lateEvery <= 1 || n % faults.lateEvery == 0))
