@@ -80,7 +80,7 @@ void frmMoniter::SetData(const QString &) {}
 
 void frmMoniter::SendNow()
 {
-    if (presses_ == 0 || services_.state->LinkBusy)
+    if (presses_ == 0 || LinkInUse(*services_.state))
         return; // the timer goes on
     --presses_;
     services_.jobs->Launch(SwitchMeasuring(this, services_), "measuring on and off");

@@ -34,7 +34,7 @@ StatusCheck::StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, Prompts &
 
 QCoro::Task<bool> StatusCheck::CheckStatus()
 {
-    if (state_->LinkBusy)
+    if (LinkInUse(*state_))
         co_return true;
     state_->StatusPolled = true;
     if (state_->LinkActivity != ActivityRealtime) {

@@ -5,6 +5,7 @@
 #include "resources/strings.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 namespace px40 {
 
@@ -19,14 +20,42 @@ bool TakePortDevice(const QString &text, CommandLine *line)
         line->error = QStringLiteral("--port-device takes N=PATH with N from 1 to 16, not \"%1\".").arg(text);
         return false;
     }
+    for (const auto &[taken, path] : std::as_const(line->portDevices)) {
+        if (taken == number)
+            line->error = QStringLiteral("--port-device gives port %1 two devices.").arg(number);
+    }
     line->portDevices.append({number, text.mid(equals + 1)});
-    return true;
+    return line->error.isEmpty();
 }
 
-bool TakeDownload(const QCommandLineParser &parser, const QString &download, const QString &port,
-                  CommandLine *line)
+/// None but --port-device may be given again: of two values one would be lost.
+bool RefuseRepeated(const QCommandLineParser &parser, CommandLine *line)
 {
+    const QStringList names = parser.optionNames();
+    for (const QString &name : names) {
+        if (names.count(name) > 1 && name != u"port-device")
+            line->error = QStringLiteral("--%1 may be given only once.").arg(name);
+    }
+    return line->error.isEmpty();
+}
+
+bool TakeDataFolder(const QCommandLineParser &parser, CommandLine *line)
+{
+    const QString dataDir = QStringLiteral("data-dir");
+    line->dataFolder = parser.value(dataDir);
+    if (parser.isSet(dataDir) && !QFileInfo(line->dataFolder).isDir())
+        line->error =
+            QStringLiteral("--data-dir takes a folder that exists, not \"%1\".").arg(line->dataFolder);
+    return line->error.isEmpty();
+}
+
+bool TakeDownload(const QCommandLineParser &parser, CommandLine *line)
+{
+    const QString download = QStringLiteral("download");
+    const QString port = QStringLiteral("port");
+    const QString saveMode = QStringLiteral("save-mode");
     line->downloadTo = parser.value(download);
+    line->saveMode = parser.isSet(saveMode);
     if (parser.isSet(download) && line->downloadTo.isEmpty())
         line->error = QStringLiteral("--download takes the name of a file.");
     else if (parser.isSet(download) && !line->files.isEmpty())
@@ -35,6 +64,8 @@ bool TakeDownload(const QCommandLineParser &parser, const QString &download, con
                 .arg(line->files.constFirst());
     else if (parser.isSet(port) && !parser.isSet(download))
         line->error = QStringLiteral("--port goes with --download.");
+    else if (line->saveMode && !parser.isSet(download))
+        line->error = QStringLiteral("--save-mode goes with --download.");
     if (!line->error.isEmpty() || !parser.isSet(port))
         return line->error.isEmpty();
     bool ok = false;
@@ -113,15 +144,20 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         QStringLiteral("N=PATH"));
     const QCommandLineOption dataDir(
         QStringLiteral("data-dir"),
-        QStringLiteral("Folder of the settings file and the work file (default: the program's folder)."),
+        QStringLiteral("Folder, which must be there, of the settings file and the work file (default: the "
+                       "program's folder)."),
         QStringLiteral("DIR"));
     const QCommandLineOption noSplash(QStringLiteral("no-splash"),
                                       QStringLiteral("Start without the splash window."));
     const QCommandLineOption download(
         QStringLiteral("download"),
         QStringLiteral(
-            "Fetch the stored readings into this data file, without any window. The file is replaced."),
+            "Fetch the stored readings into this data file, without any window. The file is replaced; \"-\" "
+            "is the standard output."),
         QStringLiteral("FILE.CSV"));
+    const QCommandLineOption saveMode(
+        QStringLiteral("save-mode"),
+        QStringLiteral("With --download: fetch the SAVE-mode records, which are no readings."));
     const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("With --download: the port to use."),
                                   QStringLiteral("N"));
     const QCommandLineOption exportFrom(
@@ -130,13 +166,15 @@ CommandLine ParseCommandLine(const QStringList &arguments)
         QStringLiteral("FILE.CSV"));
     const QCommandLineOption exportTo(
         QStringLiteral("to"),
-        QStringLiteral("With --export: the workbook. It is made, or gets one more sheet if it is there."),
+        QStringLiteral(
+            "With --export: the workbook. It is made, or gets one more sheet if it is there; \"-\" "
+            "sends a new one to the standard output."),
         QStringLiteral("BOOK.xlsx"));
     const QCommandLineOption exportTitle(
         QStringLiteral("title"), QStringLiteral("With --export: the title above the table and on the chart."),
         QStringLiteral("TEXT"));
-    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash, download, port, exportFrom,
-                       exportTo, exportTitle});
+    parser.addOptions({help, version, demo, portDevice, dataDir, noSplash, download, saveMode, port,
+                       exportFrom, exportTo, exportTitle});
     parser.addPositionalArgument(QStringLiteral("FILE.CSV"), QStringLiteral("Data files to open."),
                                  QStringLiteral("[FILE.CSV...]"));
 
@@ -157,9 +195,8 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     }
     line.demo = parser.isSet(demo);
     line.splash = !parser.isSet(noSplash);
-    line.dataFolder = parser.value(dataDir);
     line.files = parser.positionalArguments();
-    if (!TakeDownload(parser, download.names().constFirst(), port.names().constFirst(), &line) ||
+    if (!RefuseRepeated(parser, &line) || !TakeDataFolder(parser, &line) || !TakeDownload(parser, &line) ||
         !TakeExport(parser, &line))
         return line;
     const QStringList portDevices = parser.values(portDevice);

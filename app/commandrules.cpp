@@ -43,7 +43,8 @@ void OverlayRun(bool realtimeRun, CommandStates *states)
     states->Enable(Command::RealtimeStop, realtimeRun);
     if (!realtimeRun)
         return;
-    for (const Command command : {Command::RealtimeNew, Command::RealtimeStart, Command::DataMemory})
+    for (const Command command :
+         {Command::RealtimeNew, Command::RealtimeStart, Command::DataMemory, Command::DataSave})
         states->Enable(command, false);
 }
 

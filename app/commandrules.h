@@ -17,6 +17,7 @@ enum class Command {
     RealtimeStart,
     RealtimeStop,
     DataMemory,
+    DataSave,
     SetupCommport,
     SetupInterval,
     SetupGraph,

@@ -31,8 +31,10 @@ QString Lines(const QStringList &lines)
 
 } // namespace
 
-FileCommands::FileCommands(LinkState &state, Prompts &prompts, OpenSets openSets, ShowBusy showBusy)
-    : state_(&state), prompts_(&prompts), openSets_(std::move(openSets)), showBusy_(std::move(showBusy))
+FileCommands::FileCommands(LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
+                           ShowBusy showBusy)
+    : state_(&state), prompts_(&prompts), clock_(&clock), openSets_(std::move(openSets)),
+      showBusy_(std::move(showBusy))
 {
 }
 
@@ -106,10 +108,11 @@ QCoro::Task<bool> FileCommands::SaveAs(std::shared_ptr<DataSet> set)
 QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 {
     const QString own = set->GetFilename();
-    // A name from the command line may be relative; the dialog has a folder of its own.
-    QString proposed = own.isEmpty() ? own : QFileInfo(own).absoluteFilePath();
     const QString filter = DataFilter();
     const QString suffix = DataSuffix();
+    // A name from the command line may be relative, while a new one goes into the dialog's own folder.
+    QString proposed =
+        own.isEmpty() ? ProposedName(set->Caption(), *clock_, suffix) : QFileInfo(own).absoluteFilePath();
     bool saved = false;
     while (true) {
         const QString answer = co_await prompts_->AskSaveFile(proposed, filter, suffix);
@@ -134,7 +137,7 @@ QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name
 {
     if (Busily(&DataSet::SaveFile, set.get(), name))
         co_return true;
-    const QString text = Lines({state_->ErrorMessage, name});
+    const QString text = Lines({state_->ErrorMessage, name, NothingSaved(name)});
     co_await prompts_->Warn(text);
     co_return false;
 }

@@ -12,6 +12,7 @@
 
 namespace px40 {
 
+class Clock;
 struct LinkState;
 class Prompts;
 
@@ -26,9 +27,11 @@ class FileCommands : public DataSaver
     using ShowBusy = std::function<void(bool)>;
 
     /// `openSets` gives the data sets of all open windows; `showBusy` is called with true before a file is
-    /// read or written, and with false after it. `state` (for error texts) and `prompts` must outlive this.
+    /// read or written, and with false after it. `state` (for error texts), `prompts` and `clock` must
+    /// outlive this.
     FileCommands(
-        LinkState &state, Prompts &prompts, OpenSets openSets, ShowBusy showBusy = [](bool) {});
+        LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
+        ShowBusy showBusy = [](bool) {});
 
     /// The data file to open; empty when cancelled.
     QCoro::Task<QString> AskOpen();
@@ -54,6 +57,7 @@ class FileCommands : public DataSaver
 
     LinkState *state_;
     Prompts *prompts_;
+    const Clock *clock_;
     OpenSets openSets_;
     ShowBusy showBusy_;
     QSet<const DataSet *> saving_; ///< a `Save` or `SaveAs` of these is under way

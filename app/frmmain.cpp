@@ -34,7 +34,7 @@ frmMain::frmMain(Services &services)
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
       files_(
-          services.state, services.prompts, [this] { return OpenSets(); }, ShowHourglass),
+          services.state, services.prompts, services.clock, [this] { return OpenSets(); }, ShowHourglass),
       recent_(services.store), forwarding_(new Forwarding(services, *frmCancel_, this)),
       live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, *forwarding_, this)),
       menuStates_(InitialMenus()), buttonStates_(InitialButtons())
@@ -261,7 +261,10 @@ void frmMain::Run(Command command)
         live_->Stop();
         break;
     case Command::DataMemory:
-        services_->jobs.Launch(ReceiveMemoryMode(), "MEMORY-mode download");
+        services_->jobs.Launch(ReceiveStored(StoredData::Mode::Memory), "MEMORY-mode download");
+        break;
+    case Command::DataSave:
+        services_->jobs.Launch(ReceiveStored(StoredData::Mode::Save), "SAVE-mode download");
         break;
     case Command::SetupCommport:
         services_->jobs.Launch(RunPortDialog(), "port dialog");

@@ -88,6 +88,7 @@ class frmMain : public QMainWindow
     void ConnectAll();
     void BuildStatusBar();
     void ShowWarning(const QString &text);
+    void ShowFileMessage(const QString &text);
     void ShowPort();
     void ShowTitle();
     void OnWindowActivated();
@@ -113,8 +114,9 @@ class frmMain : public QMainWindow
     void ToggleMoniter();
     void ToggleSource();
     void ShowLiveWindows();
-    QCoro::Task<void> ReceiveMemoryMode();
-    QCoro::Task<void> ReceiveAndForward(std::optional<ForwardChoice> choice);
+    QCoro::Task<void> ReceiveStored(StoredData::Mode mode);
+    QCoro::Task<void> ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice);
+    QString ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const;
     QCoro::Task<void> ForwardActive();
     QCoro::Task<void> CloseAll();
     void Leave();
@@ -135,7 +137,7 @@ class frmMain : public QMainWindow
     ElidedLabel *message_ = nullptr;
     QLabel *port_ = nullptr;
     QElapsedTimer warned_; ///< since a warning, which the messages of a run leave standing for a while
-    bool memoryAsked_ = false;
+    bool downloadAsked_ = false;
     bool forwardAsked_ = false;
     bool asking_ = false;
     bool mayGo_ = false;

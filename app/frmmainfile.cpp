@@ -18,6 +18,8 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include <utility>
+
 namespace px40 {
 
 namespace {
@@ -90,6 +92,7 @@ QCoro::Task<void> frmMain::AskAndOpen()
 
 QCoro::Task<void> frmMain::OpenFiles(QStringList names)
 {
+    QString message; // of the last one
     for (int i = 0; i < names.size(); ++i) {
         const QString name = QDir::toNativeSeparators(QFileInfo(names.at(i)).absoluteFilePath());
         if (services_->leaving)
@@ -110,8 +113,10 @@ QCoro::Task<void> frmMain::OpenFiles(QStringList names)
         window->show();
         OnWindowActivated();
         const QString fileName = QFileInfo(name).fileName();
-        ShowMessage(Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount())));
+        message = Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount()));
     }
+    if (!message.isEmpty())
+        ShowFileMessage(message);
 }
 
 /// One that a window shows already comes to the front.
@@ -150,7 +155,17 @@ QCoro::Task<void> frmMain::SaveActive(bool underNewName)
     if (!saved)
         co_return;
     recent_.Add(dataSet->GetFilename());
-    ShowMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
+    ShowFileMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
+}
+
+/// With what is to be told of the work file, which a run's messages leave standing for a while.
+void frmMain::ShowFileMessage(const QString &text)
+{
+    const QString note = std::exchange(services_->shared.WorkNote, QString());
+    if (note.isEmpty())
+        ShowMessage(text);
+    else
+        ShowWarning(text + u' ' + note);
 }
 
 void frmMain::ShowGraphSetup()

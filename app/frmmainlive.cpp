@@ -16,11 +16,12 @@
 
 namespace px40 {
 
-QCoro::Task<void> frmMain::ReceiveMemoryMode()
+QCoro::Task<void> frmMain::ReceiveStored(StoredData::Mode mode)
 {
-    if (memoryAsked_)
-        co_return; // a question stands open, or this waits for the link already
-    memoryAsked_ = true;
+    // A question stands open, or this waits for the link already; or the windows are held by something else.
+    if (downloadAsked_ || !MayClose(services_->state))
+        co_return;
+    downloadAsked_ = true;
     const Answer answer =
         co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardAfterReceive), PromptIcon::Question);
     bool wanted = answer != Answer::Cancel && !services_->leaving;
@@ -29,45 +30,54 @@ QCoro::Task<void> frmMain::ReceiveMemoryMode()
         choice = co_await forwarding_->Ask();
         wanted = choice.has_value();
     }
-    if (wanted && services_->state.LinkBusy)
+    if (wanted && LinkInUse(services_->state))
         ShowMessage(Text(Str::WaitingForLink));
     if (wanted)
         wanted = co_await services_->gate.WaitUntilFree();
-    memoryAsked_ = false;
+    downloadAsked_ = false;
     if (wanted && !services_->state.RealtimeRun) // a run was started while this waited
-        co_await ReceiveAndForward(choice);
+        co_await ReceiveAndForward(mode, choice);
 }
 
 /// The link is free.
-QCoro::Task<void> frmMain::ReceiveAndForward(std::optional<ForwardChoice> choice)
+QCoro::Task<void> frmMain::ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice)
 {
-    services_->shared.MemoryNumbers = true;
-    const std::shared_ptr<DataSet> dataSet = NewDataWindow(KindMemory);
-    services_->gate.Take();
+    const bool readings = mode == StoredData::Mode::Memory;
+    if (readings)
+        services_->shared.MemoryNumbers = true;
+    const std::shared_ptr<DataSet> dataSet = NewDataWindow(readings ? KindMemory : KindSave);
     ShowMessage(QString());
-    const bool complete = co_await storedData_.ReceiveMemoryData(dataSet);
-    const int unreadable = dataSet->UnreadableCount();
-    QString outcome = Text(!complete        ? Str::MemoryEnded
-                           : unreadable > 0 ? Str::MemoryUnreadable
-                                            : Str::MemoryReceived);
-    outcome = outcome.arg(dataSet->GetDatacount());
-    if (complete && unreadable > 0)
-        outcome = outcome.arg(unreadable);
+    const bool complete = co_await storedData_.Receive(mode, dataSet);
     // A lost line counts more than what came over it.
-    ShowMessage(!complete && services_->comm.IsLost() ? FirstLine(Text(Str::PortLost)) : outcome);
+    ShowMessage(!complete && services_->comm.IsLost() ? FirstLine(Text(Str::PortLost))
+                                                      : ReceivedText(mode, complete, *dataSet));
     RefreshCommands();
-    if (complete && choice && dataSet->GetDatacount() > 0)
+    if (complete && choice && (!readings || dataSet->GetDatacount() > 0))
         co_await forwarding_->Forward(dataSet, *choice);
+}
+
+QString frmMain::ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const
+{
+    if (mode == StoredData::Mode::Save) {
+        const int records = storedData_.Records();
+        return complete && records == 0
+                   ? Text(Str::SaveModeNone)
+                   : Text(complete ? Str::SaveModeReceived : Str::SaveModeEnded).arg(records);
+    }
+    const int unreadable = dataSet.UnreadableCount();
+    if (complete && unreadable > 0)
+        return Text(Str::MemoryUnreadable).arg(dataSet.GetDatacount()).arg(unreadable);
+    return Text(complete ? Str::MemoryReceived : Str::MemoryEnded).arg(dataSet.GetDatacount());
 }
 
 QCoro::Task<void> frmMain::ForwardActive()
 {
     if (services_->state.RealtimeRun)
         ShowWarning(Text(Str::RunHoldsWindows)); // it needs the link and its cancel flag for itself
-    else if (memoryAsked_ || live_->IsStarting())
+    else if (downloadAsked_ || live_->IsStarting())
         ShowWarning(Text(Str::WaitingForLink));
     const frmData *const active = ActiveData();
-    if (!active || forwardAsked_ || memoryAsked_ || live_->IsStarting() || !MayClose(services_->state))
+    if (!active || forwardAsked_ || downloadAsked_ || live_->IsStarting() || !MayClose(services_->state))
         co_return;
     const std::shared_ptr<DataSet> dataSet = active->Data();
     forwardAsked_ = true;

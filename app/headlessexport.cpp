@@ -5,15 +5,18 @@
 #include "app/unattended.h"
 #include "forward/forwarder.h"
 #include "forward/xlsxfile.h"
+#include "platform/files.h"
 #include "platform/terminal.h"
 #include "resources/strings.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
+#include <memory>
 #include <utility>
 
 namespace px40 {
@@ -75,8 +78,57 @@ QCoro::Task<void> Export(Services *services, ExportPrompts *prompts, std::shared
         choice.fileName = prompts->Name();
         forwarded = co_await forwarder.ForwardData(dataSet, choice);
     }
-    outcome->good = forwarded.done;
-    outcome->reason = prompts->held.isEmpty() ? FirstLine(prompts->told) : prompts->held;
+    outcome->code = forwarded.done ? ExitDone : ExitNothingChanged;
+    if (!forwarded.done)
+        outcome->told << (prompts->held.isEmpty() ? FirstLine(prompts->told) : prompts->held);
+}
+
+/// The file that is written, and where it goes from there.
+struct Target
+{
+    QString workbook;
+    QString told; ///< what the user calls it
+    bool toOutput = false;
+    QFile output;
+    std::unique_ptr<QTemporaryDir> folder; ///< of what goes to the standard output
+};
+
+/// False with the reason in `outcome`.
+bool Prepare(const QString &to, Target *target, Outcome *outcome)
+{
+    target->toOutput = to == ToOutput;
+    if (target->toOutput) {
+        target->told = Text(Str::StandardOutput);
+        target->folder = std::make_unique<QTemporaryDir>();
+        target->workbook = target->folder->filePath(QStringLiteral("PX40.xlsx"));
+        QString error = target->folder->errorString();
+        if (IsOutputTerminal())
+            *outcome = {ExitWrongOptions, {Text(Str::WorkbookOnTerminal)}};
+        else if (!target->folder->isValid() || !OpenOutput(&target->output, &error))
+            outcome->told << About(target->told, error);
+        return outcome->told.isEmpty();
+    }
+    const QFileInfo file(to);
+    target->workbook = QDir::toNativeSeparators(file.absoluteFilePath());
+    target->told = target->workbook;
+    const QString folder = QFileInfo(target->workbook).path();
+    if (!QFileInfo(folder).isDir())
+        outcome->told << About(folder, Text(Str::FolderNotThere));
+    else if (file.exists() && !file.isFile())
+        outcome->told << About(target->workbook, Text(Str::FileNotRegular));
+    return outcome->told.isEmpty();
+}
+
+/// Sends it to where it is to go. False with the reason in `error`.
+bool Deliver(Target *target, QString *error)
+{
+    if (!target->toOutput)
+        return true;
+    QFile written(target->workbook);
+    if (written.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return CopyBytes(written, target->output, error, error);
+    *error = written.errorString();
+    return false;
 }
 
 } // namespace
@@ -84,34 +136,32 @@ QCoro::Task<void> Export(Services *services, ExportPrompts *prompts, std::shared
 int RunExport(const CommandLine &line)
 {
     KeepLogsQuiet();
-    const QString name = QDir::toNativeSeparators(QFileInfo(line.exportFrom).absoluteFilePath());
-    const QString workbook = QDir::toNativeSeparators(QFileInfo(line.exportTo).absoluteFilePath());
-    const QFileInfo target(workbook);
-    if (!QFileInfo(target.path()).isDir())
-        return Fail(About(target.path(), Text(Str::FolderNotThere)));
-    if (target.exists() && !target.isFile())
-        return Fail(About(workbook, Text(Str::FileNotRegular)));
+    Outcome outcome;
+    Target target;
+    if (!Prepare(line.exportTo, &target, &outcome))
+        return End(outcome);
 
-    // A work file of its own: a program that is open has the other one.
-    const QTemporaryDir folder;
-    if (!folder.isValid())
-        return Fail(folder.errorString());
-    ExportPrompts prompts(workbook);
-    Services services(UserStore(Text(Str::ApplicationTitle)), PathsIn(folder.path()), prompts);
+    // Without a work file: a program that is open has the one there is.
+    const QString name = QDir::toNativeSeparators(QFileInfo(line.exportFrom).absoluteFilePath());
+    ExportPrompts prompts(target.workbook);
+    Services services(UserStore(Text(Str::ApplicationTitle)), Paths(), prompts);
     const std::shared_ptr<DataSet> dataSet = Load(name, &services);
     if (!dataSet)
         return Fail(About(name, services.state.ErrorMessage));
 
-    const ForwardChoice choice = {target.exists() ? workbook : QString(), line.exportTitle, false};
-    Outcome outcome;
+    const bool grows = QFileInfo::exists(target.workbook);
+    const ForwardChoice choice = {grows ? target.workbook : QString(), line.exportTitle, false};
     services.jobs.Launch(Export(&services, &prompts, dataSet, choice, &outcome), "export");
     if (services.jobs.Running() > 0)
         QCoreApplication::exec();
-    if (!outcome.good)
-        return Fail(About(workbook, outcome.reason.isEmpty() ? Text(Str::ExportFailed) : outcome.reason));
+    QString error = outcome.told.join(u' ');
+    if (outcome.code != ExitDone || !Deliver(&target, &error))
+        return Fail(About(target.told, error.isEmpty() ? Text(Str::ExportFailed) : error));
     const int rows = dataSet->GetDatacount();
     const QString count = rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(rows);
-    return PrintLine(Text(Str::ForwardDone).arg(count, workbook)) ? 0 : Fail(Text(Str::NotPrinted));
+    const bool printed = target.toOutput || PrintLine(Text(Str::ForwardDone).arg(count, target.workbook));
+    TellWritten(target.told, *dataSet, printed, &outcome);
+    return End(outcome);
 }
 
 } // namespace px40

@@ -8,8 +8,9 @@ struct CommandLine;
 /// instrument. A QCoreApplication must be there, and runs its event loop here. May run beside an open
 /// program.
 ///
-/// The program's exit code: 0 with one line on the standard output, or 1 with one sentence on the standard
-/// error stream; the workbook is then as it was. Progress is shown as for a download.
+/// The program's exit code; done, with one line on the standard output, unless the workbook itself goes
+/// there; or nothing changed, with one sentence on the standard error stream. Progress is shown as for a
+/// download.
 int RunExport(const CommandLine &line);
 
 } // namespace px40

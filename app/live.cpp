@@ -244,7 +244,7 @@ QCoro::Task<void> Live::Start(QPointer<frmData> window)
 
 void Live::OnCheckInter()
 {
-    if (waiting_ && services_->state.LinkBusy) {
+    if (waiting_ && LinkInUse(services_->state)) {
         services_->state.StatusYield = true;
         return;
     }

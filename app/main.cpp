@@ -6,6 +6,7 @@
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
+#include "app/unattended.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
 #include "resources/icons.h"
@@ -29,6 +30,7 @@ int main(int argc, char *argv[])
 {
     using namespace px40;
 
+    KeepStandardStreams();
     // Help, version, mistakes and what is done from file to file need no display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
@@ -39,11 +41,11 @@ int main(int argc, char *argv[])
     }
     if (!line.error.isEmpty()) {
         PrintError(line.error + u'\n' + Text(Str::UnusableCommandLine));
-        return 2;
+        return ExitWrongOptions;
     }
     if (!line.answer.isEmpty()) {
         PrintLine(line.answer.trimmed());
-        return 0;
+        return ExitDone;
     }
     if (!line.downloadTo.isEmpty()) {
         const QCoreApplication application(argc, argv);
@@ -61,21 +63,14 @@ int main(int argc, char *argv[])
 
     SingleInstance instance(QStringLiteral("px40ap"));
     if (!instance.Acquire())
-        return 0;
+        return ExitDone;
 
-    QString error;
-    const QString folder = DataFolder(line.dataFolder, &error);
-    if (!error.isEmpty()) {
-        PrintError(error);
-        return 1;
-    }
     MessagePrompts prompts;
-    Services services(UserStore(title), PathsIn(folder), prompts);
+    Services services(UserStore(title), PathsIn(DataFolder(line.dataFolder)), prompts);
+    QString error;
     const std::unique_ptr<Demo> demo = TakePorts(line, services, &error);
-    if (!error.isEmpty()) {
-        PrintError(error);
-        return 1;
-    }
+    if (!error.isEmpty())
+        return Fail(error);
 
     frmMain window(services);
     QObject::connect(&window, &frmMain::left, &application, &QApplication::quit);

@@ -188,6 +188,11 @@ void MainActions::BuildToolBars()
     for (const ButtonEntry &entry : SubButtons)
         add(tbSub_, entry);
     window_->setContextMenuPolicy(Qt::NoContextMenu);
+
+    auto *const saveMode = new QAction(window_);
+    saveMode->setObjectName(QStringLiteral("Sdata"));
+    connect(saveMode, &QAction::triggered, this, [this] { Q_EMIT triggered(Command::DataSave); });
+    buttons_.at(Index(Command::DataSave)) = saveMode;
 }
 
 void MainActions::MakeIcons()
@@ -207,7 +212,8 @@ void MainActions::Show(const CommandStates &menus, const CommandStates &buttons)
 {
     for (std::size_t i = 0; i < CommandCount; ++i) {
         const auto command = static_cast<Command>(i);
-        Item(command)->setEnabled(menus.IsEnabled(command));
+        if (QAction *const item = Item(command))
+            item->setEnabled(menus.IsEnabled(command));
         if (QAction *const button = Button(command))
             button->setEnabled(buttons.IsEnabled(command));
     }

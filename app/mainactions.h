@@ -21,7 +21,8 @@ constexpr std::size_t MainMenuCount = 6;
 /// Menus, tool bars and their actions, made from tables and told apart by command.
 ///
 /// A menu item and a tool bar button of the same command are two actions, because the rules enable them
-/// apart. A button's object name is its key ("Open", "Mdata", ...).
+/// apart. A button's object name is its key ("Open", "Mdata", ...). The SAVE-mode download, "Sdata", is an
+/// action that stands in no menu and on no bar.
 class MainActions : public QObject
 {
     Q_OBJECT
@@ -31,6 +32,7 @@ class MainActions : public QObject
     explicit MainActions(QMainWindow *window);
 
     QMenu *Menu(MainMenu menu) const { return menus_.at(static_cast<std::size_t>(menu)); }
+    /// Null for a command without a menu item.
     QAction *Item(Command command) const { return items_.at(static_cast<std::size_t>(command)); }
     /// Null for a command without a button.
     QAction *Button(Command command) const { return buttons_.at(static_cast<std::size_t>(command)); }

@@ -1,7 +1,6 @@
 #include "app/settings.h"
 
 #include "platform/portmap.h"
-#include "resources/strings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -61,14 +60,10 @@ QString ChooseDataFolder(const QString &programFolder)
     return folder;
 }
 
-QString DataFolder(const QString &wanted, QString *error)
+QString DataFolder(const QString &wanted)
 {
-    if (wanted.isEmpty())
-        return ChooseDataFolder(QCoreApplication::applicationDirPath());
-    if (QDir().mkpath(wanted))
-        return QDir(wanted).absolutePath();
-    *error = Text(Str::FolderNotMade).arg(wanted);
-    return QString();
+    return wanted.isEmpty() ? ChooseDataFolder(QCoreApplication::applicationDirPath())
+                            : QDir(wanted).absolutePath();
 }
 
 void Settings::ReadFile()

@@ -18,9 +18,8 @@ Paths PathsIn(const QString &folder);
 /// application, which is created.
 QString ChooseDataFolder(const QString &programFolder);
 
-/// The folder for them: `wanted`, which is made if need be, or the one chosen if that is empty. Otherwise
-/// empty, with the reason in `error`.
-QString DataFolder(const QString &wanted, QString *error);
+/// The folder for them: `wanted`, or the one chosen if that is empty.
+QString DataFolder(const QString &wanted);
 
 /// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in the
 /// system's own encoding. Neither reading nor writing ever complains.

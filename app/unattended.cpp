@@ -1,8 +1,10 @@
 #include "app/unattended.h"
 
 #include "app/progressrules.h"
+#include "document/dataset.h"
 #include "platform/terminal.h"
 #include "platform/turns.h"
+#include "resources/strings.h"
 
 #include <QLoggingCategory>
 
@@ -36,10 +38,31 @@ QString About(const QString &file, const QString &sentence)
     return file + QStringLiteral(": ") + sentence;
 }
 
+QString Sentence(const QString &text)
+{
+    return text.endsWith(u'.') ? text : text + u'.';
+}
+
+void TellWritten(const QString &file, const DataSet &dataSet, bool printed, Outcome *outcome)
+{
+    const int unreadable = dataSet.UnreadableCount();
+    outcome->code = unreadable > 0 ? ExitWithNoise : ExitDone;
+    if (!printed)
+        outcome->told << Text(Str::NotPrinted);
+    if (unreadable > 0)
+        outcome->told << About(file, Text(Str::FileUnreadable).arg(unreadable).arg(dataSet.GetDatacount()));
+}
+
+int End(const Outcome &outcome)
+{
+    for (const QString &sentence : outcome.told)
+        PrintError(sentence.simplified());
+    return outcome.code;
+}
+
 int Fail(const QString &sentence)
 {
-    PrintError(sentence.simplified());
-    return 1;
+    return End({ExitNothingChanged, {sentence}});
 }
 
 } // namespace px40

@@ -3,7 +3,11 @@
 #include "platform/progressview.h"
 #include "platform/prompts.h"
 
+#include <QStringList>
+
 namespace px40 {
+
+class DataSet;
 
 // What a job without any window and without anybody before it has in place of windows.
 
@@ -39,12 +43,23 @@ class ProgressLine : public ProgressView
     QString message_;
 };
 
+/// What the program ends with.
+enum ExitCode : int {
+    ExitDone = 0,
+    ExitNothingChanged = 1,
+    ExitWrongOptions = 2,
+    ExitWithNoise = 3, ///< done, but some readings are noise
+};
+
 /// How it ended.
 struct Outcome
 {
-    bool good = false;
-    QString reason; ///< why not
+    ExitCode code = ExitNothingChanged;
+    QStringList told; ///< a sentence each
 };
+
+/// In place of the name of a file to be written: the standard output.
+inline constexpr QStringView ToOutput = u"-";
 
 /// Nothing but the one sentence is to stand on the error stream, unless somebody asks for more.
 void KeepLogsQuiet();
@@ -52,7 +67,17 @@ void KeepLogsQuiet();
 /// What is wrong with a file or folder, and which one.
 QString About(const QString &file, const QString &sentence);
 
-/// Says the sentence on the error stream; gives the program's exit code.
+/// With the full stop that the system's own reasons lack.
+QString Sentence(const QString &text);
+
+/// Adds what is to be said of a file that has been written: noise among its readings, and a result that could
+/// not be `printed`.
+void TellWritten(const QString &file, const DataSet &dataSet, bool printed, Outcome *outcome);
+
+/// Says the sentences on the error stream; gives the program's exit code.
+int End(const Outcome &outcome);
+
+/// The same where nothing came of it.
 int Fail(const QString &sentence);
 
 } // namespace px40

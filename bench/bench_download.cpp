@@ -47,7 +47,6 @@ std::optional<double> TimedDownload(NeededTime *needed)
     data->OpenNew(KindMemory);
     NoProgress progress;
     StoredData stored(rig.state, rig.gate, rig.comm, rig.prompts, progress);
-    rig.gate.Take();
 
     const Clock::time_point begin = Clock::now();
     const bool complete = Finish(stored.ReceiveMemoryData(data));

@@ -12,6 +12,8 @@
 
 #include <array>
 
+class QIODevice;
+
 namespace px40 {
 
 struct DataFile;
@@ -22,7 +24,11 @@ struct DocumentShared
 {
     int NewCount = 0;           ///< number of the last new data set of this run
     bool MemoryNumbers = false; ///< data sets made now head their second column as a memory number
-    QString WorkPath;           ///< the work file through which data files are read and written; no data file
+    /// The work file through which data files are read and written; no data file. Empty: there is none, and
+    /// they are read and written themselves.
+    QString WorkPath;
+    QString WorkNote = {};  ///< to be told to the user and cleared: that the work file cannot be written
+    bool WorkNoted = false; ///< once is enough
 };
 
 /// Where a data set came from.
@@ -42,6 +48,9 @@ inline bool IsFileKind(int kind)
 
 /// The code of a kind text: "0", "2", "3" and "4" give their number, any other text gives 1.
 int DataKind(const QString &kind);
+
+/// What a failed saving under that name has left, in a sentence.
+QString NothingSaved(const QString &name);
 
 /// The texts below the table.
 enum class Panel { Label, Max, Interval, Min, Period, Avg, X };
@@ -71,6 +80,9 @@ class DataSet : public QObject, public DataSink
     /// reason in the link's `ErrorMessage`; the user's file is then as it was, and the data set stays
     /// unsaved.
     bool SaveFile(const QString &name);
+
+    /// Writes the data set to an open device, as it stands in a file. False with the reason in `error`.
+    bool Write(QIODevice &to, QString *error) const;
 
     bool AddGridrow() override;
     void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,

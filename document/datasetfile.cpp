@@ -1,5 +1,7 @@
 // A data set and its file. Both ways lead through the work file: what cannot be written or read to the end
-// never shows under the user's name, and the user's file is never held open.
+// never shows under the user's name, and the user's file is never held open. Where the work file cannot be
+// written another one in the folder for temporary files stands in for it, and where that cannot be written
+// either the way leads straight: a file is only ever replaced as a whole.
 
 #include "document/dataset.h"
 
@@ -9,10 +11,14 @@
 #include "platform/files.h"
 #include "resources/strings.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryFile>
 
 #include <exception>
+#include <memory>
+#include <utility>
 
 namespace px40 {
 
@@ -22,88 +28,134 @@ namespace {
 class WorkFile
 {
   public:
-    explicit WorkFile(const QString &path) : path_(path) { ClearAttributes(path_); }
+    /// `path`: empty for one in the folder for temporary files.
+    explicit WorkFile(const QString &path) : path_(path)
+    {
+        if (path.isEmpty())
+            file_ = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/px40-XXXXXX.tmp"));
+        else
+            file_ = std::make_unique<QFile>(path);
+    }
     ~WorkFile()
     {
+        if (path_.isEmpty())
+            return; // Qt's own kind removes itself
+        file_->close();
         ClearAttributes(path_);
-        QFile::remove(path_); // one that stays is overwritten the next time
+        file_->remove(); // one that stays is overwritten the next time
     }
     WorkFile(const WorkFile &) = delete;
     WorkFile &operator=(const WorkFile &) = delete;
 
-    const QString &Path() const { return path_; }
+    /// False with the reason in `error`, which stays empty where it is none of this file's.
+    bool Fill(const WriteTo &write, QString *error)
+    {
+        if (path_.isEmpty() && QDir::tempPath().isEmpty()) {
+            *error = Text(Str::FolderNotThere);
+            return false;
+        }
+        if (!path_.isEmpty())
+            ClearAttributes(path_);
+        constexpr QIODevice::OpenMode mode =
+            QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered;
+        if (!file_->open(mode)) {
+            *error = file_->errorString();
+            return false;
+        }
+        if (!path_.isEmpty())
+            SetHidden(path_);
+        return write(*file_, error);
+    }
 
-    /// The reason of a failure that has to do with this file, which the user does not know of.
-    QString Told(const QString &reason) const { return path_ + QStringLiteral(": ") + reason; }
+    /// From its beginning.
+    QFile &Filled()
+    {
+        file_->seek(0);
+        return *file_;
+    }
 
   private:
     QString path_;
+    std::unique_ptr<QFile> file_;
 };
 
-bool FetchToWork(const QString &name, const WorkFile &work, QString *error)
+bool OpenToRead(QFile *file, QString *error)
 {
     // A folder or a device opens as well, and a device may never answer or never end.
-    const QFileInfo info(name);
-    if (info.exists() && !info.isFile()) {
+    const QFileInfo info(file->fileName());
+    if (info.exists() && !info.isFile())
         *error = Text(Str::FileNotRegular);
-        return false;
-    }
-    QFile from(name);
-    if (!from.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        *error = from.errorString();
-        return false;
-    }
-    QFile to(work.Path());
-    if (!to.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        *error = work.Told(to.errorString());
-        return false;
-    }
-    SetHidden(work.Path());
-    QString writeError;
-    if (CopyBytes(from, to, error, &writeError) && Close(to, &writeError))
-        return true;
-    if (!writeError.isEmpty())
-        *error = work.Told(writeError);
-    return false;
+    else if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        *error = file->errorString();
+    return file->isOpen();
 }
 
-bool WriteWork(const DataFileHeader &header, const TableModel &table, const WorkFile &work, QString *error)
+void NoteWork(DocumentShared *shared, Str note, const QString &reason)
 {
-    QFile file(work.Path());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        *error = work.Told(file.errorString());
-        return false;
-    }
+    if (std::exchange(shared->WorkNoted, true))
+        return;
+    shared->WorkNote = Text(note).arg(shared->WorkPath, reason);
+}
+
+/// The work file with what `write` gives it, or the one that stands in for it; null where there is none.
+std::unique_ptr<WorkFile> FilledWork(DocumentShared *shared, const WriteTo &write)
+{
+    if (shared->WorkPath.isEmpty())
+        return nullptr;
     QString reason;
-    if (!WriteDataFile(header, table.Rows(), table.TableRows(), file, &reason) || !Close(file, &reason)) {
-        *error = work.Told(reason);
-        return false;
+    for (const QString &path : {shared->WorkPath, QString()}) {
+        auto work = std::make_unique<WorkFile>(path);
+        QString error;
+        if (work->Fill(write, &error)) {
+            if (!reason.isEmpty())
+                NoteWork(shared, Str::WorkFileElsewhere, reason);
+            return work;
+        }
+        if (error.isEmpty())
+            return nullptr;
+        if (reason.isEmpty())
+            reason = error;
     }
-    SetHidden(work.Path());
-    return true;
+    NoteWork(shared, Str::WorkFileNowhere, reason);
+    return nullptr;
 }
 
 } // namespace
+
+QString NothingSaved(const QString &name)
+{
+    return Text(QFileInfo(name).isFile() ? Str::NothingSavedOld : Str::NothingSaved);
+}
 
 bool DataSet::OpenFile(const QString &name)
 {
     if (IsWorkFile(name))
         return false;
+    QString &error = state_->ErrorMessage;
     try {
-        const WorkFile work(shared_->WorkPath);
-        if (!FetchToWork(name, work, &state_->ErrorMessage))
+        QFile from(name);
+        if (!OpenToRead(&from, &error))
             return false;
-        QFile file(work.Path());
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            state_->ErrorMessage = work.Told(file.errorString());
+        QString readError;
+        const auto copy = [&from, &readError](QIODevice &to, QString *reason) {
+            from.seek(0);
+            return CopyBytes(from, to, &readError, reason);
+        };
+        const std::unique_ptr<WorkFile> work = FilledWork(shared_, copy);
+        if (!readError.isEmpty()) {
+            error = readError;
             return false;
         }
-        std::optional<DataFile> contents = ReadDataFile(file, &state_->ErrorMessage);
+        if (work)
+            from.close();
+        else
+            from.seek(0);
+        std::optional<DataFile> contents = ReadDataFile(work ? work->Filled() : from, &error);
         if (!contents)
             return false;
         Adopt(std::move(*contents));
     } catch (const std::exception &problem) { // no memory
-        state_->ErrorMessage = QString::fromLocal8Bit(problem.what());
+        error = QString::fromLocal8Bit(problem.what());
         return false;
     }
     DispCalculation();
@@ -143,10 +195,8 @@ void DataSet::Adopt(DataFile &&file)
     readings_ = std::move(file.readings);
 }
 
-bool DataSet::SaveFile(const QString &name)
+bool DataSet::Write(QIODevice &to, QString *error) const
 {
-    if (IsWorkFile(name))
-        return false;
     DataFileHeader header;
     header.kind = DataKind(kind_);
     header.shape = shape_;
@@ -154,13 +204,24 @@ bool DataSet::SaveFile(const QString &name)
     header.periodNone = periodNone_;
     header.period = period_;
     header.graph = graph_;
+    return WriteDataFile(header, table_.Rows(), table_.TableRows(), to, error);
+}
+
+bool DataSet::SaveFile(const QString &name)
+{
+    if (IsWorkFile(name))
+        return false;
+    QString &error = state_->ErrorMessage;
+    const auto write = [this](QIODevice &to, QString *reason) { return Write(to, reason); };
     try {
-        const WorkFile work(shared_->WorkPath);
-        if (!WriteWork(header, table_, work, &state_->ErrorMessage) ||
-            !ReplaceFile(work.Path(), name, &state_->ErrorMessage))
+        const std::unique_ptr<WorkFile> work = FilledWork(shared_, write);
+        const auto copy = [&work](QIODevice &to, QString *reason) {
+            return CopyBytes(work->Filled(), to, reason, reason);
+        };
+        if (!ReplaceFile(name, work ? WriteTo(copy) : WriteTo(write), &error))
             return false;
     } catch (const std::exception &problem) {
-        state_->ErrorMessage = QString::fromLocal8Bit(problem.what());
+        error = QString::fromLocal8Bit(problem.what());
         return false;
     }
     Keep(name);

@@ -301,7 +301,8 @@ QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
     QString error;
     if (WriteGraphFile(*window->graph_->Graph(), name, &error, window->GraphCaption()))
         co_return;
-    co_await prompts->Warn(error + QStringLiteral("\r\n") + name);
+    const QString text = QStringList{error, name, NothingSaved(name)}.join(QStringLiteral("\r\n"));
+    co_await prompts->Warn(text);
 }
 
 } // namespace px40

@@ -151,7 +151,10 @@ bool WriteGraphFile(const Chart &chart, const QString &name, QString *error, con
         *error = Text(Str::GraphNoPicture);
         return false;
     }
-    return ReplaceFile(bytes, name, error);
+    const auto write = [&bytes](QIODevice &to, QString *reason) {
+        return WriteBytes(to, bytes.constData(), bytes.size(), reason);
+    };
+    return ReplaceFile(name, write, error);
 }
 
 } // namespace px40

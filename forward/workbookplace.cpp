@@ -4,14 +4,13 @@
 #include "forward/replacement.h"
 #include "forward/xlsxfile.h"
 #include "link/linkstate.h"
-#include "platform/clock.h"
+#include "platform/filenames.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
 #include "platform/turns.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
@@ -23,7 +22,6 @@ namespace px40 {
 namespace {
 
 constexpr int ProgressEveryMs = 30;
-constexpr int LongestTitle = 80; // in a file's name, characters
 constexpr int Permille = 1000;
 
 const QString Section = QStringLiteral("Forward");
@@ -41,10 +39,11 @@ QString WhyNotNew(const QString &name)
 QCoro::Task<QString> AskNewName(const ForwardServices *services, QString title)
 {
     const QString filter = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx)");
-    QString name = ProposedWorkbookName(title, services->clock);
+    const QString suffix = QStringLiteral("xlsx");
+    QString name = ProposedName(title, services->clock, suffix);
     bool asking = true;
     while (asking) {
-        name = co_await services->prompts.AskSaveFile(name, filter, QStringLiteral("xlsx"));
+        name = co_await services->prompts.AskSaveFile(name, filter, suffix);
         const QString reason = name.isEmpty() ? QString() : WhyNotNew(name);
         asking = !reason.isEmpty();
         if (asking)
@@ -147,21 +146,6 @@ QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_
 QString AboutFile(const QString &sentence, const QString &file)
 {
     return sentence + QStringLiteral("\r\n") + QDir::toNativeSeparators(file);
-}
-
-QString ProposedWorkbookName(const QString &title, const Clock &clock)
-{
-    static const QString Forbidden = QStringLiteral("/\\:*?\"<>|");
-    QString name;
-    for (const QChar one : title)
-        name += one.isPrint() && !Forbidden.contains(one) ? one : QLatin1Char(' ');
-    name = name.simplified().left(LongestTitle).trimmed();
-    while (name.startsWith(u'.')) // would hide the file
-        name.remove(0, 1);
-    if (name.isEmpty())
-        name = QStringLiteral("PX40");
-    const QDateTime now = QDateTime::fromMSecsSinceEpoch(clock.UtcMs());
-    return name + now.toString(QStringLiteral(" yyyy-MM-dd HHmmss")) + QStringLiteral(".xlsx");
 }
 
 QCoro::Task<Workbook> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice)

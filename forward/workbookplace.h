@@ -56,8 +56,4 @@ void SweepWorkbooks(UserStore &store);
 /// A sentence and, in a line below it, the file that it is about.
 QString AboutFile(const QString &sentence, const QString &file);
 
-/// The name that is proposed for a new workbook: the title as far as a file's name can hold it, or "PX40",
-/// then date and time.
-QString ProposedWorkbookName(const QString &title, const Clock &clock);
-
 } // namespace px40

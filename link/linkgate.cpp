@@ -8,7 +8,7 @@ namespace px40 {
 
 QCoro::Task<bool> LinkGate::WaitUntilFree()
 {
-    while (state_->LinkBusy && !shut_) {
+    while (LinkInUse(*state_) && !shut_) {
         state_->StatusYield = true;
         OneShot<bool> changed;
         waiters_.push_back(changed);

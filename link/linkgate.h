@@ -28,6 +28,9 @@ class LinkGate
     /// Clears `LinkBusy` and wakes who waits.
     void Release();
 
+    /// What `LinkInUse` looks at has changed without the gate.
+    void Changed() { WakeAll(); }
+
     /// From now on every wait ends with false.
     void Shut();
 

@@ -37,9 +37,10 @@ struct LinkState
     int ExchangeState = ExchangeComplete;
     int LinkActivity = ActivityIdle;
 
-    bool LinkBusy = false;       ///< an exchange or a download owns the link; change it through `LinkGate`
-    bool StatusYield = false;    ///< a command waits for the link: the status check gives way
-    bool StatusPolled = false;   ///< a status cycle has begun since start-up
+    bool LinkBusy = false;     ///< an exchange or a download owns the link; change it through `LinkGate`, and
+                               ///< see `LinkInUse`
+    bool StatusYield = false;  ///< a command waits for the link: the status check gives way
+    bool StatusPolled = false; ///< a status cycle has begun since start-up
     bool DownloadCancel = false; ///< Cancel was pressed during a download
     bool CancelRequest = false;  ///< Cancel was pressed during forwarding
     bool RealtimeStop = false;   ///< real-time receive is to stop
@@ -49,6 +50,12 @@ struct LinkState
     bool MonitorOpen = false;    ///< the MEASURE window is open
     bool SourceOpen = false;     ///< the SOURCE window is open
 };
+
+/// Somebody has the link, so that nothing else may be sent. A SAVE-mode download has it without `LinkBusy`.
+inline bool LinkInUse(const LinkState &state)
+{
+    return state.LinkBusy || state.LinkActivity == ActivityDownload;
+}
 
 /// Windows may close only while the link is idle or a timer has it for a moment. A real-time run holds them
 /// also in the second after such a moment, in which the link looks idle; so does forwarding.

@@ -7,7 +7,7 @@
 namespace px40 {
 
 namespace {
-Q_LOGGING_CATEGORY(lcRecord, "px40.link.record")
+Q_LOGGING_CATEGORY(lcRecord, "px40.link.record", QtWarningMsg)
 }
 
 bool CheckDigitOk(QString *reply)

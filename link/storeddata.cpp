@@ -23,8 +23,14 @@ StoredData::StoredData(LinkState &state, LinkGate &gate, Comm &comm, Prompts &pr
 {
 }
 
+QCoro::Task<bool> StoredData::Receive(Mode mode, std::shared_ptr<DataSink> sink)
+{
+    return mode == Mode::Save ? ReceiveSaveData(sink) : ReceiveMemoryData(sink);
+}
+
 QCoro::Task<bool> StoredData::ReceiveMemoryData(std::shared_ptr<DataSink> sink)
 {
+    gate_->Take();
     Begin(sink.get(), Text(Str::ReceiveMemoryMode));
     const bool complete = co_await Guarded(FetchReadings(sink.get()));
     co_await End(sink.get(), complete);
@@ -38,6 +44,7 @@ QCoro::Task<bool> StoredData::ReceiveSaveData(std::shared_ptr<DataSink> sink)
     const bool complete = co_await Guarded(FetchRecords(sink.get()));
     co_await comm_->SendCommand(QStringLiteral("PL,0"), SaveModeAttempts);
     co_await End(sink.get(), complete);
+    gate_->Changed();
     co_return complete;
 }
 
@@ -88,6 +95,7 @@ QCoro::Task<bool> StoredData::FetchReadings(DataSink *sink)
 
 QCoro::Task<bool> StoredData::FetchRecords(DataSink *sink)
 {
+    records_ = 0;
     const bool started = co_await comm_->SendCommand(QStringLiteral("PL,1"), SaveModeAttempts);
     if (!started)
         co_return false;
@@ -96,10 +104,11 @@ QCoro::Task<bool> StoredData::FetchRecords(DataSink *sink)
         const bool answered = co_await comm_->SendCommand(request, SaveModeAttempts);
         if (!answered)
             co_return false;
-        QString value;
+        QString value = request; // only an empty record takes it away
         QString unit;
         if (!CheckSaveRecord(state_->RecvBuffer, &value, &unit, &state_->ErrorMessage))
             co_return false;
+        records_ += value.isEmpty() ? 0 : 1;
         if (!sink->AddGridrow())
             co_return false;
         ShowStep(n);

@@ -1,8 +1,12 @@
 #include "platform/filenames.h"
 
+#include "platform/clock.h"
+
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QString>
 
 #include <filesystem>
@@ -66,6 +70,32 @@ bool MayBeWritten(const QString &name)
     constexpr QFile::Permissions anybody = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     return info.isFile() && (info.permissions() & anybody) && info.isWritable();
 #endif
+}
+
+QString ProposedName(const QString &title, const Clock &clock, const QString &suffix)
+{
+    constexpr int LongestTitle = 80;     // characters
+    constexpr qsizetype MostBytes = 200; // a name has room for 255, and a neighbour's is a bit longer
+    static const QString Forbidden = QStringLiteral("/\\:*?\"<>|");
+    // What begins like this is a device on Windows.
+    static const QRegularExpression device(
+        QStringLiteral("^(CON|PRN|AUX|NUL|(COM|LPT)[0-9\u00b9\u00b2\u00b3])\\s*\\."),
+        QRegularExpression::CaseInsensitiveOption);
+    QString name;
+    for (const QChar one : title)
+        name += one.isPrint() && !Forbidden.contains(one) ? one : QLatin1Char(' ');
+    name = name.simplified().left(LongestTitle);
+    while (name.startsWith(u'.') || name.startsWith(u' ')) // a dot would hide the file
+        name.remove(0, 1);
+    while (name.toUtf8().size() > MostBytes)
+        name.chop(1);
+    name = name.trimmed();
+    if (name.contains(device))
+        name.prepend(u'_');
+    if (name.isEmpty())
+        name = QStringLiteral("PX40");
+    const QDateTime now = QDateTime::fromMSecsSinceEpoch(clock.UtcMs());
+    return name + now.toString(QStringLiteral(" yyyy-MM-dd HHmmss.")) + suffix;
 }
 
 } // namespace px40

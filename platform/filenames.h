@@ -4,6 +4,8 @@ class QString;
 
 namespace px40 {
 
+class Clock;
+
 /// Whether two names lead to the same file, however they are written: through links, from the current folder,
 /// with "..", or in another case where the file system folds it. A file need not exist for it. An empty name
 /// leads nowhere.
@@ -13,5 +15,9 @@ bool SameFile(const QString &one, const QString &other);
 /// On Windows that means neither read-only, hidden nor system; elsewhere that somebody, and this user, has
 /// the permission to write.
 bool MayBeWritten(const QString &name);
+
+/// A name for a new file, without a folder, that every system can have: the title as far as a name can hold
+/// it, or "PX40", then the local date and time, then the suffix, which is given without its dot.
+QString ProposedName(const QString &title, const Clock &clock, const QString &suffix);
 
 } // namespace px40

@@ -1,6 +1,5 @@
 #include "platform/files.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QSaveFile>
 
@@ -37,26 +36,6 @@ void SetAttributes(const QString &name, unsigned long attributes)
     SetFileAttributesW(reinterpret_cast<const wchar_t *>(native.utf16()), attributes);
 }
 #endif
-
-bool Replace(QIODevice &source, const QString &name, QString *error)
-{
-    QSaveFile target(name);
-    // Without a buffer: what is written late would fail unseen.
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        *error = target.errorString();
-        return false;
-    }
-    if (!CopyBytes(source, target, error, error))
-        return false;
-    if (!SyncToDisk(target)) {
-        *error = target.error() == QFileDevice::NoError ? qt_error_string() : target.errorString();
-        return false;
-    }
-    if (target.commit())
-        return true;
-    *error = target.errorString();
-    return false;
-}
 
 } // namespace
 
@@ -118,21 +97,24 @@ bool Close(QFileDevice &file, QString *error)
     return flushed;
 }
 
-bool ReplaceFile(const QString &from, const QString &name, QString *error)
+bool ReplaceFile(const QString &name, const WriteTo &write, QString *error)
 {
-    QFile source(from);
-    if (source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return Replace(source, name, error);
-    *error = source.errorString();
+    QSaveFile target(name);
+    // Without a buffer: what is written late would fail unseen.
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        *error = target.errorString();
+        return false;
+    }
+    if (!write(target, error))
+        return false;
+    if (!SyncToDisk(target)) {
+        *error = target.error() == QFileDevice::NoError ? qt_error_string() : target.errorString();
+        return false;
+    }
+    if (target.commit())
+        return true;
+    *error = target.errorString();
     return false;
-}
-
-bool ReplaceFile(const QByteArray &bytes, const QString &name, QString *error)
-{
-    QByteArray copy = bytes;
-    QBuffer source(&copy);
-    source.open(QIODevice::ReadOnly);
-    return Replace(source, name, error);
 }
 
 } // namespace px40

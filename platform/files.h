@@ -2,7 +2,8 @@
 
 #include <QString>
 
-class QByteArray;
+#include <functional>
+
 class QFileDevice;
 class QIODevice;
 
@@ -26,13 +27,13 @@ bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writ
 /// full disk may show here only.
 bool Close(QFileDevice &file, QString *error);
 
-/// Puts a copy of the file `from` in the place of the file `name`, or makes that anew: the bytes go into a
+/// Gives an open device all that it is to hold; false with the reason in `error`.
+using WriteTo = std::function<bool(QIODevice &to, QString *error)>;
+
+/// Puts what `write` writes in the place of the file `name`, or makes that anew: the bytes go into a
 /// temporary neighbour first, so that whatever happens `name` holds either what it held or all of the new.
 /// Leads through a link to what it names. False with the reason in `error`; without the right to write in the
 /// folder that is so too.
-bool ReplaceFile(const QString &from, const QString &name, QString *error);
-
-/// The same with bytes at hand.
-bool ReplaceFile(const QByteArray &bytes, const QString &name, QString *error);
+bool ReplaceFile(const QString &name, const WriteTo &write, QString *error);
 
 } // namespace px40

@@ -1,10 +1,17 @@
 #include "platform/terminal.h"
 
+#include <QFile>
+
 #include <cstdio>
 
 #ifdef Q_OS_WIN
+#include <fcntl.h>
 #include <io.h>
 #else
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -27,6 +34,40 @@ bool IsTerminal(std::FILE *stream)
 }
 
 } // namespace
+
+void KeepStandardStreams()
+{
+#ifndef Q_OS_WIN
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(number, F_GETFD) < 0)
+            ::open("/dev/null", O_RDONLY); // gets this number, and refuses what is written to it
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+}
+
+bool IsOutputTerminal()
+{
+    return IsTerminal(stdout);
+}
+
+bool OpenOutput(QFile *file, QString *error)
+{
+#ifdef Q_OS_WIN
+    _setmode(_fileno(stdout), _O_BINARY);
+    const int number = _fileno(stdout);
+#else
+    const int number = STDOUT_FILENO;
+    if ((::fcntl(number, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        *error = qt_error_string(EBADF);
+        return false;
+    }
+#endif
+    if (file->open(number, QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return true;
+    *error = file->errorString();
+    return false;
+}
 
 bool PrintLine(const QString &text)
 {

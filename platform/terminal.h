@@ -2,9 +2,21 @@
 
 #include <QString>
 
+class QFile;
+
 namespace px40 {
 
-// What is said on the terminal from which the program was started, in the encoding of that.
+// What is said on the terminal from which the program was started, in the encoding of that, and what goes out
+// on its standard output in place of a file.
+
+/// To be called before anything is opened: a standard stream that is closed would be the next file's number,
+/// and what is printed would go there. A reader that has gone is a failure to write like any other.
+void KeepStandardStreams();
+
+bool IsOutputTerminal();
+
+/// Opens the standard output for bytes as they are; false with the reason in `error`.
+bool OpenOutput(QFile *file, QString *error);
 
 /// False when it could not be said.
 bool PrintLine(const QString &text);

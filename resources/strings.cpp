@@ -424,8 +424,6 @@ const char16_t *Lookup(Str id)
         return u"%1: %2 readings.";
     case Str::OtherCopyRuns:
         return u"Another copy of the program is running.";
-    case Str::FolderNotMade:
-        return u"The folder \"%1\" cannot be made.";
     case Str::TitleSaveAs:
         return u"Save As";
     case Str::GraphName:
@@ -599,6 +597,24 @@ const char16_t *Lookup(Str id)
         return u"Open &Recent";
     case Str::FileRecentClear:
         return u"&Clear the List";
+    case Str::NothingSaved:
+        return u"Nothing was saved.";
+    case Str::NothingSavedOld:
+        return u"Nothing was saved; the file that was there is whole.";
+    case Str::WorkFileElsewhere:
+        return u"%1 cannot be written (%2); the folder for temporary files is used instead.";
+    case Str::WorkFileNowhere:
+        return u"%1 cannot be written (%2), nor can the folder for temporary files; it goes without.";
+    case Str::SaveModeReceived:
+        return u"%1 SAVE-mode records received; they are no readings.";
+    case Str::SaveModeNone:
+        return u"The instrument holds no SAVE-mode records.";
+    case Str::SaveModeEnded:
+        return u"The download ended early: %1 SAVE-mode records received.";
+    case Str::StandardOutput:
+        return u"Standard output";
+    case Str::WorkbookOnTerminal:
+        return u"A workbook is nothing for a terminal: send the standard output to a file or a program.";
     }
     return u"";
 }

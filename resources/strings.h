@@ -218,7 +218,6 @@ enum class Str : int {
     FileSaved,
     FileOpened,
     OtherCopyRuns,
-    FolderNotMade,
     TitleSaveAs,
     GraphName,
     GraphFileKinds,
@@ -303,6 +302,15 @@ enum class Str : int {
     RunStopped,
     FileRecent,
     FileRecentClear,
+    NothingSaved,
+    NothingSavedOld,
+    WorkFileElsewhere,
+    WorkFileNowhere,
+    SaveModeReceived,
+    SaveModeNone,
+    SaveModeEnded,
+    StandardOutput,
+    WorkbookOnTerminal,
 };
 
 /// The text of that number; empty when the table has none.

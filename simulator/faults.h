@@ -37,7 +37,8 @@ struct Faults
     std::size_t errFrom = 0;
     /// From that command on, as many bytes as the reply has, among them NUL and bytes above 0x7F; CR LF.
     std::size_t garbageFrom = 0;
-    /// The replies to that command and those behind it are lost, so many in all; the commands have their effect.
+    /// The replies to that command and those behind it are lost, so many in all; the commands have their
+    /// effect.
     std::size_t dropReplyAt = 0;
     std::size_t droppedReplies = 1;
     /// The device disappears when that command has arrived.

@@ -111,7 +111,7 @@ void SourceCommands::Store(const QString &command)
     asked_ = !loading_;
     Arm();
     // Not for the moment that a status check takes.
-    const bool waits = state_->LinkBusy ? !MayClose(*state_) : !state_->StatusPolled && !comm_->IsOpen();
+    const bool waits = LinkInUse(*state_) ? !MayClose(*state_) : !state_->StatusPolled && !comm_->IsOpen();
     if (asked_ && waits)
         Report(WaitingText(command));
 }
@@ -130,7 +130,7 @@ void SourceCommands::SendNow()
         tmSrcInter.SetInterval(0);
         return;
     }
-    if (!state_->StatusPolled || state_->LinkBusy)
+    if (!state_->StatusPolled || LinkInUse(*state_))
         return; // the timer goes on
     armed_ = false;
     jobs_->Launch(Send(pending_, asked_), "a source command");

@@ -304,6 +304,14 @@ void AppTest::CommandLines()
         {u"--title t", u"--title goes with"},
         {u"--export f.CSV --to b.xlsx --download g.CSV", u"--export does not go"},
         {u"--export f.CSV --to b.xlsx g.CSV", u"--export opens no other"},
+        {u"--download - --save-mode --data-dir . --port-device 3=/x --port-device 4=/a=b", u""},
+        {u"--save-mode", u"--save-mode goes with"},
+        {u"--data-dir ./gone", u"--data-dir takes"},
+        {u"--data-dir=", u"--data-dir takes"},
+        {u"--demo --demo", u"--demo may"},
+        {u"--download f.CSV --download=g.CSV", u"--download may"},
+        {u"--export f.CSV --to a.xlsx --to b.xlsx", u"--to may"},
+        {u"--port-device 3=/x --port-device 3=/y", u"--port-device gives port 3 two"},
     };
     for (const auto &[arguments, error] : Cases) {
         const CommandLine line = ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));

@@ -6,31 +6,16 @@
 #include <QDir>
 #include <QScopeGuard>
 
+#include <tuple>
+#include <utility>
+
 #ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #endif
 
 using namespace px40;
 
 namespace {
-
-#ifdef Q_OS_UNIX
-/// While what it returns lives no file grows beyond that size, as on a disk that is full.
-[[nodiscard]] auto FullDisk(rlim_t bytes)
-{
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit little{bytes, before.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &little);
-    return qScopeGuard([before, handler] {
-        ::setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-    });
-}
-#endif
 
 /// Data sets that share a work file in a folder of their own.
 struct FileRig
@@ -62,6 +47,7 @@ class DataSetFileTest : public QObject
     void SetsKeepEverything();
     void NoiseStaysInItsField();
     void FailedReadingLeavesNothing();
+    void WorkFileMayBeElsewhere();
     void FailedSavingLeavesTheOldFile();
     void FullDiskLeavesTheOldFile();
     void WorkFileIsNoDataFile();
@@ -157,11 +143,50 @@ void DataSetFileTest::FailedReadingLeavesNothing()
         QVERIFY(!QFile::exists(rig.shared.WorkPath));
         QCOMPARE(set->GetDatacount(), 0);
     }
-    // The user knows nothing of the work file that is in the way.
-    FileRig rig;
-    rig.shared.WorkPath = rig.folder.filePath(u"no such folder/WORK.~~~"_qs);
-    QVERIFY(!rig.Set()->OpenFile(rig.Put(SampleFile())));
-    QVERIFY(rig.state.ErrorMessage.startsWith(rig.shared.WorkPath));
+}
+
+void DataSetFileTest::WorkFileMayBeElsewhere()
+{
+    const QString elsewhere = u"the folder for temporary files is used instead."_qs;
+    const QString nowhere = u"nor can the folder for temporary files; it goes without."_qs;
+    // The work file in the folder; whether there is a folder for temporary files; the end of what is said.
+    const std::tuple<QString, bool, QString> rows[] = {
+        {u"WORK.~~~"_qs, true, {}},
+        {u"WORK.~~~"_qs, false, {}},
+        {u"gone/WORK.~~~"_qs, true, elsewhere},
+        {u"gone/WORK.~~~"_qs, false, nowhere},
+        {u"given.CSV/WORK"_qs, true, elsewhere},
+        {u"sub"_qs, false, nowhere},
+        {u"full"_qs, true, elsewhere},
+        {u"full"_qs, false, nowhere},
+        {QString(), true, {}},
+        {QString(), false, {}},
+    };
+    for (const auto &[work, temporary, note] : rows) {
+        FileRig rig;
+        const QTemporaryDir other;
+        const QDir dir(rig.folder.path());
+        const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });
+        qputenv("TMPDIR", QFile::encodeName(temporary ? other.path() : other.filePath(u"gone"_qs)));
+        QVERIFY(dir.mkdir(u"sub"_qs) && QFile::link(u"/dev/full"_qs, dir.filePath(u"full"_qs)));
+        rig.shared.WorkPath = work.isEmpty() ? work : dir.filePath(work);
+        const QString name = rig.Put(SampleFile());
+        const QString saved = dir.filePath(u"saved.CSV"_qs);
+        const std::shared_ptr<DataSet> set = rig.Set();
+        QVERIFY2(set->OpenFile(name), qPrintable(rig.state.ErrorMessage));
+        const QString said = std::exchange(rig.shared.WorkNote, QString());
+        QVERIFY2(said.endsWith(note) && said.isEmpty() == note.isEmpty(), qPrintable(said));
+        QVERIFY(said.isEmpty() || said.startsWith(rig.shared.WorkPath + u" cannot be written ("_qs));
+        QVERIFY2(set->SaveFile(saved), qPrintable(rig.state.ErrorMessage));
+        QVERIFY(rig.shared.WorkNote.isEmpty()); // once is enough
+        QCOMPARE(Contents(saved), Contents(name));
+        // What is wrong with the user's file is not taken for the work file's fault.
+        QVERIFY(!rig.Set()->OpenFile(dir.filePath(u"sub"_qs)));
+        QVERIFY(!set->SaveFile(dir.filePath(u"gone/saved.CSV"_qs)));
+        QVERIFY(!rig.state.ErrorMessage.isEmpty());
+        QVERIFY(QDir(other.path()).isEmpty());
+        QVERIFY(QFile::exists(u"/dev/full"_qs));
+    }
 }
 
 void DataSetFileTest::FailedSavingLeavesTheOldFile()
@@ -182,7 +207,7 @@ void DataSetFileTest::FailedSavingLeavesTheOldFile()
             saved = set->SaveFile(rig.folder.filePath(target));
         } else {
 #ifdef Q_OS_UNIX
-            const auto disk = FullDisk(8192);
+            const FullDisk disk(8192);
             saved = set->SaveFile(name);
 #else
             continue; // there is no limit for the size of a file here
@@ -204,22 +229,18 @@ void DataSetFileTest::FullDiskLeavesTheOldFile()
 #ifdef Q_OS_UNIX
     FileRig rig;
     const QString name = rig.Put(SampleFile());
-    const QByteArray bytes(20000, 'x');
-    const QString large = rig.folder.filePath(u"large"_qs);
-    QString error;
-    QVERIFY(ReplaceFile(bytes, large, &error));
-    QCOMPARE(Contents(large), bytes);
+    const QByteArray bytes(9000, 'x');
+    const auto write = [&bytes](QIODevice &to, QString *error) {
+        return WriteBytes(to, bytes.constData(), bytes.size(), error);
+    };
     for (const rlim_t room : {0, 5000}) {
-        const auto disk = FullDisk(room);
-        for (const bool fromFile : {false, true}) {
-            error.clear();
-            QVERIFY(
-                !(fromFile ? ReplaceFile(large, name, &error) : ReplaceFile(bytes.left(9000), name, &error)));
-            QCOMPARE(error, u"File too large"_qs);
-            QCOMPARE(Contents(name), SampleFile());
-        }
+        const FullDisk disk(room);
+        QString error;
+        QVERIFY(!ReplaceFile(name, write, &error));
+        QCOMPARE(error, u"File too large"_qs);
+        QCOMPARE(Contents(name), SampleFile());
     }
-    QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files).size(), 2);
+    QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files).size(), 1);
 #else
     QSKIP("There is no limit for the size of a file here.");
 #endif

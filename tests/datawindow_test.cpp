@@ -11,7 +11,6 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPointer>
-#include <QProcess>
 #include <QScrollBar>
 
 #include <tuple>
@@ -61,7 +60,6 @@ class DataWindowTest : public QObject
     void RecentFilesAreOffered();
     void TableIsCopiedWithHeadings();
     void GraphIsSetUpAndSaved();
-    void DownloadsWithoutAWindow();
 };
 
 void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
@@ -93,10 +91,16 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
     QTRY_VERIFY(program.DataWindows().isEmpty());
     QVERIFY(!program.Action("Save")->isEnabled());
 
-    // From the command line.
+    // From the command line; that the work file is in the way is told once.
+    program.services.shared.WorkPath = program.Path("gone/WORK.~~~");
     program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false, {good}), "test");
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().size(), 1);
+    const QString told = program.Message();
+    QVERIFY2(told.startsWith(u"good.CSV: 3 readings. "_qs + program.Path("gone/WORK.~~~")), qPrintable(told));
+    program.Action("Save")->trigger();
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.Message(), u"good.CSV saved."_qs);
 }
 
 void DataWindowTest::ShapeComesBack()
@@ -254,70 +258,8 @@ void DataWindowTest::GraphIsSetUpAndSaved()
     QVERIFY(program.NoJobLeft());
     QVERIFY(program.prompts.fileQuestions.first().startsWith(u"save:"_qs + program.Path("graph") + u':'));
     QCOMPARE(program.prompts.warnings.size(), 1);
-    QVERIFY(program.prompts.warnings.first().endsWith(u"\r\n"_qs + program.Path("gone/graph.pdf")));
-}
-
-void DataWindowTest::DownloadsWithoutAWindow()
-{
-    // Arguments, with PORT for the instrument; what is wrong; the beginning of the error, empty when there is
-    // none.
-    const std::tuple<QString, QString, QString> rows[] = {
-        {u"--demo"_qs, {}, {}},
-        {u"--port-device 3=PORT --port 3"_qs, {}, {}},
-        {u"--port-device 1=PORT"_qs, u"silent-from=9"_qs, u"Timeout error occurred."_qs},
-        {u"--port 5"_qs, {}, u"No device is assigned to port 5."_qs},
-        {u"--port-device 1=/dev/ttyUSB99"_qs, {}, u"There is no device /dev/ttyUSB99."_qs},
-        {u"--port-device 1=PORT"_qs, u"hang-up=9"_qs, u"The connection to the instrument was lost.\n"_qs},
-        {u"--port-device 1=PORT"_qs, u"garbage=9"_qs,
-         u"FILE: Written, but with 44 unreadable of 50 readings"_qs},
-        {u"--demo"_qs, u"read-only"_qs,
-         u"FILE: This file is a read-only file; you cannot save data to it."_qs},
-        {u"--demo"_qs, u"work file"_qs, u"FILE: WORK: "_qs},
-        {u"--demo"_qs, u"onto it"_qs, u"WORK: This name is the program's own work file."_qs},
-    };
-    for (auto [arguments, fault, error] : rows) {
-        const QTemporaryDir folder;
-        sim::PtyServer server(LinkRig::Unpaced());
-        arguments.replace(u"PORT"_qs, QString::fromStdString(server.DevicePath()));
-        const QString work = folder.filePath(u"WORK.~~~"_qs);
-        const QString file = fault == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
-        error.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
-        QFile old(file);
-        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
-        old.close();
-        if (fault == u"read-only")
-            QVERIFY(old.setPermissions(QFile::ReadOwner));
-        else if (fault == u"work file")
-            QVERIFY(QDir().mkdir(work));
-        else if (fault.contains(u'='))
-            SetFault(server, fault.toLatin1().constData());
-
-        QProcess process;
-        QProcessEnvironment
-            environment; // nothing that leads to a display, and as little as a script may have
-        environment.insert(u"TMPDIR"_qs, folder.path());
-        environment.insert(u"XDG_CONFIG_HOME"_qs, folder.path());
-        environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
-        process.setProcessEnvironment(environment);
-        process.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs,
-                      QStringList{u"--data-dir"_qs, folder.path(), u"--download"_qs, file} +
-                          arguments.split(u' '));
-        QVERIFY(WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000));
-        const QString said = QString::fromUtf8(process.readAllStandardError());
-        const QString printed = QString::fromUtf8(process.readAllStandardOutput());
-        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-        const bool good = error.isEmpty();
-        QVERIFY2(good ? said.isEmpty() : said.startsWith(error), qPrintable(said));
-        QCOMPARE(said.count(u'\n'), good ? 0 : 1);
-        QCOMPARE(process.exitCode(), good ? 0 : 1);
-        const bool written = good || error.contains(u"Written"); // and then the results are printed, too
-        QCOMPARE(printed.count(u'\n'), written ? 3 : 0);
-        QCOMPARE(Contents(file) == "old", !written);
-        if (good) {
-            QCOMPARE(printed.section(u' ', 0, 1), u"MAX No.["_qs);
-            QCOMPARE(Contents(file).count("No."), 50);
-        }
-    }
+    QVERIFY(program.prompts.warnings.first().endsWith(u"\r\n"_qs + program.Path("gone/graph.pdf") +
+                                                      u"\r\nNothing was saved."_qs));
 }
 
 QTEST_MAIN(DataWindowTest)

@@ -25,9 +25,10 @@ struct DownloadRig : LinkRig
     bool Fetch(bool saveMode)
     {
         data->OpenNew(saveMode ? KindSave : KindMemory);
-        gate.Take();
-        const Running<bool> download(saveMode ? storedData.ReceiveSaveData(data)
-                                              : storedData.ReceiveMemoryData(data));
+        const Running<bool> download(
+            storedData.Receive(saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory, data));
+        if (state.LinkBusy == saveMode || !LinkInUse(state))
+            qFatal("Who has the link?");
         if (!download.Finish())
             qFatal("The download does not end.");
         return download.Value();
@@ -111,7 +112,7 @@ void DownloadTest::FaultsEndInAMessageOrInAllRows()
         QCOMPARE(rig.data->GetGraphcount(), QString::number(rows > 2 ? rows : 20));
         QVERIFY(!rig.progress.shown);
         QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
-        QCOMPARE(rig.state.LinkBusy, saveMode);
+        QVERIFY(!LinkInUse(rig.state));
         if (commands > 0)
             QCOMPARE(int(rig.server.CommandCount()), commands);
         if (rows < 50)
@@ -159,6 +160,10 @@ void DownloadTest::SaveModeMakesRoomButAddsNothing()
     QCOMPARE(rig.data->GetDatacount(), 0);
     QCOMPARE(rig.progress.caption, u"Receive SAVE-mode data"_qs);
     QCOMPARE(rig.progress.steps.size(), 50);
+    QCOMPARE(rig.storedData.Records(), 37); // the others are empty
+    rig.Fault("garbage=7");                 // behind five records
+    QVERIFY(!rig.Fetch(true));
+    QCOMPARE(rig.storedData.Records(), 5);
 }
 
 void DownloadTest::MemoryThatRunsOutIsTold()

@@ -1,43 +1,10 @@
+#include "resources/strings.h"
 #include "tests/bookrig.h"
-#include "tests/support.h"
-
-#include <QProcess>
+#include "tests/programrun.h"
 
 #include <tuple>
 
 using namespace px40;
-
-namespace {
-
-/// A run of the program, with nothing that leads to a display.
-struct Run
-{
-    Run(const QString &folder, const QStringList &arguments)
-    {
-        const QTemporaryDir own;
-        QProcess process;
-        QProcessEnvironment environment;
-        for (const char *const name : {"TMPDIR", "XDG_CONFIG_HOME"})
-            environment.insert(QString::fromLatin1(name), own.path());
-        environment.insert(u"LC_ALL"_qs, u"C.UTF-8"_qs);
-        environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
-        process.setProcessEnvironment(environment);
-        process.setWorkingDirectory(folder);
-        process.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs, arguments);
-        ended = WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000) &&
-                process.exitStatus() == QProcess::NormalExit;
-        code = process.exitCode();
-        said = QString::fromUtf8(process.readAllStandardError());
-        printed = QString::fromUtf8(process.readAllStandardOutput());
-    }
-
-    bool ended = false;
-    int code = -1;
-    QString said;
-    QString printed;
-};
-
-} // namespace
 
 class ExportTest : public QObject
 {
@@ -45,6 +12,8 @@ class ExportTest : public QObject
 
   private Q_SLOTS:
     void BookIsMadeAndGrows();
+    void BookGoesToTheStandardOutput();
+    void NoiseIsTold();
     void RefusalsLeaveTheBook();
 };
 
@@ -57,11 +26,12 @@ void ExportTest::BookIsMadeAndGrows()
     QVERIFY(Put(folder.filePath(u"memory.CSV"_qs), SampleFile("0")));
     const QStringList arguments = {u"--data-dir"_qs, folder.path(), u"--to"_qs, u"Größe 1.xlsx"_qs,
                                    u"--export"_qs};
-    const Run made(folder.path(), arguments + QStringList{u"three.CSV"_qs, u"--title"_qs, u"Oven 3"_qs});
-    const Run grown(folder.path(), arguments + QStringList{u"memory.CSV"_qs});
-    for (const Run *const run : {&made, &grown}) {
+    const ProgramRun made(folder.path(),
+                          arguments + QStringList{u"three.CSV"_qs, u"--title"_qs, u"Oven 3"_qs});
+    const ProgramRun grown(folder.path(), arguments + QStringList{u"memory.CSV"_qs});
+    for (const ProgramRun *const run : {&made, &grown}) {
         QVERIFY2(run->ended && run->code == 0 && run->said.isEmpty(), qPrintable(run->said));
-        QCOMPARE(run->printed, u"3 rows forwarded to "_qs + book + u".\n"_qs);
+        QCOMPARE(QString::fromUtf8(run->printed), u"3 rows forwarded to "_qs + book + u".\n"_qs);
     }
     QCOMPARE(SheetNames(book), QStringList({u"Oven 3"_qs, u"PX40 1"_qs}));
     const auto parts = ReadPackage(book);
@@ -69,6 +39,43 @@ void ExportTest::BookIsMadeAndGrows()
     QVERIFY(parts["xl/worksheets/sheet2.xml"].text.contains(">No.<")); // as after a download
     QCOMPARE(Contents(work), QByteArray("theirs"));
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 4);
+}
+
+void ExportTest::BookGoesToTheStandardOutput()
+{
+    sim::PtyServer terminal;
+    // Where the standard output leads; how it ends and what is said.
+    const std::tuple<QString, int, QString> rows[] = {
+        {u">out.xlsx"_qs, 0, {}},
+        {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs},
+        {u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs},
+        {u'>' + QString::fromStdString(terminal.DevicePath()), 2, Text(Str::WorkbookOnTerminal) + u'\n'},
+    };
+    const QTemporaryDir folder;
+    QVERIFY(Put(folder.filePath(u"three.CSV"_qs), SampleFile()));
+    for (const auto &[output, code, said] : rows) {
+        const ProgramRun run(folder.path(), {u"--export"_qs, u"three.CSV"_qs, u"--to"_qs, u"-"_qs}, output);
+        QVERIFY(run.ended);
+        QCOMPARE(run.said, said);
+        QCOMPARE(run.code, code);
+    }
+    QCOMPARE(SheetNames(folder.filePath(u"out.xlsx"_qs)), QStringList(u"PX40 1"_qs));
+}
+
+void ExportTest::NoiseIsTold()
+{
+    const QTemporaryDir folder;
+    QByteArray noisy = SampleFile();
+    QVERIFY(Put(folder.filePath(u"noisy.CSV"_qs), noisy.replace("2.5", "2.?")));
+    for (const bool printed : {true, false}) {
+        const ProgramRun run(folder.path(), {u"--export"_qs, u"noisy.CSV"_qs, u"--to"_qs, u"book.xlsx"_qs},
+                             printed ? QString() : u">/dev/full"_qs);
+        QVERIFY(run.ended);
+        QCOMPARE(run.code, 3);
+        QVERIFY(run.said.contains(u"book.xlsx: Written, but with 1 unreadable of 3 readings"));
+        QCOMPARE(run.said.contains(Text(Str::NotPrinted)), !printed);
+    }
+    QCOMPARE(SheetNames(folder.filePath(u"book.xlsx"_qs)).size(), 2);
 }
 
 void ExportTest::RefusalsLeaveTheBook()
@@ -90,8 +97,8 @@ void ExportTest::RefusalsLeaveTheBook()
             dir.mkdir(u"sub"_qs));
     const QStringList before = dir.entryList(QDir::AllEntries | QDir::Hidden);
     for (const auto &[from, to, error] : rows) {
-        const Run run(folder.path(),
-                      {u"--export"_qs, QString::fromLatin1(from), u"--to"_qs, QString::fromLatin1(to)});
+        const ProgramRun run(
+            folder.path(), {u"--export"_qs, QString::fromLatin1(from), u"--to"_qs, QString::fromLatin1(to)});
         QVERIFY(run.ended && run.code == 1 && run.printed.isEmpty());
         QVERIFY2(run.said.startsWith(dir.filePath(error)), qPrintable(run.said));
         QCOMPARE(run.said.count(u'\n'), 1);

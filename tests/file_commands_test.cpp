@@ -1,8 +1,10 @@
 #include "app/filecommands.h"
 #include "document/dataset.h"
 #include "platform/filenames.h"
+#include "tests/heldclock.h"
 #include "tests/support.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 
@@ -31,7 +33,7 @@ struct Desk
         return set;
     }
 
-    QString Question(const QString &name) const { return u"save:%1:CSV Files (*.CSV):CSV"_qs.arg(name); }
+    static QString Question(const QString &name) { return u"save:%1:CSV Files (*.CSV):CSV"_qs.arg(name); }
 
     bool Run(QCoro::Task<bool> task)
     {
@@ -44,7 +46,8 @@ struct Desk
     DocumentShared shared;
     ScriptedPrompts prompts;
     QList<std::shared_ptr<DataSet>> sets;
-    FileCommands commands{state, prompts, [this] { return sets; }, [](bool) {}};
+    HeldClock clock;
+    FileCommands commands{state, prompts, clock, [this] { return sets; }, [](bool) {}};
 };
 
 } // namespace
@@ -55,6 +58,7 @@ class FileCommandsTest : public QObject
 
   private Q_SLOTS:
     void SaveAsksOnlyWhenItMust();
+    void ProposedNamesAreNames();
     void SavingRefusesUntilANameCanBeUsed();
     void SecondSaveDoesNotAskAgain();
     void NamesAreComparedByWhereTheyLead();
@@ -68,7 +72,8 @@ void FileCommandsTest::SaveAsksOnlyWhenItMust()
     const QString gone = desk.Path(u"gone/b.CSV"_qs); // its folder went after the dialog had looked
     desk.prompts.files = {gone, name};
     QVERIFY(!desk.Run(desk.commands.Save(set))); // told once
-    QCOMPARE(desk.prompts.warnings, QStringList(desk.state.ErrorMessage + u"\r\n"_qs + gone));
+    QCOMPARE(desk.prompts.warnings,
+             QStringList(desk.state.ErrorMessage + u"\r\n"_qs + gone + u"\r\nNothing was saved."_qs));
     QVERIFY(!set->Saved());
     QCOMPARE(set->GetFilename(), QString());
     QVERIFY(desk.Run(desk.commands.Save(set)));
@@ -77,8 +82,49 @@ void FileCommandsTest::SaveAsksOnlyWhenItMust()
     QVERIFY(QFile::remove(name));
     QVERIFY(desk.Run(desk.commands.Save(set)));
     QVERIFY(QFile::exists(name));
-    QCOMPARE(desk.prompts.fileQuestions, QStringList({desk.Question({}), desk.Question({})}));
+    const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
+    QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
     QCOMPARE(desk.prompts.warnings.size(), 1);
+#ifdef Q_OS_UNIX
+    // A set with a name keeps it. What was saved before is whole when there is no room for the new.
+    const QByteArray before = Contents(name);
+    const FullDisk disk(10);
+    desk.prompts.files = {name};
+    QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
+    QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
+    QCOMPARE(desk.prompts.warnings.last(),
+             u"File too large\r\n"_qs + name +
+                 u"\r\nNothing was saved; the file that was there is whole."_qs);
+    QCOMPARE(Contents(name), before);
+#endif
+}
+
+void FileCommandsTest::ProposedNamesAreNames()
+{
+    const QString cut = QString(80, u'x');
+    const QString wide(80, QChar(0x6e2c));
+    const std::pair<QString, QString> rows[] = {
+        {u"1New"_qs, u"1New"_qs},
+        {u"Loop/7: \"a\\b\" <c>|d?*"_qs, u"Loop 7 a b c d"_qs},
+        {u" .. .hidden"_qs, u"hidden"_qs},
+        {u"a\tb\u202e\nc"_qs, u"a b c"_qs},
+        {u"/"_qs, u"PX40"_qs},
+        {QString(), u"PX40"_qs},
+        {cut + u'y', cut},
+        {wide, wide.left(66)}, // a name may have so many bytes
+        {u"aux.1"_qs, u"_aux.1"_qs},
+        {u"Com7 .x"_qs, u"_Com7 .x"_qs},
+        {u"CONTROL.1"_qs, u"CONTROL.1"_qs},
+    };
+    HeldClock clock;
+    clock.utcMs = QDateTime(QDate(2026, 3, 5), QTime(7, 8, 9)).toMSecsSinceEpoch();
+    const QTemporaryDir folder;
+    for (const auto &[title, name] : rows) {
+        const QString proposed = ProposedName(title, clock, u"CSV"_qs);
+        QCOMPARE(proposed, name + u" 2026-03-05 070809.CSV"_qs);
+        QFile file(folder.filePath(proposed));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
 }
 
 void FileCommandsTest::SavingRefusesUntilANameCanBeUsed()
@@ -103,7 +149,7 @@ void FileCommandsTest::SavingRefusesUntilANameCanBeUsed()
     QCOMPARE(desk.prompts.warnings, QStringList({readOnly + mine, open + link, readOnly + own}));
     // A name that was refused is proposed again, to be changed.
     QCOMPARE(desk.prompts.fileQuestions,
-             QStringList({desk.Question(mine), desk.Question(link), desk.Question(own)}));
+             QStringList({Desk::Question(mine), Desk::Question(link), Desk::Question(own)}));
     QCOMPARE(Contents(other), before);
     QCOMPARE(Contents(mine), before);
     QCOMPARE(set->GetFilename(), mine);

@@ -118,10 +118,13 @@ void FileDialogTest::SaveAsksBeforeReplacing()
     AnswerBox(question, Qt::Key_Y);
     QCOMPARE(Result(asked), old_);
 
-    // The next dialog opens where the last file was.
-    const Running<QString> next(prompts.AskSaveFile(QString(), filter_, u"CSV"_qs));
-    Type(u"new"_qs);
-    QCOMPARE(Result(next), Path(u"new.CSV"_qs));
+    // The next dialog opens where the last file was, and there a new name that is proposed leads.
+    const QString proposed = u"1New 2026-03-05 070809.CSV"_qs;
+    const Running<QString> next(prompts.AskSaveFile(proposed, filter_, u"CSV"_qs));
+    QTRY_VERIFY(NameField());
+    QCOMPARE(NameField()->text(), proposed);
+    QTest::keyClick(NameField(), Qt::Key_Return);
+    QCOMPARE(Result(next), Path(proposed));
 }
 
 void FileDialogTest::SuffixTellsTheFilter()

@@ -104,11 +104,18 @@ void ForwardingTest::DownloadAndCommandAddSheets()
     QCOMPARE(Contents(program.book), before);
     QVERIFY(program.Message().isEmpty()); // and nothing of the one before it
 
-    SetFault(program.server, "hang-up=12"); // what comes of a broken download is not forwarded
     program.whileForwarding = nullptr;
+    program.prompts.answers = {Answer::Yes, Answer::Yes};
+    program.Forward("Sdata", u"Saved"_qs, program.book, "btCancel");
+    QCOMPARE(program.DataWindows().size(), 1);
+    program.Forward("Sdata", u"Saved"_qs, program.book); // whatever comes of it
+    QCOMPARE(SheetNames(program.book).last(), u"Saved"_qs);
+    const QByteArray after = Contents(program.book);
+
+    SetFault(program.server, "hang-up=12"); // what comes of a broken download is not forwarded
     program.prompts.answers = {Answer::Yes};
     program.Forward("Mdata", u"Broken"_qs, program.book);
-    QCOMPARE(Contents(program.book), before);
+    QCOMPARE(Contents(program.book), after);
 }
 
 void ForwardingTest::RunIsForwarded()
@@ -134,7 +141,7 @@ void ForwardingTest::RunIsForwarded()
     QCOMPARE(SheetNames(program.book), QStringList(u"Night"_qs));
     QVERIFY2(program.Message().startsWith(u"1 row forwarded to book.xlsx in "),
              qPrintable(program.Message()));
-    QVERIFY(program.Message().contains(u".  1New has ended: "));
+    QVERIFY(program.Message().contains(u".  1New was stopped: "));
     QCOMPARE(program.desktop.shown, QStringList(program.book));
     QVERIFY(MayClose(program.services.state));
 }

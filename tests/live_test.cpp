@@ -17,6 +17,7 @@ class LiveTest : public QObject
   private Q_SLOTS:
     void RunFromTheToolBar();
     void StartWaitsForTheLink();
+    void SaveModeHasTheLinkToItself();
     void MeasureWindowFollows();
     void SourceWindowFollows();
     void LostInstrumentIsFoundAgain();
@@ -91,6 +92,65 @@ void LiveTest::StartWaitsForTheLink()
         QCOMPARE(program.services.state.RealtimeRun, !closed);
     }
     QCOMPARE(program.prompts.questions.size(), 2);
+}
+
+void LiveTest::SaveModeHasTheLinkToItself()
+{
+    LiveProgram program;
+    const auto commands = [&] {
+        QStringList all;
+        for (const std::string &command : program.server.Commands())
+            all << QString::fromStdString(command);
+        return all;
+    };
+    const auto fetch = [&] {
+        program.prompts.answers = {Answer::No};
+        program.Action("Sdata")->trigger();
+        return WaitUntil([&] { return program.Cancel()->isVisible(); });
+    };
+    const qsizetype before = commands().size();
+    program.services.gate.Take(); // as a status check does
+    program.prompts.answers = {Answer::No};
+    program.Action("Sdata")->trigger();
+    QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
+    QVERIFY(program.DataWindows().isEmpty());
+    program.services.gate.Release();
+    QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
+    QVERIFY(!program.services.state.LinkBusy);
+    Press(program.Moniter(), "btMeasOnOff");
+    program.Source()->findChild<QPushButton *>(u"btSrcOnOff"_qs)->click();
+    while (program.Cancel()->isVisible()) { // as often as it likes
+        Q_EMIT program.window->tmCheckStat.tick();
+        program.Action("Sdata")->trigger();
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    QVERIFY(program.NoJobLeft());
+    const QStringList sent = commands().mid(before, 52);
+    QCOMPARE(sent.first() + sent.at(1) + sent.at(50) + sent.last(), u"PL,1RS,01RS,50PL,0"_qs);
+    QVERIFY(WaitUntil([&] { return commands().contains(u"MO0"_qs) && commands().contains(u"SO1"_qs); }));
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.DataWindows().size(), 1);
+    const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
+    QCOMPARE(dataSet->Kind() + dataSet->Table().Heading(1), u"4TIME"_qs);
+    QCOMPARE(program.prompts.questions.size(), 1);
+    QCOMPARE(program.Message(), u"37 SAVE-mode records received; they are no readings."_qs);
+
+    SetFault(program.server, "garbage=3");
+    QVERIFY(fetch() && program.NoJobLeft());
+    QCOMPARE(program.Message(), u"The download ended early: 1 SAVE-mode records received."_qs);
+    SetFault(program.server, "none");
+    for (int n = 1; n <= 50; ++n)
+        program.server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });
+    QVERIFY(fetch() && program.NoJobLeft());
+    QCOMPARE(program.Message(), u"The instrument holds no SAVE-mode records."_qs);
+
+    program.Action("New")->trigger();
+    QVERIFY(program.Start(Answer::No));
+    const qsizetype asked = program.prompts.questions.size();
+    program.Action("Sdata")->trigger(); // not in a run
+    program.window->Run(Command::DataSave);
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(program.prompts.questions.size(), asked);
 }
 
 void LiveTest::MeasureWindowFollows()

@@ -5,6 +5,10 @@
 #include <QFile>
 #include <QTimer>
 
+#ifdef Q_OS_UNIX
+#include <csignal>
+#endif
+
 namespace px40 {
 
 QByteArray Contents(const QString &name)
@@ -19,6 +23,21 @@ QByteArray SampleFile(const char *kind, const char *shape)
            "\r\n00,00,00,05\r\nTrue,,,,\r\n2\r\nFalse,1,1\r\nTrue,0,10,1,1\r\n"
            "10:00:00,1.5,VDC,,\r\n10:00:05,+OL,VDC,,\r\n10:00:10,2.5,VDC,,\r\n,,,,\r\n";
 }
+
+#ifdef Q_OS_UNIX
+FullDisk::FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+{
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit little{bytes, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &little);
+}
+
+FullDisk::~FullDisk()
+{
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+}
+#endif
 
 bool WaitUntil(const std::function<bool()> &done, int timeoutMs)
 {

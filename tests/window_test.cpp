@@ -39,7 +39,7 @@ void WindowTest::MenusAndButtonsAreComplete()
         return texts.join(u'|');
     };
     QCOMPARE(menu("mnuFile"),
-             u"&Open...|&Close|-|&Save|Save &As...|-|&Forward to Microsoft Excel...|-|E&xit"_qs);
+             u"&Open...|Open &Recent|&Close|-|&Save|Save &As...|-|&Forward to Microsoft Excel...|-|E&xit"_qs);
     QCOMPARE(menu("mnuRealtime"), u"&New|-|Star&t|Sto&p"_qs);
     QCOMPARE(menu("mnuData"), u"&MEMORY-mode"_qs);
     QCOMPARE(menu("mnuSetup"), u"&Communications Port...|&Interval and Period...|&Graph..."_qs);

@@ -10,6 +10,7 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
 #include <QMdiArea>
 #include <QMessageBox>
 #include <QPushButton>
@@ -69,8 +70,11 @@ void Tour::SaveReadings(Stage &stage)
 {
     stage.ClickTool(u"Save"_s); // without a name as yet
     QDialog *const dialog = stage.AwaitFileDialog();
-    stage.TypeFileName(dialog, u"bench 3"_s);
+    const QString proposed = stage.Find<QLineEdit>(u"fileNameEdit"_s, dialog)->text();
+    Require(proposed.startsWith(u"1New 20"_s) && proposed.endsWith(u".CSV"_s),
+            u"\"%1\" is proposed for the new file."_s.arg(proposed));
     camera_.Take(u"18a-save-as"_s, {stage.window.get(), dialog});
+    stage.TypeFileName(dialog, u"bench 3"_s);
     Stage::Click(stage.Find<QDialogButtonBox>(u"buttonBox"_s, dialog)->button(QDialogButtonBox::Save));
     AwaitIdle(stage);
     RequireSaved(stage.DataWindows().last(), Path(First));
