@@ -113,10 +113,12 @@ void InstrumentFace::SetFaded(bool faded)
 
 QPalette InstrumentFace::Ground() const
 {
-    // The drawings lie on the display's ground, not on the window's.
+    // The drawings lie on the display's ground, not on the window's, and their ink is opaque.
     QPalette ground = palette();
-    ground.setColor(QPalette::Window, palette().color(QPalette::Active, QPalette::Base));
-    ground.setColor(QPalette::WindowText, palette().color(QPalette::Active, Ink()));
+    const QColor paper = palette().color(QPalette::Active, QPalette::Base);
+    const QColor ink = palette().color(QPalette::Active, Ink());
+    ground.setColor(QPalette::Window, paper);
+    ground.setColor(QPalette::WindowText, Mix(paper, ink, ink.alphaF()));
     return ground;
 }
 

@@ -13,7 +13,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QStyle>
 
+#include <algorithm>
 #include <memory>
 
 namespace px40 {
@@ -66,13 +68,16 @@ void KeepClearOfField(QMessageBox *box)
         return;
     box->ensurePolished();
     box->adjustSize();
-    // The frame is known once the box is shown; its own window's is like it.
-    const QMargins frame(window->geometry().left() - window->frameGeometry().left(),
-                         window->geometry().top() - window->frameGeometry().top(),
-                         window->frameGeometry().right() - window->geometry().right(),
-                         window->frameGeometry().bottom() - window->geometry().bottom());
+    // The frame is known once the box is shown; its own window's is like it, where that is known.
+    const QRect inner = window->geometry();
+    const QRect outer = window->frameGeometry();
+    const int title =
+        std::max(inner.top() - outer.top(), box->style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    const QMargins frame(inner.left() - outer.left(), title, outer.right() - inner.right(),
+                         outer.bottom() - inner.bottom());
     const QRect place(field->mapToGlobal(QPoint()), field->size());
-    box->move(PlaceClearOf(box->size().grownBy(frame), window->frameGeometry(), place, UsableScreens()));
+    const QPoint corner = PlaceClearOf(box->size().grownBy(frame), outer, place, UsableScreens());
+    box->move(corner + QPoint(0, title - (inner.top() - outer.top())));
 }
 
 /// Without the picture that some desktops give to standard buttons: no other dialog here has any.

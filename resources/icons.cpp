@@ -23,6 +23,14 @@ static void InitResources()
 }
 
 namespace px40 {
+
+QColor Mix(const QColor &from, const QColor &to, double share)
+{
+    const auto channel = [share](int a, int b) { return static_cast<int>(std::lround(a + (b - a) * share)); };
+    return QColor(channel(from.red(), to.red()), channel(from.green(), to.green()),
+                  channel(from.blue(), to.blue()));
+}
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcResources, "px40.resources")
@@ -36,13 +44,6 @@ struct Colours
     QColor muted;
     QColor accent;
 };
-
-QColor Mix(const QColor &from, const QColor &to, double share)
-{
-    const auto channel = [share](int a, int b) { return static_cast<int>(std::lround(a + (b - a) * share)); };
-    return QColor(channel(from.red(), to.red()), channel(from.green(), to.green()),
-                  channel(from.blue(), to.blue()));
-}
 
 double Luminance(const QColor &colour)
 {

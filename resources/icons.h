@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 #include <QPixmap>
 #include <QStringView>
@@ -7,6 +8,9 @@
 class QPalette;
 
 namespace px40 {
+
+/// The opaque colour on the way `from` one `to` another; `share` 0 to 1.
+QColor Mix(const QColor &from, const QColor &to, double share);
 
 /// The drawn icon `name` (such as u"open") in the colours of `palette`: lines in its window-text colour,
 /// the accent in its highlight colour, both from the active group. Any size and device pixel ratio comes

@@ -38,6 +38,13 @@ void RequireText(const QString &what, const QString &is, const QString &wanted)
     Require(is == wanted, u"%1 is \"%2\" instead of \"%3\"."_s.arg(what, is, wanted));
 }
 
+void RequireRefusal(const QMessageBox *box, const QWidget *field, const QString &wanted)
+{
+    RequireText(u"The refusal"_s, box->text(), wanted);
+    const QRect place(field->mapToGlobal(QPoint()), field->size());
+    Require(!box->frameGeometry().intersects(place), u"The refusal lies on its field."_s);
+}
+
 void RequirePort(const Stage &stage, const QString &wanted)
 {
     RequireText(u"The port panel"_s, stage.PortPanel(), wanted);

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 class QMessageBox;
+class QWidget;
 
 namespace px40 {
 
@@ -25,6 +26,9 @@ QString DocumentPath(const QString &name);
 QString LoopBook();
 
 int Rows(const frmData *data);
+
+/// The box that is open refuses what stands in the field, in these words, and does not lie on it.
+void RequireRefusal(const QMessageBox *box, const QWidget *field, const QString &wanted);
 
 /// `what` begins the sentence that tells the fault.
 void RequireText(const QString &what, const QString &is, const QString &wanted);

@@ -140,7 +140,9 @@ void Tour::GraphSetup(Stage &stage)
     stage.Type(dialog, u"tbTick"_s, u"none"_s);
     stage.ClickButton(dialog, u"btOk"_s);
     QMessageBox *const box = stage.AwaitBox();
-    RequireText(u"The refusal of a graph setting"_s, box->text(), u"Illegal value."_s);
+    RequireRefusal(
+        box, dialog->focusWidget(),
+        u"Illegal value.\nX axis, Number of categories between tick marks: a whole number from 1 to 32767."_s);
     camera_.Take(u"15c-graph-setup-illegal"_s, {stage.window.get(), dialog, box});
     stage.Answer(box, QMessageBox::Ok);
     AwaitIdle(stage);

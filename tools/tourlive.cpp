@@ -125,7 +125,7 @@ void Tour::IntervalOfNewSet(Stage &stage)
     stage.Type(dialog, u"tbIsec"_s, u"60"_s);
     stage.ClickButton(dialog, u"btOk"_s);
     QMessageBox *const box = stage.AwaitBox();
-    RequireText(u"The refusal of an interval"_s, box->text(), u"Illegal interval."_s);
+    RequireRefusal(box, seconds, u"Illegal interval.\nInterval, Second: a whole number from 0 to 59."_s);
     camera_.Take(u"21b-interval-illegal"_s, stage.Windows({dialog, box}));
     stage.Answer(box, QMessageBox::Ok);
     AwaitIdle(stage);
@@ -227,7 +227,7 @@ void Tour::StopRun(Stage &stage)
             u"The status bar says \"%1\" after Stop."_s.arg(stage.Message()));
     camera_.Take(u"22f-run-stopping"_s, stage.Windows());
     AwaitEndOfRun(stage);
-    Require(stage.Message().startsWith(u"1New has ended: "_s),
+    Require(stage.Message().startsWith(u"1New was stopped: "_s),
             u"The status bar says \"%1\" after the end."_s.arg(stage.Message()));
     const int rows = Rows(stage.DataWindows().last());
     Require(rows == PeriodRows + 3 || rows == PeriodRows + 4, u"Stop ends with %1 rows."_s.arg(rows));
@@ -268,6 +268,8 @@ void Tour::UnplugRun(Stage &stage)
     AwaitRows(stage, first + 4);
     RequireText(u"The row of a lost second"_s, Value(stage, first + 4), u"ERROR"_s);
     RequirePort(stage, u"Port 1: connection lost"_s);
+    Require(stage.Find<QLabel>(u"llMessage"_s, stage.Moniter())->text().startsWith(u"No reading since "_s),
+            u"MEASURE does not tell that its value is old."_s);
     Require(stage.Message().endsWith(Text(Str::RunRetries)) && !Stage::Box(),
             u"The status bar says \"%1\" while the instrument is unplugged."_s.arg(stage.Message()));
     camera_.Take(u"23a-run-unplugged"_s, stage.Windows());

@@ -169,6 +169,18 @@ void Tour::MeasureButton(Stage &stage)
     Stage::Click(button);
     AwaitPresses(stage, {u"MO1"_s, u"MO0"_s, u"MO1"_s});
     AwaitFaceAbout(stage, u"K imUnit0 shOn"_s, 421.3);
+
+    // The source side has just taken measuring away, of which the program does not know yet.
+    stage.AwaitFreeLink();
+    stage.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(9); });
+    Stage::Click(button);
+    const auto *const told = stage.Find<QLabel>(u"llMessage"_s, stage.Moniter());
+    Await([told] { return told->text() == Text(Str::CommandRefused).arg(u"MO0"_s); },
+          u"MEASURE does not tell that its command was refused."_s);
+    camera_.Take(u"20j-measure-refused"_s, {stage.Moniter()});
+    stage.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(0); });
+    AwaitFaceAbout(stage, u"K imUnit0 shOn"_s, 421.3);
+    Await([button] { return button->isEnabled(); }, u"MEAS ON stays disabled."_s);
 }
 
 /// The source side can take the measuring side away: indicators, no reading, nothing to be started.
