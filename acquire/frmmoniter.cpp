@@ -7,6 +7,7 @@
 #include "link/commandoutcome.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "platform/elidedlabel.h"
 #include "platform/jobs.h"
 #include "platform/screens.h"
 #include "resources/strings.h"
@@ -48,6 +49,8 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
     btMeasOnOff_->setText(Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption));
     btMeasOnOff_->setAccessibleName(Text(Str::MeasCaption) + u' ' + Text(Str::OnCaption));
     btMeasOnOff_->setFocus();
+
+    MessageLine()->setWordWrap(true); // beside the button there is room for two lines
 
     // The click returns first; the command is sent on the tick, when the link is free.
     connect(btMeasOnOff_, &QPushButton::clicked, this, [this] {

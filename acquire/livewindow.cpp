@@ -33,11 +33,6 @@ LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QW
             &QWidget::close);
 }
 
-QWidget *LiveWindow::MessageLine() const
-{
-    return llMessage_;
-}
-
 void LiveWindow::ShowMessage(const QString &text)
 {
     text_ = text;

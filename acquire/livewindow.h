@@ -44,7 +44,7 @@ class LiveWindow : public QWidget
     virtual void Closing() {}
 
     /// The line, for the subclass to place.
-    QWidget *MessageLine() const;
+    ElidedLabel *MessageLine() const { return llMessage_; }
 
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;

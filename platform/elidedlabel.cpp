@@ -17,8 +17,12 @@ void ElidedLabel::SetText(const QString &text)
     setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
 }
 
-void ElidedLabel::paintEvent(QPaintEvent *)
+void ElidedLabel::paintEvent(QPaintEvent *event)
 {
+    if (wordWrap()) {
+        QLabel::paintEvent(event);
+        return;
+    }
     QPainter painter(this);
     const QRect room = contentsRect();
     const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());

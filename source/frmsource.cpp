@@ -2,6 +2,7 @@
 
 #include "link/linkstate.h"
 #include "link/rangelists.h"
+#include "platform/elidedlabel.h"
 #include "platform/twips.h"
 #include "source/sourcecommands.h"
 #include "source/sourceface.h"
