@@ -34,22 +34,21 @@ QString RunText(const RunProgress &progress)
     const QString errors = progress.errorRows == 0   ? Text(Str::NoErrorRows)
                            : progress.errorRows == 1 ? Text(Str::OneErrorRow)
                                                      : Text(Str::ErrorRows).arg(progress.errorRows);
-    QStringList parts;
-    const Str state = !progress.ended ? Str::RunStatus : progress.stopping ? Str::RunStopped : Str::RunEnded;
-    parts << Text(state).arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
+    QStringList parts; // what must be seen in a narrow window as well comes first
+    if (progress.forwardFailed)
+        parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')'
+              << progress.forwardReason;
+    else if (progress.forwardFull)
+        parts << Text(Str::ForwardSheetFull);
     if (!progress.ended && !progress.portOpen)
         parts << Text(progress.portLost ? Str::RunRetries : Str::RunNoPort);
     else if (!progress.ended && !progress.answered)
         parts << Text(Str::RunNoAnswer);
     if (!progress.ended && progress.stopping)
         parts << Text(Str::RunStopping);
-    if (progress.forwardFailed) {
-        parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')';
-        if (!progress.forwardReason.isEmpty())
-            parts << progress.forwardReason;
-    }
-    if (progress.forwardFull && !progress.forwardFailed)
-        parts << Text(Str::ForwardSheetFull);
+    const Str state = !progress.ended ? Str::RunStatus : progress.stopping ? Str::RunStopped : Str::RunEnded;
+    parts << Text(state).arg(progress.name, ElapsedText(progress.elapsedSeconds), rows, errors);
+    parts.removeAll(QString());
     return parts.join(QStringLiteral("  "));
 }
 

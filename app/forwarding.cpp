@@ -10,8 +10,8 @@
 #include "resources/strings.h"
 
 #include <QDesktopServices>
-#include <QDir>
 #include <QUrl>
+#include <QWidget>
 
 #include <utility>
 
@@ -23,9 +23,10 @@ const auto *const Section = "Forward";
 const auto *const OpenAfterKey = "OpenAfter";
 const auto *const No = "0";
 
-ForwardServices ServicesOf(Services &services)
+ForwardServices ServicesOf(Services &services, QWidget *window)
 {
-    return {services.state, services.prompts, services.clock, services.store, MakeSpreadsheetTarget};
+    return {services.state, services.prompts,      services.clock,
+            services.store, MakeSpreadsheetTarget, [window] { window->activateWindow(); }};
 }
 
 ForwardMemory Remembered(const Services &services)
@@ -48,7 +49,7 @@ void Remember(const ForwardMemory &memory, Services &services)
 
 Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *window)
     : QObject(window), services_(&services), window_(window),
-      forwarder_(ServicesOf(services), services.gate, progress), rows_(ServicesOf(services))
+      forwarder_(ServicesOf(services, window), services.gate, progress), rows_(ServicesOf(services, window))
 {
     connect(&rows_, &RowForwarder::closed, this, &Forwarding::OnRunClosed);
 }
@@ -83,9 +84,8 @@ QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardC
     const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome.done)
         co_return;
-    told_ = OutcomeText(outcome);
+    told_ = ShowFile(outcome);
     Q_EMIT message(told_);
-    Open(outcome);
 }
 
 QCoro::Task<bool> Forwarding::AskForRun()
@@ -103,10 +103,8 @@ void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
              .done) // the status bar of a narrow window does not hold the reason; a run goes on under the box
         services_->jobs.Launch(services_->prompts.Warn(services_->state.ForwardErrorText),
                                "telling of a run");
-    if (!outcome.done || outcome.samples == 0)
-        return;
-    runOutcome_ = OutcomeText(outcome);
-    Open(outcome);
+    if (outcome.done && outcome.samples > 0)
+        runOutcome_ = ShowFile(outcome);
 }
 
 QString Forwarding::TakeRunOutcome()
@@ -114,14 +112,13 @@ QString Forwarding::TakeRunOutcome()
     return std::exchange(runOutcome_, QString());
 }
 
-void Forwarding::Open(const ForwardOutcome &outcome)
+QString Forwarding::ShowFile(const ForwardOutcome &outcome)
 {
-    if (outcome.file.isEmpty() || !outcome.openAfter)
-        return;
-    if (QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
-        return;
-    told_ = Text(Str::ForwardNotOpened).arg(QDir::toNativeSeparators(outcome.file));
-    Q_EMIT message(told_);
+    const QString text = OutcomeText(outcome);
+    if (outcome.file.isEmpty() || !outcome.openAfter ||
+        QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
+        return text;
+    return Text(Str::ForwardNotOpened) + QStringLiteral("  ") + text;
 }
 
 } // namespace px40

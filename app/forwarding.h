@@ -50,7 +50,8 @@ class Forwarding : public QObject
 
   private:
     void OnRunClosed(const ForwardOutcome &outcome);
-    void Open(const ForwardOutcome &outcome);
+    /// Opens the file if it is to be seen. What there is to tell: first that no program opens it.
+    QString ShowFile(const ForwardOutcome &outcome);
 
     Services *services_;
     QWidget *window_;

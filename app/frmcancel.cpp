@@ -6,6 +6,7 @@
 #include "platform/twips.h"
 #include "resources/strings.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QProgressBar>
@@ -69,8 +70,11 @@ void frmCancel::Unload()
 {
     if (!std::exchange(open_, false))
         return;
+    const bool focused = QApplication::activeWindow(); // else the user works in another program
     hide();
     enableApplication_(true);
+    if (focused)
+        parentWidget()->activateWindow();
 }
 
 void frmCancel::closeEvent(QCloseEvent *event)

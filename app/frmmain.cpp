@@ -217,14 +217,25 @@ void frmMain::EnableApplication(bool enabled)
     const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
     for (QMdiSubWindow *const window : windows)
         window->setEnabled(enabled);
-    if (enabled && isActiveWindow())
-        ActivateAgain();
+    if (!enabled)
+        return;
+    ReturnFocus();
+    QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
+}
+
+void frmMain::ReturnFocus()
+{
+    if (!activeBefore_)
+        return;
+    workspace_->setFocus(); // so that no other data window gets it while the table of this one is hidden
+    activeBefore_->setFocus();
 }
 
 void frmMain::ActivateAgain()
 {
-    if (activeBefore_)
-        workspace_->setActiveSubWindow(activeBefore_);
+    if (!isActiveWindow() || frmCancel_->isVisible())
+        return;
+    ReturnFocus();
     activeBefore_ = nullptr;
 }
 
@@ -299,7 +310,7 @@ void frmMain::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         actions_->MakeIcons();
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !frmCancel_->isVisible())
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
         QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
 }
 

@@ -96,6 +96,7 @@ class frmMain : public QMainWindow
     void OnRealtimeMenu();
     void ShowCommands();
     void EnableApplication(bool enabled);
+    void ReturnFocus();
     void ActivateAgain();
     ShellSituation Situation() const;
     frmData *ActiveData() const;

@@ -70,7 +70,8 @@ QCoro::Task<void> Export(Services *services, ExportPrompts *prompts, std::shared
                          ForwardChoice choice, Outcome *outcome)
 {
     const auto quit = qScopeGuard([] { QCoreApplication::quit(); });
-    const ForwardServices forwardServices = {services->state, *prompts, services->clock, services->store, {}};
+    const ForwardServices forwardServices = {services->state, *prompts, services->clock,
+                                             services->store, {},       {}};
     ProgressLine progress;
     Forwarder forwarder(forwardServices, services->gate, progress);
     ForwardOutcome forwarded = co_await forwarder.ForwardData(dataSet, choice);

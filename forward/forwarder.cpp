@@ -60,6 +60,8 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
     const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
     if (!workbook.target)
         co_return outcome;
+    const DataSetSource source(dataSet, choice.title);
+    WholeForward forward(*workbook.target, source, workbook.addTo.toStdString());
     state.CancelRequest = false;
     progress_->Show();
     progress_->SetCaption(Text(Str::ForwardData));
@@ -69,14 +71,18 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
     const bool allowed = free && !state.RealtimeRun;
     if (allowed) {
         state.LinkActivity = ActivityForwarding;
-        const bool done = co_await Write(dataSet, workbook, choice.title);
+        const bool done = co_await Write(&forward, source.Samples() + 1, workbook.file, choice.title);
         outcome.done = done;
     } else {
         state.ForwardErrorText = Text(Str::RunHoldsWindows); // one was started while this waited
     }
     progress_->Unload();
-    if (!outcome.done)
+    co_await ShowSpreadsheet(&forward);
+    if (!outcome.done) {
+        if (services_.toFront) // the spreadsheet has come before it
+            services_.toFront();
         co_await services_.prompts.Warn(state.ForwardErrorText);
+    }
     if (allowed) {
         // A status check that began meanwhile would lose its reply, and put back what it found.
         co_await gate_->WaitUntilFree();
@@ -89,40 +95,33 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
     co_return outcome;
 }
 
-QCoro::Task<bool> Forwarder::Write(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
+QCoro::Task<bool> Forwarder::Write(WholeForward *forward, int rows, std::shared_ptr<XlsxFile> file,
+                                   QString title)
 {
+    LinkState &state = services_.state;
     bool done = false;
     try {
-        done = co_await MakeSheet(dataSet, workbook, title);
-        if (done && workbook.file)
-            done = co_await WriteWorkbook(&services_, workbook.file, title, progress_);
+        done = co_await TakeSteps(forward, rows);
+        if (!done && !state.CancelRequest && file)
+            state.ForwardErrorText = AboutFile(state.ForwardErrorText, file->Name());
+        if (done && file)
+            done = co_await WriteWorkbook(&services_, file, title, progress_);
     } catch (const std::exception &error) {
-        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
+        state.ForwardErrorText = QString::fromLocal8Bit(error.what());
         done = false;
     }
     co_return done;
 }
 
-/// Whatever happens, the spreadsheet is shown again.
-QCoro::Task<bool> Forwarder::MakeSheet(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title)
+/// Whatever has happened. The focus is the program's own again by then: the spreadsheet comes up behind it.
+QCoro::Task<void> Forwarder::ShowSpreadsheet(WholeForward *forward)
 {
-    const DataSetSource source(dataSet, title);
-    WholeForward forward(*workbook.target, source, workbook.addTo.toStdString());
-    bool done = false;
-    try {
-        done = co_await TakeSteps(&forward, source.Samples() + 1);
-        if (!done && !services_.state.CancelRequest && workbook.file)
-            services_.state.ForwardErrorText =
-                AboutFile(services_.state.ForwardErrorText, workbook.file->Name());
-    } catch (const std::exception &error) {
-        services_.state.ForwardErrorText = QString::fromLocal8Bit(error.what());
-    }
-    SheetStep end = forward.End();
+    co_await NextTurn();
+    SheetStep end = forward->End();
     for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
         co_await Pause(BusyPauseMs);
-        end = forward.End();
+        end = forward->End();
     }
-    co_return done;
 }
 
 QCoro::Task<bool> Forwarder::TakeSteps(WholeForward *forward, int rows)

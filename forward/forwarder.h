@@ -16,7 +16,8 @@ class ProgressView;
 class WholeForward;
 
 /// Forwards finished data sets in one go, behind the progress dialog, whose Cancel ends it. The program lives
-/// meanwhile. Why one failed or was cancelled is told to the user in one box.
+/// meanwhile. The dialog goes before a spreadsheet is shown again, and that is shown before a box tells the
+/// user why it failed or was cancelled.
 class Forwarder
 {
   public:
@@ -27,9 +28,9 @@ class Forwarder
     QCoro::Task<ForwardOutcome> ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice);
 
   private:
-    QCoro::Task<bool> Write(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title);
-    QCoro::Task<bool> MakeSheet(std::shared_ptr<DataSet> dataSet, Workbook workbook, QString title);
+    QCoro::Task<bool> Write(WholeForward *forward, int rows, std::shared_ptr<XlsxFile> file, QString title);
     QCoro::Task<bool> TakeSteps(WholeForward *forward, int rows);
+    QCoro::Task<void> ShowSpreadsheet(WholeForward *forward);
 
     ForwardServices services_;
     LinkGate *gate_;

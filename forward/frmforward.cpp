@@ -243,8 +243,11 @@ void frmForward::Confirm()
         if (fault.isEmpty() && options_.whyNot)
             fault = options_.whyNot(choice.fileName);
         if (!fault.isEmpty()) {
-            const QString complaint = fault + QStringLiteral("\r\n") + QDir::toNativeSeparators(path);
-            jobs_->Launch(Refuse(this, complaint), "refusing a workbook");
+            const QString allowed =
+                Text(options_.withExcel ? Str::ForwardFileAllowedByExcel : Str::ForwardFileAllowed)
+                    .arg(Text(Str::ForwardFileFrame), Text(Str::ForwardCustom));
+            const QStringList lines = {fault, QDir::toNativeSeparators(path), allowed};
+            jobs_->Launch(Refuse(this, lines.join(QStringLiteral("\r\n"))), "refusing a workbook");
             return;
         }
         memory_->file = cbFile_->isChecked() ? choice.fileName : QString();

@@ -53,6 +53,14 @@ struct FileClose
     void operator()(zip_file_t *file) const { zip_fclose(file); }
 };
 
+/// An entry could not be read to its end.
+[[noreturn]] void ThrowBroken(const char *name, zip_error_t *problem)
+{
+    if (zip_error_code_zip(problem) == ZIP_ER_READ)
+        throw BookFault{Text(Str::BookNotRead).arg(QString::fromUtf8(zip_error_strerror(problem)))};
+    Package::ThrowDamaged(Text(Str::BookPartBroken).arg(QString::fromUtf8(name)).toStdString());
+}
+
 } // namespace
 
 void Package::ThrowDamaged(const std::string &what)
@@ -65,8 +73,9 @@ Package::Package(zip_t *archive) : archive_(archive)
     const zip_int64_t count = zip_get_num_entries(archive, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
         const auto index = static_cast<zip_uint64_t>(i);
-        if (const char *name = zip_get_name(archive, index, ZIP_FL_ENC_GUESS))
-            entries_.emplace(Key(name), index);
+        const char *const name = zip_get_name(archive, index, ZIP_FL_ENC_GUESS);
+        if (name && !entries_.emplace(Key(name), index).second)
+            twice_.insert(Key(name));
     }
 }
 
@@ -103,21 +112,50 @@ std::string Package::Read(const std::string &name) const
     const auto entry = entries_.find(key);
     if (entry == entries_.end())
         ThrowDamaged(name);
+    if (twice_.contains(key)) // nobody knows which of them others read
+        ThrowDamaged(Text(Str::BookPartTwice).arg(QString::fromStdString(name)).toStdString());
 
-    const std::unique_ptr<zip_file_t, FileClose> file(zip_fopen_index(archive_, entry->second, 0));
-    if (!file)
-        ThrowDamaged(name + ": " + zip_error_strerror(zip_get_error(archive_)));
     std::string text;
-    std::array<char, 32 * 1024> block;
-    for (;;) {
-        const zip_int64_t got = zip_fread(file.get(), block.data(), block.size());
-        if (got < 0)
-            ThrowDamaged(name + ": " + zip_error_strerror(zip_file_get_error(file.get())));
-        if (got == 0)
-            return text;
-        text.append(block.data(), static_cast<std::size_t>(got));
+    const bool readable = ReadEntry(entry->second, 0, [&text](const char *bytes, std::size_t count) {
+        text.append(bytes, count);
         if (text.size() > LargestPart)
             throw BookFault{Text(Str::BookTooLarge)};
+    });
+    if (!readable)
+        ThrowDamaged(name + ": " + zip_strerror(archive_));
+    return text;
+}
+
+bool Package::ReadEntry(zip_uint64_t index, zip_flags_t flags,
+                        const std::function<void(const char *bytes, std::size_t count)> &take) const
+{
+    const std::unique_ptr<zip_file_t, FileClose> file(zip_fopen_index(archive_, index, flags));
+    if (!file)
+        return false;
+    constexpr std::size_t blockSize = 128 * 1024;
+    const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+    for (;;) {
+        const zip_int64_t got = zip_fread(file.get(), block.get(), blockSize);
+        if (got < 0)
+            ThrowBroken(zip_get_name(archive_, index, flags | ZIP_FL_ENC_GUESS),
+                        zip_file_get_error(file.get()));
+        if (got == 0)
+            return true;
+        take(block.get(), static_cast<std::size_t>(got));
+    }
+}
+
+void Package::CheckContents() const
+{
+    const zip_int64_t count = zip_get_num_entries(archive_, ZIP_FL_UNCHANGED);
+    for (zip_int64_t i = 0; i < count; ++i) {
+        const auto index = static_cast<zip_uint64_t>(i);
+        if (ReadEntry(index, ZIP_FL_UNCHANGED, [](const char *, std::size_t) {}))
+            continue;
+        const int problem = zip_error_code_zip(zip_get_error(archive_));
+        if (problem != ZIP_ER_COMPNOTSUPP && problem != ZIP_ER_ENCRNOTSUPP && problem != ZIP_ER_NOPASSWD)
+            ThrowDamaged(zip_get_name(archive_, index, ZIP_FL_UNCHANGED) + std::string(": ") +
+                         zip_strerror(archive_));
     }
 }
 

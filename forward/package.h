@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -46,6 +47,10 @@ class Package
     /// The same of a part that has an outermost element of that local name, or is damaged.
     pugi::xml_node Load(const std::string &name, std::string_view root, pugi::xml_document &document) const;
 
+    /// Reads all entries that the archive came with, to see that their contents are whole; those that are
+    /// packed or encrypted in a way that is not known here are left out.
+    void CheckContents() const;
+
     /// Of a part, or of the package if the name is empty; none if the part of the relationships is not there.
     std::vector<Relationship> Relationships(const std::string &part) const;
     static std::string RelationshipsName(const std::string &part);
@@ -78,12 +83,16 @@ class Package
 
   private:
     static std::string Key(std::string_view name);
+    /// False when it cannot be opened; the archive's error says why.
+    bool ReadEntry(zip_uint64_t index, zip_flags_t flags,
+                   const std::function<void(const char *bytes, std::size_t count)> &take) const;
     void LoadContentTypes();
     void KnowRelationships();
     zip_uint64_t StoreSource(const std::string &name, zip_source_t *source);
 
     zip_t *archive_;
     std::map<std::string, zip_uint64_t> entries_;
+    std::set<std::string> twice_;                         ///< of these
     std::deque<std::pair<std::string, std::string>> put_; ///< names and texts; they stay where they are
     std::map<std::string, std::size_t> putAt_;
     std::set<std::string> declared_;

@@ -37,10 +37,10 @@ constexpr qsizetype BlockSize = 256 * 1024;
 const QString NeighbourBegin = QStringLiteral(".px40-");
 const QString NeighbourEnd = QStringLiteral(".tmp");
 
-QString NeighbourName(const QString &folder)
+QString NeighbourName(const QString &folder, const QString &random)
 {
     return folder + u'/' + NeighbourBegin + QString::number(QCoreApplication::applicationPid()) + u'-' +
-           QString::number(QRandomGenerator::global()->generate(), 16) + NeighbourEnd;
+           random + NeighbourEnd;
 }
 
 #ifdef Q_OS_WIN
@@ -138,6 +138,11 @@ bool IsLeftover(const QString &name)
 
 } // namespace
 
+QString NeighbourTemplate(const QString &folder)
+{
+    return NeighbourName(folder, QStringLiteral("XXXXXX"));
+}
+
 QString RealName(const QString &name)
 {
     QFileInfo info(name);
@@ -196,7 +201,8 @@ bool Replacement::Open()
                                      QFile::WriteOther; // less the bits that the user's mask takes away
     constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered;
 
-    file_.setFileName(NeighbourName(QFileInfo(name_).path()));
+    const QString random = QString::number(QRandomGenerator::global()->generate(), 16);
+    file_.setFileName(NeighbourName(QFileInfo(name_).path(), random));
     if (!file_.open(mode, replaces ? ours : usual)) {
         const QString reason = file_.errorString();
         file_.setFileName({});

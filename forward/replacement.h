@@ -20,6 +20,10 @@ struct FilePrint
 
 FilePrint PrintOf(const QString &name);
 
+/// Names in that folder, with letters for "XXXXXX", for what `Replacement::Sweep` removes if it is left
+/// there.
+QString NeighbourTemplate(const QString &folder);
+
 /// A file that is to take the place of another, or to be a new one: written as a temporary neighbour, which
 /// is gone when this goes, unless it has taken its place.
 class Replacement

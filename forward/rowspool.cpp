@@ -1,5 +1,12 @@
 #include "forward/rowspool.h"
 
+#include "forward/replacement.h"
+#include "platform/files.h"
+#include "resources/strings.h"
+
+#include <QDir>
+#include <QTemporaryFile>
+
 #include <algorithm>
 #include <cstring>
 
@@ -64,29 +71,54 @@ void RowSpool::CloseRow()
 
 bool RowSpool::Spill()
 {
-    if (!file_.isOpen() && !file_.open())
+    if (file_ ? Append(*file_) : MoveTo(QDir::tempPath()))
+        return true;
+    if (otherFolder_.isEmpty() || !MoveTo(otherFolder_))
         return false;
-    // Where an earlier attempt broke off, this one begins anew.
-    if (!file_.seek(fileBytes_))
+    otherFolder_.clear();
+    return true;
+}
+
+/// Where an earlier attempt broke off, this one begins anew.
+bool RowSpool::Append(QFile &file)
+{
+    if (!file.seek(fileBytes_)) {
+        error_ = file.errorString();
         return false;
-    for (std::size_t written = 0; written < memory_.size();) {
-        const qint64 taken =
-            file_.write(memory_.data() + written, static_cast<qint64>(memory_.size() - written));
-        if (taken <= 0)
-            return false;
-        written += static_cast<std::size_t>(taken);
     }
-    if (!file_.flush())
+    if (!WriteBytes(file, memory_.data(), static_cast<qint64>(memory_.size()), &error_))
         return false;
     fileBytes_ += static_cast<qint64>(memory_.size());
     memory_.clear();
     return true;
 }
 
+/// Goes on in a new file there; until that has all, the one before it stays.
+bool RowSpool::MoveTo(const QString &folder)
+{
+    if (folder.isEmpty()) { // so the system names a folder for temporary files that is not there
+        error_ = Text(Str::FolderNotThere);
+        return false;
+    }
+    auto next = std::make_unique<QTemporaryFile>(NeighbourTemplate(folder));
+    QFile &file = *next;
+    // Without a buffer: what cannot be written would stand in the way of what is read.
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) {
+        error_ = file.errorString();
+        return false;
+    }
+    if (file_ && (!file_->seek(0) || !CopyBytes(*file_, file, &error_, &error_)))
+        return false;
+    if (!Append(file))
+        return false;
+    file_ = std::move(next);
+    return true;
+}
+
 qint64 RowSpool::ReadAt(qint64 from, char *to, qint64 room)
 {
     if (from < fileBytes_) {
-        const qint64 got = file_.seek(from) ? file_.read(to, std::min(room, fileBytes_ - from)) : -1;
+        const qint64 got = file_->seek(from) ? file_->read(to, std::min(room, fileBytes_ - from)) : -1;
         return got > 0 ? got : -1;
     }
     const auto inMemory = static_cast<std::size_t>(from - fileBytes_);

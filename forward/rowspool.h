@@ -2,8 +2,10 @@
 
 #include "forward/celltext.h"
 
-#include <QTemporaryFile>
+#include <QFile>
+#include <QString>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,14 +16,17 @@ namespace px40 {
 class RowSpool
 {
   public:
-    /// A cell of the last row, or of one behind it. False when the temporary file takes no more: nothing is
-    /// kept then, and the reason stands in `ErrorText`.
+    /// Where the temporary file is to be if the folder for such files takes nothing, or no more.
+    void SetOtherFolder(const QString &folder) { otherFolder_ = folder; }
+
+    /// A cell of the last row, or of one behind it. False when there is no room for it: nothing is kept then,
+    /// and the reason stands in `ErrorText`.
     bool Put(int row, int column, CellFormat format, CellKind kind, std::string_view value);
 
     /// Cells can be put into this row and those behind it.
     int OpenRow() const { return openRow_; }
 
-    QString ErrorText() const { return file_.errorString(); }
+    QString ErrorText() const { return error_; }
 
   private:
     friend class RowReader;
@@ -45,9 +50,13 @@ class RowSpool
     };
     void CloseRow();
     bool Spill();
+    bool Append(QFile &file);
+    bool MoveTo(const QString &folder);
     qint64 ReadAt(qint64 from, char *to, qint64 room);
 
-    QTemporaryFile file_;
+    std::unique_ptr<QFile> file_; ///< null as long as there is none
+    QString otherFolder_;         ///< empty once the file is there
+    QString error_;
     qint64 fileBytes_ = 0;
     std::string memory_; ///< closed rows that are not in the file yet
     int openRow_ = 0;

@@ -9,6 +9,11 @@ SheetContent::SheetContent() : parts_(std::make_unique<SheetParts>()) {}
 
 SheetContent::~SheetContent() = default;
 
+void SheetContent::SetOtherFolder(const QString &folder)
+{
+    parts_->spool.SetOtherFolder(folder);
+}
+
 bool SheetContent::SetCell(int row, int column, CellFormat format, std::string_view text)
 {
     SheetParts &parts = *parts_;

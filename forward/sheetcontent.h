@@ -26,6 +26,9 @@ class SheetContent
     SheetContent(const SheetContent &) = delete;
     SheetContent &operator=(const SheetContent &) = delete;
 
+    /// Where rows may be put aside if the folder for temporary files takes nothing, or no more.
+    void SetOtherFolder(const QString &folder);
+
     /// False, with the reason in `ErrorText`, when the temporary file takes no more. Setting a cell again
     /// replaces it.
     bool SetCell(int row, int column, CellFormat format, std::string_view text);

@@ -28,7 +28,8 @@ struct ForwardServices
     Prompts &prompts;
     const Clock &clock;
     UserStore &store;
-    MakeSpreadsheet spreadsheet; ///< may be empty
+    MakeSpreadsheet spreadsheet;   ///< may be empty
+    std::function<void()> toFront; ///< gives the main window the focus; may be empty
 };
 
 /// Where the sheet of one forwarding goes.

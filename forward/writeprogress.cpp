@@ -17,7 +17,9 @@ bool WriteProgress::Advance(qint64 units)
 {
     constexpr qint64 permille = 1000;
     made_ = std::min(made_ + units, total_);
-    watch_->permille = static_cast<int>(static_cast<double>(made_) / static_cast<double>(total_) * permille);
+    if (total_ > 0)
+        watch_->permille =
+            static_cast<int>(static_cast<double>(made_) / static_cast<double>(total_) * permille);
     return !IsCancelled();
 }
 

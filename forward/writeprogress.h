@@ -14,13 +14,13 @@ class WriteProgress
 
     void Begin(qint64 total);
 
-    /// False when the work is no longer wanted.
+    /// False when the work is no longer wanted. Nothing is counted before the beginning.
     bool Advance(qint64 units);
     bool IsCancelled() const;
 
   private:
     WriteWatch *watch_;
-    qint64 total_ = 1;
+    qint64 total_ = 0;
     qint64 made_ = 0;
 };
 

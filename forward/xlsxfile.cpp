@@ -10,6 +10,8 @@
 #include "forward/zipdevice.h"
 #include "resources/strings.h"
 
+#include <QFileInfo>
+
 namespace px40 {
 
 namespace {
@@ -20,23 +22,20 @@ void ThrowUnless(const QString &reason)
         throw BookFault{reason};
 }
 
-Zip OpenArchive(ZipDevice &device)
+/// What that means for the file of that name.
+QString NotWritten(const QString &reason, const QString &name)
 {
-    Zip archive = device.Open();
-    if (!archive)
-        throw BookFault{
-            Text(device.IsDamaged() ? Str::BookDamaged : Str::BookNotRead).arg(device.ErrorText())};
-    return archive;
+    return Text(PrintOf(name).size >= 0 ? Str::BookNotWritten : Str::BookNotMade).arg(reason);
 }
 
-/// Why an archive could not be closed.
+/// Why an archive could not be closed into the file of that name.
 QString CloseFault(const ZipDevice &device, const SheetPart &sheet, const SheetContent &content,
-                   zip_t *archive)
+                   zip_t *archive, const QString &name)
 {
     if (sheet.HasFailed())
         return content.ErrorText();
     if (!device.WriteError().isEmpty())
-        return Text(Str::BookNotWritten).arg(device.WriteError());
+        return NotWritten(device.WriteError(), name);
     if (!device.ReadError().isEmpty())
         return Text(Str::BookNotRead).arg(device.ReadError());
     return Text(Str::BookDamaged).arg(QString::fromUtf8(zip_strerror(archive)));
@@ -48,8 +47,10 @@ enum class Outcome { Done, Cancelled, InUse, Taken, Changed };
 
 struct XlsxFile::Parts
 {
-    /// Throws `BookFault`.
+    void SetName(const QString &newName);
+    /// These throw `BookFault`.
     Outcome WriteOnce(WriteWatch *watch);
+    Outcome WriteFile(const QString &real, const FilePrint &before, WriteWatch *watch);
     Outcome PutInPlace(Replacement &file, const QString &real, const FilePrint &before, WriteWatch *watch);
     bool IsTaken(const FilePrint &now) const { return isNew && now.size >= 0 && now != agreed; }
 
@@ -75,7 +76,7 @@ QString XlsxFile::WhyNot(const QString &workbook)
         ThrowUnless(WhyNoPackage(real));
         ThrowUnless(WhyNotReplaced(real));
         ZipDevice device(real);
-        const Zip archive = OpenArchive(device);
+        const Zip archive = device.Open();
         Package package(archive.get());
         Book book(package);
     } catch (const BookFault &fault) {
@@ -103,7 +104,7 @@ SheetStep XlsxFile::OpenOrAdd(const std::string &workbook)
 {
     if (workbook.empty())
         return SheetStep::Done;
-    parts_->name = QString::fromStdString(workbook);
+    parts_->SetName(QString::fromStdString(workbook));
     parts_->isNew = false;
     parts_->error = WhyNot(parts_->name);
     return parts_->error.isEmpty() ? SheetStep::Done : SheetStep::Failed;
@@ -158,7 +159,7 @@ std::string XlsxFile::ErrorText() const
 
 void XlsxFile::SetNewName(const QString &name)
 {
-    parts_->name = name;
+    parts_->SetName(name);
     parts_->isNew = true;
     parts_->agreed = PrintOf(RealName(name));
 }
@@ -197,6 +198,12 @@ WriteResult XlsxFile::Write(WriteWatch *watch)
     return WriteResult::Failed;
 }
 
+void XlsxFile::Parts::SetName(const QString &newName)
+{
+    name = newName;
+    content.SetOtherFolder(QFileInfo(RealName(name)).path());
+}
+
 Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
 {
     const QString real = RealName(name);
@@ -209,12 +216,25 @@ Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
     if (IsTaken(before))
         return Outcome::Taken;
 
+    try {
+        return WriteFile(real, before, watch);
+    } catch (const BookFault &) {
+        if (watch->cancelled)
+            return Outcome::Cancelled;
+        if (!isNew && PrintOf(real) != before)
+            return Outcome::Changed;
+        throw;
+    }
+}
+
+Outcome XlsxFile::Parts::WriteFile(const QString &real, const FilePrint &before, WriteWatch *watch)
+{
     Replacement file(real);
     WriteProgress progress(watch);
     ZipDevice device(isNew ? QString() : real);
     device.WriteTo(&file, &progress);
     std::unique_ptr<SheetPart> sheet; // the archive goes before it
-    Zip archive = OpenArchive(device);
+    Zip archive = device.Open();
     Package package(archive.get());
     if (isNew)
         Book::PutNew(package);
@@ -223,19 +243,15 @@ Outcome XlsxFile::Parts::WriteOnce(WriteWatch *watch)
         throw BookFault{content.ErrorText()};
 
     sheet->Watch(&progress);
-    progress.Begin(device.Size() + sheet->Work());
+    progress.Begin(2 * device.Size() + sheet->Work()); // it is read twice
+    package.CheckContents();
     if (!file.Open())
-        throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
-    if (zip_close(archive.get()) == 0) {
-        static_cast<void>(archive.release());
-        device.Close(); // an open file cannot be replaced everywhere
-        return PutInPlace(file, real, before, watch);
-    }
-    if (watch->cancelled)
-        return Outcome::Cancelled;
-    if (!isNew && PrintOf(real) != before)
-        return Outcome::Changed;
-    throw BookFault{CloseFault(device, *sheet, content, archive.get())};
+        throw BookFault{NotWritten(file.ErrorText(), real)};
+    if (zip_close(archive.get()) != 0)
+        throw BookFault{CloseFault(device, *sheet, content, archive.get(), real)};
+    static_cast<void>(archive.release());
+    device.Close(); // an open file cannot be replaced everywhere
+    return PutInPlace(file, real, before, watch);
 }
 
 Outcome XlsxFile::Parts::PutInPlace(Replacement &file, const QString &real, const FilePrint &before,
@@ -254,7 +270,7 @@ Outcome XlsxFile::Parts::PutInPlace(Replacement &file, const QString &real, cons
     if (!file.TakePlace(mayReplace) && !mayReplace && PrintOf(real).size >= 0)
         return Outcome::Taken;
     if (!file.ErrorText().isEmpty())
-        throw BookFault{Text(Str::BookNotWritten).arg(file.ErrorText())};
+        throw BookFault{NotWritten(file.ErrorText(), real)};
     constexpr int whole = 1000;
     watch->permille = whole;
     return Outcome::Done;

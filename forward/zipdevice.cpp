@@ -1,7 +1,9 @@
 #include "forward/zipdevice.h"
 
+#include "forward/bookfault.h"
 #include "forward/replacement.h"
 #include "forward/writeprogress.h"
+#include "forward/ziplayout.h"
 #include "resources/strings.h"
 
 #include <algorithm>
@@ -38,27 +40,40 @@ QString ZipDevice::WriteError() const
 Zip ZipDevice::Open()
 {
     const bool anew = file_.fileName().isEmpty();
-    if (!anew && !file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        error_ = file_.errorString();
-        return nullptr;
+    ZipLayout layout;
+    if (!anew) {
+        if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            throw BookFault{Text(Str::BookNotRead).arg(file_.errorString())};
+        size_ = file_.size();
+        layout =
+            LookAtZip(size_, [this](qint64 from, char *to, qint64 length) { ReadAll(from, to, length); });
+        size_ = layout.end;
     }
-    size_ = anew ? 0 : file_.size();
 
     zip_error_t problem;
     zip_error_init(&problem);
     zip_source_t *source = zip_source_function_create(&ZipDevice::Call, this, &problem);
-    const int flags = (anew ? ZIP_CREATE : ZIP_CHECKCONS) | (written_ ? 0 : ZIP_RDONLY);
+    const int flags = (anew ? ZIP_CREATE : 0) | (written_ ? 0 : ZIP_RDONLY);
     Zip archive(source ? zip_open_from_source(source, flags, &problem) : nullptr);
-    if (!archive) {
-        damaged_ = readError_.isEmpty();
-        const bool endMissing = zip_error_code_zip(&problem) == ZIP_ER_NOZIP;
-        error_ = endMissing ? Text(Str::BookEndMissing) : QString::fromUtf8(zip_error_strerror(&problem));
-        if (!damaged_)
-            error_ = readError_;
-        zip_source_free(source);
-    }
+    const QString reason = QString::fromUtf8(zip_error_strerror(&problem));
     zip_error_fini(&problem);
+    if (!archive) {
+        zip_source_free(source);
+        throw BookFault{readError_.isEmpty() ? Text(Str::BookDamaged).arg(reason)
+                                             : Text(Str::BookNotRead).arg(readError_)};
+    }
+    if (zip_get_num_entries(archive.get(), 0) != layout.entries) // it has taken something else for the end
+        throw BookFault{Text(Str::BookDamaged).arg(Text(Str::BookDirectoryDamaged))};
     return archive;
+}
+
+void ZipDevice::ReadAll(qint64 from, char *to, qint64 length)
+{
+    at_ = from;
+    if (Read(to, length) == length)
+        return;
+    throw BookFault{readError_.isEmpty() ? Text(Str::BookDamaged).arg(Text(Str::BookEndMissing))
+                                         : Text(Str::BookNotRead).arg(readError_)};
 }
 
 zip_int64_t ZipDevice::Call(void *self, void *to, zip_uint64_t length, zip_source_cmd_t command)
@@ -82,9 +97,6 @@ zip_int64_t ZipDevice::Do(void *to, zip_uint64_t length, zip_source_cmd_t comman
         return Seek(to, length);
     case ZIP_SOURCE_TELL:
         return at_;
-    case ZIP_SOURCE_BEGIN_WRITE:
-        writing_ = true;
-        return 0;
     case ZIP_SOURCE_WRITE:
         return Write(static_cast<const char *>(to), static_cast<qint64>(length));
     case ZIP_SOURCE_SEEK_WRITE:
@@ -92,13 +104,11 @@ zip_int64_t ZipDevice::Do(void *to, zip_uint64_t length, zip_source_cmd_t comman
     case ZIP_SOURCE_TELL_WRITE:
         return written_->Position();
     case ZIP_SOURCE_COMMIT_WRITE:
-        writing_ = false;
         return written_->Finish() ? 0 : Fail(ZIP_ER_WRITE, EIO);
-    case ZIP_SOURCE_ROLLBACK_WRITE:
-        writing_ = false;
-        return 0;
     case ZIP_SOURCE_ERROR:
         return zip_error_to_data(&zipError_, to, length);
+    case ZIP_SOURCE_BEGIN_WRITE:
+    case ZIP_SOURCE_ROLLBACK_WRITE:
     case ZIP_SOURCE_CLOSE:
     case ZIP_SOURCE_FREE:
         return 0;
@@ -153,7 +163,7 @@ zip_int64_t ZipDevice::Read(char *to, qint64 length)
         made += part;
         at_ += part;
     }
-    if (writing_ && !progress_->Advance(made))
+    if (progress_ && !progress_->Advance(made))
         return Fail(ZIP_ER_CANCELLED);
     return made;
 }

@@ -33,18 +33,15 @@ class ZipDevice
     /// From now on the archive may be closed into that file; both must outlive it.
     void WriteTo(Replacement *file, WriteProgress *progress);
 
-    /// The archive, checked for consistency; null with the reason in `ErrorText`. It must not outlive this.
+    /// The archive, of which directory and headers fit together. It must not outlive this. Throws
+    /// `BookFault`.
     Zip Open();
 
     /// Lets go of the file that is read, once the archive is closed.
     void Close() { file_.close(); }
 
-    /// Of the file that is read.
+    /// Of the archive that is read.
     qint64 Size() const { return size_; }
-
-    /// Why `Open` failed, and whether that was for what stands in the file, not for the disk.
-    QString ErrorText() const { return error_; }
-    bool IsDamaged() const { return damaged_; }
 
     /// What the disk said when it could not be read or written; empty while it could.
     QString ReadError() const { return readError_; }
@@ -60,6 +57,7 @@ class ZipDevice
     zip_int64_t Write(const char *from, qint64 length);
     zip_int64_t Fail(int error, int systemError = 0);
     bool Fill();
+    void ReadAll(qint64 from, char *to, qint64 length);
 
     QFile file_;
     qint64 size_ = 0;
@@ -68,10 +66,7 @@ class ZipDevice
     qint64 blockAt_ = 0; ///< where it stands in the file
     Replacement *written_ = nullptr;
     WriteProgress *progress_ = nullptr;
-    bool writing_ = false;
     zip_error_t zipError_;
-    QString error_;
-    bool damaged_ = false;
     QString readError_;
 };
 

@@ -72,7 +72,7 @@ QByteArray Contents(const QString &name)
 /// Names, sizes and checksums of the entries, in their order.
 QList<QByteArray> Entries(const QString &name)
 {
-    zip_t *archive = zip_open(QFile::encodeName(name).constData(), ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
+    zip_t *archive = zip_open(QFile::encodeName(name).constData(), ZIP_RDONLY, nullptr);
     PX40_CHECK(archive);
     QList<QByteArray> entries;
     const zip_int64_t count = zip_get_num_entries(archive, 0);

@@ -523,7 +523,7 @@ const char16_t *Lookup(Str id)
     case Str::ForwardNewKind:
         return u"The name of a new workbook ends in .xlsx.";
     case Str::ForwardNotOpened:
-        return u"The worksheet is in %1, but no program of this desktop opens it.";
+        return u"No program of this desktop opens the worksheet.";
     case Str::BookInUse:
         return u"%1 has this workbook open. Close it there and press Retry, or take a new workbook.";
     case Str::Retry:
@@ -553,7 +553,7 @@ const char16_t *Lookup(Str id)
     case Str::BookNotRead:
         return u"This workbook cannot be read: %1";
     case Str::BookNotWritten:
-        return u"The workbook could not be written: %1";
+        return u"Nothing was saved, the old file is whole: %1";
     case Str::BookEndMissing:
         return u"its end is missing";
     case Str::BookTooLarge:
@@ -574,7 +574,9 @@ const char16_t *Lookup(Str id)
     case Str::BookOtherProgram:
         return u"Another program";
     case Str::SheetNoRoom:
-        return u"There is no room for the rows of the worksheet in the folder for temporary files: %1";
+        return u"Nothing was saved. There is no room for the rows of the worksheet, neither in the folder "
+               u"for "
+               u"temporary files nor beside the workbook: %1";
     case Str::ExportFailed:
         return u"The worksheet could not be written.";
     case Str::ExportInUse:
@@ -615,6 +617,26 @@ const char16_t *Lookup(Str id)
         return u"Standard output";
     case Str::WorkbookOnTerminal:
         return u"A workbook is nothing for a terminal: send the standard output to a file or a program.";
+    case Str::ForwardFileAllowed:
+        return u"%1, %2: the path of an existing .xlsx or .xlsm workbook that can be changed.";
+    case Str::ForwardFileAllowedByExcel:
+        return u"%1, %2: the path of an existing workbook.";
+    case Str::BookNotMade:
+        return u"Nothing was saved: %1";
+    case Str::BookDirectoryDamaged:
+        return u"its directory is damaged";
+    case Str::BookDirectoryPastEnd:
+        return u"its directory points past its end";
+    case Str::BookPartHeader:
+        return u"the header of %1 is damaged";
+    case Str::BookPartPastEnd:
+        return u"%1 reaches past its end";
+    case Str::BookPartsOverlap:
+        return u"%1 overlaps another part";
+    case Str::BookPartTwice:
+        return u"%1 is there twice";
+    case Str::BookPartBroken:
+        return u"the contents of %1 are damaged";
     }
     return u"";
 }

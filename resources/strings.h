@@ -311,6 +311,16 @@ enum class Str : int {
     SaveModeEnded,
     StandardOutput,
     WorkbookOnTerminal,
+    ForwardFileAllowed,
+    ForwardFileAllowedByExcel,
+    BookNotMade,
+    BookDirectoryDamaged,
+    BookDirectoryPastEnd,
+    BookPartHeader,
+    BookPartPastEnd,
+    BookPartsOverlap,
+    BookPartTwice,
+    BookPartBroken,
 };
 
 /// The text of that number; empty when the table has none.

@@ -111,10 +111,11 @@ QStringList BookRig::Neighbours() const
     return files;
 }
 
-QMap<QByteArray, EntryState> ReadPackage(const QString &file)
+QMap<QByteArray, EntryState> ReadPackage(const QString &file, bool strict)
 {
     QMap<QByteArray, EntryState> entries;
-    zip_t *archive = zip_open(QFile::encodeName(file).constData(), ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
+    const int flags = ZIP_RDONLY | (strict ? ZIP_CHECKCONS : 0);
+    zip_t *archive = zip_open(QFile::encodeName(file).constData(), flags, nullptr);
     if (!archive)
         return entries;
     const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive, 0));

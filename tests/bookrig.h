@@ -35,8 +35,9 @@ struct EntryState
     QByteArray text;
 };
 
-/// The entries of a package by their names.
-QMap<QByteArray, EntryState> ReadPackage(const QString &file);
+/// The entries of a package by their names. `strict`: of one in which each header says what the directory
+/// says, else there are none.
+QMap<QByteArray, EntryState> ReadPackage(const QString &file, bool strict = true);
 
 /// The sheets of a workbook, in their order.
 QStringList SheetNames(const QString &workbook);

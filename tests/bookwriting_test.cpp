@@ -160,7 +160,7 @@ void BookWritingTest::AsksAboutNewNames()
     LinkState state;
     ScriptedPrompts prompts;
     const HeldClock clock;
-    const ForwardServices services = {state, prompts, clock, store, {}};
+    const ForwardServices services = {state, prompts, clock, store, {}, {}};
     const QString closed = u"/proc/new.xlsx"_qs; // nobody makes a file there
     const QString taken = folder.filePath(u"taken.xlsx"_qs);
     const QString other = folder.filePath(u"other.xlsx"_qs);

@@ -24,21 +24,27 @@ void ExportTest::BookIsMadeAndGrows()
     const QString work = folder.filePath(u"WORK.~~~"_qs); // of a program that is open
     QVERIFY(Put(folder.filePath(u"three.CSV"_qs), SampleFile()) && Put(work, "theirs"));
     QVERIFY(Put(folder.filePath(u"memory.CSV"_qs), SampleFile("0")));
+    const QByteArray row = "10:00:00,1,DCmA,2,V\r\n";
+    QVERIFY(Put(folder.filePath(u"many.CSV"_qs), SampleFile() + row.repeated(20'000))); // beyond the memory
     const QStringList arguments = {u"--data-dir"_qs, folder.path(), u"--to"_qs, u"Größe 1.xlsx"_qs,
                                    u"--export"_qs};
-    const ProgramRun made(folder.path(),
-                          arguments + QStringList{u"three.CSV"_qs, u"--title"_qs, u"Oven 3"_qs});
-    const ProgramRun grown(folder.path(), arguments + QStringList{u"memory.CSV"_qs});
-    for (const ProgramRun *const run : {&made, &grown}) {
+    // Without a folder for temporary files.
+    const auto forward = [&](const QStringList &rest) {
+        return ProgramRun(folder.path(), arguments + rest, {}, ProgramRun::NoTemporary);
+    };
+    const ProgramRun made = forward({u"three.CSV"_qs, u"--title"_qs, u"Oven 3"_qs});
+    const ProgramRun grown = forward({u"memory.CSV"_qs});
+    const ProgramRun many = forward({u"many.CSV"_qs});
+    for (const auto &[run, rows] : {std::pair(&made, 3), std::pair(&grown, 3), std::pair(&many, 20003)}) {
         QVERIFY2(run->ended && run->code == 0 && run->said.isEmpty(), qPrintable(run->said));
-        QCOMPARE(QString::fromUtf8(run->printed), u"3 rows forwarded to "_qs + book + u".\n"_qs);
+        QCOMPARE(QString::fromUtf8(run->printed), u"%1 rows forwarded to "_qs.arg(rows) + book + u".\n"_qs);
     }
-    QCOMPARE(SheetNames(book), QStringList({u"Oven 3"_qs, u"PX40 1"_qs}));
+    QCOMPARE(SheetNames(book), QStringList({u"Oven 3"_qs, u"PX40 1"_qs, u"PX40 2"_qs}));
     const auto parts = ReadPackage(book);
     QVERIFY(parts["xl/worksheets/sheet1.xml"].text.contains(">TIME<"));
     QVERIFY(parts["xl/worksheets/sheet2.xml"].text.contains(">No.<")); // as after a download
     QCOMPARE(Contents(work), QByteArray("theirs"));
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 4);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 5);
 }
 
 void ExportTest::BookGoesToTheStandardOutput()

@@ -166,8 +166,11 @@ void ForwardDialogTest::UnusableFileIsReturnedTo()
         rig.Find("tbTitle")->setFocus();
         rig.Click("btOk");
         QTRY_COMPARE(rig.jobs.Running(), 0);
-        const QString told = rig.faults.value(name, noFile) + u"\r\n"_qs + name;
-        QCOMPARE(std::exchange(rig.prompts.warnings, {}), QStringList(told));
+        const QString told =
+            rig.faults.value(name, noFile) + u"\r\n"_qs + name + u"\r\nMicrosoft Excel File, Custom: "_qs;
+        QCOMPARE(rig.prompts.warnings.size(), 1);
+        const QString box = rig.prompts.warnings.takeFirst();
+        QVERIFY2(box.startsWith(told) && box.contains(u".xlsx or .xlsm"), qPrintable(box));
         QVERIFY(rig.prompts.fileQuestions.isEmpty());
         QCOMPARE(rig.dialog->focusWidget(), rig.Find("tbFile"));
         QCOMPARE(rig.Find("tbFile")->selectedText(), name);

@@ -6,10 +6,10 @@
 #include "forward/rowforwarder.h"
 #include "tests/bookrig.h"
 #include "tests/heldclock.h"
+#include "tests/scriptedsheet.h"
 #include "tests/support.h"
 
 #include <QFile>
-#include <QHash>
 #include <QTest>
 
 #include <memory>
@@ -29,50 +29,6 @@ T ResultOf(QCoro::Task<T> task)
     return running.Finish() ? running.Value() : T();
 }
 
-/// What a spreadsheet was told, and how it is to answer.
-struct Script
-{
-    QStringList calls;
-    QHash<QString, QList<SheetStep>> answers; ///< by the call's first word; `Done` when there is none left
-    std::function<void(const QString &)> onCall;
-    int held = 0; ///< targets that somebody still has
-
-    SheetStep Call(const QString &call)
-    {
-        calls.append(call);
-        if (onCall)
-            onCall(call);
-        QList<SheetStep> &left = answers[call.section(u' ', 0, 0)];
-        return left.isEmpty() ? SheetStep::Done : left.takeFirst();
-    }
-    QStringList Cells() const { return calls.filter(u"cell "_s); }
-};
-
-class ScriptedSheet : public SheetTarget
-{
-  public:
-    explicit ScriptedSheet(Script &script) : script_(&script) { ++script.held; }
-    ~ScriptedSheet() override { --script_->held; }
-
-    SheetStep Attach() override { return script_->Call(u"attach"_s); }
-    SheetStep OpenOrAdd(const std::string &) override { return script_->Call(u"open"_s); }
-    SheetStep SetVisible(bool on) override { return script_->Call(u"visible %1"_s.arg(on)); }
-    SheetStep SetInteractive(bool on) override { return script_->Call(u"interactive %1"_s.arg(on)); }
-    SheetStep SetCell(int row, int column, CellFormat, std::string_view text) override
-    {
-        return script_->Call(u"cell %1,%2 %3"_s.arg(row).arg(column).arg(
-            QString::fromUtf8(text.data(), qsizetype(text.size()))));
-    }
-    SheetStep SetBorder(const CellRange &, Edge, BorderWeight) override { return SheetStep::Done; }
-    SheetStep Centre(const CellRange &) override { return SheetStep::Done; }
-    SheetStep Activate(int, int) override { return SheetStep::Done; }
-    SheetStep AddChart(const SheetChart &) override { return script_->Call(u"chart"_s); }
-    std::string ErrorText() const override { return "The server is gone."; }
-
-  private:
-    Script *script_;
-};
-
 struct Rig
 {
     Rig() { dataSet->OpenNew(KindRealtime); }
@@ -85,7 +41,10 @@ struct Rig
         }
     }
 
-    ForwardServices Services() { return {state, prompts, clock, store, spreadsheet}; }
+    ForwardServices Services()
+    {
+        return {state, prompts, clock, store, spreadsheet, [this] { script.calls << u"front"_s; }};
+    }
 
     /// All in one go.
     ForwardOutcome Forward(const ForwardChoice &choice)
@@ -129,10 +88,13 @@ void ForwarderTest::WholeSetIsForwarded()
     rig.AddRows(3);
     rig.script.answers[u"attach"_s] = {SheetStep::Busy, SheetStep::Again};
     rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy};
+    rig.script.answers[u"visible"_s] = {SheetStep::Done, SheetStep::Busy};
     rig.script.onCall = [&](const QString &call) {
         if (!call.startsWith(u"cell")) // each in a row of its own
             QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
-        QVERIFY(rig.progress.shown && !MayClose(rig.state));
+        // The dialog is gone before the spreadsheet comes up.
+        QCOMPARE(rig.progress.shown, call != u"visible 1");
+        QVERIFY(!MayClose(rig.state));
         if (call.startsWith(u"cell 6"))
             rig.state.LinkActivity = ActivityIdle; // as a source command leaves it
     };
@@ -144,7 +106,8 @@ void ForwarderTest::WholeSetIsForwarded()
     QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
     QCOMPARE(rig.script.calls.mid(0, 5),
              QStringList({u"attach"_s, u"attach"_s, u"attach"_s, u"visible 0"_s, u"open"_s}));
-    QCOMPARE(rig.script.calls.constLast(), u"visible 1"_s);
+    QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 3),
+             QStringList({u"chart"_s, u"visible 1"_s, u"visible 1"_s}));
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
     QVERIFY(MayClose(rig.state));
     QVERIFY(rig.prompts.warnings.isEmpty());
@@ -200,9 +163,15 @@ void ForwarderTest::CancelAndFailureAreTold()
             if (cancels)
                 rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
         };
+        rig.prompts.onWarn = [&] {
+            rig.script.calls << u"box"_s;
+            QVERIFY(!rig.progress.shown && !MayClose(rig.state));
+        };
         QVERIFY(!rig.Forward({}).done);
         QCOMPARE(rig.prompts.warnings, QStringList(cancel ? u"Canceled."_s : u"The server is gone."_s));
-        QCOMPARE(rig.script.calls.constLast() == u"visible 1", shownAgain);
+        const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 3);
+        QCOMPARE(end.mid(1), QStringList({u"front"_s, u"box"_s}));
+        QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
         if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
             QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
         QVERIFY(!rig.progress.shown && MayClose(rig.state));

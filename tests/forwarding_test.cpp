@@ -1,11 +1,15 @@
 // Forwarding as the user of the whole program has it: after a download, from the menu, during a run.
 
+#include "app/frmcancel.h"
+#include "forward/forwarder.h"
 #include "forward/frmforward.h"
 #include "tests/bookrig.h"
 #include "tests/liveprogram.h"
+#include "tests/scriptedsheet.h"
 
 #include <QDesktopServices>
 #include <QLineEdit>
+#include <QMdiArea>
 #include <QRadioButton>
 #include <QTest>
 
@@ -19,9 +23,10 @@ class Desktop : public QObject
     Q_OBJECT
 
   public:
-    Desktop() { QDesktopServices::setUrlHandler(u"file"_qs, this, "Show"); }
+    Desktop() { Use("Show"); }
     ~Desktop() override { QDesktopServices::unsetUrlHandler(u"file"_qs); }
 
+    void Use(const char *way) { QDesktopServices::setUrlHandler(u"file"_qs, this, way); }
     Q_INVOKABLE void Show(const QUrl &url) { shown << url.toLocalFile(); }
 
     QStringList shown;
@@ -72,6 +77,7 @@ class ForwardingTest : public QObject
     void DownloadAndCommandAddSheets();
     void RunIsForwarded();
     void FailureCostsNoReading();
+    void FocusReturnsBeforeTheSpreadsheet();
 };
 
 void ForwardingTest::DownloadAndCommandAddSheets()
@@ -85,7 +91,9 @@ void ForwardingTest::DownloadAndCommandAddSheets()
     QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
     QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + program.folder.path() + u'.');
     QCOMPARE(program.desktop.shown, QStringList(program.book));
-    const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
+    const frmData *const data = program.DataWindows().first();
+    QVERIFY(WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
+    const std::shared_ptr<DataSet> dataSet = data->Data();
     QCOMPARE(dataSet->GetDatacount(), 50);
     QCOMPARE(program.services.settings.ForwardTitleText, u"Loop/7"_qs); // for the next time
     program.Forward("Forward", u"Loop/7"_qs, program.book);
@@ -144,6 +152,18 @@ void ForwardingTest::RunIsForwarded()
     QVERIFY(program.Message().contains(u".  1New was stopped: "));
     QCOMPARE(program.desktop.shown, QStringList(program.book));
     QVERIFY(MayClose(program.services.state));
+
+    program.desktop.Use("None"); // opens nothing
+    const QString there = program.folder.filePath(u"second.xlsx"_qs);
+    program.StartRun(QString(), there);
+    QVERIFY(program.PassSecond());
+    program.Action("Stop")->trigger();
+    QVERIFY(program.PassSecond());
+    const QString told = u"No program of this desktop opens the worksheet.  2 rows forwarded to "_qs;
+    QVERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
+    QVERIFY(program.Message().contains(u".  1New was stopped: "));
+    program.Forward("Forward", QString(), program.book);
+    QVERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));
 }
 
 void ForwardingTest::FailureCostsNoReading()
@@ -156,8 +176,9 @@ void ForwardingTest::FailureCostsNoReading()
     QVERIFY(QDir(program.folder.path()).rmdir(u"stick"_qs));
     program.Action("Stop")->trigger();
     QVERIFY(program.PassSecond());
-    QVERIFY2(program.Message().contains(u"Forward error occurred. (1New)  This folder does not exist."),
-             qPrintable(program.Message()));
+    QVERIFY2(
+        program.Message().startsWith(u"Forward error occurred. (1New)  This folder does not exist.  1New "),
+        qPrintable(program.Message()));
     QCOMPARE(program.prompts.warnings.size(), 1);
     QVERIFY(program.prompts.warnings.constFirst().endsWith(u"stick/book.xlsx"));
     QVERIFY(program.desktop.shown.isEmpty());
@@ -165,6 +186,33 @@ void ForwardingTest::FailureCostsNoReading()
     program.prompts.files = {program.book}; // and forwarded again
     program.Forward("mnuFileForward", QString());
     QCOMPARE(SheetNames(program.book), QStringList(u"PX40 1"_qs));
+}
+
+/// Where there is one.
+void ForwardingTest::FocusReturnsBeforeTheSpreadsheet()
+{
+    ForwardingProgram program;
+    program.Action("New")->trigger();
+    program.Action("New")->trigger();
+    auto *const progress = program.window->findChild<frmCancel *>();
+    for (frmData *const data : program.DataWindows()) {
+        program.Find<QMdiArea>("workspace")->setActiveSubWindow(data);
+        const auto hasFocus = [data] { return data->isAncestorOf(QApplication::focusWidget()); };
+        QVERIFY(WaitUntil(hasFocus));
+        Script script;
+        script.onCall = [&](const QString &call) {
+            const bool back = call == u"visible 1";
+            QCOMPARE(progress->isVisible(), !back);
+            QCOMPARE(hasFocus(), back);
+        };
+        const auto spreadsheet = [&] { return std::make_unique<ScriptedSheet>(script); };
+        Services &own = program.services;
+        Forwarder forwarder({own.state, own.prompts, own.clock, own.store, spreadsheet, {}}, own.gate,
+                            *progress);
+        const Running<ForwardOutcome> running(forwarder.ForwardData(data->Data(), {}));
+        QVERIFY(running.Finish() && running.Value().done);
+        QVERIFY(script.calls.contains(u"visible 1"_qs) && hasFocus());
+    }
 }
 
 } // namespace px40

@@ -9,14 +9,17 @@ namespace px40 {
 /// A run of the program to its end, with nothing that leads to a display and as little as a script may have.
 struct ProgramRun
 {
+    enum TemporaryFolder { HasTemporary, NoTemporary };
+
     /// In that folder. `redirection`: of the standard output, as a shell has it.
-    ProgramRun(const QString &folder, const QStringList &arguments, const QString &redirection = {})
+    ProgramRun(const QString &folder, const QStringList &arguments, const QString &redirection = {},
+               TemporaryFolder temporary = HasTemporary)
     {
         const QTemporaryDir own;
         QProcess process;
         QProcessEnvironment environment;
-        for (const char *const name : {"TMPDIR", "XDG_CONFIG_HOME"})
-            environment.insert(QString::fromLatin1(name), own.path());
+        environment.insert(u"XDG_CONFIG_HOME"_qs, own.path());
+        environment.insert(u"TMPDIR"_qs, temporary == HasTemporary ? own.path() : own.filePath(u"gone"_qs));
         environment.insert(u"LC_ALL"_qs, u"C.UTF-8"_qs);
         environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
         process.setProcessEnvironment(environment);

@@ -223,7 +223,7 @@ void RealtimeTest::UnpluggedRunGoesOn()
     QVERIFY(WaitUntil([&] { return !rig.comm.IsOpen(); }));
     QVERIFY(rig.PassSeconds(3));
     QCOMPARE(RunText(rig.progress),
-             u"1New: 00:00:05 elapsed, 5 rows, 2 error rows.  Connection lost; retrying."_qs);
+             u"Connection lost; retrying.  1New: 00:00:05 elapsed, 5 rows, 2 error rows."_qs);
     const QTemporaryDir elsewhere; // another device that comes up is left alone
     const sim::PtyServer other(Named(LinkRig::Unpaced(), elsewhere));
     QVERIFY(rig.PassSeconds(1));
@@ -318,12 +318,14 @@ void RealtimeTest::ForwardingFollows()
     QVERIFY(rig.Start(rig.NewSet(1, 2), true));
     QVERIFY(rig.PassSeconds(5));
     forward.failAt = 2; // costs no reading
+    rig.state.ForwardErrorText = u"No room.\r\nbook.xlsx"_qs;
     QVERIFY(rig.Start(rig.NewSet(1, 3), true));
     QVERIFY(rig.PassSeconds(6));
     QCOMPARE(forward.written, QList<int>({1, 2, 3, 1, 2}));
     QCOMPARE(forward.closings, 1);
     QCOMPARE(rig.progress.rows, 4);
-    QVERIFY(RunText(rig.progress).endsWith(u"Forward error occurred. (2New)"));
+    const QString ended = u" has ended: 00:00:03 elapsed, 4 rows, no error rows."_qs;
+    QCOMPARE(RunText(rig.progress), u"Forward error occurred. (2New)  No room.  2New"_qs + ended);
 
     forward.failAt = 0;
     forward.fullAt = 2; // the sheet is finished there, once, and the run goes on
@@ -332,7 +334,7 @@ void RealtimeTest::ForwardingFollows()
     QCOMPARE(forward.written.size(), 7);
     QCOMPARE(forward.closings, 2);
     QCOMPARE(rig.progress.rows, 4);
-    QVERIFY(RunText(rig.progress).endsWith(u"The worksheet is full."));
+    QCOMPARE(RunText(rig.progress), u"The worksheet is full.  3New"_qs + ended);
 
     forward.opens = false;
     for (const bool asked : {true, false}) {

@@ -2,6 +2,7 @@
 #include "forward/sheetxml.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -198,29 +199,30 @@ void SheetXmlTest::TakesTheLastWordOnACell()
 
 void SheetXmlTest::GoesOnWhenThereIsRoomAgain()
 {
-    QTemporaryDir folder;
-    const QByteArray before = qgetenv("TMPDIR");
-    qputenv("TMPDIR", folder.path().toLocal8Bit());
-    SheetContent content;
-    qputenv("TMPDIR", before);
-    QVERIFY(QDir().rmdir(folder.path()));
-
-    const std::string text(1'000, 'x');
-    int row = 1;
-    while (row < 5'000 && content.SetCell(row, 1, CellFormat::Text, text))
-        ++row;
-    QVERIFY2(row < 5'000, "what does not go into the file was taken");
-    QVERIFY(!content.ErrorText().isEmpty());
-    QVERIFY(QDir().mkdir(folder.path()));
-    for (const int end : {3'000, 6'000}) {
-        for (; row < end; ++row)
-            QVERIFY(content.SetCell(row, 1, CellFormat::Text, text));
-        const Sheet sheet(content);
-        QCOMPARE(sheet.values.size(), row - 1);
-        QCOMPARE(sheet.values["A1500"], "s:" + QByteArray(1'000, 'x'));
+    const QTemporaryDir folder;
+    const QString temporary = folder.filePath(u"temporary"_qs);
+    const QString other = folder.filePath(u"other"_qs);
+    const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });
+    qputenv("TMPDIR", temporary.toLocal8Bit());
+    for (const QString &there : {temporary, other}) {
+        SheetContent content;
+        content.SetOtherFolder(other);
+        const std::string text(1'000, 'x');
+        int row = 1;
+        while (row < 5'000 && content.SetCell(row, 1, CellFormat::Text, text))
+            ++row;
+        QVERIFY2(row < 5'000, "what does not go into a file was taken");
+        QVERIFY(content.ErrorText().contains(u"No such file"));
+        QVERIFY(QDir().mkdir(there));
+        for (const int end : {3'000, 6'000}) {
+            for (; row < end; ++row)
+                QVERIFY(content.SetCell(row, 1, CellFormat::Text, text));
+            const Sheet sheet(content);
+            QCOMPARE(sheet.values.size(), row - 1);
+            QCOMPARE(sheet.values["A1500"], "s:" + QByteArray(1'000, 'x'));
+        }
+        QVERIFY2(QDir().rmdir(there), "the temporary file would be left over");
     }
-    QVERIFY2(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot),
-             "the temporary file would be left over");
 }
 
 /// What the sheets of data sets have none of: names and titles that need care, and ranges upside down.

@@ -214,24 +214,32 @@ void XlsxFileTest::Meanwhile()
 
 void XlsxFileTest::FullDisk()
 {
-    BookRig rig;
-    const QByteArray before = Contents(rig.name);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    constexpr rlim_t little = 50'000;
-    const rlimit lower{little, limit.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &lower);
-    XlsxFile file(u"T"_qs);
-    QCOMPARE(Fill(file, rig.name), SheetStep::Done);
-    WriteWatch watch;
-    const WriteResult result = file.Write(&watch);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, handler);
-    QCOMPARE(result, WriteResult::Failed);
-    QCOMPARE(QString::fromStdString(file.ErrorText()), Text(Str::BookNotWritten).arg(qt_error_string(EFBIG)));
-    QCOMPARE(Contents(rig.name), before);
-    QCOMPARE(rig.Neighbours(), QStringList());
+    for (const bool isNew : {false, true}) {
+        BookRig rig;
+        const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
+        if (isNew)
+            QVERIFY(QFile::remove(rig.name));
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        constexpr rlim_t little = 1000;
+        const rlimit lower{little, limit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &lower);
+        XlsxFile file(u"T"_qs);
+        file.SetNewName(rig.name);
+        QCOMPARE(Fill(file, isNew ? QString() : rig.name), SheetStep::Done);
+        WriteWatch watch;
+        const WriteResult result = file.Write(&watch);
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, handler);
+        QCOMPARE(result, WriteResult::Failed);
+        const QString told =
+            isNew ? u"Nothing was saved: "_qs : u"Nothing was saved, the old file is whole: "_qs;
+        QCOMPARE(QString::fromStdString(file.ErrorText()), told + qt_error_string(EFBIG));
+        QCOMPARE(Contents(rig.name), before);
+        QCOMPARE(QFile::exists(rig.name), !isNew);
+        QCOMPARE(rig.Neighbours(), QStringList());
+    }
 }
 
 void XlsxFileTest::SweepsLeftovers()

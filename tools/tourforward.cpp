@@ -70,7 +70,9 @@ QMessageBox *PressRefused(Stage &stage, QDialog *dialog, const QString &file, St
             u"Typing a file's name does not choose Custom."_s);
     stage.ClickButton(dialog, u"btOk"_s);
     QMessageBox *const box = stage.AwaitBox();
-    RequireText(u"The refusal of a workbook"_s, box->text(), Text(reason) + u'\n' + file);
+    const QString allowed =
+        u"Microsoft Excel File, Custom: the path of an existing .xlsx or .xlsm workbook that can be changed."_s;
+    RequireText(u"The refusal of a workbook"_s, box->text(), Text(reason) + u'\n' + file + u'\n' + allowed);
     return box;
 }
 

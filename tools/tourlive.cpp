@@ -223,7 +223,7 @@ void Tour::StopRun(Stage &stage)
     BeginRun(stage, AwaitQuestion(stage));
     AwaitRows(stage, PeriodRows + 3);
     stage.ClickTool(u"Stop"_s);
-    Require(stage.Message().endsWith(Text(Str::RunStopping)),
+    Require(stage.Message().startsWith(Text(Str::RunStopping)),
             u"The status bar says \"%1\" after Stop."_s.arg(stage.Message()));
     camera_.Take(u"22f-run-stopping"_s, stage.Windows());
     AwaitEndOfRun(stage);
@@ -270,7 +270,7 @@ void Tour::UnplugRun(Stage &stage)
     RequirePort(stage, u"Port 1: connection lost"_s);
     Require(stage.Find<QLabel>(u"llMessage"_s, stage.Moniter())->text().startsWith(u"No reading since "_s),
             u"MEASURE does not tell that its value is old."_s);
-    Require(stage.Message().endsWith(Text(Str::RunRetries)) && !Stage::Box(),
+    Require(stage.Message().startsWith(Text(Str::RunRetries)) && !Stage::Box(),
             u"The status bar says \"%1\" while the instrument is unplugged."_s.arg(stage.Message()));
     camera_.Take(u"23a-run-unplugged"_s, stage.Windows());
 

@@ -1,6 +1,7 @@
 // Forwards a small data set by automation, and waits where the target is busy, for tests under wine.
-//   client whole|running SAMPLES [-s] [WORKBOOK]     -s: SAVE-mode data
-// Tells how it ended: "Done" (0), "Failed: " and why (1), "Given up" when it stays busy (2).
+//   client whole|running SAMPLES [-s] [-c ROWS] [WORKBOOK]     -s: SAVE-mode data; -c: whole, and cancelled
+//                                                              once so many rows of the table are written
+// Tells how it ended: "Done" (0), "Failed: " and why (1), "Given up" when it stays busy (2), "Canceled" (3).
 #include "forward/dispatch.h"
 #include "forward/excelautomation.h"
 #include "forward/forwardsteps.h"
@@ -82,10 +83,14 @@ int Tell(px40::SheetStep made, const px40::SheetTarget &target)
     return made == px40::SheetStep::Done ? 0 : made == px40::SheetStep::Failed ? 1 : 2;
 }
 
-int ForwardWhole(px40::SheetTarget &target, const Sample &sample, const std::string &workbook)
+int ForwardWhole(px40::SheetTarget &target, const Sample &sample, const std::string &workbook, int cancelAt)
 {
     px40::WholeForward forward(target, sample, workbook);
-    const int told = Tell(Make([&forward] { return forward.Next(); }), target);
+    const auto cancelled = [&forward, cancelAt] { return forward.RowsWritten() == cancelAt; };
+    const px40::SheetStep made = Make([&] { return cancelled() ? px40::SheetStep::Done : forward.Next(); });
+    if (cancelled())
+        std::puts("Canceled");
+    const int told = cancelled() ? 3 : Tell(made, target);
     Make([&forward] { return forward.End(); });
     return told;
 }
@@ -121,6 +126,9 @@ int wmain(int count, wchar_t **words)
     int next = 3;
     const bool saveMode = next < count && std::wcscmp(words[next], L"-s") == 0;
     next += saveMode ? 1 : 0;
+    const bool cancels = next < count && std::wcscmp(words[next], L"-c") == 0;
+    const int cancelAt = cancels ? _wtoi(words[next + 1]) : -1;
+    next += cancels ? 2 : 0;
     const Sample sample(_wtoi(words[2]), saveMode);
     const std::string workbook = next < count ? Utf8(words[next]) : "";
 
@@ -130,7 +138,8 @@ int wmain(int count, wchar_t **words)
     int told = 0;
     {
         px40::ExcelAutomation excel;
-        told = whole ? ForwardWhole(excel, sample, workbook) : ForwardRunning(excel, sample, workbook);
+        told =
+            whole ? ForwardWhole(excel, sample, workbook, cancelAt) : ForwardRunning(excel, sample, workbook);
     }
     std::fflush(stdout);
     // Ends without leaving the apartment, which would release what the automation has forgotten.

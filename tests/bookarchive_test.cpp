@@ -1,0 +1,262 @@
+// Workbooks as other programs pack them, and such as a disk or a cable has damaged.
+
+#include "tests/bookrig.h"
+#include "tests/support.h"
+
+#include <QtEndian>
+
+#include <functional>
+#include <tuple>
+
+using namespace px40;
+
+namespace {
+
+const QByteArray Image = "xl/media/image1.png"; // stored, and nobody here reads it
+const QByteArray Workbook = "xl/workbook.xml";
+
+/// The bytes of an archive, and the numbers in them.
+struct Archive
+{
+    template <typename Number>
+    Number Get(qsizetype at) const
+    {
+        return qFromLittleEndian<Number>(bytes.constData() + at);
+    }
+    template <typename Number>
+    void Set(qsizetype at, Number number)
+    {
+        qToLittleEndian(number, bytes.data() + at);
+    }
+    qsizetype End() const { return bytes.lastIndexOf("PK\5\6"); }
+    qsizetype Directory() const { return Get<quint32>(End() + 16); }
+    /// Where the directory has that part, and where its header is.
+    qsizetype Entry(const QByteArray &name) const { return bytes.indexOf(name, Directory()) - 46; }
+    qsizetype Header(const QByteArray &name) const { return Get<quint32>(Entry(name) + 42); }
+    /// A part as it is packed.
+    QByteArray Packed(const QByteArray &name) const
+    {
+        const qsizetype at = Header(name);
+        return bytes.mid(at + 30 + Get<quint16>(at + 26) + Get<quint16>(at + 28),
+                         Get<quint32>(Entry(name) + 20));
+    }
+
+    QByteArray bytes;
+};
+
+template <typename... Number>
+QByteArray Numbers(Number... numbers)
+{
+    QByteArray bytes;
+    const auto append = [&bytes](auto number) {
+        char one[sizeof number];
+        qToLittleEndian(number, one);
+        bytes.append(one, sizeof number);
+    };
+    (append(numbers), ...);
+    return bytes;
+}
+
+/// The archive with sizes and checksum behind each entry, as whoever cannot seek writes it. `large`: with all
+/// numbers in 8 bytes, as for an archive beyond 4 GB.
+void PutSizesBehind(Archive &archive, bool inHeaderToo, bool large)
+{
+    const QByteArray past(8, '\xFF');
+    const QByteArray versionAndFlags = Numbers(quint16{20}, quint16{8});
+    QByteArray entries;
+    QByteArray directory;
+    quint16 count = 0;
+    for (qsizetype at = archive.Directory(); at < archive.End(); ++count) {
+        const auto nameSize = archive.Get<quint16>(at + 28);
+        const QByteArray name = archive.bytes.mid(at + 46, nameSize);
+        const QByteArray kind = archive.bytes.mid(at + 10, 6);   // method and date
+        const QByteArray sizes = archive.bytes.mid(at + 16, 12); // and before them the checksum
+        const quint64 packed = archive.Get<quint32>(at + 20);
+        const quint64 size = archive.Get<quint32>(at + 24);
+        const auto begin = static_cast<quint32>(entries.size());
+        const QByteArray numbers = Numbers(quint16{1}, quint16{24}, size, packed, quint64{begin});
+        const QByteArray extra = large ? numbers : QByteArray();
+        const QByteArray lengths = Numbers(nameSize, static_cast<quint16>(extra.size()));
+        const QByteArray shown = large ? sizes.left(4) + past : sizes;
+        entries += "PK\3\4" + versionAndFlags + kind + (inHeaderToo ? shown : QByteArray(12, '\0')) +
+                   lengths + name + extra + archive.Packed(name) + "PK\7\10" + sizes;
+        directory += "PK\1\2" + Numbers(quint16{20}) + versionAndFlags + kind + shown + lengths +
+                     QByteArray(10, '\0') + (large ? past.left(4) : Numbers(begin)) + name + extra;
+        at += 46 + nameSize + archive.Get<quint16>(at + 30);
+    }
+    const quint64 begin = static_cast<quint64>(entries.size());
+    const quint64 size = static_cast<quint64>(directory.size());
+    archive.bytes = entries + directory;
+    if (large)
+        archive.bytes +=
+            "PK\6\6" +
+            Numbers(quint64{44}, quint32{45}, quint64{0}, quint64{count}, quint64{count}, size, begin) +
+            "PK\6\7" + Numbers(quint32{0}, begin + size, quint32{1});
+    archive.bytes += "PK\5\6" + Numbers(quint32{0}, count, count, static_cast<quint32>(size),
+                                        static_cast<quint32>(begin), quint16{0});
+}
+
+using Change = std::function<void(Archive &)>;
+
+/// The plain workbook after a change.
+QByteArray Changed(const Change &change)
+{
+    const BookRig rig;
+    Archive archive{Contents(rig.name)};
+    change(archive);
+    return archive.bytes;
+}
+
+} // namespace
+
+class BookArchiveTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void TakesWhatOthersUnpack_data();
+    void TakesWhatOthersUnpack();
+    void RefusesWhatIsDamaged_data();
+    void RefusesWhatIsDamaged();
+};
+
+void BookArchiveTest::TakesWhatOthersUnpack_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << Changed(change); };
+    row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(66'000, 'x'); });
+    row("comment", [](Archive &book) {
+        book.Set<quint16>(book.End() + 20, 5);
+        book.bytes += "hello";
+    });
+    row("gap before the directory", [](Archive &book) {
+        const qsizetype at = book.Directory();
+        book.Set(book.End() + 16, static_cast<quint32>(at + 9));
+        book.bytes.insert(at, "PK\5\6 gap.");
+    });
+    row("another date", [](Archive &book) { book.Set<quint32>(book.Header(Workbook) + 10, 1234); });
+    row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
+    row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
+    row("sizes behind", [](Archive &book) { PutSizesBehind(book, false, false); });
+    row("sizes behind and before", [](Archive &book) { PutSizesBehind(book, true, false); });
+    row("large numbers", [](Archive &book) { PutSizesBehind(book, true, true); });
+    QTest::newRow("archive within") << Contents(
+        BookRig(PlainBook() << std::pair{QByteArray("xl/inner.xlsx"), Contents(BookRig().name)}).name);
+    QTest::newRow("twice what nobody reads") << Changed([](Archive &book) {
+        const QByteArray name = "xl/calcChain.xml"; // gets the name of its neighbour
+        for (const qsizetype at : {book.Entry(Image) + 46, book.Header(Image) + 30})
+            book.bytes.replace(at, Image.size(), QByteArray(Image).replace(0, name.size(), name));
+    });
+}
+
+void BookArchiveTest::TakesWhatOthersUnpack()
+{
+    QFETCH(QByteArray, bytes);
+    const BookRig rig;
+    const Archive book{bytes};
+    QVERIFY(Put(rig.name, bytes.left(book.End() + 22 + book.Get<quint16>(book.End() + 20))));
+    const auto before = ReadPackage(rig.name, false);
+    QVERIFY(before.size() > 8 && Put(rig.name, bytes));
+    QCOMPARE(XlsxFile::WhyNot(rig.name), QString());
+    QCOMPARE(AddTo(rig.name, u"T"_qs), WriteResult::Done);
+    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+
+    const auto after = ReadPackage(rig.name);
+    const Archive now{Contents(rig.name)};
+    int kept = 0;
+    for (auto entry = before.begin(); entry != before.end(); ++entry) {
+        const bool same = after.value(entry.key()).kept == entry->kept;
+        QVERIFY(!same || bytes.contains(now.Packed(entry.key())));
+        kept += same ? 1 : 0;
+    }
+    QCOMPARE(kept, before.size() - 4);
+}
+
+void BookArchiveTest::RefusesWhatIsDamaged_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("damage");
+    const auto row = [](const char *name, const QString &damage, const Change &change) {
+        QTest::newRow(name) << Changed(change) << damage;
+    };
+    const QString end = u"its end is missing"_qs;
+    const QString directory = u"its directory is damaged"_qs;
+    const QString pastEnd = u"its directory points past its end"_qs;
+    const QString header = u"the header of xl/media/image1.png is damaged"_qs;
+    row("cut off", end, [](Archive &book) { book.bytes.chop(30); });
+    row("cut in the end", end, [](Archive &book) { book.bytes.chop(1); });
+    row("too far behind", end, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
+    row("a piece is missing", pastEnd,
+        [](Archive &book) { book.bytes.remove(book.Header(Image) + 99, 500); });
+    row("directory elsewhere", directory, [](Archive &book) {
+        book.Set<quint32>(book.End() + 16, static_cast<quint32>(book.Directory() - 7));
+    });
+    row("directory past the end", pastEnd,
+        [](Archive &book) { book.Set<quint32>(book.End() + 16, 0x7FFFFFFF); });
+    row("directory too long", pastEnd,
+        [](Archive &book) { book.Set<quint32>(book.End() + 12, book.Get<quint32>(book.End() + 12) + 10); });
+    row("directory too short", directory,
+        [](Archive &book) { book.Set<quint32>(book.End() + 12, book.Get<quint32>(book.End() + 12) - 10); });
+    row("fewer entries", directory, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
+    row("entry", directory, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
+    row("no large end", directory, [](Archive &book) {
+        PutSizesBehind(book, true, true);
+        book.bytes.replace("PK\6\6", "PK\6\5");
+    });
+    row("entry past the end", u"xl/media/image1.png reaches past its end"_qs,
+        [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0x7FFFFFFF); });
+    row("longer than all", u"xl/media/image1.png reaches past its end"_qs, [](Archive &book) {
+        for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
+            book.Set<quint32>(at, 0x7FFFFFFF);
+    });
+    row("overlapping", u"xl/media/image1.png overlaps another part"_qs, [](Archive &book) {
+        for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
+            book.Set<quint32>(at, book.Get<quint32>(at) + 1);
+    });
+    row("one place for two", u"[Content_Types].xml overlaps another part"_qs,
+        [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
+    for (const int at : {0, 8, 14, 18, 26, 28, 30}) // mark, method, checksum, size, lengths, name
+        QTest::addRow("header at %d", at)
+            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << header;
+    row("extra field", header, [](Archive &book) {
+        const qsizetype at = book.Header(Image);
+        book.Set<quint16>(at + 26, static_cast<quint16>(Image.size()));
+        book.Set<quint16>(at + 28, 5);
+    });
+    const auto broken = u"the contents of %1 are damaged"_qs;
+    for (const QByteArray &name : {Image, Workbook}) {
+        const QString damage = broken.arg(QString::fromLatin1(name));
+        row((name + ": contents").constData(), damage,
+            [&name](Archive &book) { book.bytes.data()[book.Header(name) + 99] ^= 0x55; });
+        row((name + ": checksum").constData(), damage, [&name](Archive &book) {
+            for (const qsizetype at : {book.Entry(name) + 16, book.Header(name) + 14})
+                ++book.bytes.data()[at];
+        });
+    }
+    row("packed size", broken.arg(u"xl/media/image1.png"), [](Archive &book) {
+        PutSizesBehind(book, true, false);
+        book.Set<quint32>(book.Entry(Image) + 20, 77);
+    });
+    QTest::newRow("twice")
+        << Contents(BookRig(PlainBook() << std::pair{QByteArray("XL/Styles.xml"), QByteArray()}).name)
+        << u"xl/styles.xml is there twice"_qs;
+}
+
+void BookArchiveTest::RefusesWhatIsDamaged()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, damage);
+    const BookRig rig;
+    QVERIFY(Put(rig.name, bytes));
+    XlsxFile file(u"T"_qs);
+    Fill(file, rig.name);
+    WriteWatch watch;
+    QCOMPARE(file.Write(&watch), WriteResult::Failed);
+    const QString told = QString::fromStdString(file.ErrorText());
+    QVERIFY2(told.startsWith(u"This workbook is damaged ("_qs + damage + u"). "_qs), qPrintable(told));
+    QCOMPARE(Contents(rig.name), bytes);
+    QCOMPARE(rig.Neighbours(), QStringList());
+}
+
+QTEST_GUILESS_MAIN(BookArchiveTest)
+#include "bookarchive_test.moc"
