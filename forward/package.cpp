@@ -154,8 +154,7 @@ void Package::CheckContents() const
             continue;
         const int problem = zip_error_code_zip(zip_get_error(archive_));
         if (problem != ZIP_ER_COMPNOTSUPP && problem != ZIP_ER_ENCRNOTSUPP && problem != ZIP_ER_NOPASSWD)
-            ThrowDamaged(zip_get_name(archive_, index, ZIP_FL_UNCHANGED) + std::string(": ") +
-                         zip_strerror(archive_));
+            ThrowBroken(zip_get_name(archive_, index, ZIP_FL_UNCHANGED), zip_get_error(archive_));
     }
 }
 

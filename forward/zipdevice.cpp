@@ -3,7 +3,6 @@
 #include "forward/bookfault.h"
 #include "forward/replacement.h"
 #include "forward/writeprogress.h"
-#include "forward/ziplayout.h"
 #include "resources/strings.h"
 
 #include <algorithm>
@@ -18,6 +17,19 @@ namespace {
 constexpr qint64 SmallBlock = 4 * 1024;
 constexpr qint64 SmallGap = 32 * 1024;
 constexpr qint64 LargeBlock = 256 * 1024;
+
+/// Why an archive cannot be opened, in the user's words.
+QString DamageText(zip_error_t *problem)
+{
+    switch (zip_error_code_zip(problem)) {
+    case ZIP_ER_NOZIP:
+        return Text(Str::BookEndMissing);
+    case ZIP_ER_INCONS:
+        return Text(Str::BookDirectoryDamaged);
+    default:
+        return QString::fromUtf8(zip_error_strerror(problem));
+    }
+}
 
 } // namespace
 
@@ -40,39 +52,21 @@ QString ZipDevice::WriteError() const
 Zip ZipDevice::Open()
 {
     const bool anew = file_.fileName().isEmpty();
-    ZipLayout layout;
-    if (!anew) {
-        if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-            throw BookFault{Text(Str::BookNotRead).arg(file_.errorString())};
-        size_ = file_.size();
-        layout =
-            LookAtZip(size_, [this](qint64 from, char *to, qint64 length) { ReadAll(from, to, length); });
-        size_ = layout.end;
-    }
+    if (!anew && !file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw BookFault{Text(Str::BookNotRead).arg(file_.errorString())};
+    size_ = anew ? 0 : file_.size();
 
     zip_error_t problem;
     zip_error_init(&problem);
     zip_source_t *source = zip_source_function_create(&ZipDevice::Call, this, &problem);
     const int flags = (anew ? ZIP_CREATE : 0) | (written_ ? 0 : ZIP_RDONLY);
     Zip archive(source ? zip_open_from_source(source, flags, &problem) : nullptr);
-    const QString reason = QString::fromUtf8(zip_error_strerror(&problem));
+    const QString damage = DamageText(&problem);
     zip_error_fini(&problem);
-    if (!archive) {
-        zip_source_free(source);
-        throw BookFault{readError_.isEmpty() ? Text(Str::BookDamaged).arg(reason)
-                                             : Text(Str::BookNotRead).arg(readError_)};
-    }
-    if (zip_get_num_entries(archive.get(), 0) != layout.entries) // it has taken something else for the end
-        throw BookFault{Text(Str::BookDamaged).arg(Text(Str::BookDirectoryDamaged))};
-    return archive;
-}
-
-void ZipDevice::ReadAll(qint64 from, char *to, qint64 length)
-{
-    at_ = from;
-    if (Read(to, length) == length)
-        return;
-    throw BookFault{readError_.isEmpty() ? Text(Str::BookDamaged).arg(Text(Str::BookEndMissing))
+    if (archive)
+        return archive;
+    zip_source_free(source);
+    throw BookFault{readError_.isEmpty() ? Text(Str::BookDamaged).arg(damage)
                                          : Text(Str::BookNotRead).arg(readError_)};
 }
 

@@ -33,8 +33,8 @@ class ZipDevice
     /// From now on the archive may be closed into that file; both must outlive it.
     void WriteTo(Replacement *file, WriteProgress *progress);
 
-    /// The archive, of which directory and headers fit together. It must not outlive this. Throws
-    /// `BookFault`.
+    /// The archive, with whatever its directory leads to: not as strict as some are about headers that nobody
+    /// reads. It must not outlive this. Throws `BookFault`.
     Zip Open();
 
     /// Lets go of the file that is read, once the archive is closed.
@@ -57,7 +57,6 @@ class ZipDevice
     zip_int64_t Write(const char *from, qint64 length);
     zip_int64_t Fail(int error, int systemError = 0);
     bool Fill();
-    void ReadAll(qint64 from, char *to, qint64 length);
 
     QFile file_;
     qint64 size_ = 0;

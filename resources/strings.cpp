@@ -555,7 +555,7 @@ const char16_t *Lookup(Str id)
     case Str::BookNotWritten:
         return u"Nothing was saved, the old file is whole: %1";
     case Str::BookEndMissing:
-        return u"its end is missing";
+        return u"its directory cannot be found";
     case Str::BookTooLarge:
         return u"A part of this workbook is too large to be changed here. Choose another one.";
     case Str::BookReadOnly:
@@ -625,14 +625,6 @@ const char16_t *Lookup(Str id)
         return u"Nothing was saved: %1";
     case Str::BookDirectoryDamaged:
         return u"its directory is damaged";
-    case Str::BookDirectoryPastEnd:
-        return u"its directory points past its end";
-    case Str::BookPartHeader:
-        return u"the header of %1 is damaged";
-    case Str::BookPartPastEnd:
-        return u"%1 reaches past its end";
-    case Str::BookPartsOverlap:
-        return u"%1 overlaps another part";
     case Str::BookPartTwice:
         return u"%1 is there twice";
     case Str::BookPartBroken:

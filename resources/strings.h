@@ -315,10 +315,6 @@ enum class Str : int {
     ForwardFileAllowedByExcel,
     BookNotMade,
     BookDirectoryDamaged,
-    BookDirectoryPastEnd,
-    BookPartHeader,
-    BookPartPastEnd,
-    BookPartsOverlap,
     BookPartTwice,
     BookPartBroken,
 };

@@ -124,7 +124,7 @@ void BookArchiveTest::TakesWhatOthersUnpack_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << Changed(change); };
-    row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(66'000, 'x'); });
+    row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(60'000, 'x'); });
     row("comment", [](Archive &book) {
         book.Set<quint16>(book.End() + 20, 5);
         book.bytes += "hello";
@@ -135,6 +135,9 @@ void BookArchiveTest::TakesWhatOthersUnpack_data()
         book.bytes.insert(at, "PK\5\6 gap.");
     });
     row("another date", [](Archive &book) { book.Set<quint32>(book.Header(Workbook) + 10, 1234); });
+    for (const int at : {0, 8, 14, 18, 30}) // mark, method, checksum, size, name: the directory has them, too
+        QTest::addRow("header at %d", at)
+            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; });
     row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
     row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
     row("sizes behind", [](Archive &book) { PutSizesBehind(book, false, false); });
@@ -179,50 +182,41 @@ void BookArchiveTest::RefusesWhatIsDamaged_data()
     const auto row = [](const char *name, const QString &damage, const Change &change) {
         QTest::newRow(name) << Changed(change) << damage;
     };
-    const QString end = u"its end is missing"_qs;
+    const QString nowhere = u"its directory cannot be found"_qs;
     const QString directory = u"its directory is damaged"_qs;
-    const QString pastEnd = u"its directory points past its end"_qs;
-    const QString header = u"the header of xl/media/image1.png is damaged"_qs;
-    row("cut off", end, [](Archive &book) { book.bytes.chop(30); });
-    row("cut in the end", end, [](Archive &book) { book.bytes.chop(1); });
-    row("too far behind", end, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
-    row("a piece is missing", pastEnd,
+    const QString image = u"the contents of xl/media/image1.png are damaged"_qs;
+    row("cut off", nowhere, [](Archive &book) { book.bytes.chop(30); });
+    row("cut in the end", nowhere, [](Archive &book) { book.bytes.chop(1); });
+    row("too far behind", nowhere, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
+    row("a piece is missing", directory,
         [](Archive &book) { book.bytes.remove(book.Header(Image) + 99, 500); });
-    row("directory elsewhere", directory, [](Archive &book) {
+    row("directory elsewhere", nowhere, [](Archive &book) {
         book.Set<quint32>(book.End() + 16, static_cast<quint32>(book.Directory() - 7));
     });
-    row("directory past the end", pastEnd,
+    row("directory past the end", directory,
         [](Archive &book) { book.Set<quint32>(book.End() + 16, 0x7FFFFFFF); });
-    row("directory too long", pastEnd,
-        [](Archive &book) { book.Set<quint32>(book.End() + 12, book.Get<quint32>(book.End() + 12) + 10); });
-    row("directory too short", directory,
-        [](Archive &book) { book.Set<quint32>(book.End() + 12, book.Get<quint32>(book.End() + 12) - 10); });
-    row("fewer entries", directory, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
-    row("entry", directory, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
+    for (const int by : {10, -10})
+        QTest::addRow("directory longer by %d", by) << Changed([by](Archive &book) {
+            book.Set(book.End() + 12,
+                     static_cast<quint32>(static_cast<int>(book.Get<quint32>(book.End() + 12)) + by));
+        }) << directory;
+    row("fewer entries", nowhere, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
+    row("entry", nowhere, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
     row("no large end", directory, [](Archive &book) {
         PutSizesBehind(book, true, true);
         book.bytes.replace("PK\6\6", "PK\6\5");
     });
-    row("entry past the end", u"xl/media/image1.png reaches past its end"_qs,
+    row("entry past the end", image,
         [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0x7FFFFFFF); });
-    row("longer than all", u"xl/media/image1.png reaches past its end"_qs, [](Archive &book) {
-        for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
-            book.Set<quint32>(at, 0x7FFFFFFF);
-    });
-    row("overlapping", u"xl/media/image1.png overlaps another part"_qs, [](Archive &book) {
-        for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
-            book.Set<quint32>(at, book.Get<quint32>(at) + 1);
-    });
-    row("one place for two", u"[Content_Types].xml overlaps another part"_qs,
-        [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
-    for (const int at : {0, 8, 14, 18, 26, 28, 30}) // mark, method, checksum, size, lengths, name
+    row("one place for two", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
+    for (const int by : {1, 0x7FFFF})
+        QTest::addRow("entry longer by %d", by) << Changed([by](Archive &book) {
+            for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
+                book.Set(at, static_cast<quint32>(static_cast<int>(book.Get<quint32>(at)) + by));
+        }) << image;
+    for (const int at : {26, 28}) // lengths
         QTest::addRow("header at %d", at)
-            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << header;
-    row("extra field", header, [](Archive &book) {
-        const qsizetype at = book.Header(Image);
-        book.Set<quint16>(at + 26, static_cast<quint16>(Image.size()));
-        book.Set<quint16>(at + 28, 5);
-    });
+            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << image;
     const auto broken = u"the contents of %1 are damaged"_qs;
     for (const QByteArray &name : {Image, Workbook}) {
         const QString damage = broken.arg(QString::fromLatin1(name));

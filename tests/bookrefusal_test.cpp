@@ -63,8 +63,6 @@ void BookRefusalTest::Refuses()
     };
     BookParts binary = Changed(plain, "_rels/.rels", "workbook.xml", "workbook.bin");
     binary.emplace_back("xl/workbook.bin", "\x83\x01");
-    QByteArray broken = good;
-    broken[good.indexOf(book) + book.size() + 40] ^= 0x55;
     const QString damaged = Text(Str::BookDamaged);
 
     const std::tuple<const char *, QByteArray, QString> rows[] = {
@@ -85,7 +83,6 @@ void BookRefusalTest::Refuses()
         {"cut off", good.left(good.size() / 2), damaged.arg(Text(Str::BookEndMissing))},
         {"huge part", changed("<bookViews>", QByteArray(65 << 20, ' ') + "<bookViews>"),
          Text(Str::BookTooLarge)},
-        {"broken", broken, {}},
         {"read-only", good, Text(Str::BookReadOnly)},
     };
     for (const auto &[what, bytes, sentence] : rows) {
@@ -96,7 +93,7 @@ void BookRefusalTest::Refuses()
         if (sentence == Text(Str::BookReadOnly))
             QFile::setPermissions(name, QFile::ReadOwner | QFile::ReadGroup);
         const QString reason = XlsxFile::WhyNot(name);
-        QVERIFY2(sentence.isEmpty() ? !reason.isEmpty() : reason == sentence, what);
+        QVERIFY2(reason == sentence, what);
         XlsxFile file(u"T"_qs);
         QCOMPARE(Fill(file, name), SheetStep::Failed);
         WriteWatch watch;
