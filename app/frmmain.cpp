@@ -22,11 +22,14 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include <algorithm>
+
 namespace px40 {
 
 namespace {
 constexpr int WarningShownMs = 3000;
-}
+constexpr int MessageWidth = 28; // in characters
+} // namespace
 
 frmMain::frmMain(Services &services)
     : services_(&services), workspace_(new Workspace(this)), actions_(new MainActions(this)),
@@ -66,12 +69,16 @@ void frmMain::BuildStatusBar()
     statusBar()->setObjectName(QStringLiteral("sbMain"));
     message_ = new ElidedLabel(this);
     message_->setObjectName(QStringLiteral("Msg"));
+    selection_ = new ElidedLabel(this);
+    selection_->setObjectName(QStringLiteral("Sel"));
+    for (ElidedLabel *const label : {message_, selection_}) {
+        label->setContentsMargins(6, 0, 6, 0);
+        label->setMinimumWidth(1); // a long text widens no window
+        statusBar()->addWidget(label);
+    }
     port_ = new QLabel(this);
     port_->setObjectName(QStringLiteral("Port"));
-    message_->setContentsMargins(6, 0, 6, 0);
-    message_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long text widens no window
     port_->setContentsMargins(6, 0, 6, 0);
-    statusBar()->addWidget(message_, 1);
     statusBar()->addPermanentWidget(port_);
 }
 
@@ -130,6 +137,20 @@ void frmMain::ShowTitle()
 void frmMain::ShowMessage(const QString &text)
 {
     message_->SetText(text);
+    // So much of it is seen also in a narrow window, beside what is told of a selection.
+    const QFontMetrics metrics = message_->fontMetrics();
+    message_->setMinimumWidth(
+        std::min(metrics.horizontalAdvance(text), MessageWidth * metrics.averageCharWidth()));
+}
+
+/// Of the active data window's selected rows, beside the message: neither takes the other away.
+void frmMain::ShowSelection()
+{
+    const frmData *const active = ActiveData();
+    const QString text = active ? active->SelectionText() : QString();
+    selection_->setText(text);
+    selection_->setToolTip(text + u'\n' + Text(Str::SelectionTip));
+    selection_->setVisible(!text.isEmpty());
 }
 
 void frmMain::ShowWarning(const QString &text)
@@ -173,6 +194,7 @@ void frmMain::OnWindowActivated()
 {
     ApplyDataWindowButtons(ActiveData() != nullptr, &buttonStates_);
     RefreshCommands();
+    ShowSelection();
     workspace_->viewport()->update();
 }
 

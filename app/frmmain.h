@@ -89,6 +89,7 @@ class frmMain : public QMainWindow
     void BuildStatusBar();
     void ShowWarning(const QString &text);
     void ShowFileMessage(const QString &text);
+    void ShowSelection();
     void ShowPort();
     void ShowTitle();
     void OnWindowActivated();
@@ -136,6 +137,7 @@ class frmMain : public QMainWindow
     CommandStates buttonStates_;
     QPointer<QMdiSubWindow> activeBefore_;
     ElidedLabel *message_ = nullptr;
+    ElidedLabel *selection_ = nullptr;
     QLabel *port_ = nullptr;
     QElapsedTimer warned_; ///< since a warning, which the messages of a run leave standing for a while
     bool downloadAsked_ = false;

@@ -66,6 +66,7 @@ frmData *frmMain::AddDataWindow(const std::shared_ptr<DataSet> &dataSet)
     auto *const window = new frmData(dataSet, windowServices);
     workspace_->addSubWindow(window);
     workspace_->Place(window);
+    connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);
     return window;
 }
 
@@ -76,6 +77,11 @@ std::shared_ptr<DataSet> frmMain::NewDataWindow(int kind)
     frmData *const window = AddDataWindow(dataSet);
     dataSet->OpenNew(kind);
     window->show();
+    if (window->isMaximized()) { // as the one before it was, and nobody has asked for anything else
+        WindowShape shape = dataSet->Shape();
+        shape.state = WindowShape::Maximised;
+        dataSet->SetShape(shape);
+    }
     OnWindowActivated();
     ShowHourglass(false);
     return dataSet;

@@ -4,15 +4,11 @@
 #include "document/graphseries.h"
 #include "resources/strings.h"
 
-#include <QContextMenuEvent>
-#include <QKeyEvent>
-#include <QMenu>
+#include <QPaintEvent>
 #include <QToolTip>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace px40 {
 
@@ -40,6 +36,7 @@ Chart::Chart(DataSet *set, QWidget *parent) : GraphPlot(set, parent), movedSet_(
     look_ = GraphStyle::ForPalette(palette(), isEnabled());
     SetStyle(look_);
     connect(set, &DataSet::graphChanged, this, &Chart::MarkDirty);
+    connect(set, &DataSet::graphBegun, this, &Chart::ZoomBack);
     connect(set, &QObject::destroyed, this, &Chart::MarkDirty);
 }
 
@@ -85,6 +82,7 @@ void Chart::paintEvent(QPaintEvent *)
     painter.drawPixmap(0, 0, picture_);
     DrawHover(painter);
     painter.setRenderHint(QPainter::Antialiasing, false);
+    DrawBand(painter);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
@@ -100,7 +98,7 @@ void Chart::DrawHover(QPainter &painter) const
     faint.setAlphaF(0.45F);
     painter.setPen(faint);
     painter.drawLine(QPointF(std::round(x), plot.top()), QPointF(std::round(x), plot.bottom()));
-    const GraphPoint point = Point(hovered_);
+    const GraphPoint point = IsHidden(Readings) ? GraphPoint() : Point(hovered_);
     const double y = point.HasReading() ? Y(static_cast<double>(point.reading)) : -1;
     if (y < plot.top() || y > plot.bottom() + 1)
         return;
@@ -108,6 +106,21 @@ void Chart::DrawHover(QPainter &painter) const
     painter.setPen(QPen(look_.reading, 2));
     painter.setBrush(look_.background);
     painter.drawEllipse(QPointF(x, y), HoverRadius, HoverRadius);
+}
+
+/// What the mouse is being drawn over, to be zoomed to.
+void Chart::DrawBand(QPainter &painter) const
+{
+    if (!IsDragged())
+        return;
+    QRect band = PlotRect();
+    band.setLeft(std::min(*dragFrom_, dragTo_));
+    band.setRight(std::max(*dragFrom_, dragTo_));
+    QColor colour = palette().color(QPalette::Highlight);
+    painter.setPen(colour);
+    colour.setAlphaF(0.2F);
+    painter.setBrush(colour);
+    painter.drawRect(band);
 }
 
 void Chart::Hover()
@@ -126,21 +139,13 @@ void Chart::Hover()
         QToolTip::hideText();
 }
 
-void Chart::Move(qint64 samples)
-{
-    if (!movedSet_)
-        return;
-    const GraphScroll &scroll = movedSet_->Scroll();
-    const qint64 value = std::clamp<qint64>(scroll.value + samples, 0, scroll.maximum);
-    if (value != scroll.value)
-        movedSet_->ScrollTo(static_cast<int>(value));
-}
-
 bool Chart::event(QEvent *event)
 {
     if (event->type() == QEvent::Leave || event->type() == QEvent::Hide) {
         pointer_.reset();
         Hover();
+        if (event->type() == QEvent::Hide)
+            dragFrom_.reset();
     }
     return GraphPlot::event(event);
 }
@@ -176,82 +181,6 @@ void Chart::focusInEvent(QFocusEvent *)
 void Chart::focusOutEvent(QFocusEvent *)
 {
     update();
-}
-
-void Chart::wheelEvent(QWheelEvent *event)
-{
-    if (!movedSet_ || movedSet_->Scroll().maximum == 0) {
-        event->ignore();
-        return;
-    }
-    const QPoint turned = event->angleDelta();
-    wheel_ -= std::abs(turned.x()) > std::abs(turned.y()) ? turned.x() : turned.y();
-    const qint64 notch = std::max(1, movedSet_->Graph().count / 10);
-    const qint64 samples = wheel_ * notch / QWheelEvent::DefaultDeltasPerStep;
-    wheel_ -= static_cast<int>(samples * QWheelEvent::DefaultDeltasPerStep / notch);
-    Move(samples);
-    event->accept();
-}
-
-void Chart::keyPressEvent(QKeyEvent *event)
-{
-    const qint64 page = movedSet_ ? movedSet_->Graph().count : 0;
-    constexpr qint64 Far = std::numeric_limits<int>::max();
-    if (event->matches(QKeySequence::Copy)) {
-        Q_EMIT copyRequested();
-        return;
-    }
-    switch (event->key()) {
-    case Qt::Key_Left:
-        return Move(-1);
-    case Qt::Key_Right:
-        return Move(1);
-    case Qt::Key_PageUp:
-        return Move(-page);
-    case Qt::Key_PageDown:
-        return Move(page);
-    case Qt::Key_Home:
-        return Move(-Far);
-    case Qt::Key_End:
-        return Move(Far);
-    default:
-        event->ignore();
-    }
-}
-
-void Chart::contextMenuEvent(QContextMenuEvent *event)
-{
-    auto *const menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    QAction *const copy = menu->addAction(Text(Str::GraphCopy), this, &Chart::copyRequested);
-    copy->setShortcut(QKeySequence::Copy);
-    menu->addAction(Text(Str::GraphSaveAs), this, &Chart::saveAsRequested);
-    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
-    menu->popup(byKey ? mapToGlobal(PlotRect().center()) : event->globalPos());
-}
-
-// Nothing in the graph can be picked or dragged, so the search of the base class for what is under the
-// pointer is left out.
-
-void Chart::mousePressEvent(QMouseEvent *event)
-{
-    event->accept();
-}
-
-void Chart::mouseMoveEvent(QMouseEvent *event)
-{
-    pointer_ = event->position().toPoint();
-    Hover();
-}
-
-void Chart::mouseReleaseEvent(QMouseEvent *event)
-{
-    event->accept();
-}
-
-void Chart::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    event->accept();
 }
 
 } // namespace px40

@@ -13,7 +13,9 @@ namespace px40 {
 /// screen is painted, and not at all while it is hidden.
 ///
 /// The wheel and the keys Left, Right, PageUp, PageDown, Home and End move the view; the pointer shows the
-/// sample that is nearest to it.
+/// sample that is nearest to it. A drag zooms to the samples under it, as the keys + and - do around the
+/// middle; a double click or Escape goes back to what the data set's settings say. A click on the legend
+/// hides a line.
 class Chart : public GraphPlot
 {
     Q_OBJECT
@@ -25,7 +27,14 @@ class Chart : public GraphPlot
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+    /// Shows the samples behind so many: by the data set's scroll, or of the zoom while there is one.
+    void ShowBehind(qint64 samples);
+    /// The furthest that it can be moved by that.
+    qint32 Furthest() const;
+
   Q_SIGNALS:
+    /// Zoomed, or moved while zoomed; the data set tells of all other moves.
+    void windowChanged();
     /// The user wishes the graph on the clipboard, or in a file.
     void copyRequested();
     void saveAsRequested();
@@ -49,8 +58,16 @@ class Chart : public GraphPlot
     void MarkDirty();
     void Refresh();
     void Move(qint64 samples);
+    void Zoom(const std::optional<SampleWindow> &window);
+    void ZoomIn();
+    void ZoomOut();
+    void ZoomBack();
+    void ToggleHidden(Drawing drawing);
+    bool IsDragged() const;
+    void StopDrag();
     void Hover();
     void DrawHover(QPainter &painter) const;
+    void DrawBand(QPainter &painter) const;
 
     QPointer<DataSet> movedSet_;
     QPixmap picture_;
@@ -58,6 +75,8 @@ class Chart : public GraphPlot
     std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere
     qint32 hovered_ = 0;            ///< sample that is told about; 0: none
     int wheel_ = 0;                 ///< what has been turned towards the next notch, in eighths of a degree
+    std::optional<int> dragFrom_;   ///< x where the button went down; nothing while it is up
+    int dragTo_ = 0;
     bool dirty_ = true;
 };
 

@@ -29,7 +29,7 @@ struct DataFileHeader
 /// is read as well).
 ///
 ///     line 1     kind code: 0 MEMORY-mode, 2 real-time, 4 SAVE-mode
-///     line 2     width and height of the window in twips, its state (0 normal, 2 maximised)
+///     line 2     width and height of the window in twips, its state (0 normal, 1 minimised, 2 maximised)
 ///     line 3     interval: days, hours, minutes, seconds
 ///     line 4     period: "True" for none or "False", days, hours, minutes, seconds
 ///     line 5     number of samples that the graph shows

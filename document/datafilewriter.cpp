@@ -90,7 +90,7 @@ class Writer
 
 QString Twips(int value)
 {
-    return QString::number(std::clamp(value, 0, WindowShape::Largest));
+    return QString::number(std::clamp(value, WindowShape::Smallest, WindowShape::Largest));
 }
 
 QStringList Texts(const Duration &duration)

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace px40 {
 
@@ -59,7 +60,7 @@ void DataSet::OpenNew(int kind)
     SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
     table_.Clear();
     readings_ = {};
-    saved_ = true;
+    SetSaved(true);
     fileName_.clear();
     shared_->NewCount = NextNewNumber(shared_->NewCount);
     caption_ = QString::number(shared_->NewCount) + QStringLiteral("New");
@@ -87,7 +88,7 @@ void DataSet::Append(const QString &time, const QString &data, const QString &me
                      const QString &srcMeas)
 {
     table_.AppendSample({time, data, meas, srcData, srcMeas});
-    saved_ = false;
+    SetSaved(false);
 }
 
 void DataSet::AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
@@ -140,7 +141,7 @@ QString DataSet::ExtremeText(qint32 sample, bool number) const
 void DataSet::SetInterval(const Duration &interval)
 {
     interval_ = interval;
-    saved_ = false;
+    SetSaved(false);
     SetPanel(Panel::Interval, DurationText(interval));
 }
 
@@ -153,7 +154,7 @@ void DataSet::SetPeriod(bool none, const Duration &period)
 {
     periodNone_ = none;
     period_ = period;
-    saved_ = false;
+    SetSaved(false);
     SetPanel(Panel::Period, none ? QString() : DurationText(period));
 }
 
@@ -204,6 +205,7 @@ void DataSet::CancelXauto()
 void DataSet::PaintGraphtop()
 {
     scroll_.ToTop(table_.Samples(), graph_.count);
+    Q_EMIT graphBegun();
     Q_EMIT graphChanged();
 }
 
@@ -223,6 +225,12 @@ void DataSet::IniProgress(int maximum, int done)
 void DataSet::ShowGrid(bool shown)
 {
     Q_EMIT gridShown(shown);
+}
+
+void DataSet::SetSaved(bool saved)
+{
+    if (std::exchange(saved_, saved) != saved)
+        Q_EMIT savedChanged(saved);
 }
 
 void DataSet::SetPanel(Panel panel, const QString &text)

@@ -146,7 +146,7 @@ class DataSet : public QObject, public DataSink
 
     QString Kind() const { return kind_; }
     bool Saved() const { return saved_; }
-    void MarkSaved() { saved_ = true; }
+    void MarkSaved() { SetSaved(true); }
     QString Caption() const { return caption_; }
     QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
     /// Readings that are neither a number nor one of the texts for no value: noise.
@@ -158,13 +158,16 @@ class DataSet : public QObject, public DataSink
   Q_SIGNALS:
     void panelChanged(px40::Panel panel, const QString &text);
     void captionChanged(const QString &caption);
+    void savedChanged(bool saved);
     void gridShown(bool shown);
     void sampleFollowed(int sample); ///< the view is to follow this new sample (1-based)
     void progressChanged();
+    void graphBegun();   ///< shown from the first sample again: whatever part was looked at, that is over
     void graphChanged(); ///< settings, scroll or points: at most one repaint for however many of these
 
   private:
     void SetPanel(Panel panel, const QString &text);
+    void SetSaved(bool saved);
     QString ExtremeText(qint32 sample, bool number) const;
     void Append(const QString &time, const QString &data, const QString &meas, const QString &srcData,
                 const QString &srcMeas);

@@ -230,7 +230,7 @@ bool DataSet::SaveFile(const QString &name)
 
 void DataSet::Keep(const QString &name)
 {
-    saved_ = true;
+    SetSaved(true);
     fileName_ = name;
     caption_ = name;
     Q_EMIT captionChanged(caption_);

@@ -1,11 +1,14 @@
 #include "document/datatable.h"
 
+#include "document/tablehtml.h"
 #include "document/tabletext.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <array>
@@ -16,6 +19,25 @@ namespace px40 {
 namespace {
 /// Columns in characters; where there is more room they share it in these proportions.
 constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
+
+/// A copied table: text, and the same for spreadsheets, which is made when one of them asks for it.
+class TableMime : public QMimeData
+{
+  public:
+    explicit TableMime(const QString &text) { setText(text); }
+
+    QStringList formats() const override { return {Html(), QStringLiteral("text/plain")}; }
+
+  protected:
+    QVariant retrieveData(const QString &format, QMetaType type) const override
+    {
+        return format == Html() ? TableHtml(text()) : QMimeData::retrieveData(format, type);
+    }
+
+  private:
+    static QString Html() { return QStringLiteral("text/html"); }
+};
+
 } // namespace
 
 DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
@@ -56,6 +78,17 @@ void DataTable::resizeEvent(QResizeEvent *event)
     QTableView::resizeEvent(event);
 }
 
+void DataTable::ShowRow(int row)
+{
+    const QModelIndex index = model()->index(row, 0);
+    const QRect place = visualRect(index);
+    if (place.top() >= 0 && place.bottom() < viewport()->height())
+        return;
+    const int sideways = horizontalScrollBar()->value();
+    scrollTo(index, PositionAtTop);
+    horizontalScrollBar()->setValue(sideways);
+}
+
 void DataTable::CopySelection() const
 {
     const auto *const table = qobject_cast<const TableModel *>(model());
@@ -63,7 +96,7 @@ void DataTable::CopySelection() const
         return;
     const QString text = TableText(*table, selectionModel()->selection());
     if (text.indexOf(u'\n') + 1 < text.size()) // more than the headings
-        QGuiApplication::clipboard()->setText(text);
+        QGuiApplication::clipboard()->setMimeData(new TableMime(text));
 }
 
 void DataTable::keyPressEvent(QKeyEvent *event)

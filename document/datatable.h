@@ -18,6 +18,9 @@ class DataTable : public QTableView
 
     void CopySelection() const;
 
+    /// Scrolls, up or down alone, until that row (0-based) is seen, as the first one if it was not.
+    void ShowRow(int row);
+
   protected:
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;

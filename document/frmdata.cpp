@@ -6,6 +6,7 @@
 #include "document/graphexport.h"
 #include "document/graphpane.h"
 #include "document/panelbar.h"
+#include "document/selectionsummary.h"
 #include "link/linkstate.h"
 #include "platform/jobs.h"
 #include "platform/prompts.h"
@@ -18,6 +19,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QMdiArea>
 #include <QMenu>
 #include <QMimeData>
@@ -25,7 +27,9 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 namespace px40 {
 
@@ -69,15 +73,23 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     LeaveShortcutsToTheMenus();
     DataSet *const set = data_.get();
     connect(set, &DataSet::panelChanged, this, &frmData::ShowPanel);
-    connect(set, &DataSet::captionChanged, this, &QWidget::setWindowTitle);
+    connect(set, &DataSet::captionChanged, this, &frmData::ShowTitle);
+    connect(set, &DataSet::savedChanged, this, &frmData::ShowTitle);
     connect(set, &DataSet::gridShown, fgData_, &QWidget::setVisible);
     connect(set, &DataSet::sampleFollowed, this, &frmData::FollowSample);
     connect(set, &DataSet::progressChanged, this, &frmData::ShowProgress);
-    setWindowTitle(set->Caption());
+    connect(this, &QMdiSubWindow::aboutToActivate, this, &frmData::LeaveStatesAlone);
+    ShowTitle();
     for (const PanelPlace &place : PanelPlaces)
         ShowPanel(place.panel, set->PanelText(place.panel));
     ShowProgress();
     connect(&set->Table(), &QAbstractItemModel::modelReset, this, &frmData::SelectFirst);
+    const auto sumUp = [this] { // at most once a turn of the event loop
+        if (!std::exchange(summing_, true))
+            QMetaObject::invokeMethod(this, &frmData::SumUpSelection, Qt::QueuedConnection);
+    };
+    connect(fgData_->selectionModel(), &QItemSelectionModel::selectionChanged, this, sumUp);
+    connect(&set->Table(), &QAbstractItemModel::dataChanged, this, sumUp); // a sample in a row that was empty
     SelectFirst();
     setFocusProxy(fgData_);
     resize(RoomySize());
@@ -87,6 +99,15 @@ frmData::~frmData()
 {
     // The data set may live on in a download that has just ended: let go of its model.
     fgData_->setModel(nullptr);
+}
+
+/// A mark behind the caption tells of unsaved rows. A caption that holds the text for the mark's place is
+/// shown as it is: with nothing that is seen in between, that is no such place to any title bar.
+void frmData::ShowTitle()
+{
+    const QString place = QStringLiteral("[*]");
+    setWindowTitle(data_->Caption().replace(place, QStringLiteral("[\u200b*]")) + place);
+    setWindowModified(!data_->Saved());
 }
 
 /// The frame's own menu would claim Ctrl+W as well, and then neither gets it.
@@ -164,14 +185,49 @@ void frmData::TakeShape()
     resize(normalSize_);
     if (shape.state == WindowShape::Maximised)
         setWindowState(windowState() | Qt::WindowMaximized);
+    else if (shape.state == WindowShape::Minimised)
+        setWindowState(windowState() | Qt::WindowMinimized);
+    data_->SetShape(shape); // on the way there the window stood otherwise
 }
 
-/// A minimised window is kept as a normal one.
-void frmData::KeepShape()
+/// When a window becomes the active one where the one before was maximised, the workspace restores that one
+/// and maximises this one. That is not the user's choice for either of them.
+void frmData::LeaveStatesAlone()
 {
-    data_->SetShape({PixelsToTwips(normalSize_.width(), logicalDpiX()),
-                     PixelsToTwips(normalSize_.height(), logicalDpiY()),
-                     isMaximized() ? WindowShape::Maximised : WindowShape::Normal});
+    const QList<QMdiSubWindow *> windows = mdiArea() ? mdiArea()->subWindowList() : QList<QMdiSubWindow *>();
+    for (QMdiSubWindow *const one : windows) {
+        auto *const window = qobject_cast<frmData *>(one);
+        if (!window || std::exchange(window->arranged_, true))
+            continue;
+        const auto over = [window] { window->arranged_ = false; };
+        QMetaObject::invokeMethod(window, over, Qt::QueuedConnection);
+    }
+}
+
+/// A window that the user has minimised is kept as a normal one.
+void frmData::KeepState(Qt::WindowStates before)
+{
+    constexpr Qt::WindowStates Kept = Qt::WindowMinimized | Qt::WindowMaximized;
+    if (arranged_ || (before & Kept) == (windowState() & Kept))
+        return;
+    WindowShape shape = data_->Shape();
+    shape.state = isMaximized() && !isMinimized() ? WindowShape::Maximised : WindowShape::Normal;
+    data_->SetShape(shape);
+}
+
+/// A length that only the minimum of the window has changed stays what it was.
+void frmData::KeepSize()
+{
+    const QSize before = std::exchange(normalSize_, size());
+    const QSize least = minimumSizeHint();
+    const auto keep = [](int now, int then, int minimum, double dotsPerInch, int *kept) {
+        if (now != then && now != std::max(TwipsToPixels(*kept, dotsPerInch), minimum))
+            *kept = PixelsToTwips(now, dotsPerInch);
+    };
+    WindowShape shape = data_->Shape();
+    keep(width(), before.width(), least.width(), logicalDpiX(), &shape.width);
+    keep(height(), before.height(), least.height(), logicalDpiY(), &shape.height);
+    data_->SetShape(shape);
 }
 
 void frmData::ShowPanel(Panel panel, const QString &text)
@@ -198,11 +254,15 @@ void frmData::FollowSample(int sample)
 
 void frmData::ShowFollowed()
 {
-    const int sample = std::exchange(followed_, 0);
-    const QModelIndex index = data_->Table().index(sample - 1, 0);
-    const QRect row = fgData_->visualRect(index);
-    if (!fgData_->viewport()->rect().contains(row.adjusted(0, 0, 1 - row.width(), 0)))
-        fgData_->scrollTo(index, QAbstractItemView::PositionAtTop);
+    fgData_->ShowRow(std::exchange(followed_, 0) - 1);
+}
+
+void frmData::SumUpSelection()
+{
+    summing_ = false;
+    const QItemSelectionModel *const selected = fgData_->selectionModel();
+    if (std::exchange(selectionText_, px40::SelectionText(*data_, selected->selection())) != selectionText_)
+        Q_EMIT selectionTextChanged();
 }
 
 void frmData::ShowProgress()
@@ -216,15 +276,15 @@ void frmData::resizeEvent(QResizeEvent *event)
 {
     QMdiSubWindow::resizeEvent(event);
     if (!isMinimized() && !isMaximized() && !isShaded())
-        normalSize_ = size();
-    KeepShape();
+        KeepSize();
 }
 
 void frmData::changeEvent(QEvent *event)
 {
-    QMdiSubWindow::changeEvent(event);
+    // First: a window that has been minimised lets another one become active.
     if (event->type() == QEvent::WindowStateChange)
-        KeepShape();
+        KeepState(static_cast<QWindowStateChangeEvent *>(event)->oldState());
+    QMdiSubWindow::changeEvent(event);
 }
 
 void frmData::closeEvent(QCloseEvent *event)
@@ -262,7 +322,7 @@ QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
         co_return true;
     if (window->mdiArea())
         window->mdiArea()->setActiveSubWindow(window);
-    const QString question = Text(Str::AskSaveChanges) + QStringLiteral("\r\n") + window->windowTitle();
+    const QString question = Text(Str::AskSaveChanges) + QStringLiteral("\r\n") + window->data_->Caption();
     DataSaver *const saver = window->services_.saver;
     const std::shared_ptr<DataSet> set = window->data_;
     const Answer answer =
@@ -280,7 +340,7 @@ void frmData::CopyGraph()
 
 QString frmData::GraphCaption() const
 {
-    return QFileInfo(windowTitle()).fileName();
+    return QFileInfo(data_->Caption()).fileName();
 }
 
 QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
@@ -288,7 +348,7 @@ QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
     Prompts *const prompts = window->services_.prompts;
     const QFileInfo file(window->data_->GetFilename());
     const QString proposal =
-        file.fileName().isEmpty() ? window->windowTitle() : file.path() + u'/' + file.completeBaseName();
+        file.fileName().isEmpty() ? window->data_->Caption() : file.path() + u'/' + file.completeBaseName();
     QStringList filters;
     for (const auto &[name, suffix] :
          {std::pair(Str::GraphFilePng, "png"), std::pair(Str::GraphFileSvg, "svg"),

@@ -53,6 +53,12 @@ class frmData : public QMdiSubWindow
     /// it go. The link's part in that is the caller's.
     static QCoro::Task<bool> ConfirmClose(QPointer<frmData> window);
 
+    /// What is to be told about the selected rows of the table; empty when there is nothing to tell.
+    const QString &SelectionText() const { return selectionText_; }
+
+  Q_SIGNALS:
+    void selectionTextChanged();
+
   protected:
     void closeEvent(QCloseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -66,12 +72,16 @@ class frmData : public QMdiSubWindow
     void LeaveShortcutsToTheMenus();
     /// The size in which every text and a good number of rows are seen, outer frame included.
     QSize RoomySize() const;
+    void ShowTitle();
     void ShowPanel(Panel panel, const QString &text);
     void SelectFirst();
     void FollowSample(int sample);
     void ShowFollowed();
+    void SumUpSelection();
     void ShowProgress();
-    void KeepShape();
+    void LeaveStatesAlone();
+    void KeepState(Qt::WindowStates before);
+    void KeepSize();
     void CopyGraph();
     QString GraphCaption() const;
 
@@ -84,8 +94,11 @@ class frmData : public QMdiSubWindow
     PanelBar *stBar2_ = nullptr;
     PanelBar *stBar3_ = nullptr;
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
-    int followed_ = 0; ///< the sample to be shown in this turn; 0: none
+    QString selectionText_;
+    int followed_ = 0;     ///< the sample to be shown in this turn; 0: none
+    bool summing_ = false; ///< the selection will be summed up in this turn
     bool asking_ = false;
+    bool arranged_ = false; ///< in this turn the workspace changes states by itself
 };
 
 } // namespace px40

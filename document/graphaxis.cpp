@@ -249,6 +249,17 @@ std::optional<qint32> CategoryPlace::Nearest(double x) const
     return static_cast<qint32>(std::clamp(sample, static_cast<double>(first), static_cast<double>(last)));
 }
 
+std::optional<std::pair<qint32, qint32>> CategoryPlace::Between(double a, double b) const
+{
+    if (!(room > 0))
+        return std::nullopt;
+    const double from = std::max<double>(std::floor(std::min(a, b) / Width()) + first, first);
+    const double to = std::min<double>(std::floor(std::max(a, b) / Width()) + first, last);
+    if (from > to)
+        return std::nullopt;
+    return std::pair(static_cast<qint32>(from), static_cast<qint32>(to));
+}
+
 CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
                                const std::function<double(qint32)> &labelWidth)
 {

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace px40 {
@@ -70,6 +71,9 @@ struct CategoryPlace
     double X(qint32 sample) const { return (static_cast<double>(sample) - first + 0.5) * Width(); }
     /// The sample nearest to `x`; nothing when none is seen.
     std::optional<qint32> Nearest(double x) const;
+    /// The first and the last sample whose category lies between `a` and `b`, be it in part; nothing when
+    /// none does.
+    std::optional<std::pair<qint32, qint32>> Between(double a, double b) const;
 };
 
 struct CategoryTicks

@@ -36,6 +36,7 @@ class PaperPlot : public GraphPlot
         setFont(font);
         SetStyle(GraphStyle::Paper());
         SetCaption(caption);
+        ShowLike(chart);
         Fill(PictureSize, density);
     }
 

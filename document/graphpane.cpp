@@ -7,12 +7,10 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace px40 {
 
 GraphPane::GraphPane(DataSet *set, QWidget *parent)
-    : QWidget(parent), set_(set), chData_(new Chart(set, this)), sbData_(new QScrollBar(Qt::Horizontal, this))
+    : QWidget(parent), chData_(new Chart(set, this)), sbData_(new QScrollBar(Qt::Horizontal, this))
 {
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -20,21 +18,22 @@ GraphPane::GraphPane(DataSet *set, QWidget *parent)
     column->addWidget(chData_, 1);
     column->addWidget(sbData_);
     sbData_->setObjectName(QStringLiteral("sbData"));
-    connect(sbData_, &QScrollBar::valueChanged, set, &DataSet::ScrollTo);
-    connect(set, &DataSet::graphChanged, this, &GraphPane::FollowSet);
-    FollowSet();
+    connect(sbData_, &QScrollBar::valueChanged, chData_, &Chart::ShowBehind);
+    connect(set, &DataSet::graphChanged, this, &GraphPane::Follow);
+    connect(chData_, &Chart::windowChanged, this, &GraphPane::Follow);
+    Follow();
 }
 
-void GraphPane::FollowSet()
+void GraphPane::Follow()
 {
-    if (!set_)
+    if (!chData_->Set())
         return;
-    const QSignalBlocker blocker(sbData_); // what comes from the set does not go back to it
-    const GraphScroll &scroll = set_->Scroll();
-    sbData_->setPageStep(std::max(1, set_->Graph().count));
-    sbData_->setRange(0, scroll.maximum);
-    sbData_->setValue(scroll.value);
-    sbData_->setEnabled(scroll.maximum > 0);
+    const QSignalBlocker blocker(sbData_); // what comes from the graph does not go back to it
+    const SampleWindow window = chData_->Window();
+    sbData_->setPageStep(window.count);
+    sbData_->setRange(0, chData_->Furthest());
+    sbData_->setValue(window.behind);
+    sbData_->setEnabled(chData_->Furthest() > 0);
 }
 
 } // namespace px40

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QWidget>
 
 class QScrollBar;
@@ -22,9 +21,8 @@ class GraphPane : public QWidget
     Chart *Graph() const { return chData_; }
 
   private:
-    void FollowSet();
+    void Follow();
 
-    QPointer<DataSet> set_;
     Chart *chData_;
     QScrollBar *sbData_;
 };

@@ -48,18 +48,6 @@ ChosenTicker &TickerOf(QCPAxis *axis)
     return static_cast<ChosenTicker &>(*axis->ticker());
 }
 
-/// Blank room around the picture, in proportion to its texts.
-int Edge(const QFont &font)
-{
-    return static_cast<int>(QFontMetricsF(font).height() * 0.4);
-}
-
-QColor Mixed(const QColor &a, const QColor &b, double part)
-{
-    const auto mix = [part](int from, int to) { return static_cast<int>(from + (to - from) * part); };
-    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
-}
-
 void SetLine(QCPGraph *drawing, const Line &line)
 {
     QVector<QCPGraphData> points;
@@ -70,6 +58,11 @@ void SetLine(QCPGraph *drawing, const Line &line)
 }
 
 } // namespace
+
+int GraphPlot::Edge(const QFont &font)
+{
+    return static_cast<int>(QFontMetricsF(font).height() * 0.4);
+}
 
 GraphPlot::GraphPlot(const DataSet *set, QWidget *parent) : QCustomPlot(parent), set_(set)
 {
@@ -83,6 +76,7 @@ GraphPlot::GraphPlot(const DataSet *set, QWidget *parent) : QCustomPlot(parent),
         axis->setTickLength(0, TickLength);
         axis->setSubTickLength(0, SmallTickLength);
         axis->setTickLabelPadding(LabelPadding);
+        axis->setLabelPadding(LabelPadding);
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
     for (int i = 0; i < DrawingCount; ++i)
@@ -102,6 +96,7 @@ void GraphPlot::SetStyle(const GraphStyle &style)
         axis->setTickPen(line);
         axis->setSubTickPen(line);
         axis->setTickLabelColor(style.text);
+        axis->setLabelColor(style.text);
         axis->grid()->setPen(gridLine);
     }
     const auto pen = [&](const QColor &color, const QVector<qreal> &dashes) {
@@ -129,10 +124,11 @@ void GraphPlot::Fill(const QSize &size, double density)
 
     place_ = {};
     if (set_) {
-        place_.first = set_->Scroll().value + 1;
-        place_.count = std::max(1, set_->Graph().count);
-        const qint32 samples = std::min(set_->GetDatacount(), set_->Series().Count());
-        place_.last = static_cast<qint32>(std::min<qint64>(qint64(place_.first) + place_.count - 1, samples));
+        const SampleWindow window = Window();
+        place_.first = window.behind + 1;
+        place_.count = window.count;
+        place_.last =
+            static_cast<qint32>(std::min<qint64>(qint64(place_.first) + place_.count - 1, Samples()));
     }
     const int edge = Edge(font());
     const int top = legendShown_ ? edge / 2 + lineHeight + lineHeight / 2 : edge + lineHeight / 4;
@@ -141,7 +137,8 @@ void GraphPlot::Fill(const QSize &size, double density)
     double labels = 0;
     for (const QString &label : std::as_const(TickerOf(yAxis).labels))
         labels = std::max(labels, metrics.horizontalAdvance(label));
-    const int left = static_cast<int>(labels) + TickLength + LabelPadding + edge + 1;
+    const int name = NameValueAxis(size.height() - top - bottom);
+    const int left = static_cast<int>(labels) + TickLength + LabelPadding + edge + 1 + name;
     const int right = edge * 2;
     axisRect()->setMargins({left, top, right, bottom});
 
@@ -153,13 +150,44 @@ void GraphPlot::Fill(const QSize &size, double density)
     updateLayout();
 }
 
+SampleWindow GraphPlot::Window() const
+{
+    if (zoom_ || !set_)
+        return zoom_.value_or(SampleWindow());
+    return {set_->Scroll().value, std::max(1, set_->Graph().count)};
+}
+
+void GraphPlot::Hide(Drawing drawing, bool hidden)
+{
+    hidden_.at(static_cast<std::size_t>(drawing)) = hidden;
+    graph(drawing)->setVisible(!hidden);
+    graph(Marks)->setVisible(!IsHidden(Readings));
+}
+
+void GraphPlot::ShowLike(const GraphPlot &other)
+{
+    zoom_ = other.zoom_;
+    for (const Drawing drawing : LegendOrder)
+        Hide(drawing, other.IsHidden(drawing));
+}
+
+qint32 GraphPlot::Samples() const
+{
+    return set_ ? std::min(set_->GetDatacount(), set_->Series().Count()) : 0;
+}
+
+/// Of what is not hidden.
 ValueRange GraphPlot::RangeInView() const
 {
     double lowest = std::numeric_limits<double>::infinity();
     double highest = -lowest;
-    for (qint32 sample = place_.first; sample <= place_.last; ++sample) {
-        const GraphPoint &point = set_->Series().At(sample);
-        for (const float value : {point.reading, point.maximum, point.minimum}) {
+    for (const auto &[drawing, member] :
+         {std::pair{Readings, &GraphPoint::reading}, std::pair{Maximum, &GraphPoint::maximum},
+          std::pair{Minimum, &GraphPoint::minimum}}) {
+        if (IsHidden(drawing))
+            continue;
+        for (qint32 sample = place_.first; sample <= place_.last; ++sample) {
+            const float value = set_->Series().At(sample).*member;
             if (!std::isfinite(value))
                 continue;
             lowest = std::min(lowest, static_cast<double>(value));
@@ -167,6 +195,17 @@ ValueRange GraphPlot::RangeInView() const
         }
     }
     return AutomaticValueRange(lowest, highest);
+}
+
+/// Gives the axis the MODE for its name if all readings have the same and there is room. Returns what the
+/// name takes from the picture's width.
+int GraphPlot::NameValueAxis(double room)
+{
+    const QFontMetricsF metrics(font());
+    const QString mode = set_ && legendShown_ ? set_->Table().CommonMode() : QString();
+    yAxis->setLabelFont(font());
+    yAxis->setLabel(metrics.elidedText(mode, Qt::ElideRight, room));
+    return mode.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
 }
 
 void GraphPlot::FillValueAxis(double room)
@@ -261,40 +300,6 @@ void GraphPlot::draw(QCPPainter *painter)
 {
     QCustomPlot::draw(painter);
     DrawLegend(*painter);
-}
-
-void GraphPlot::DrawLegend(QCPPainter &painter)
-{
-    if (!legendShown_)
-        return;
-    const QFontMetricsF metrics(font());
-    const double lineHeight = metrics.height();
-    painter.setFont(font());
-    painter.setAntialiasing(false);
-    double x = PlotRect().right();
-    const double top = Edge(font()) / 2.0;
-    const auto text = [&](double left, double width, int flags, const QString &words) {
-        painter.setPen(style_.text);
-        painter.drawText(QRectF(left, top, width, lineHeight), flags | Qt::AlignVCenter | Qt::TextSingleLine,
-                         words);
-    };
-    const double middle = std::round(top + lineHeight / 2);
-    const double sampleWidth = lineHeight * 1.8;
-    for (const auto &[drawing, id] :
-         {std::pair{Minimum, Str::StatisticMin}, std::pair{Maximum, Str::StatisticMax},
-          std::pair{Readings, Str::HeadingData}}) {
-        const QString words = Text(id);
-        const double width = std::ceil(metrics.horizontalAdvance(words)) + 1;
-        x -= width;
-        text(x, width, Qt::AlignLeft, words);
-        x -= sampleWidth + LabelPadding * 2;
-        painter.setPen(graph(drawing)->pen());
-        painter.drawLine(QLineF(x, middle, x + sampleWidth, middle));
-        x -= lineHeight;
-    }
-    const double room = x - PlotRect().left();
-    if (!caption_.isEmpty() && room > lineHeight)
-        text(PlotRect().left(), room, Qt::AlignLeft, metrics.elidedText(caption_, Qt::ElideMiddle, room));
 }
 
 } // namespace px40

@@ -6,6 +6,9 @@ class QPalette;
 
 namespace px40 {
 
+/// `part` of the way from one colour to the other.
+QColor Mixed(const QColor &from, const QColor &to, double part);
+
 /// Colours and strength of a graph's picture.
 struct GraphStyle
 {
@@ -15,6 +18,7 @@ struct GraphStyle
     QColor maximum;
     QColor minimum;
     double lineWidth = 1;
+    bool hiddenInLegend = true; ///< the legend shows, faintly, also what is hidden, to be clicked at
 
     static GraphStyle ForPalette(const QPalette &palette, bool enabled);
     static GraphStyle Paper();

@@ -69,6 +69,17 @@ void Statistics::Add(float value, qint32 row)
     }
     sum += static_cast<double>(value);
     ++validCount;
+    // Differences stay small where sums of squares would lose all their digits.
+    const double difference = static_cast<double>(value) - mean;
+    mean += difference / validCount;
+    squares += difference * (static_cast<double>(value) - mean);
+}
+
+std::optional<double> Statistics::Deviation() const
+{
+    if (validCount < 2)
+        return std::nullopt;
+    return std::sqrt(squares / (validCount - 1));
 }
 
 QString Statistics::AverageText() const

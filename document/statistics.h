@@ -32,6 +32,8 @@ struct Statistics
     float maxValue = 0;
     float minValue = 0;
     double sum = 0;
+    double mean = 0;    ///< of the readings so far, as the deviation takes it
+    double squares = 0; ///< sum of the squared differences from the mean
     qint32 validCount = 0;
 
     /// Counts the reading of sample `row`. On a tie the earlier sample keeps its place.
@@ -39,6 +41,9 @@ struct Statistics
 
     /// The average with four decimals; empty before the first reading.
     QString AverageText() const;
+
+    /// Standard deviation of a sample (n - 1); nothing for fewer than two readings.
+    std::optional<double> Deviation() const;
 };
 
 } // namespace px40

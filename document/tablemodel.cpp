@@ -54,6 +54,21 @@ QString TableModel::Cell(qint32 sample, int column) const
     return sample >= 1 && sample <= Samples() ? rows_.Cell(sample - 1, column - 1) : QString();
 }
 
+QString TableModel::CommonMode() const
+{
+    constexpr qint32 Mixed = MaxSamples + 1;
+    for (; modesSeen_ < Samples(); ++modesSeen_) {
+        const std::string_view mode = rows_.Utf8(modesSeen_)[2];
+        if (!mode_.empty() && !mode.empty() && mode != mode_) {
+            modesSeen_ = Mixed;
+            mode_ = {};
+            break;
+        }
+        mode_ = mode_.empty() ? mode : mode_;
+    }
+    return QString::fromUtf8(mode_.data(), static_cast<qsizetype>(mode_.size())).trimmed();
+}
+
 void TableModel::AppendTableRow()
 {
     beginInsertRows({}, tableRows_, tableRows_);
@@ -73,6 +88,8 @@ void TableModel::Adopt(RowStore &&rows, int tableRows)
     beginResetModel();
     rows_ = std::move(rows);
     tableRows_ = tableRows;
+    modesSeen_ = 0;
+    mode_ = {};
     endResetModel();
 }
 

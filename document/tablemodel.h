@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <limits>
+#include <string_view>
 
 namespace px40 {
 
@@ -55,10 +56,15 @@ class TableModel : public QAbstractTableModel
 
     const RowStore &Rows() const { return rows_; }
 
+    /// The MODE of all samples that have one; empty when they differ. Looks at each sample once.
+    QString CommonMode() const;
+
   private:
     RowStore rows_;
     QStringList headings_;
     int tableRows_ = 1;
+    mutable qint32 modesSeen_ = 0; ///< samples whose MODE has been looked at
+    mutable std::string_view mode_;
 };
 
 } // namespace px40

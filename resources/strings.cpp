@@ -629,6 +629,19 @@ const char16_t *Lookup(Str id)
         return u"%1 is there twice";
     case Str::BookPartBroken:
         return u"the contents of %1 are damaged";
+    case Str::SelectionRows:
+        return u"Rows %1, readings %2";
+    case Str::StatisticDeviation:
+        return u"SD";
+    case Str::SelectionTip:
+        return u"Of the readings (DATA) in the selected rows. SD is the standard deviation of a sample (n - "
+               u"1).";
+    case Str::GraphZoomIn:
+        return u"Zoom &In";
+    case Str::GraphZoomOut:
+        return u"Zoom &Out";
+    case Str::GraphZoomBack:
+        return u"Zoom &Back";
     }
     return u"";
 }

@@ -317,6 +317,12 @@ enum class Str : int {
     BookDirectoryDamaged,
     BookPartTwice,
     BookPartBroken,
+    SelectionRows,
+    StatisticDeviation,
+    SelectionTip,
+    GraphZoomIn,
+    GraphZoomOut,
+    GraphZoomBack,
 };
 
 /// The text of that number; empty when the table has none.

@@ -1,6 +1,7 @@
 #include "app/workspace.h"
 #include "document/datatable.h"
 #include "document/frmsetting.h"
+#include "platform/twips.h"
 #include "tests/program.h"
 
 #include <QClipboard>
@@ -12,7 +13,9 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QScrollBar>
+#include <QWindow>
 
+#include <functional>
 #include <tuple>
 
 using namespace px40;
@@ -43,6 +46,14 @@ struct FileProgram : Script, Program
         services.jobs.Launch(window->OpenFiles(QStringList(name)), "test");
         return NoJobLeft() && !DataWindows().isEmpty() ? DataWindows().last() : nullptr;
     }
+
+    /// Line 2 of the file that comes of saving a window now.
+    QByteArray SavedShape(const frmData *data) const
+    {
+        return data->Data()->SaveFile(data->Data()->GetFilename())
+                   ? Contents(data->Data()->GetFilename()).split('\n').at(1).trimmed()
+                   : QByteArray();
+    }
 };
 
 } // namespace
@@ -55,10 +66,12 @@ class DataWindowTest : public QObject
   private Q_SLOTS:
     void FilesOpenInWindowsOfTheirOwn();
     void ShapeComesBack();
+    void TitleTellsOfUnsavedRows();
     void LeavingSavesWhatTheUserWants();
     void DroppedFilesOpen();
     void RecentFilesAreOffered();
     void TableIsCopiedWithHeadings();
+    void SelectedRowsAreSummedUp();
     void GraphIsSetUpAndSaved();
 };
 
@@ -105,32 +118,111 @@ void DataWindowTest::FilesOpenInWindowsOfTheirOwn()
 
 void DataWindowTest::ShapeComesBack()
 {
-    // A file's shape, whether the window is minimised, and what is saved: nothing where the desktop decides.
-    const std::tuple<QByteArray, bool, QByteArray> rows[] = {
-        {"9600,5400,0", false, "9600,5400,0"}, {"9600,5400,2", false, "9600,5400,2"},
-        {"9600,5400,0", true, "9600,5400,0"},  {"0,-5,1", false, {}},
-        {"32767,32767,0", false, {}},
+    using Touch = std::function<void(frmData *)>;
+    const Touch nothing = [](frmData *) {};
+    const Touch minimise = [](frmData *data) { data->showMinimized(); };
+    const Touch maximise = [](frmData *data) { data->showMaximized(); };
+    const Touch restore = [](frmData *data) { data->showNormal(); };
+    const Touch maximiseAndRestore = [](frmData *data) {
+        data->showMaximized();
+        data->showNormal();
     };
-    for (const auto &[shape, minimise, saved] : rows) {
-        FileProgram program;
-        QByteArray line = shape;
-        QByteArray expected = saved;
-        for (int round = 0; round < 2; ++round) {
-            frmData *const data = program.Open(program.Put("shape.CSV", "0", line.constData()));
-            QVERIFY(data);
-            if (minimise)
-                data->showMinimized();
-            program.Action("Save")->trigger();
-            QVERIFY(program.NoJobLeft());
-            line = Contents(program.Path("shape.CSV")).split('\n').at(1).trimmed();
-            if (expected.isEmpty())
-                expected = line; // from then on it does not change
-            QCOMPARE(line, expected);
-            QVERIFY(!line.contains('-'));
-            data->close();
-            QTRY_VERIFY(program.DataWindows().isEmpty());
+    const Touch showProgress = [](frmData *data) { data->Data()->IniProgress(10); };
+    const Touch widen = [](frmData *data) { data->resize(data->minimumSizeHint() + QSize(200, 0)); };
+    const Touch widenInRun = [](frmData *data) { // which makes the window need more height for a while
+        for (const int progress : {10, 0}) {
+            data->Data()->IniProgress(progress);
+            QCoreApplication::processEvents();
+            data->resize(data->size().expandedTo(data->minimumSizeHint()) + QSize(20, 0));
         }
+    };
+    // A file's shape, what the user does with the window, and what is saved.
+    const std::tuple<QByteArray, Touch, QByteArray> rows[] = {
+        {"9600,5400,0", nothing, {}},
+        {"9600,5400,1", nothing, {}},
+        {"9600,5400,2", nothing, {}},
+        {"9600,5400,7", nothing, {}},
+        {"9601,5407,0", nothing, {}}, // no whole pixels
+        {"300,200,0", nothing, {}},   // below what the window takes
+        {"300,200,2", nothing, {}},
+        {"0,-5,1", nothing, {}},
+        {"32767,32767,0", nothing, {}},
+        {"300,200,0", showProgress, {}},
+        {"9600,5400,0", minimise, "9600,5400,0"},
+        {"9600,5400,2", minimise, "9600,5400,0"},
+        {"9601,200,0", maximise, "9601,200,2"},
+        {"9601,200,2", restore, "9601,200,0"},
+        {"9601,200,1", restore, "9601,200,0"},
+        {"9601,200,0", maximiseAndRestore, "9601,200,0"},
+        {"300,200,0", widen, "WIDER,200,0"},
+        {"300,200,0", widenInRun, "WIDER,200,0"},
+    };
+    for (const bool beside : {false, true}) { // of a window that is maximised, which this one then is as well
+        FileProgram program;
+        program.window->show();
+        if (beside)
+            QVERIFY(program.Open(program.Put("other.CSV", "2", "9000,5100,2")));
+        for (const auto &[shape, touch, expected] : rows) {
+            QByteArray line = shape;
+            QByteArray wanted = expected.isEmpty() ? shape : expected;
+            if (beside && wanted.endsWith('2') && !shape.endsWith('2'))
+                continue; // there is nothing to maximise
+            for (int round = 0; round < 2; ++round) {
+                frmData *const data = program.Open(program.Put("shape.CSV", "0", line.constData()));
+                QVERIFY(data);
+                if (!beside) {
+                    QCOMPARE(data->isMaximized(), line.endsWith('2'));
+                    QCOMPARE(data->isMinimized(), line.endsWith('1'));
+                }
+                QCoreApplication::processEvents(); // what the workspace does by itself is over
+                if (round == 0)
+                    touch(data);
+                QCoreApplication::processEvents();
+                wanted.replace("WIDER",
+                               QByteArray::number(PixelsToTwips(data->width(), data->logicalDpiX())));
+                line = program.SavedShape(data);
+                QCOMPARE(line, wanted);
+                data->close();
+                QTRY_COMPARE(program.DataWindows().size(), beside ? 1 : 0);
+            }
+            if (beside) // and this one was never touched
+                QCOMPARE(program.SavedShape(program.DataWindows().first()), QByteArray("9000,5100,2"));
+        }
+        if (beside)
+            program.DataWindows().first()->showMaximized();
+        program.Action("New")->trigger();
+        QCOMPARE(program.DataWindows().last()->Data()->Shape().state, beside ? WindowShape::Maximised : 0);
     }
+}
+
+void DataWindowTest::TitleTellsOfUnsavedRows()
+{
+    FileProgram program;
+    program.window->show();
+    frmData *const data = program.Open(program.Put("a[*]b.CSV"));
+    QVERIFY(data);
+    data->showMaximized();
+    const QString shown = u"/a[\u200b*]b.CSV"_qs; // the same to the eye
+    const auto title = [&] { return program.window->windowHandle()->title(); };
+    QVERIFY2(title().endsWith(shown + u']'), qPrintable(title()));
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(data->Data()->AddGridrow());
+        data->Data()->AddData({}, u"1"_qs, {}, {}, {});
+        QVERIFY2(title().endsWith(shown + u"*]"_qs), qPrintable(title()));
+        data->showNormal();
+        QVERIFY(data->windowTitle().endsWith(shown + u"[*]"_qs) && data->isWindowModified());
+        QVERIFY(!title().contains(u'*'));
+        data->showMaximized();
+        data->close();
+        QVERIFY(program.NoJobLeft()); // cancelled
+        QCOMPARE(program.prompts.questions.last().section(u"\r\n"_qs, 1), program.Path("a[*]b.CSV"));
+        program.Action("Save")->trigger();
+        QVERIFY(program.NoJobLeft());
+        QVERIFY2(title().endsWith(shown + u']'), qPrintable(title()));
+    }
+    QMetaObject::invokeMethod(program.Find("chData"), "saveAsRequested");
+    QVERIFY(program.NoJobLeft());
+    QVERIFY(program.prompts.fileQuestions.last().startsWith(u"save:"_qs + program.Path("a[*]b") + u':'));
 }
 
 void DataWindowTest::LeavingSavesWhatTheUserWants()
@@ -235,6 +327,40 @@ void DataWindowTest::TableIsCopiedWithHeadings()
     select(3, 1, QItemSelectionModel::ClearAndSelect); // the spare row holds nothing
     QGuiApplication::clipboard()->setText(u"before"_qs);
     QCOMPARE(copied(), u"before"_qs);
+}
+
+void DataWindowTest::SelectedRowsAreSummedUp()
+{
+    FileProgram program;
+    program.window->show();
+    frmData *const data = program.Open(program.Put("one.CSV"));
+    auto *const table = data->findChild<DataTable *>();
+    const auto *const told = program.Find<QLabel>("Sel");
+    const auto select = [&](int from, int to) {
+        table->selectionModel()->select({table->model()->index(from, 1), table->model()->index(to, 1)},
+                                        QItemSelectionModel::ClearAndSelect);
+        QCoreApplication::processEvents();
+        return told->text();
+    };
+    QCoreApplication::processEvents();
+    QCOMPARE(told->text(), QString()); // the cell that is always marked
+    program.window->ShowMessage(u"something is wrong"_qs);
+    QCOMPARE(select(0, 3), u"Rows 3, readings 2   MIN 1.5   MAX 2.5   AVG 2.0000   SD 0.7071"_qs);
+    QVERIFY(told->toolTip().contains(u"n - 1"));
+    data->Data()->AddData(u"10:00:15"_qs, u"-2.0"_qs, u"VDC"_qs, {}, {}); // into the last of these rows
+    QTRY_COMPARE(told->text(), u"Rows 4, readings 3   MIN -2.0   MAX 2.5   AVG 0.6667   SD 2.363"_qs);
+    data->Data()->MarkSaved();
+
+    frmData *const other = program.Open(program.Put("two.CSV"));
+    QTRY_COMPARE(told->text(), QString());
+    program.Find<QMdiArea>("workspace")->setActiveSubWindow(data);
+    QTRY_VERIFY(told->isVisible() && told->text().startsWith(u"Rows 4,"));
+    QCOMPARE(select(1, 1), QString());
+    QVERIFY(!select(1, 2).isEmpty());
+    data->close();
+    QTRY_COMPARE(told->text(), QString());
+    QVERIFY(other && program.Find<QLabel>("Msg")->isVisible());
+    QCOMPARE(program.Message(), u"two.CSV: 3 readings."_qs); // what stood there stays there
 }
 
 void DataWindowTest::GraphIsSetUpAndSaved()

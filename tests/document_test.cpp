@@ -1,8 +1,10 @@
 #include "document/dataset.h"
 #include "document/rowstore.h"
+#include "document/selectionsummary.h"
 #include "link/linkstate.h"
 
 #include <QAbstractItemModelTester>
+#include <QItemSelection>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -41,6 +43,8 @@ class DocumentTest : public QObject
     void ReadingsCountOnlyWhenTheyAreNumbers();
     void ExtremesAndAverageAreFound();
     void ExtremesAreToldByTheHeadings();
+    void SelectionsAreSummedUp();
+    void ModeIsNamedWhileItIsOne();
     void PanelsShowDefaultsAndWhatIsSet();
     void CaptionsCountUp();
     void EveryChangeIsUnsaved();
@@ -145,6 +149,57 @@ void DocumentTest::ExtremesAreToldByTheHeadings()
         rig.data.DispCalculation();
         QCOMPARE(rig.data.PanelText(Panel::Max), rig.data.GetDispmax(true));
     }
+}
+
+void DocumentTest::SelectionsAreSummedUp()
+{
+    DataRig rig(KindMemory);
+    for (const QString &reading : u"2 4 +OL 4 4 5 5 7 9 -3 -----"_qs.split(u' '))
+        rig.Add(reading);
+    rig.data.AddGridrow(); // an empty row behind the samples
+    const TableModel &table = rig.data.Table();
+    using Ranges = std::vector<std::pair<int, int>>; // rows from 1 on
+    const std::tuple<Ranges, QString> cases[] = {
+        {{{1, 9}}, u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
+        {{{6, 9}, {1, 5}, {2, 3}, {8, 8}}, u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
+        {{{4, 5}}, u"Rows 2, readings 2   MIN 4   MAX 4   AVG 4.0000   SD 0"_qs},
+        {{{10, 12}}, u"Rows 2, readings 1   MIN -3   MAX -3   AVG -3.0000"_qs}, // n - 1 is nothing
+        {{{3, 3}, {11, 11}}, u"Rows 2, readings 0"_qs},
+        {{{11, 12}}, {}}, // one row
+        {{}, {}},
+    };
+    for (const auto &[ranges, text] : cases) {
+        QItemSelection selection;
+        for (const auto &[first, last] : ranges) // of some column or other
+            selection.append({table.index(first - 1, last % 6), table.index(last - 1, last % 6)});
+        QCOMPARE(SelectionText(rig.data, selection), text);
+    }
+    QItemSelection pieces(table.index(4, 0), table.index(7, 0));
+    pieces.append({table.index(0, 3), table.index(1, 3)});
+    pieces.append({table.index(2, 1), table.index(2, 1)});
+    QCOMPARE(SelectedRows(pieces, 6), (std::vector<RowRange>{{0, 2}, {4, 6}}));
+    // Far from zero the squares of such readings hold none of their differences.
+    Statistics far;
+    for (const float value : {1.6e7F, 1.6e7F + 1, 1.6e7F + 2})
+        far.Add(value, 1);
+    QCOMPARE(far.Deviation(), 1.0);
+}
+
+void DocumentTest::ModeIsNamedWhileItIsOne()
+{
+    DataRig rig(KindMemory);
+    const auto add = [&](const QString &mode) {
+        rig.data.AddData({}, u"1"_qs, mode, {}, {});
+        return rig.data.Table().CommonMode();
+    };
+    QCOMPARE(add({}), QString()); // measuring was off
+    QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
+    QCOMPARE(add({}), u"VDC"_qs);
+    QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
+    QCOMPARE(add(u"mVDC"_qs), QString());
+    QCOMPARE(add(u"VDC "_qs), QString());
+    rig.data.OpenNew(KindMemory);
+    QCOMPARE(add(u"\u03a9"_qs), u"\u03a9"_qs);
 }
 
 void DocumentTest::PanelsShowDefaultsAndWhatIsSet()

@@ -5,6 +5,7 @@
 #include "document/graphpane.h"
 #include "link/linkstate.h"
 
+#include <QContextMenuEvent>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -72,6 +73,10 @@ class GraphTest : public QObject
     void ViewFollowsTheScroll();
     void ValueAxisShowsItsLimits();
     void WheelAndKeysMoveTheView();
+    void WindowsOfSamplesStayWithin();
+    void ZoomIsTheViewsAlone();
+    void HiddenLinesDoNotCount();
+    void ValueAxisNamesTheMode();
     void ManySamplesArePaintedOnce();
     void GraphOutlivesItsSet();
     void PicturesAreOfTheirKind();
@@ -226,6 +231,160 @@ void GraphTest::WheelAndKeysMoveTheView()
     rig.set.SetGraphcount(200);
     rig.set.PaintGraphtop();
     QVERIFY(!bar->isEnabled());
+}
+
+void GraphTest::WindowsOfSamplesStayWithin()
+{
+    const auto shown = [](const SampleWindow &window) { return std::pair(window.behind, window.count); };
+    using Pair = std::pair<qint32, int>;
+    QCOMPARE(shown(SampleWindow::Of(3, 7, 100)), Pair(2, 5));
+    QCOMPARE(shown(SampleWindow::Of(100, 100, 100)), Pair(98, 2)); // two at least
+    QCOMPARE(shown(SampleWindow::Of(1, 1, 1)), Pair(0, 2));
+    QCOMPARE(shown(SampleWindow{40, 20}.Halved(100)), Pair(45, 10));
+    QCOMPARE(shown(SampleWindow{40, 3}.Halved(100)), Pair(40, 2));
+    QCOMPARE(shown(SampleWindow{40, 20}.Doubled(100)), Pair(30, 40));
+    QCOMPARE(shown(SampleWindow{90, 10}.Doubled(100)), Pair(80, 20));
+    const CategoryPlace place{11, 10, 15, 100, 0, 0}; // ten pixels each, half of them empty
+    QCOMPARE(place.Between(29, 10), (std::pair<qint32, qint32>(12, 13)));
+    QCOMPARE(place.Between(-50, 500), (std::pair<qint32, qint32>(11, 15)));
+    QVERIFY(!place.Between(60, 90));
+}
+
+void GraphTest::ZoomIsTheViewsAlone()
+{
+    GraphRig rig(100);
+    rig.set.SetGraphcount(50);
+    rig.set.PaintGraphtop();
+    rig.set.MarkSaved();
+    GraphPane pane(&rig.set);
+    pane.resize(800, 400);
+    pane.show();
+    Chart *const chart = pane.Graph();
+    auto *const bar = pane.findChild<QScrollBar *>(u"sbData"_qs);
+    chart->grab();
+    const auto at = [&](qint32 sample) {
+        return QPoint(chart->PlotRect().left() + qRound(chart->Place().X(sample)), 150);
+    };
+    const auto drag = [&](const QPoint &from, const QPoint &to) {
+        QTest::mousePress(chart, Qt::LeftButton, {}, from);
+        QTest::mouseMove(chart, to);
+        QTest::mouseRelease(chart, Qt::LeftButton, {}, to);
+        chart->grab();
+        return std::pair(chart->Place().first, chart->Place().count);
+    };
+    using Pair = std::pair<qint32, int>;
+    QCOMPARE(drag(at(10), at(10) + QPoint(3, 0)), Pair(1, 50)); // a click
+    QVERIFY(!chart->IsZoomed());
+    QCOMPARE(drag(at(29), at(10)), Pair(10, 20));
+    QCOMPARE(std::tuple(bar->value(), bar->pageStep(), bar->maximum()), std::tuple(9, 20, 80));
+    QCOMPARE(rig.set.Graph().count, 50);
+    QCOMPARE(rig.set.Scroll().value, 0);
+    QVERIFY(rig.set.Saved());
+
+    rig.Add(u"7"_qs); // a run goes on, and its own view with it
+    chart->grab();
+    QCOMPARE(chart->Place().first, 10);
+    QCOMPARE(rig.set.Scroll().value, 51);
+    QTest::keyClick(chart, Qt::Key_PageDown);
+    QTest::keyClick(chart, Qt::Key_Left);
+    QCOMPARE(chart->Window().behind, 28);
+    bar->setValue(5);
+    QCOMPARE(chart->Window(), (SampleWindow{5, 20}));
+    QCOMPARE(rig.set.Scroll().value, 51);
+
+    const QByteArray zoomed = GraphPicture(*chart, GraphFileKind::Svg);
+    for (const auto &[key, count] : {std::pair(Qt::Key_Plus, 10), std::pair(Qt::Key_Minus, 20),
+                                     std::pair(Qt::Key_Minus, 40), std::pair(Qt::Key_Minus, 50)}) {
+        QTest::keyClick(chart, key);
+        QCOMPARE(chart->Window().count, count);
+    }
+    QVERIFY(!chart->IsZoomed());
+    QCOMPARE(bar->value(), 51);
+    QVERIFY(GraphPicture(*chart, GraphFileKind::Svg) != zoomed);
+    for (const int way : {0, 1, 2}) {
+        chart->grab();
+        drag(at(60), at(70));
+        QVERIFY(chart->IsZoomed());
+        if (way == 0)
+            QTest::keyClick(chart, Qt::Key_Escape);
+        else if (way == 1)
+            QTest::mouseDClick(chart, Qt::LeftButton, {}, at(65));
+        else
+            rig.set.PaintGraphtop(); // as the graph setup does
+        QVERIFY(!chart->IsZoomed());
+        QCOMPARE(bar->value(), rig.set.Scroll().value);
+    }
+    for (const bool isZoomed : {false, true}) {
+        chart->grab();
+        QTest::mousePress(chart, Qt::LeftButton, {}, at(5));
+        QTest::mouseMove(chart, at(20));
+        QTest::keyClick(chart, Qt::Key_Escape); // thought better of it
+        QTest::mouseRelease(chart, Qt::LeftButton, {}, at(20));
+        QCOMPARE(chart->IsZoomed(), isZoomed);
+        drag(at(1), at(30));
+    }
+}
+
+void GraphTest::HiddenLinesDoNotCount()
+{
+    GraphRig rig;
+    for (const char *const reading : {"-50", "100", "1", "2", "3"})
+        rig.Add(QString::fromLatin1(reading));
+    rig.set.SetGraphcount(2);
+    rig.set.PaintGraphtop();
+    rig.set.ScrollTo(3); // readings 2 and 3 between the extremes
+    Chart chart(&rig.set);
+    chart.resize(600, 300);
+    chart.show();
+    const auto entry = [&](GraphPlot::Drawing drawing) {
+        for (int x = 0; x < chart.width(); ++x) {
+            if (chart.LegendAt(QPointF(x, 10)) == drawing)
+                return QPoint(x + 5, 10);
+        }
+        return QPoint();
+    };
+    const auto range = [&] {
+        chart.grab();
+        return chart.yAxis->range();
+    };
+    QVERIFY(range().contains(-50) && range().contains(100));
+    const QImage all = chart.grab().toImage();
+    QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(GraphPlot::Maximum));
+    QVERIFY(range().contains(-50) && !range().contains(50));
+    const QByteArray picture = GraphPicture(chart, GraphFileKind::Svg);
+    QVERIFY(picture.contains(">MIN</text>") && !picture.contains(">MAX</text>"));
+    QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(GraphPlot::Minimum));
+    QVERIFY(range().lower > 1 && range().upper < 4);
+
+    // By keys: the menu, its third entry, the line of the readings.
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), QPoint(5, 5), Qt::NoModifier);
+    QCoreApplication::sendEvent(&chart, &event);
+    QWidget *const menu = QApplication::activePopupWidget();
+    QVERIFY(menu);
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+        QTest::keyClick(menu, key);
+    QCOMPARE(range(), QCPRange(0, 10)); // there is nothing left to be scaled to
+    for (const GraphPlot::Drawing drawing : GraphPlot::LegendOrder) {
+        QVERIFY(chart.IsHidden(drawing));
+        QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(drawing));
+    }
+    QCOMPARE(chart.grab().toImage(), all);
+    QVERIFY(!chart.IsZoomed());
+}
+
+void GraphTest::ValueAxisNamesTheMode()
+{
+    GraphRig rig(3);
+    GraphPlot plot(&rig.set);
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.yAxis->label(), u"VDC"_qs);
+    const int left = plot.PlotRect().left();
+    plot.Fill({600, 60}, 1); // no room for it
+    QCOMPARE(plot.yAxis->label(), QString());
+    rig.set.AddData(u"10:00"_qs, u"3"_qs, u"mVDC"_qs, {}, {});
+    plot.Fill({600, 300}, 1);
+    QCOMPARE(plot.yAxis->label(), QString());
+    QVERIFY(plot.PlotRect().left() < left);
 }
 
 void GraphTest::ManySamplesArePaintedOnce()

@@ -11,6 +11,7 @@
 #include <QPalette>
 #include <QPixmap>
 #include <QWidget>
+#include <QWindow>
 
 #include <cmath>
 
@@ -59,10 +60,9 @@ void DrawTitleBar(QPainter &painter, const QWidget *window, const QRect &outline
     window->windowIcon().paint(&painter, icon);
     room.setLeft(icon.right() + 9);
     painter.setPen(ink);
-    QString title = window->windowTitle();
+    QString title = window->windowHandle() ? window->windowHandle()->title() : window->windowTitle();
     if (title.isEmpty())
         title = QGuiApplication::applicationDisplayName();
-    title.remove(QStringLiteral("[*]"));
     const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, room.width());
     painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft, shown);
 }

@@ -55,7 +55,8 @@ bool Tour::Run()
     {
         Stage stage(Stage::Instrument::Demo);
         RunSteps(stage, {&Tour::StartWithReadings, &Tour::HoverGraph, &Tour::GraphSetup, &Tour::ScrollGraph,
-                         &Tour::GraphValueAxis, &Tour::CopyTable, &Tour::CopyGraph, &Tour::SaveGraph});
+                         &Tour::GraphValueAxis, &Tour::ZoomGraph, &Tour::CopyTable, &Tour::CopyGraph,
+                         &Tour::SaveGraph});
     }
     {
         Stage stage(Stage::Instrument::Demo);

@@ -79,6 +79,7 @@ class Tour
     void GraphSetup(Stage &stage);
     void ScrollGraph(Stage &stage);
     void GraphValueAxis(Stage &stage);
+    void ZoomGraph(Stage &stage);
     void CopyTable(Stage &stage);
     void CopyGraph(Stage &stage);
     void SaveGraph(Stage &stage);

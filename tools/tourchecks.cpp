@@ -84,7 +84,7 @@ void RequireSaved(const frmData *data, const QString &name)
 {
     Require(data->Data()->Saved() && data->Data()->GetFilename() == QDir::toNativeSeparators(name),
             u"The readings are not saved as \"%1\"."_s.arg(name));
-    Require(data->windowTitle().contains(QDir::toNativeSeparators(name)),
+    Require(data->windowTitle().contains(QDir::toNativeSeparators(name)) && !data->isWindowModified(),
             u"The data window is called \"%1\"."_s.arg(data->windowTitle()));
 }
 

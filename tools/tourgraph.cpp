@@ -13,6 +13,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -208,6 +209,29 @@ void Tour::GraphValueAxis(Stage &stage)
             u"An automatic X axis does not show all readings."_s);
 }
 
+void Tour::ZoomGraph(Stage &stage)
+{
+    Chart *const graph = Graph(stage);
+    const QPoint from = PlaceOf(graph, 12);
+    const QPoint to = PlaceOf(graph, 31);
+    QTest::mousePress(graph, Qt::LeftButton, {}, from);
+    QTest::mouseMove(graph, to);
+    camera_.Take(u"16d-graph-dragged-over"_s, {stage.window.get()});
+    QTest::mouseRelease(graph, Qt::LeftButton, {}, to);
+    Redraw(graph);
+    Require(graph->Window() == SampleWindow{11, 20}, u"A drag does not zoom to its samples."_s);
+    Require(Set(stage)->Graph().count == StoredReadings, u"A zoom changes the graph's settings."_s);
+    Stage::ChooseItem(Stage::OpenContextMenu(graph, to), u"MAX"_s);
+    Redraw(graph);
+    Require(graph->IsHidden(GraphPlot::Maximum), u"The menu does not hide a line."_s);
+    camera_.Take(u"16e-graph-zoomed"_s, {stage.window.get()});
+    graph->setFocus();
+    QTest::keyClick(graph, Qt::Key_Escape);
+    Stage::ChooseItem(Stage::OpenContextMenu(graph, to), u"MAX"_s);
+    Redraw(graph);
+    Require(!graph->IsZoomed() && !graph->IsHidden(GraphPlot::Maximum), u"The graph does not go back."_s);
+}
+
 void Tour::CopyTable(Stage &stage)
 {
     auto *const table = stage.Find<QTableView>(u"fgData"_s, stage.DataWindows().first());
@@ -216,6 +240,9 @@ void Tour::CopyTable(Stage &stage)
     const TableModel &model = Set(stage)->Table();
     Require(table->selectionModel()->selectedIndexes().size() == StoredReadings * TableModel::Columns,
             u"Ctrl+A does not select the whole table."_s);
+    const auto *const told = stage.Find<QLabel>(u"Sel"_s);
+    Await([told] { return told->isVisible() && told->text().startsWith(u"Rows 50, "); },
+          u"The status bar does not sum up the selected rows."_s);
     camera_.Take(u"17a-table-selected"_s, {stage.window.get()});
     QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
     const QStringList lines = QApplication::clipboard()->text().split(u'\n', Qt::SkipEmptyParts);

@@ -1,0 +1,219 @@
+// What the user does with the graph: wheel, keys, mouse and menu.
+
+#include "document/chart.h"
+
+#include "document/dataset.h"
+#include "resources/strings.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace px40 {
+
+void Chart::ShowBehind(qint64 samples)
+{
+    if (!movedSet_)
+        return;
+    if (IsZoomed()) {
+        SampleWindow window = Window();
+        window.MoveTo(samples, Samples());
+        Zoom(window);
+    } else {
+        movedSet_->ScrollTo(static_cast<int>(std::clamp<qint64>(samples, 0, movedSet_->Scroll().maximum)));
+    }
+}
+
+qint32 Chart::Furthest() const
+{
+    return !movedSet_ ? 0 : IsZoomed() ? Window().Furthest(Samples()) : movedSet_->Scroll().maximum;
+}
+
+void Chart::Move(qint64 samples)
+{
+    const qint64 to = std::clamp<qint64>(Window().behind + samples, 0, Furthest());
+    if (to != Window().behind)
+        ShowBehind(to);
+}
+
+void Chart::Zoom(const std::optional<SampleWindow> &window)
+{
+    if (!window && !IsZoomed())
+        return;
+    SetZoom(window);
+    MarkDirty();
+    Q_EMIT windowChanged();
+}
+
+void Chart::ZoomBack()
+{
+    dragFrom_.reset();
+    Zoom(std::nullopt);
+}
+
+void Chart::ZoomIn()
+{
+    if (Samples() > 0 && Window().count > SampleWindow::Fewest)
+        Zoom(Window().Halved(Samples()));
+}
+
+void Chart::ZoomOut()
+{
+    const SampleWindow wider = Window().Doubled(Samples());
+    if (movedSet_ && wider.count < movedSet_->Graph().count)
+        Zoom(wider);
+    else
+        ZoomBack();
+}
+
+void Chart::ToggleHidden(Drawing drawing)
+{
+    Hide(drawing, !IsHidden(drawing));
+    MarkDirty();
+}
+
+bool Chart::IsDragged() const
+{
+    return dragFrom_ && std::abs(dragTo_ - *dragFrom_) >= QApplication::startDragDistance();
+}
+
+void Chart::wheelEvent(QWheelEvent *event)
+{
+    if (Furthest() == 0) {
+        event->ignore();
+        return;
+    }
+    const QPoint turned = event->angleDelta();
+    wheel_ -= std::abs(turned.x()) > std::abs(turned.y()) ? turned.x() : turned.y();
+    const qint64 notch = std::max(1, Window().count / 10);
+    const qint64 samples = wheel_ * notch / QWheelEvent::DefaultDeltasPerStep;
+    wheel_ -= static_cast<int>(samples * QWheelEvent::DefaultDeltasPerStep / notch);
+    Move(samples);
+    event->accept();
+}
+
+void Chart::keyPressEvent(QKeyEvent *event)
+{
+    const qint64 page = Window().count;
+    constexpr qint64 Far = std::numeric_limits<int>::max();
+    if (event->matches(QKeySequence::Copy)) {
+        Q_EMIT copyRequested();
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Left:
+        return Move(-1);
+    case Qt::Key_Right:
+        return Move(1);
+    case Qt::Key_PageUp:
+        return Move(-page);
+    case Qt::Key_PageDown:
+        return Move(page);
+    case Qt::Key_Home:
+        return Move(-Far);
+    case Qt::Key_End:
+        return Move(Far);
+    case Qt::Key_Plus:
+    case Qt::Key_Equal: // the same key on many keyboards
+        return ZoomIn();
+    case Qt::Key_Minus:
+        return ZoomOut();
+    case Qt::Key_Escape:
+        if (dragFrom_ || IsZoomed())
+            return dragFrom_ ? StopDrag() : ZoomBack();
+        break;
+    default:
+        break;
+    }
+    event->ignore();
+}
+
+void Chart::contextMenuEvent(QContextMenuEvent *event)
+{
+    auto *const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    // The keys are the graph's; the menu only tells them.
+    const auto add = [&](Str name, const QKeySequence &key, auto action) {
+        return menu->addAction(Text(name) + u'\t' + key.toString(QKeySequence::NativeText), this, action);
+    };
+    QAction *const copy = menu->addAction(Text(Str::GraphCopy), this, &Chart::copyRequested);
+    copy->setShortcut(QKeySequence::Copy);
+    menu->addAction(Text(Str::GraphSaveAs), this, &Chart::saveAsRequested);
+    menu->addSeparator();
+    for (const Drawing drawing : LegendOrder) {
+        QAction *const shown =
+            menu->addAction(NameOf(drawing), this, [this, drawing] { ToggleHidden(drawing); });
+        shown->setCheckable(true);
+        shown->setChecked(!IsHidden(drawing));
+    }
+    menu->addSeparator();
+    add(Str::GraphZoomIn, Qt::Key_Plus, &Chart::ZoomIn);
+    add(Str::GraphZoomOut, Qt::Key_Minus, &Chart::ZoomOut)->setEnabled(IsZoomed());
+    add(Str::GraphZoomBack, Qt::Key_Escape, &Chart::ZoomBack)->setEnabled(IsZoomed());
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    menu->popup(byKey ? mapToGlobal(PlotRect().center()) : event->globalPos());
+}
+
+void Chart::StopDrag()
+{
+    dragFrom_.reset();
+    update();
+}
+
+// Nothing that the base class knows of can be picked or dragged, so its search for what is under the pointer
+// is left out.
+
+void Chart::mousePressEvent(QMouseEvent *event)
+{
+    event->accept();
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (const std::optional<Drawing> drawing = LegendAt(event->position())) {
+        ToggleHidden(*drawing);
+    } else if (PlotRect().contains(event->position().toPoint())) {
+        dragFrom_ = dragTo_ = event->position().toPoint().x();
+    }
+}
+
+void Chart::mouseMoveEvent(QMouseEvent *event)
+{
+    pointer_ = event->position().toPoint();
+    if (dragFrom_) {
+        dragTo_ = std::clamp(pointer_->x(), PlotRect().left(), PlotRect().right());
+        update();
+    } else {
+        setCursor(LegendAt(event->position()) ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    }
+    Hover();
+}
+
+void Chart::mouseReleaseEvent(QMouseEvent *event)
+{
+    event->accept();
+    if (event->button() != Qt::LeftButton || !dragFrom_)
+        return;
+    const int left = PlotRect().left();
+    const auto samples = IsDragged() ? Place().Between(*dragFrom_ - left, dragTo_ - left) : std::nullopt;
+    StopDrag();
+    if (samples)
+        Zoom(SampleWindow::Of(samples->first, samples->second, Samples()));
+}
+
+void Chart::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    event->accept();
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (const std::optional<Drawing> drawing = LegendAt(event->position()))
+        ToggleHidden(*drawing); // two clicks
+    else
+        ZoomBack();
+}
+
+} // namespace px40

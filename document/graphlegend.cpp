@@ -1,0 +1,86 @@
+// The line above the graph: what its lines are called, and the caption.
+
+#include "document/graphplot.h"
+
+#include "resources/strings.h"
+
+#include <QFontMetricsF>
+
+#include <cmath>
+
+namespace px40 {
+
+namespace {
+
+constexpr double LineLength = 1.8; // of the piece of a line, in lines of text
+constexpr double Gap = 6;          // between that and the name
+constexpr double Faint = 0.65;     // how much of the ground is in what stands for something hidden
+
+} // namespace
+
+QString GraphPlot::NameOf(Drawing drawing)
+{
+    return Text(drawing == Maximum   ? Str::StatisticMax
+                : drawing == Minimum ? Str::StatisticMin
+                                     : Str::HeadingData);
+}
+
+std::vector<GraphPlot::LegendEntry> GraphPlot::Legend() const
+{
+    if (!legendShown_)
+        return {};
+    const QFontMetricsF metrics(font());
+    const double lineHeight = metrics.height();
+    const double top = Edge(font()) / 2.0;
+    double right = PlotRect().right();
+    std::vector<LegendEntry> entries;
+    for (auto drawing = LegendOrder.rbegin(); drawing != LegendOrder.rend(); ++drawing) {
+        if (IsHidden(*drawing) && !style_.hiddenInLegend)
+            continue;
+        const double words = std::ceil(metrics.horizontalAdvance(NameOf(*drawing))) + 1;
+        const double width = words + lineHeight * LineLength + Gap;
+        entries.push_back({*drawing, QRectF(right - width, top, width, lineHeight)});
+        right -= width + lineHeight;
+    }
+    return entries;
+}
+
+std::optional<GraphPlot::Drawing> GraphPlot::LegendAt(const QPointF &place) const
+{
+    for (const LegendEntry &entry : Legend()) {
+        if (entry.box.contains(place))
+            return entry.drawing;
+    }
+    return std::nullopt;
+}
+
+void GraphPlot::DrawLegend(QCPPainter &painter)
+{
+    if (!legendShown_)
+        return;
+    const QFontMetricsF metrics(font());
+    const double lineHeight = metrics.height();
+    constexpr int Flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine;
+    painter.setFont(font());
+    painter.setAntialiasing(false);
+    double left = PlotRect().right();
+    for (const LegendEntry &entry : Legend()) {
+        left = entry.box.left();
+        const double middle = std::round(entry.box.top() + lineHeight / 2);
+        const double lineEnd = left + lineHeight * LineLength;
+        QPen pen = graph(entry.drawing)->pen();
+        const double faint = IsHidden(entry.drawing) ? Faint : 0;
+        pen.setColor(Mixed(pen.color(), style_.background, faint));
+        painter.setPen(pen);
+        painter.drawLine(QLineF(left, middle, lineEnd, middle));
+        painter.setPen(Mixed(style_.text, style_.background, faint));
+        painter.drawText(entry.box.adjusted(lineEnd - left + Gap, 0, 0, 0), Flags, NameOf(entry.drawing));
+    }
+    const double room = left - lineHeight - PlotRect().left();
+    painter.setPen(style_.text);
+    if (!caption_.isEmpty() && room > lineHeight)
+        painter.drawText(QRectF(PlotRect().left(), Edge(font()) / 2.0, room, lineHeight), Flags,
+                         metrics.elidedText(caption_, Qt::ElideMiddle, room));
+}
+
+} // namespace px40
