@@ -17,6 +17,13 @@ namespace {
 const std::string ContentType = "application/vnd.openxmlformats-officedocument.";
 const std::string StylesType = ContentType + "spreadsheetml.styles+xml";
 
+/// Whether that can be a prefix of an attribute: "xmlns:2" is read, but an attribute "2:id" never is.
+bool BeginsName(std::string_view prefix)
+{
+    constexpr std::string_view never = "0123456789-.";
+    return !prefix.empty() && never.find(prefix.front()) == std::string_view::npos;
+}
+
 /// The prefix, with its colon, that the namespace of relationships has in an element; it is declared there if
 /// it has none.
 std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
@@ -24,9 +31,12 @@ std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
     constexpr std::string_view declares = "xmlns:";
     for (pugi::xml_node around = at; around; around = around.parent()) {
         for (const pugi::xml_attribute &attribute : around.attributes()) {
-            const std::string_view name = attribute.name();
-            if (name.starts_with(declares) && attribute.value() == vocabulary)
-                return std::string(name.substr(declares.size())) + ':';
+            std::string_view name = attribute.name();
+            if (!name.starts_with(declares) || attribute.value() != vocabulary)
+                continue;
+            name.remove_prefix(declares.size());
+            if (BeginsName(name))
+                return std::string(name) + ':';
         }
     }
     at.append_attribute("xmlns:r").set_value(vocabulary.c_str());
