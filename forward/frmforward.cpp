@@ -266,12 +266,11 @@ QCoro::Task<void> frmForward::Refuse(QPointer<frmForward> dialog, QString compla
 {
     dialog->asking_ = true;
     Prompts *const prompts = dialog->prompts_;
-    co_await prompts->Warn(complaint);
-    if (!dialog)
-        co_return;
-    dialog->asking_ = false;
-    dialog->tbFile_->setFocus();
+    dialog->tbFile_->setFocus(); // the box keeps clear of it, and gives it back
     dialog->tbFile_->selectAll();
+    co_await prompts->Warn(complaint);
+    if (dialog)
+        dialog->asking_ = false;
 }
 
 void frmForward::reject()

@@ -363,7 +363,7 @@ const char16_t *Lookup(Str id)
     case Str::MemoryReceived:
         return u"%1 stored readings received.";
     case Str::MemoryUnreadable:
-        return u"%1 stored readings received, %2 of them unreadable (noise on the line?).";
+        return u"%2 of %1 stored readings unreadable (noise on the line?).";
     case Str::MemoryEnded:
         return u"The download ended early: %1 of 50 stored readings received.";
     case Str::LabelKind:
