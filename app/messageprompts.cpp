@@ -62,9 +62,9 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 /// A box that speaks of a field, which then has the focus, must not lie on it.
 void KeepClearOfField(QMessageBox *box)
 {
-    const QWidget *const field = QApplication::focusWidget();
     const QWidget *const window = box->parentWidget();
-    if (!qobject_cast<const QLineEdit *>(field) || !window || !window->isAncestorOf(field))
+    const auto *const field = window ? qobject_cast<const QLineEdit *>(window->focusWidget()) : nullptr;
+    if (!field)
         return;
     box->ensurePolished();
     box->adjustSize();

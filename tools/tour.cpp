@@ -89,7 +89,7 @@ bool Tour::Run()
     }
     {
         Stage stage(Stage::Instrument::Demo);
-        RunSteps(stage, {&Tour::StartLive, &Tour::ForwardRun, &Tour::DrawWorkbooks});
+        RunSteps(stage, {&Tour::StartLive, &Tour::ForwardRun, &Tour::ForwardRunInVain, &Tour::DrawWorkbooks});
     }
     return failures_ == 0;
 }

@@ -98,6 +98,7 @@ class Tour
     void ForwardToHeldBook(Stage &stage);
     void ForwardManyRows(Stage &stage);
     void ForwardRun(Stage &stage);
+    void ForwardRunInVain(Stage &stage);
     void DrawWorkbooks(Stage &stage);
 
     Camera camera_;

@@ -12,6 +12,7 @@
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
 
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QMessageBox>
@@ -74,6 +75,22 @@ void ForwardToNew(Stage &stage, const QString &title, const QString &book)
     stage.ChooseFile(stage.AwaitFileDialog(), book);
 }
 
+/// A new data set, its interval and period, Start and Yes.
+void StartForwardedRun(Stage &stage, const QString &book)
+{
+    stage.ClickTool(u"New"_s);
+    stage.ClickTool(u"Interval"_s);
+    QDialog *const interval = stage.AwaitDialog(u"frmInterval"_s);
+    stage.Type(interval, u"tbIsec"_s, u"1"_s);
+    stage.Type(interval, u"tbPsec"_s, QString::number(RunRows - 1));
+    stage.CloseDialog(interval, u"btOk"_s);
+    stage.ClickTool(u"Start"_s);
+    QMessageBox *const question = stage.AwaitBox();
+    RequireText(u"The question at the start of a run"_s, question->text(), Text(Str::AskForwardRealtime));
+    stage.Answer(question, QMessageBox::Yes);
+    ForwardToNew(stage, u"Oven 2, warming up"_s, book);
+}
+
 /// Waits until the bar has come so far, in percent, in that part of the work, but not to its end.
 QDialog *AwaitProgress(const Stage &stage, Str message, int percent)
 {
@@ -123,18 +140,7 @@ void Tour::ForwardManyRows(Stage &stage)
 
 void Tour::ForwardRun(Stage &stage)
 {
-    stage.ClickTool(u"New"_s);
-    stage.ClickTool(u"Interval"_s);
-    QDialog *const interval = stage.AwaitDialog(u"frmInterval"_s);
-    stage.Type(interval, u"tbIsec"_s, u"1"_s);
-    stage.Type(interval, u"tbPsec"_s, QString::number(RunRows - 1));
-    stage.CloseDialog(interval, u"btOk"_s);
-    stage.ClickTool(u"Start"_s);
-    QMessageBox *const question = stage.AwaitBox();
-    RequireText(u"The question at the start of a run"_s, question->text(), Text(Str::AskForwardRealtime));
-    stage.Answer(question, QMessageBox::Yes);
-    ForwardToNew(stage, u"Oven 2, warming up"_s, OvenBook());
-
+    StartForwardedRun(stage, OvenBook());
     AwaitRows(stage, RunRows - 1);
     Require(stage.services.state.RealtimeRun && !QFile::exists(OvenBook()),
             u"The workbook of a run is written before it ends."_s);
@@ -145,6 +151,24 @@ void Tour::ForwardRun(Stage &stage)
                     u"  1New has ended: 00:00:02 elapsed, 3 rows, no error rows."_s);
     Require(stage.desktop.shown == QStringList(OvenBook()), u"The workbook of a run is not opened."_s);
     camera_.Take(u"29b-run-forwarded"_s, stage.Windows());
+}
+
+/// The folder of the workbook goes while rows come: a memory stick that was taken out.
+void Tour::ForwardRunInVain(Stage &stage)
+{
+    const QString stick = DocumentPath(u"stick"_s);
+    Require(QDir().mkdir(stick), u"The folder \"%1\" cannot be made."_s.arg(stick));
+    StartForwardedRun(stage, stick + u"/oven 3.xlsx"_s);
+    AwaitRows(stage, RunRows - 1);
+    Require(QDir().rmdir(stick), u"The folder \"%1\" cannot be removed."_s.arg(stick));
+    QMessageBox *const box = stage.AwaitBox();
+    Require(stage.Message().startsWith(Text(Str::ForwardError)),
+            u"The status bar after a run that could not be forwarded: "_s + stage.Message());
+    QWidgetList windows = stage.Windows();
+    windows.append(box);
+    camera_.Take(u"29c-run-not-forwarded"_s, windows);
+    stage.Answer(box, QMessageBox::Ok);
+    Await([&stage] { return stage.Idle(); }, u"The run does not end."_s);
 }
 
 /// What a spreadsheet program makes of the workbooks.
