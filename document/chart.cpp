@@ -114,8 +114,10 @@ void Chart::DrawBand(QPainter &painter) const
     if (!IsDragged())
         return;
     QRect band = PlotRect();
-    band.setLeft(std::min(*dragFrom_, dragTo_));
-    band.setRight(std::max(*dragFrom_, dragTo_));
+    // The samples may have moved on below the mouse.
+    const int from = std::max(band.left(), band.left() + static_cast<int>(Place().EdgeOf(drag_->at)));
+    band.setLeft(std::min(from, drag_->toX));
+    band.setRight(std::max(from, drag_->toX));
     QColor colour = palette().color(QPalette::Highlight);
     painter.setPen(colour);
     colour.setAlphaF(0.2F);
@@ -145,7 +147,7 @@ bool Chart::event(QEvent *event)
         pointer_.reset();
         Hover();
         if (event->type() == QEvent::Hide)
-            dragFrom_.reset();
+            drag_.reset();
     }
     return GraphPlot::event(event);
 }

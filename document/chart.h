@@ -75,8 +75,13 @@ class Chart : public GraphPlot
     std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere
     qint32 hovered_ = 0;            ///< sample that is told about; 0: none
     int wheel_ = 0;                 ///< what has been turned towards the next notch, in eighths of a degree
-    std::optional<int> dragFrom_;   ///< x where the button went down; nothing while it is up
-    int dragTo_ = 0;
+    struct Drag
+    {
+        int x = 0;     ///< where the button went down
+        double at = 0; ///< the place among the samples that was there
+        int toX = 0;
+    };
+    std::optional<Drag> drag_; ///< nothing while the button is up
     bool dirty_ = true;
 };
 

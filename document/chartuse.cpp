@@ -53,7 +53,7 @@ void Chart::Zoom(const std::optional<SampleWindow> &window)
 
 void Chart::ZoomBack()
 {
-    dragFrom_.reset();
+    drag_.reset();
     Zoom(std::nullopt);
 }
 
@@ -66,7 +66,8 @@ void Chart::ZoomIn()
 void Chart::ZoomOut()
 {
     const SampleWindow wider = Window().Doubled(Samples());
-    if (movedSet_ && wider.count < movedSet_->Graph().count)
+    const qint32 useful = std::max(SampleWindow::Fewest, Samples());
+    if (movedSet_ && wider.count < std::min(movedSet_->Graph().count, useful))
         Zoom(wider);
     else
         ZoomBack();
@@ -80,7 +81,7 @@ void Chart::ToggleHidden(Drawing drawing)
 
 bool Chart::IsDragged() const
 {
-    return dragFrom_ && std::abs(dragTo_ - *dragFrom_) >= QApplication::startDragDistance();
+    return drag_ && std::abs(drag_->toX - drag_->x) >= QApplication::startDragDistance();
 }
 
 void Chart::wheelEvent(QWheelEvent *event)
@@ -125,8 +126,8 @@ void Chart::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Minus:
         return ZoomOut();
     case Qt::Key_Escape:
-        if (dragFrom_ || IsZoomed())
-            return dragFrom_ ? StopDrag() : ZoomBack();
+        if (drag_ || IsZoomed())
+            return drag_ ? StopDrag() : ZoomBack();
         break;
     default:
         break;
@@ -162,7 +163,7 @@ void Chart::contextMenuEvent(QContextMenuEvent *event)
 
 void Chart::StopDrag()
 {
-    dragFrom_.reset();
+    drag_.reset();
     update();
 }
 
@@ -177,15 +178,18 @@ void Chart::mousePressEvent(QMouseEvent *event)
     if (const std::optional<Drawing> drawing = LegendAt(event->position())) {
         ToggleHidden(*drawing);
     } else if (PlotRect().contains(event->position().toPoint())) {
-        dragFrom_ = dragTo_ = event->position().toPoint().x();
+        const int x = event->position().toPoint().x();
+        drag_ = Drag{x, Place().At(x - PlotRect().left()), x};
     }
 }
 
 void Chart::mouseMoveEvent(QMouseEvent *event)
 {
     pointer_ = event->position().toPoint();
-    if (dragFrom_) {
-        dragTo_ = std::clamp(pointer_->x(), PlotRect().left(), PlotRect().right());
+    if (drag_ && !(event->buttons() & Qt::LeftButton))
+        StopDrag(); // it went up where nobody told us
+    if (drag_) {
+        drag_->toX = std::clamp(pointer_->x(), PlotRect().left(), PlotRect().right());
         update();
     } else {
         setCursor(LegendAt(event->position()) ? Qt::PointingHandCursor : Qt::ArrowCursor);
@@ -196,10 +200,10 @@ void Chart::mouseMoveEvent(QMouseEvent *event)
 void Chart::mouseReleaseEvent(QMouseEvent *event)
 {
     event->accept();
-    if (event->button() != Qt::LeftButton || !dragFrom_)
+    if (event->button() != Qt::LeftButton || !drag_)
         return;
-    const int left = PlotRect().left();
-    const auto samples = IsDragged() ? Place().Between(*dragFrom_ - left, dragTo_ - left) : std::nullopt;
+    const double to = Place().At(drag_->toX - PlotRect().left());
+    const auto samples = IsDragged() ? Place().Between(drag_->at, to) : std::nullopt;
     StopDrag();
     if (samples)
         Zoom(SampleWindow::Of(samples->first, samples->second, Samples()));

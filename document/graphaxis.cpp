@@ -253,8 +253,8 @@ std::optional<std::pair<qint32, qint32>> CategoryPlace::Between(double a, double
 {
     if (!(room > 0))
         return std::nullopt;
-    const double from = std::max<double>(std::floor(std::min(a, b) / Width()) + first, first);
-    const double to = std::min<double>(std::floor(std::max(a, b) / Width()) + first, last);
+    const double from = std::max(std::floor(std::min(a, b)), 1.0);
+    const double to = std::min<double>(std::floor(std::max(a, b)), last);
     if (from > to)
         return std::nullopt;
     return std::pair(static_cast<qint32>(from), static_cast<qint32>(to));

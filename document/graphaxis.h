@@ -68,11 +68,14 @@ struct CategoryPlace
 
     double Width() const { return room / count; }
     /// The middle of a sample's category.
-    double X(qint32 sample) const { return (static_cast<double>(sample) - first + 0.5) * Width(); }
+    double X(qint32 sample) const { return EdgeOf(sample) + Width() / 2; }
+    /// A place among the samples, each of which reaches from its number to the next, and its x.
+    double At(double x) const { return first + x / Width(); }
+    double EdgeOf(double at) const { return (at - first) * Width(); }
     /// The sample nearest to `x`; nothing when none is seen.
     std::optional<qint32> Nearest(double x) const;
-    /// The first and the last sample whose category lies between `a` and `b`, be it in part; nothing when
-    /// none does.
+    /// The first and the last sample that lies between two places among them, be it in part, also where they
+    /// have left the view meanwhile; nothing when none does.
     std::optional<std::pair<qint32, qint32>> Between(double a, double b) const;
 };
 

@@ -2,6 +2,7 @@
 
 #include "document/graphplot.h"
 
+#include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QFontMetricsF>
@@ -70,10 +71,10 @@ void GraphPlot::DrawLegend(QCPPainter &painter)
         const double lineEnd = left + lineHeight * LineLength;
         QPen pen = graph(entry.drawing)->pen();
         const double faint = IsHidden(entry.drawing) ? Faint : 0;
-        pen.setColor(Mixed(pen.color(), style_.background, faint));
+        pen.setColor(Mix(pen.color(), style_.background, faint));
         painter.setPen(pen);
         painter.drawLine(QLineF(left, middle, lineEnd, middle));
-        painter.setPen(Mixed(style_.text, style_.background, faint));
+        painter.setPen(Mix(style_.text, style_.background, faint));
         painter.drawText(entry.box.adjusted(lineEnd - left + Gap, 0, 0, 0), Flags, NameOf(entry.drawing));
     }
     const double room = left - lineHeight - PlotRect().left();

@@ -2,6 +2,7 @@
 
 #include "document/dataset.h"
 #include "document/graphline.h"
+#include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QFontMetricsF>
@@ -89,8 +90,8 @@ void GraphPlot::SetStyle(const GraphStyle &style)
 {
     style_ = style;
     setBackground(style.background);
-    const QPen line(Mixed(style.background, style.text, 0.55), style.lineWidth);
-    const QPen gridLine(Mixed(style.background, style.text, 0.13), style.lineWidth);
+    const QPen line(Mix(style.background, style.text, 0.55), style.lineWidth);
+    const QPen gridLine(Mix(style.background, style.text, 0.13), style.lineWidth);
     for (QCPAxis *const axis : {xAxis, yAxis}) {
         axis->setBasePen(line);
         axis->setTickPen(line);
@@ -202,7 +203,9 @@ ValueRange GraphPlot::RangeInView() const
 int GraphPlot::NameValueAxis(double room)
 {
     const QFontMetricsF metrics(font());
-    const QString mode = set_ && legendShown_ ? set_->Table().CommonMode() : QString();
+    QString mode = set_ ? set_->Table().CommonMode() : QString();
+    if (!legendShown_ && metrics.horizontalAdvance(mode) > room) // a low picture has it whole or not at all
+        mode.clear();
     yAxis->setLabelFont(font());
     yAxis->setLabel(metrics.elidedText(mode, Qt::ElideRight, room));
     return mode.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
@@ -229,9 +232,10 @@ void GraphPlot::FillCategoryAxis()
     const QFontMetricsF metrics(font());
     constexpr int Longest = 40;
     const auto label = [this](qint32 sample) { return set_->Table().Cell(sample, 1).left(Longest); };
-    const CategoryTicks chosen =
-        ChooseCategories(place_, set_ ? set_->Graph() : GraphSettings(),
-                         [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
+    GraphSettings settings = set_ ? set_->Graph() : GraphSettings();
+    settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the user's count
+    const CategoryTicks chosen = ChooseCategories(
+        place_, settings, [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
     // A label without a tick is the label of a tick without length.
     xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);

@@ -4,12 +4,6 @@
 
 namespace px40 {
 
-QColor Mixed(const QColor &from, const QColor &to, double part)
-{
-    const auto mix = [part](int a, int b) { return static_cast<int>(a + (b - a) * part); };
-    return {mix(from.red(), to.red()), mix(from.green(), to.green()), mix(from.blue(), to.blue())};
-}
-
 GraphStyle GraphStyle::ForPalette(const QPalette &palette, bool enabled)
 {
     const QPalette::ColorGroup group = enabled ? QPalette::Active : QPalette::Disabled;

@@ -6,9 +6,6 @@ class QPalette;
 
 namespace px40 {
 
-/// `part` of the way from one colour to the other.
-QColor Mixed(const QColor &from, const QColor &to, double part);
-
 /// Colours and strength of a graph's picture.
 struct GraphStyle
 {

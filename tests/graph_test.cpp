@@ -75,6 +75,8 @@ class GraphTest : public QObject
     void WheelAndKeysMoveTheView();
     void WindowsOfSamplesStayWithin();
     void ZoomIsTheViewsAlone();
+    void ZoomOfAFewSamplesGoesBackToAll();
+    void ZoomedSamplesHaveLabelsWhateverTheDivisions();
     void HiddenLinesDoNotCount();
     void ValueAxisNamesTheMode();
     void ManySamplesArePaintedOnce();
@@ -245,9 +247,11 @@ void GraphTest::WindowsOfSamplesStayWithin()
     QCOMPARE(shown(SampleWindow{40, 20}.Doubled(100)), Pair(30, 40));
     QCOMPARE(shown(SampleWindow{90, 10}.Doubled(100)), Pair(80, 20));
     const CategoryPlace place{11, 10, 15, 100, 0, 0}; // ten pixels each, half of them empty
-    QCOMPARE(place.Between(29, 10), (std::pair<qint32, qint32>(12, 13)));
-    QCOMPARE(place.Between(-50, 500), (std::pair<qint32, qint32>(11, 15)));
-    QVERIFY(!place.Between(60, 90));
+    const auto between = [&](double a, double b) { return place.Between(place.At(a), place.At(b)); };
+    QCOMPARE(between(29, 10), (std::pair<qint32, qint32>(12, 13)));
+    QCOMPARE(between(-50, 500), (std::pair<qint32, qint32>(6, 15))); // five have left the view
+    QCOMPARE(between(-500, 500), (std::pair<qint32, qint32>(1, 15)));
+    QVERIFY(!between(60, 90));
 }
 
 void GraphTest::ZoomIsTheViewsAlone()
@@ -323,6 +327,54 @@ void GraphTest::ZoomIsTheViewsAlone()
         QCOMPARE(chart->IsZoomed(), isZoomed);
         drag(at(1), at(30));
     }
+
+    QTest::keyClick(chart, Qt::Key_Escape);
+    rig.set.ScrollTo(51);
+    chart->grab();
+    QTest::mousePress(chart, Qt::LeftButton, {}, at(60));
+    for (int i = 0; i < 10; ++i) // a run goes on below the mouse
+        rig.Add(u"8"_qs);
+    chart->grab();
+    QTest::mouseMove(chart, at(90));
+    QTest::mouseRelease(chart, Qt::LeftButton, {}, at(90));
+    QCOMPARE(chart->Window(), SampleWindow::Of(60, 90, rig.set.GetDatacount()));
+
+    QTest::keyClick(chart, Qt::Key_Escape);
+    chart->grab();
+    QTest::mousePress(chart, Qt::LeftButton, {}, at(70));
+    QMouseEvent strayed(QEvent::MouseMove, at(90), at(90), Qt::NoButton, {}, {});
+    QApplication::sendEvent(chart, &strayed); // a box has taken the release
+    QTest::mouseRelease(chart, Qt::LeftButton, {}, at(90));
+    QVERIFY(!chart->IsZoomed());
+}
+
+void GraphTest::ZoomOfAFewSamplesGoesBackToAll()
+{
+    for (const int samples : {1, 3}) {
+        GraphRig rig(samples);
+        rig.set.SetGraphcount(20);
+        rig.set.PaintGraphtop();
+        Chart chart(&rig.set);
+        chart.resize(600, 300);
+        chart.show();
+        for (int i = 0; i < 5; ++i)
+            QTest::keyClick(&chart, Qt::Key_Plus);
+        QVERIFY(chart.IsZoomed());
+        for (int i = 0; i < 4; ++i)
+            QTest::keyClick(&chart, Qt::Key_Minus);
+        QVERIFY(!chart.IsZoomed());
+    }
+}
+
+void GraphTest::ZoomedSamplesHaveLabelsWhateverTheDivisions()
+{
+    GraphRig rig(200);
+    rig.set.SetAxisX(false, 50, 50);
+    rig.set.PaintGraphtop();
+    GraphPlot plot(&rig.set);
+    plot.SetZoom(SampleWindow::Of(60, 90, 200));
+    plot.Fill(QSize(800, 400), 1);
+    QVERIFY(plot.xAxis->tickVector().size() > 2);
 }
 
 void GraphTest::HiddenLinesDoNotCount()
@@ -364,6 +416,7 @@ void GraphTest::HiddenLinesDoNotCount()
     for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
         QTest::keyClick(menu, key);
     QCOMPARE(range(), QCPRange(0, 10)); // there is nothing left to be scaled to
+    QVERIFY(!chart.graph(GraphPlot::Marks)->visible());
     for (const GraphPlot::Drawing drawing : GraphPlot::LegendOrder) {
         QVERIFY(chart.IsHidden(drawing));
         QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(drawing));
@@ -379,7 +432,9 @@ void GraphTest::ValueAxisNamesTheMode()
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.yAxis->label(), u"VDC"_qs);
     const int left = plot.PlotRect().left();
-    plot.Fill({600, 60}, 1); // no room for it
+    plot.Fill({600, 100}, 1); // too low for a legend
+    QCOMPARE(plot.yAxis->label(), u"VDC"_qs);
+    plot.Fill({600, 50}, 1); // no room for it
     QCOMPARE(plot.yAxis->label(), QString());
     rig.set.AddData(u"10:00"_qs, u"3"_qs, u"mVDC"_qs, {}, {});
     plot.Fill({600, 300}, 1);
