@@ -10,6 +10,8 @@
 #include <QKeyEvent>
 #include <QShortcut>
 
+#include <tuple>
+
 namespace px40 {
 
 namespace {
@@ -36,18 +38,21 @@ LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QW
 void LiveWindow::ShowMessage(const QString &text)
 {
     text_ = text;
+    noteFirst_ = false;
     ShowLine();
 }
 
 void LiveWindow::ShowNote(const QString &text)
 {
     note_ = text;
+    noteFirst_ = true;
     ShowLine();
 }
 
 void LiveWindow::ShowLine()
 {
-    llMessage_->SetText(text_.isEmpty() ? note_ : text_);
+    const auto &[first, second] = noteFirst_ ? std::tie(note_, text_) : std::tie(text_, note_);
+    llMessage_->SetText(first.isEmpty() ? second : first);
 }
 
 void LiveWindow::Open(const QRect &usual)

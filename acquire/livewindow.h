@@ -21,10 +21,9 @@ class LiveWindow : public QWidget
     Q_OBJECT
 
   public:
-    /// What is to be told of the last command; empty: nothing.
+    /// What is to be told of the last command, and of the readings; empty: nothing. There is one line for
+    /// both: it shows the newer one, or the other where that is empty.
     void ShowMessage(const QString &text);
-
-    /// What is to be told of the readings where there is no such message; empty: nothing.
     void ShowNote(const QString &text);
 
   Q_SIGNALS:
@@ -58,6 +57,7 @@ class LiveWindow : public QWidget
     ElidedLabel *llMessage_;
     QString text_;
     QString note_;
+    bool noteFirst_ = false; ///< it is the newer one
     bool open_ = true;
 };
 

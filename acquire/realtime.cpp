@@ -200,12 +200,11 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     co_await RequestSample();
 }
 
-/// Which of the seconds of a tick the reply belongs to, from 1; 0 if to none of them.
+/// Which of the seconds of a tick the reply belongs to, from 1.
 ///
 /// One that came in its own second is stored when the next one begins: that is the first one counted, and the
 /// program was late with the others. One that came later is of the last sampling second that had begun by
-/// then: the instrument was late, and missed those before. If it was not asked for a row at all, it makes one
-/// only of the very second in which it came.
+/// then, whichever second it was asked for: the instrument was late, and missed those before.
 qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
 {
     const qint64 arrived = replySecond_ - firstSecond + 1;
@@ -214,9 +213,7 @@ qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
         last = std::min<qint64>(last, qint64{data_->GetPeriodcount()} - ElapsedSeconds_ + 1);
     if (last > 1)
         last -= (ElapsedSeconds_ + last - 1) % Interval();
-    if (last > 1 && (!SkipSample_ || last == arrived))
-        return static_cast<qint32>(last);
-    return SkipSample_ && arrived > 0 ? 0 : 1;
+    return static_cast<qint32>(std::max<qint64>(last, 1));
 }
 
 /// Another part has used the link since the last second and left it idle: this second is not counted.

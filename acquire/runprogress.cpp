@@ -28,7 +28,7 @@ int RunRows(qint32 interval, qint32 period)
     return period / interval + 1;
 }
 
-QString RunText(const RunProgress &progress)
+QString RunText(const RunProgress &progress, const QString &forwarded)
 {
     const QString rows = progress.rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(progress.rows);
     const QString errors = progress.errorRows == 0   ? Text(Str::NoErrorRows)
@@ -40,6 +40,7 @@ QString RunText(const RunProgress &progress)
               << progress.forwardReason;
     else if (progress.forwardFull)
         parts << Text(Str::ForwardSheetFull);
+    parts << forwarded;
     if (!progress.ended && !progress.portOpen)
         parts << Text(progress.portLost ? Str::RunRetries : Str::RunNoPort);
     else if (!progress.ended && !progress.answered)

@@ -21,8 +21,8 @@ struct RunProgress
     QString forwardReason;      ///< why it failed
 };
 
-/// The text for the status bar.
-QString RunText(const RunProgress &progress);
+/// The text for the status bar; `forwarded`: what has come of the worksheet, once that is known.
+QString RunText(const RunProgress &progress, const QString &forwarded = {});
 
 /// "hh:mm:ss", with the days in front once there are any.
 QString ElapsedText(qint32 seconds);

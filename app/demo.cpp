@@ -31,6 +31,7 @@ std::unique_ptr<Demo> Demo::Start(Services &services, QString *error)
     try {
         auto demo = std::make_unique<PtyDemo>();
         services.ports.Fix(PortMap::First, demo->Device());
+        services.ports.KeepNothing();
         services.simulated = true;
         return demo;
     } catch (const std::exception &problem) {

@@ -99,8 +99,8 @@ QCoro::Task<bool> Forwarding::AskForRun()
 
 void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
 {
-    if (!outcome
-             .done) // the status bar of a narrow window does not hold the reason; a run goes on under the box
+    // The status bar of a narrow window does not hold the reason; a run goes on under the box.
+    if (!outcome.done)
         services_->jobs.Launch(services_->prompts.Warn(services_->state.ForwardErrorText),
                                "telling of a run");
     if (outcome.done && outcome.samples > 0)

@@ -200,7 +200,7 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     const QString chosen = dialog->cbPort_->currentText();
     services->comm.SetPortNumber(chosen.toInt());
     const bool opened = co_await services->comm.OpenPort();
-    if (opened && !services->simulated) // whoever looks at a demo keeps the port of the instrument
+    if (opened && services->ports.Keeps()) // whoever looks at a demo keeps the port of the instrument
         services->settings.PortNumberText = chosen;
     if (!dialog)
         co_return;

@@ -5,6 +5,8 @@
 #include "acquire/secondcounter.h"
 #include "app/forwarding.h"
 #include "document/frmdata.h"
+#include "link/comm.h"
+#include "link/reply.h"
 #include "platform/prompts.h"
 #include "platform/screens.h"
 #include "platform/timer.h"
@@ -66,6 +68,7 @@ Live::Live(Services &services, const Timers &timers, Forwarding &forwarding, QWi
     connect(&sourceCommands_, &SourceCommands::recovered, this, [tellInSource] { tellInSource({}); });
     tmFade_.setObjectName(QStringLiteral("tmFade"));
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
+    connect(&services.comm, &Comm::lineReceived, this, &Live::OnLine);
     connect(&timers.tmCheckStat, &Timer::tick, this,
             [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
@@ -80,6 +83,7 @@ void Live::ShowWindow(Window *window)
 {
     connect(window, &LiveWindow::closed, this, &Live::windowsChanged);
     window->setAttribute(Qt::WA_ShowWithoutActivating);
+    window->ShowNote(Note());
     window->show();
     window_->activateWindow();
     StartChecking(true);
@@ -268,8 +272,11 @@ QCoro::Task<void> Live::Begin(std::shared_ptr<DataSet> dataSet, bool forward)
 QCoro::Task<bool> Live::HavePort()
 {
     bool open = services_->comm.IsOpen();
-    if (!open)
-        open = co_await services_->comm.OpenPort();
+    if (open)
+        co_return true;
+    open = co_await services_->comm.OpenPort();
+    if (open && (moniter_ || source_))
+        StartChecking(false);
     co_return open;
 }
 
@@ -305,7 +312,15 @@ void Live::TakeNews()
     since_ = TimeOfDay(SecondOf(services_->clock.UtcMs()));
     faded_ = false;
     tmFade_.SetEnabled(true); // from now on
-    ShowNotes(QString());
+    ShowNotes();
+}
+
+/// In a download, or from a slow instrument, something comes though no new status is there yet. While all
+/// that comes is no status, the old one is not kept alive by it.
+void Live::OnLine()
+{
+    if (tmFade_.Enabled() && services_->instrument.StatusReply != NoReplyText())
+        tmFade_.SetEnabled(true);
 }
 
 void Live::Fade()
@@ -316,15 +331,20 @@ void Live::Fade()
         moniter_->Fade();
     if (source_)
         source_->Fade();
-    ShowNotes(Text(Str::NoReadingSince).arg(since_));
+    ShowNotes();
 }
 
-void Live::ShowNotes(const QString &text)
+QString Live::Note() const
+{
+    return faded_ ? Text(Str::NoReadingSince).arg(since_) : QString();
+}
+
+void Live::ShowNotes()
 {
     if (moniter_)
-        moniter_->ShowNote(text);
+        moniter_->ShowNote(Note());
     if (source_)
-        source_->ShowNote(text);
+        source_->ShowNote(Note());
 }
 
 void Live::ShowSource(const SourceDisplay &display)
@@ -351,8 +371,7 @@ void Live::RunChanged()
 void Live::ShowRun(const RunProgress &progress)
 {
     if (progress.ended)
-        // Where the sheet went comes first: it must be seen in a narrow window as well.
-        Q_EMIT message((forwarding_->TakeRunOutcome() + QStringLiteral("  ") + RunText(progress)).trimmed());
+        Q_EMIT message(RunText(progress, forwarding_->TakeRunOutcome()));
     else
         Q_EMIT runMessage(RunText(progress));
 }

@@ -81,7 +81,9 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     void ShowSource(const SourceDisplay &display);
     void TakeNews();
     void Fade();
-    void ShowNotes(const QString &text);
+    QString Note() const;
+    void ShowNotes();
+    void OnLine();
     /// `tell`: also why a lost instrument cannot be found again.
     void StartChecking(bool tell);
     void OnPortChanged();

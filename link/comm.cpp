@@ -57,16 +57,8 @@ void Comm::SetPortNumber(int number)
     Q_EMIT portChanged();
 }
 
-void Comm::SetLost(bool lost)
-{
-    if (std::exchange(lost_, lost) != lost)
-        Q_EMIT portChanged();
-}
-
 QCoro::Task<bool> Comm::OpenPort()
 {
-    ClosePort();
-    SetLost(false);
     if (shut_)
         co_return false;
     const QString error = TryOpenPort();
@@ -167,6 +159,8 @@ void Comm::OnArrived()
         const QStringList lines = TakeLines(input);
         for (const QString &line : lines)
             pending_.Receive(line); // it may be a late reply
+        if (!lines.isEmpty())
+            Q_EMIT lineReceived();
         state_->RecvBuffer = QString::fromLatin1(input.left(MaxReplyLength));
         break;
     }

@@ -89,6 +89,7 @@ class Comm : public QObject
   Q_SIGNALS:
     void portChanged();                   ///< opened, closed, or another number
     void portLost(const QString &reason); ///< the device has gone; the port is closed
+    void lineReceived();                  ///< whatever it is, and whether or not somebody waits for it
 
   private:
     enum class AttemptEnd { Answered, TimedOut, Interrupted, Closed };
@@ -104,7 +105,6 @@ class Comm : public QObject
     QCoro::Task<void> NextEvent();
 
     void EndOpening();
-    void SetLost(bool lost);
     void OnArrived();
     void OnTimeout();
     void OnLost(const QString &reason);

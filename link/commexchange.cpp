@@ -18,7 +18,7 @@ Q_LOGGING_CATEGORY(lcExchange, "px40.link", QtWarningMsg)
 
 // In time-outs. A stalled instrument answers all that it was asked as soon as it goes on; beyond this it was
 // off, and what it was asked is lost.
-constexpr int OldestReply = 15;
+constexpr int OldestReply = 60;
 // So long the acknowledgement of an older command keeps one back that changes the instrument.
 constexpr int OldestAcknowledgement = 2;
 
@@ -167,8 +167,10 @@ void Comm::Receive(const QByteArray &bytes)
     }
     if (askAgain && !Interrupted())
         Write(state_->LastCommand);
-    if (!lines.isEmpty())
-        Wake();
+    if (lines.isEmpty())
+        return;
+    Q_EMIT lineReceived();
+    Wake();
 }
 
 /// The lines that these bytes end, each without the LF and the character before it.

@@ -26,7 +26,7 @@ bool ChangesInstrument(const QString &command);
 /// The instrument answers in the order in which it was asked, or not at all. So a reply belongs to the oldest
 /// listed command whose form it fits ("ERR" and noise fit all), and whatever stands before that one will not
 /// be answered any more: both are struck off. The list may hold a command whose reply was lost, which at
-/// worst costs a question asked again; it never lets a reply pass for the answer to a later command.
+/// worst costs a question asked again; it never lets a reply pass for the answer to a later question.
 ///
 /// Knows no port and no timer: whoever writes and receives tells it. Times are milliseconds of any clock.
 class PendingReplies

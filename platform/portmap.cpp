@@ -44,19 +44,24 @@ QString PortMap::Device(int number) const
         return *fixed;
     if (!CanAssign())
         return QStringLiteral("COM%1").arg(number);
-    return store_->Get(Section(), StoreKey(number), QString());
+    const auto passing = passing_.find(number);
+    return passing != passing_.end() ? *passing : store_->Get(Section(), StoreKey(number), QString());
 }
 
 void PortMap::Assign(int number, const QString &path)
 {
-    store_->Save(Section(), StoreKey(number), LastingName(path));
+    if (keeps_)
+        store_->Save(Section(), StoreKey(number), LastingName(path));
+    else
+        passing_.insert(number, LastingName(path));
 }
 
 void PortMap::KeepAsKnown(int number)
 {
     const QString device = Device(number);
     known_.insert(device);
-    if (CanAssign() && !IsFixed(number) && store_->Get(Section(), KnownKey(number), QString()) != device)
+    if (keeps_ && CanAssign() && !IsFixed(number) &&
+        store_->Get(Section(), KnownKey(number), QString()) != device)
         store_->Save(Section(), KnownKey(number), device);
 }
 

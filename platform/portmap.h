@@ -39,6 +39,10 @@ class PortMap
 
     void Assign(int number, const QString &path);
 
+    /// From here on what is chosen, assigned or known is for this run only.
+    void KeepNothing() { keeps_ = false; }
+    bool Keeps() const { return keeps_; }
+
     /// The device of that number could be opened: when it is not there the next time, it has gone.
     void KeepAsKnown(int number);
     /// It could be opened once, in this run or in one before.
@@ -55,7 +59,9 @@ class PortMap
   private:
     UserStore *store_;
     QMap<int, QString> fixed_;
-    QSet<QString> known_; ///< in this run
+    QMap<int, QString> passing_; ///< assigned while nothing is kept
+    QSet<QString> known_;        ///< in this run
+    bool keeps_ = true;
 };
 
 } // namespace px40

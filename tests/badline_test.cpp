@@ -155,13 +155,14 @@ void BadLineTest::RowsOfABadLine_data()
         {"one lost reply", {.lostReplies = 1}, {}, {}},
         {"two lost replies", {.lostReplies = 2}, u"10"_qs, {}},
         {"three lost replies", {.lostReplies = 3}, u"10 11 12"_qs, u"10"_qs},
-        {"silent for 5 s", {.silentFrom = 18'000, .silentUntil = 23'000}, u"18 19 20 21"_qs, u"20"_qs},
+        {"silent for 5 s", {.silentFrom = 18'000, .silentUntil = 23'000}, u"18 19 20 21"_qs, {}},
         {"cable out", {.unpluggedAt = 29'500, .pluggedAt = 34'500}, u"30 31 32 33 34"_qs, u"30"_qs},
     };
     for (const Case &one : cases) {
         QTest::addRow("%s, each second", one.name) << one.trouble << 1 << one.eachSecond;
         QTest::addRow("%s, each fifth second", one.name) << one.trouble << 5 << one.eachFifth;
     }
+    QTest::newRow("0.9 s a reply, each fifth second") << Trouble{.replyMs = 900} << 5 << QString();
 }
 
 void BadLineTest::RowsOfABadLine()

@@ -79,6 +79,9 @@ class CommTest : public QObject
     void SilenceIsTriedAgainAndEndsWithFalse();
     void LateRepliesNeverAnswerTheNextCommand();
     void LateRepliesSendNoStepAgain();
+    void StepsWaitForOlderAcknowledgements();
+    void RepliesBetweenExchangesCount();
+    void BrokenRepliesDoNotSpoilTheNext();
     void ReplyAfterACancelIsDropped();
     void CancelledWorkSendsItsLastCommand();
     void CancelCountsMoreThanAReply();
@@ -178,6 +181,70 @@ void CommTest::LateRepliesSendNoStepAgain()
     QVERIFY(Succeeds(step));
     QCOMPARE(rig.state.RecvBuffer, u"OK"_qs);
     QCOMPARE(rig.Commands(), QStringList({u"OC"_qs, u"OC"_qs, u"UP1"_qs}));
+}
+
+/// The acknowledgement of an older command is waited for before the instrument is changed.
+void CommTest::StepsWaitForOlderAcknowledgements()
+{
+    CommRig rig("silent", Never);
+    rig.state.LinkActivity = ActivitySourceCommand;
+    const Running<bool> older = rig.SendOut(u"AN1"_qs, 1);
+    Q_EMIT rig.comm.tmTimeout().tick();
+    QVERIFY(Fails(older));
+    const Running<bool> step = rig.Send(u"UP1"_qs);
+    for (int turn = 0; turn < 20; ++turn)
+        QCoreApplication::processEvents();
+    QCOMPARE(rig.state.LastCommand, u"AN1"_qs);
+    rig.server.Inject("OK\r\n");
+    QTRY_COMPARE(rig.Commands(), QStringList({u"AN1"_qs, u"UP1"_qs}));
+    QVERIFY(!step.Done());
+    rig.server.Inject("OK\r\n");
+    QVERIFY(Succeeds(step));
+}
+
+/// A reply that comes while nobody waits, or with a port that was closed, is not waited for any more.
+void CommTest::RepliesBetweenExchangesCount()
+{
+    for (const bool reopened : {false, true}) {
+        CommRig rig("silent", Never);
+        const Running<bool> older = rig.SendOut(u"OM1"_qs, 1);
+        Q_EMIT rig.comm.tmTimeout().tick();
+        QVERIFY(Fails(older));
+        const QString late = rig.Expected(u"OM1"_qs);
+        if (reopened) {
+            rig.Open();
+        } else {
+            rig.state.LinkActivity = ActivityIdle;
+            rig.server.Inject(late.toStdString() + "\r\n");
+            QTRY_COMPARE(rig.state.RecvBuffer.trimmed(), late);
+            rig.state.LinkActivity = ActivityDownload;
+        }
+        const Running<bool> next = rig.SendOut(u"OM2"_qs);
+        rig.server.Inject(rig.Expected(u"OM2"_qs).toStdString() + "\r\n");
+        QVERIFY(Succeeds(next));
+        QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs}));
+    }
+}
+
+/// Characters that stand there when a question is written again are the beginning of a slow reply, or the
+/// rest of one that broke off.
+void CommTest::BrokenRepliesDoNotSpoilTheNext()
+{
+    for (const bool slow : {true, false}) {
+        CommRig rig("silent", Never);
+        const std::string reply = rig.Expected(u"OM1"_qs).toStdString();
+        const std::string begin = reply.substr(0, 9);
+        const Running<bool> question = rig.SendOut(u"OM1"_qs);
+        rig.state.LinkActivity = ActivityIdle; // to see it come
+        rig.server.Inject(begin);
+        QTRY_COMPARE(rig.state.RecvBuffer.toStdString(), begin);
+        rig.state.LinkActivity = ActivityDownload;
+        Q_EMIT rig.comm.tmTimeout().tick();
+        QTRY_COMPARE(rig.Commands().size(), 2);
+        rig.server.Inject((slow ? reply.substr(9) : reply) + "\r\n");
+        QVERIFY(Succeeds(question));
+        QCOMPARE(rig.state.RecvBuffer.toStdString(), reply);
+    }
 }
 
 void CommTest::ReplyAfterACancelIsDropped()

@@ -259,7 +259,16 @@ void LiveTest::LostInstrumentIsFoundAgain()
     QVERIFY(program.Start(Answer::No));
     QVERIFY(!program.services.state.RealtimeRun && program.prompts.questions.isEmpty());
     QVERIFY(program.prompts.warnings.last().startsWith(u"The device of port 1 is not plugged in"));
+    QVERIFY(program.services.comm.IsLost());
     program.server.PlugIn();
+    program.Action("Moniter")->trigger();
+    QVERIFY(program.services.comm.IsOpen());
+    program.services.comm.ClosePort(); // as where no port could be opened at the start
+    program.window->tmCheckStat.SetInterval(0);
+    QVERIFY(program.Start(Answer::Cancel));
+    QVERIFY(program.services.comm.IsOpen() && program.window->tmCheckStat.Interval() == 1000);
+    program.prompts.questions.clear();
+    program.window->tmCheckStat.SetEnabled(false);
     QVERIFY(program.Start(Answer::No));
     QVERIFY(program.Unplug());
     program.Action("Moniter")->trigger();
@@ -325,6 +334,12 @@ void LiveTest::OldValuesFade()
              u"No reading since "_qs + TimeOfDay(program.clock.utcMs / 1000 - 1) + u'.');
     QVERIFY(program.Check()); // decodes the old one again
     QCOMPARE(look(), u"f f"_qs);
+    const QString note = program.Shown("llMessage");
+    program.Source()->ShowMessage(u"refused"_qs);
+    QCOMPARE(program.Shown("llMessage"), u"refused"_qs); // it is newer
+    delete program.Source();
+    program.Action("Source")->trigger();
+    QCOMPARE(program.Shown("llMessage"), note);
     SetFault(program.server, "none");
     QVERIFY(program.PassSecond());
     QCOMPARE(look(), live);
@@ -375,8 +390,14 @@ void LiveTest::OnlyTheOpenPortIsLost()
 
     // Whoever tries the simulated instrument keeps the port of the real one.
     program.server.PlugIn();
-    program.services.simulated = true;
+    program.services.ports.KeepNothing();
     program.services.settings.PortNumberText = u"7"_qs;
+    const QString kept = program.services.ports.Device(5);
+    dialog->findChild<QComboBox *>(u"cbDevice"_qs)->setEditText(u"/dev/of-the-demo"_qs);
+    Press(dialog, "btOk");
+    QVERIFY(WaitUntil([&] { return program.prompts.warnings.size() == 2 && ok->isEnabled(); }));
+    QCOMPARE(program.services.ports.Device(5), u"/dev/of-the-demo"_qs);
+    QCOMPARE(PortMap(program.services.store).Device(5), kept);
     dialog->findChild<QComboBox *>(u"cbPort"_qs)->setCurrentIndex(0);
     Press(dialog, "btOk");
     QVERIFY(program.NoJobLeft());

@@ -33,8 +33,8 @@ class ModelLine
     {
         if (Chance(0.03) || now < silentUntil_)
             return;
-        if (Chance(0.004))
-            stalledUntil_ = now + Between(300, 9000);
+        if (Chance(0.001))
+            stalledUntil_ = now + Between(300, 40000);
         if (Chance(0.002))
             silentUntil_ = now + Between(500, 15000);
         const qint64 late = Chance(0.02) ? Between(200, 2500) : 0;
@@ -95,19 +95,23 @@ class ModelChannel
         ++exchange_;
         const bool changes = ChangesInstrument(command);
         const bool isQuestion = ReplyFormOf(command) != ReplyForm::Acknowledgement;
-        pending_.ForgetBefore(line_->now - 15 * TimeoutMs);
+        pending_.ForgetBefore(line_->now - 60 * TimeoutMs);
         if (changes)
             AwaitAcknowledgements();
         pending_.Begin(command);
         int written = 0;
+        bool obeyed = false; // the instrument has said so
         bool answered = false;
         for (int attempt = 1; attempt <= attempts && !answered; ++attempt) {
             Write(command, &written);
+            if (changes && obeyed)
+                ++writtenTooOften;
             qint64 timeout = line_->now + TimeoutMs;
             while (const std::optional<ModelLine::Reply> reply =
                        answered ? std::nullopt : line_->Next(timeout)) {
                 const PendingReplies::Verdict verdict = pending_.Receive(reply->text);
                 answered = verdict == PendingReplies::Verdict::Answer;
+                obeyed = obeyed || (reply->exchange == exchange_ && reply->text != u"ERR");
                 if (answered && isQuestion && reply->exchange != exchange_)
                     ++wrong;
                 if (verdict == PendingReplies::Verdict::AskAgain) {

@@ -189,6 +189,21 @@ void RealtimeTest::LateReplyHasItsOwnTime()
     QVERIFY(rig.Pass(100));
     QCOMPARE(Times(*dataSet).join(u' '), u"22:46:41 22:46:42 22:46:43 22:46:44"_qs);
     QCOMPARE(Kinds(*dataSet), u"+EE+"_qs);
+
+    // Whichever second it was asked for; and within the period.
+    for (const int period : {0, 6}) {
+        LiveRig other;
+        const auto fifth = other.NewSet(5, period);
+        QVERIFY(other.Start(fifth));
+        QVERIFY(other.PassSeconds(2));
+        other.Fault("late=60");
+        other.Tick(1000);
+        other.clock.Advance(period == 0 ? 4000 : 9000);
+        QVERIFY(other.Settled());
+        QVERIFY(other.Pass(100));
+        QCOMPARE(Kinds(*fifth), u"++"_qs);
+        QCOMPARE(other.Ended(), period != 0);
+    }
 }
 
 void RealtimeTest::ClocksThatAreSet()
@@ -256,12 +271,18 @@ void RealtimeTest::OtherUseOfTheLink()
     QCOMPARE(rig.state.LinkActivity, int(ActivityRealtime));
     QVERIFY(rig.Pass(1000));
     QCOMPARE(dataSet->GetDatacount(), 1);
-
     rig.state.LinkActivity = ActivityIdle;
     rig.state.RealtimeStop = true;
     QVERIFY(rig.Pass(1000));
     QCOMPARE(rig.Commands().last(), u"PL,0"_qs);
     QVERIFY(rig.Ended());
+
+    rig.gate.Take(); // in the moment of the start
+    const auto next = rig.NewSet(1);
+    QVERIFY(rig.Start(next));
+    rig.gate.Release();
+    QVERIFY(rig.PassSeconds(2));
+    QCOMPARE(Kinds(*next), u"E+"_qs); // not the reading of another time
 }
 
 void RealtimeTest::RunGoesOnBehindOldRows()
@@ -334,7 +355,8 @@ void RealtimeTest::ForwardingFollows()
     QCOMPARE(forward.written.size(), 7);
     QCOMPARE(forward.closings, 2);
     QCOMPARE(rig.progress.rows, 4);
-    QCOMPARE(RunText(rig.progress), u"The worksheet is full.  3New"_qs + ended);
+    QCOMPARE(RunText(rig.progress, u"2 rows forwarded."_qs),
+             u"The worksheet is full.  2 rows forwarded.  3New"_qs + ended);
 
     forward.opens = false;
     for (const bool asked : {true, false}) {
