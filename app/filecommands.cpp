@@ -32,9 +32,9 @@ QString Lines(const QStringList &lines)
 } // namespace
 
 FileCommands::FileCommands(LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
-                           ShowBusy showBusy)
+                           ShowBusy showBusy, Saved saved)
     : state_(&state), prompts_(&prompts), clock_(&clock), openSets_(std::move(openSets)),
-      showBusy_(std::move(showBusy))
+      showBusy_(std::move(showBusy)), saved_(std::move(saved))
 {
 }
 
@@ -135,8 +135,10 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 
 QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name)
 {
-    if (Busily(&DataSet::SaveFile, set.get(), name))
+    if (Busily(&DataSet::SaveFile, set.get(), name)) {
+        saved_(set->GetFilename());
         co_return true;
+    }
     const QString text = Lines({state_->ErrorMessage, name, NothingSaved(name)});
     co_await prompts_->Warn(text);
     co_return false;

@@ -25,13 +25,14 @@ class FileCommands : public DataSaver
   public:
     using OpenSets = std::function<QList<std::shared_ptr<DataSet>>()>;
     using ShowBusy = std::function<void(bool)>;
+    using Saved = std::function<void(const QString &name)>;
 
     /// `openSets` gives the data sets of all open windows; `showBusy` is called with true before a file is
-    /// read or written, and with false after it. `state` (for error texts), `prompts` and `clock` must
-    /// outlive this.
+    /// read or written, and with false after it; `saved` when a data set has been saved, whatever for.
+    /// `state` (for error texts), `prompts` and `clock` must outlive this.
     FileCommands(
         LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
-        ShowBusy showBusy = [](bool) {});
+        ShowBusy showBusy = [](bool) {}, Saved saved = [](const QString &) {});
 
     /// The data file to open; empty when cancelled.
     QCoro::Task<QString> AskOpen();
@@ -60,6 +61,7 @@ class FileCommands : public DataSaver
     const Clock *clock_;
     OpenSets openSets_;
     ShowBusy showBusy_;
+    Saved saved_;
     QSet<const DataSet *> saving_; ///< a `Save` or `SaveAs` of these is under way
 };
 

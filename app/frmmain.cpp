@@ -37,7 +37,8 @@ frmMain::frmMain(Services &services)
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
       storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
       files_(
-          services.state, services.prompts, services.clock, [this] { return OpenSets(); }, ShowHourglass),
+          services.state, services.prompts, services.clock, [this] { return OpenSets(); }, ShowHourglass,
+          [this](const QString &name) { OnSaved(name); }),
       recent_(services.store), forwarding_(new Forwarding(services, *frmCancel_, this)),
       live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, *forwarding_, this)),
       menuStates_(InitialMenus()), buttonStates_(InitialButtons())

@@ -89,6 +89,7 @@ class frmMain : public QMainWindow
     void BuildStatusBar();
     void ShowWarning(const QString &text);
     void ShowFileMessage(const QString &text);
+    void OnSaved(const QString &name);
     void ShowSelection();
     void ShowPort();
     void ShowTitle();

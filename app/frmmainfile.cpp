@@ -131,8 +131,11 @@ void frmMain::OpenRecent(const QString &name)
     const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
     for (QMdiSubWindow *const window : windows) {
         const auto *const one = qobject_cast<frmData *>(window);
-        if (one && SameFile(one->Data()->GetFilename(), name))
-            workspace_->setActiveSubWindow(window);
+        if (!one || !SameFile(one->Data()->GetFilename(), name))
+            continue;
+        if (window->isMinimized())
+            window->showNormal();
+        workspace_->setActiveSubWindow(window);
     }
     services_->jobs.Launch(OpenFiles(QStringList(name)), "opening a recent file");
 }
@@ -153,15 +156,16 @@ QCoro::Task<void> frmMain::SaveActive(bool underNewName)
     if (!active)
         co_return;
     const std::shared_ptr<DataSet> dataSet = active->Data();
-    bool saved = false;
     if (underNewName)
-        saved = co_await files_.SaveAs(dataSet);
+        co_await files_.SaveAs(dataSet);
     else
-        saved = co_await files_.Save(dataSet);
-    if (!saved)
-        co_return;
-    recent_.Add(dataSet->GetFilename());
-    ShowFileMessage(Text(Str::FileSaved).arg(QFileInfo(dataSet->GetFilename()).fileName()));
+        co_await files_.Save(dataSet);
+}
+
+void frmMain::OnSaved(const QString &name)
+{
+    recent_.Add(name);
+    ShowFileMessage(Text(Str::FileSaved).arg(QFileInfo(name).fileName()));
 }
 
 /// With what is to be told of the work file, which a run's messages leave standing for a while.

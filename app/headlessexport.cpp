@@ -102,10 +102,12 @@ bool Prepare(const QString &to, Target *target, Outcome *outcome)
         target->told = Text(Str::StandardOutput);
         target->folder = std::make_unique<QTemporaryDir>();
         target->workbook = target->folder->filePath(QStringLiteral("PX40.xlsx"));
-        QString error = target->folder->errorString();
+        QString error;
         if (IsOutputTerminal())
             *outcome = {ExitWrongOptions, {Text(Str::WorkbookOnTerminal)}};
-        else if (!target->folder->isValid() || !OpenOutput(&target->output, &error))
+        else if (!target->folder->isValid()) // a workbook is not written from its beginning to its end
+            outcome->told << About(QDir::tempPath(), target->folder->errorString());
+        else if (!OpenOutput(&target->output, &error))
             outcome->told << About(target->told, error);
         return outcome->told.isEmpty();
     }

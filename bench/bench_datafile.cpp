@@ -161,7 +161,7 @@ bool CopyPlainly(const QString &from, const QString &to)
     QString error;
     return source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) &&
            target.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           CopyBytes(source, target, &error, &error) && Close(target, &error);
+           CopyBytes(source, target, &error, &error);
 }
 
 void Open(benchmark::State &state)
@@ -239,8 +239,7 @@ bool WriteWork(const DataSet &data, const QString &name)
     QFile file(name);
     QString error;
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           WriteDataFile(HeaderOf(data), data.Table().Rows(), data.Table().TableRows(), file, &error) &&
-           Close(file, &error);
+           WriteDataFile(HeaderOf(data), data.Table().Rows(), data.Table().TableRows(), file, &error);
 }
 
 bool SameBytes(const QString &one, const QString &other)

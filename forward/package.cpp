@@ -145,11 +145,16 @@ bool Package::ReadEntry(zip_uint64_t index, zip_flags_t flags,
     }
 }
 
-void Package::CheckContents() const
+void Package::CheckContents(qint64 size) const
 {
     const zip_int64_t count = zip_get_num_entries(archive_, ZIP_FL_UNCHANGED);
+    zip_uint64_t left = static_cast<zip_uint64_t>(size);
     for (zip_int64_t i = 0; i < count; ++i) {
         const auto index = static_cast<zip_uint64_t>(i);
+        zip_stat_t entry;
+        if (zip_stat_index(archive_, index, ZIP_FL_UNCHANGED, &entry) != 0 || entry.comp_size > left)
+            ThrowDamaged(Text(Str::BookDirectoryDamaged).toStdString());
+        left -= entry.comp_size; // what several entries share would be copied for each of them
         if (ReadEntry(index, ZIP_FL_UNCHANGED, [](const char *, std::size_t) {}))
             continue;
         const int problem = zip_error_code_zip(zip_get_error(archive_));

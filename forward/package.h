@@ -48,8 +48,9 @@ class Package
     pugi::xml_node Load(const std::string &name, std::string_view root, pugi::xml_document &document) const;
 
     /// Reads all entries that the archive came with, to see that their contents are whole; those that are
-    /// packed or encrypted in a way that is not known here are left out.
-    void CheckContents() const;
+    /// packed or encrypted in a way that is not known here are left out. `size`: of the archive's file, which
+    /// holds each of them for itself.
+    void CheckContents(qint64 size) const;
 
     /// Of a part, or of the package if the name is empty; none if the part of the relationships is not there.
     std::vector<Relationship> Relationships(const std::string &part) const;

@@ -244,7 +244,7 @@ Outcome XlsxFile::Parts::WriteFile(const QString &real, const FilePrint &before,
 
     sheet->Watch(&progress);
     progress.Begin(2 * device.Size() + sheet->Work()); // it is read twice
-    package.CheckContents();
+    package.CheckContents(device.Size());
     if (!file.Open())
         throw BookFault{NotWritten(file.ErrorText(), real)};
     if (zip_close(archive.get()) != 0)

@@ -84,19 +84,6 @@ bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writ
     }
 }
 
-bool Close(QFileDevice &file, QString *error)
-{
-    const bool flushed = file.flush();
-    if (!flushed)
-        *error = file.errorString();
-    file.close();
-    if (flushed && file.error() != QFileDevice::NoError) {
-        *error = file.errorString();
-        return false;
-    }
-    return flushed;
-}
-
 bool ReplaceFile(const QString &name, const WriteTo &write, QString *error)
 {
     QSaveFile target(name);

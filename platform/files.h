@@ -23,10 +23,6 @@ bool WriteBytes(QIODevice &to, const char *bytes, qint64 size, QString *error);
 /// or `writeError`; neither is changed otherwise.
 bool CopyBytes(QIODevice &from, QIODevice &to, QString *readError, QString *writeError);
 
-/// Hands everything that was written to the disk and closes the file; false with the reason in `error`. A
-/// full disk may show here only.
-bool Close(QFileDevice &file, QString *error);
-
 /// Gives an open device all that it is to hold; false with the reason in `error`.
 using WriteTo = std::function<bool(QIODevice &to, QString *error)>;
 

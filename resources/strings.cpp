@@ -575,8 +575,7 @@ const char16_t *Lookup(Str id)
         return u"Another program";
     case Str::SheetNoRoom:
         return u"Nothing was saved. There is no room for the rows of the worksheet, neither in the folder "
-               u"for "
-               u"temporary files nor beside the workbook: %1";
+               u"for temporary files nor beside the workbook: %1";
     case Str::ExportFailed:
         return u"The worksheet could not be written.";
     case Str::ExportInUse:
@@ -634,8 +633,8 @@ const char16_t *Lookup(Str id)
     case Str::StatisticDeviation:
         return u"SD";
     case Str::SelectionTip:
-        return u"Of the readings (DATA) in the selected rows. SD is the standard deviation of a sample (n - "
-               u"1).";
+        return u"Of the readings (DATA) in the selected rows. SD is the standard deviation of a sample "
+               u"(n - 1).";
     case Str::GraphZoomIn:
         return u"Zoom &In";
     case Str::GraphZoomOut:

@@ -140,6 +140,11 @@ void BookArchiveTest::TakesWhatOthersUnpack_data()
             << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; });
     row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
     row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
+    for (const int at : {8, 10}) // encrypted, and packed in a way that nobody here knows
+        QTest::addRow("picture's %d", at) << Changed([at](Archive &book) {
+            book.Set<quint16>(book.Entry(Image) + at, at == 8 ? 1 : 97);
+            book.Set<quint16>(book.Header(Image) + at - 2, at == 8 ? 1 : 97);
+        });
     row("sizes behind", [](Archive &book) { PutSizesBehind(book, false, false); });
     row("sizes behind and before", [](Archive &book) { PutSizesBehind(book, true, false); });
     row("large numbers", [](Archive &book) { PutSizesBehind(book, true, true); });
@@ -213,7 +218,18 @@ void BookArchiveTest::RefusesWhatIsDamaged_data()
         QTest::addRow("entry longer by %d", by) << Changed([by](Archive &book) {
             for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
                 book.Set(at, static_cast<quint32>(static_cast<int>(book.Get<quint32>(at)) + by));
-        }) << image;
+        }) << (by == 1 ? image : directory);
+    row("one place for many", directory, [](Archive &book) {
+        const qsizetype at = book.Entry(Image);
+        const QByteArray entry = book.bytes.mid(at, 46 + Image.size() + book.Get<quint16>(at + 30));
+        constexpr quint16 more = 100;
+        const qsizetype end = book.End();
+        for (const int field : {8, 10})
+            book.Set<quint16>(end + field, book.Get<quint16>(end + field) + more);
+        book.Set(end + 12, static_cast<quint32>(book.Get<quint32>(end + 12) + more * entry.size()));
+        for (quint16 i = 0; i < more; ++i)
+            book.bytes.insert(end, QByteArray(entry).replace("image1", "i" + QByteArray::number(10000 + i)));
+    });
     for (const int at : {26, 28}) // lengths
         QTest::addRow("header at %d", at)
             << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << image;

@@ -294,16 +294,23 @@ void DataWindowTest::RecentFilesAreOffered()
     program.Action("mnuFileSaveAs")->trigger();
     QVERIFY(program.NoJobLeft());
     QCOMPARE(offered(), u"&1  d.CSV|&2  c.CSV|&3  a&&b.CSV||&Clear the List"_qs);
+    first->showMinimized();
     QVERIFY(choose(2)); // it is open
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), first);
+    QVERIFY(!first->isMinimized());
     QCOMPARE(program.DataWindows().size(), 2);
     QVERIFY(choose(1));
     QCOMPARE(program.DataWindows().size(), 3);
+    first->Data()->SetInterval({u"0"_qs, u"0"_qs, u"0"_qs, u"7"_qs});
+    program.prompts.answers = {Answer::Yes};
+    first->close();
+    QVERIFY(program.NoJobLeft());
+    QCOMPARE(offered(), u"&1  a&&b.CSV|&2  c.CSV|&3  d.CSV||&Clear the List"_qs);
     second->close();
     QVERIFY(QFile::remove(program.Path("d.CSV")));
-    QVERIFY(choose(1)); // it is gone, and leaves the list
+    QVERIFY(choose(2)); // it is gone, and leaves the list
     QCOMPARE(program.prompts.warnings.size(), 1);
-    QCOMPARE(offered(), u"&1  c.CSV|&2  a&&b.CSV||&Clear the List"_qs);
+    QCOMPARE(offered(), u"&1  a&&b.CSV|&2  c.CSV||&Clear the List"_qs);
     QVERIFY(choose(3));
     QCOMPARE(offered(), QString());
 }

@@ -106,6 +106,7 @@ void HeadlessTest::ReadingsGoToTheStandardOutput()
         {QString(), 0, {}},
         {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs},
         {u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs},
+        {u"| { exec <&-; exit 1; }"_qs, 1, u"Standard output: Broken pipe\n"_qs}, // nobody reads
     };
     for (const auto &[output, code, said] : rows) {
         const ProgramRun run(folder.path(), arguments + QStringList(u"-"_qs), output);

@@ -8,12 +8,10 @@
 
 #include <pugixml.hpp>
 
-#include <csignal>
 #include <functional>
 #include <thread>
 #include <tuple>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace px40;
@@ -219,20 +217,12 @@ void XlsxFileTest::FullDisk()
         const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
         if (isNew)
             QVERIFY(QFile::remove(rig.name));
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limit{};
-        ::getrlimit(RLIMIT_FSIZE, &limit);
-        constexpr rlim_t little = 1000;
-        const rlimit lower{little, limit.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &lower);
+        const px40::FullDisk disk(1000);
         XlsxFile file(u"T"_qs);
         file.SetNewName(rig.name);
         QCOMPARE(Fill(file, isNew ? QString() : rig.name), SheetStep::Done);
         WriteWatch watch;
-        const WriteResult result = file.Write(&watch);
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, handler);
-        QCOMPARE(result, WriteResult::Failed);
+        QCOMPARE(file.Write(&watch), WriteResult::Failed);
         const QString told =
             isNew ? u"Nothing was saved: "_qs : u"Nothing was saved, the old file is whole: "_qs;
         QCOMPARE(QString::fromStdString(file.ErrorText()), told + qt_error_string(EFBIG));
