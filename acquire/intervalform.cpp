@@ -17,14 +17,14 @@ bool IsFaultyByItself(const Duration &duration, std::size_t part)
     return !ValidateDuration(&probe, false);
 }
 
-/// Of a duration that is not valid. When each part passes, they are all 0 and the first stands for them.
+/// Of a duration that is not valid. When each part passes, they are all 0 and the seconds stand for them.
 std::size_t FirstFaultyPart(const Duration &duration)
 {
     for (std::size_t part = 0; part < DurationParts.size(); ++part) {
         if (IsFaultyByItself(duration, part))
             return part;
     }
-    return 0;
+    return DurationParts.size() - 1;
 }
 
 } // namespace

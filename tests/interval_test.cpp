@@ -56,10 +56,10 @@ void IntervalTest::DurationsAreCheckedAndStored()
     const std::pair<QString, QString> rows[] = {
         {u"0|0|0|5;+0|-0|000| 5"_qs, u"00|00|00|05"_qs},
         {u"99|23|59|59"_qs, u"99|23|59|59"_qs},
-        {u"0|0|0|0;100|0|0|1;99999999999|0|0|1;-1|1|1|1;|1|1|1"_qs, u"0"_qs},
+        {u"100|0|0|1;99999999999|0|0|1;-1|1|1|1;|1|1|1"_qs, u"0"_qs},
         {u"1|24|60|60;1|a|1|1"_qs, u"1"_qs},
         {u"1|0|60|1;1|0|1.5|1"_qs, u"2"_qs},
-        {u"1|0|0|60;1|0|0| "_qs, u"3"_qs},
+        {u"1|0|0|60;1|0|0| ;0|0|0|0"_qs, u"3"_qs},
     };
     const auto check = [](const QString &texts, const QString &expected, bool ofPeriod) {
         const IntervalRig rig;
