@@ -63,7 +63,6 @@ void Comm::EndTurn()
 QCoro::Task<bool> Comm::Exchange(QString command, int attempts)
 {
     const int opening = closings_;
-    pending_.ForgetBefore(running_.elapsed() - qint64{OldestReply} * timeout_.Interval());
     if (ChangesInstrument(command))
         co_await AwaitAcknowledgements();
     pending_.Begin(command);
@@ -134,13 +133,17 @@ QCoro::Task<void> Comm::AwaitAcknowledgements()
 
 void Comm::Write(const QString &command)
 {
+    const bool written = port_.Write(command.toLatin1() + "\r\n"); // the rest is done while it is on its way
+    if (!port_.IsOpen())
+        return;
     state_->ExchangeState = ExchangeWaiting;
     state_->RecvBuffer.clear();
     timeout_.SetEnabled(true);
     sentAt_.start();
     pending_.Written(running_.elapsed());
+    pending_.ForgetBefore(running_.elapsed() - qint64{OldestReply} * timeout_.Interval());
     qCDebug(lcExchange).noquote() << command << "sent";
-    if (!port_.Write(command.toLatin1() + "\r\n")) {
+    if (!written) {
         // A line that takes no more bytes is a silent one: the time-out judges it.
         qCWarning(lcExchange).noquote() << command << "could not be written";
     }
@@ -181,7 +184,7 @@ QStringList Comm::TakeLines(const QByteArray &bytes)
     while (from < bytes.size()) {
         const qsizetype lineFeed = bytes.indexOf('\n', from);
         const qsizetype end = lineFeed < 0 ? bytes.size() : lineFeed;
-        line_ += bytes.mid(from, std::min(end - from, MaxReplyLength - line_.size()));
+        line_.append(bytes.constData() + from, std::min(end - from, MaxReplyLength - line_.size()));
         from = end + 1;
         if (lineFeed < 0)
             break;
