@@ -134,7 +134,7 @@ void frmMain::OpenRecent(const QString &name)
         if (!one || !SameFile(one->Data()->GetFilename(), name))
             continue;
         if (window->isMinimized())
-            window->showNormal();
+            window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
         workspace_->setActiveSubWindow(window);
     }
     services_->jobs.Launch(OpenFiles(QStringList(name)), "opening a recent file");

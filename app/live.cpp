@@ -315,11 +315,13 @@ void Live::TakeNews()
     ShowNotes();
 }
 
-/// In a download, or from a slow instrument, something comes though no new status is there yet. While all
-/// that comes is no status, the old one is not kept alive by it.
+/// In a download, or from a slow instrument, something comes though no new status is there yet. Where the
+/// last status came to nothing, the one before it is not kept alive by that.
 void Live::OnLine()
 {
-    if (tmFade_.Enabled() && services_->instrument.StatusReply != NoReplyText())
+    const InstrumentState &instrument = services_->instrument;
+    const bool shown = newest_ == instrument.Accepted && instrument.StatusReply != NoReplyText();
+    if (tmFade_.Enabled() && shown)
         tmFade_.SetEnabled(true);
 }
 

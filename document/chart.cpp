@@ -115,7 +115,8 @@ void Chart::DrawBand(QPainter &painter) const
         return;
     QRect band = PlotRect();
     // The samples may have moved on below the mouse.
-    const int from = std::max(band.left(), band.left() + static_cast<int>(Place().EdgeOf(drag_->at)));
+    const double edge = std::clamp<double>(Place().EdgeOf(drag_->at), 0, band.width() - 1);
+    const int from = band.left() + static_cast<int>(edge);
     band.setLeft(std::min(from, drag_->toX));
     band.setRight(std::max(from, drag_->toX));
     QColor colour = palette().color(QPalette::Highlight);

@@ -203,7 +203,7 @@ void Chart::mouseReleaseEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton || !drag_)
         return;
     const double to = Place().At(drag_->toX - PlotRect().left());
-    const auto samples = IsDragged() ? Place().Between(drag_->at, to) : std::nullopt;
+    const auto samples = IsDragged() ? SamplesBetween(drag_->at, to, Samples()) : std::nullopt;
     StopDrag();
     if (samples)
         Zoom(SampleWindow::Of(samples->first, samples->second, Samples()));

@@ -249,13 +249,11 @@ std::optional<qint32> CategoryPlace::Nearest(double x) const
     return static_cast<qint32>(std::clamp(sample, static_cast<double>(first), static_cast<double>(last)));
 }
 
-std::optional<std::pair<qint32, qint32>> CategoryPlace::Between(double a, double b) const
+std::optional<std::pair<qint32, qint32>> SamplesBetween(double a, double b, qint32 samples)
 {
-    if (!(room > 0))
-        return std::nullopt;
     const double from = std::max(std::floor(std::min(a, b)), 1.0);
-    const double to = std::min<double>(std::floor(std::max(a, b)), last);
-    if (from > to)
+    const double to = std::min<double>(std::floor(std::max(a, b)), samples);
+    if (!(from <= to))
         return std::nullopt;
     return std::pair(static_cast<qint32>(from), static_cast<qint32>(to));
 }

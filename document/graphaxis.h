@@ -74,10 +74,11 @@ struct CategoryPlace
     double EdgeOf(double at) const { return (at - first) * Width(); }
     /// The sample nearest to `x`; nothing when none is seen.
     std::optional<qint32> Nearest(double x) const;
-    /// The first and the last sample that lies between two places among them, be it in part, also where they
-    /// have left the view meanwhile; nothing when none does.
-    std::optional<std::pair<qint32, qint32>> Between(double a, double b) const;
 };
+
+/// The first and the last of so many samples that lies between two places among them, be it in part; nothing
+/// when none does.
+std::optional<std::pair<qint32, qint32>> SamplesBetween(double a, double b, qint32 samples);
 
 struct CategoryTicks
 {

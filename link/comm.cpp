@@ -51,10 +51,13 @@ Comm::~Comm() = default;
 
 void Comm::SetPortNumber(int number)
 {
-    if (number != portNumber_)
-        lost_ = false; // the other one never had a connection
     portNumber_ = number;
     Q_EMIT portChanged();
+}
+
+bool Comm::IsLost() const
+{
+    return !lostDevice_.isEmpty() && lostDevice_ == ports_->Device(portNumber_);
 }
 
 QCoro::Task<bool> Comm::OpenPort()
@@ -84,7 +87,7 @@ QString Comm::TryOpenPort()
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
     ports_->KeepAsKnown(portNumber_);
-    lost_ = false;
+    lostDevice_.clear();
     Q_EMIT portChanged();
     return {};
 }
@@ -127,7 +130,7 @@ void Comm::OnTimeout()
 void Comm::OnLost(const QString &reason)
 {
     qCWarning(lcLink).noquote() << "port" << portNumber_ << "lost:" << reason;
-    lost_ = true;
+    lostDevice_ = ports_->Device(portNumber_);
     if (exchanging_)
         state_->ErrorMessage = Text(Str::PortLost);
     EndOpening();

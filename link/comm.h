@@ -55,7 +55,7 @@ class Comm : public QObject
     bool IsOpen() const { return port_.IsOpen(); }
 
     /// The port is closed because its device has gone.
-    bool IsLost() const { return lost_; }
+    bool IsLost() const;
 
     /// Changes whenever the port is closed: what was asked before belongs to another opening.
     int Opening() const { return closings_; }
@@ -126,8 +126,8 @@ class Comm : public QObject
     QByteArray line_;          ///< what has come of a line under way
     qsizetype lineBefore_ = 0; ///< how much of it when the present attempt began
     int portNumber_ = 1;
-    int closings_ = 0;  ///< how often the port was closed: an exchange belongs to one opening
-    bool lost_ = false; ///< the port is closed because its device has gone
+    int closings_ = 0;   ///< how often the port was closed: an exchange belongs to one opening
+    QString lostDevice_; ///< the port is closed because this device has gone; empty: it has not
 
     bool exchanging_ = false;
     bool shut_ = false;

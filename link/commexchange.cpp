@@ -92,7 +92,7 @@ QCoro::Task<Comm::AttemptEnd> Comm::Attempt(QString command, int opening)
         co_return AttemptEnd::Closed;
     state_->LastCommand = command;
     if (!port_.IsOpen()) {
-        state_->ErrorMessage = Text(lost_ ? Str::PortLost : Str::PortNotOpen);
+        state_->ErrorMessage = Text(IsLost() ? Str::PortLost : Str::PortNotOpen);
         co_return AttemptEnd::Closed;
     }
     Receive(port_.ReadAll()); // a reply that came with the time-out makes another attempt needless

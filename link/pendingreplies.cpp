@@ -86,8 +86,12 @@ PendingReplies::Verdict PendingReplies::Receive(const QString &line)
     const auto fits = [&line](const Entry &entry) { return Fits(line, entry.form); };
     auto owner = std::find_if(entries_.begin(), entries_.end(), fits);
     const bool waiting = present_ < entries_.size();
-    if (owner == entries_.end() && !FitsAll(line) && present_ > 0 && !anyReplyDoes_)
-        return Verdict::Dropped; // of a command that is not expected to be answered any more
+    if (owner == entries_.end() && !FitsAll(line) && present_ > 0) { // it is of none of these: none is struck
+        if (!waiting || !anyReplyDoes_)
+            return Verdict::Dropped;
+        End();
+        return Verdict::Answer;
+    }
     if (owner == entries_.end())
         owner = entries_.begin();
     const auto struck = static_cast<std::size_t>(owner - entries_.begin()) + 1;

@@ -319,6 +319,9 @@ void CommTest::HangUpAndReopeningEndTheExchange()
     rig.comm.SetPortNumber(5);
     QVERIFY(!rig.comm.IsLost());
     rig.comm.SetPortNumber(1);
+    rig.ports.Fix(1, u"/dev/another"_qs); // nor had another device under that number
+    QVERIFY(!rig.comm.IsLost());
+    rig.ports.Fix(1, rig.Device());
     // The same port works again when the cable is back.
     rig.server.PlugIn();
     rig.server.SetFaults({});

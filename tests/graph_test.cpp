@@ -247,7 +247,7 @@ void GraphTest::WindowsOfSamplesStayWithin()
     QCOMPARE(shown(SampleWindow{40, 20}.Doubled(100)), Pair(30, 40));
     QCOMPARE(shown(SampleWindow{90, 10}.Doubled(100)), Pair(80, 20));
     const CategoryPlace place{11, 10, 15, 100, 0, 0}; // ten pixels each, half of them empty
-    const auto between = [&](double a, double b) { return place.Between(place.At(a), place.At(b)); };
+    const auto between = [&](double a, double b) { return SamplesBetween(place.At(a), place.At(b), 15); };
     QCOMPARE(between(29, 10), (std::pair<qint32, qint32>(12, 13)));
     QCOMPARE(between(-50, 500), (std::pair<qint32, qint32>(6, 15))); // five have left the view
     QCOMPARE(between(-500, 500), (std::pair<qint32, qint32>(1, 15)));

@@ -217,6 +217,8 @@ void PendingRepliesTest::RepliesFindTheirCommands_data()
     QTest::newRow("refusal is of the oldest") << u">OC . >OM1 E + R"_qs << u"GA"_qs;
     QTest::newRow("acknowledgement answers no question") << u">MO1 . >OC K C"_qs << u"DA"_qs;
     QTest::newRow("preparations take what comes") << u">OC . >AN1 C . >H1 N"_qs << u"AA"_qs;
+    QTest::newRow("preparations take what is of nothing") << u">OM1 . >AN1 C . >OM2 R + R"_qs << u"AGA"_qs;
+    QTest::newRow("of nothing, behind a preparation") << u">OM1 . >AN1 . C >OM2 R + R"_qs << u"DGA"_qs;
     QTest::newRow("a reply strikes all before it") << u">UP1 . >OM1 . >OC C . >UP2 K"_qs << u"AA"_qs;
     QTest::newRow("any form where nothing else is to come") << u">OC + N . >UP1 C"_qs << u"AD"_qs;
     QTest::newRow("another form behind something else") << u">UP1 . >OC N + C"_qs << u"GA"_qs;
