@@ -1,5 +1,5 @@
 #include "resources/strings.h"
-#include "tests/support.h"
+#include "tests/commrig.h"
 
 #include <QSignalSpy>
 
@@ -11,52 +11,6 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 namespace {
-
-/// A reply time-out that never comes: only something else can end the exchange.
-constexpr int Never = 3600 * 1000;
-
-bool Succeeds(const Running<bool> &task)
-{
-    return task.Finish() && task.Value();
-}
-
-bool Fails(const Running<bool> &task)
-{
-    return task.Finish() && !task.Value();
-}
-
-/// An open port at whose other end the instrument has a fault; a download is under way.
-struct CommRig : LinkRig
-{
-    explicit CommRig(const char *fault = "none", int replyTimeoutMs = ReplyTimeoutMs)
-        : LinkRig(Unpaced(), replyTimeoutMs)
-    {
-        Fault(fault);
-        Open();
-        state.LinkActivity = ActivityDownload;
-    }
-
-    Running<bool> Send(const QString &command, int attempts = 3)
-    {
-        return Running<bool>(comm.SendCommand(command, attempts));
-    }
-
-    /// Sends a command that the instrument has read on return.
-    Running<bool> SendOut(const QString &command, int attempts = 3)
-    {
-        const auto before = server.CommandCount();
-        const Running<bool> exchange = Send(command, attempts);
-        if (!QTest::qWaitFor([&] { return server.CommandCount() == before + 1; }))
-            qWarning("the instrument got no command");
-        return exchange;
-    }
-
-    /// Whether a command gets its own reply.
-    bool Answers(const QString &command)
-    {
-        return Succeeds(Send(command)) && state.RecvBuffer == Expected(command);
-    }
-};
 
 /// A command of the user: takes the link in the step in which it becomes free.
 QCoro::Task<bool> WaitAndTake(LinkGate *gate)
@@ -77,17 +31,10 @@ class CommTest : public QObject
     void AnswersAreTheFirstLine();
     void FramesAreCutAtTheLineFeed();
     void SilenceIsTriedAgainAndEndsWithFalse();
-    void LateRepliesNeverAnswerTheNextCommand();
-    void LateRepliesSendNoStepAgain();
-    void StepsWaitForOlderAcknowledgements();
-    void RepliesBetweenExchangesCount();
-    void BrokenRepliesDoNotSpoilTheNext();
-    void ReplyAfterACancelIsDropped();
     void CancelledWorkSendsItsLastCommand();
     void CancelCountsMoreThanAReply();
     void FlagsEndTheWaitAtOnce();
     void HangUpAndReopeningEndTheExchange();
-    void LostReplyIsAskedForBeforeTheNextTurn();
     void ShutEndsEverything();
     void GateKeepsInputInThePort();
     void IdleInputIsReplaced();
@@ -147,121 +94,6 @@ void CommTest::SilenceIsTriedAgainAndEndsWithFalse()
         QCOMPARE(rig.state.ErrorMessage, error);
         QCOMPARE(progress.cancelDisabled, activity == ActivityDownload);
     }
-}
-
-void CommTest::LateRepliesNeverAnswerTheNextCommand()
-{
-    // One that comes when its command was given up; an instrument that is always slower than the time-out,
-    // which leaves some questions without any answer.
-    for (const char *const fault : {"late=330,first=1", "late=120"}) {
-        CommRig rig(fault, 100);
-        rig.Send(u"AN1"_qs); // may fail
-        for (const QString &command : {u"OM1"_qs, u"OM2"_qs, u"OM3"_qs, u"OM4"_qs}) {
-            const bool answered = Succeeds(rig.Send(command));
-            QVERIFY2(answered || rig.server.CurrentFaults().lateFirst == 0, fault);
-            QVERIFY2(!answered || rig.state.RecvBuffer == rig.Expected(command), fault);
-        }
-    }
-}
-
-void CommTest::LateRepliesSendNoStepAgain()
-{
-    CommRig rig("none", Never);
-    rig.state.LinkActivity = ActivitySourceCommand;
-    rig.Fault("silent");
-    const Running<bool> question = rig.SendOut(u"OC"_qs, 2);
-    Q_EMIT rig.comm.tmTimeout().tick();
-    QTRY_COMPARE(rig.Commands().size(), 2);
-    Q_EMIT rig.comm.tmTimeout().tick();
-    QVERIFY(Fails(question));
-    const Running<bool> step = rig.SendOut(u"UP1"_qs);
-    const std::string status = rig.Expected(u"OC"_qs).toStdString() + "\r\n";
-    rig.server.Inject(status + status);
-    rig.server.Inject("OK\r\n");
-    QVERIFY(Succeeds(step));
-    QCOMPARE(rig.state.RecvBuffer, u"OK"_qs);
-    QCOMPARE(rig.Commands(), QStringList({u"OC"_qs, u"OC"_qs, u"UP1"_qs}));
-}
-
-/// The acknowledgement of an older command is waited for before the instrument is changed.
-void CommTest::StepsWaitForOlderAcknowledgements()
-{
-    CommRig rig("silent", Never);
-    rig.state.LinkActivity = ActivitySourceCommand;
-    const Running<bool> older = rig.SendOut(u"AN1"_qs, 1);
-    Q_EMIT rig.comm.tmTimeout().tick();
-    QVERIFY(Fails(older));
-    const Running<bool> step = rig.Send(u"UP1"_qs);
-    for (int turn = 0; turn < 20; ++turn)
-        QCoreApplication::processEvents();
-    QCOMPARE(rig.state.LastCommand, u"AN1"_qs);
-    rig.server.Inject("OK\r\n");
-    QTRY_COMPARE(rig.Commands(), QStringList({u"AN1"_qs, u"UP1"_qs}));
-    QVERIFY(!step.Done());
-    rig.server.Inject("OK\r\n");
-    QVERIFY(Succeeds(step));
-}
-
-/// A reply that comes while nobody waits, or with a port that was closed, is not waited for any more.
-void CommTest::RepliesBetweenExchangesCount()
-{
-    for (const bool reopened : {false, true}) {
-        CommRig rig("silent", Never);
-        const Running<bool> older = rig.SendOut(u"OM1"_qs, 1);
-        Q_EMIT rig.comm.tmTimeout().tick();
-        QVERIFY(Fails(older));
-        const QString late = rig.Expected(u"OM1"_qs);
-        if (reopened) {
-            rig.Open();
-        } else {
-            rig.state.LinkActivity = ActivityIdle;
-            rig.server.Inject(late.toStdString() + "\r\n");
-            QTRY_COMPARE(rig.state.RecvBuffer.trimmed(), late);
-            rig.state.LinkActivity = ActivityDownload;
-        }
-        const Running<bool> next = rig.SendOut(u"OM2"_qs);
-        rig.server.Inject(rig.Expected(u"OM2"_qs).toStdString() + "\r\n");
-        QVERIFY(Succeeds(next));
-        QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs}));
-    }
-}
-
-/// Characters that stand there when a question is written again are the beginning of a slow reply, or the
-/// rest of one that broke off.
-void CommTest::BrokenRepliesDoNotSpoilTheNext()
-{
-    for (const bool slow : {true, false}) {
-        CommRig rig("silent", Never);
-        const std::string reply = rig.Expected(u"OM1"_qs).toStdString();
-        const std::string begin = reply.substr(0, 9);
-        const Running<bool> question = rig.SendOut(u"OM1"_qs);
-        rig.state.LinkActivity = ActivityIdle; // to see it come
-        rig.server.Inject(begin);
-        QTRY_COMPARE(rig.state.RecvBuffer.toStdString(), begin);
-        rig.state.LinkActivity = ActivityDownload;
-        Q_EMIT rig.comm.tmTimeout().tick();
-        QTRY_COMPARE(rig.Commands().size(), 2);
-        rig.server.Inject((slow ? reply.substr(9) : reply) + "\r\n");
-        QVERIFY(Succeeds(question));
-        QCOMPARE(rig.state.RecvBuffer.toStdString(), reply);
-    }
-}
-
-void CommTest::ReplyAfterACancelIsDropped()
-{
-    CommRig rig("silent", Never);
-    const Running<bool> cancelled = rig.SendOut(u"OM1"_qs);
-    rig.state.DownloadCancel = true;
-    rig.comm.FlagsChanged();
-    QVERIFY(cancelled.Finish());
-    rig.state.DownloadCancel = false;
-    const Running<bool> next = rig.SendOut(u"OM2"_qs);
-    rig.server.Inject(rig.Expected(u"OM1"_qs).toStdString() + "\r\n");
-    QTRY_COMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs, u"OM2"_qs})); // asked again behind it
-    QVERIFY(!next.Done());
-    rig.server.Inject(rig.Expected(u"OM2"_qs).toStdString() + "\r\n");
-    QVERIFY(Succeeds(next));
-    QCOMPARE(rig.state.RecvBuffer, rig.Expected(u"OM2"_qs));
 }
 
 /// Each goes out once before the cancel is seen, also behind a command of which the acknowledgement is
@@ -332,16 +164,6 @@ void CommTest::HangUpAndReopeningEndTheExchange()
     const Running<bool> old = rig.SendOut(u"OC"_qs);
     rig.Open(); // closes and opens in one turn
     QVERIFY(Fails(old));
-}
-
-void CommTest::LostReplyIsAskedForBeforeTheNextTurn()
-{
-    CommRig rig("drop-reply=1", 60);
-    const Running<bool> first = rig.Send(u"AN1"_qs);
-    const Running<bool> second = rig.Send(u"H1"_qs);
-    QVERIFY(rig.Answers(u"OM7"_qs));
-    QVERIFY(Succeeds(first) && Succeeds(second));
-    QCOMPARE(rig.Commands(), QStringList({u"AN1"_qs, u"AN1"_qs, u"H1"_qs, u"OM7"_qs}));
 }
 
 void CommTest::ShutEndsEverything()
