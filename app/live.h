@@ -61,7 +61,7 @@ class Live : public QObject, private StatusViews, private RealtimeViews
     /// that window, as soon as the link is free. Without a port nothing begins.
     QCoro::Task<void> Start(QPointer<frmData> window);
     /// A question about a start is open, or a start waits for the link.
-    bool IsStarting() const { return asking_ || waiting_; }
+    bool IsStarting() const { return asking_ || !waiting_.isNull(); }
     /// Lets the run end with the present second.
     void Stop();
 

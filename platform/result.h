@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <tl/expected.hpp>
+
+#include <utility>
+
+namespace px40 {
+
+/// What a caller may do something about; for all else the sentence is enough.
+enum class FailureCode {
+    Other,
+    Cancelled, ///< the user, or the end of the program, wanted no more of it: nothing is to be told
+};
+
+/// Why something was not done.
+struct Failure
+{
+    QString text; ///< a sentence for the user, perhaps of several lines; empty only with `Cancelled`
+    FailureCode code = FailureCode::Other;
+};
+
+/// What an operation gives that may fail: the value, or why there is none. The compiler complains where one is
+/// dropped unseen.
+template <typename T = void> class [[nodiscard]] Result : public tl::expected<T, Failure>
+{
+  public:
+    using tl::expected<T, Failure>::expected;
+};
+
+/// `return Fail(text);` in a function that gives a `Result`.
+inline tl::unexpected<Failure> Fail(QString text, FailureCode code = FailureCode::Other)
+{
+    return tl::unexpected<Failure>(Failure{std::move(text), code});
+}
+
+/// `return Fail(result.error());` hands on why another one failed.
+inline tl::unexpected<Failure> Fail(Failure failure)
+{
+    return tl::unexpected<Failure>(std::move(failure));
+}
+
+} // namespace px40
