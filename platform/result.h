@@ -20,9 +20,10 @@ struct Failure
     FailureCode code = FailureCode::Other;
 };
 
-/// What an operation gives that may fail: the value, or why there is none. The compiler complains where one is
-/// dropped unseen.
-template <typename T = void> class [[nodiscard]] Result : public tl::expected<T, Failure>
+/// What an operation gives that may fail: the value, or why there is none. The compiler complains where one
+/// is dropped unseen.
+template <typename T = void>
+class [[nodiscard]] Result : public tl::expected<T, Failure>
 {
   public:
     using tl::expected<T, Failure>::expected;
