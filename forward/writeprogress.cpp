@@ -1,7 +1,5 @@
 #include "forward/writeprogress.h"
 
-#include "forward/xlsxfile.h"
-
 #include <algorithm>
 
 namespace px40 {

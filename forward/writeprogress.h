@@ -2,9 +2,16 @@
 
 #include <QtGlobal>
 
+#include <atomic>
+
 namespace px40 {
 
-struct WriteWatch;
+/// How far a file is, and whether it is still wanted; shared with the thread that writes it.
+struct WriteWatch
+{
+    std::atomic<bool> cancelled = false;
+    std::atomic<int> permille = 0;
+};
 
 /// Counts what has been done of a whole, for whoever watches.
 class WriteProgress

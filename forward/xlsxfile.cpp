@@ -6,7 +6,6 @@
 #include "forward/filekind.h"
 #include "forward/replacement.h"
 #include "forward/sheetpart.h"
-#include "forward/writeprogress.h"
 #include "forward/zipdevice.h"
 #include "resources/strings.h"
 

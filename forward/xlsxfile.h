@@ -2,21 +2,14 @@
 
 #include "forward/sheetcontent.h"
 #include "forward/sheettarget.h"
+#include "forward/writeprogress.h"
 
 #include <QString>
 
-#include <atomic>
 #include <memory>
 #include <string>
 
 namespace px40 {
-
-/// How far a file is, and whether it is still wanted; shared with the thread that writes it.
-struct WriteWatch
-{
-    std::atomic<bool> cancelled = false;
-    std::atomic<int> permille = 0;
-};
 
 enum class WriteResult {
     Done,
