@@ -8,8 +8,8 @@
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/elidedlabel.h"
+#include "platform/geometry.h"
 #include "platform/jobs.h"
-#include "platform/screens.h"
 #include "resources/strings.h"
 
 #include <QPushButton>

@@ -1,9 +1,7 @@
 #include "acquire/livewindow.h"
 
 #include "platform/elidedlabel.h"
-#include "platform/keptplace.h"
-#include "platform/screens.h"
-#include "platform/windowplace.h"
+#include "platform/geometry.h"
 #include "resources/icons.h"
 
 #include <QCloseEvent>
@@ -57,9 +55,7 @@ void LiveWindow::ShowLine()
 
 void LiveWindow::Open(const QRect &usual)
 {
-    QRect place = LoadPlace(*store_, name_, usual, logicalDpiX());
-    place.setSize(place.size().expandedTo(minimumSize()));
-    setGeometry(OntoScreen(place, UsableScreens()));
+    RestoreGeometry(*this, name_, usual, *store_);
     *openFlag_ = true;
 }
 
@@ -82,7 +78,7 @@ void LiveWindow::closeEvent(QCloseEvent *event)
     }
     open_ = false;
     Closing();
-    KeepPlace(*store_, name_, isMinimized() || isMaximized() ? normalGeometry() : geometry(), logicalDpiX());
+    SaveGeometry(*this, name_, *store_);
     *openFlag_ = false;
     Q_EMIT closed();
 }

@@ -12,7 +12,7 @@
 #include "platform/jobs.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QFileInfo>
@@ -176,7 +176,7 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     for (qint32 k = 1; k <= seconds; ++k) {
         if (k % RowsAtATime == 0) {
             ShowProgress();
-            co_await NextTurn();
+            co_await NextEventLoopTurn();
         }
         const QString reply = k == answered ? parts_.instrument.StatusReply : NoReplyText();
         const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();

@@ -3,7 +3,7 @@
 #include "app/progressrules.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
-#include "platform/twips.h"
+#include "platform/geometry.h"
 #include "resources/strings.h"
 
 #include <QApplication>

@@ -5,14 +5,12 @@
 #include "app/frmcancel.h"
 #include "app/live.h"
 #include "app/mainactions.h"
-#include "app/placement.h"
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "platform/elidedlabel.h"
+#include "platform/geometry.h"
 #include "platform/prompts.h"
-#include "platform/screens.h"
-#include "platform/windowplace.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
@@ -56,9 +54,12 @@ frmMain::frmMain(Services &services)
     actions_->Item(Command::ViewToolbar)->setChecked(true);
     actions_->Item(Command::ViewStatusbar)->setChecked(true);
 
-    const Placement placement = LoadMainPlacement(services.store, logicalDpiX());
-    setGeometry(OntoScreen(placement.normal, UsableScreens()));
-    if (placement.state == WindowMaximised)
+    const auto pixels = [this](double twips) { return TwipsToPixels(twips, logicalDpiX()); };
+    const QRect usual(pixels(1000), pixels(1000), pixels(10000), pixels(6500));
+    RestoreGeometry(*this, QStringLiteral("Main"), usual, services.store);
+    const QString state =
+        services.store.Get(QStringLiteral("Settings"), QStringLiteral("MainState"), QString());
+    if (state.toInt() == WindowShape::Maximised)
         setWindowState(Qt::WindowMaximized);
     services.state.LinkActivity = ActivityIdle;
 }

@@ -4,10 +4,10 @@
 
 #include "app/frmcancel.h"
 #include "app/live.h"
-#include "app/placement.h"
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
+#include "platform/geometry.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
@@ -76,12 +76,15 @@ void frmMain::Leave()
     });
 }
 
+/// A window that is minimised leaves the state that was kept last.
 void frmMain::SavePlacement()
 {
-    Placement placement;
-    placement.state = isMinimized() ? WindowMinimised : isMaximized() ? WindowMaximised : WindowNormal;
-    placement.normal = placement.state == WindowNormal ? geometry() : normalGeometry();
-    SaveMainPlacement(services_->store, placement, logicalDpiX());
+    if (!isMinimized()) {
+        const int state = isMaximized() ? WindowShape::Maximised : WindowShape::Normal;
+        services_->store.Save(QStringLiteral("Settings"), QStringLiteral("MainState"),
+                              QString::number(state));
+    }
+    SaveGeometry(*this, QStringLiteral("Main"), services_->store);
 }
 
 } // namespace px40

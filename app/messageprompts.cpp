@@ -1,8 +1,7 @@
 #include "app/messageprompts.h"
 
 #include "app/filedialog.h"
-#include "platform/screens.h"
-#include "platform/windowplace.h"
+#include "platform/geometry.h"
 #include "resources/strings.h"
 
 #include <QApplication>

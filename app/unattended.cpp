@@ -3,7 +3,7 @@
 #include "app/progressrules.h"
 #include "document/dataset.h"
 #include "platform/terminal.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QLoggingCategory>
@@ -13,7 +13,7 @@ namespace px40 {
 QCoro::Task<void> NobodyToAsk::Warn(QString text)
 {
     told = text;
-    co_await NextTurn();
+    co_await NextEventLoopTurn();
 }
 
 void ProgressLine::RenProgress(bool throttle, int current, int total)

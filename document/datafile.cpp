@@ -142,10 +142,10 @@ void Reader::ReadHeader(DataFileHeader *header)
     if (!NextLine())
         throw Refusal{Text(Str::FileEndsEarly).arg(1)};
     const std::string_view kind = Split<1>(lines_.Line())[0];
-    if (kind != "0" && kind != "2" && kind != "4")
+    header->kind = DataKind(FromLatin1(kind));
+    if (!IsFileKind(header->kind))
         RefuseType();
-    header->kind = kind[0] - '0';
-    const bool realtime = header->kind == 2;
+    const bool realtime = header->kind == KindRealtime;
 
     const auto shape = HeaderFields<3>();
     header->shape.width = Whole(shape[0]);
@@ -155,7 +155,7 @@ void Reader::ReadHeader(DataFileHeader *header)
     const auto interval = HeaderFields<4>();
     if (realtime)
         header->interval = CheckedDuration(DurationAt(interval, 0));
-    else if (header->kind == 0)
+    else if (header->kind == KindMemory)
         header->interval = DurationAt(interval, 0);
 
     const auto period = HeaderFields<5>();
@@ -185,7 +185,7 @@ void Reader::ReadHeader(DataFileHeader *header)
 void Reader::ReadRows(DataFile *data)
 {
     constexpr qint64 MostRows = std::numeric_limits<int>::max() - 1;
-    const bool emptyRowsCount = data->header.kind == 4;
+    const bool emptyRowsCount = data->header.kind == KindSave;
     qint64 rows = 0;
     while (NextLine()) {
         if (++rows > MostRows)

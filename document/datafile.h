@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/datakind.h"
 #include "document/duration.h"
 #include "document/graphsettings.h"
 #include "document/readings.h"
@@ -17,9 +18,9 @@ namespace px40 {
 /// The seven lines with which a data file begins.
 struct DataFileHeader
 {
-    int kind = 0;      ///< 0 MEMORY-mode, 2 real-time, 4 SAVE-mode
-    WindowShape shape; ///< size and state of the data window
-    Duration interval; ///< of a real-time set; of a MEMORY-mode set only the seconds, or nothing
+    int kind = KindMemory; ///< one of the file kinds
+    WindowShape shape;     ///< size and state of the data window
+    Duration interval;     ///< of a real-time set; of a MEMORY-mode set only the seconds, or nothing
     bool periodNone = true;
     Duration period;
     GraphSettings graph;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/datakind.h"
 #include "document/duration.h"
 #include "document/graphsettings.h"
 #include "document/readings.h"
@@ -30,24 +31,6 @@ struct DocumentShared
     QString WorkNote = {};  ///< to be told to the user and cleared: that the work file cannot be written
     bool WorkNoted = false; ///< once is enough
 };
-
-/// Where a data set came from.
-enum DataKindCode : int {
-    KindMemory = 0,
-    KindUnknown = 1,
-    KindRealtime = 2,
-    KindReserved = 3,
-    KindSave = 4,
-};
-
-/// The kinds that data windows hold and data files keep.
-inline bool IsFileKind(int kind)
-{
-    return kind == KindMemory || kind == KindRealtime || kind == KindSave;
-}
-
-/// The code of a kind text: "0", "2", "3" and "4" give their number, any other text gives 1.
-int DataKind(const QString &kind);
 
 /// What a failed saving under that name has left, in a sentence.
 QString NothingSaved(const QString &name);

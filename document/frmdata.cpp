@@ -8,9 +8,9 @@
 #include "document/panelbar.h"
 #include "document/selectionsummary.h"
 #include "link/linkstate.h"
+#include "platform/geometry.h"
 #include "platform/jobs.h"
 #include "platform/prompts.h"
-#include "platform/twips.h"
 #include "resources/strings.h"
 
 #include <QAction>

@@ -9,7 +9,7 @@
 #include "link/linkstate.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QElapsedTimer>
@@ -116,10 +116,10 @@ QCoro::Task<bool> Forwarder::Write(WholeForward *forward, int rows, std::shared_
 /// Whatever has happened. The focus is the program's own again by then: the spreadsheet comes up behind it.
 QCoro::Task<void> Forwarder::ShowSpreadsheet(WholeForward *forward)
 {
-    co_await NextTurn();
+    co_await NextEventLoopTurn();
     SheetStep end = forward->End();
     for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
-        co_await Pause(BusyPauseMs);
+        co_await Delay(BusyPauseMs);
         end = forward->End();
     }
 }
@@ -133,10 +133,10 @@ QCoro::Task<bool> Forwarder::TakeSteps(WholeForward *forward, int rows)
     stretch.start();
     while (step == SheetStep::Again || step == SheetStep::Busy) {
         if (step == SheetStep::Busy) {
-            co_await Pause(BusyPauseMs);
+            co_await Delay(BusyPauseMs);
             stretch.restart();
         } else if (stretch.hasExpired(AtAStretchMs)) {
-            co_await NextTurn();
+            co_await NextEventLoopTurn();
             stretch.restart();
         }
         // A source command that was sent meanwhile has left the link idle.

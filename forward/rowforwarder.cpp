@@ -4,7 +4,7 @@
 #include "forward/sheetlayout.h"
 #include "forward/xlsxfile.h"
 #include "link/linkstate.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QElapsedTimer>
@@ -51,9 +51,9 @@ QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
     SheetStep step = SheetStep::Again;
     while ((step == SheetStep::Again || step == SheetStep::Busy) && !services_.state.RealtimeStop) {
         if (step == SheetStep::Busy)
-            co_await Pause(BusyPauseMs);
+            co_await Delay(BusyPauseMs);
         else
-            co_await NextTurn();
+            co_await NextEventLoopTurn();
         step = forward_->Begin();
     }
     if (step == SheetStep::Failed)
@@ -161,9 +161,9 @@ QCoro::Task<bool> RowForwarder::Finish()
     SheetStep step = failed_ ? SheetStep::Failed : SheetStep::Again;
     while (step == SheetStep::Again || step == SheetStep::Busy) {
         if (step == SheetStep::Busy)
-            co_await Pause(BusyPauseMs);
+            co_await Delay(BusyPauseMs);
         else
-            co_await NextTurn();
+            co_await NextEventLoopTurn();
         if (failed_) // while this waited
             co_return false;
         step = WriteWaiting();

@@ -7,8 +7,8 @@
 #include "platform/filenames.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
-#include "platform/turns.h"
 #include "platform/userstore.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QDir>
@@ -117,7 +117,7 @@ QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> e
         if (progress)
             progress->RenProgress(false, std::max<int>(1, watch->permille),
                                   Permille); // 0 would leave it full
-        co_await Pause(ProgressEveryMs);
+        co_await Delay(ProgressEveryMs);
     }
 }
 
@@ -128,7 +128,7 @@ QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_
     const auto result = std::make_shared<WriteResult>(WriteResult::Failed);
     const UserStore *const store = &services->store;
     // Keeping the name waits for the disk, as the writing does.
-    const OneShot<bool> ended = RunElsewhere([file, watch, result, store] {
+    const OneShot<bool> ended = RunInThread([file, watch, result, store] {
         store->SaveNow(Section, WritingKey, file->Name());
         *result = file->Write(watch.get());
         store->SaveNow(Section, WritingKey, QString());

@@ -3,7 +3,7 @@
 #include "link/linkstate.h"
 #include "link/rangelists.h"
 #include "platform/elidedlabel.h"
-#include "platform/twips.h"
+#include "platform/geometry.h"
 #include "source/sourcecommands.h"
 #include "source/sourceface.h"
 

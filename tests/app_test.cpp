@@ -1,17 +1,16 @@
 #include "app/commandline.h"
 #include "app/commandrules.h"
 #include "app/frmport.h"
-#include "app/placement.h"
 #include "app/progressrules.h"
 #include "app/recentfiles.h"
 #include "app/settings.h"
 #include "document/dataset.h"
 #include "link/linkstate.h"
+#include "platform/geometry.h"
 #include "platform/portmap.h"
 #include "platform/singleinstance.h"
 #include "platform/timer.h"
 #include "platform/userstore.h"
-#include "platform/windowplace.h"
 #include "tests/support.h"
 
 #include <QDir>
@@ -60,7 +59,7 @@ class AppTest : public QObject
     void PathsHaveOneSeparator();
     void CommandsFollowTheActiveWindow();
     void ProgressMovesInSteps();
-    void PlacementComesBack();
+    void BrokenPlacementIsBroughtOntoTheScreen();
     void PlacementIsBroughtOntoAScreen();
     void BoxesKeepClearOfTheirField();
     void RecentFilesAreKept();
@@ -177,25 +176,16 @@ void AppTest::ProgressMovesInSteps()
     QCOMPARE(ProgressValue(true, 1, 99, 100), 1);
 }
 
-void AppTest::PlacementComesBack()
+void AppTest::BrokenPlacementIsBroughtOntoTheScreen()
 {
     const QTemporaryDir folder;
     UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_qs));
-    Placement placement = LoadMainPlacement(store, 96);
-    QCOMPARE(placement.normal, QRect(67, 67, 667, 433)); // 1000, 1000, 10000, 6500 twips
-    QCOMPARE(placement.state, int(WindowNormal));
-    SaveMainPlacement(store, {QRect(10, 20, 900, 700), WindowMaximised}, 96);
-    QCOMPARE(store.Get(u"Settings"_qs, u"MainWidth"_qs, QString()), u"13500"_qs);
-    SaveMainPlacement(store, {QRect(50, 20, 900, 700), WindowMinimised}, 96);
-    placement = LoadMainPlacement(store, 96);
-    QCOMPARE(placement.normal, QRect(50, 20, 900, 700));
-    QCOMPARE(placement.state, int(WindowMaximised)); // minimised leaves the state kept last
-
-    for (const char *const noise : {"abc", "1e300", "nan", "-99999999999"}) {
+    for (const QString &noise : {u"abc"_qs, u"1e300"_qs, u"nan"_qs, u"-99999999999"_qs}) {
         for (const QString &key : {u"MainLeft"_qs, u"MainWidth"_qs})
-            store.Save(u"Settings"_qs, key, QString::fromLatin1(noise));
-        const QRect window = OntoScreen(LoadMainPlacement(store, 96).normal, {QRect(0, 0, 1280, 800)});
-        QVERIFY(QRect(0, 0, 1280, 800).contains(window));
+            store.Save(u"Settings"_qs, key, noise);
+        QWidget window;
+        RestoreGeometry(window, u"Main"_qs, QRect(67, 67, 667, 433), store);
+        QVERIFY2(UsableScreens().first().contains(window.geometry()), qPrintable(noise));
     }
 }
 

@@ -1,7 +1,7 @@
 #include "app/workspace.h"
 #include "document/datatable.h"
 #include "document/frmsetting.h"
-#include "platform/twips.h"
+#include "platform/geometry.h"
 #include "tests/program.h"
 
 #include <QClipboard>

@@ -1,7 +1,7 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
 #include "acquire/status.h"
-#include "platform/screens.h"
+#include "platform/geometry.h"
 #include "tests/support.h"
 
 #include <QApplication>

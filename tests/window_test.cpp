@@ -1,5 +1,6 @@
 #include "app/messageprompts.h"
 #include "document/panelbar.h"
+#include "platform/geometry.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 #include "tests/program.h"
@@ -27,6 +28,8 @@ class WindowTest : public QObject
     void UnplugHalfWayIsTold();
     void CommandWaitsForABusyLink();
     void MessageBoxesAnswer();
+    void MainWindowStandsWhereItStood_data();
+    void MainWindowStandsWhereItStood();
 };
 
 void WindowTest::MenusAndButtonsAreComplete()
@@ -233,6 +236,43 @@ void WindowTest::MessageBoxesAnswer()
     QCOMPARE(left.Value(), Answer::Cancel);
     const Running<Answer> after(prompts.AskYesNoCancel(QString(), PromptIcon::Exclamation));
     QVERIFY(after.Finish()); // nothing is shown any more
+}
+
+void WindowTest::MainWindowStandsWhereItStood_data()
+{
+    QTest::addColumn<Qt::WindowStates>("before");
+    QTest::addColumn<Qt::WindowStates>("state");
+    QTest::addColumn<Qt::WindowStates>("after");
+    const Qt::WindowStates normal = Qt::WindowNoState;
+    const Qt::WindowStates maximised = Qt::WindowMaximized;
+    QTest::newRow("normal") << normal << normal << normal;
+    QTest::newRow("maximised") << normal << maximised << maximised;
+    QTest::newRow("normal again") << maximised << normal << normal;
+    QTest::newRow("minimised after maximised")
+        << maximised << Qt::WindowStates(Qt::WindowMinimized) << maximised;
+}
+
+void WindowTest::MainWindowStandsWhereItStood()
+{
+    QFETCH(const Qt::WindowStates, before);
+    QFETCH(const Qt::WindowStates, state);
+    QFETCH(const Qt::WindowStates, after);
+    ScriptedPrompts prompts;
+    Program program(prompts);
+    UserStore &store = program.services.store;
+    const int inch = program.window->logicalDpiX();
+    QCOMPARE(program.window->x(), TwipsToPixels(1000, inch)); // never moved
+    QCOMPARE(program.window->height(), TwipsToPixels(6500, inch));
+    store.Save(u"Settings"_qs, u"MainState"_qs, QString::number(before == Qt::WindowMaximized ? 2 : 0));
+    const QRect place(30, 60, 420, 330);
+    program.window->setGeometry(place);
+    program.window->setWindowState(state);
+    program.window->close();
+    QTRY_VERIFY(program.hasLeft);
+    QCOMPARE(store.GetNumber(u"Settings"_qs, u"MainWidth"_qs, 0), PixelsToTwips(place.width(), inch));
+    const frmMain again(program.services);
+    QCOMPARE(again.normalGeometry().isEmpty() ? again.geometry() : again.normalGeometry(), place);
+    QCOMPARE(again.windowState(), after);
 }
 
 QTEST_MAIN(WindowTest)

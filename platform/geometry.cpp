@@ -1,11 +1,19 @@
-#include "platform/windowplace.h"
+#include "platform/geometry.h"
+
+#include "platform/userstore.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 
 namespace px40 {
 
 namespace {
 
+constexpr double TwipsPerInch = 1440;
 constexpr int SmallestWindow = 200;
 constexpr int TitleBarHeight = 32;
 constexpr int GraspableWidth = 80;
@@ -17,7 +25,29 @@ bool CanBeGrasped(const QRect &window, const QRect &screen)
     return seen.height() == TitleBarHeight && seen.width() >= std::min(GraspableWidth, window.width());
 }
 
+const QString Section = QStringLiteral("Settings");
+
 } // namespace
+
+int TwipsToPixels(double twips, double dotsPerInch)
+{
+    constexpr double Furthest = 1e6; // a broken setting must not overflow a coordinate
+    return static_cast<int>(std::lround(std::clamp(twips * dotsPerInch / TwipsPerInch, -Furthest, Furthest)));
+}
+
+int PixelsToTwips(int pixels, double dotsPerInch)
+{
+    return static_cast<int>(std::lround(pixels * TwipsPerInch / dotsPerInch));
+}
+
+QList<QRect> UsableScreens()
+{
+    QList<QRect> areas;
+    const QList<QScreen *> screens = QGuiApplication::screens(); // the primary one first
+    for (const QScreen *const screen : screens)
+        areas.append(screen->availableGeometry().adjusted(0, TitleBarHeight, 0, 0));
+    return areas;
+}
 
 QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
 {
@@ -61,6 +91,32 @@ QPoint PlaceClearOf(const QSize &size, const QRect &window, const QRect &field, 
             return place.topLeft();
     }
     return middle.topLeft();
+}
+
+void SaveGeometry(const QWidget &window, const QString &prefix, UserStore &store)
+{
+    const bool normal = !window.isMinimized() && !window.isMaximized();
+    const QRect place = normal ? window.geometry() : window.normalGeometry();
+    const auto save = [&](const char *key, int pixels) {
+        const int twips = PixelsToTwips(pixels, window.logicalDpiX());
+        store.Save(Section, prefix + QLatin1StringView(key), QString::number(twips));
+    };
+    save("Left", place.left());
+    save("Top", place.top());
+    save("Width", place.width());
+    save("Height", place.height());
+}
+
+void RestoreGeometry(QWidget &window, const QString &prefix, const QRect &usual, const UserStore &store)
+{
+    const auto kept = [&](const char *key, int usually) {
+        const double twips = PixelsToTwips(usually, window.logicalDpiX());
+        return TwipsToPixels(store.GetNumber(Section, prefix + QLatin1StringView(key), twips),
+                             window.logicalDpiX());
+    };
+    const QPoint corner(kept("Left", usual.left()), kept("Top", usual.top()));
+    const QSize size(kept("Width", usual.width()), kept("Height", usual.height()));
+    window.setGeometry(OntoScreen(QRect(corner, size.expandedTo(window.minimumSize())), UsableScreens()));
 }
 
 } // namespace px40

@@ -1,4 +1,4 @@
-#include "platform/turns.h"
+#include "platform/waiting.h"
 
 #include <QThreadPool>
 #include <QTimer>
@@ -7,7 +7,7 @@
 
 namespace px40 {
 
-QCoro::Task<void> NextTurn()
+QCoro::Task<void> NextEventLoopTurn()
 {
     const OneShot<bool> turn;
     const auto complete = [turn] { turn.Complete(true); };
@@ -15,14 +15,14 @@ QCoro::Task<void> NextTurn()
     co_await turn;
 }
 
-QCoro::Task<void> Pause(int ms)
+QCoro::Task<void> Delay(int ms)
 {
     const OneShot<bool> over;
     QTimer::singleShot(ms, QCoreApplication::instance(), [over] { over.Complete(true); });
     co_await over;
 }
 
-OneShot<bool> RunElsewhere(std::function<void()> work)
+OneShot<bool> RunInThread(std::function<void()> work)
 {
     OneShot<bool> ended;
     QThreadPool::globalInstance()->start([work = std::move(work), ended] {
