@@ -59,7 +59,6 @@ class AppTest : public QObject
     void PathsHaveOneSeparator();
     void CommandsFollowTheActiveWindow();
     void ProgressMovesInSteps();
-    void BrokenPlacementIsBroughtOntoTheScreen();
     void PlacementIsBroughtOntoAScreen();
     void BoxesKeepClearOfTheirField();
     void RecentFilesAreKept();
@@ -174,19 +173,6 @@ void AppTest::ProgressMovesInSteps()
         QCOMPARE(ProgressValue(true, step - 1, total, 100), -1);
     }
     QCOMPARE(ProgressValue(true, 1, 99, 100), 1);
-}
-
-void AppTest::BrokenPlacementIsBroughtOntoTheScreen()
-{
-    const QTemporaryDir folder;
-    UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_qs));
-    for (const QString &noise : {u"abc"_qs, u"1e300"_qs, u"nan"_qs, u"-99999999999"_qs}) {
-        for (const QString &key : {u"MainLeft"_qs, u"MainWidth"_qs})
-            store.Save(u"Settings"_qs, key, noise);
-        QWidget window;
-        RestoreGeometry(window, u"Main"_qs, QRect(67, 67, 667, 433), store);
-        QVERIFY2(UsableScreens().first().contains(window.geometry()), qPrintable(noise));
-    }
 }
 
 void AppTest::PlacementIsBroughtOntoAScreen()

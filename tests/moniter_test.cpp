@@ -129,6 +129,13 @@ void MoniterTest::StaysWhileTheLinkNeedsItAndKeepsItsPlace()
     rig.Show(&desk);
     QVERIFY(screen.contains(rig.window->geometry()));
     QCOMPARE(rig.window->size(), place.size());
+    for (const QString &noise : {u"abc"_qs, u"1e300"_qs, u"nan"_qs, u"-99999999999"_qs}) {
+        delete rig.window;
+        for (const QString &key : {u"MoniterLeft"_qs, u"MoniterWidth"_qs})
+            rig.store.Save(u"Settings"_qs, key, noise);
+        rig.Show(&desk);
+        QVERIFY2(screen.contains(rig.window->geometry()), qPrintable(noise));
+    }
 }
 
 void MoniterTest::EachPressSendsACommand()
