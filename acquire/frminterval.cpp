@@ -1,15 +1,13 @@
 #include "acquire/frminterval.h"
 
 #include "document/dataset.h"
-#include "platform/jobs.h"
-#include "platform/prompts.h"
+#include "resources/strings.h"
 
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
@@ -73,20 +71,12 @@ void Show(const Duration &duration, const std::array<QLineEdit *, DurationParts.
         boxes[part]->setText(duration.*DurationParts[part]);
 }
 
-void Enter(QLineEdit *box)
-{
-    box->setFocus();
-    box->selectAll();
-}
-
 } // namespace
 
 frmInterval::frmInterval(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Jobs &jobs, QWidget *parent)
-    : QDialog(parent), dataSet_(std::move(dataSet)), prompts_(&prompts), jobs_(&jobs)
+    : FormDialog(QStringLiteral("frmInterval"), Text(Str::IntervalTitle), prompts, jobs, parent),
+      dataSet_(std::move(dataSet))
 {
-    setObjectName(QStringLiteral("frmInterval"));
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(Text(Str::IntervalTitle));
     auto *const column = new QVBoxLayout(this);
     column->addWidget(BuildInterval());
     llFixed_ = new QLabel(Text(Str::IntervalFixed), this);
@@ -100,7 +90,7 @@ frmInterval::frmInterval(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Job
     column->addWidget(BuildPeriod());
     column->addSpacing(8);
     column->addStretch(1);
-    column->addWidget(BuildButtons());
+    column->addWidget(BuildButtons(Text(Str::Ok), Text(Str::Cancel)));
     Load(LoadIntervalForm(*dataSet_));
     FollowReadings();
     Enter(frInterval_->isEnabled() ? interval_[0] : period_[0]);
@@ -124,18 +114,8 @@ QGroupBox *frmInterval::BuildPeriod()
     obNone_->setObjectName(QStringLiteral("obNone"));
     obUser_ = new QRadioButton(Text(Str::PeriodCustom), group);
     obUser_->setObjectName(QStringLiteral("obUser"));
-    for (QRadioButton *const option : {obNone_, obUser_}) { // Tab reaches the chosen one only
-        option->setFocusPolicy(Qt::ClickFocus);
-        connect(option, &QRadioButton::toggled, option,
-                [option](bool on) { option->setFocusPolicy(on ? Qt::StrongFocus : Qt::ClickFocus); });
-    }
-    auto *const options = new QHBoxLayout;
-    options->setSpacing(18);
-    options->addWidget(obNone_);
-    options->addWidget(obUser_);
-    options->addStretch(1);
     auto *const column = new QVBoxLayout(group);
-    column->addLayout(options);
+    column->addLayout(RowOfOptions({obNone_, obUser_}));
     column->addSpacing(6);
     column->addLayout(BuildFields(group, u'P', &period_));
     for (const QLineEdit *const box : period_)
@@ -157,19 +137,6 @@ void frmInterval::BeginPeriod()
         if (!given(box))
             box->setText(QStringLiteral("00"));
     }
-}
-
-QDialogButtonBox *frmInterval::BuildButtons()
-{
-    auto *const buttons = new QDialogButtonBox(this);
-    btOk_ = buttons->addButton(Text(Str::Ok), QDialogButtonBox::AcceptRole);
-    btOk_->setObjectName(QStringLiteral("btOk"));
-    btOk_->setDefault(true);
-    btCancel_ = buttons->addButton(Text(Str::Cancel), QDialogButtonBox::RejectRole);
-    btCancel_->setObjectName(QStringLiteral("btCancel"));
-    connect(btOk_, &QPushButton::clicked, this, &frmInterval::Confirm);
-    connect(btCancel_, &QPushButton::clicked, this, &QDialog::reject);
-    return buttons;
 }
 
 void frmInterval::Load(const IntervalForm &form)
@@ -194,33 +161,15 @@ void frmInterval::FollowReadings()
 
 void frmInterval::Confirm()
 {
-    if (refusing_)
-        return;
     IntervalForm form = {Entered(interval_), Entered(period_), obNone_->isChecked()};
-    const std::optional<IntervalFault> fault = StoreIntervalForm(&form, dataSet_.get());
-    if (!fault) {
+    const auto stored = StoreIntervalForm(&form, dataSet_.get());
+    if (stored) {
         accept();
         return;
     }
     Load(form); // what passed stands there with two digits
-    jobs_->Launch(Refuse(this, IntervalComplaint(form, *fault), *fault), "refusing an interval or period");
-}
-
-QCoro::Task<void> frmInterval::Refuse(QPointer<frmInterval> dialog, QString complaint, IntervalFault fault)
-{
-    dialog->refusing_ = true;
-    dialog->EnterFaulty(fault); // the message keeps clear of it
-    Prompts *const prompts = dialog->prompts_;
-    co_await prompts->Warn(complaint);
-    if (!dialog)
-        co_return;
-    dialog->refusing_ = false;
-    dialog->EnterFaulty(fault);
-}
-
-void frmInterval::EnterFaulty(const IntervalFault &fault)
-{
-    Enter((fault.complaint == Str::IllegalInterval ? interval_ : period_).at(fault.part));
+    const IntervalFault &fault = stored.error();
+    Refuse((fault.ofPeriod ? period_ : interval_).at(fault.part), fault.complaint);
 }
 
 } // namespace px40

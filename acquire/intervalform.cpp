@@ -1,6 +1,7 @@
 #include "acquire/intervalform.h"
 
 #include "document/dataset.h"
+#include "resources/strings.h"
 
 #include <utility>
 
@@ -27,6 +28,25 @@ std::size_t FirstFaultyPart(const Duration &duration)
     return DurationParts.size() - 1;
 }
 
+/// Checks a duration and writes it with two digits.
+tl::expected<void, IntervalFault> CheckDuration(Duration *duration, bool ofPeriod)
+{
+    constexpr std::array<std::pair<Str, int>, DurationParts.size()> parts = {
+        {{Str::Day, 99}, {Str::Hour, 23}, {Str::Minute, 59}, {Str::Second, 59}}};
+    if (ValidateDuration(duration, true))
+        return {};
+    const std::size_t part = FirstFaultyPart(*duration);
+    QString allowed = Text(Str::SecondAtLeast);
+    if (IsFaultyByItself(*duration, part)) {
+        const auto [unit, most] = parts.at(part);
+        const QString range = Text(Str::WholeNumberAllowed).arg(QStringLiteral("0"), QString::number(most));
+        allowed = Text(Str::FieldAllows)
+                      .arg(Text(ofPeriod ? Str::PeriodFrame : Str::IntervalFrame), Text(unit), range);
+    }
+    const QString fault = Text(ofPeriod ? Str::IllegalPeriod : Str::IllegalInterval);
+    return tl::unexpected(IntervalFault{ofPeriod, part, fault + QStringLiteral("\r\n") + allowed});
+}
+
 } // namespace
 
 IntervalForm LoadIntervalForm(const DataSet &dataSet)
@@ -39,34 +59,21 @@ bool IsIntervalFixed(const DataSet &dataSet)
     return dataSet.GetDatacount() > 0;
 }
 
-std::optional<IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet)
+tl::expected<void, IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet)
 {
     const bool fixed = IsIntervalFixed(*dataSet);
     if (fixed)
         form->interval = dataSet->GetInterval();
-    else if (!ValidateDuration(&form->interval, true))
-        return IntervalFault{Str::IllegalInterval, FirstFaultyPart(form->interval)};
-    if (!form->periodNone && !ValidateDuration(&form->period, true))
-        return IntervalFault{Str::IllegalPeriod, FirstFaultyPart(form->period)};
+    else if (auto checked = CheckDuration(&form->interval, false); !checked)
+        return checked;
+    if (!form->periodNone) {
+        if (auto checked = CheckDuration(&form->period, true); !checked)
+            return checked;
+    }
     if (!fixed)
         dataSet->SetInterval(form->interval);
     dataSet->SetPeriod(form->periodNone, form->period);
-    return std::nullopt;
-}
-
-QString IntervalComplaint(const IntervalForm &form, const IntervalFault &fault)
-{
-    constexpr std::array<std::pair<Str, int>, DurationParts.size()> parts = {
-        {{Str::Day, 99}, {Str::Hour, 23}, {Str::Minute, 59}, {Str::Second, 59}}};
-    const bool interval = fault.complaint == Str::IllegalInterval;
-    QString allowed = Text(Str::SecondAtLeast);
-    if (IsFaultyByItself(interval ? form.interval : form.period, fault.part)) {
-        const auto [unit, most] = parts.at(fault.part);
-        const QString range = Text(Str::WholeNumberAllowed).arg(QStringLiteral("0"), QString::number(most));
-        allowed = Text(Str::FieldAllows)
-                      .arg(Text(interval ? Str::IntervalFrame : Str::PeriodFrame), Text(unit), range);
-    }
-    return Text(fault.complaint) + QStringLiteral("\r\n") + allowed;
+    return {};
 }
 
 } // namespace px40

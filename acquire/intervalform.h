@@ -1,11 +1,11 @@
 #pragma once
 
 #include "document/duration.h"
-#include "resources/strings.h"
+
+#include <tl/expected.hpp>
 
 #include <array>
 #include <cstddef>
-#include <optional>
 
 namespace px40 {
 
@@ -25,10 +25,9 @@ struct IntervalForm
 
 struct IntervalFault
 {
-    Str complaint = Str::IllegalInterval; ///< or IllegalPeriod
-    std::size_t part = 0;                 ///< the first faulty text, 0-based as in DurationParts
-
-    bool operator==(const IntervalFault &) const = default;
+    bool ofPeriod = false;
+    std::size_t part = 0; ///< the first faulty text, 0-based as in DurationParts
+    QString complaint;    ///< what is wrong, and on a second line which field it is and what is allowed there
 };
 
 /// The settings that the data set has now.
@@ -37,14 +36,10 @@ IntervalForm LoadIntervalForm(const DataSet &dataSet);
 /// A data set with readings keeps the interval at which they were taken.
 bool IsIntervalFixed(const DataSet &dataSet);
 
-/// What to tell the user about that fault: what is wrong, and on a second line which field it is and what is
-/// allowed there.
-QString IntervalComplaint(const IntervalForm &form, const IntervalFault &fault);
-
 /// Gives the form's settings to the data set, which then counts as changed, or tells what is wrong with them
 /// and changes nothing. A fixed interval is the data set's own, whatever the form says, and that of stored
 /// readings may be none at all; the form gets it. A duration that passes is rewritten in the form with two
 /// digits, also when the other one is faulty. The two durations are not compared.
-std::optional<IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet);
+[[nodiscard]] tl::expected<void, IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet);
 
 } // namespace px40

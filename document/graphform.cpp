@@ -6,7 +6,8 @@
 #include "resources/strings.h"
 
 #include <algorithm>
-#include <cmath>
+#include <optional>
+#include <span>
 
 namespace px40 {
 
@@ -14,21 +15,7 @@ namespace {
 
 constexpr int MostSamples = 32767; // a graph shows no more
 
-bool TakeWhole(std::optional<int> value, QString *text)
-{
-    if (value)
-        *text = QString::number(*value);
-    return value.has_value();
-}
-
-bool TakeLimit(QString *text)
-{
-    const std::optional<QString> value = AxisLimitOf(*text);
-    *text = value.value_or(*text);
-    return value.has_value();
-}
-
-/// The axis and the label of a field, and what it takes.
+/// The axis and the label of a field, what it takes, and how that is read.
 struct FieldRule
 {
     Str axis;
@@ -36,22 +23,65 @@ struct FieldRule
     Str allowed;
     const char16_t *least;
     const char16_t *most;
+    std::optional<QString> (*plain)(QStringView text);
 };
+
+template <std::optional<int> (*Read)(QStringView)>
+std::optional<QString> Whole(QStringView text)
+{
+    const std::optional<int> value = Read(text);
+    return value ? std::optional(QString::number(*value)) : std::nullopt;
+}
 
 /// In the order of the fields.
 constexpr FieldRule Rules[GraphFieldCount] = {
-    {Str::GraphXAxis, Str::GraphDataRange, Str::WholeNumberAllowed, u"2", u"32767"},
-    {Str::GraphXAxis, Str::GraphTickCategories, Str::WholeNumberAllowed, u"1", u"32767"},
-    {Str::GraphXAxis, Str::GraphLabelCategories, Str::WholeNumberAllowed, u"1", u"32767"},
-    {Str::GraphYAxis, Str::GraphMaximum, Str::NumberAllowed, u"-60000", u"60000"},
-    {Str::GraphYAxis, Str::GraphMinimum, Str::NumberAllowed, u"-60000", u"60000"},
-    {Str::GraphYAxis, Str::GraphMajorUnit, Str::WholeNumberAllowed, u"1", u"32767"},
-    {Str::GraphYAxis, Str::GraphMinorUnit, Str::WholeNumberAllowed, u"1", u"32767"},
+    {Str::GraphXAxis, Str::GraphDataRange, Str::WholeNumberAllowed, u"2", u"32767", Whole<GraphCountOf>},
+    {Str::GraphXAxis, Str::GraphTickCategories, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
+    {Str::GraphXAxis, Str::GraphLabelCategories, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
+    {Str::GraphYAxis, Str::GraphMaximum, Str::NumberAllowed, u"-60000", u"60000", AxisLimitOf},
+    {Str::GraphYAxis, Str::GraphMinimum, Str::NumberAllowed, u"-60000", u"60000", AxisLimitOf},
+    {Str::GraphYAxis, Str::GraphMajorUnit, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
+    {Str::GraphYAxis, Str::GraphMinorUnit, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
 };
 
-int Whole(const GraphForm &form, GraphField field)
+constexpr GraphField XFields[] = {GraphField::End, GraphField::Tick, GraphField::Label};
+constexpr GraphField YFields[] = {GraphField::Max, GraphField::Min, GraphField::Major, GraphField::Minor};
+
+tl::unexpected<GraphFault> Fault(GraphField field, const QString &allowed)
 {
-    return WholeNumber(form[field]).value();
+    const FieldRule &rule = Rules[static_cast<std::size_t>(field)];
+    return tl::unexpected(
+        GraphFault{field, Text(Str::IllegalValue) + QStringLiteral("\r\n") +
+                              Text(Str::FieldAllows).arg(Text(rule.axis), Text(rule.label), allowed)});
+}
+
+tl::expected<void, GraphFault> CheckFields(std::span<const GraphField> fields, GraphForm *form)
+{
+    for (const GraphField field : fields) {
+        const FieldRule &rule = Rules[static_cast<std::size_t>(field)];
+        QString &text = (*form)[field];
+        const std::optional<QString> plain = rule.plain(text);
+        if (!plain)
+            return Fault(
+                field, Text(rule.allowed).arg(QString::fromUtf16(rule.least), QString::fromUtf16(rule.most)));
+        text = *plain;
+        // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
+        const QString &maximum = (*form)[GraphField::Max];
+        if (field == GraphField::Min && SingleNumber(maximum) <= SingleNumber(text))
+            return Fault(field, Text(Str::BelowMaximum).arg(maximum));
+    }
+    return {};
+}
+
+tl::expected<void, GraphFault> Check(GraphForm *form)
+{
+    if (!form->xAuto) {
+        if (auto checked = CheckFields(XFields, form); !checked)
+            return checked;
+    }
+    if (!form->yAuto)
+        return CheckFields(YFields, form);
+    return {};
 }
 
 } // namespace
@@ -73,63 +103,29 @@ GraphForm LoadGraphForm(const DataSet &dataSet)
     return form;
 }
 
-std::optional<GraphField> CheckGraphForm(GraphForm *form)
+tl::expected<void, GraphFault> StoreGraphForm(GraphForm *form, DataSet *dataSet)
 {
-    GraphForm &fields = *form;
-    if (!fields.xAuto) {
-        for (const GraphField field : {GraphField::End, GraphField::Tick, GraphField::Label}) {
-            const QString &text = fields[field];
-            if (!TakeWhole(field == GraphField::End ? GraphCountOf(text) : DivisionsOf(text), &fields[field]))
-                return field;
-        }
-    }
-    if (!fields.yAuto) {
-        for (const GraphField field : {GraphField::Max, GraphField::Min}) {
-            if (!TakeLimit(&fields[field]))
-                return field;
-        }
-        // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
-        if (SingleNumber(fields[GraphField::Max]) <= SingleNumber(fields[GraphField::Min]))
-            return GraphField::Min;
-        for (const GraphField field : {GraphField::Major, GraphField::Minor}) {
-            if (!TakeWhole(DivisionsOf(fields[field]), &fields[field]))
-                return field;
-        }
-    }
-    return std::nullopt;
-}
-
-QString GraphComplaint(const GraphForm &form, GraphField fault)
-{
-    const FieldRule &rule = Rules[static_cast<std::size_t>(fault)];
-    // A minimum that is a number is refused only for the maximum's sake.
-    const bool aboveMaximum = fault == GraphField::Min && AxisLimitOf(form[fault]);
-    const QString allowed =
-        aboveMaximum ? Text(Str::BelowMaximum).arg(form[GraphField::Max])
-                     : Text(rule.allowed).arg(QString::fromUtf16(rule.least), QString::fromUtf16(rule.most));
-    return Text(Str::IllegalValue) + QStringLiteral("\r\n") +
-           Text(Str::FieldAllows).arg(Text(rule.axis), Text(rule.label), allowed);
-}
-
-void ApplyGraphForm(const GraphForm &form, DataSet *dataSet)
-{
-    if (!form.xAuto)
-        dataSet->SetGraphcount(Whole(form, GraphField::End));
+    if (auto checked = Check(form); !checked)
+        return checked;
+    const auto whole = [form](GraphField field) { return WholeNumber((*form)[field]).value(); };
+    if (!form->xAuto)
+        dataSet->SetGraphcount(whole(GraphField::End));
     else if (dataSet->GetDatacount() > 2)
         dataSet->SetGraphcount(std::min(dataSet->GetDatacount(), MostSamples));
 
-    if (form.xAuto)
+    if (form->xAuto)
         dataSet->SetAxisX(true, 1, 1);
     else
-        dataSet->SetAxisX(false, Whole(form, GraphField::Label), Whole(form, GraphField::Tick));
+        dataSet->SetAxisX(false, whole(GraphField::Label), whole(GraphField::Tick));
 
-    if (form.yAuto)
+    if (form->yAuto)
         dataSet->SetAxisY(true, QStringLiteral("1"), QStringLiteral("10"), 1, 1);
     else
-        dataSet->SetAxisY(false, form[GraphField::Min], form[GraphField::Max], Whole(form, GraphField::Major),
-                          Whole(form, GraphField::Minor));
+        dataSet->SetAxisY(false, (*form)[GraphField::Min], (*form)[GraphField::Max], whole(GraphField::Major),
+                          whole(GraphField::Minor));
 
     dataSet->PaintGraphtop();
+    return {};
 }
 
 } // namespace px40

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <QString>
+#include <tl/expected.hpp>
 
 #include <array>
-#include <optional>
 
 namespace px40 {
 
@@ -32,20 +32,20 @@ struct GraphForm
     const QString &operator[](GraphField field) const { return texts.at(static_cast<std::size_t>(field)); }
 };
 
+struct GraphFault
+{
+    GraphField field;
+    QString complaint; ///< what is wrong, and on a second line which field it is and what is allowed there
+};
+
 /// The settings that the data set has now.
 GraphForm LoadGraphForm(const DataSet &dataSet);
 
-/// The first faulty field of the axes that are not automatic, in the order X, then Y with the maximum first;
-/// nothing when all is well. Each field that passes is rewritten in its plain form, also when a later one is
-/// faulty. A maximum that is not above the minimum counts as a fault of the minimum.
-std::optional<GraphField> CheckGraphForm(GraphForm *form);
-
-/// What to tell the user about that fault: what is wrong, and on a second line which field it is and what is
-/// allowed there.
-QString GraphComplaint(const GraphForm &form, GraphField fault);
-
-/// Gives the settings of a form that passed its check to the data set and shows the first sample again. An
-/// automatic X axis shows all samples as soon as there are more than 2.
-void ApplyGraphForm(const GraphForm &form, DataSet *dataSet);
+/// Gives the form's settings to the data set and shows the first sample again; an automatic X axis shows all
+/// samples as soon as there are more than 2. Or tells of the first faulty field of the axes that are not
+/// automatic, in the order X, then Y with the maximum first, and changes nothing. Each field that passes is
+/// rewritten in its plain form, also when a later one is faulty. A maximum that is not above the minimum
+/// counts as a fault of the minimum.
+[[nodiscard]] tl::expected<void, GraphFault> StoreGraphForm(GraphForm *form, DataSet *dataSet);
 
 } // namespace px40

@@ -2,6 +2,7 @@
 
 #include "link/linkstate.h"
 #include "platform/jobs.h"
+#include "platform/onelinevalidator.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
@@ -16,10 +17,8 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QRegularExpression>
 #include <QUrl>
 #include <QVBoxLayout>
-#include <QValidator>
 
 #include <algorithm>
 
@@ -28,23 +27,6 @@ namespace px40 {
 namespace {
 
 constexpr int FieldWidth = 72; // average characters: most paths fit in
-
-/// Passes any text, with a blank in place of each line break but those at its end.
-class OneLineOnly : public QValidator
-{
-  public:
-    using QValidator::QValidator;
-
-    State validate(QString &text, int &cursor) const override
-    {
-        static const QRegularExpression atEnd(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]+$"));
-        static const QRegularExpression within(QStringLiteral("\\r\\n|[\\r\\n\\x{2028}\\x{2029}]"));
-        const qsizetype before = text.left(cursor).replace(within, QStringLiteral(" ")).size();
-        text.remove(atEnd).replace(within, QStringLiteral(" "));
-        cursor = static_cast<int>(std::min(before, text.size()));
-        return Acceptable;
-    }
-};
 
 /// The name of a file; one that is dropped on it takes the place of what was there.
 class FileBox : public QLineEdit
@@ -109,12 +91,9 @@ bool CanBeOpened(const QString &path)
 
 frmForward::frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMemory *memory,
                        ForwardOptions options, QWidget *parent)
-    : QDialog(parent), state_(&state), prompts_(&prompts), jobs_(&jobs), memory_(memory),
-      options_(std::move(options))
+    : FormDialog(QStringLiteral("frmForward"), Text(Str::ForwardTitle), prompts, jobs, parent),
+      state_(&state), memory_(memory), options_(std::move(options))
 {
-    setObjectName(QStringLiteral("frmForward"));
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(Text(Str::ForwardTitle));
     auto *const column = new QVBoxLayout(this);
     column->addWidget(BuildFile());
     column->addSpacing(4);
@@ -126,10 +105,9 @@ frmForward::frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMe
     }
     column->addSpacing(8);
     column->addStretch(1);
-    column->addWidget(BuildButtons());
+    column->addWidget(BuildButtons(Text(Str::Ok), Text(Str::Cancel)));
     Load();
-    tbTitle_->setFocus(); // what differs most from one forwarding to the next
-    tbTitle_->selectAll();
+    Enter(tbTitle_); // what differs most from one forwarding to the next
 }
 
 QGroupBox *frmForward::BuildFile()
@@ -137,29 +115,19 @@ QGroupBox *frmForward::BuildFile()
     auto *const frFile = AddOption<QGroupBox>(QStringLiteral("frFile"), Str::ForwardFileFrame, this);
     obNew_ = AddOption<QRadioButton>(QStringLiteral("obNew"), Str::ForwardNew, frFile);
     obOpen_ = AddOption<QRadioButton>(QStringLiteral("obOpen"), Str::ForwardCustom, frFile);
-    for (QRadioButton *const option : {obNew_, obOpen_}) { // Tab reaches the chosen one only
-        option->setFocusPolicy(Qt::ClickFocus);
-        connect(option, &QRadioButton::toggled, option,
-                [option](bool on) { option->setFocusPolicy(on ? Qt::StrongFocus : Qt::ClickFocus); });
-    }
     tbFile_ = new FileBox(frFile);
     tbFile_->setObjectName(QStringLiteral("tbFile"));
     tbFile_->setAccessibleName(frFile->title());
     tbFile_->setMinimumWidth(tbFile_->fontMetrics().averageCharWidth() * FieldWidth);
-    tbFile_->setValidator(new OneLineOnly(tbFile_));
+    tbFile_->setValidator(new OneLineValidator(QStringLiteral(" "), tbFile_));
     btBrawse_ = AddOption<QPushButton>(QStringLiteral("btBrawse"), Str::ForwardBrowse, frFile);
     cbFile_ = AddOption<QCheckBox>(QStringLiteral("cbFile"), Str::ForwardKeepFile, frFile);
 
-    auto *const options = new QHBoxLayout;
-    options->setSpacing(18);
-    options->addWidget(obNew_);
-    options->addWidget(obOpen_);
-    options->addStretch(1);
     auto *const file = new QHBoxLayout;
     file->addWidget(tbFile_, 1);
     file->addWidget(btBrawse_);
     auto *const column = new QVBoxLayout(frFile);
-    column->addLayout(options);
+    column->addLayout(RowOfOptions({obNew_, obOpen_}));
     column->addSpacing(6);
     column->addLayout(file);
     column->addWidget(cbFile_);
@@ -177,25 +145,12 @@ QGroupBox *frmForward::BuildTitle()
     tbTitle_ = new QLineEdit(frTitle);
     tbTitle_->setObjectName(QStringLiteral("tbTitle"));
     tbTitle_->setAccessibleName(frTitle->title());
-    tbTitle_->setValidator(new OneLineOnly(tbTitle_));
+    tbTitle_->setValidator(new OneLineValidator(QStringLiteral(" "), tbTitle_));
     cbTitle_ = AddOption<QCheckBox>(QStringLiteral("cbTitle"), Str::ForwardKeepTitle, frTitle);
     auto *const column = new QVBoxLayout(frTitle);
     column->addWidget(tbTitle_);
     column->addWidget(cbTitle_);
     return frTitle;
-}
-
-QDialogButtonBox *frmForward::BuildButtons()
-{
-    auto *const buttons = new QDialogButtonBox(this);
-    btOk_ = buttons->addButton(Text(Str::Ok), QDialogButtonBox::AcceptRole);
-    btOk_->setObjectName(QStringLiteral("btOk"));
-    btOk_->setDefault(true);
-    btCancel_ = buttons->addButton(Text(Str::Cancel), QDialogButtonBox::RejectRole);
-    btCancel_->setObjectName(QStringLiteral("btCancel"));
-    connect(btOk_, &QPushButton::clicked, this, &frmForward::Confirm);
-    connect(btCancel_, &QPushButton::clicked, this, &frmForward::reject);
-    return buttons;
 }
 
 void frmForward::Load()
@@ -231,8 +186,6 @@ QCoro::Task<void> frmForward::Browse(QPointer<frmForward> dialog)
 
 void frmForward::Confirm()
 {
-    if (asking_)
-        return;
     ForwardChoice choice;
     if (obOpen_->isChecked()) {
         const QString path = QDir::fromNativeSeparators(tbFile_->text());
@@ -247,7 +200,7 @@ void frmForward::Confirm()
                 Text(options_.withExcel ? Str::ForwardFileAllowedByExcel : Str::ForwardFileAllowed)
                     .arg(Text(Str::ForwardFileFrame), Text(Str::ForwardCustom));
             const QStringList lines = {fault, QDir::toNativeSeparators(path), allowed};
-            jobs_->Launch(Refuse(this, lines.join(QStringLiteral("\r\n"))), "refusing a workbook");
+            Refuse(tbFile_, lines.join(QStringLiteral("\r\n")));
             return;
         }
         memory_->file = cbFile_->isChecked() ? choice.fileName : QString();
@@ -262,21 +215,10 @@ void frmForward::Confirm()
     accept();
 }
 
-QCoro::Task<void> frmForward::Refuse(QPointer<frmForward> dialog, QString complaint)
-{
-    dialog->asking_ = true;
-    Prompts *const prompts = dialog->prompts_;
-    dialog->tbFile_->setFocus(); // the box keeps clear of it, and gives it back
-    dialog->tbFile_->selectAll();
-    co_await prompts->Warn(complaint);
-    if (dialog)
-        dialog->asking_ = false;
-}
-
 void frmForward::reject()
 {
     state_->CancelRequest = true;
-    QDialog::reject();
+    FormDialog::reject();
 }
 
 } // namespace px40

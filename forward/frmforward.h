@@ -1,24 +1,16 @@
 #pragma once
 
 #include "forward/forwardchoice.h"
-
-#include <QCoro/QCoroTask>
-#include <QDialog>
-#include <QPointer>
+#include "platform/formdialog.h"
 
 #include <functional>
 
 class QCheckBox;
-class QDialogButtonBox;
 class QGroupBox;
-class QLineEdit;
 class QPushButton;
-class QRadioButton;
 
 namespace px40 {
 
-class Jobs;
-class Prompts;
 struct LinkState;
 
 struct ForwardOptions
@@ -34,13 +26,13 @@ struct ForwardOptions
 /// change of the file's name chooses "Custom". OK tells of a file that cannot be used, changes nothing then
 /// and stays; else it clears `CancelRequest` of the link state. Any other way out sets that, and nothing
 /// else.
-class frmForward : public QDialog
+class frmForward : public FormDialog
 {
     Q_OBJECT
 
   public:
-    /// `state`, `prompts`, `jobs` and `memory`, which OK brings up to date, must outlive it. Deletes itself
-    /// when closed, so whoever wants the choice takes it in a slot of `finished`.
+    /// `state`, `prompts`, `jobs` and `memory`, which OK brings up to date, must outlive it. It is
+    /// gone when closed, so whoever wants the choice takes it in a slot of `finished`.
     frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMemory *memory, ForwardOptions options,
                QWidget *parent);
 
@@ -49,18 +41,16 @@ class frmForward : public QDialog
 
     void reject() override;
 
+  protected:
+    void Confirm() override;
+
   private:
     static QCoro::Task<void> Browse(QPointer<frmForward> dialog);
-    static QCoro::Task<void> Refuse(QPointer<frmForward> dialog, QString complaint);
     QGroupBox *BuildFile();
     QGroupBox *BuildTitle();
-    QDialogButtonBox *BuildButtons();
     void Load();
-    void Confirm();
 
     LinkState *state_;
-    Prompts *prompts_;
-    Jobs *jobs_;
     ForwardMemory *memory_;
     ForwardOptions options_;
     ForwardChoice choice_;
@@ -72,9 +62,6 @@ class frmForward : public QDialog
     QLineEdit *tbTitle_ = nullptr;
     QCheckBox *cbTitle_ = nullptr;
     QCheckBox *cbShow_ = nullptr; ///< null with a spreadsheet program
-    QPushButton *btOk_ = nullptr;
-    QPushButton *btCancel_ = nullptr;
-    bool asking_ = false; ///< a message or the file dialog is up
 };
 
 } // namespace px40

@@ -1,6 +1,7 @@
 #include "source/frmsrcvalueset.h"
 
 #include "acquire/status.h"
+#include "platform/onelinevalidator.h"
 #include "resources/strings.h"
 #include "source/sourcecommands.h"
 
@@ -9,27 +10,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <QValidator>
 
 namespace px40 {
 
 namespace {
 
 constexpr int FieldWidth = 24; // digits: a value has seven, and there is room for a sentence below it
-
-/// Passes any text, as one line, in whatever way it comes in: typed, pasted, dropped or by an input method.
-class OneLineOnly : public QValidator
-{
-  public:
-    using QValidator::QValidator;
-
-    State validate(QString &text, int &cursor) const override
-    {
-        cursor = static_cast<int>(OneLine(text.left(cursor)).size());
-        text = OneLine(text);
-        return Acceptable;
-    }
-};
 
 QString Note(const QString &character)
 {
@@ -65,7 +51,7 @@ void frmSrcValueSet::BuildValue()
     tbSrcValue_->setObjectName(QStringLiteral("tbSrcValue"));
     tbSrcValue_->setAccessibleName(windowTitle());
     tbSrcValue_->setMinimumWidth(tbSrcValue_->fontMetrics().horizontalAdvance(u'0') * FieldWidth);
-    tbSrcValue_->setValidator(new OneLineOnly(tbSrcValue_));
+    tbSrcValue_->setValidator(new OneLineValidator(QString(), tbSrcValue_));
     connect(tbSrcValue_, &QLineEdit::textChanged, llRefused_, &QLabel::clear);
     llUnit_->setObjectName(QStringLiteral("llUnit"));
     llUnit_->setMinimumWidth(llUnit_->fontMetrics().horizontalAdvance(QStringLiteral("Cycle")));
