@@ -1,7 +1,6 @@
 #include "acquire/frmmoniter.h"
 
-#include "acquire/measuredisplay.h"
-#include "acquire/measureface.h"
+#include "acquire/instrumentface.h"
 #include "acquire/status.h"
 #include "link/comm.h"
 #include "link/commandoutcome.h"
@@ -24,12 +23,15 @@ namespace {
 constexpr int ClickDelayMs = 10;
 constexpr int Attempts = 3;
 
-// In pixels of 1/96 inch, as the face's design size.
+// In pixels of 1/96 inch, as the face's design.
+constexpr QSizeF FaceSize{304, 108};
+constexpr double ReadingTop = 31;
+constexpr double ReadingWidth = 216;
+constexpr double UnitWidth = 56;
 constexpr double Margin = 8;
 constexpr double ButtonWidth = 84;
 constexpr double ButtonHeight = 38;
-constexpr QSizeF DesignSize{MeasureFace::DesignSize.width() + 2 * Margin,
-                            MeasureFace::DesignSize.height() + 3 * Margin + ButtonHeight};
+constexpr QSizeF DesignSize{FaceSize.width() + 2 * Margin, FaceSize.height() + 3 * Margin + ButtonHeight};
 constexpr double UsualScale = 1.6;
 
 // Where a window that was never moved stands: beside the main window where the screen has room, else so far
@@ -38,11 +40,22 @@ constexpr int Beside = 8;
 constexpr int FromRight = 24;
 constexpr int FromTop = 128;
 
+FaceDesign MeasureDesign()
+{
+    return {.size = FaceSize,
+            .side = Text(Str::MoniterTitle),
+            .lamps = {"shOff", "shOn"},
+            .reading = {{QStringLiteral("llValue"), ReadingWidth}},
+            .readingTop = ReadingTop,
+            .unitWidth = UnitWidth};
+}
+
 } // namespace
 
 frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
     : LiveWindow(QStringLiteral("Moniter"), *services.store, services.state->MonitorOpen, parent),
-      services_(services), face_(new MeasureFace(this)), btMeasOnOff_(new QPushButton(this))
+      services_(services), face_(new InstrumentFace(MeasureDesign(), this)),
+      btMeasOnOff_(new QPushButton(this))
 {
     setWindowTitle(Text(Str::MoniterTitle));
     btMeasOnOff_->setObjectName(QStringLiteral("btMeasOnOff"));
@@ -68,7 +81,7 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
 
 void frmMoniter::Show(const MeasureDisplay &display)
 {
-    face_->Show(display);
+    face_->Show(display, {&display.value, 1});
     btMeasOnOff_->setEnabled(display.buttonEnabled);
     if (display.buttonEnabled)
         btMeasOnOff_->setFocus(); // lost while it was disabled

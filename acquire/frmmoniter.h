@@ -11,9 +11,9 @@ class QPushButton;
 namespace px40 {
 
 class Comm;
+class InstrumentFace;
 class Jobs;
 class LinkGate;
-class MeasureFace;
 class UserStore;
 struct InstrumentState;
 struct LinkState;
@@ -64,7 +64,7 @@ class frmMoniter : public LiveWindow
 
     MoniterServices services_;
     Timer tmMeasInter_{0, true};
-    MeasureFace *face_;
+    InstrumentFace *face_;
     QPushButton *btMeasOnOff_;
     int presses_ = 0; ///< of the button, whose command has not begun
 };

@@ -1,10 +1,9 @@
 #include "acquire/instrumentface.h"
 
-#include "acquire/drawnface.h"
+#include "acquire/readinglabel.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
-#include <QEvent>
 #include <QFontMetricsF>
 #include <QLabel>
 #include <QPainter>
@@ -26,6 +25,8 @@ constexpr double LampGap = 4;
 constexpr double Overhang = 4; // room for letters that reach to the left of their place
 constexpr double IndicatorHeight = 14;
 constexpr double IndicatorBottom = 6;
+constexpr double UnitGap = 8;
+constexpr double SymbolSide = 42;
 
 /// Each indicator keeps a place as wide as the longest text it can show; the fifth never shows any.
 constexpr std::array<double, 7> IndicatorWidths = {54, 26, 32, 44, 52, 8, 60};
@@ -33,6 +34,35 @@ constexpr std::array<double, 7> IndicatorWidths = {54, 26, 32, 44, 52, 8, 60};
 constexpr double PixelsPerPoint = 96.0 / 72.0;
 
 } // namespace
+
+/// A drawing that fills its place, sharp on any screen.
+class IconLabel : public QLabel
+{
+  public:
+    using QLabel::QLabel;
+
+    void SetIcon(QStringView name)
+    {
+        name_ = name;
+        update();
+    }
+
+  protected:
+    /// It lies on the display's ground, not on the window's, and its ink is opaque.
+    void paintEvent(QPaintEvent *) override
+    {
+        QPalette ground = palette();
+        const QColor paper = palette().color(QPalette::Active, QPalette::Base);
+        const QColor ink = palette().color(QPalette::Active, foregroundRole());
+        ground.setColor(QPalette::Window, paper);
+        ground.setColor(QPalette::WindowText, Mix(paper, ink, ink.alphaF()));
+        QPainter painter(this);
+        MakeIcon(name_, ground).paint(&painter, rect());
+    }
+
+  private:
+    QStringView name_; ///< a literal
+};
 
 QFont FaceFont(const QString &sizeText, double scale)
 {
@@ -45,47 +75,47 @@ QFont FaceFont(const QString &sizeText, double scale)
     return font;
 }
 
-InstrumentFace::InstrumentFace(const QSizeF &designSize, const QString &side, QWidget *parent)
-    : QWidget(parent), designSize_(designSize), side_(side),
-      llFunction_(NewLabel("llFunction", Qt::AlignLeft | Qt::AlignVCenter)),
-      llState_(NewLabel("llState", Qt::AlignLeft | Qt::AlignVCenter)),
-      llUnit_(NewLabel("llUnit", Qt::AlignLeft | Qt::AlignTop))
+InstrumentFace::InstrumentFace(const FaceDesign &design, QWidget *parent)
+    : QWidget(parent), design_(design),
+      llFunction_(NewLabel<QLabel>(QStringLiteral("llFunction"), Qt::AlignLeft | Qt::AlignVCenter)),
+      llState_(NewLabel<QLabel>(QStringLiteral("llState"), Qt::AlignLeft | Qt::AlignVCenter)),
+      llUnit_(NewLabel<QLabel>(QStringLiteral("llUnit"), Qt::AlignLeft | Qt::AlignTop))
 {
     for (std::size_t i = 0; i < llDipsw_.size(); ++i)
-        llDipsw_[i] = NewLabel(qPrintable(QStringLiteral("llDipsw%1").arg(i)), Qt::AlignCenter);
+        llDipsw_[i] = NewLabel<QLabel>(QStringLiteral("llDipsw%1").arg(i), Qt::AlignCenter);
+    static constexpr QStringView Symbols[] = {u"celsiustc", u"celsiuspt", u"celsiusjpt"};
     for (std::size_t i = 0; i < imUnit_.size(); ++i) {
-        imUnit_[i] = new DrawnFace(this);
-        imUnit_[i]->setObjectName(QStringLiteral("imUnit%1").arg(i));
+        imUnit_[i] = NewLabel<IconLabel>(QStringLiteral("imUnit%1").arg(i), {});
+        imUnit_[i]->SetIcon(Symbols[i]);
         imUnit_[i]->setAccessibleName(Text(Str::UnitCelsius));
+        imUnit_[i]->hide();
     }
-}
-
-QLabel *InstrumentFace::NewLabel(const char *name, Qt::Alignment alignment)
-{
-    auto *const label = new QLabel(this);
-    label->setObjectName(QString::fromLatin1(name));
-    label->setTextFormat(Qt::PlainText);
-    label->setForegroundRole(QPalette::Text);
-    label->setAlignment(alignment);
-    return label;
+    for (const FaceDesign::Cell &cell : design.reading)
+        reading_ << NewLabel<ReadingLabel>(cell.name, reading_.isEmpty() ? Qt::AlignRight : Qt::AlignCenter);
+    const auto [off, on] = design.lamps;
+    lamps_[0] = NewLabel<IconLabel>(QLatin1StringView(off), {});
+    lamps_[1] = on == off ? lamps_[0] : NewLabel<IconLabel>(QLatin1StringView(on), {});
+    for (IconLabel *const lamp : lamps_)
+        lamp->hide();
 }
 
 QString InstrumentFace::LampText(bool on) const
 {
-    return side_ + u' ' + Text(on ? Str::OnCaption : Str::MeasureOff);
+    return design_.side + u' ' + Text(on ? Str::OnCaption : Str::MeasureOff);
 }
 
-void InstrumentFace::ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol,
-                              Lamp lamp, const OptionIndicators &indicators)
+void InstrumentFace::Show(const SideDisplay &display, std::span<const QString> reading)
 {
     SetFaded(false);
-    SetLamp(lamp);
-    llUnit_->setText(unit);
-    llFunction_->setText(function);
+    SetLamp(!display.known ? Lamp::None : display.on ? Lamp::On : Lamp::Off);
+    llUnit_->setText(display.unit);
+    llFunction_->setText(display.function);
     for (std::size_t i = 0; i < imUnit_.size(); ++i)
-        imUnit_[i]->setVisible(symbol == static_cast<int>(i));
+        imUnit_[i]->setVisible(display.symbol == static_cast<int>(i));
     for (std::size_t i = 0; i < llDipsw_.size(); ++i)
-        llDipsw_[i]->setText(indicators[i]);
+        llDipsw_[i]->setText(display.indicators[i]);
+    for (qsizetype i = 0; i < reading_.size(); ++i)
+        reading_[i]->setText(reading[static_cast<std::size_t>(i)]);
 }
 
 void InstrumentFace::Fade()
@@ -96,8 +126,19 @@ void InstrumentFace::Fade()
 
 void InstrumentFace::SetLamp(Lamp lamp)
 {
-    llState_->setText(lamp == Lamp::None ? QString() : LampText(lamp == Lamp::On));
-    ShowLamp(lamp);
+    if (std::exchange(lamp_, lamp) == lamp)
+        return;
+    for (IconLabel *const one : lamps_)
+        one->hide();
+    llState_->clear();
+    if (lamp == Lamp::None)
+        return;
+    const bool on = lamp == Lamp::On;
+    llState_->setText(LampText(on));
+    IconLabel *const shown = lamps_[on ? 1 : 0];
+    shown->SetIcon(on ? u"lampon" : u"lampoff");
+    shown->setAccessibleName(LampText(on));
+    shown->show();
 }
 
 void InstrumentFace::SetFaded(bool faded)
@@ -106,38 +147,13 @@ void InstrumentFace::SetFaded(bool faded)
         return;
     const QList<QLabel *> labels = findChildren<QLabel *>();
     for (QLabel *const label : labels)
-        label->setForegroundRole(Ink());
-    LoadDrawings();
+        label->setForegroundRole(faded ? QPalette::PlaceholderText : QPalette::Text);
     update();
-}
-
-QPalette InstrumentFace::Ground() const
-{
-    // The drawings lie on the display's ground, not on the window's, and their ink is opaque.
-    QPalette ground = palette();
-    const QColor paper = palette().color(QPalette::Active, QPalette::Base);
-    const QColor ink = palette().color(QPalette::Active, Ink());
-    ground.setColor(QPalette::Window, paper);
-    ground.setColor(QPalette::WindowText, Mix(paper, ink, ink.alphaF()));
-    return ground;
-}
-
-void InstrumentFace::LoadDrawings()
-{
-    const QPalette ground = Ground();
-    imUnit_[MeasureDisplay::ThermocoupleSymbol]->SetDrawing(MakeIcon(u"celsiustc", ground));
-    imUnit_[MeasureDisplay::Pt100Symbol]->SetDrawing(MakeIcon(u"celsiuspt", ground));
-    imUnit_[MeasureDisplay::Jpt100Symbol]->SetDrawing(MakeIcon(u"celsiusjpt", ground));
 }
 
 double InstrumentFace::Scale() const
 {
-    return std::min(width() / designSize_.width(), height() / designSize_.height());
-}
-
-QSizeF InstrumentFace::Area() const
-{
-    return QSizeF(size()) / Scale();
+    return std::min(width() / design_.size.width(), height() / design_.size.height());
 }
 
 QRect InstrumentFace::Place(double left, double top, double width, double height) const
@@ -146,9 +162,25 @@ QRect InstrumentFace::Place(double left, double top, double width, double height
     return QRectF(left * scale, top * scale, width * scale, height * scale).toRect();
 }
 
+QRectF InstrumentFace::ReadingPlace() const
+{
+    const QSizeF area = QSizeF(size()) / Scale();
+    double wide = UnitGap + design_.unitWidth;
+    for (const FaceDesign::Cell &cell : design_.reading)
+        wide += cell.width;
+    const double top = design_.readingTop + (area.height() - design_.size.height()) / 2;
+    return {(area.width() - wide) / 2, top, wide, ReadingHeight};
+}
+
+double InstrumentFace::Baseline() const
+{
+    return reading_.first()->y() + reading_.first()->Baseline();
+}
+
 void InstrumentFace::LayOut()
 {
     LayOutTopRow();
+    LayOutReading();
     LayOutIndicators();
 }
 
@@ -162,17 +194,18 @@ void InstrumentFace::LayOutTopRow()
     const double stateWidth =
         std::max(metrics.horizontalAdvance(LampText(true)), metrics.horizontalAdvance(LampText(false))) /
         scale;
-    const double stateLeft = Area().width() - Edge - stateWidth;
+    const double stateLeft = width() / scale - Edge - stateWidth;
     const double lampLeft = stateLeft - LampGap - LampSide;
     llFunction_->setIndent(static_cast<int>(Overhang * scale));
     llFunction_->setGeometry(Place(Edge - Overhang, TopRow, lampLeft - Edge, TopHeight));
     llState_->setGeometry(Place(stateLeft, TopRow, stateWidth + Edge, TopHeight));
-    lampPlace_ = Place(lampLeft, TopRow + (TopHeight - LampSide) / 2, LampSide, LampSide);
+    for (IconLabel *const lamp : lamps_)
+        lamp->setGeometry(Place(lampLeft, TopRow + (TopHeight - LampSide) / 2, LampSide, LampSide));
 }
 
 void InstrumentFace::LayOutIndicators()
 {
-    const QSizeF area = Area();
+    const QSizeF area = QSizeF(size()) / Scale();
     double left = Edge;
     double all = 0;
     for (const double part : IndicatorWidths)
@@ -186,14 +219,23 @@ void InstrumentFace::LayOutIndicators()
     }
 }
 
-void InstrumentFace::PlaceUnit(double left, double top, double width, double baseline)
+void InstrumentFace::LayOutReading()
 {
+    const QRectF place = ReadingPlace();
+    double left = place.left();
+    for (qsizetype i = 0; i < reading_.size(); ++i) {
+        const double cell = design_.reading[i].width;
+        reading_[i]->setFont(FaceFont(Text(Str::FontSizeHuge), Scale()));
+        reading_[i]->setGeometry(Place(left, place.top(), cell, ReadingHeight));
+        left += cell;
+    }
+    left += UnitGap;
+    const double symbolTop = place.top() + (ReadingHeight - SymbolSide) / 2;
+    for (IconLabel *const symbol : imUnit_)
+        symbol->setGeometry(Place(left, symbolTop, SymbolSide, SymbolSide));
     llUnit_->setFont(FaceFont(Text(Str::FontSizeLarge), Scale()));
-    const QRect symbol = Place(left, top + (ReadingHeight - SymbolSide) / 2, SymbolSide, SymbolSide);
-    for (DrawnFace *const face : imUnit_)
-        face->setGeometry(symbol);
-    QRect unit = Place(left, top, width, ReadingHeight);
-    unit.setTop(static_cast<int>(std::lround(baseline - QFontMetricsF(llUnit_->font()).ascent())));
+    QRect unit = Place(left, place.top(), design_.unitWidth, ReadingHeight);
+    unit.setTop(static_cast<int>(std::lround(Baseline() - QFontMetricsF(llUnit_->font()).ascent())));
     llUnit_->setGeometry(unit);
 }
 
@@ -214,13 +256,6 @@ void InstrumentFace::paintEvent(QPaintEvent *)
     painter.setPen(edge);
     const double radius = CornerRadius * Scale();
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
-}
-
-void InstrumentFace::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
-        LoadDrawings();
 }
 
 } // namespace px40

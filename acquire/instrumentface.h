@@ -2,89 +2,110 @@
 
 #include "acquire/measuredisplay.h"
 
-#include <QPalette>
+#include <QList>
 #include <QWidget>
 
 #include <array>
+#include <span>
 
 class QLabel;
 
 namespace px40 {
 
-class DrawnFace;
+class IconLabel;
+class ReadingLabel;
 
-/// The display of one side of the instrument, with what both sides have: function and lamp above, a unit or
-/// temperature symbol behind the reading, the option indicators below. The reading is the subclass's.
-/// Everything on it grows with the widget.
+/// How the display of one side of the instrument is laid out. Lengths are in pixels of 1/96 inch and hold for
+/// the size for which the string table's font sizes are meant; nothing is cut from there on upwards.
+struct FaceDesign
+{
+    struct Cell
+    {
+        QString name; ///< of the control
+        double width;
+    };
+
+    QSizeF size;
+    QString side;                      ///< what the lamp tells the state of
+    std::array<const char *, 2> lamps; ///< the controls for off and on, which may be the same one
+    QList<Cell> reading;               ///< from the left; characters stand at the right end of the first
+                                       ///< cell, in the middle of the others
+    double readingTop;
+    double unitWidth;
+};
+
+/// The display of one side of the instrument: function and lamp above, the reading with its unit or
+/// temperature symbol in the middle, the option indicators below. Everything on it grows with the widget;
+/// what that is larger than the design lies to both sides of the reading, above and below it.
 class InstrumentFace : public QWidget
 {
     Q_OBJECT
 
   public:
+    InstrumentFace(const FaceDesign &design, QWidget *parent);
+
+    /// `reading` has a text for each cell.
+    void Show(const SideDisplay &display, std::span<const QString> reading);
+
     /// Nothing new has come for a while: what stands there fades, and the lamp, of which nobody knows by now,
-    /// goes. Lasts until `ShowSide`.
+    /// goes. Lasts until `Show`.
     void Fade();
 
   protected:
-    /// `designSize`: the size for which the string table's font sizes are meant, in pixels of 1/96 inch;
-    /// nothing is cut from there on upwards. `side`: what the lamp tells the state of.
-    InstrumentFace(const QSizeF &designSize, const QString &side, QWidget *parent);
-
-    /// Places on the face, in units of its design size.
     static constexpr double Edge = 12;
-    static constexpr double UnitGap = 8;
-    static constexpr double SymbolSide = 42;
     static constexpr double ReadingHeight = 54;
 
-    enum class Lamp { None, Off, On };
-    static Lamp LampOf(bool known, bool on) { return !known ? Lamp::None : on ? Lamp::On : Lamp::Off; }
+    template <typename Label>
+    Label *NewLabel(const QString &name, Qt::Alignment alignment);
 
-    void ShowSide(const QString &unit, const QString &function, MeasureDisplay::Symbol symbol, Lamp lamp,
-                  const OptionIndicators &indicators);
-
-    QLabel *NewLabel(const char *name, Qt::Alignment alignment);
-    /// What the lamp says.
-    QString LampText(bool on) const;
-    /// The role of the ink, and the colours for drawings that lie on the display.
-    QPalette::ColorRole Ink() const { return faded_ ? QPalette::PlaceholderText : QPalette::Text; }
-    QPalette Ground() const;
-
-    /// How much larger than its design size the face is; `Area` is its size in the design's units.
+    /// How much larger than its design the face is; `Place` is a place on it in the design's units.
     double Scale() const;
-    QSizeF Area() const;
     QRect Place(double left, double top, double width, double height) const;
-    QRect LampPlace() const { return lampPlace_; }
-    /// Unit or symbol, beside a reading of the usual height; the unit on the reading's `baseline`, in pixels.
-    void PlaceUnit(double left, double top, double width, double baseline);
+    /// Of reading and unit, in the design's units.
+    QRectF ReadingPlace() const;
+    /// On which the characters of the reading stand, in pixels.
+    double Baseline() const;
 
-    /// Called when the size has changed: the base places all but reading, unit and lamp.
+    /// Called when the size has changed.
     virtual void LayOut();
-    /// Called when the colours have changed.
-    virtual void LoadDrawings();
-    virtual void ShowLamp(Lamp lamp) = 0;
 
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
   private:
+    enum class Lamp { None, Off, On };
+
     void LayOutTopRow();
+    void LayOutReading();
     void LayOutIndicators();
+    QString LampText(bool on) const;
     void SetLamp(Lamp lamp);
     void SetFaded(bool faded);
 
-    QSizeF designSize_;
-    QString side_;
+    FaceDesign design_;
     QLabel *llFunction_;
     QLabel *llState_;
     QLabel *llUnit_;
+    QList<ReadingLabel *> reading_;
     std::array<QLabel *, 7> llDipsw_{};
-    std::array<DrawnFace *, 3> imUnit_{};
-    QRect lampPlace_;
+    std::array<IconLabel *, 3> imUnit_{};
+    std::array<IconLabel *, 2> lamps_{};
+    Lamp lamp_ = Lamp::None;
     bool faded_ = false;
 };
 
 /// The table's font in the table's size `sizeText` (points), `scale` times as large, for a widget.
 QFont FaceFont(const QString &sizeText, double scale);
+
+template <typename Label>
+Label *InstrumentFace::NewLabel(const QString &name, Qt::Alignment alignment)
+{
+    auto *const label = new Label(this);
+    label->setObjectName(name);
+    label->setTextFormat(Qt::PlainText);
+    label->setForegroundRole(QPalette::Text);
+    label->setAlignment(alignment);
+    return label;
+}
 
 } // namespace px40

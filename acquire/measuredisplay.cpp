@@ -8,20 +8,12 @@ namespace px40 {
 
 namespace {
 
-struct Captions
-{
-    QString unit;
-    QString function;
-    MeasureDisplay::Symbol symbol = MeasureDisplay::NoSymbol;
-};
-
 Captions ThermocoupleCaptions(int range, const RangeLists &ranges)
 {
     const QString function = ranges.TcMeasureList.value(range);
     if (range == 0)
         return {QStringLiteral("mV"), function};
-    return {QString(), function,
-            function.isEmpty() ? MeasureDisplay::NoSymbol : MeasureDisplay::ThermocoupleSymbol};
+    return {QString(), function, function.isEmpty() ? Captions::NoSymbol : Captions::ThermocoupleSymbol};
 }
 
 /// The resistance thermometers stand behind the plain resistance in their list.
@@ -30,7 +22,7 @@ Captions ThermometerCaptions(int range, const RangeLists &ranges)
     const QString function = ranges.RtdList.value(range + 1);
     if (function.isEmpty())
         return {};
-    return {QString(), function, range == 0 ? MeasureDisplay::Pt100Symbol : MeasureDisplay::Jpt100Symbol};
+    return {QString(), function, range == 0 ? Captions::Pt100Symbol : Captions::Jpt100Symbol};
 }
 
 Captions CaptionsFor(const InstrumentStatus &status, const RangeLists &ranges)
@@ -70,10 +62,7 @@ MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ran
     display.known = true;
     display.on = status.MeasureOn != 0 && !hidden;
     if (display.on) {
-        const Captions captions = CaptionsFor(status, ranges);
-        display.unit = captions.unit;
-        display.function = captions.function;
-        display.symbol = captions.symbol;
+        static_cast<Captions &>(display) = CaptionsFor(status, ranges);
         display.value = MeasureValueText(status.MeasureValue);
     }
     display.buttonEnabled = !hidden && status.SourceMode != 2 && status.SourceMode != 9;

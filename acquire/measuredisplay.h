@@ -12,20 +12,34 @@ struct RangeLists;
 /// The texts of the seven option indicators; an empty one is not lit.
 using OptionIndicators = std::array<QString, 7>;
 
-/// What the MEASURE window shows.
-struct MeasureDisplay
+/// What the instrument says of the value that it shows.
+struct Captions
 {
     /// Which picture stands in place of a unit.
     enum Symbol { NoSymbol = -1, ThermocoupleSymbol = 0, Pt100Symbol = 1, Jpt100Symbol = 2 };
 
-    QString value; ///< sign and number as the instrument shows them, "-----", " -bo-", or empty
     QString unit;
     QString function;
     Symbol symbol = NoSymbol;
-    bool known = false;        ///< a status has told it: otherwise there is no lamp at all
-    bool on = false;           ///< the MEASURE lamp
-    bool buttonEnabled = true; ///< measuring can be switched on and off from here
+
+    bool operator==(const Captions &) const = default;
+};
+
+/// What the display of each side of the instrument shows beside its value.
+struct SideDisplay : Captions
+{
+    bool known = false; ///< a status has told it: otherwise there is no lamp at all
+    bool on = false;    ///< the lamp
     OptionIndicators indicators;
+
+    bool operator==(const SideDisplay &) const = default;
+};
+
+/// What the MEASURE window shows.
+struct MeasureDisplay : SideDisplay
+{
+    QString value;             ///< sign and number as the instrument shows them, "-----", " -bo-", or empty
+    bool buttonEnabled = true; ///< measuring can be switched on and off from here
 
     bool operator==(const MeasureDisplay &) const = default;
 };

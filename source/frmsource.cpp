@@ -56,8 +56,17 @@ frmSource::frmSource(const SourceServices &services, QWidget *parent)
     auto *const grid = new QGridLayout;
     grid->addLayout(BuildButtons(), 0, 0);
     grid->addWidget(BuildRatio(), 0, 1);
-    grid->addWidget(BuildThermo(), 1, 0);
-    grid->addWidget(BuildPulse(), 1, 1);
+    const RangeLists &ranges = *services_.ranges;
+    grid->addWidget(BuildLists("frThermo", Str::SourceThermoFrame,
+                               {{SourceDisplay::TcList, "Tc", Str::SourceTc, ranges.TcSourceList},
+                                {SourceDisplay::RtdList, "Rtd", Str::SourceRtd, ranges.RtdList},
+                                {SourceDisplay::TempList, "Temp", Str::SourceTemp, ranges.TempSetList}}),
+                    1, 0);
+    grid->addWidget(
+        BuildLists("frPulse", Str::SourcePulseFrame,
+                   {{SourceDisplay::PulseList, "Pulse", Str::SourceFrequency, ranges.PulseFreqList},
+                    {SourceDisplay::PulseSetList, "PulseSet", Str::SourcePulse, ranges.PulseKindList}}),
+        1, 1);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
     column->addLayout(grid);
@@ -121,26 +130,15 @@ QGroupBox *frmSource::BuildRatio()
     return frNm;
 }
 
-QGroupBox *frmSource::BuildThermo()
+QGroupBox *frmSource::BuildLists(const char *name, Str caption, std::initializer_list<RangeList> lists)
 {
-    QGroupBox *const frThermo = NewFrame("frThermo", Str::SourceThermoFrame);
-    auto *const grid = new QGridLayout(frThermo);
-    const RangeLists &ranges = *services_.ranges;
-    AddList(grid, SourceDisplay::TcList, "Tc", Str::SourceTc, ranges.TcSourceList);
-    AddList(grid, SourceDisplay::RtdList, "Rtd", Str::SourceRtd, ranges.RtdList);
-    AddList(grid, SourceDisplay::TempList, "Temp", Str::SourceTemp, ranges.TempSetList);
-    return frThermo;
-}
-
-QGroupBox *frmSource::BuildPulse()
-{
-    QGroupBox *const frPulse = NewFrame("frPulse", Str::SourcePulseFrame);
-    auto *const grid = new QGridLayout(frPulse);
-    const RangeLists &ranges = *services_.ranges;
-    AddList(grid, SourceDisplay::PulseList, "Pulse", Str::SourceFrequency, ranges.PulseFreqList);
-    AddList(grid, SourceDisplay::PulseSetList, "PulseSet", Str::SourcePulse, ranges.PulseKindList);
+    QGroupBox *const frame = NewFrame(name, caption);
+    auto *const grid = new QGridLayout(frame);
+    grid->setColumnStretch(1, 1);
+    for (const RangeList &list : lists)
+        AddList(grid, list);
     grid->setRowStretch(grid->rowCount(), 1);
-    return frPulse;
+    return frame;
 }
 
 QGroupBox *frmSource::NewFrame(const char *name, Str caption)
@@ -157,14 +155,13 @@ QPushButton *frmSource::NewButton(const char *name, const QString &caption)
     return button;
 }
 
-void frmSource::AddList(QGridLayout *grid, SourceDisplay::List list, const char *name, Str caption,
-                        const QStringList &entries)
+void frmSource::AddList(QGridLayout *grid, const RangeList &list)
 {
-    auto *const label = new QLabel(Text(caption), this);
-    label->setObjectName(QStringLiteral("ll") + QLatin1StringView(name));
+    auto *const label = new QLabel(Text(list.caption), this);
+    label->setObjectName(QStringLiteral("ll") + QLatin1StringView(list.name));
     auto *const box = new QComboBox(this);
-    box->setObjectName(QStringLiteral("cb") + QLatin1StringView(name));
-    box->addItems(entries);
+    box->setObjectName(QStringLiteral("cb") + QLatin1StringView(list.name));
+    box->addItems(list.entries);
     box->setCurrentIndex(0);
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
@@ -172,11 +169,11 @@ void frmSource::AddList(QGridLayout *grid, SourceDisplay::List list, const char 
     const int row = grid->rowCount();
     grid->addWidget(label, row, 0);
     grid->addWidget(box, row, 1);
-    grid->setColumnStretch(1, 1);
-    lists_[list] = box;
-    const SourceControl control = SourceList(list);
+    lists_[list.list] = box;
     connect(box, &QComboBox::activated, services_.commands,
-            [commands = services_.commands, control](int position) { commands->Select(control, position); });
+            [commands = services_.commands, control = SourceList(list.list)](int position) {
+                commands->Select(control, position);
+            });
 }
 
 void frmSource::Show(const SourceDisplay &display)

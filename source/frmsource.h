@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include <array>
+#include <initializer_list>
 
 class QBoxLayout;
 class QComboBox;
@@ -62,14 +63,20 @@ class frmSource : public LiveWindow
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
+    struct RangeList
+    {
+        SourceDisplay::List list;
+        const char *name;
+        Str caption;
+        const QStringList &entries;
+    };
+
     QBoxLayout *BuildButtons();
     QGroupBox *BuildRatio();
-    QGroupBox *BuildThermo();
-    QGroupBox *BuildPulse();
+    QGroupBox *BuildLists(const char *name, Str caption, std::initializer_list<RangeList> lists);
     QGroupBox *NewFrame(const char *name, Str caption);
     QPushButton *NewButton(const char *name, const QString &caption);
-    void AddList(QGridLayout *grid, SourceDisplay::List list, const char *name, Str caption,
-                 const QStringList &entries);
+    void AddList(QGridLayout *grid, const RangeList &list);
     void ShowLists(const SourceDisplay &display);
     void KeepFocusSafe(QWidget *focused);
 

@@ -15,13 +15,6 @@ namespace {
 
 constexpr int Digits = 5; // beside the sign
 
-struct Captions
-{
-    QString unit;
-    QString function;
-    MeasureDisplay::Symbol symbol = MeasureDisplay::NoSymbol;
-};
-
 /// A temperature is given in degrees, or as the signal that the sensor would give for it.
 bool AsSignal(const InstrumentStatus &status)
 {
@@ -37,7 +30,7 @@ Captions ThermocoupleCaptions(const InstrumentStatus &status, const RangeLists &
         return {};
     if (AsSignal(status))
         return {QStringLiteral("mV"), function};
-    return {QString(), function, MeasureDisplay::ThermocoupleSymbol};
+    return {QString(), function, Captions::ThermocoupleSymbol};
 }
 
 Captions ThermometerCaptions(const InstrumentStatus &status, const RangeLists &ranges)
@@ -47,8 +40,7 @@ Captions ThermometerCaptions(const InstrumentStatus &status, const RangeLists &r
         return {};
     if (status.SourceRange == 0 || AsSignal(status))
         return {Text(Str::UnitOhm), function};
-    return {QString(), function,
-            status.SourceRange == 1 ? MeasureDisplay::Pt100Symbol : MeasureDisplay::Jpt100Symbol};
+    return {QString(), function, status.SourceRange == 1 ? Captions::Pt100Symbol : Captions::Jpt100Symbol};
 }
 
 Captions PulseCaptions(const InstrumentStatus &status, const RangeLists &ranges)
@@ -159,10 +151,7 @@ SourceDisplay ShowSource(const InstrumentStatus &status, const RangeLists &range
 {
     SourceDisplay display;
     ShowValue(status, &display);
-    const Captions captions = CaptionsFor(status, ranges);
-    display.unit = captions.unit;
-    display.function = captions.function;
-    display.symbol = captions.symbol;
+    static_cast<Captions &>(display) = CaptionsFor(status, ranges);
     display.known = true;
     display.on = status.SourceOn == 1;
     if (!indicatorsElsewhere)

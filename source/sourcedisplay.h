@@ -13,7 +13,7 @@ struct InstrumentStatus;
 struct RangeLists;
 
 /// What the SOURCE window shows.
-struct SourceDisplay
+struct SourceDisplay : SideDisplay
 {
     /// The lists (see `SourceList`).
     enum List { TcList, RtdList, TempList, PulseList, PulseSetList };
@@ -22,12 +22,6 @@ struct SourceDisplay
 
     std::array<QString, 6> digits; ///< 0 the sign, with a leading point or a sixth digit; 1 to 5 the digits
     std::array<bool, 4> points{};  ///< k is lit: the decimal point stands behind digit k + 1
-    QString unit;
-    QString function;
-    MeasureDisplay::Symbol symbol = MeasureDisplay::NoSymbol;
-    bool known = false; ///< a status has told it: otherwise there is no lamp at all
-    bool on = false;    ///< the lamp
-    OptionIndicators indicators;
 
     /// The 0-based position that each list takes; `KeepPosition` where the instrument says nothing about it.
     std::array<int, Lists> positions{KeepPosition, KeepPosition, KeepPosition, KeepPosition, KeepPosition};

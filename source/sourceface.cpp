@@ -1,7 +1,5 @@
 #include "source/sourceface.h"
 
-#include "acquire/drawnface.h"
-#include "acquire/readinglabel.h"
 #include "resources/icons.h"
 #include "source/sourcedisplay.h"
 
@@ -52,8 +50,7 @@ class ReadingFrame : public QLabel
     }
 };
 
-// In the units of the design size. What the face is larger than that lies to both sides of the reading, above
-// and below it.
+// In the units of the design.
 constexpr QSizeF DesignSize{352, 172};
 constexpr double UsualScale = 1.2;
 constexpr double ButtonsTop = 32;
@@ -67,17 +64,26 @@ constexpr double UnitWidth = 70;
 constexpr double PointSide = 6;
 constexpr double ArrowSide = 14;
 
-constexpr double ReadingWidth = SignWidth + DigitWidth * SourceFace::Digits + 8 + UnitWidth;
+FaceDesign SourceDesign()
+{
+    FaceDesign design = {.size = DesignSize,
+                         .side = Text(Str::SourceTitle),
+                         .lamps = {"spSourceOnOff", "spSourceOnOff"},
+                         .reading = {{QStringLiteral("llValue0"), SignWidth}},
+                         .readingTop = ButtonsTop + ButtonHeight + ButtonGap + FrameMargin,
+                         .unitWidth = UnitWidth};
+    for (int digit = 1; digit <= SourceFace::Digits; ++digit)
+        design.reading.append({QStringLiteral("llValue%1").arg(digit), DigitWidth});
+    return design;
+}
 
 } // namespace
 
 SourceFace::SourceFace(QWidget *parent)
-    : InstrumentFace(DesignSize, Text(Str::SourceTitle), parent), llWaku_(new ReadingFrame(this)),
-      spSourceOnOff_(new DrawnFace(this))
+    : InstrumentFace(SourceDesign(), parent), llWaku_(NewLabel<ReadingFrame>(QStringLiteral("llWaku"), {}))
 {
-    llWaku_->setObjectName(QStringLiteral("llWaku"));
-    spSourceOnOff_->setObjectName(QStringLiteral("spSourceOnOff"));
-    BuildReading();
+    for (std::size_t i = 0; i < shDec_.size(); ++i)
+        shDec_[i] = NewLabel<PointMark>(QStringLiteral("shDec%1").arg(i), {});
     BuildButtons("btUp", Str::SourceStepUp, &btUp_);
     BuildButtons("btDown", Str::SourceStepDown, &btDown_);
     for (int digit = 0; digit < Digits; ++digit) {
@@ -85,25 +91,8 @@ SourceFace::SourceFace(QWidget *parent)
         connect(btUp_[i], &QAbstractButton::clicked, this, [this, digit] { Q_EMIT stepUp(digit); });
         connect(btDown_[i], &QAbstractButton::clicked, this, [this, digit] { Q_EMIT stepDown(digit); });
     }
-    SourceFace::LoadDrawings();
+    LoadIcons();
     Show(SourceDisplay());
-}
-
-void SourceFace::BuildReading()
-{
-    for (std::size_t i = 0; i < llValue_.size(); ++i) {
-        llValue_[i] = new ReadingLabel(this);
-        llValue_[i]->setObjectName(QStringLiteral("llValue%1").arg(i));
-        llValue_[i]->setTextFormat(Qt::PlainText);
-        llValue_[i]->setForegroundRole(QPalette::Text);
-        if (i > 0)
-            llValue_[i]->setAlignment(Qt::AlignCenter);
-    }
-    for (std::size_t i = 0; i < shDec_.size(); ++i) {
-        shDec_[i] = new PointMark(this);
-        shDec_[i]->setForegroundRole(QPalette::Text);
-        shDec_[i]->setObjectName(QStringLiteral("shDec%1").arg(i));
-    }
 }
 
 void SourceFace::BuildButtons(const char *name, Str caption, Buttons *buttons)
@@ -119,10 +108,8 @@ void SourceFace::BuildButtons(const char *name, Str caption, Buttons *buttons)
     }
 }
 
-void SourceFace::LoadDrawings()
+void SourceFace::LoadIcons()
 {
-    InstrumentFace::LoadDrawings();
-    spSourceOnOff_->SetDrawing(MakeIcon(lamp_ == Lamp::On ? u"lampon" : u"lampoff", Ground()));
     QPalette keys = palette();
     keys.setColor(QPalette::WindowText, palette().color(QPalette::Active, QPalette::ButtonText));
     for (QAbstractButton *const button : btUp_)
@@ -131,25 +118,20 @@ void SourceFace::LoadDrawings()
         button->setIcon(MakeIcon(u"stepdown", keys));
 }
 
+void SourceFace::changeEvent(QEvent *event)
+{
+    InstrumentFace::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        LoadIcons();
+}
+
 void SourceFace::Show(const SourceDisplay &display)
 {
-    ShowSide(display.unit, display.function, display.symbol, LampOf(display.known, display.on),
-             display.indicators);
-    for (std::size_t i = 0; i < llValue_.size(); ++i)
-        llValue_[i]->setText(display.digits[i]);
+    InstrumentFace::Show(display, display.digits);
     for (std::size_t i = 0; i < shDec_.size(); ++i)
         shDec_[i]->setVisible(display.points[i]);
     for (QAbstractButton *const button : btUp_)
         button->setEnabled(display.mayStepUp);
-}
-
-void SourceFace::ShowLamp(Lamp lamp)
-{
-    spSourceOnOff_->setVisible(lamp != Lamp::None);
-    if (lamp == Lamp::None || std::exchange(lamp_, lamp) == lamp)
-        return;
-    spSourceOnOff_->setAccessibleName(LampText(lamp == Lamp::On));
-    SourceFace::LoadDrawings();
 }
 
 QSize SourceFace::sizeHint() const
@@ -165,44 +147,26 @@ QSize SourceFace::minimumSizeHint() const
 void SourceFace::LayOut()
 {
     InstrumentFace::LayOut();
-    spSourceOnOff_->setGeometry(LampPlace());
-    const QSizeF area = Area();
-    const double left = (area.width() - ReadingWidth) / 2;
-    const double top = ButtonsTop + (area.height() - DesignSize.height()) / 2;
-    const double readingTop = top + ButtonHeight + ButtonGap + FrameMargin;
-    LayOutReading(left, readingTop);
-    const double below = readingTop + ReadingHeight + FrameMargin + ButtonGap;
+    const QRectF reading = ReadingPlace();
+    llWaku_->setGeometry(Place(reading.left() - Edge / 2, reading.top() - FrameMargin, reading.width() + Edge,
+                               reading.height() + 2 * FrameMargin));
+    const double above = reading.top() - FrameMargin - ButtonGap - ButtonHeight;
+    const double below = reading.top() + reading.height() + FrameMargin + ButtonGap;
     const int arrow = static_cast<int>(ArrowSide * Scale());
     for (std::size_t i = 0; i < btUp_.size(); ++i) {
         const double x =
-            left + SignWidth + DigitWidth * static_cast<double>(i) + (DigitWidth - ButtonWidth) / 2;
-        btUp_[i]->setGeometry(Place(x, top, ButtonWidth, ButtonHeight));
+            reading.left() + SignWidth + DigitWidth * static_cast<double>(i) + (DigitWidth - ButtonWidth) / 2;
+        btUp_[i]->setGeometry(Place(x, above, ButtonWidth, ButtonHeight));
         btDown_[i]->setGeometry(Place(x, below, ButtonWidth, ButtonHeight));
         btUp_[i]->setIconSize(QSize(arrow, arrow));
         btDown_[i]->setIconSize(QSize(arrow, arrow));
     }
-}
-
-void SourceFace::LayOutReading(double left, double top)
-{
-    llWaku_->setGeometry(
-        Place(left - Edge / 2, top - FrameMargin, ReadingWidth + Edge, ReadingHeight + 2 * FrameMargin));
-    const QFont font = FaceFont(Text(Str::FontSizeHuge), Scale());
-    double x = left;
-    for (std::size_t i = 0; i < llValue_.size(); ++i) {
-        const double width = i == 0 ? SignWidth : DigitWidth;
-        llValue_[i]->setFont(font);
-        llValue_[i]->setGeometry(Place(x, top, width, ReadingHeight));
-        x += width;
-    }
-    const double baseline = llValue_[0]->y() + llValue_[0]->Baseline();
     for (std::size_t i = 0; i < shDec_.size(); ++i) {
-        const double boundary = left + SignWidth + DigitWidth * static_cast<double>(i + 1);
-        QRect mark = Place(boundary - PointSide / 2, top, PointSide, PointSide);
-        mark.moveBottom(static_cast<int>(baseline));
+        const double boundary = reading.left() + SignWidth + DigitWidth * static_cast<double>(i + 1);
+        QRect mark = Place(boundary - PointSide / 2, reading.top(), PointSide, PointSide);
+        mark.moveBottom(static_cast<int>(Baseline()));
         shDec_[i]->setGeometry(mark);
     }
-    PlaceUnit(x + UnitGap, top, UnitWidth, baseline);
 }
 
 bool SourceFace::eventFilter(QObject *watched, QEvent *event)

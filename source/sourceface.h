@@ -10,7 +10,6 @@ class QAbstractButton;
 namespace px40 {
 
 class PointMark;
-class ReadingLabel;
 struct SourceDisplay;
 
 /// The instrument's display of its source: function and SOURCE lamp above, the set value with its unit or
@@ -37,25 +36,20 @@ class SourceFace : public InstrumentFace
 
   protected:
     void LayOut() override;
-    void LoadDrawings() override;
-    void ShowLamp(Lamp lamp) override;
+    void changeEvent(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
     using Buttons = std::array<QAbstractButton *, Digits>;
 
-    void BuildReading();
     void BuildButtons(const char *name, Str caption, Buttons *buttons);
-    void LayOutReading(double left, double top);
+    void LoadIcons();
     bool OnKey(int key, const QObject *button);
 
-    std::array<ReadingLabel *, Digits + 1> llValue_{};
     std::array<PointMark *, Digits - 1> shDec_{};
     Buttons btUp_{};
     Buttons btDown_{};
     QWidget *llWaku_;
-    DrawnFace *spSourceOnOff_;
-    Lamp lamp_ = Lamp::Off;
 };
 
 } // namespace px40

@@ -67,16 +67,16 @@ void MoniterTest::ShowsWhatItIsTold()
     Rig rig;
     rig.Show();
     const OptionIndicators options = {u"SWEEP"_qs, u"16s"_qs, {}, {}, u"AUTO OFF"_qs, {}, u"CONTACT IN"_qs};
+    const auto lit = [](Captions captions, const QString &value) {
+        return MeasureDisplay{{std::move(captions), true, true, {}}, value};
+    };
     const std::pair<MeasureDisplay, QString> cases[] = {
         {{}, u"::::::::::may"_qs},
-        {{u"+10.503"_qs, u"V"_qs, u"DC"_qs, MeasureDisplay::NoSymbol, true, true, true, {}},
-         u"+10.503:V:DC:shOn::::::::may"_qs},
-        {{u"-1234.5"_qs, {}, u"K"_qs, MeasureDisplay::ThermocoupleSymbol, true, true, true, {}},
+        {lit({u"V"_qs, u"DC"_qs, Captions::NoSymbol}, u"+10.503"_qs), u"+10.503:V:DC:shOn::::::::may"_qs},
+        {lit({{}, u"K"_qs, Captions::ThermocoupleSymbol}, u"-1234.5"_qs),
          u"-1234.5::K:imUnit0:shOn::::::::may"_qs},
-        {{u"-1234.5"_qs, {}, u"K"_qs, MeasureDisplay::Jpt100Symbol, true, true, true, {}},
-         u"-1234.5::K:imUnit2:shOn::::::::may"_qs},
-        {{{}, {}, {}, MeasureDisplay::NoSymbol, true, false, false, options},
-         u":::shOff:SWEEP:16s:::AUTO OFF::CONTACT IN:may not"_qs},
+        {lit({{}, u"K"_qs, Captions::Jpt100Symbol}, u"-1234.5"_qs), u"-1234.5::K:imUnit2:shOn::::::::may"_qs},
+        {{{{}, true, false, options}, {}, false}, u":::shOff:SWEEP:16s:::AUTO OFF::CONTACT IN:may not"_qs},
         {{}, u"::::::::::may"_qs},
     };
     for (const auto &[display, expected] : cases) {
