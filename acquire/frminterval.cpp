@@ -1,6 +1,7 @@
 #include "acquire/frminterval.h"
 
 #include "document/dataset.h"
+#include "platform/named.h"
 #include "resources/strings.h"
 
 #include <QDialogButtonBox>
@@ -36,11 +37,9 @@ QGridLayout *BuildFields(QGroupBox *group, QChar letter, Boxes *boxes)
     for (std::size_t part = 0; part < boxes->size(); ++part) {
         const QString name = letter + QString::fromUtf16(Units[part].name);
         const QString unit = Text(Units[part].text);
-        auto *const label = new QLabel(unit, group);
-        auto *const box = new QLineEdit(group);
-        label->setObjectName(QStringLiteral("ll") + name);
+        auto *const label = NewNamed<QLabel>(QStringLiteral("ll") + name, unit, group);
+        auto *const box = NewNamed<QLineEdit>(QStringLiteral("tb") + name, group);
         label->setBuddy(box);
-        box->setObjectName(QStringLiteral("tb") + name);
         box->setAccessibleName(group->title() + u' ' + unit); // the labels of both groups are the same
         box->setAlignment(Qt::AlignRight);
         box->setMaxLength(LongestText);
@@ -78,9 +77,10 @@ frmInterval::frmInterval(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Job
       dataSet_(std::move(dataSet))
 {
     auto *const column = new QVBoxLayout(this);
-    column->addWidget(BuildInterval());
-    llFixed_ = new QLabel(Text(Str::IntervalFixed), this);
-    llFixed_->setObjectName(QStringLiteral("llFixed"));
+    frInterval_ = NewNamed<QGroupBox>("frInterval", Text(Str::IntervalFrame), this);
+    frInterval_->setLayout(BuildFields(frInterval_, u'I', &interval_));
+    column->addWidget(frInterval_);
+    llFixed_ = NewNamed<QLabel>("llFixed", Text(Str::IntervalFixed), this);
     llFixed_->setForegroundRole(QPalette::PlaceholderText);
     QSizePolicy kept = llFixed_->sizePolicy();
     kept.setRetainSizeWhenHidden(true); // the dialog keeps its size when the first reading comes
@@ -97,23 +97,11 @@ frmInterval::frmInterval(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Job
     connect(&dataSet_->Table(), &QAbstractItemModel::dataChanged, this, &frmInterval::FollowReadings);
 }
 
-QGroupBox *frmInterval::BuildInterval()
-{
-    frInterval_ = new QGroupBox(Text(Str::IntervalFrame), this);
-    frInterval_->setObjectName(QStringLiteral("frInterval"));
-    auto *const column = new QVBoxLayout(frInterval_);
-    column->addLayout(BuildFields(frInterval_, u'I', &interval_));
-    return frInterval_;
-}
-
 QGroupBox *frmInterval::BuildPeriod()
 {
-    auto *const group = new QGroupBox(Text(Str::PeriodFrame), this);
-    group->setObjectName(QStringLiteral("frPeriod"));
-    obNone_ = new QRadioButton(Text(Str::PeriodNone), group);
-    obNone_->setObjectName(QStringLiteral("obNone"));
-    obUser_ = new QRadioButton(Text(Str::PeriodCustom), group);
-    obUser_->setObjectName(QStringLiteral("obUser"));
+    auto *const group = NewNamed<QGroupBox>("frPeriod", Text(Str::PeriodFrame), this);
+    obNone_ = NewNamed<QRadioButton>("obNone", Text(Str::PeriodNone), group);
+    obUser_ = NewNamed<QRadioButton>("obUser", Text(Str::PeriodCustom), group);
     auto *const column = new QVBoxLayout(group);
     column->addLayout(RowOfOptions({obNone_, obUser_}));
     column->addSpacing(6);

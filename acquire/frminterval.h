@@ -29,7 +29,6 @@ class frmInterval : public FormDialog
   private:
     using Boxes = std::array<QLineEdit *, DurationParts.size()>; ///< tbIday to tbIsec, tbPday to tbPsec
 
-    QGroupBox *BuildInterval();
     QGroupBox *BuildPeriod();
     void BeginPeriod();
     void Load(const IntervalForm &form);

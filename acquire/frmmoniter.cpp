@@ -55,11 +55,10 @@ FaceDesign MeasureDesign()
 frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
     : LiveWindow(QStringLiteral("Moniter"), *services.store, services.state->MonitorOpen, parent),
       services_(services), face_(new InstrumentFace(MeasureDesign(), this)),
-      btMeasOnOff_(new QPushButton(this))
+      btMeasOnOff_(NewNamed<QPushButton>(
+          "btMeasOnOff", Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption), this))
 {
     setWindowTitle(Text(Str::MoniterTitle));
-    btMeasOnOff_->setObjectName(QStringLiteral("btMeasOnOff"));
-    btMeasOnOff_->setText(Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption));
     btMeasOnOff_->setAccessibleName(Text(Str::MeasCaption) + u' ' + Text(Str::OnCaption));
     btMeasOnOff_->setFocus();
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "acquire/measuredisplay.h"
+#include "platform/named.h"
 
 #include <QList>
 #include <QWidget>
@@ -100,8 +101,7 @@ QFont FaceFont(const QString &sizeText, double scale);
 template <typename Label>
 Label *InstrumentFace::NewLabel(const QString &name, Qt::Alignment alignment)
 {
-    auto *const label = new Label(this);
-    label->setObjectName(name);
+    auto *const label = NewNamed<Label>(name, this);
     label->setTextFormat(Qt::PlainText);
     label->setForegroundRole(QPalette::Text);
     label->setAlignment(alignment);

@@ -2,6 +2,7 @@
 
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
+#include "platform/named.h"
 #include "resources/icons.h"
 
 #include <QCloseEvent>
@@ -22,9 +23,8 @@ constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowS
 
 LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent)
     : QWidget(parent, Flags), name_(name), store_(&store), openFlag_(&openFlag),
-      llMessage_(new ElidedLabel(this))
+      llMessage_(NewNamed<ElidedLabel>("llMessage", this))
 {
-    llMessage_->setObjectName(QStringLiteral("llMessage"));
     llMessage_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text widens no window
     setObjectName(QStringLiteral("frm") + name);
     setAttribute(Qt::WA_DeleteOnClose);

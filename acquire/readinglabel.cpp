@@ -4,50 +4,43 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <numeric>
 
 namespace px40 {
 
 namespace {
 
-/// Widths of the cells of one font.
-class Cells
+double DigitWidth(const QFontMetricsF &metrics)
 {
-  public:
-    explicit Cells(const QFont &font) : metrics_(font)
-    {
-        for (char16_t digit = u'0'; digit <= u'9'; ++digit)
-            digit_ = std::max(digit_, metrics_.horizontalAdvance(QChar(digit)));
-    }
+    double widest = 0;
+    for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+        widest = std::max(widest, metrics.horizontalAdvance(QChar(digit)));
+    return widest;
+}
 
-    double Advance(QChar character) const { return metrics_.horizontalAdvance(character); }
+double CellWidth(const QFontMetricsF &metrics, QChar character)
+{
+    const double digit = DigitWidth(metrics);
+    if (character == u'.')
+        return digit / 2;
+    return character == u'-' ? digit : std::max(digit, metrics.horizontalAdvance(character));
+}
 
-    double Width(QChar character) const
-    {
-        if (character == u'.')
-            return digit_ / 2;
-        return character == u'-' ? digit_ : std::max(digit_, Advance(character));
-    }
+double TextWidth(const QFontMetricsF &metrics, const QString &text)
+{
+    return std::accumulate(text.begin(), text.end(), 0.0, [&metrics](double width, QChar character) {
+        return width + CellWidth(metrics, character);
+    });
+}
 
-    /// The bar of a minus sign in a cell that begins at `left`. A font's hyphen is too short and too low to
-    /// be read from afar, and its minus signs touch where several stand in a row.
-    QRectF Bar(double left, double baseline) const
-    {
-        const double height = metrics_.capHeight();
-        return QRectF(left + digit_ * 0.12, baseline - height * 0.49, digit_ * 0.76, height * 0.12);
-    }
-
-    double Width(const QString &text) const
-    {
-        double width = 0;
-        for (const QChar character : text)
-            width += Width(character);
-        return width;
-    }
-
-  private:
-    QFontMetricsF metrics_;
-    double digit_ = 0;
-};
+/// The bar of a minus sign in a cell that begins at `left`. A font's hyphen is too short and too low to be
+/// read from afar, and its minus signs touch where several stand in a row.
+QRectF MinusBar(const QFontMetricsF &metrics, double left, double baseline)
+{
+    const double digit = DigitWidth(metrics);
+    const double height = metrics.capHeight();
+    return {left + digit * 0.12, baseline - height * 0.49, digit * 0.76, height * 0.12};
+}
 
 } // namespace
 
@@ -60,24 +53,26 @@ void ReadingLabel::paintEvent(QPaintEvent *)
 {
     const QString reading = text();
     QFont sized = font();
-    const double needed = Cells(sized).Width(reading);
+    const double needed = TextWidth(QFontMetricsF(sized), reading);
     if (needed > width())
         sized.setPixelSize(std::max(1, static_cast<int>(sized.pixelSize() * width() / needed)));
-    const Cells cells(sized);
+    const QFontMetricsF metrics(sized);
 
     QPainter painter(this);
     painter.setFont(sized);
     const QColor ink = palette().color(foregroundRole());
     painter.setPen(ink);
-    double left = alignment().testFlag(Qt::AlignHCenter) ? (width() + cells.Width(reading)) / 2 : width();
+    double left =
+        alignment().testFlag(Qt::AlignHCenter) ? (width() + TextWidth(metrics, reading)) / 2 : width();
     for (qsizetype i = reading.size(); i-- > 0;) {
         const QChar character = reading.at(i);
-        const double cell = cells.Width(character);
+        const double cell = CellWidth(metrics, character);
         left -= cell;
         if (character == u'-')
-            painter.fillRect(cells.Bar(left, Baseline()), ink);
+            painter.fillRect(MinusBar(metrics, left, Baseline()), ink);
         else
-            painter.drawText(QPointF(left + (cell - cells.Advance(character)) / 2, Baseline()), character);
+            painter.drawText(QPointF(left + (cell - metrics.horizontalAdvance(character)) / 2, Baseline()),
+                             character);
     }
 }
 

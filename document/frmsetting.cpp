@@ -1,6 +1,7 @@
 #include "document/frmsetting.h"
 
 #include "document/dataset.h"
+#include "platform/named.h"
 #include "resources/strings.h"
 
 #include <QDialogButtonBox>
@@ -13,60 +14,68 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <span>
+
 namespace px40 {
 
 namespace {
 
 constexpr int FieldWidth = 18; // average characters: room for the longest number
 
-/// One of the dialog's two groups: the option buttons in a row and below them the fields.
-class AxisGroup : public QGroupBox
+struct FieldRow
 {
-  public:
-    AxisGroup(const QString &name, Str title, QWidget *parent)
-        : QGroupBox(Text(title), parent), options_(new QHBoxLayout), fields_(new QGridLayout)
-    {
-        setObjectName(name);
-        auto *const column = new QVBoxLayout(this);
-        column->addLayout(options_);
-        column->addSpacing(6);
-        column->addLayout(fields_);
-        column->addStretch(1);
-        options_->setSpacing(18);
-        options_->addStretch(1);
-        fields_->setColumnStretch(1, 1);
-        fields_->setHorizontalSpacing(12);
-    }
-
-    /// The one that is added last is chosen by typing in a field.
-    QRadioButton *AddOption(const QString &name, Str text)
-    {
-        custom_ = new QRadioButton(Text(text), this);
-        custom_->setObjectName(name);
-        options_->insertWidget(options_->count() - 1, custom_);
-        return custom_;
-    }
-
-    QLabel *AddField(const char *labelName, Str text, const char *name, QLineEdit **field)
-    {
-        auto *const label = new QLabel(Text(text), this);
-        label->setObjectName(QLatin1StringView(labelName));
-        *field = new QLineEdit(this);
-        (*field)->setObjectName(QLatin1StringView(name));
-        (*field)->setMinimumWidth((*field)->fontMetrics().averageCharWidth() * FieldWidth);
-        label->setBuddy(*field);
-        const int row = fields_->rowCount();
-        fields_->addWidget(label, row, 0);
-        fields_->addWidget(*field, row, 1);
-        connect(*field, &QLineEdit::textEdited, custom_, [custom = custom_] { custom->setChecked(true); });
-        return label;
-    }
-
-  private:
-    QHBoxLayout *options_;
-    QGridLayout *fields_;
-    QRadioButton *custom_ = nullptr;
+    GraphField field;
+    const char *label;
+    const char *name;
+    Str text;
 };
+
+constexpr FieldRow XFields[] = {
+    {GraphField::End, "llCount", "tbEnd", Str::GraphDataRange},
+    {GraphField::Tick, "llTick", "tbTick", Str::GraphTickCategories},
+    {GraphField::Label, "llLabel", "tbLabel", Str::GraphLabelCategories},
+};
+
+constexpr FieldRow YFields[] = {
+    {GraphField::Min, "llMin", "tbMin", Str::GraphMinimum},
+    {GraphField::Max, "llMax", "tbMax", Str::GraphMaximum},
+    {GraphField::Major, "llMajor", "tbMajor", Str::GraphMajorUnit},
+    {GraphField::Minor, "llMinor", "tbMinor", Str::GraphMinorUnit},
+};
+
+/// The two options in a row and below them the fields; typing in one of them chooses `custom`. The fields go
+/// into `fields`.
+template <typename Fields>
+QLayout *LayOutAxis(QRadioButton *automatic, QRadioButton *custom, std::span<const FieldRow> rows,
+                    Fields *fields)
+{
+    auto *const options = new QHBoxLayout;
+    options->setSpacing(18);
+    options->addWidget(automatic);
+    options->addWidget(custom);
+    options->addStretch(1);
+    auto *const grid = new QGridLayout;
+    grid->setColumnStretch(1, 1);
+    grid->setHorizontalSpacing(12);
+    QWidget *const group = custom->parentWidget();
+    for (const FieldRow &row : rows) {
+        auto *const label = NewNamed<QLabel>(row.label, Text(row.text), group);
+        auto *const field = NewNamed<QLineEdit>(row.name, group);
+        field->setMinimumWidth(field->fontMetrics().averageCharWidth() * FieldWidth);
+        label->setBuddy(field);
+        const int line = grid->rowCount();
+        grid->addWidget(label, line, 0);
+        grid->addWidget(field, line, 1);
+        QObject::connect(field, &QLineEdit::textEdited, custom, [custom] { custom->setChecked(true); });
+        fields->at(static_cast<std::size_t>(row.field)) = field;
+    }
+    auto *const column = new QVBoxLayout;
+    column->addLayout(options);
+    column->addSpacing(6);
+    column->addLayout(grid);
+    column->addStretch(1);
+    return column;
+}
 
 } // namespace
 
@@ -74,11 +83,22 @@ frmSetting::frmSetting(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Jobs 
     : FormDialog(QStringLiteral("frmSetting"), Text(Str::GraphTitle), prompts, jobs, parent),
       dataSet_(std::move(dataSet))
 {
+    auto *const frXaxis = NewNamed<QGroupBox>("frXaxis", Text(Str::GraphXAxis), this);
+    obXauto_ = NewNamed<QRadioButton>("obXauto", Text(Str::Automatic), frXaxis);
+    obXuser_ = NewNamed<QRadioButton>("obXuser", Text(Str::Custom), frXaxis);
+    frXaxis->setLayout(LayOutAxis(obXauto_, obXuser_, XFields, &fields_));
+    auto *const frYaxis = NewNamed<QGroupBox>("frYaxis", Text(Str::GraphYAxis), this);
+    obYauto_ = NewNamed<QRadioButton>("obYauto", Text(Str::Automatic), frYaxis);
+    obYuser_ = NewNamed<QRadioButton>("obYuser", Text(Str::Custom), frYaxis);
+    frYaxis->setLayout(LayOutAxis(obYauto_, obYuser_, YFields, &fields_));
+    llMajor_ = frYaxis->findChild<QLabel *>(QStringLiteral("llMajor"));
+    llMajor_->installEventFilter(this);
+
     auto *const column = new QVBoxLayout(this);
     auto *const axes = new QHBoxLayout;
     axes->setSpacing(12);
-    axes->addWidget(BuildXaxis(), 1);
-    axes->addWidget(BuildYaxis(), 1);
+    axes->addWidget(frXaxis, 1);
+    axes->addWidget(frYaxis, 1);
     column->addLayout(axes, 1);
     column->addSpacing(8);
     QDialogButtonBox *const buttons = BuildButtons(Text(Str::Ok), Text(Str::Cancel));
@@ -88,35 +108,6 @@ frmSetting::frmSetting(std::shared_ptr<DataSet> dataSet, Prompts &prompts, Jobs 
     column->addWidget(buttons);
     Load(LoadGraphForm(*dataSet_));
     (obXuser_->isChecked() ? obXuser_ : obXauto_)->setFocus();
-}
-
-QGroupBox *frmSetting::BuildXaxis()
-{
-    auto *const group = new AxisGroup(QStringLiteral("frXaxis"), Str::GraphXAxis, this);
-    obXauto_ = group->AddOption(QStringLiteral("obXauto"), Str::Automatic);
-    obXuser_ = group->AddOption(QStringLiteral("obXuser"), Str::Custom);
-    group->AddField("llCount", Str::GraphDataRange, "tbEnd", &Field(GraphField::End));
-    group->AddField("llTick", Str::GraphTickCategories, "tbTick", &Field(GraphField::Tick));
-    group->AddField("llLabel", Str::GraphLabelCategories, "tbLabel", &Field(GraphField::Label));
-    return group;
-}
-
-QGroupBox *frmSetting::BuildYaxis()
-{
-    auto *const group = new AxisGroup(QStringLiteral("frYaxis"), Str::GraphYAxis, this);
-    obYauto_ = group->AddOption(QStringLiteral("obYauto"), Str::Automatic);
-    obYuser_ = group->AddOption(QStringLiteral("obYuser"), Str::Custom);
-    group->AddField("llMin", Str::GraphMinimum, "tbMin", &Field(GraphField::Min));
-    group->AddField("llMax", Str::GraphMaximum, "tbMax", &Field(GraphField::Max));
-    llMajor_ = group->AddField("llMajor", Str::GraphMajorUnit, "tbMajor", &Field(GraphField::Major));
-    group->AddField("llMinor", Str::GraphMinorUnit, "tbMinor", &Field(GraphField::Minor));
-    llMajor_->installEventFilter(this);
-    return group;
-}
-
-QLineEdit *&frmSetting::Field(GraphField field)
-{
-    return fields_.at(static_cast<std::size_t>(field));
 }
 
 void frmSetting::Load(const GraphForm &form)
@@ -143,7 +134,7 @@ bool frmSetting::Apply()
     const auto stored = StoreGraphForm(&form, dataSet_.get());
     Load(form); // what passed stands there in its plain form
     if (!stored)
-        Refuse(Field(stored.error().field), stored.error().complaint);
+        Refuse(fields_.at(static_cast<std::size_t>(stored.error().field)), stored.error().complaint);
     return stored.has_value();
 }
 

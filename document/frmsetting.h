@@ -6,7 +6,6 @@
 #include <array>
 #include <memory>
 
-class QGroupBox;
 class QLabel;
 
 namespace px40 {
@@ -26,9 +25,6 @@ class frmSetting : public FormDialog
     void Confirm() override;
 
   private:
-    QGroupBox *BuildXaxis();
-    QGroupBox *BuildYaxis();
-    QLineEdit *&Field(GraphField field);
     void Load(const GraphForm &form);
     /// False when a field is faulty; the user is then told.
     bool Apply();

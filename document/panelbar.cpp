@@ -1,12 +1,12 @@
 #include "document/panelbar.h"
 
+#include "platform/elidedlabel.h"
+
 #include <QEvent>
 #include <QFontMetrics>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
-#include <QStyle>
 
 #include <algorithm>
 
@@ -15,32 +15,6 @@ namespace px40 {
 namespace {
 
 constexpr int LongestToolTip = 500; // noise can be any length
-
-/// A text that ends with an ellipsis where there is no room for all of it.
-class ValueLabel : public QLabel
-{
-  public:
-    explicit ValueLabel(QWidget *parent) : QLabel(parent)
-    {
-        setTextFormat(Qt::PlainText);
-        setTextInteractionFlags(Qt::TextSelectableByMouse);
-        setMinimumWidth(1); // a long text does not widen the window
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    }
-
-  protected:
-    void paintEvent(QPaintEvent *event) override
-    {
-        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width());
-        if (shown == text() || hasSelectedText()) {
-            QLabel::paintEvent(event);
-            return;
-        }
-        QPainter painter(this);
-        style()->drawItemText(&painter, rect(), Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(),
-                              shown, foregroundRole());
-    }
-};
 
 } // namespace
 
@@ -63,8 +37,11 @@ void PanelBar::AddPanel(const QString &key, const QString &caption, int captionW
     captionLabel->setForegroundRole(QPalette::PlaceholderText);
     captionLabel->setMinimumWidth(
         std::max(captionLabel->sizeHint().width(), fontMetrics().averageCharWidth() * captionWidth));
-    auto *const value = new ValueLabel(panel);
+    auto *const value = new ElidedLabel(panel);
     value->setObjectName(key);
+    value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    value->setMinimumWidth(1); // a long text does not widen the window
+    value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     row->addWidget(captionLabel);
     row->addWidget(value, 1);
 

@@ -19,13 +19,13 @@ void ElidedLabel::SetText(const QString &text)
 
 void ElidedLabel::paintEvent(QPaintEvent *event)
 {
-    if (wordWrap()) {
+    const QRect room = contentsRect();
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());
+    if (wordWrap() || shown == text() || hasSelectedText()) {
         QLabel::paintEvent(event);
         return;
     }
     QPainter painter(this);
-    const QRect room = contentsRect();
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());
     style()->drawItemText(&painter, room, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), shown,
                           foregroundRole());
 }

@@ -4,6 +4,7 @@
 #include "link/rangelists.h"
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
+#include "platform/named.h"
 #include "source/sourcecommands.h"
 #include "source/sourceface.h"
 
@@ -84,15 +85,15 @@ QBoxLayout *frmSource::BuildButtons()
 {
     SourceCommands *const commands = services_.commands;
     auto *const row = new QHBoxLayout;
-    auto *const btSrcOnOff =
-        NewButton("btSrcOnOff", Text(Str::SourceTitle) + QStringLiteral("\n  ") + Text(Str::OnCaption));
+    auto *const btSrcOnOff = NewNamed<QPushButton>(
+        "btSrcOnOff", Text(Str::SourceTitle) + QStringLiteral("\n  ") + Text(Str::OnCaption), this);
     btSrcOnOff->setAccessibleName(Text(Str::SourceTitle) + u' ' + Text(Str::OnCaption));
     connect(btSrcOnOff, &QPushButton::clicked, commands, &SourceCommands::SwitchOnOff);
-    btInput_ = NewButton("btInput", Text(Str::SourceValueTitle));
+    btInput_ = NewNamed<QPushButton>("btInput", Text(Str::SourceValueTitle), this);
     btInput_->setToolTip(Text(Str::TipSourceValue));
     btInput_->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
     connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
-    auto *const btNm = NewButton("btNm", Text(Str::SourceRatio));
+    auto *const btNm = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
     btNm->setToolTip(Text(Str::TipSourceRatio));
     connect(btNm, &QPushButton::clicked, commands, &SourceCommands::SwitchRatio);
     for (QPushButton *const button : {btSrcOnOff, btInput_, btNm}) {
@@ -104,13 +105,11 @@ QBoxLayout *frmSource::BuildButtons()
 
 QGroupBox *frmSource::BuildRatio()
 {
-    QGroupBox *const frNm = NewFrame("frNm", Str::SourceRatio);
+    auto *const frNm = NewNamed<QGroupBox>("frNm", Text(Str::SourceRatio), this);
     auto *const row = new QHBoxLayout(frNm);
     const auto add = [&](const char *labelName, const char *boxName, Str caption) {
-        auto *const label = new QLabel(Text(caption), frNm);
-        label->setObjectName(QLatin1StringView(labelName));
-        auto *const box = new QLineEdit(frNm);
-        box->setObjectName(QLatin1StringView(boxName));
+        auto *const label = NewNamed<QLabel>(labelName, Text(caption), frNm);
+        auto *const box = NewNamed<QLineEdit>(boxName, frNm);
         box->setAccessibleName(Text(Str::SourceRatio) + u' ' + Text(caption));
         box->setFixedWidth(box->fontMetrics().horizontalAdvance(u'0') * RatioDigits + 12);
         label->setBuddy(box);
@@ -120,7 +119,7 @@ QGroupBox *frmSource::BuildRatio()
     };
     QLineEdit *const tbN = add("llN", "tbN", Str::SourceRatioN);
     QLineEdit *const tbM = add("llM", "tbM", Str::SourceRatioM);
-    QPushButton *const btNmSet = NewButton("btNmSet", Text(Str::SourceSet));
+    auto *const btNmSet = NewNamed<QPushButton>("btNmSet", Text(Str::SourceSet), this);
     row->addStretch(1);
     row->addWidget(btNmSet);
     connect(btNmSet, &QPushButton::clicked, services_.commands,
@@ -132,7 +131,7 @@ QGroupBox *frmSource::BuildRatio()
 
 QGroupBox *frmSource::BuildLists(const char *name, Str caption, std::initializer_list<RangeList> lists)
 {
-    QGroupBox *const frame = NewFrame(name, caption);
+    auto *const frame = NewNamed<QGroupBox>(name, Text(caption), this);
     auto *const grid = new QGridLayout(frame);
     grid->setColumnStretch(1, 1);
     for (const RangeList &list : lists)
@@ -141,26 +140,11 @@ QGroupBox *frmSource::BuildLists(const char *name, Str caption, std::initializer
     return frame;
 }
 
-QGroupBox *frmSource::NewFrame(const char *name, Str caption)
-{
-    auto *const frame = new QGroupBox(Text(caption), this);
-    frame->setObjectName(QLatin1StringView(name));
-    return frame;
-}
-
-QPushButton *frmSource::NewButton(const char *name, const QString &caption)
-{
-    auto *const button = new QPushButton(caption, this);
-    button->setObjectName(QLatin1StringView(name));
-    return button;
-}
-
 void frmSource::AddList(QGridLayout *grid, const RangeList &list)
 {
-    auto *const label = new QLabel(Text(list.caption), this);
-    label->setObjectName(QStringLiteral("ll") + QLatin1StringView(list.name));
-    auto *const box = new QComboBox(this);
-    box->setObjectName(QStringLiteral("cb") + QLatin1StringView(list.name));
+    auto *const label =
+        NewNamed<QLabel>(QStringLiteral("ll") + QLatin1StringView(list.name), Text(list.caption), this);
+    auto *const box = NewNamed<QComboBox>(QStringLiteral("cb") + QLatin1StringView(list.name), this);
     box->addItems(list.entries);
     box->setCurrentIndex(0);
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);

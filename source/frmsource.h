@@ -74,8 +74,6 @@ class frmSource : public LiveWindow
     QBoxLayout *BuildButtons();
     QGroupBox *BuildRatio();
     QGroupBox *BuildLists(const char *name, Str caption, std::initializer_list<RangeList> lists);
-    QGroupBox *NewFrame(const char *name, Str caption);
-    QPushButton *NewButton(const char *name, const QString &caption);
     void AddList(QGridLayout *grid, const RangeList &list);
     void ShowLists(const SourceDisplay &display);
     void KeepFocusSafe(QWidget *focused);

@@ -1,6 +1,7 @@
 #include "source/frmsrcvalueset.h"
 
 #include "acquire/status.h"
+#include "platform/named.h"
 #include "platform/onelinevalidator.h"
 #include "resources/strings.h"
 #include "source/sourcecommands.h"
@@ -25,8 +26,8 @@ QString Note(const QString &character)
 } // namespace
 
 frmSrcValueSet::frmSrcValueSet(SourceCommands &commands, const InstrumentState &instrument, QWidget *parent)
-    : QDialog(parent), commands_(&commands), tbSrcValue_(new QLineEdit(this)), llUnit_(new QLabel(this)),
-      llRefused_(new QLabel(this))
+    : QDialog(parent), commands_(&commands), tbSrcValue_(NewNamed<QLineEdit>("tbSrcValue", this)),
+      llUnit_(NewNamed<QLabel>("llUnit", this)), llRefused_(NewNamed<QLabel>("llRefused", this))
 {
     setObjectName(QStringLiteral("frmSrcValueSet"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -48,12 +49,10 @@ frmSrcValueSet::frmSrcValueSet(SourceCommands &commands, const InstrumentState &
 
 void frmSrcValueSet::BuildValue()
 {
-    tbSrcValue_->setObjectName(QStringLiteral("tbSrcValue"));
     tbSrcValue_->setAccessibleName(windowTitle());
     tbSrcValue_->setMinimumWidth(tbSrcValue_->fontMetrics().horizontalAdvance(u'0') * FieldWidth);
     tbSrcValue_->setValidator(new OneLineValidator(QString(), tbSrcValue_));
     connect(tbSrcValue_, &QLineEdit::textChanged, llRefused_, &QLabel::clear);
-    llUnit_->setObjectName(QStringLiteral("llUnit"));
     llUnit_->setMinimumWidth(llUnit_->fontMetrics().horizontalAdvance(QStringLiteral("Cycle")));
 }
 
@@ -65,7 +64,6 @@ void frmSrcValueSet::ShowUnit(const QString &unit)
 /// The dialog must not jump when the note comes: its room is kept, also for a script with higher lines.
 void frmSrcValueSet::BuildNote()
 {
-    llRefused_->setObjectName(QStringLiteral("llRefused"));
     llRefused_->setTextFormat(Qt::PlainText);
     llRefused_->setWordWrap(true);
     llRefused_->setAlignment(Qt::AlignLeft | Qt::AlignTop);

@@ -1,5 +1,6 @@
 #include "source/sourceface.h"
 
+#include "platform/named.h"
 #include "resources/icons.h"
 #include "source/sourcedisplay.h"
 
@@ -98,8 +99,7 @@ SourceFace::SourceFace(QWidget *parent)
 void SourceFace::BuildButtons(const char *name, Str caption, Buttons *buttons)
 {
     for (std::size_t i = 0; i < buttons->size(); ++i) {
-        auto *const button = new QPushButton(this);
-        button->setObjectName(QLatin1StringView(name) + QString::number(i));
+        auto *const button = NewNamed<QPushButton>(QLatin1StringView(name) + QString::number(i), this);
         button->setAccessibleName(Text(caption).arg(i + 1));
         button->setToolTip(button->accessibleName());
         button->setAutoDefault(false);
