@@ -13,9 +13,14 @@
 #include <QPushButton>
 #include <QStyle>
 
+#include <algorithm>
 #include <utility>
 
 namespace px40 {
+
+namespace {
+constexpr int NarrowestTwips = 6000;
+} // namespace
 
 frmCancel::frmCancel(LinkState &state, Comm &comm, std::function<void(bool)> enableApplication,
                      QWidget *parent)
@@ -102,26 +107,21 @@ void frmCancel::PressCancel()
 void frmCancel::LayOut()
 {
     const double dpi = logicalDpiX();
-    const auto twips = [dpi](int pixels) { return PixelsToTwips(pixels, dpi); };
-    const auto pixels = [dpi](int length) { return TwipsToPixels(length, dpi); };
-
+    const auto pixels = [dpi](int twips) { return TwipsToPixels(twips, dpi); };
     llMsg_->adjustSize();
     const QSize cancel = btCancel_->sizeHint();
     const int barHeight = pbNow_->sizeHint().height();
-    ProgressParts parts;
-    parts.messageWidth = twips(llMsg_->width());
-    parts.messageHeight = twips(llMsg_->height());
-    parts.barHeight = twips(barHeight);
-    parts.cancelWidth = twips(cancel.width());
-    parts.cancelHeight = twips(cancel.height());
-    const ProgressLayout layout = LayOutProgress(parts);
+    const int width = std::max(pixels(NarrowestTwips), llMsg_->width() + pixels(600));
+    const int barWidth = width - 2 * pixels(240);
+    const int barTop = pixels(360) + llMsg_->height() + pixels(180);
+    const int cancelTop = barTop + barHeight + pixels(420);
 
-    llMsg_->move(pixels(layout.messageLeft), pixels(layout.messageTop));
-    pbNow_->setGeometry(pixels(layout.barLeft), pixels(layout.barTop), pixels(layout.barWidth), barHeight);
-    btCancel_->setGeometry(QRect(QPoint(pixels(layout.cancelLeft), pixels(layout.cancelTop)), cancel));
-    // The layout's height is the frame's, title bar included.
+    llMsg_->move(pixels(240), pixels(360));
+    pbNow_->setGeometry(pixels(240), barTop, barWidth, barHeight);
+    btCancel_->setGeometry(QRect(QPoint((width - cancel.width()) / 2, cancelTop), cancel));
+    // The height is the frame's, title bar included.
     const int titleBar = style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, this);
-    setFixedSize(pixels(layout.width), pixels(layout.height) - titleBar);
+    setFixedSize(width, cancelTop + cancel.height() + pixels(600) - titleBar);
 }
 
 } // namespace px40

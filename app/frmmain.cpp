@@ -1,7 +1,7 @@
 #include "app/frmmain.h"
 
+#include "app/about.h"
 #include "app/forwarding.h"
-#include "app/frmabout.h"
 #include "app/frmcancel.h"
 #include "app/live.h"
 #include "app/mainactions.h"
@@ -324,7 +324,7 @@ void frmMain::Run(Command command)
         ToggleSource();
         break;
     case Command::HelpAbout:
-        (new frmAbout(this))->open();
+        ShowAbout(this);
         break;
     }
 }

@@ -1,30 +1,18 @@
-#include "app/commandline.h"
-#include "app/demo.h"
+#include "app/cli/commandline.h"
+#include "app/cli/console.h"
+#include "app/cli/download.h"
+#include "app/cli/export.h"
+#include "app/cli/ports.h"
 #include "app/frmmain.h"
-#include "app/headless.h"
-#include "app/headlessexport.h"
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
-#include "app/unattended.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QApplication>
-
-namespace {
-
-QStringList Arguments(int argc, char *argv[])
-{
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments << QString::fromLocal8Bit(argv[i]);
-    return arguments;
-}
-
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -34,26 +22,23 @@ int main(int argc, char *argv[])
     // Help, version, mistakes and what is done from file to file need no display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
-    CommandLine line;
+    Result<CommandLine> parsed;
     {
         const QCoreApplication parsing(argc, argv);
-        line = ParseCommandLine(Arguments(argc, argv));
+        parsed = ParseCommandLine(QCoreApplication::arguments());
     }
-    if (!line.error.isEmpty()) {
-        PrintError(line.error + u'\n' + Text(Str::UnusableCommandLine));
+    if (!parsed) {
+        PrintError(parsed.error().text + u'\n' + Text(Str::UnusableCommandLine));
         return ExitWrongOptions;
     }
+    const CommandLine &line = *parsed;
     if (!line.answer.isEmpty()) {
         PrintLine(line.answer.trimmed());
         return ExitDone;
     }
-    if (!line.downloadTo.isEmpty()) {
+    if (!line.downloadTo.isEmpty() || !line.exportFrom.isEmpty()) {
         const QCoreApplication application(argc, argv);
-        return RunDownload(line);
-    }
-    if (!line.exportFrom.isEmpty()) {
-        const QCoreApplication application(argc, argv);
-        return RunExport(line);
+        return line.exportFrom.isEmpty() ? RunDownload(line) : RunExport(line);
     }
 
     QApplication application(argc, argv);
@@ -67,10 +52,9 @@ int main(int argc, char *argv[])
 
     MessagePrompts prompts;
     Services services(UserStore(title), PathsIn(DataFolder(line.dataFolder)), prompts);
-    QString error;
-    const std::unique_ptr<Demo> demo = TakePorts(line, services, &error);
-    if (!error.isEmpty())
-        return Fail(error);
+    const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
+    if (!simulation)
+        return EndFailed(simulation.error());
 
     frmMain window(services);
     QObject::connect(&window, &frmMain::left, &application, &QApplication::quit);

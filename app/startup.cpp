@@ -1,14 +1,21 @@
 #include "app/startup.h"
 
 #include "acquire/statuscheck.h"
+#include "app/about.h"
 #include "app/frmmain.h"
-#include "app/frmsplash.h"
 #include "app/services.h"
 #include "forward/workbookplace.h"
+#include "platform/turns.h"
+
+#include <QWidget>
 
 #include <memory>
 
 namespace px40 {
+
+namespace {
+constexpr int SplashMs = 1000; // before the main window is there, and the same after that
+} // namespace
 
 QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, QStringList files)
 {
@@ -17,11 +24,11 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     // The simulated instrument stands on port 1 whatever the settings say.
     services->comm.SetPortNumber(services->simulated ? PortMap::First : services->settings.PortNumber());
 
-    std::unique_ptr<frmSplash> card;
+    std::unique_ptr<QWidget> frmSplash;
     if (splash) {
-        card = std::make_unique<frmSplash>();
-        card->show();
-        co_await card->Wait();
+        frmSplash = MakeSplash();
+        frmSplash->show();
+        co_await Pause(SplashMs);
     }
     if (services->leaving)
         co_return;
@@ -29,10 +36,10 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     services->state.StatusPolled = false;
     window->ShowPlaced();
     window->OpenLiveWindows();
-    if (card) {
-        card->raise();
-        co_await card->Wait();
-        card.reset();
+    if (frmSplash) {
+        frmSplash->raise();
+        co_await Pause(SplashMs);
+        frmSplash.reset();
     }
     co_await window->OpenFiles(files);
     if (services->leaving)

@@ -1,4 +1,4 @@
-#include "app/commandline.h"
+#include "app/cli/commandline.h"
 #include "app/commandrules.h"
 #include "app/frmport.h"
 #include "app/progressrules.h"
@@ -290,12 +290,13 @@ void AppTest::CommandLines()
         {u"--port-device 3=/x --port-device 3=/y", u"--port-device gives port 3 two"},
     };
     for (const auto &[arguments, error] : Cases) {
-        const CommandLine line = ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));
-        QVERIFY2(line.error.left(error.size()) == error && line.error.isEmpty() == error.isEmpty(),
-                 qPrintable(arguments.toString() + u": "_qs + line.error));
-        if (error.isEmpty()) {
-            QCOMPARE(line.portDevices.size(), 2);
-            QCOMPARE(line.portDevices.last(), std::pair(4, u"/a=b"_qs));
+        const Result<CommandLine> line = ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));
+        const QString told = line ? QString() : line.error().text;
+        QVERIFY2(told.left(error.size()) == error && line.has_value() == error.isEmpty(),
+                 qPrintable(arguments.toString() + u": "_qs + told));
+        if (line) {
+            QCOMPARE(line->portDevices.size(), 2);
+            QCOMPARE(line->portDevices.last(), std::pair(4, u"/a=b"_qs));
         }
     }
 }

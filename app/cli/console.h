@@ -2,17 +2,21 @@
 
 #include "platform/progressview.h"
 #include "platform/prompts.h"
+#include "platform/result.h"
 
 #include <QStringList>
+
+class QFile;
 
 namespace px40 {
 
 class DataSet;
+class Jobs;
 
-// What a job without any window and without anybody before it has in place of windows.
+// What a job without any window, and without a user before it, has in place of windows.
 
-/// There is nobody to ask: texts are kept, questions are answered with Cancel or the last choice.
-class NobodyToAsk : public Prompts
+/// Declines every question and keeps what it would have told.
+class DecliningPrompts : public Prompts
 {
   public:
     QCoro::Task<void> Warn(QString text) override;
@@ -51,13 +55,6 @@ enum ExitCode : int {
     ExitWithNoise = 3, ///< done, but some readings are noise
 };
 
-/// How it ended.
-struct Outcome
-{
-    ExitCode code = ExitNothingChanged;
-    QStringList told; ///< a sentence each
-};
-
 /// In place of the name of a file to be written: the standard output.
 inline constexpr QStringView ToOutput = u"-";
 
@@ -67,17 +64,19 @@ void KeepLogsQuiet();
 /// What is wrong with a file or folder, and which one.
 QString About(const QString &file, const QString &sentence);
 
-/// With the full stop that the system's own reasons lack.
-QString Sentence(const QString &text);
+/// The full name under which a file can be written: its folder is there, and it is no folder or device
+/// itself.
+Result<QString> NameForWriting(const QString &name);
 
-/// Adds what is to be said of a file that has been written: noise among its readings, and a result that could
-/// not be `printed`.
-void TellWritten(const QString &file, const DataSet &dataSet, bool printed, Outcome *outcome);
+/// Runs a task to its end in an event loop of its own. `otherwise`: what is told where it ends without a
+/// reason.
+Result<> RunToEnd(Jobs &jobs, QCoro::Task<Result<>> task, const QString &otherwise);
 
-/// Says the sentences on the error stream; gives the program's exit code.
-int End(const Outcome &outcome);
+/// Says on the error stream, a sentence each, what is to be said of a file that was written: that the result
+/// could not be `printed`, and noise among its readings. Gives the program's exit code.
+ExitCode EndWritten(const QString &file, const DataSet &dataSet, bool printed);
 
-/// The same where nothing came of it.
-int Fail(const QString &sentence);
+/// Says why nothing came of it.
+ExitCode EndFailed(const Failure &failure);
 
 } // namespace px40

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -24,10 +26,9 @@ struct CommandLine
     QString exportTitle;   ///< above its table
 
     QString answer; ///< to be printed instead of starting: the help, the version
-    QString error;  ///< why the command line cannot be used
 };
 
 /// `arguments` with the program's name first.
-CommandLine ParseCommandLine(const QStringList &arguments);
+Result<CommandLine> ParseCommandLine(const QStringList &arguments);
 
 } // namespace px40

@@ -1,0 +1,96 @@
+#include "app/cli/console.h"
+
+#include "app/progressrules.h"
+#include "document/dataset.h"
+#include "platform/jobs.h"
+#include "platform/terminal.h"
+#include "platform/turns.h"
+#include "resources/strings.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QScopeGuard>
+
+namespace px40 {
+
+namespace {
+
+QCoro::Task<void> KeepAndQuit(QCoro::Task<Result<>> task, Result<> *result)
+{
+    const auto quit = qScopeGuard([] { QCoreApplication::quit(); });
+    const Result<> ended = co_await task;
+    *result = ended;
+}
+
+} // namespace
+
+QCoro::Task<void> DecliningPrompts::Warn(QString text)
+{
+    told = text;
+    co_await NextTurn();
+}
+
+void ProgressLine::RenProgress(bool throttle, int current, int total)
+{
+    if (current > 0 && total > 0 && (!throttle || current % ProgressStep(total) == 0))
+        ShowOnTerminal(QStringLiteral("%1 %2/%3").arg(message_).arg(current).arg(total));
+}
+
+void ProgressLine::Unload()
+{
+    ShowOnTerminal(QString());
+}
+
+void KeepLogsQuiet()
+{
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\npx40.*=false"));
+}
+
+QString About(const QString &file, const QString &sentence)
+{
+    return file + QStringLiteral(": ") + sentence;
+}
+
+Result<QString> NameForWriting(const QString &name)
+{
+    const QFileInfo file(QDir::toNativeSeparators(QFileInfo(name).absoluteFilePath()));
+    if (!QFileInfo(file.path()).isDir())
+        return Fail(About(file.path(), Text(Str::FolderNotThere)));
+    if (file.exists() && !file.isFile())
+        return Fail(About(file.filePath(), Text(Str::FileNotRegular)));
+    return file.filePath();
+}
+
+Result<> RunToEnd(Jobs &jobs, QCoro::Task<Result<>> task, const QString &otherwise)
+{
+    Result<> result = Fail(QString());
+    jobs.Launch(KeepAndQuit(std::move(task), &result), "windowless job");
+    if (jobs.Running() > 0)
+        QCoreApplication::exec();
+    if (!result && result.error().text.isEmpty())
+        return Fail(otherwise);
+    return result;
+}
+
+ExitCode EndWritten(const QString &file, const DataSet &dataSet, bool printed)
+{
+    if (!printed)
+        PrintError(Text(Str::NotPrinted));
+    const int unreadable = dataSet.UnreadableCount();
+    if (unreadable == 0)
+        return ExitDone;
+    const QString noise = Text(Str::FileUnreadable).arg(unreadable).arg(dataSet.GetDatacount());
+    PrintError(About(file, noise).simplified());
+    return ExitWithNoise;
+}
+
+ExitCode EndFailed(const Failure &failure)
+{
+    PrintError(failure.text.simplified());
+    return ExitNothingChanged;
+}
+
+} // namespace px40

@@ -1,0 +1,133 @@
+#include "app/cli/download.h"
+
+#include "app/cli/commandline.h"
+#include "app/cli/console.h"
+#include "app/cli/ports.h"
+#include "app/services.h"
+#include "link/storeddata.h"
+#include "platform/filenames.h"
+#include "platform/singleinstance.h"
+#include "platform/terminal.h"
+#include "resources/strings.h"
+
+#include <QFile>
+#include <QScopeGuard>
+
+namespace px40 {
+
+namespace {
+
+/// Where the data go: into a file, or to the standard output, which is open then.
+struct Target
+{
+    QString name; ///< as the user is told it
+    bool toOutput = false;
+    QFile output;
+};
+
+/// Looked at before the download: after it there would be data that nobody can keep.
+Result<> Prepare(const QString &to, Target *target)
+{
+    target->toOutput = to == ToOutput;
+    target->name = Text(Str::StandardOutput);
+    QString error;
+    if (target->toOutput && !OpenOutput(&target->output, &error))
+        return Fail(About(target->name, error));
+    if (target->toOutput)
+        return {};
+    const Result<QString> name = NameForWriting(to);
+    if (!name)
+        return Fail(name.error());
+    target->name = *name;
+    if (!MayBeWritten(*name))
+        return Fail(About(*name, Text(Str::FileReadOnly)));
+    return {};
+}
+
+int PortToUse(const CommandLine &line, const Services &services)
+{
+    if (line.downloadPort != 0)
+        return line.downloadPort;
+    if (services.simulated)
+        return PortMap::First;
+    return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
+}
+
+QCoro::Task<Result<>> Download(Services *services, DecliningPrompts *prompts, StoredData *storedData,
+                               StoredData::Mode mode, std::shared_ptr<DataSet> dataSet)
+{
+    const auto close = qScopeGuard([services] { services->comm.ClosePort(); });
+    bool done = co_await services->comm.OpenPort();
+    if (done)
+        done = co_await storedData->Receive(mode, dataSet);
+    if (!done)
+        co_return Fail(FirstLine(prompts->told));
+    if (mode == StoredData::Mode::Save && storedData->Records() == 0)
+        co_return Fail(Text(Str::SaveModeNone));
+    co_return Result<>();
+}
+
+/// Puts a whole download where it is to go.
+Result<> Keep(Target *target, DataSet *dataSet, const LinkState &state)
+{
+    QString error;
+    if (target->toOutput && !dataSet->Write(target->output, &error))
+        return Fail(About(target->name, error));
+    if (target->toOutput || dataSet->SaveFile(target->name))
+        return {};
+    error = state.ErrorMessage.endsWith(u'.') ? state.ErrorMessage : state.ErrorMessage + u'.';
+    return Fail(About(target->name, error + u' ' + NothingSaved(target->name)));
+}
+
+bool PrintStatistics(const DataSet &dataSet)
+{
+    return PrintLine(Text(Str::StatisticMax) + u' ' + dataSet.GetDispmax(true) + u'\n' +
+                     Text(Str::StatisticMin) + u' ' + dataSet.GetDispmin(true) + u'\n' +
+                     Text(Str::StatisticAvg) + u' ' + dataSet.GetDispavg());
+}
+
+} // namespace
+
+int RunDownload(const CommandLine &line)
+{
+    KeepLogsQuiet();
+    SingleInstance instance(QStringLiteral("px40ap"));
+    if (!instance.Acquire())
+        return EndFailed({Text(Str::OtherCopyRuns)});
+    Target target;
+    if (const Result<> prepared = Prepare(line.downloadTo, &target); !prepared)
+        return EndFailed(prepared.error());
+
+    DecliningPrompts prompts;
+    Services services(UserStore(Text(Str::ApplicationTitle)), PathsIn(DataFolder(line.dataFolder)), prompts);
+    const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
+    if (!simulation)
+        return EndFailed(simulation.error());
+    services.settings.ReadFile();
+    services.comm.SetPortNumber(PortToUse(line, services));
+
+    const StoredData::Mode mode = line.saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory;
+    services.shared.MemoryNumbers = !line.saveMode;
+    const auto dataSet = std::make_shared<DataSet>(services.state, services.shared);
+    dataSet->OpenNew(line.saveMode ? KindSave : KindMemory);
+    ProgressLine progress;
+    StoredData storedData(services.state, services.gate, services.comm, prompts, progress);
+    Result<> kept = RunToEnd(services.jobs, Download(&services, &prompts, &storedData, mode, dataSet),
+                             Text(Str::DownloadFailed));
+    if (kept)
+        kept = Keep(&target, dataSet.get(), services.state);
+    int code = ExitNothingChanged;
+    if (kept) {
+        const bool printed = target.toOutput ||
+                             (line.saveMode ? PrintLine(Text(Str::SaveModeReceived).arg(storedData.Records()))
+                                            : PrintStatistics(*dataSet));
+        code = EndWritten(target.name, *dataSet, printed);
+    } else {
+        code = EndFailed(kept.error());
+    }
+    if (!services.shared.WorkNote.isEmpty())
+        PrintError(services.shared.WorkNote.simplified());
+    return code;
+}
+
+} // namespace px40

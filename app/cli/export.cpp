@@ -1,0 +1,165 @@
+#include "app/cli/export.h"
+
+#include "app/cli/commandline.h"
+#include "app/cli/console.h"
+#include "app/services.h"
+#include "forward/forwarder.h"
+#include "forward/xlsxfile.h"
+#include "platform/files.h"
+#include "platform/terminal.h"
+#include "resources/strings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+/// Answers with the name for a new workbook that the command line gives, but not a second time, and not when
+/// there is a file by now.
+class ExportPrompts : public DecliningPrompts
+{
+  public:
+    explicit ExportPrompts(const QString &workbook) : workbook_(workbook), newName_(workbook) {}
+
+    /// What to do about another program that has the workbook open, or has made it meanwhile.
+    QCoro::Task<int> AskOneOf(QString, QStringList choices) override
+    {
+        taken = !choices.contains(Text(Str::Retry));
+        if (!taken)
+            held = Text(Str::ExportInUse).arg(XlsxFile::HolderOf(workbook_));
+        co_return static_cast<int>(choices.size()) - 1;
+    }
+    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override
+    {
+        taken = QFileInfo::exists(workbook_);
+        co_return taken ? QString() : std::exchange(newName_, QString());
+    }
+
+    QString held;       ///< who has the workbook open
+    bool taken = false; ///< what was to be new is there by now
+
+  private:
+    QString workbook_;
+    QString newName_;
+};
+
+/// The file that is written, and where it goes from there.
+struct Target
+{
+    QString workbook;
+    QString told; ///< what the user calls it
+    bool toOutput = false;
+    QFile output;
+    std::unique_ptr<QTemporaryDir> folder; ///< of what goes to the standard output
+};
+
+Result<> Prepare(const QString &to, Target *target)
+{
+    target->toOutput = to == ToOutput;
+    if (!target->toOutput) {
+        const Result<QString> name = NameForWriting(to);
+        if (!name)
+            return Fail(name.error());
+        target->workbook = target->told = *name;
+        return {};
+    }
+    target->told = Text(Str::StandardOutput);
+    target->folder = std::make_unique<QTemporaryDir>(); // a workbook is not written from beginning to end
+    target->workbook = target->folder->filePath(QStringLiteral("PX40.xlsx"));
+    QString error;
+    if (!target->folder->isValid())
+        return Fail(About(QDir::tempPath(), target->folder->errorString()));
+    if (!OpenOutput(&target->output, &error))
+        return Fail(About(target->told, error));
+    return {};
+}
+
+/// The data set of a file, headed as after a download if it is one.
+Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
+{
+    auto dataSet = std::make_shared<DataSet>(services->state, services->shared);
+    bool loaded = dataSet->OpenFile(name);
+    if (loaded && DataKind(dataSet->Kind()) == KindMemory) {
+        services->shared.MemoryNumbers = true;
+        dataSet = std::make_shared<DataSet>(services->state, services->shared);
+        loaded = dataSet->OpenFile(name);
+    }
+    if (!loaded)
+        return Fail(About(name, services->state.ErrorMessage));
+    return dataSet;
+}
+
+QCoro::Task<Result<>> Export(Services *services, ExportPrompts *prompts, std::shared_ptr<DataSet> dataSet,
+                             QString workbook, QString title)
+{
+    const ForwardServices forwardServices = {services->state, *prompts, services->clock,
+                                             services->store, {},       {}};
+    ProgressLine progress;
+    Forwarder forwarder(forwardServices, services->gate, progress);
+    ForwardChoice choice = {QFileInfo::exists(workbook) ? workbook : QString(), title, false};
+    ForwardOutcome outcome = co_await forwarder.ForwardData(dataSet, choice);
+    if (prompts->taken) {
+        choice.fileName = workbook;
+        outcome = co_await forwarder.ForwardData(dataSet, choice);
+    }
+    if (outcome.done)
+        co_return Result<>();
+    co_return Fail(prompts->held.isEmpty() ? FirstLine(prompts->told) : prompts->held);
+}
+
+/// Sends a workbook that is not to stay where it is to the standard output.
+Result<> Deliver(Target *target)
+{
+    if (!target->toOutput)
+        return {};
+    QFile written(target->workbook);
+    if (!written.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return Fail(written.errorString());
+    QString error;
+    if (!CopyBytes(written, target->output, &error, &error))
+        return Fail(error);
+    return {};
+}
+
+} // namespace
+
+int RunExport(const CommandLine &line)
+{
+    KeepLogsQuiet();
+    if (line.exportTo == ToOutput && IsOutputTerminal()) {
+        PrintError(Text(Str::WorkbookOnTerminal));
+        return ExitWrongOptions;
+    }
+    Target target;
+    if (const Result<> prepared = Prepare(line.exportTo, &target); !prepared)
+        return EndFailed(prepared.error());
+
+    // Without a work file: a program that is open has the one there is.
+    ExportPrompts prompts(target.workbook);
+    Services services(UserStore(Text(Str::ApplicationTitle)), Paths(), prompts);
+    const Result<std::shared_ptr<DataSet>> dataSet =
+        Load(QDir::toNativeSeparators(QFileInfo(line.exportFrom).absoluteFilePath()), &services);
+    if (!dataSet)
+        return EndFailed(dataSet.error());
+
+    const QString failed = Text(Str::ExportFailed);
+    Result<> exported = RunToEnd(
+        services.jobs, Export(&services, &prompts, *dataSet, target.workbook, line.exportTitle), failed);
+    if (exported)
+        exported = Deliver(&target);
+    if (!exported)
+        return EndFailed({About(target.told, exported.error().text)});
+    const int rows = (*dataSet)->GetDatacount();
+    const QString count = rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(rows);
+    const bool printed = target.toOutput || PrintLine(Text(Str::ForwardDone).arg(count, target.workbook));
+    return EndWritten(target.told, **dataSet, printed);
+}
+
+} // namespace px40
