@@ -3,74 +3,80 @@
 #include "document/dataset.h"
 #include "link/linkstate.h"
 
+#include <initializer_list>
+
 namespace px40 {
 
-void ApplyFileRules(const ShellSituation &situation, CommandStates *menus)
+namespace {
+
+template <typename States>
+void Enable(States *states, std::initializer_list<Command> commands, bool enabled)
 {
-    const bool enabled = situation.anyDataWindow && IsFileKind(situation.activeKind);
-    for (const Command command :
-         {Command::FileClose, Command::FileSave, Command::FileSaveAs, Command::FileForward})
-        menus->Enable(command, enabled);
+    for (const Command command : commands)
+        states->set(static_cast<std::size_t>(command), enabled);
 }
 
-void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus)
+} // namespace
+
+CommandRules::CommandRules()
 {
-    if (situation.linkActivity != ActivityIdle || situation.realtimeRun)
-        return;
-    menus->Enable(Command::RealtimeNew, true);
-    menus->Enable(Command::RealtimeStart, situation.anyDataWindow && situation.activeKind == KindRealtime);
-    menus->Enable(Command::RealtimeStop, false);
+    items_.set();
+    buttons_.set();
+    Refresh(Situation());
+    OpenRealtimeMenu(Situation());
 }
 
-void ApplySetupRules(const ShellSituation &situation, CommandStates *menus)
+void CommandRules::Refresh(const Situation &situation)
 {
-    const bool realtime = situation.anyDataWindow && situation.activeKind == KindRealtime;
-    const bool memory = situation.anyDataWindow && situation.activeKind == KindMemory;
-    menus->Enable(Command::SetupInterval, realtime);
-    menus->Enable(Command::SetupGraph, realtime || memory);
+    const bool window = situation.anyDataWindow;
+    const bool realtime = window && situation.activeKind == KindRealtime;
+    const bool memory = window && situation.activeKind == KindMemory;
+    realtimeRun_ = situation.realtimeRun;
+    Enable(&items_, {Command::FileClose, Command::FileSave, Command::FileSaveAs, Command::FileForward},
+           window && IsFileKind(situation.activeKind));
+    ApplyRealtime(situation);
+    Enable(&items_, {Command::SetupInterval}, realtime);
+    Enable(&items_, {Command::SetupGraph}, realtime || memory);
+    Enable(&buttons_,
+           {Command::FileSave, Command::FileForward, Command::RealtimeStart, Command::SetupInterval,
+            Command::SetupGraph},
+           window && situation.activeKind != KindUnknown);
 }
 
-void ApplyStatusRules(bool enabled, CommandStates *menus, CommandStates *buttons)
+void CommandRules::OpenRealtimeMenu(const Situation &situation)
 {
-    for (const Command command : {Command::RealtimeNew, Command::DataMemory}) {
-        menus->Enable(command, enabled);
-        buttons->Enable(command, enabled);
+    if (situation.linkActivity == ActivityIdle && !situation.realtimeRun)
+        Enable(&items_, {Command::RealtimeNew}, true);
+    ApplyRealtime(situation);
+}
+
+void CommandRules::ApplyRealtime(const Situation &situation)
+{
+    if (situation.linkActivity == ActivityIdle && !situation.realtimeRun)
+        Enable(&items_, {Command::RealtimeStart},
+               situation.anyDataWindow && situation.activeKind == KindRealtime);
+}
+
+void CommandRules::AllowReceiving(bool allowed)
+{
+    for (States *const states : {&items_, &buttons_})
+        Enable(states, {Command::RealtimeNew, Command::DataMemory}, allowed);
+}
+
+/// While a run is under way there is nothing to start, and it alone can be stopped.
+bool CommandRules::IsEnabled(const States &states, Command command) const
+{
+    switch (command) {
+    case Command::RealtimeStop:
+        return realtimeRun_;
+    case Command::RealtimeNew:
+    case Command::RealtimeStart:
+    case Command::DataMemory:
+    case Command::DataSave:
+        return !realtimeRun_ && states.test(static_cast<std::size_t>(command));
+    default:
+        return states.test(static_cast<std::size_t>(command));
     }
-}
-
-void OverlayRun(bool realtimeRun, CommandStates *states)
-{
-    states->Enable(Command::RealtimeStop, realtimeRun);
-    if (!realtimeRun)
-        return;
-    for (const Command command :
-         {Command::RealtimeNew, Command::RealtimeStart, Command::DataMemory, Command::DataSave})
-        states->Enable(command, false);
-}
-
-void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons)
-{
-    for (const Command command : {Command::FileSave, Command::FileForward, Command::RealtimeStart,
-                                  Command::SetupInterval, Command::SetupGraph})
-        buttons->Enable(command, dataWindowActive);
-}
-
-CommandStates InitialMenus()
-{
-    const ShellSituation atStart;
-    CommandStates menus;
-    ApplyFileRules(atStart, &menus);
-    ApplyRealtimeRules(atStart, &menus);
-    ApplySetupRules(atStart, &menus);
-    return menus;
-}
-
-CommandStates InitialButtons()
-{
-    CommandStates buttons;
-    ApplyDataWindowButtons(false, &buttons);
-    buttons.Enable(Command::RealtimeStop, false);
-    return buttons;
 }
 
 } // namespace px40

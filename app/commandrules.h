@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <bitset>
 #include <cstddef>
 
 namespace px40 {
@@ -29,21 +29,8 @@ enum class Command {
 };
 constexpr std::size_t CommandCount = static_cast<std::size_t>(Command::HelpAbout) + 1;
 
-/// Which commands are enabled in one place (the menus, or the tool bars).
-class CommandStates
-{
-  public:
-    CommandStates() { enabled_.fill(true); }
-
-    bool IsEnabled(Command command) const { return enabled_.at(static_cast<std::size_t>(command)); }
-    void Enable(Command command, bool enabled) { enabled_.at(static_cast<std::size_t>(command)) = enabled; }
-
-  private:
-    std::array<bool, CommandCount> enabled_;
-};
-
 /// What the rules look at.
-struct ShellSituation
+struct Situation
 {
     int linkActivity = 7;
     bool anyDataWindow = false;
@@ -51,25 +38,34 @@ struct ShellSituation
     bool realtimeRun = false;
 };
 
-/// The rules of the menus, applied when each opens (and whenever windows come, go or change places, for the
-/// sake of the keyboard shortcuts). Items that a rule does not name keep their state.
-void ApplyFileRules(const ShellSituation &situation, CommandStates *menus);
-void ApplyRealtimeRules(const ShellSituation &situation, CommandStates *menus);
-void ApplySetupRules(const ShellSituation &situation, CommandStates *menus);
+/// Which commands are enabled, as menu items and, told apart from these, as tool bar buttons. What a rule
+/// does not name stays as it was.
+class CommandRules
+{
+  public:
+    CommandRules();
 
-/// What the instrument lets the user do: its state may rule out new real-time data sets and the fetching of
-/// stored readings.
-void ApplyStatusRules(bool enabled, CommandStates *menus, CommandStates *buttons);
+    bool IsItemEnabled(Command command) const { return IsEnabled(items_, command); }
+    bool IsButtonEnabled(Command command) const { return IsEnabled(buttons_, command); }
 
-/// What a real-time run takes over, to be laid over the other rules: while it is under way there is nothing
-/// to start, and it alone can be stopped.
-void OverlayRun(bool realtimeRun, CommandStates *states);
+    /// Windows have come, gone or changed places, or a run has begun or ended.
+    void Refresh(const Situation &situation);
 
-/// The buttons that act on a data window: enabled while one is active.
-void ApplyDataWindowButtons(bool dataWindowActive, CommandStates *buttons);
+    /// The menu of real-time receive is opened.
+    void OpenRealtimeMenu(const Situation &situation);
 
-/// The state of menus and buttons at the start of the program.
-CommandStates InitialMenus();
-CommandStates InitialButtons();
+    /// What the instrument's state says: it may rule out new real-time data sets and the fetching of stored
+    /// readings.
+    void AllowReceiving(bool allowed);
+
+  private:
+    using States = std::bitset<CommandCount>;
+    bool IsEnabled(const States &states, Command command) const;
+    void ApplyRealtime(const Situation &situation);
+
+    States items_;
+    States buttons_;
+    bool realtimeRun_ = false;
+};
 
 } // namespace px40

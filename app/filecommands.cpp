@@ -1,7 +1,8 @@
 #include "app/filecommands.h"
 
+#include "app/mainviews.h"
+#include "app/services.h"
 #include "document/dataset.h"
-#include "link/linkstate.h"
 #include "platform/filenames.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
@@ -9,6 +10,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QScopeGuard>
+
+#include <utility>
 
 namespace px40 {
 
@@ -31,48 +34,71 @@ QString Lines(const QStringList &lines)
 
 } // namespace
 
-FileCommands::FileCommands(LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
-                           ShowBusy showBusy, Saved saved)
-    : state_(&state), prompts_(&prompts), clock_(&clock), openSets_(std::move(openSets)),
-      showBusy_(std::move(showBusy)), saved_(std::move(saved))
+FileCommands::FileCommands(Services &services, MainViews &views)
+    : services_(&services), views_(&views), recent_(services.store)
 {
 }
 
-bool FileCommands::Busily(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const
+bool FileCommands::WhileBusy(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const
 {
-    showBusy_(true);
-    const bool done = (set->*work)(name);
-    showBusy_(false);
-    return done;
+    views_->ShowBusy(true);
+    const auto end = qScopeGuard([this] { views_->ShowBusy(false); });
+    return (set->*work)(name);
 }
 
-QCoro::Task<QString> FileCommands::AskOpen()
+std::shared_ptr<DataSet> FileCommands::HolderOf(const QString &name, const DataSet *butFor) const
 {
-    return prompts_->AskOpenFile(DataFilter(), QString());
-}
-
-bool FileCommands::IsFileOpen(const QString &name) const
-{
-    return IsOpenElsewhere(nullptr, name);
-}
-
-bool FileCommands::IsOpenElsewhere(const DataSet *set, const QString &name) const
-{
-    const QList<std::shared_ptr<DataSet>> sets = openSets_();
-    for (const std::shared_ptr<DataSet> &open : sets) {
-        if (open.get() != set && IsFileKind(DataKind(open->Kind())) && SameFile(open->GetFilename(), name))
-            return true;
+    const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
+    for (const std::shared_ptr<DataSet> &set : sets) {
+        if (set.get() != butFor && IsFileKind(DataKind(set->Kind())) && SameFile(set->GetFilename(), name))
+            return set;
     }
-    return false;
+    return nullptr;
 }
 
-QCoro::Task<bool> FileCommands::Load(std::shared_ptr<DataSet> set, QString name)
+QCoro::Task<void> FileCommands::AskAndOpen()
 {
-    if (Busily(&DataSet::OpenFile, set.get(), name))
-        co_return true;
-    const QString text = Lines({state_->ErrorMessage, name});
-    co_await prompts_->Warn(text);
-    co_return false;
+    const QString filter = DataFilter();
+    const QString name = co_await services_->prompts.AskOpenFile(filter, QString());
+    if (name.isEmpty())
+        co_return;
+    const QStringList names(name);
+    co_await Open(names);
+}
+
+QCoro::Task<void> FileCommands::Open(QStringList names)
+{
+    QString message; // of the last one
+    for (int i = 0; i < names.size(); ++i) {
+        const QString name = QDir::toNativeSeparators(QFileInfo(names.at(i)).absoluteFilePath());
+        if (services_->leaving)
+            co_return;
+        if (IsFileOpen(name))
+            continue;
+        // The window comes when there is something to show: a file that cannot be read leaves none.
+        const auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
+        if (!WhileBusy(&DataSet::OpenFile, dataSet.get(), name)) {
+            const QString text = Lines({services_->state.ErrorMessage, name});
+            co_await services_->prompts.Warn(text);
+            if (!QFileInfo::exists(name))
+                recent_.Remove(name);
+            continue;
+        }
+        recent_.Add(name);
+        views_->AddDataWindow(dataSet, true);
+        const QString fileName = QFileInfo(name).fileName();
+        message = Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount()));
+    }
+    if (!message.isEmpty())
+        Tell(message);
+}
+
+QCoro::Task<void> FileCommands::OpenRecent(QString name)
+{
+    if (const std::shared_ptr<DataSet> open = HolderOf(name))
+        views_->BringToFront(open);
+    const QStringList names(name);
+    co_await Open(names);
 }
 
 QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set)
@@ -89,7 +115,7 @@ QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set)
     }
     if (!name.isEmpty()) {
         const QString text = Lines({Text(Str::FileReadOnly), Text(Str::OtherFilename), name});
-        co_await prompts_->Warn(text);
+        co_await services_->prompts.Warn(text);
     }
     saved = co_await AskAndSave(set);
     co_return saved;
@@ -111,16 +137,16 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
     const QString filter = DataFilter();
     const QString suffix = DataSuffix();
     // A name from the command line may be relative, while a new one goes into the dialog's own folder.
-    QString proposed =
-        own.isEmpty() ? ProposedName(set->Caption(), *clock_, suffix) : QFileInfo(own).absoluteFilePath();
+    QString proposed = own.isEmpty() ? ProposedName(set->Caption(), services_->clock, suffix)
+                                     : QFileInfo(own).absoluteFilePath();
     bool saved = false;
     while (true) {
-        const QString answer = co_await prompts_->AskSaveFile(proposed, filter, suffix);
+        const QString answer = co_await services_->prompts.AskSaveFile(proposed, filter, suffix);
         if (answer.isEmpty())
             co_return false;
         const QString name = QDir::toNativeSeparators(answer);
         QString refusal;
-        if (!SameFile(name, own) && IsOpenElsewhere(set.get(), name))
+        if (!SameFile(name, own) && HolderOf(name, set.get()))
             refusal = Lines({Text(Str::FileAlreadyOpen), Text(Str::OtherFilenameOpen), name});
         else if (!MayBeWritten(name))
             refusal = Lines({Text(Str::FileReadOnly), Text(Str::OtherFilename), name});
@@ -128,20 +154,31 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
             saved = co_await Write(set, name);
             co_return saved;
         }
-        co_await prompts_->Warn(refusal);
+        co_await services_->prompts.Warn(refusal);
         proposed = name; // to be changed
     }
 }
 
 QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name)
 {
-    if (Busily(&DataSet::SaveFile, set.get(), name)) {
-        saved_(set->GetFilename());
+    if (WhileBusy(&DataSet::SaveFile, set.get(), name)) {
+        recent_.Add(set->GetFilename());
+        Tell(Text(Str::FileSaved).arg(QFileInfo(set->GetFilename()).fileName()));
         co_return true;
     }
-    const QString text = Lines({state_->ErrorMessage, name, NothingSaved(name)});
-    co_await prompts_->Warn(text);
+    const QString text = Lines({services_->state.ErrorMessage, name, NothingSaved(name)});
+    co_await services_->prompts.Warn(text);
     co_return false;
+}
+
+/// With what is to be told of the work file, which a run's messages leave standing for a while.
+void FileCommands::Tell(const QString &text) const
+{
+    const QString note = std::exchange(services_->shared.WorkNote, QString());
+    if (note.isEmpty())
+        services_->statusLine.Show(text);
+    else
+        services_->statusLine.Warn(text + u' ' + note);
 }
 
 } // namespace px40

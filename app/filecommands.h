@@ -1,48 +1,44 @@
 #pragma once
 
+#include "app/recentfiles.h"
 #include "document/datasaver.h"
 
 #include <QCoro/QCoroTask>
-#include <QList>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
-#include <functional>
 #include <memory>
 
 namespace px40 {
 
-class Clock;
-struct LinkState;
-class Prompts;
+class MainViews;
+struct Services;
 
-/// The commands of the File menu that work on data files: Open in its steps, Save and Save As. They ask and
-/// tell the user what is needed and know no window.
+/// The commands of the File menu that work on data files. They ask and tell the user what is needed.
 ///
 /// Must outlive the tasks that it hands out. A task holds its data set, so a window may close meanwhile.
 class FileCommands : public DataSaver
 {
   public:
-    using OpenSets = std::function<QList<std::shared_ptr<DataSet>>()>;
-    using ShowBusy = std::function<void(bool)>;
-    using Saved = std::function<void(const QString &name)>;
+    /// What is handed in must outlive this.
+    FileCommands(Services &services, MainViews &views);
 
-    /// `openSets` gives the data sets of all open windows; `showBusy` is called with true before a file is
-    /// read or written, and with false after it; `saved` when a data set has been saved, whatever for.
-    /// `state` (for error texts), `prompts` and `clock` must outlive this.
-    FileCommands(
-        LinkState &state, Prompts &prompts, const Clock &clock, OpenSets openSets,
-        ShowBusy showBusy = [](bool) {}, Saved saved = [](const QString &) {});
+    /// The files that were opened or saved last.
+    RecentFiles &Recent() { return recent_; }
 
-    /// The data file to open; empty when cancelled.
-    QCoro::Task<QString> AskOpen();
+    /// Asks for a data file and opens it.
+    QCoro::Task<void> AskAndOpen();
+
+    /// Opens data files, each in a window of its own, and tells of those that cannot be read. A file that is
+    /// already open is passed over.
+    QCoro::Task<void> Open(QStringList names);
+
+    /// The same with one; if it is open its window comes to the front.
+    QCoro::Task<void> OpenRecent(QString name);
 
     /// Whether a window holds that file, by whatever name.
-    bool IsFileOpen(const QString &name) const;
-
-    /// Makes `set`, which must be as just made, the data set of that file. On failure the user is told; the
-    /// data set is then of no use.
-    QCoro::Task<bool> Load(std::shared_ptr<DataSet> set, QString name);
+    bool IsFileOpen(const QString &name) const { return HolderOf(name) != nullptr; }
 
     /// False at once while a `Save` or `SaveAs` of the same data set is under way.
     QCoro::Task<bool> Save(std::shared_ptr<DataSet> set) override;
@@ -53,15 +49,13 @@ class FileCommands : public DataSaver
   private:
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
-    bool Busily(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
-    bool IsOpenElsewhere(const DataSet *set, const QString &name) const;
+    bool WhileBusy(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
+    std::shared_ptr<DataSet> HolderOf(const QString &name, const DataSet *butFor = nullptr) const;
+    void Tell(const QString &text) const;
 
-    LinkState *state_;
-    Prompts *prompts_;
-    const Clock *clock_;
-    OpenSets openSets_;
-    ShowBusy showBusy_;
-    Saved saved_;
+    Services *services_;
+    MainViews *views_;
+    RecentFiles recent_;
     QSet<const DataSet *> saving_; ///< a `Save` or `SaveAs` of these is under way
 };
 

@@ -1,19 +1,11 @@
 #include "app/forwarding.h"
 
+#include "app/mainviews.h"
 #include "app/services.h"
 #include "document/dataset.h"
-#include "forward/frmforward.h"
 #include "forward/spreadsheet.h"
-#include "forward/xlsxfile.h"
-#include "platform/oneshot.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
-
-#include <QDesktopServices>
-#include <QUrl>
-#include <QWidget>
-
-#include <utility>
 
 namespace px40 {
 
@@ -23,10 +15,10 @@ const auto *const Section = "Forward";
 const auto *const OpenAfterKey = "OpenAfter";
 const auto *const No = "0";
 
-ForwardServices ServicesOf(Services &services, QWidget *window)
+ForwardServices ServicesOf(Services &services, MainViews &views)
 {
     return {services.state, services.prompts,      services.clock,
-            services.store, MakeSpreadsheetTarget, [window] { window->activateWindow(); }};
+            services.store, MakeSpreadsheetTarget, [&views] { views.TakeFocus(); }};
 }
 
 ForwardMemory Remembered(const Services &services)
@@ -47,9 +39,9 @@ void Remember(const ForwardMemory &memory, Services &services)
 
 } // namespace
 
-Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *window)
-    : QObject(window), services_(&services), window_(window),
-      forwarder_(ServicesOf(services, window), services.gate, progress), rows_(ServicesOf(services, window))
+Forwarding::Forwarding(Services &services, MainViews &views, ProgressView &progress)
+    : services_(&services), views_(&views), forwarder_(ServicesOf(services, views), services.gate, progress),
+      rows_(ServicesOf(services, views))
 {
     connect(&rows_, &RowForwarder::closed, this, &Forwarding::OnRunClosed);
 }
@@ -57,35 +49,21 @@ Forwarding::Forwarding(Services &services, ProgressView &progress, QWidget *wind
 QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 {
     const auto memory = std::make_shared<ForwardMemory>(Remembered(*services_));
-    ForwardOptions options;
-    options.withExcel = HasSpreadsheet();
-    if (!options.withExcel)
-        options.whyNot = &XlsxFile::WhyNot;
-    auto *const dialog =
-        new frmForward(services_->state, services_->prompts, services_->jobs, memory.get(), options, window_);
-    const auto chosen = std::make_shared<ForwardChoice>();
-    const OneShot<bool> closed;
-    connect(dialog, &QDialog::finished, dialog, [dialog, chosen, closed](int result) {
-        *chosen = dialog->Choice();
-        closed.Complete(result == QDialog::Accepted);
-    });
-    connect(dialog, &QObject::destroyed, this, [closed] { closed.Complete(false); });
-    dialog->open();
-    const bool accepted = co_await closed;
-    if (!accepted || services_->state.CancelRequest || services_->leaving)
+    const std::optional<ForwardChoice> choice = co_await views_->AskForward(memory);
+    if (!choice || services_->state.CancelRequest || services_->leaving)
         co_return std::nullopt;
     Remember(*memory, *services_);
-    co_return *chosen;
+    co_return choice;
 }
 
 QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
-    Q_EMIT messageOver(told_);
+    services_->statusLine.TakeBack(told_); // it is of an earlier forwarding
     const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome.done)
         co_return;
     told_ = ShowFile(outcome);
-    Q_EMIT message(told_);
+    services_->statusLine.Show(told_);
 }
 
 QCoro::Task<bool> Forwarding::AskForRun()
@@ -107,16 +85,10 @@ void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
         runOutcome_ = ShowFile(outcome);
 }
 
-QString Forwarding::TakeRunOutcome()
-{
-    return std::exchange(runOutcome_, QString());
-}
-
 QString Forwarding::ShowFile(const ForwardOutcome &outcome)
 {
     const QString text = OutcomeText(outcome);
-    if (outcome.file.isEmpty() || !outcome.openAfter ||
-        QDesktopServices::openUrl(QUrl::fromLocalFile(outcome.file)))
+    if (outcome.file.isEmpty() || !outcome.openAfter || views_->ShowFile(outcome.file))
         return text;
     return Text(Str::ForwardNotOpened) + QStringLiteral("  ") + text;
 }

@@ -10,23 +10,22 @@
 #include <memory>
 #include <optional>
 
-class QWidget;
-
 namespace px40 {
 
 class DataSet;
+class MainViews;
 class ProgressView;
 struct Services;
 
-/// Forwarding as the main window's commands have it: what is asked before it, the work itself, and what the
-/// user sees of it afterwards.
+/// Forwarding as the user's commands have it: what is asked before it, the work itself, and what the user
+/// sees of it afterwards.
 class Forwarding : public QObject
 {
     Q_OBJECT
 
   public:
-    /// All must outlive this and its jobs; `window` is what the dialog stands before.
-    Forwarding(Services &services, ProgressView &progress, QWidget *window);
+    /// All must outlive this and its jobs.
+    Forwarding(Services &services, MainViews &views, ProgressView &progress);
 
     /// Shows the forward dialog, whose fields are remembered. Nothing when it is cancelled.
     QCoro::Task<std::optional<ForwardChoice>> Ask();
@@ -42,11 +41,7 @@ class Forwarding : public QObject
     RowForwarder &Rows() { return rows_; }
 
     /// How the last run's forwarding ended, once: empty if there was none.
-    QString TakeRunOutcome();
-
-  Q_SIGNALS:
-    void message(const QString &text);
-    void messageOver(const QString &text); ///< what that message told is of an earlier forwarding
+    QString TakeRunOutcome() { return std::exchange(runOutcome_, QString()); }
 
   private:
     void OnRunClosed(const ForwardOutcome &outcome);
@@ -54,7 +49,7 @@ class Forwarding : public QObject
     QString ShowFile(const ForwardOutcome &outcome);
 
     Services *services_;
-    QWidget *window_;
+    MainViews *views_;
     Forwarder forwarder_;
     RowForwarder rows_;
     QString runOutcome_;

@@ -1,56 +1,75 @@
 #include "app/frmmain.h"
 
+#include "acquire/frminterval.h"
 #include "app/about.h"
-#include "app/forwarding.h"
 #include "app/frmcancel.h"
+#include "app/frmport.h"
 #include "app/live.h"
 #include "app/mainactions.h"
+#include "app/maincommands.h"
 #include "app/services.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
+#include "document/frmsetting.h"
+#include "forward/frmforward.h"
+#include "forward/spreadsheet.h"
+#include "forward/xlsxfile.h"
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
-#include "platform/prompts.h"
+#include "platform/oneshot.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QUrl>
 
 #include <algorithm>
 
 namespace px40 {
 
 namespace {
-constexpr int WarningShownMs = 3000;
+
 constexpr int MessageWidth = 28; // in characters
+
+QStringList LocalFiles(const QMimeData *mime)
+{
+    QStringList names;
+    const QList<QUrl> urls = mime->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            names << url.toLocalFile();
+    }
+    return names;
+}
+
 } // namespace
 
 frmMain::frmMain(Services &services)
     : services_(&services), workspace_(new Workspace(this)), actions_(new MainActions(this)),
       frmCancel_(new frmCancel(
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
-      storedData_(services.state, services.gate, services.comm, services.prompts, *frmCancel_),
-      files_(
-          services.state, services.prompts, services.clock, [this] { return OpenSets(); }, ShowHourglass,
-          [this](const QString &name) { OnSaved(name); }),
-      recent_(services.store), forwarding_(new Forwarding(services, *frmCancel_, this)),
-      live_(new Live(services, {tmCheckInter, tmCheckStat, tmRealtime}, *forwarding_, this)),
-      menuStates_(InitialMenus()), buttonStates_(InitialButtons())
+      commands_(new MainCommands(services, *this, *frmCancel_, tmRealtime)),
+      live_(new Live(services, *commands_, tmCheckStat, this))
 {
+    commands_->setParent(this);
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(ApplicationIcon());
+    setWindowTitle(Text(Str::ApplicationTitle) +
+                   (services.simulated ? Text(Str::DemoTitleSuffix) : QString()));
     setCentralWidget(workspace_);
     setAcceptDrops(true);
     BuildStatusBar();
     ConnectAll();
-    ShowTitle();
     ShowPort();
-    ShowRecentFiles();
-    RefreshCommands();
+    actions_->ShowRecentFiles(commands_->Files().Recent().Names());
+    commands_->RefreshRules();
     actions_->Item(Command::ViewToolbar)->setChecked(true);
     actions_->Item(Command::ViewStatusbar)->setChecked(true);
 
@@ -61,7 +80,6 @@ frmMain::frmMain(Services &services)
         services.store.Get(QStringLiteral("Settings"), QStringLiteral("MainState"), QString());
     if (state.toInt() == WindowShape::Maximised)
         setWindowState(Qt::WindowMaximized);
-    services.state.LinkActivity = ActivityIdle;
 }
 
 frmMain::~frmMain() = default;
@@ -86,38 +104,34 @@ void frmMain::BuildStatusBar()
 
 void frmMain::ConnectAll()
 {
+    RecentFiles *const recent = &commands_->Files().Recent();
     connect(actions_, &MainActions::triggered, this, &frmMain::Run);
-    connect(actions_, &MainActions::recentFileChosen, this, &frmMain::OpenRecent);
-    connect(actions_, &MainActions::recentFilesCleared, this, [this] { recent_.Clear(); });
-    connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
-    connect(actions_->Menu(MainMenu::File), &QMenu::aboutToShow, this, &frmMain::ShowRecentFiles);
-    connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, this, &frmMain::OnRealtimeMenu);
-    connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, this, &frmMain::RefreshCommands);
+    connect(actions_, &MainActions::recentFileChosen, this, [this](const QString &name) {
+        services_->jobs.Launch(commands_->Files().OpenRecent(name), "opening a recent file");
+    });
+    connect(actions_, &MainActions::recentFilesCleared, this, [recent] { recent->Clear(); });
+    const QMenu *const file = actions_->Menu(MainMenu::File);
+    connect(file, &QMenu::aboutToShow, commands_, &MainCommands::RefreshRules);
+    connect(file, &QMenu::aboutToShow, this, [this, recent] { actions_->ShowRecentFiles(recent->Names()); });
+    connect(actions_->Menu(MainMenu::Realtime), &QMenu::aboutToShow, commands_,
+            &MainCommands::OpenRealtimeMenu);
+    connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, commands_, &MainCommands::RefreshRules);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
-    connect(forwarding_, &Forwarding::message, this, &frmMain::ShowMessage);
-    connect(live_, &Live::message, this, &frmMain::ShowMessage);
-    connect(live_, &Live::runMessage, this, [this](const QString &text) {
-        if (!warned_.isValid() || warned_.hasExpired(WarningShownMs))
-            ShowMessage(text);
+    connect(commands_, &MainCommands::rulesChanged, this, &frmMain::ShowRules);
+    connect(commands_, &MainCommands::left, this, [this] {
+        mayGo_ = true;
+        close();
+        Q_EMIT left();
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
-    connect(live_, &Live::warning, this, &frmMain::ShowWarning);
-    const auto takeBack = [this](const QString &text) {
-        if (message_->text() == text)
-            ShowMessage(QString());
-    };
-    connect(live_, &Live::warningOver, this, takeBack);
-    connect(forwarding_, &Forwarding::messageOver, this, takeBack);
-    connect(live_, &Live::runChanged, this, &frmMain::RefreshCommands);
-    connect(live_, &Live::mainCommandsEnabled, this, [this](bool enabled) {
-        ApplyStatusRules(enabled, &menuStates_, &buttonStates_);
-        ShowCommands();
-    });
+
+    StatusLine *const line = &services_->statusLine;
+    connect(line, &StatusLine::changed, this, &frmMain::ShowMessage);
     const QString lost = FirstLine(Text(Str::PortLost));
-    connect(&services_->comm, &Comm::portLost, this, [this, lost] { ShowMessage(lost); });
-    connect(&services_->comm, &Comm::portChanged, this, [this, lost, takeBack] {
+    connect(&services_->comm, &Comm::portLost, line, [line, lost] { line->Show(lost); });
+    connect(&services_->comm, &Comm::portChanged, this, [this, line, lost] {
         if (!services_->comm.IsLost())
-            takeBack(lost);
+            line->TakeBack(lost);
         ShowPort();
     });
 }
@@ -126,14 +140,8 @@ void frmMain::ShowPlaced()
 {
     show();
     activateWindow();
-}
-
-void frmMain::ShowTitle()
-{
-    QString title = Text(Str::ApplicationTitle);
-    if (services_->simulated)
-        title += Text(Str::DemoTitleSuffix);
-    setWindowTitle(title);
+    live_->OpenMoniter();
+    live_->OpenSource();
 }
 
 void frmMain::ShowMessage(const QString &text)
@@ -148,17 +156,11 @@ void frmMain::ShowMessage(const QString &text)
 /// Of the active data window's selected rows, beside the message: neither takes the other away.
 void frmMain::ShowSelection()
 {
-    const frmData *const active = ActiveData();
+    const frmData *const active = ActiveWindow();
     const QString text = active ? active->SelectionText() : QString();
     selection_->setText(text);
     selection_->setToolTip(text + u'\n' + Text(Str::SelectionTip));
     selection_->setVisible(!text.isEmpty());
-}
-
-void frmMain::ShowWarning(const QString &text)
-{
-    warned_.start();
-    ShowMessage(text);
 }
 
 void frmMain::ShowPort()
@@ -175,59 +177,26 @@ void frmMain::ShowPort()
     }
 }
 
-frmData *frmMain::ActiveData() const
+void frmMain::ShowRules()
 {
-    // Also while the MEASURE or SOURCE window is the active one.
-    return qobject_cast<frmData *>(workspace_->currentSubWindow());
+    actions_->Show(commands_->Rules());
 }
 
-ShellSituation frmMain::Situation() const
+void frmMain::ShowLiveWindows()
 {
-    ShellSituation situation;
-    situation.linkActivity = services_->state.LinkActivity;
-    situation.realtimeRun = services_->state.RealtimeRun;
-    situation.anyDataWindow = !workspace_->subWindowList().isEmpty();
-    if (const frmData *const active = ActiveData())
-        situation.activeKind = DataKind(active->Data()->Kind());
-    return situation;
+    const auto check = [this](Command command, bool open) {
+        actions_->Item(command)->setChecked(open);
+        actions_->Button(command)->setChecked(open);
+    };
+    check(Command::ViewMoniter, live_->IsMoniterOpen());
+    check(Command::ViewSource, live_->IsSourceOpen());
 }
 
 void frmMain::OnWindowActivated()
 {
-    ApplyDataWindowButtons(ActiveData() != nullptr, &buttonStates_);
-    RefreshCommands();
+    commands_->RefreshRules();
     ShowSelection();
     workspace_->viewport()->update();
-}
-
-void frmMain::RefreshCommands()
-{
-    // What the instrument's state says of New stands until the menu is opened.
-    const bool mayMakeNew = menuStates_.IsEnabled(Command::RealtimeNew);
-    ShellSituation situation = Situation();
-    // Nor does it matter to the shortcuts that the status check has the link at this moment.
-    if (MayClose(services_->state))
-        situation.linkActivity = ActivityIdle;
-    ApplyFileRules(situation, &menuStates_);
-    ApplyRealtimeRules(situation, &menuStates_);
-    ApplySetupRules(situation, &menuStates_);
-    menuStates_.Enable(Command::RealtimeNew, mayMakeNew);
-    ShowCommands();
-}
-
-void frmMain::OnRealtimeMenu()
-{
-    ApplyRealtimeRules(Situation(), &menuStates_);
-    ShowCommands();
-}
-
-void frmMain::ShowCommands()
-{
-    CommandStates menus = menuStates_;
-    CommandStates buttons = buttonStates_;
-    OverlayRun(services_->state.RealtimeRun, &menus);
-    OverlayRun(services_->state.RealtimeRun, &buttons);
-    actions_->Show(menus, buttons);
 }
 
 void frmMain::EnableApplication(bool enabled)
@@ -265,68 +234,190 @@ void frmMain::ActivateAgain()
 
 void frmMain::Run(Command command)
 {
+    frmData *const active = ActiveWindow();
+    const bool checked = actions_->Item(command) && actions_->Item(command)->isChecked();
     switch (command) {
-    case Command::FileOpen:
-        services_->jobs.Launch(AskAndOpen(), "opening a file");
-        break;
-    case Command::FileSave:
-        mnuFileSave_Click();
-        break;
-    case Command::FileSaveAs:
-        services_->jobs.Launch(SaveActive(true), "saving under a new name");
-        break;
-    case Command::FileForward:
-        services_->jobs.Launch(ForwardActive(), "forwarding");
-        break;
     case Command::FileClose:
-        if (frmData *const active = ActiveData())
+        if (active)
             active->close();
         break;
     case Command::FileExit:
         close();
         break;
-    case Command::RealtimeNew:
-        services_->shared.MemoryNumbers = false;
-        NewDataWindow(KindRealtime);
-        break;
-    case Command::RealtimeStart:
-        StartRealtime();
-        break;
-    case Command::RealtimeStop:
-        live_->Stop();
-        break;
-    case Command::DataMemory:
-        services_->jobs.Launch(ReceiveStored(StoredData::Mode::Memory), "MEMORY-mode download");
-        break;
-    case Command::DataSave:
-        services_->jobs.Launch(ReceiveStored(StoredData::Mode::Save), "SAVE-mode download");
-        break;
     case Command::SetupCommport:
         services_->jobs.Launch(RunPortDialog(), "port dialog");
         break;
     case Command::SetupInterval:
-        ShowIntervalSetup();
+        if (active)
+            (new frmInterval(active->Data(), services_->prompts, services_->jobs, this))->open();
         break;
     case Command::SetupGraph:
-        ShowGraphSetup();
+        if (active)
+            (new frmSetting(active->Data(), services_->prompts, services_->jobs, this))->open();
         break;
     case Command::ViewToolbar:
-        actions_->MainBar()->setVisible(actions_->Item(command)->isChecked());
-        actions_->SubBar()->setVisible(actions_->Item(command)->isChecked());
+        actions_->MainBar()->setVisible(checked);
+        actions_->SubBar()->setVisible(checked);
         break;
     case Command::ViewStatusbar:
-        statusBar()->setVisible(actions_->Item(command)->isChecked());
+        statusBar()->setVisible(checked);
         break;
     case Command::ViewMoniter:
-        ToggleMoniter();
+        live_->ToggleMoniter();
         break;
     case Command::ViewSource:
-        ToggleSource();
+        live_->ToggleSource();
         break;
     case Command::HelpAbout:
         ShowAbout(this);
         break;
+    default:
+        commands_->Run(command);
+        break;
     }
+}
+
+QCoro::Task<bool> frmMain::Accepted(QDialog *dialog)
+{
+    const OneShot<bool> closed;
+    connect(dialog, &QDialog::finished, dialog,
+            [closed](int result) { closed.Complete(result == QDialog::Accepted); });
+    connect(dialog, &QObject::destroyed, [closed] { closed.Complete(false); });
+    dialog->open();
+    const bool accepted = co_await closed;
+    co_return accepted;
+}
+
+QCoro::Task<void> frmMain::RunPortDialog()
+{
+    const bool chosen = co_await Accepted(new frmPort(*services_, tmCheckStat, this));
+    if (chosen && !services_->leaving)
+        live_->PortChosen();
+}
+
+QCoro::Task<std::optional<ForwardChoice>> frmMain::AskForward(std::shared_ptr<ForwardMemory> memory)
+{
+    ForwardOptions options;
+    options.withExcel = HasSpreadsheet();
+    if (!options.withExcel)
+        options.whyNot = &XlsxFile::WhyNot;
+    auto *const dialog =
+        new frmForward(services_->state, services_->prompts, services_->jobs, memory.get(), options, this);
+    const auto choice = std::make_shared<ForwardChoice>(); // the dialog goes before this goes on
+    connect(dialog, &QDialog::finished, dialog, [dialog, choice] { *choice = dialog->Choice(); });
+    const bool accepted = co_await Accepted(dialog);
+    if (!accepted)
+        co_return std::nullopt;
+    co_return *choice;
+}
+
+frmData *frmMain::ActiveWindow() const
+{
+    // Also while the MEASURE or SOURCE window is the active one.
+    return qobject_cast<frmData *>(workspace_->currentSubWindow());
+}
+
+frmData *frmMain::WindowOf(const std::shared_ptr<DataSet> &dataSet) const
+{
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
+    for (QMdiSubWindow *const window : windows) {
+        auto *const one = qobject_cast<frmData *>(window);
+        if (one && one->Data() == dataSet)
+            return one;
+    }
+    return nullptr;
+}
+
+QList<std::shared_ptr<DataSet>> frmMain::DataSets() const
+{
+    QList<std::shared_ptr<DataSet>> sets;
+    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
+    for (QMdiSubWindow *const window : windows) {
+        if (const auto *const one = qobject_cast<frmData *>(window))
+            sets << one->Data();
+    }
+    return sets;
+}
+
+std::shared_ptr<DataSet> frmMain::ActiveData() const
+{
+    const frmData *const active = ActiveWindow();
+    return active ? active->Data() : nullptr;
+}
+
+void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
+{
+    DataWindowServices windowServices;
+    windowServices.state = &services_->state;
+    windowServices.prompts = &services_->prompts;
+    windowServices.jobs = &services_->jobs;
+    windowServices.saver = &commands_->Files();
+    auto *const window = new frmData(dataSet, windowServices);
+    workspace_->addSubWindow(window);
+    workspace_->Place(window);
+    connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);
+    if (fromFile) {
+        window->TakeShape();
+        workspace_->BringIn(window);
+    }
+    window->show();
+    if (!fromFile &&
+        window->isMaximized()) { // as the one before it was, and nobody has asked for anything else
+        WindowShape shape = dataSet->Shape();
+        shape.state = WindowShape::Maximised;
+        dataSet->SetShape(shape);
+    }
+    OnWindowActivated();
+}
+
+void frmMain::BringToFront(const std::shared_ptr<DataSet> &dataSet)
+{
+    frmData *const window = WindowOf(dataSet);
+    if (window->isMinimized())
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    workspace_->setActiveSubWindow(window);
+}
+
+QCoro::Task<bool> frmMain::ConfirmClose(std::shared_ptr<DataSet> dataSet)
+{
+    return frmData::ConfirmClose(WindowOf(dataSet));
+}
+
+bool frmMain::ShowFile(const QString &name)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(name));
+}
+
+void frmMain::ShowBusy(bool busy)
+{
+    if (busy)
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QApplication::restoreOverrideCursor();
+}
+
+void frmMain::CloseAll()
+{
+    if (!isMinimized()) { // which leaves the state that was kept last
+        const int state = isMaximized() ? WindowShape::Maximised : WindowShape::Normal;
+        services_->store.Save(QStringLiteral("Settings"), QStringLiteral("MainState"),
+                              QString::number(state));
+    }
+    SaveGeometry(*this, QStringLiteral("Main"), services_->store);
+    live_->Leave();
+    tmRealtime.SetEnabled(false);
+    const QList<QDialog *> dialogs = findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
+    for (QDialog *const dialog : dialogs) {
+        if (dialog != frmCancel_)
+            dialog->close();
+    }
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    event->setAccepted(mayGo_);
+    if (!mayGo_)
+        commands_->Leave();
 }
 
 void frmMain::changeEvent(QEvent *event)
@@ -336,6 +427,30 @@ void frmMain::changeEvent(QEvent *event)
         actions_->MakeIcons();
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
+}
+
+void frmMain::dragEnterEvent(QDragEnterEvent *event)
+{
+    TakeDrop(event);
+}
+
+/// True when there are files to be opened. They stay where they are, whatever the user's hand suggests.
+bool frmMain::TakeDrop(QDropEvent *event) const
+{
+    // Not while a long operation has the program to itself.
+    if (!actions_->Menu(MainMenu::File)->isEnabled() || LocalFiles(event->mimeData()).isEmpty() ||
+        !(event->possibleActions() & Qt::CopyAction))
+        return false;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    return true;
+}
+
+void frmMain::dropEvent(QDropEvent *event)
+{
+    if (TakeDrop(event))
+        services_->jobs.Launch(commands_->Files().Open(LocalFiles(event->mimeData())),
+                               "opening dropped files");
 }
 
 } // namespace px40

@@ -1,6 +1,5 @@
 #include "app/frmport.h"
 
-#include "acquire/statuscheck.h"
 #include "app/services.h"
 #include "resources/strings.h"
 
@@ -205,13 +204,8 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     if (!dialog)
         co_return;
     dialog->btOk_->setEnabled(true);
-    if (!opened)
-        co_return;
-    if (services->state.MonitorOpen || services->state.SourceOpen) {
-        dialog->checkTimer_->SetInterval(StatusCheckIntervalMs);
-        dialog->checkTimer_->SetEnabled(true);
-    }
-    dialog->accept();
+    if (opened)
+        dialog->accept();
 }
 
 } // namespace px40

@@ -3,12 +3,10 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
 #include "acquire/secondcounter.h"
-#include "app/forwarding.h"
-#include "document/frmdata.h"
+#include "app/maincommands.h"
 #include "link/comm.h"
 #include "link/reply.h"
 #include "platform/geometry.h"
-#include "platform/prompts.h"
 #include "platform/timer.h"
 #include "resources/strings.h"
 #include "source/frmsource.h"
@@ -23,7 +21,6 @@ namespace px40 {
 
 namespace {
 
-constexpr int WaitIntervalMs = 10;
 constexpr int FadeAfterMs = 2 * StatusCheckIntervalMs + StatusCheckIntervalMs / 4; // a check may be late
 constexpr int FromBottom = 16; // of the SOURCE window's frame: so far above it the value entry opens
 
@@ -47,45 +44,38 @@ void BringToFront(QWidget *window)
 
 } // namespace
 
-Live::Live(Services &services, const Timers &timers, Forwarding &forwarding, QWidget *window)
-    : QObject(window), services_(&services), timers_(timers), forwarding_(&forwarding), window_(window),
-      statusCheck_(services.state, services.gate, services.comm, services.prompts, services.instrument,
-                   services.ranges, timers.tmCheckStat, *this),
-      realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
-                 services.clock, services.instrument, timers.tmRealtime, *this}),
+Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidget *window)
+    : QObject(window), services_(&services), commands_(&commands), tmCheckStat_(&tmCheckStat),
+      window_(window), statusCheck_(services.state, services.gate, services.comm, services.prompts,
+                                    services.instrument, services.ranges, tmCheckStat, *this),
       sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument),
       tmFade_(FadeAfterMs, false, this)
 {
-    realtime_.SetForward(&forwarding.Rows());
-    const auto tellInSource = [this](const QString &text) {
-        if (source_)
-            source_->ShowMessage(text);
-    };
-    connect(&sourceCommands_, &SourceCommands::failed, this, &Live::warning);
-    connect(&sourceCommands_, &SourceCommands::failed, this, tellInSource);
-    connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::warningOver);
-    connect(&sourceCommands_, &SourceCommands::recovered, this, [tellInSource] { tellInSource({}); });
     tmFade_.setObjectName(QStringLiteral("tmFade"));
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
+    connect(&tmCheckStat, &Timer::tick, this, &Live::LaunchCheck);
+    connect(&commands, &MainCommands::sampleStored, this, &Live::LaunchCheck);
+    connect(&commands, &MainCommands::runChanged, this, &Live::OnRunChanged);
+    connect(&sourceCommands_, &SourceCommands::failed, this, &Live::OnCommandFailed);
+    connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::OnCommandRecovered);
     connect(&services.comm, &Comm::lineReceived, this, &Live::OnLine);
-    connect(&timers.tmCheckStat, &Timer::tick, this,
-            [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
-    connect(&timers.tmCheckInter, &Timer::tick, this, &Live::OnCheckInter);
 }
 
 Live::~Live() = default;
 
 /// Without taking the focus: the user goes on in the main window.
-template <typename Window>
-void Live::ShowWindow(Window *window)
+void Live::ShowWindow(LiveWindow *window)
 {
     connect(window, &LiveWindow::closed, this, &Live::windowsChanged);
     window->setAttribute(Qt::WA_ShowWithoutActivating);
-    window->ShowNote(Note());
     window->show();
     window_->activateWindow();
-    StartChecking(true);
+    ShowNotes();
+    // A lost instrument that has been plugged in again is found again.
+    if (services_->comm.IsLost() && !services_->state.RealtimeRun)
+        services_->statusLine.Show(FirstLine(services_->comm.TryOpenPort()));
+    StartChecking();
     Q_EMIT windowsChanged();
 }
 
@@ -100,7 +90,7 @@ void Live::OpenMoniter()
                                              &services_->jobs,  &services_->store, &services_->instrument};
     moniter_ = new frmMoniter(moniterServices, window_);
     connect(moniter_, &LiveWindow::closed, this, [this] { moniter_ = nullptr; });
-    ShowWindow(moniter_.data());
+    ShowWindow(moniter_);
 }
 
 void Live::OpenSource()
@@ -120,19 +110,33 @@ void Live::OpenSource()
             KeepAbove(valueEntry_, window_);
     });
     connect(source_, &frmSource::valueAsked, this, &Live::OpenValueEntry);
-    ShowWindow(source_.data());
+    ShowWindow(source_);
     if (valueEntry_)
         KeepAbove(valueEntry_, source_);
 }
 
-void Live::CloseMoniter()
+void Live::ToggleMoniter()
 {
     if (moniter_)
         moniter_->close();
+    else
+        OpenMoniter();
+    Q_EMIT windowsChanged(); // a click has turned the check mark, whatever came of it
 }
 
-void Live::CloseSource()
+void Live::ToggleSource()
 {
+    if (source_)
+        source_->close();
+    else
+        OpenSource();
+    Q_EMIT windowsChanged();
+}
+
+void Live::CloseWindows()
+{
+    if (moniter_)
+        moniter_->close();
     if (source_)
         source_->close();
 }
@@ -173,33 +177,47 @@ void Live::PortChosen()
 void Live::Leave()
 {
     sourceCommands_.tmSrcInter.SetEnabled(false);
-    CloseMoniter();
-    CloseSource();
+    tmCheckStat_->SetEnabled(false);
+    CloseWindows();
 }
 
-/// A lost instrument that has been plugged in again is found again.
-void Live::StartChecking(bool tell)
+void Live::StartChecking()
 {
-    if (services_->comm.IsLost() && !services_->state.RealtimeRun) {
-        const QString reason = FirstLine(services_->comm.TryOpenPort());
-        if (tell)
-            Q_EMIT message(reason);
-    }
-    const bool checking = timers_.tmCheckStat.Enabled() && timers_.tmCheckStat.Interval() > 0;
+    const bool checking = tmCheckStat_->Enabled() && tmCheckStat_->Interval() > 0;
     if (!services_->comm.IsOpen() || checking)
         return;
-    timers_.tmCheckStat.SetInterval(StatusCheckIntervalMs);
-    timers_.tmCheckStat.SetEnabled(true);
+    tmCheckStat_->SetInterval(StatusCheckIntervalMs);
+    tmCheckStat_->SetEnabled(true);
 }
 
-/// A reading that nothing refreshes must not pass for the present one.
 void Live::OnPortChanged()
 {
-    if (services_->comm.IsOpen() || services_->state.RealtimeRun)
+    if (services_->state.RealtimeRun)
         return;
+    if (services_->comm.IsOpen()) {
+        if (moniter_ || source_)
+            StartChecking();
+        return;
+    }
+    // A reading that nothing refreshes must not pass for the present one.
     if (moniter_)
         moniter_->Show({});
     ShowSource({});
+}
+
+/// A run may find the port again while nobody checks.
+void Live::OnRunChanged()
+{
+    if (services_->state.RealtimeRun || (!moniter_ && !source_))
+        return;
+    if (services_->comm.IsLost())
+        services_->comm.TryOpenPort(); // how the run ended stays to be read
+    StartChecking();
+}
+
+void Live::LaunchCheck()
+{
+    services_->jobs.Launch(Check(), "status check");
 }
 
 QCoro::Task<void> Live::Check()
@@ -216,74 +234,7 @@ QCoro::Task<void> Live::Check()
     }
     moniterByTrouble_ = moniterByTrouble_ || moniter_;
     sourceByTrouble_ = sourceByTrouble_ || source_;
-    CloseMoniter();
-    CloseSource();
-}
-
-QCoro::Task<void> Live::Start(QPointer<frmData> window)
-{
-    if (asking_ || waiting_ || services_->state.RealtimeRun)
-        co_return;
-    if (forwarding_->Rows().IsClosing()) {
-        Q_EMIT warning(Text(Str::ForwardWriting));
-        co_return;
-    }
-    asking_ = true;
-    Answer answer = Answer::Cancel;
-    const bool open = co_await HavePort();
-    if (open)
-        answer =
-            co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardRealtime), PromptIcon::Question);
-    bool wanted = answer != Answer::Cancel && !services_->leaving;
-    if (wanted && answer == Answer::Yes)
-        wanted = co_await forwarding_->AskForRun();
-    asking_ = false;
-    if (!wanted || !window || services_->leaving)
-        co_return;
-    waiting_ = window;
-    waitingForward_ = answer == Answer::Yes;
-    timers_.tmCheckInter.SetInterval(WaitIntervalMs);
-}
-
-void Live::OnCheckInter()
-{
-    if (waiting_ && LinkInUse(services_->state)) {
-        services_->state.StatusYield = true;
-        return;
-    }
-    timers_.tmCheckInter.SetInterval(0);
-    if (!waiting_)
-        return;
-    const std::shared_ptr<DataSet> dataSet = waiting_->Data();
-    waiting_ = nullptr;
-    services_->jobs.Launch(Begin(dataSet, waitingForward_), "starting real-time receive");
-}
-
-/// The link is free; the cable may have gone while the questions stood open.
-QCoro::Task<void> Live::Begin(std::shared_ptr<DataSet> dataSet, bool forward)
-{
-    const bool open = co_await HavePort();
-    if (open)
-        co_await realtime_.StartRealtime(dataSet, forward);
-}
-
-/// Opens the port if it is not open; where that fails the user has been told.
-QCoro::Task<bool> Live::HavePort()
-{
-    bool open = services_->comm.IsOpen();
-    if (open)
-        co_return true;
-    open = co_await services_->comm.OpenPort();
-    if (open && (moniter_ || source_))
-        StartChecking(false);
-    co_return open;
-}
-
-void Live::Stop()
-{
-    services_->state.RealtimeStop = true;
-    services_->comm.FlagsChanged();
-    realtime_.StopAsked();
+    CloseWindows();
 }
 
 void Live::ShowMeasure(const MeasureDisplay &display)
@@ -335,17 +286,13 @@ void Live::Fade()
     ShowNotes();
 }
 
-QString Live::Note() const
-{
-    return faded_ ? Text(Str::NoReadingSince).arg(since_) : QString();
-}
-
 void Live::ShowNotes()
 {
+    const QString note = faded_ ? Text(Str::NoReadingSince).arg(since_) : QString();
     if (moniter_)
-        moniter_->ShowNote(Note());
+        moniter_->ShowNote(note);
     if (source_)
-        source_->ShowNote(Note());
+        source_->ShowNote(note);
 }
 
 void Live::ShowSource(const SourceDisplay &display)
@@ -358,34 +305,22 @@ void Live::ShowSource(const SourceDisplay &display)
 
 void Live::EnableMainCommands(bool enabled)
 {
-    Q_EMIT mainCommandsEnabled(enabled);
+    commands_->AllowReceiving(enabled);
 }
 
-void Live::RunChanged()
+/// In the SOURCE window as well: the main window's line may be covered.
+void Live::OnCommandFailed(const QString &reason)
 {
-    // A run may have found the port again while nobody checked.
-    if ((moniter_ || source_) && !services_->state.RealtimeRun)
-        StartChecking(false); // how the run ended stays to be read
-    Q_EMIT runChanged();
+    services_->statusLine.Warn(reason);
+    if (source_)
+        source_->ShowMessage(reason);
 }
 
-void Live::ShowRun(const RunProgress &progress)
+void Live::OnCommandRecovered(const QString &reason)
 {
-    if (progress.ended)
-        Q_EMIT message(RunText(progress, forwarding_->TakeRunOutcome()));
-    else
-        Q_EMIT runMessage(RunText(progress));
-}
-
-void Live::StatusStored()
-{
-    services_->jobs.Launch(Check(), "showing a sample");
-}
-
-void Live::SetData(const QString &rcvData)
-{
-    if (moniter_)
-        moniter_->SetData(rcvData);
+    services_->statusLine.TakeBack(reason);
+    if (source_)
+        source_->ShowMessage(QString());
 }
 
 } // namespace px40

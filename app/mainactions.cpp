@@ -208,14 +208,14 @@ void MainActions::MakeIcons()
         Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
 }
 
-void MainActions::Show(const CommandStates &menus, const CommandStates &buttons)
+void MainActions::Show(const CommandRules &rules)
 {
     for (std::size_t i = 0; i < CommandCount; ++i) {
         const auto command = static_cast<Command>(i);
         if (QAction *const item = Item(command))
-            item->setEnabled(menus.IsEnabled(command));
+            item->setEnabled(rules.IsItemEnabled(command));
         if (QAction *const button = Button(command))
-            button->setEnabled(buttons.IsEnabled(command));
+            button->setEnabled(rules.IsButtonEnabled(command));
     }
 }
 

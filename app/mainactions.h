@@ -39,8 +39,8 @@ class MainActions : public QObject
     QToolBar *MainBar() const { return tbMain_; }
     QToolBar *SubBar() const { return tbSub_; }
 
-    /// Enables what is enabled in the states and available in this version.
-    void Show(const CommandStates &menus, const CommandStates &buttons);
+    /// Enables what the rules let the user choose.
+    void Show(const CommandRules &rules);
 
     /// What the submenu of recent files offers: full names, the newest first.
     void ShowRecentFiles(const QStringList &names);

@@ -2,6 +2,7 @@
 
 #include "acquire/status.h"
 #include "app/settings.h"
+#include "app/statusline.h"
 #include "document/dataset.h"
 #include "link/comm.h"
 #include "link/linkgate.h"
@@ -43,6 +44,7 @@ struct Services
     DocumentShared shared;
     RangeLists ranges;
     InstrumentState instrument;
+    StatusLine statusLine;
     bool simulated = false; ///< the instrument is a simulation inside the program
     bool leaving = false;   ///< the program is about to end: start nothing new
 };

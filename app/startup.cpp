@@ -3,9 +3,10 @@
 #include "acquire/statuscheck.h"
 #include "app/about.h"
 #include "app/frmmain.h"
+#include "app/maincommands.h"
 #include "app/services.h"
 #include "forward/workbookplace.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 
 #include <QWidget>
 
@@ -28,20 +29,19 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     if (splash) {
         frmSplash = MakeSplash();
         frmSplash->show();
-        co_await Pause(SplashMs);
+        co_await Delay(SplashMs);
     }
     if (services->leaving)
         co_return;
     services->ranges = BuildRangeLists();
     services->state.StatusPolled = false;
     window->ShowPlaced();
-    window->OpenLiveWindows();
     if (frmSplash) {
         frmSplash->raise();
-        co_await Pause(SplashMs);
+        co_await Delay(SplashMs);
         frmSplash.reset();
     }
-    co_await window->OpenFiles(files);
+    co_await window->Commands().Files().Open(files);
     if (services->leaving)
         co_return;
 

@@ -4,6 +4,7 @@
 // disk.
 
 #include "app/frmmain.h"
+#include "app/maincommands.h"
 #include "app/services.h"
 #include "bench/sheetrig.h"
 #include "bench/windowrig.h"
@@ -193,7 +194,7 @@ class ProgramRig
         services_.store.Save(QStringLiteral("Forward"), QStringLiteral("OpenAfter"), QStringLiteral("0"));
         window_.resize(1000, 700);
         window_.show();
-        data_ = window_.NewDataWindow(KindRealtime);
+        data_ = window_.Commands().AddDataSet(KindRealtime);
         AddReadings(data_.get(), WindowRows);
         Settle();
     }
@@ -215,7 +216,7 @@ class ProgramRig
     /// well.
     bool Forward(const QString &name, Book book, Gaps *gaps)
     {
-        window_.ShowMessage(QString());
+        services_.statusLine.Show(QString());
         window_.Run(Command::FileForward);
         auto *const dialog = window_.findChild<frmForward *>();
         dialog->findChild<QLineEdit *>(QStringLiteral("tbFile"))->setText(name);

@@ -20,6 +20,8 @@
 
 using namespace px40;
 
+Q_DECLARE_METATYPE(px40::Situation)
+
 namespace {
 
 void WriteBytes(const QString &path, const QByteArray &bytes)
@@ -30,7 +32,7 @@ void WriteBytes(const QString &path, const QByteArray &bytes)
 }
 
 /// Of the commands that some rule disables.
-QString EnabledCommands(const CommandStates &states)
+QString EnabledCommands(const CommandRules &rules, bool (CommandRules::*isEnabled)(Command) const)
 {
     static constexpr std::pair<Command, QStringView> Names[] = {
         {Command::RealtimeNew, u"New"},        {Command::DataMemory, u"Memory"},
@@ -39,12 +41,12 @@ QString EnabledCommands(const CommandStates &states)
         {Command::RealtimeStart, u"Start"},    {Command::RealtimeStop, u"Stop"},
         {Command::SetupInterval, u"Interval"}, {Command::SetupGraph, u"Graph"},
     };
-    QString enabled;
+    QStringList enabled;
     for (const auto &[command, name] : Names) {
-        if (states.IsEnabled(command))
-            enabled += name.toString() + u' ';
+        if ((rules.*isEnabled)(command))
+            enabled << name.toString();
     }
-    return enabled.trimmed();
+    return enabled.join(u' ');
 }
 
 } // namespace
@@ -57,7 +59,9 @@ class AppTest : public QObject
     void SettingsAreReadWithoutComplaint();
     void SettingsSurviveARoundTrip();
     void PathsHaveOneSeparator();
+    void CommandsFollowTheActiveWindow_data();
     void CommandsFollowTheActiveWindow();
+    void InstrumentMayRuleOutReceiving();
     void ProgressMovesInSteps();
     void PlacementIsBroughtOntoAScreen();
     void BoxesKeepClearOfTheirField();
@@ -127,35 +131,51 @@ void AppTest::PathsHaveOneSeparator()
     QVERIFY(ChooseDataFolder(u"/proc"_qs) != u"/proc"_qs);
 }
 
+void AppTest::CommandsFollowTheActiveWindow_data()
+{
+    QTest::addColumn<Situation>("situation");
+    QTest::addColumn<QString>("items");
+    QTest::addColumn<QString>("buttons");
+    const auto row = [](const char *name, const Situation &situation, const char *items,
+                        const char *buttons) {
+        QTest::newRow(name) << situation << QString::fromLatin1(items) << QString::fromLatin1(buttons);
+    };
+    row("no window", {ActivityIdle, false, KindUnknown}, "New Memory", "New Memory Close SaveAs");
+    row("none is active", {ActivityIdle, true, KindUnknown}, "New Memory", "New Memory Close SaveAs");
+    row("stored readings", {ActivityIdle, true, KindMemory}, "New Memory Close Save SaveAs Forward Graph",
+        "New Memory Close Save SaveAs Forward Start Interval Graph");
+    row("real-time", {ActivityIdle, true, KindRealtime},
+        "New Memory Close Save SaveAs Forward Start Interval Graph",
+        "New Memory Close Save SaveAs Forward Start Interval Graph");
+    row("SAVE mode", {ActivityIdle, true, KindSave}, "New Memory Close Save SaveAs Forward",
+        "New Memory Close Save SaveAs Forward Start Interval Graph");
+    row("run", {ActivityRealtime, true, KindRealtime, true}, "Close Save SaveAs Forward Stop Interval Graph",
+        "Close Save SaveAs Forward Stop Interval Graph");
+    row("run while another part has just used the link", {ActivityIdle, true, KindRealtime, true},
+        "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
+}
+
 void AppTest::CommandsFollowTheActiveWindow()
 {
-    const std::pair<ShellSituation, QString> cases[] = {
-        {{ActivityIdle, false, 1}, u"New Memory"_qs},
-        {{ActivityIdle, true, 1}, u"New Memory"_qs}, // none is active
-        {{ActivityIdle, true, KindMemory}, u"New Memory Close Save SaveAs Forward Graph"_qs},
-        {{ActivityIdle, true, KindRealtime}, u"New Memory Close Save SaveAs Forward Start Interval Graph"_qs},
-        {{ActivityIdle, true, KindSave}, u"New Memory Close Save SaveAs Forward"_qs},
-        // A run; in the second one another part has just used the link.
-        {{ActivityRealtime, true, KindRealtime, true}, u"Close Save SaveAs Forward Stop Interval Graph"_qs},
-        {{ActivityIdle, true, KindRealtime, true}, u"Close Save SaveAs Forward Stop Interval Graph"_qs},
-    };
-    for (const auto &[situation, enabled] : cases) {
-        CommandStates menus = InitialMenus();
-        ApplyFileRules(situation, &menus);
-        ApplyRealtimeRules(situation, &menus);
-        ApplySetupRules(situation, &menus);
-        OverlayRun(situation.realtimeRun, &menus);
-        QCOMPARE(EnabledCommands(menus), enabled);
-    }
-    CommandStates menus = InitialMenus();
-    CommandStates buttons = InitialButtons();
-    QCOMPARE(EnabledCommands(buttons), u"New Memory Close SaveAs"_qs);
-    ApplyDataWindowButtons(true, &buttons);
-    ApplyStatusRules(false, &menus, &buttons);
-    QCOMPARE(EnabledCommands(menus), QString());
-    QCOMPARE(EnabledCommands(buttons), u"Close Save SaveAs Forward Start Interval Graph"_qs);
-    ApplyRealtimeRules(cases[3].first, &menus); // the menu is opened
-    QCOMPARE(EnabledCommands(menus), u"New Start"_qs);
+    QFETCH(Situation, situation);
+    CommandRules rules;
+    rules.Refresh(situation);
+    QTEST(EnabledCommands(rules, &CommandRules::IsItemEnabled), "items");
+    QTEST(EnabledCommands(rules, &CommandRules::IsButtonEnabled), "buttons");
+}
+
+void AppTest::InstrumentMayRuleOutReceiving()
+{
+    const Situation situation{ActivityIdle, true, KindRealtime};
+    CommandRules rules;
+    rules.AllowReceiving(false);
+    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), QString());
+    rules.Refresh(situation);
+    const QString others = u"Close Save SaveAs Forward Start Interval Graph"_qs;
+    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), others);
+    QCOMPARE(EnabledCommands(rules, &CommandRules::IsButtonEnabled), others);
+    rules.OpenRealtimeMenu(situation);
+    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), u"New "_qs + others);
 }
 
 void AppTest::ProgressMovesInSteps()

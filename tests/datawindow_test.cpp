@@ -1,3 +1,4 @@
+#include "app/maincommands.h"
 #include "app/workspace.h"
 #include "document/datatable.h"
 #include "document/frmsetting.h"
@@ -43,7 +44,7 @@ struct FileProgram : Script, Program
 
     frmData *Open(const QString &name)
     {
-        services.jobs.Launch(window->OpenFiles(QStringList(name)), "test");
+        services.jobs.Launch(window->Commands().Files().Open(QStringList(name)), "test");
         return NoJobLeft() && !DataWindows().isEmpty() ? DataWindows().last() : nullptr;
     }
 
@@ -351,7 +352,7 @@ void DataWindowTest::SelectedRowsAreSummedUp()
     };
     QCoreApplication::processEvents();
     QCOMPARE(told->text(), QString()); // the cell that is always marked
-    program.window->ShowMessage(u"something is wrong"_qs);
+    program.services.statusLine.Show(u"something is wrong"_qs);
     QCOMPARE(select(0, 3), u"Rows 3, readings 2   MIN 1.5   MAX 2.5   AVG 2.0000   SD 0.7071"_qs);
     QVERIFY(told->toolTip().contains(u"n - 1"));
     data->Data()->AddData(u"10:00:15"_qs, u"-2.0"_qs, u"VDC"_qs, {}, {}); // into the last of these rows

@@ -1,6 +1,8 @@
 #include "app/filecommands.h"
+#include "app/services.h"
 #include "document/dataset.h"
 #include "platform/filenames.h"
+#include "tests/fakeviews.h"
 #include "tests/heldclock.h"
 #include "tests/support.h"
 
@@ -15,20 +17,18 @@ using namespace px40;
 namespace {
 
 /// The File commands on data sets in a folder of their own.
-struct Desk
+struct Desk : FakeViews
 {
-    Desk() { shared.WorkPath = Path(u"work.tmp"_qs); }
-
     QString Path(const QString &name) const { return folder.filePath(name); }
 
     std::shared_ptr<DataSet> Make(const QString &name = QString())
     {
-        const auto set = std::make_shared<DataSet>(state, shared);
+        const auto set = std::make_shared<DataSet>(services.state, services.shared);
         set->OpenNew(KindMemory);
         set->AddGridrow();
         set->AddData(u"12:34:56"_qs, u"1.5"_qs, u"mV"_qs, {}, {});
         if (!name.isEmpty() && !set->SaveFile(Path(name)))
-            qFatal("%s", qPrintable(state.ErrorMessage));
+            qFatal("%s", qPrintable(services.state.ErrorMessage));
         sets << set;
         return set;
     }
@@ -42,12 +42,11 @@ struct Desk
     }
 
     QTemporaryDir folder;
-    LinkState state;
-    DocumentShared shared;
     ScriptedPrompts prompts;
-    QList<std::shared_ptr<DataSet>> sets;
     HeldClock clock;
-    FileCommands commands{state, prompts, clock, [this] { return sets; }, [](bool) {}};
+    Services services{UserStore::InFile(Path(u"user.ini"_qs)), PathsIn(folder.path()), prompts,
+                      Comm::DefaultReplyTimeoutMs, &clock};
+    FileCommands commands{services, *this};
 };
 
 } // namespace
@@ -72,8 +71,8 @@ void FileCommandsTest::SaveAsksOnlyWhenItMust()
     const QString gone = desk.Path(u"gone/b.CSV"_qs); // its folder went after the dialog had looked
     desk.prompts.files = {gone, name};
     QVERIFY(!desk.Run(desk.commands.Save(set))); // told once
-    QCOMPARE(desk.prompts.warnings,
-             QStringList(desk.state.ErrorMessage + u"\r\n"_qs + gone + u"\r\nNothing was saved."_qs));
+    QCOMPARE(desk.prompts.warnings, QStringList(desk.services.state.ErrorMessage + u"\r\n"_qs + gone +
+                                                u"\r\nNothing was saved."_qs));
     QVERIFY(!set->Saved());
     QCOMPARE(set->GetFilename(), QString());
     QVERIFY(desk.Run(desk.commands.Save(set)));

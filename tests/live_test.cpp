@@ -1,4 +1,5 @@
 #include "acquire/frminterval.h"
+#include "app/maincommands.h"
 #include "source/frmsrcvalueset.h"
 #include "tests/liveprogram.h"
 
@@ -45,7 +46,7 @@ void LiveTest::RunFromTheToolBar()
     QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
 
     // Whatever becomes active meanwhile, and whatever the link is used for.
-    const std::shared_ptr<DataSet> other = program.window->NewDataWindow(KindRealtime);
+    const std::shared_ptr<DataSet> other = program.window->Commands().AddDataSet(KindRealtime);
     program.services.state.LinkActivity = ActivityIdle;
     Q_EMIT program.Find<QMenu>("mnuRealtime")->aboutToShow();
     QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
@@ -87,7 +88,6 @@ void LiveTest::StartWaitsForTheLink()
             QTRY_VERIFY(program.DataWindows().isEmpty());
         }
         program.services.gate.Release();
-        QVERIFY(WaitUntil([&] { return program.window->tmCheckInter.Interval() == 0; }));
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.services.state.RealtimeRun, !closed);
     }
@@ -408,7 +408,7 @@ void LiveTest::OnlyTheOpenPortIsLost()
 void LiveTest::CommandsNeedTheRightWindow()
 {
     LiveProgram program;
-    program.window->NewDataWindow(KindMemory);
+    program.window->Commands().AddDataSet(KindMemory);
     program.Action("Start")->trigger();
     QVERIFY(program.Message().startsWith(u"This needs a real-time data window"));
     QVERIFY(program.prompts.questions.isEmpty());

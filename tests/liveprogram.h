@@ -40,8 +40,7 @@ struct LiveProgram : LiveParts, Program
     {
         prompts.answers = {forward};
         Action("Start")->trigger();
-        return NoJobLeft() && WaitUntil([this] { return window->tmCheckInter.Interval() == 0; }) &&
-               NoJobLeft();
+        return NoJobLeft();
     }
 
     bool Unplug()

@@ -55,7 +55,7 @@ bool WaitUntil(const std::function<bool()> &done, int timeoutMs)
 namespace {
 
 /// Completed by the event loop, as a user's answer is.
-OneShot<bool> NextTurn()
+OneShot<bool> NextEventLoopTurn()
 {
     OneShot<bool> turn;
     const auto complete = [turn] { turn.Complete(true); };
@@ -70,7 +70,7 @@ QCoro::Task<void> ScriptedPrompts::Warn(QString text)
     warnings.append(text);
     if (onWarn)
         onWarn();
-    const OneShot<bool> turn = NextTurn();
+    const OneShot<bool> turn = NextEventLoopTurn();
     co_await turn;
 }
 
@@ -82,7 +82,7 @@ QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon)
         answer = answers.front();
         answers.pop_front();
     }
-    const OneShot<bool> turn = NextTurn();
+    const OneShot<bool> turn = NextEventLoopTurn();
     co_await turn;
     co_return answer;
 }
@@ -95,7 +95,7 @@ QCoro::Task<int> ScriptedPrompts::AskOneOf(QString text, QStringList options)
         choice = choices.front();
         choices.pop_front();
     }
-    const OneShot<bool> turn = NextTurn();
+    const OneShot<bool> turn = NextEventLoopTurn();
     co_await turn;
     co_return choice;
 }
@@ -118,7 +118,7 @@ QCoro::Task<QString> ScriptedPrompts::AnswerFile(QString question)
         file = files.front();
         files.pop_front();
     }
-    const OneShot<bool> turn = NextTurn();
+    const OneShot<bool> turn = NextEventLoopTurn();
     co_await turn;
     co_return file;
 }

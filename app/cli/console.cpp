@@ -4,7 +4,7 @@
 #include "document/dataset.h"
 #include "platform/jobs.h"
 #include "platform/terminal.h"
-#include "platform/turns.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QCoreApplication>
@@ -29,7 +29,7 @@ QCoro::Task<void> KeepAndQuit(QCoro::Task<Result<>> task, Result<> *result)
 QCoro::Task<void> DecliningPrompts::Warn(QString text)
 {
     told = text;
-    co_await NextTurn();
+    co_await NextEventLoopTurn();
 }
 
 void ProgressLine::RenProgress(bool throttle, int current, int total)

@@ -1,0 +1,280 @@
+#include "app/maincommands.h"
+
+#include "app/mainviews.h"
+#include "app/services.h"
+#include "document/dataset.h"
+#include "link/comm.h"
+#include "link/reply.h"
+#include "platform/prompts.h"
+#include "resources/strings.h"
+
+#include <QScopedValueRollback>
+
+namespace px40 {
+
+MainCommands::MainCommands(Services &services, MainViews &views, ProgressView &progress, Timer &tmRealtime)
+    : services_(&services), views_(&views), files_(services, views), forwarding_(services, views, progress),
+      storedData_(services.state, services.gate, services.comm, services.prompts, progress),
+      realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
+                 services.clock, services.instrument, tmRealtime, *this})
+{
+    realtime_.SetForward(&forwarding_.Rows());
+}
+
+MainCommands::~MainCommands() = default;
+
+void MainCommands::Run(Command command)
+{
+    Jobs &jobs = services_->jobs;
+    const std::shared_ptr<DataSet> active = views_->ActiveData();
+    switch (command) {
+    case Command::FileOpen:
+        jobs.Launch(files_.AskAndOpen(), "opening a file");
+        break;
+    case Command::FileSave:
+        jobs.Launch(SaveActive(false), "saving");
+        break;
+    case Command::FileSaveAs:
+        jobs.Launch(SaveActive(true), "saving under a new name");
+        break;
+    case Command::FileForward:
+        jobs.Launch(ForwardActive(), "forwarding");
+        break;
+    case Command::RealtimeNew:
+        services_->shared.MemoryNumbers = false;
+        AddDataSet(KindRealtime);
+        break;
+    case Command::RealtimeStart:
+        // The button is there for every data window, but only a real-time one can run.
+        if (active && DataKind(active->Kind()) == KindRealtime)
+            jobs.Launch(Start(active), "starting real-time receive");
+        else
+            services_->statusLine.Show(Text(Str::NeedsRealtime));
+        break;
+    case Command::RealtimeStop:
+        services_->state.RealtimeStop = true;
+        services_->comm.FlagsChanged();
+        realtime_.StopAsked();
+        break;
+    case Command::DataMemory:
+        jobs.Launch(Receive(StoredData::Mode::Memory), "MEMORY-mode download");
+        break;
+    case Command::DataSave:
+        jobs.Launch(Receive(StoredData::Mode::Save), "SAVE-mode download");
+        break;
+    default: // a matter of the windows alone
+        break;
+    }
+}
+
+Situation MainCommands::Now() const
+{
+    Situation situation;
+    situation.linkActivity = services_->state.LinkActivity;
+    situation.realtimeRun = services_->state.RealtimeRun;
+    situation.anyDataWindow = !views_->DataSets().isEmpty();
+    if (const std::shared_ptr<DataSet> active = views_->ActiveData())
+        situation.activeKind = DataKind(active->Kind());
+    return situation;
+}
+
+void MainCommands::RefreshRules()
+{
+    Situation situation = Now();
+    // It does not matter to the shortcuts that the status check has the link at this moment.
+    if (MayClose(services_->state))
+        situation.linkActivity = ActivityIdle;
+    rules_.Refresh(situation);
+    Q_EMIT rulesChanged();
+}
+
+void MainCommands::OpenRealtimeMenu()
+{
+    rules_.OpenRealtimeMenu(Now());
+    Q_EMIT rulesChanged();
+}
+
+void MainCommands::AllowReceiving(bool allowed)
+{
+    rules_.AllowReceiving(allowed);
+    Q_EMIT rulesChanged();
+}
+
+std::shared_ptr<DataSet> MainCommands::AddDataSet(int kind)
+{
+    views_->ShowBusy(true);
+    auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
+    dataSet->OpenNew(kind);
+    views_->AddDataWindow(dataSet, false);
+    views_->ShowBusy(false);
+    return dataSet;
+}
+
+QCoro::Task<void> MainCommands::SaveActive(bool underNewName)
+{
+    const std::shared_ptr<DataSet> dataSet = views_->ActiveData();
+    if (dataSet && underNewName)
+        co_await files_.SaveAs(dataSet);
+    else if (dataSet)
+        co_await files_.Save(dataSet);
+}
+
+QCoro::Task<void> MainCommands::Receive(StoredData::Mode mode)
+{
+    // A question stands open, or this waits for the link already; or the windows are held by something else.
+    if (receiving_ || !MayClose(services_->state))
+        co_return;
+    receiving_ = true;
+    const Answer answer =
+        co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardAfterReceive), PromptIcon::Question);
+    bool wanted = answer != Answer::Cancel && !services_->leaving;
+    std::optional<ForwardChoice> choice;
+    if (wanted && answer == Answer::Yes) {
+        choice = co_await forwarding_.Ask();
+        wanted = choice.has_value();
+    }
+    if (wanted && LinkInUse(services_->state))
+        services_->statusLine.Show(Text(Str::WaitingForLink));
+    if (wanted)
+        wanted = co_await services_->gate.WaitUntilFree();
+    receiving_ = false;
+    if (wanted && !services_->state.RealtimeRun) // a run was started while this waited
+        co_await ReceiveAndForward(mode, choice);
+}
+
+/// The link is free.
+QCoro::Task<void> MainCommands::ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice)
+{
+    const bool readings = mode == StoredData::Mode::Memory;
+    if (readings)
+        services_->shared.MemoryNumbers = true;
+    const std::shared_ptr<DataSet> dataSet = AddDataSet(readings ? KindMemory : KindSave);
+    services_->statusLine.Show(QString());
+    const bool complete = co_await storedData_.Receive(mode, dataSet);
+    // A lost line counts more than what came over it.
+    services_->statusLine.Show(!complete && services_->comm.IsLost()
+                                   ? FirstLine(Text(Str::PortLost))
+                                   : ReceivedText(mode, complete, *dataSet));
+    RefreshRules();
+    if (complete && choice && (!readings || dataSet->GetDatacount() > 0))
+        co_await forwarding_.Forward(dataSet, *choice);
+}
+
+QString MainCommands::ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const
+{
+    if (mode == StoredData::Mode::Save) {
+        const int records = storedData_.Records();
+        return complete && records == 0
+                   ? Text(Str::SaveModeNone)
+                   : Text(complete ? Str::SaveModeReceived : Str::SaveModeEnded).arg(records);
+    }
+    const int unreadable = dataSet.UnreadableCount();
+    if (complete && unreadable > 0)
+        return Text(Str::MemoryUnreadable).arg(dataSet.GetDatacount()).arg(unreadable);
+    return Text(complete ? Str::MemoryReceived : Str::MemoryEnded).arg(dataSet.GetDatacount());
+}
+
+QCoro::Task<void> MainCommands::ForwardActive()
+{
+    if (services_->state.RealtimeRun)
+        services_->statusLine.Warn(Text(Str::RunHoldsWindows)); // it needs the link and its cancel flag
+    else if (receiving_ || starting_)
+        services_->statusLine.Warn(Text(Str::WaitingForLink));
+    const std::shared_ptr<DataSet> dataSet = views_->ActiveData();
+    if (!dataSet || forwardingActive_ || receiving_ || starting_ || !MayClose(services_->state))
+        co_return;
+    const QScopedValueRollback<bool> forwarding(forwardingActive_, true);
+    const std::optional<ForwardChoice> choice = co_await forwarding_.Ask();
+    if (choice)
+        co_await forwarding_.Forward(dataSet, *choice);
+}
+
+/// Opens the port if it is not open; where that fails the user has been told.
+QCoro::Task<bool> MainCommands::HavePort()
+{
+    bool open = services_->comm.IsOpen();
+    if (!open)
+        open = co_await services_->comm.OpenPort();
+    co_return open;
+}
+
+QCoro::Task<void> MainCommands::Start(std::shared_ptr<DataSet> dataSet)
+{
+    if (starting_ || services_->state.RealtimeRun)
+        co_return;
+    if (forwarding_.Rows().IsClosing()) {
+        services_->statusLine.Warn(Text(Str::ForwardWriting));
+        co_return;
+    }
+    const Answer answer = co_await AskToStart();
+    if (answer == Answer::Cancel || !views_->DataSets().contains(dataSet)) // its window has been closed
+        co_return;
+    // The cable may have gone while the questions stood open.
+    const bool open = co_await HavePort();
+    if (open)
+        co_await realtime_.StartRealtime(dataSet, answer == Answer::Yes);
+}
+
+/// Opens the port, without which nothing begins, asks about forwarding, also where to, and waits for the
+/// link. Gives the answer about forwarding.
+QCoro::Task<Answer> MainCommands::AskToStart()
+{
+    const QScopedValueRollback<bool> starting(starting_, true);
+    const bool open = co_await HavePort();
+    if (!open)
+        co_return Answer::Cancel;
+    const Answer answer =
+        co_await services_->prompts.AskYesNoCancel(Text(Str::AskForwardRealtime), PromptIcon::Question);
+    bool wanted = answer != Answer::Cancel && !services_->leaving;
+    if (wanted && answer == Answer::Yes)
+        wanted = co_await forwarding_.AskForRun();
+    if (wanted)
+        wanted = co_await services_->gate.WaitUntilFree();
+    co_return wanted ? answer : Answer::Cancel;
+}
+
+void MainCommands::RunChanged()
+{
+    Q_EMIT runChanged();
+    RefreshRules();
+}
+
+void MainCommands::ShowRun(const RunProgress &progress)
+{
+    if (progress.ended)
+        services_->statusLine.Show(RunText(progress, forwarding_.TakeRunOutcome()));
+    else
+        services_->statusLine.ShowOfRun(RunText(progress));
+}
+
+void MainCommands::Leave()
+{
+    if (services_->state.RealtimeRun)
+        services_->statusLine.Warn(Text(Str::RunHoldsWindows));
+    if (!leaving_ && !services_->leaving && MayClose(services_->state))
+        services_->jobs.Launch(AskAndLeave(), "closing the program");
+}
+
+QCoro::Task<void> MainCommands::AskAndLeave()
+{
+    const QScopedValueRollback<bool> asking(leaving_, true);
+    const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
+    bool mayGo = true;
+    for (int i = 0; mayGo && i < sets.size(); ++i) {
+        const std::shared_ptr<DataSet> dataSet = sets.at(i);
+        if (views_->DataSets().contains(dataSet))
+            mayGo = co_await views_->ConfirmClose(dataSet);
+    }
+    // The link may have been taken while the questions stood open; then the user leaves once more.
+    if (!mayGo || !MayClose(services_->state))
+        co_return;
+    services_->leaving = true;
+    services_->settings.WriteSettingsFile();
+    services_->gate.Shut();
+    services_->comm.Shut();
+    services_->prompts.DismissAll();
+    views_->CloseAll();
+    services_->jobs.WhenNone([this] { Q_EMIT left(); });
+}
+
+} // namespace px40

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "acquire/realtime.h"
+#include "app/commandrules.h"
+#include "app/filecommands.h"
+#include "app/forwarding.h"
+#include "link/storeddata.h"
+#include "platform/prompts.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace px40 {
+
+class MainViews;
+class ProgressView;
+class Timer;
+struct Services;
+
+/// What the commands of the main window do, and which of them may be chosen: files, real-time receive, the
+/// fetching of stored readings, forwarding, and leaving the program. Knows no window but through `MainViews`.
+class MainCommands : public QObject, private RealtimeViews
+{
+    Q_OBJECT
+
+  public:
+    /// `tmRealtime`: the clock of a run. All must outlive this, and this its jobs.
+    MainCommands(Services &services, MainViews &views, ProgressView &progress, Timer &tmRealtime);
+    ~MainCommands() override;
+
+    /// A command that needs nothing but the active data window.
+    void Run(Command command);
+
+    const CommandRules &Rules() const { return rules_; }
+    FileCommands &Files() { return files_; }
+
+    /// Windows have come, gone or changed places.
+    void RefreshRules();
+    void OpenRealtimeMenu();
+    void AllowReceiving(bool allowed);
+
+    /// A new, empty data set of that kind in a window of its own.
+    std::shared_ptr<DataSet> AddDataSet(int kind);
+
+    /// Asks about what is not saved and, unless the user cancels, ends all work. Refused while the link is in
+    /// use.
+    void Leave();
+
+  Q_SIGNALS:
+    void rulesChanged();
+    void runChanged();   ///< a run has begun or ended
+    void sampleStored(); ///< a run has a new status to show
+    void left();         ///< no job is left: the program may end
+
+  private:
+    Situation Now() const;
+    QCoro::Task<void> SaveActive(bool underNewName);
+    QCoro::Task<bool> HavePort();
+    QCoro::Task<void> Receive(StoredData::Mode mode);
+    QCoro::Task<void> ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice);
+    QString ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const;
+    QCoro::Task<void> ForwardActive();
+    QCoro::Task<void> Start(std::shared_ptr<DataSet> dataSet);
+    QCoro::Task<Answer> AskToStart();
+    QCoro::Task<void> AskAndLeave();
+
+    void RunChanged() override;
+    void ShowRun(const RunProgress &progress) override;
+    void StatusStored() override { Q_EMIT sampleStored(); }
+    void SetData(const QString &) override {}
+
+    Services *services_;
+    MainViews *views_;
+    CommandRules rules_;
+    FileCommands files_;
+    Forwarding forwarding_;
+    StoredData storedData_;
+    Realtime realtime_;
+    // A question about it stands open, or it waits for the link.
+    bool receiving_ = false;
+    bool forwardingActive_ = false;
+    bool starting_ = false;
+    bool leaving_ = false;
+};
+
+} // namespace px40

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "forward/forwardchoice.h"
+
+#include <QCoro/QCoroTask>
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace px40 {
+
+class DataSet;
+
+/// The windows as the commands of the user see them. The main window has them; a test does without.
+class MainViews
+{
+  public:
+    MainViews() = default;
+    MainViews(const MainViews &) = delete;
+    MainViews &operator=(const MainViews &) = delete;
+    virtual ~MainViews() = default;
+
+    /// The data sets that have a window.
+    virtual QList<std::shared_ptr<DataSet>> DataSets() const = 0;
+    /// The one whose window is active; null when there is none.
+    virtual std::shared_ptr<DataSet> ActiveData() const = 0;
+
+    /// Gives a data set a window. `fromFile`: of the size and state that it has itself.
+    virtual void AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile) = 0;
+    virtual void BringToFront(const std::shared_ptr<DataSet> &dataSet) = 0;
+    /// Asks about unsaved readings, if there are any; true when the window may go.
+    virtual QCoro::Task<bool> ConfirmClose(std::shared_ptr<DataSet> dataSet) = 0;
+
+    /// Shows the forward dialog; nothing when it is cancelled. OK brings `memory` up to date.
+    virtual QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) = 0;
+    /// Shows a file in the program that the desktop has for it; false when there is none.
+    virtual bool ShowFile(const QString &name) = 0;
+
+    virtual void ShowBusy(bool busy) = 0;
+    virtual void TakeFocus() = 0;
+    /// The program ends: keeps the windows' places, and closes them and the dialogs.
+    virtual void CloseAll() = 0;
+};
+
+} // namespace px40

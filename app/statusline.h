@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+
+namespace px40 {
+
+/// What the status bar of the main window tells; everything that has something to tell writes it here.
+class StatusLine : public QObject
+{
+    Q_OBJECT
+
+  public:
+    const QString &Text() const { return text_; }
+
+    void Show(const QString &text);
+    /// Must be seen: the messages of a run leave it standing for a while.
+    void Warn(const QString &text);
+    /// How a run is getting on, each second of it.
+    void ShowOfRun(const QString &text);
+    /// What that text told is no longer so: takes it away if it still stands.
+    void TakeBack(const QString &text);
+
+  Q_SIGNALS:
+    void changed(const QString &text);
+
+  private:
+    QString text_;
+    QElapsedTimer warned_; ///< since a warning
+};
+
+} // namespace px40
