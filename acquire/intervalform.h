@@ -4,16 +4,11 @@
 
 #include <tl/expected.hpp>
 
-#include <array>
 #include <cstddef>
 
 namespace px40 {
 
 class DataSet;
-
-/// The four texts of a duration in the order in which they are entered and checked.
-constexpr std::array<QString Duration::*, 4> DurationParts = {&Duration::Day, &Duration::Hour, &Duration::Min,
-                                                              &Duration::Sec};
 
 /// What stands in the dialog "Interval and period setup": texts as the user typed them, checked or not.
 struct IntervalForm

@@ -55,7 +55,7 @@ T Checked(const std::optional<T> &value)
 
 Duration CheckedDuration(Duration duration)
 {
-    if (!ValidateDuration(&duration, true))
+    if (ValidateDuration(&duration))
         RefuseType();
     return duration;
 }

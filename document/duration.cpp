@@ -2,33 +2,24 @@
 
 #include "document/numbers.h"
 
+#include <algorithm>
+
 namespace px40 {
 
-bool ValidateDuration(Duration *duration, bool normalise)
+std::optional<DurationFault> ValidateDuration(Duration *duration)
 {
-    struct Part
-    {
-        QString *text;
-        int highest;
-        int number;
-    };
-    Part parts[] = {
-        {&duration->Day, 99, 0}, {&duration->Hour, 23, 0}, {&duration->Min, 59, 0}, {&duration->Sec, 59, 0}};
-    int sum = 0;
-    for (Part &part : parts) {
-        const std::optional<int> number = WholeNumber(*part.text);
-        if (!number || *number < 0 || *number > part.highest)
-            return false;
-        part.number = *number;
-        sum += *number;
+    std::array<int, DurationParts.size()> numbers{};
+    for (std::size_t part = 0; part < numbers.size(); ++part) {
+        const std::optional<int> number = WholeNumber(duration->*DurationParts[part]);
+        if (!number || *number < 0 || *number > DurationLimits[part])
+            return DurationFault{part};
+        numbers[part] = *number;
     }
-    if (sum == 0)
-        return false;
-    if (normalise) {
-        for (const Part &part : parts)
-            *part.text = QStringLiteral("%1").arg(part.number, 2, 10, QLatin1Char('0'));
-    }
-    return true;
+    if (std::ranges::all_of(numbers, [](int number) { return number == 0; }))
+        return DurationFault{numbers.size() - 1, true};
+    for (std::size_t part = 0; part < numbers.size(); ++part)
+        duration->*DurationParts[part] = QStringLiteral("%1").arg(numbers[part], 2, 10, QLatin1Char('0'));
+    return std::nullopt;
 }
 
 } // namespace px40

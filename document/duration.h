@@ -2,6 +2,10 @@
 
 #include <QString>
 
+#include <array>
+#include <cstddef>
+#include <optional>
+
 namespace px40 {
 
 /// A span of time as the user entered it: four texts, usually of two digits ("00", "05").
@@ -14,6 +18,11 @@ struct Duration
 
     bool operator==(const Duration &) const = default;
 };
+
+/// The four texts in the order in which they are entered and checked, and the highest number of each.
+constexpr std::array<QString Duration::*, 4> DurationParts = {&Duration::Day, &Duration::Hour, &Duration::Min,
+                                                              &Duration::Sec};
+constexpr std::array<int, 4> DurationLimits = {99, 23, 59, 59};
 
 /// How the panels and the worksheet show it: "00d +00h +00m +05s".
 inline QString DurationText(const Duration &duration)
@@ -29,8 +38,14 @@ inline qint32 DurationSeconds(const Duration &duration)
            duration.Sec.toInt();
 }
 
-/// True for whole numbers of 0 to 99 days, 0 to 23 hours, 0 to 59 minutes and 0 to 59 seconds that are not
-/// all 0. With `normalise` the texts of a valid duration are written again with two digits at least.
-bool ValidateDuration(Duration *duration, bool normalise);
+struct DurationFault
+{
+    std::size_t part = 0; ///< the first faulty text, 0-based as in DurationParts
+    bool isZero = false;  ///< each text passes, but they are all 0; the seconds stand for them
+};
+
+/// Valid are whole numbers from 0 to the limits that are not all 0: their texts are written again with two
+/// digits at least, and there is no fault.
+std::optional<DurationFault> ValidateDuration(Duration *duration);
 
 } // namespace px40
