@@ -39,7 +39,8 @@ FileCommands::FileCommands(Services &services, MainViews &views)
 {
 }
 
-bool FileCommands::WhileBusy(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const
+Result<> FileCommands::WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set,
+                                 const QString &name) const
 {
     views_->ShowBusy(true);
     const auto end = qScopeGuard([this] { views_->ShowBusy(false); });
@@ -77,7 +78,9 @@ QCoro::Task<void> FileCommands::Open(QStringList names)
             continue;
         // The window comes when there is something to show: a file that cannot be read leaves none.
         const auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
-        if (!WhileBusy(&DataSet::OpenFile, dataSet.get(), name)) {
+        const Result<> opened = WhileBusy(&DataSet::OpenFile, dataSet.get(), name);
+        if (!opened) {
+            services_->state.ErrorMessage = opened.error().text;
             const QString text = Lines({services_->state.ErrorMessage, name});
             co_await services_->prompts.Warn(text);
             if (!QFileInfo::exists(name))
@@ -161,11 +164,13 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 
 QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name)
 {
-    if (WhileBusy(&DataSet::SaveFile, set.get(), name)) {
+    const Result<> saved = WhileBusy(&DataSet::SaveFile, set.get(), name);
+    if (saved) {
         recent_.Add(set->GetFilename());
         Tell(Text(Str::FileSaved).arg(QFileInfo(set->GetFilename()).fileName()));
         co_return true;
     }
+    services_->state.ErrorMessage = saved.error().text;
     const QString text = Lines({services_->state.ErrorMessage, name, NothingSaved(name)});
     co_await services_->prompts.Warn(text);
     co_return false;

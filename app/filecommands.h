@@ -2,6 +2,7 @@
 
 #include "app/recentfiles.h"
 #include "document/datasaver.h"
+#include "platform/result.h"
 
 #include <QCoro/QCoroTask>
 #include <QSet>
@@ -49,7 +50,7 @@ class FileCommands : public DataSaver
   private:
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
-    bool WhileBusy(bool (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
+    Result<> WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
     std::shared_ptr<DataSet> HolderOf(const QString &name, const DataSet *butFor = nullptr) const;
     void Tell(const QString &text) const;
 

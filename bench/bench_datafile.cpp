@@ -76,8 +76,9 @@ class Files
                 texts.at(text) = QString::fromStdString(rows_[static_cast<std::size_t>(i)].at(text));
             rig.data->AddData(texts[0], texts[1], texts[2], texts[3], texts[4]);
         }
-        if (!rig.data->SaveFile(name))
-            qFatal("%s", qPrintable(rig.state.ErrorMessage));
+        const Result<> saved = rig.data->SaveFile(name);
+        if (!saved)
+            qFatal("%s", qPrintable(saved.error().text));
     }
 
     void Divide(const QString &name)
@@ -111,7 +112,7 @@ void Memory(benchmark::State &state)
     const Files &files = TheFiles();
     SetRig small; // what the first window of a process loads is not counted
     small.shared.WorkPath = files.Name("WORK.~~~");
-    bool opened = small.data->OpenFile(files.Name("few.csv"));
+    bool opened = small.data->OpenFile(files.Name("few.csv")).has_value();
     small.Show();
     for ([[maybe_unused]] auto iteration : state) {
         SetRig rig;
@@ -158,10 +159,8 @@ bool CopyPlainly(const QString &from, const QString &to)
 {
     QFile source(from);
     QFile target(to);
-    QString error;
     return source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) &&
-           target.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           CopyBytes(source, target, &error, &error);
+           target.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && CopyBytes(source, target).has_value();
 }
 
 void Open(benchmark::State &state)
@@ -173,7 +172,7 @@ void Open(benchmark::State &state)
         SetRig rig;
         rig.shared.WorkPath = work;
         const Clock::time_point openBegin = Clock::now();
-        const bool opened = rig.data->OpenFile(name);
+        const bool opened = rig.data->OpenFile(name).has_value();
         const double open = Elapsed<std::milli>(openBegin);
 
         const Clock::time_point plainBegin = Clock::now();
@@ -185,10 +184,9 @@ void Open(benchmark::State &state)
         const double copy = Elapsed<std::milli>(copyBegin);
 
         QFile file(work);
-        QString error;
         const bool readable = file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
         const Clock::time_point readBegin = Clock::now();
-        const std::optional<DataFile> data = ReadDataFile(file, &error);
+        const Result<DataFile> data = ReadDataFile(file);
         const double read = Elapsed<std::milli>(readBegin);
         file.remove();
 
@@ -237,9 +235,8 @@ DataFileHeader HeaderOf(const DataSet &data)
 bool WriteWork(const DataSet &data, const QString &name)
 {
     QFile file(name);
-    QString error;
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           WriteDataFile(HeaderOf(data), data.Table().Rows(), data.Table().TableRows(), file, &error);
+           WriteDataFile(HeaderOf(data), data.Table().Rows(), data.Table().TableRows(), file);
 }
 
 bool SameBytes(const QString &one, const QString &other)
@@ -256,7 +253,7 @@ double Timed(bool *good, Work work)
 {
     ::sync();
     const Clock::time_point begin = Clock::now();
-    *good = work() && *good;
+    *good = static_cast<bool>(work()) && *good;
     return Elapsed<std::milli>(begin);
 }
 
@@ -265,7 +262,7 @@ void Save(benchmark::State &state)
     const Files &files = TheFiles();
     SetRig rig;
     rig.shared.WorkPath = files.Name("WORK.~~~");
-    bool good = rig.data->OpenFile(files.Name("many.csv"));
+    bool good = rig.data->OpenFile(files.Name("many.csv")).has_value();
     for ([[maybe_unused]] auto iteration : state) {
         const double save = Timed(&good, [&] { return rig.data->SaveFile(files.Name("saved.csv")); });
 

@@ -108,10 +108,9 @@ bool CopyPlainly(const QString &from, const QString &to)
 {
     QFile source(from);
     QFile target(to);
-    QString error;
     return source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) &&
-           target.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           CopyBytes(source, target, &error, &error) && ::fsync(target.handle()) == 0;
+           target.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && CopyBytes(source, target) &&
+           ::fsync(target.handle()) == 0;
 }
 
 /// 1,000 rows added to a large workbook, in turn with a copy of that which is handed to the disk too.

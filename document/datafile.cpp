@@ -14,12 +14,6 @@ namespace px40 {
 
 namespace {
 
-/// Why a file is refused; one sentence.
-struct Refusal
-{
-    QString sentence;
-};
-
 /// The texts between the commas. A line that has fewer than asked for begins again at its first one.
 template <std::size_t N>
 std::array<std::string_view, N> Split(std::string_view line)
@@ -41,7 +35,7 @@ QString FromLatin1(std::string_view text)
 
 [[noreturn]] void RefuseType()
 {
-    throw Refusal{Text(Str::OtherDataType)};
+    throw Failure{Text(Str::OtherDataType)};
 }
 
 /// The value of a setting that passed its check.
@@ -81,7 +75,7 @@ class Reader
         if (lines_.Next())
             return true;
         if (lines_.Failed())
-            throw Refusal{device_->errorString()};
+            throw Failure{device_->errorString()};
         return false;
     }
 
@@ -89,7 +83,7 @@ class Reader
     std::array<std::string_view, N> HeaderFields()
     {
         if (!NextLine())
-            throw Refusal{Text(Str::FileEndsEarly).arg(lines_.Number() + 1)};
+            throw Failure{Text(Str::FileEndsEarly).arg(lines_.Number() + 1)};
         return Fields<N>();
     }
 
@@ -98,7 +92,7 @@ class Reader
     {
         const std::string_view line = lines_.Line();
         if (lines_.Cut() && std::count(line.begin(), line.end(), ',') < static_cast<std::ptrdiff_t>(N))
-            throw Refusal{Text(Str::FileLineTooLong).arg(lines_.Number())};
+            throw Failure{Text(Str::FileLineTooLong).arg(lines_.Number())};
         return Split<N>(line);
     }
 
@@ -107,7 +101,7 @@ class Reader
         const QString text = FromLatin1(field);
         const std::optional<int> number = WholeNumber(text);
         if (!number)
-            throw Refusal{Text(Str::FileNoNumber).arg(lines_.Number()).arg(Excerpt(text))};
+            throw Failure{Text(Str::FileNoNumber).arg(lines_.Number()).arg(Excerpt(text))};
         return *number;
     }
 
@@ -116,7 +110,7 @@ class Reader
         const QString text = FromLatin1(field);
         const std::optional<bool> value = BooleanValue(text);
         if (!value)
-            throw Refusal{Text(Str::FileNoBoolean).arg(lines_.Number()).arg(Excerpt(text))};
+            throw Failure{Text(Str::FileNoBoolean).arg(lines_.Number()).arg(Excerpt(text))};
         return *value;
     }
 
@@ -140,7 +134,7 @@ class Reader
 void Reader::ReadHeader(DataFileHeader *header)
 {
     if (!NextLine())
-        throw Refusal{Text(Str::FileEndsEarly).arg(1)};
+        throw Failure{Text(Str::FileEndsEarly).arg(1)};
     const std::string_view kind = Split<1>(lines_.Line())[0];
     header->kind = DataKind(FromLatin1(kind));
     if (!IsFileKind(header->kind))
@@ -189,7 +183,7 @@ void Reader::ReadRows(DataFile *data)
     qint64 rows = 0;
     while (NextLine()) {
         if (++rows > MostRows)
-            throw Refusal{Text(Str::TableFull)};
+            throw Failure{Text(Str::TableFull)};
         const RowStore::Bytes fields = Fields<RowStore::Texts>();
         if (fields[1].empty() && !emptyRowsCount)
             continue; // only a row of the table more
@@ -203,7 +197,7 @@ void Reader::ReadRows(DataFile *data)
 
 } // namespace
 
-std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error)
+Result<DataFile> ReadDataFile(QIODevice &file)
 {
     try {
         DataFile data;
@@ -211,9 +205,8 @@ std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error)
         reader.ReadHeader(&data.header);
         reader.ReadRows(&data);
         return data;
-    } catch (const Refusal &refusal) {
-        *error = refusal.sentence;
-        return std::nullopt;
+    } catch (const Failure &failure) {
+        return Fail(failure);
     }
 }
 

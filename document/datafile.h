@@ -6,10 +6,7 @@
 #include "document/readings.h"
 #include "document/rowstore.h"
 #include "document/windowshape.h"
-
-#include <QString>
-
-#include <optional>
+#include "platform/result.h"
 
 class QIODevice;
 
@@ -50,13 +47,12 @@ struct DataFile
     int tableRows = 1; ///< rows of the table: the samples, and the empty rows behind them
 };
 
-/// All or nothing: nothing, with one sentence in `error`, when the file cannot be read or is none. Takes
-/// time and memory in proportion to the file at most. Throws std::bad_alloc.
-std::optional<DataFile> ReadDataFile(QIODevice &file, QString *error);
+/// Fails, with one sentence, when the file cannot be read or is no data file. Takes time and memory in
+/// proportion to the file at most. Throws std::bad_alloc.
+Result<DataFile> ReadDataFile(QIODevice &file);
 
 /// Writes the rows 1 to `tableRows` of a table whose samples are `rows`. A comma or a line end inside a text
-/// becomes a blank. False with the device's reason in `error`.
-bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file,
-                   QString *error);
+/// becomes a blank.
+Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file);
 
 } // namespace px40

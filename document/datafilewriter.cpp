@@ -40,13 +40,10 @@ class Writer
         EndLine();
     }
 
-    /// False with the reason in `error`.
-    bool Finish(QString *error)
+    Result<> Finish()
     {
         Flush();
-        if (!good_)
-            *error = error_;
-        return good_;
+        return written_;
     }
 
   private:
@@ -78,14 +75,14 @@ class Writer
 
     void Flush()
     {
-        good_ = good_ && WriteBytes(*file_, pending_.data(), static_cast<qint64>(pending_.size()), &error_);
+        if (written_)
+            written_ = WriteBytes(*file_, pending_.data(), static_cast<qint64>(pending_.size()));
         pending_.clear();
     }
 
     QIODevice *file_;
     std::string pending_;
-    QString error_;
-    bool good_ = true;
+    Result<> written_;
 };
 
 QString Twips(int value)
@@ -100,8 +97,7 @@ QStringList Texts(const Duration &duration)
 
 } // namespace
 
-bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file,
-                   QString *error)
+Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file)
 {
     const GraphSettings &graph = header.graph;
     Writer writer(file);
@@ -124,7 +120,7 @@ bool WriteDataFile(const DataFileHeader &header, const RowStore &rows, int table
     }
     if (!lastIsEmpty)
         writer.Row(empty); // the spare row at the end of every file
-    return writer.Finish(error);
+    return writer.Finish();
 }
 
 } // namespace px40

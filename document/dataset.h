@@ -7,6 +7,7 @@
 #include "document/tablemodel.h"
 #include "document/windowshape.h"
 #include "link/datasink.h"
+#include "platform/result.h"
 
 #include <QObject>
 #include <QString>
@@ -55,17 +56,16 @@ class DataSet : public QObject, public DataSink
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
 
-    /// Makes this, which must be as just made, the data set of a data file. Returns when it is read. False
-    /// with the reason in the link's `ErrorMessage`; the data set is then of no use.
-    bool OpenFile(const QString &name);
+    /// Makes this, which must be as just made, the data set of a data file. Returns when it is read. A data
+    /// set that could not be read is of no use.
+    Result<> OpenFile(const QString &name);
 
-    /// Writes the data set to a file, through the work file. Returns when the disk has it. False with the
-    /// reason in the link's `ErrorMessage`; the user's file is then as it was, and the data set stays
-    /// unsaved.
-    bool SaveFile(const QString &name);
+    /// Writes the data set to a file, through the work file. Returns when the disk has it. Where that fails
+    /// the user's file is as it was, and the data set stays unsaved.
+    Result<> SaveFile(const QString &name);
 
-    /// Writes the data set to an open device, as it stands in a file. False with the reason in `error`.
-    bool Write(QIODevice &to, QString *error) const;
+    /// Writes the data set to an open device, as it stands in a file.
+    Result<> Write(QIODevice &to) const;
 
     bool AddGridrow() override;
     void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
@@ -157,7 +157,6 @@ class DataSet : public QObject, public DataSink
     void SetKind(int kind);
     void Adopt(DataFile &&file);
     void Keep(const QString &name);
-    bool IsWorkFile(const QString &name);
 
     LinkState *state_;
     DocumentShared *shared_;

@@ -6,9 +6,9 @@
 #include "document/dataset.h"
 
 #include "document/datafile.h"
-#include "link/linkstate.h"
 #include "platform/filenames.h"
 #include "platform/files.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QDir>
@@ -47,24 +47,19 @@ class WorkFile
     WorkFile(const WorkFile &) = delete;
     WorkFile &operator=(const WorkFile &) = delete;
 
-    /// False with the reason in `error`, which stays empty where it is none of this file's.
-    bool Fill(const WriteTo &write, QString *error)
+    Result<> Fill(const WriteTo &write)
     {
-        if (path_.isEmpty() && QDir::tempPath().isEmpty()) {
-            *error = Text(Str::FolderNotThere);
-            return false;
-        }
+        if (path_.isEmpty() && QDir::tempPath().isEmpty())
+            return Fail(Text(Str::FolderNotThere));
         if (!path_.isEmpty())
             ClearAttributes(path_);
         constexpr QIODevice::OpenMode mode =
             QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered;
-        if (!file_->open(mode)) {
-            *error = file_->errorString();
-            return false;
-        }
+        if (!file_->open(mode))
+            return Fail(file_->errorString());
         if (!path_.isEmpty())
             SetHidden(path_);
-        return write(*file_, error);
+        return write(*file_);
     }
 
     /// From its beginning.
@@ -79,15 +74,15 @@ class WorkFile
     std::unique_ptr<QFile> file_;
 };
 
-bool OpenToRead(QFile *file, QString *error)
+Result<> OpenToRead(QFile *file)
 {
     // A folder or a device opens as well, and a device may never answer or never end.
     const QFileInfo info(file->fileName());
     if (info.exists() && !info.isFile())
-        *error = Text(Str::FileNotRegular);
-    else if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        *error = file->errorString();
-    return file->isOpen();
+        return Fail(Text(Str::FileNotRegular));
+    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return Fail(file->errorString());
+    return {};
 }
 
 void NoteWork(DocumentShared *shared, Str note, const QString &reason)
@@ -98,26 +93,57 @@ void NoteWork(DocumentShared *shared, Str note, const QString &reason)
 }
 
 /// The work file with what `write` gives it, or the one that stands in for it; null where there is none.
-std::unique_ptr<WorkFile> FilledWork(DocumentShared *shared, const WriteTo &write)
+Result<std::unique_ptr<WorkFile>> FilledWork(DocumentShared *shared, const WriteTo &write)
 {
     if (shared->WorkPath.isEmpty())
         return nullptr;
     QString reason;
     for (const QString &path : {shared->WorkPath, QString()}) {
         auto work = std::make_unique<WorkFile>(path);
-        QString error;
-        if (work->Fill(write, &error)) {
+        const Result<> filled = work->Fill(write);
+        if (filled) {
             if (!reason.isEmpty())
                 NoteWork(shared, Str::WorkFileElsewhere, reason);
             return work;
         }
-        if (error.isEmpty())
-            return nullptr;
+        if (filled.error().code == FailureCode::Unreadable) // no other work file helps
+            return Fail(filled.error());
         if (reason.isEmpty())
-            reason = error;
+            reason = filled.error().text;
     }
     NoteWork(shared, Str::WorkFileNowhere, reason);
     return nullptr;
+}
+
+Result<DataFile> ReadThroughWork(const QString &name, DocumentShared *shared)
+{
+    QFile from(name);
+    const Result<> opened = OpenToRead(&from);
+    if (!opened)
+        return Fail(opened.error());
+    const auto copy = [&from](QIODevice &to) {
+        from.seek(0);
+        return CopyBytes(from, to);
+    };
+    const auto work = FilledWork(shared, copy);
+    if (!work)
+        return Fail(work.error());
+    if (*work) {
+        from.close();
+        return ReadDataFile((*work)->Filled());
+    }
+    from.seek(0);
+    return ReadDataFile(from);
+}
+
+Result<> WriteThroughWork(const WriteTo &write, const QString &name, DocumentShared *shared)
+{
+    const auto work = FilledWork(shared, write);
+    if (!work)
+        return Fail(work.error());
+    if (!*work)
+        return ReplaceFile(name, write);
+    return ReplaceFile(name, [&work](QIODevice &to) { return CopyBytes((*work)->Filled(), to); });
 }
 
 } // namespace
@@ -127,50 +153,23 @@ QString NothingSaved(const QString &name)
     return Text(QFileInfo(name).isFile() ? Str::NothingSavedOld : Str::NothingSaved);
 }
 
-bool DataSet::OpenFile(const QString &name)
+Result<> DataSet::OpenFile(const QString &name)
 {
-    if (IsWorkFile(name))
-        return false;
-    QString &error = state_->ErrorMessage;
+    // It would be taken away from under the user.
+    if (SameFile(name, shared_->WorkPath))
+        return Fail(Text(Str::FileIsWorkFile));
     try {
-        QFile from(name);
-        if (!OpenToRead(&from, &error))
-            return false;
-        QString readError;
-        const auto copy = [&from, &readError](QIODevice &to, QString *reason) {
-            from.seek(0);
-            return CopyBytes(from, to, &readError, reason);
-        };
-        const std::unique_ptr<WorkFile> work = FilledWork(shared_, copy);
-        if (!readError.isEmpty()) {
-            error = readError;
-            return false;
-        }
-        if (work)
-            from.close();
-        else
-            from.seek(0);
-        std::optional<DataFile> contents = ReadDataFile(work ? work->Filled() : from, &error);
+        Result<DataFile> contents = ReadThroughWork(name, shared_);
         if (!contents)
-            return false;
+            return Fail(contents.error());
         Adopt(std::move(*contents));
     } catch (const std::exception &problem) { // no memory
-        error = QString::fromLocal8Bit(problem.what());
-        return false;
+        return Fail(QString::fromLocal8Bit(problem.what()));
     }
     DispCalculation();
     PaintGraphtop();
     Keep(name);
-    return true;
-}
-
-/// It would be taken away from under the user.
-bool DataSet::IsWorkFile(const QString &name)
-{
-    if (!SameFile(name, shared_->WorkPath))
-        return false;
-    state_->ErrorMessage = Text(Str::FileIsWorkFile);
-    return true;
+    return {};
 }
 
 void DataSet::Adopt(DataFile &&file)
@@ -195,37 +194,26 @@ void DataSet::Adopt(DataFile &&file)
     readings_ = std::move(file.readings);
 }
 
-bool DataSet::Write(QIODevice &to, QString *error) const
+Result<> DataSet::Write(QIODevice &to) const
 {
-    DataFileHeader header;
-    header.kind = DataKind(kind_);
-    header.shape = shape_;
-    header.interval = interval_;
-    header.periodNone = periodNone_;
-    header.period = period_;
-    header.graph = graph_;
-    return WriteDataFile(header, table_.Rows(), table_.TableRows(), to, error);
+    const DataFileHeader header = {DataKind(kind_), shape_, interval_, periodNone_, period_, graph_};
+    return WriteDataFile(header, table_.Rows(), table_.TableRows(), to);
 }
 
-bool DataSet::SaveFile(const QString &name)
+Result<> DataSet::SaveFile(const QString &name)
 {
-    if (IsWorkFile(name))
-        return false;
-    QString &error = state_->ErrorMessage;
-    const auto write = [this](QIODevice &to, QString *reason) { return Write(to, reason); };
+    if (SameFile(name, shared_->WorkPath))
+        return Fail(Text(Str::FileIsWorkFile));
     try {
-        const std::unique_ptr<WorkFile> work = FilledWork(shared_, write);
-        const auto copy = [&work](QIODevice &to, QString *reason) {
-            return CopyBytes(work->Filled(), to, reason, reason);
-        };
-        if (!ReplaceFile(name, work ? WriteTo(copy) : WriteTo(write), &error))
-            return false;
+        const auto write = [this](QIODevice &to) { return Write(to); };
+        Result<> written = WriteThroughWork(write, name, shared_);
+        if (!written)
+            return written;
     } catch (const std::exception &problem) {
-        error = QString::fromLocal8Bit(problem.what());
-        return false;
+        return Fail(QString::fromLocal8Bit(problem.what()));
     }
     Keep(name);
-    return true;
+    return {};
 }
 
 void DataSet::Keep(const QString &name)

@@ -358,10 +358,11 @@ QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
     const QString name = co_await prompts->AskSaveFile(proposal, filter, QStringLiteral("png"));
     if (name.isEmpty() || !window)
         co_return;
-    QString error;
-    if (WriteGraphFile(*window->graph_->Graph(), name, &error, window->GraphCaption()))
+    const Result<> written = WriteGraphFile(*window->graph_->Graph(), name, window->GraphCaption());
+    if (written)
         co_return;
-    const QString text = QStringList{error, name, NothingSaved(name)}.join(QStringLiteral("\r\n"));
+    const QString text =
+        QStringList{written.error().text, name, NothingSaved(name)}.join(QStringLiteral("\r\n"));
     co_await prompts->Warn(text);
 }
 

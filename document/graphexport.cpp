@@ -2,6 +2,7 @@
 
 #include "document/chart.h"
 #include "platform/files.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QBuffer>
@@ -140,22 +141,16 @@ std::unique_ptr<QMimeData> GraphMimeData(const Chart &chart, const QString &capt
     return mime;
 }
 
-bool WriteGraphFile(const Chart &chart, const QString &name, QString *error, const QString &caption)
+Result<> WriteGraphFile(const Chart &chart, const QString &name, const QString &caption)
 {
     const std::optional<GraphFileKind> kind = GraphFileKindOf(name);
-    if (!kind) {
-        *error = Text(Str::GraphFileKinds);
-        return false;
-    }
+    if (!kind)
+        return Fail(Text(Str::GraphFileKinds));
     const QByteArray bytes = GraphPicture(chart, *kind, caption);
-    if (bytes.isEmpty()) {
-        *error = Text(Str::GraphNoPicture);
-        return false;
-    }
-    const auto write = [&bytes](QIODevice &to, QString *reason) {
-        return WriteBytes(to, bytes.constData(), bytes.size(), reason);
-    };
-    return ReplaceFile(name, write, error);
+    if (bytes.isEmpty())
+        return Fail(Text(Str::GraphNoPicture));
+    return ReplaceFile(name,
+                       [&bytes](QIODevice &to) { return WriteBytes(to, bytes.constData(), bytes.size()); });
 }
 
 } // namespace px40

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -26,8 +28,7 @@ QByteArray GraphPicture(const Chart &chart, GraphFileKind kind, const QString &c
 /// Picture and drawing for the clipboard.
 std::unique_ptr<QMimeData> GraphMimeData(const Chart &chart, const QString &caption = {});
 
-/// Writes the kind of file that the suffix says. False with the reason in `error`; a file that was there is
-/// then as it was.
-bool WriteGraphFile(const Chart &chart, const QString &name, QString *error, const QString &caption = {});
+/// Writes the kind of file that the suffix says. Where that fails a file that was there is as it was.
+Result<> WriteGraphFile(const Chart &chart, const QString &name, const QString &caption = {});
 
 } // namespace px40

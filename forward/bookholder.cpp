@@ -1,6 +1,6 @@
 #include "forward/bookholder.h"
 
-#include "forward/replacement.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QFile>

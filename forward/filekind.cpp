@@ -1,7 +1,7 @@
 #include "forward/filekind.h"
 
-#include "forward/replacement.h"
 #include "platform/filenames.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "forward/rowspool.h"
 
-#include "forward/replacement.h"
 #include "platform/files.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QDir>
@@ -86,8 +86,11 @@ bool RowSpool::Append(QFile &file)
         error_ = file.errorString();
         return false;
     }
-    if (!WriteBytes(file, memory_.data(), static_cast<qint64>(memory_.size()), &error_))
+    const Result<> written = WriteBytes(file, memory_.data(), static_cast<qint64>(memory_.size()));
+    if (!written) {
+        error_ = written.error().text;
         return false;
+    }
     fileBytes_ += static_cast<qint64>(memory_.size());
     memory_.clear();
     return true;
@@ -107,8 +110,14 @@ bool RowSpool::MoveTo(const QString &folder)
         error_ = file.errorString();
         return false;
     }
-    if (file_ && (!file_->seek(0) || !CopyBytes(*file_, file, &error_, &error_)))
-        return false;
+    if (file_) {
+        const Result<> copied =
+            file_->seek(0) ? CopyBytes(*file_, file) : Result<>(Fail(file_->errorString()));
+        if (!copied) {
+            error_ = copied.error().text;
+            return false;
+        }
+    }
     if (!Append(file))
         return false;
     file_ = std::move(next);

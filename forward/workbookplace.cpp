@@ -1,12 +1,12 @@
 #include "forward/workbookplace.h"
 
 #include "forward/filekind.h"
-#include "forward/replacement.h"
 #include "forward/xlsxfile.h"
 #include "link/linkstate.h"
 #include "platform/filenames.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
+#include "platform/replacefile.h"
 #include "platform/userstore.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"

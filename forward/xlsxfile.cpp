@@ -4,9 +4,9 @@
 #include "forward/bookfault.h"
 #include "forward/bookholder.h"
 #include "forward/filekind.h"
-#include "forward/replacement.h"
 #include "forward/sheetpart.h"
 #include "forward/zipdevice.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <QFileInfo>
@@ -244,8 +244,9 @@ Outcome XlsxFile::Parts::WriteFile(const QString &real, const FilePrint &before,
     sheet->Watch(&progress);
     progress.Begin(2 * device.Size() + sheet->Work()); // it is read twice
     package.CheckContents(device.Size());
-    if (!file.Open())
-        throw BookFault{NotWritten(file.ErrorText(), real)};
+    const Result<> opened = file.Open();
+    if (!opened)
+        throw BookFault{NotWritten(opened.error().text, real)};
     if (zip_close(archive.get()) != 0)
         throw BookFault{CloseFault(device, *sheet, content, archive.get(), real)};
     static_cast<void>(archive.release());
@@ -266,10 +267,11 @@ Outcome XlsxFile::Parts::PutInPlace(Replacement &file, const QString &real, cons
     if (!isNew && now != before)
         return Outcome::Changed;
     const bool mayReplace = now.size >= 0;
-    if (!file.TakePlace(mayReplace) && !mayReplace && PrintOf(real).size >= 0)
+    const Result<> renamed = file.TakePlace(mayReplace);
+    if (!renamed && !mayReplace && PrintOf(real).size >= 0)
         return Outcome::Taken;
-    if (!file.ErrorText().isEmpty())
-        throw BookFault{NotWritten(file.ErrorText(), real)};
+    if (!renamed)
+        throw BookFault{NotWritten(renamed.error().text, real)};
     constexpr int whole = 1000;
     watch->permille = whole;
     return Outcome::Done;

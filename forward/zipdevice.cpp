@@ -1,8 +1,9 @@
 #include "forward/zipdevice.h"
 
 #include "forward/bookfault.h"
-#include "forward/replacement.h"
 #include "forward/writeprogress.h"
+#include "platform/files.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 
 #include <algorithm>
@@ -42,11 +43,6 @@ void ZipDevice::WriteTo(Replacement *file, WriteProgress *progress)
 {
     written_ = file;
     progress_ = progress;
-}
-
-QString ZipDevice::WriteError() const
-{
-    return written_ ? written_->ErrorText() : QString();
 }
 
 Zip ZipDevice::Open()
@@ -96,9 +92,9 @@ zip_int64_t ZipDevice::Do(void *to, zip_uint64_t length, zip_source_cmd_t comman
     case ZIP_SOURCE_SEEK_WRITE:
         return SeekWrite(to, length);
     case ZIP_SOURCE_TELL_WRITE:
-        return written_->Position();
+        return written_->File().pos();
     case ZIP_SOURCE_COMMIT_WRITE:
-        return written_->Finish() ? 0 : Fail(ZIP_ER_WRITE, EIO);
+        return Written(written_->Finish());
     case ZIP_SOURCE_ERROR:
         return zip_error_to_data(&zipError_, to, length);
     case ZIP_SOURCE_BEGIN_WRITE:
@@ -173,19 +169,28 @@ zip_int64_t ZipDevice::Seek(void *arguments, zip_uint64_t length)
 
 zip_int64_t ZipDevice::SeekWrite(void *arguments, zip_uint64_t length)
 {
-    const zip_int64_t to = zip_source_seek_compute_offset(static_cast<zip_uint64_t>(written_->Position()),
-                                                          static_cast<zip_uint64_t>(written_->Size()),
+    const zip_int64_t to = zip_source_seek_compute_offset(static_cast<zip_uint64_t>(written_->File().pos()),
+                                                          static_cast<zip_uint64_t>(written_->File().size()),
                                                           arguments, length, &zipError_);
     if (to < 0)
         return -1;
-    return written_->Seek(to) ? 0 : Fail(ZIP_ER_WRITE, EIO);
+    QFile &file = written_->File();
+    return Written(file.seek(to) ? Result<>() : Result<>(px40::Fail(file.errorString())));
 }
 
 zip_int64_t ZipDevice::Write(const char *from, qint64 length)
 {
     if (progress_->IsCancelled())
         return Fail(ZIP_ER_CANCELLED);
-    return written_->Write(from, length) ? length : Fail(ZIP_ER_WRITE, EIO);
+    return Written(WriteBytes(written_->File(), from, length)) == 0 ? length : -1;
+}
+
+zip_int64_t ZipDevice::Written(const Result<> &result)
+{
+    if (result)
+        return 0;
+    writeError_ = result.error().text;
+    return Fail(ZIP_ER_WRITE, EIO);
 }
 
 } // namespace px40

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QString>
@@ -45,7 +47,7 @@ class ZipDevice
 
     /// What the disk said when it could not be read or written; empty while it could.
     QString ReadError() const { return readError_; }
-    QString WriteError() const;
+    QString WriteError() const { return writeError_; }
 
   private:
     static zip_int64_t Call(void *self, void *to, zip_uint64_t length, zip_source_cmd_t command);
@@ -55,6 +57,8 @@ class ZipDevice
     zip_int64_t Seek(void *arguments, zip_uint64_t length);
     zip_int64_t SeekWrite(void *arguments, zip_uint64_t length);
     zip_int64_t Write(const char *from, qint64 length);
+    /// 0, or -1 with the reason kept.
+    zip_int64_t Written(const Result<> &result);
     zip_int64_t Fail(int error, int systemError = 0);
     bool Fill();
 
@@ -67,6 +71,7 @@ class ZipDevice
     WriteProgress *progress_ = nullptr;
     zip_error_t zipError_;
     QString readError_;
+    QString writeError_;
 };
 
 } // namespace px40

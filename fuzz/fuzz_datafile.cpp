@@ -14,11 +14,11 @@ namespace {
 
 using namespace px40;
 
-std::optional<DataFile> Read(QByteArray bytes, QString *error)
+Result<DataFile> Read(QByteArray bytes)
 {
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
-    return ReadDataFile(buffer, error);
+    return ReadDataFile(buffer);
 }
 
 QByteArray Written(const DataFile &file)
@@ -26,8 +26,7 @@ QByteArray Written(const DataFile &file)
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    QString error;
-    PX40_CHECK(WriteDataFile(file.header, file.rows, file.tableRows, buffer, &error));
+    PX40_CHECK(WriteDataFile(file.header, file.rows, file.tableRows, buffer));
     return bytes;
 }
 
@@ -70,15 +69,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     const QByteArray input(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     CheckLines(input);
-    QString error;
-    const std::optional<DataFile> file = Read(input, &error);
-    PX40_CHECK(file.has_value() == error.isEmpty());
-    if (!file)
+    const Result<DataFile> file = Read(input);
+    if (!file) {
+        PX40_CHECK(!file.error().text.isEmpty());
         return 0;
+    }
     PX40_CHECK(file->tableRows >= file->rows.Count() && file->readings.series.Count() == file->rows.Count());
     CheckReadings(*file);
     const QByteArray once = Written(*file);
-    const std::optional<DataFile> again = Read(once, &error);
+    const Result<DataFile> again = Read(once);
     PX40_CHECK(again.has_value());
     PX40_CHECK(Written(*again) == once);
     return 0;

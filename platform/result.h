@@ -10,7 +10,8 @@ namespace px40 {
 /// What a caller may do something about; for all else the sentence is enough.
 enum class FailureCode {
     Other,
-    Cancelled, ///< the user, or the end of the program, wanted no more of it: nothing is to be told
+    Unreadable, ///< what was to be read, where it matters that it was not the writing
+    Cancelled,  ///< the user, or the end of the program, wanted no more of it: nothing is to be told
 };
 
 /// Why something was not done.

@@ -1,9 +1,9 @@
 // How a workbook takes its place: over which file, in which folder, and what lies beside it.
 
 #include "forward/filekind.h"
-#include "forward/replacement.h"
 #include "forward/workbookplace.h"
 #include "link/linkstate.h"
+#include "platform/replacefile.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
 #include "tests/bookrig.h"

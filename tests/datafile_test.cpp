@@ -17,11 +17,10 @@ std::optional<DataFile> Read(QByteArray bytes, QString *error = nullptr)
 {
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
-    QString reason;
-    std::optional<DataFile> file = ReadDataFile(buffer, &reason);
-    if (error)
-        *error = reason;
-    return file;
+    Result<DataFile> file = ReadDataFile(buffer);
+    if (error && !file)
+        *error = file.error().text;
+    return file ? std::optional(std::move(*file)) : std::nullopt;
 }
 
 QByteArray Written(const DataFile &file)
@@ -29,8 +28,7 @@ QByteArray Written(const DataFile &file)
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    QString error;
-    return WriteDataFile(file.header, file.rows, file.tableRows, buffer, &error) ? bytes : QByteArray();
+    return WriteDataFile(file.header, file.rows, file.tableRows, buffer) ? bytes : QByteArray();
 }
 
 /// Whether what is read from then on is written as it was.

@@ -27,8 +27,9 @@ struct Desk : FakeViews
         set->OpenNew(KindMemory);
         set->AddGridrow();
         set->AddData(u"12:34:56"_qs, u"1.5"_qs, u"mV"_qs, {}, {});
-        if (!name.isEmpty() && !set->SaveFile(Path(name)))
-            qFatal("%s", qPrintable(services.state.ErrorMessage));
+        const Result<> saved = name.isEmpty() ? Result<>() : set->SaveFile(Path(name));
+        if (!saved)
+            qFatal("%s", qPrintable(saved.error().text));
         sets << set;
         return set;
     }

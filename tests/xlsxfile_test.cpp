@@ -1,4 +1,4 @@
-#include "forward/replacement.h"
+#include "platform/replacefile.h"
 #include "resources/strings.h"
 #include "tests/bookrig.h"
 #include "tests/support.h"

@@ -60,8 +60,7 @@ void WriteNight(const QString &name)
         rows.Append({time, value, u"C."_s, u"0.0"_s, u"C."_s});
     }
     QFile file(name);
-    QString error;
-    Require(file.open(QIODevice::WriteOnly) && WriteDataFile(header, rows, ManyRows, file, &error),
+    Require(file.open(QIODevice::WriteOnly) && WriteDataFile(header, rows, ManyRows, file),
             u"The file \"%1\" cannot be made."_s.arg(name));
 }
 

@@ -68,15 +68,15 @@ QCoro::Task<Result<>> Download(Services *services, DecliningPrompts *prompts, St
 }
 
 /// Puts a whole download where it is to go.
-Result<> Keep(Target *target, DataSet *dataSet, const LinkState &state)
+Result<> Keep(Target *target, DataSet *dataSet)
 {
-    QString error;
-    if (target->toOutput && !dataSet->Write(target->output, &error))
-        return Fail(About(target->name, error));
-    if (target->toOutput || dataSet->SaveFile(target->name))
+    const Result<> kept = target->toOutput ? dataSet->Write(target->output) : dataSet->SaveFile(target->name);
+    if (kept)
         return {};
-    error = state.ErrorMessage.endsWith(u'.') ? state.ErrorMessage : state.ErrorMessage + u'.';
-    return Fail(About(target->name, error + u' ' + NothingSaved(target->name)));
+    QString error = kept.error().text;
+    if (!target->toOutput)
+        error = (error.endsWith(u'.') ? error : error + u'.') + u' ' + NothingSaved(target->name);
+    return Fail(About(target->name, error));
 }
 
 bool PrintStatistics(const DataSet &dataSet)
@@ -115,7 +115,7 @@ int RunDownload(const CommandLine &line)
     Result<> kept = RunToEnd(services.jobs, Download(&services, &prompts, &storedData, mode, dataSet),
                              Text(Str::DownloadFailed));
     if (kept)
-        kept = Keep(&target, dataSet.get(), services.state);
+        kept = Keep(&target, dataSet.get());
     int code = ExitNothingChanged;
     if (kept) {
         const bool printed = target.toOutput ||

@@ -85,14 +85,14 @@ Result<> Prepare(const QString &to, Target *target)
 Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 {
     auto dataSet = std::make_shared<DataSet>(services->state, services->shared);
-    bool loaded = dataSet->OpenFile(name);
+    Result<> loaded = dataSet->OpenFile(name);
     if (loaded && DataKind(dataSet->Kind()) == KindMemory) {
         services->shared.MemoryNumbers = true;
         dataSet = std::make_shared<DataSet>(services->state, services->shared);
         loaded = dataSet->OpenFile(name);
     }
     if (!loaded)
-        return Fail(About(name, services->state.ErrorMessage));
+        return Fail(About(name, loaded.error().text));
     return dataSet;
 }
 
@@ -122,10 +122,7 @@ Result<> Deliver(Target *target)
     QFile written(target->workbook);
     if (!written.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return Fail(written.errorString());
-    QString error;
-    if (!CopyBytes(written, target->output, &error, &error))
-        return Fail(error);
-    return {};
+    return CopyBytes(written, target->output);
 }
 
 } // namespace

@@ -1,18 +1,14 @@
-#include "forward/replacement.h"
-
-#include "platform/files.h"
+#include "platform/replacefile.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <QThread>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
 #ifdef Q_OS_WIN
 #ifndef NOMINMAX
@@ -23,6 +19,7 @@
 #else
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,8 +28,6 @@
 namespace px40 {
 
 namespace {
-
-constexpr qsizetype BlockSize = 256 * 1024;
 
 const QString NeighbourBegin = QStringLiteral(".px40-");
 const QString NeighbourEnd = QStringLiteral(".tmp");
@@ -45,10 +40,15 @@ QString NeighbourName(const QString &folder, const QString &random)
 
 #ifdef Q_OS_WIN
 
-bool SyncToDisk(QFile &file)
+/// The system's number of the error, or 0.
+int SyncToDisk(QFile &file)
 {
-    return _commit(file.handle()) == 0;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()));
+    return FlushFileBuffers(handle) ? 0 : static_cast<int>(GetLastError());
 }
+
+/// The renaming has done it.
+void SyncFolder(const QString &) {}
 
 void Mark(QFile &) {}
 
@@ -68,20 +68,40 @@ bool IsGone(qint64 pid)
     return ended;
 }
 
-/// 0, or what was in the way; never replaces anything.
-int RenameToFree(const std::filesystem::path &from, const std::filesystem::path &to)
+int Rename(const QString &from, const QString &to, bool mayReplace)
 {
-    return ::_wrename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    const DWORD flags = MOVEFILE_WRITE_THROUGH | (mayReplace ? MOVEFILE_REPLACE_EXISTING : 0);
+    const QString nativeFrom = QDir::toNativeSeparators(from);
+    const QString nativeTo = QDir::toNativeSeparators(to);
+    return MoveFileExW(reinterpret_cast<const wchar_t *>(nativeFrom.utf16()),
+                       reinterpret_cast<const wchar_t *>(nativeTo.utf16()), flags)
+               ? 0
+               : static_cast<int>(GetLastError());
+}
+
+bool IsHeld(int error)
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED;
 }
 
 void TakeModeOf(const QString &, QFile &) {}
 
 #else
 
-/// File systems that cannot tell count as good.
-bool SyncToDisk(QFile &file)
+/// The system's number of the error, or 0; file systems that cannot tell count as good.
+int SyncToDisk(QFile &file)
 {
-    return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+    return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
+}
+
+/// What is renamed stays so after a loss of power. If this fails, either of the two files is there, whole.
+void SyncFolder(const QString &name)
+{
+    const int folder = ::open(QFile::encodeName(name).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    ::fsync(folder);
+    ::close(folder);
 }
 
 /// Shows other processes, in containers of their own too, that somebody is still at work.
@@ -101,16 +121,25 @@ bool IsGone(qint64 pid)
     return ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
 }
 
-/// 0, or what was in the way; never replaces anything, unless the file system knows no links.
-int RenameToFree(const std::filesystem::path &from, const std::filesystem::path &to)
+int Rename(const QString &from, const QString &to, bool mayReplace)
 {
-    if (::link(from.c_str(), to.c_str()) == 0) {
-        ::unlink(from.c_str());
-        return 0;
+    const QByteArray fromName = QFile::encodeName(from);
+    const QByteArray toName = QFile::encodeName(to);
+    if (!mayReplace) {
+        if (::link(fromName.constData(), toName.constData()) == 0) {
+            ::unlink(fromName.constData());
+            return 0;
+        }
+        if (errno == EEXIST)
+            return EEXIST;
     }
-    if (errno == EEXIST)
-        return EEXIST;
-    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    return ::rename(fromName.constData(), toName.constData()) == 0 ? 0 : errno;
+}
+
+/// So a server tells that a program on another machine has the file open.
+bool IsHeld(int error)
+{
+    return error == EBUSY || error == ETXTBSY;
 }
 
 /// As far as this user may: another's file stays his if the administrator changes it.
@@ -182,7 +211,14 @@ FilePrint PrintOf(const QString &name)
     return print;
 }
 
-Replacement::Replacement(const QString &name) : name_(name) {}
+Renaming Renaming::OfTheSystem()
+{
+    return {&Rename, [](int milliseconds) { QThread::msleep(static_cast<unsigned long>(milliseconds)); }};
+}
+
+Replacement::Replacement(const QString &name, Renaming renaming) : name_(name), renaming_(std::move(renaming))
+{
+}
 
 Replacement::~Replacement()
 {
@@ -192,7 +228,7 @@ Replacement::~Replacement()
     file_.remove();
 }
 
-bool Replacement::Open()
+Result<> Replacement::Open()
 {
     // What it replaces may be nobody else's to read.
     const bool replaces = QFileInfo::exists(name_);
@@ -209,80 +245,36 @@ bool Replacement::Open()
         return Fail(reason);
     }
     Mark(file_);
-    waiting_.reserve(BlockSize);
-    return true;
+    return {};
 }
 
-qint64 Replacement::Size() const
+Result<> Replacement::Finish()
 {
-    return std::max(size_, Position());
-}
-
-bool Replacement::Fail(const QString &reason)
-{
-    error_ = reason;
-    return false;
-}
-
-bool Replacement::Flush()
-{
-    if (!WriteBytes(file_, waiting_.constData(), waiting_.size(), &error_))
-        return false;
-    at_ += waiting_.size();
-    size_ = std::max(size_, at_);
-    waiting_.resize(0);
-    return true;
-}
-
-bool Replacement::Write(const char *bytes, qint64 size)
-{
-    while (size > 0) {
-        const qsizetype taken = std::min<qsizetype>(size, BlockSize - waiting_.size());
-        waiting_.append(bytes, taken);
-        bytes += taken;
-        size -= taken;
-        if (waiting_.size() == BlockSize && !Flush())
-            return false;
-    }
-    return true;
-}
-
-bool Replacement::Seek(qint64 to)
-{
-    if (!Flush())
-        return false;
-    if (!file_.seek(to))
-        return Fail(file_.errorString());
-    at_ = to;
-    return true;
-}
-
-bool Replacement::Finish()
-{
-    if (!Flush())
-        return false;
     TakeModeOf(name_, file_);
-    return SyncToDisk(file_) || Fail(qt_error_string());
+    const int error = SyncToDisk(file_);
+    if (error != 0)
+        return Fail(qt_error_string(error));
+    return {};
 }
 
-bool Replacement::TakePlace(bool mayReplace)
+Result<> Replacement::TakePlace(bool mayReplace)
 {
 #ifdef Q_OS_WIN
     file_.close(); // an open file cannot be renamed there
 #endif
-    const std::filesystem::path from = file_.filesystemFileName();
-    const std::filesystem::path to = QFileInfo(name_).filesystemFilePath();
-    std::error_code problem;
-    if (mayReplace)
-        std::filesystem::rename(from, to, problem);
-    else
-        problem.assign(RenameToFree(from, to), std::generic_category());
-    if (problem)
-        return Fail(mayReplace ? qt_error_string(problem.value())
-                               : QString::fromStdString(problem.message()));
+    constexpr int Tries = 10;
+    constexpr int PauseMs = 50;
+    int error = renaming_.rename(file_.fileName(), name_, mayReplace);
+    for (int i = 1; i < Tries && IsHeld(error); ++i) {
+        renaming_.pause(PauseMs);
+        error = renaming_.rename(file_.fileName(), name_, mayReplace);
+    }
+    if (error != 0)
+        return Fail(qt_error_string(error));
     file_.close();
     file_.setFileName({});
-    return true;
+    SyncFolder(QFileInfo(name_).path());
+    return {};
 }
 
 void Replacement::Sweep(const QString &name)
@@ -295,6 +287,26 @@ void Replacement::Sweep(const QString &name)
         if (IsLeftover(path))
             QFile::remove(path);
     }
+}
+
+Result<> ReplaceFile(const QString &name, const WriteTo &write)
+{
+    const QString real = RealName(name);
+    const QFileInfo info(real);
+    if (info.isDir())
+        return Fail(QStringLiteral("Filename refers to a directory"));
+    if (info.exists() && !info.isWritable())
+        return Fail(QStringLiteral("Existing file %1 is not writable").arg(name));
+    Replacement::Sweep(real);
+    Replacement file(real);
+    Result<> done = file.Open();
+    if (done)
+        done = write(file.File());
+    if (done)
+        done = file.Finish();
+    if (done)
+        done = file.TakePlace(true);
+    return done;
 }
 
 } // namespace px40

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/result.h"
+
+#include <QFile>
+#include <QString>
+
+#include <functional>
+
+namespace px40 {
+
+/// The file that a name leads to through symbolic links, as an absolute name; it need not exist.
+QString RealName(const QString &name);
+
+/// What tells one state of a file from another: new content comes with a new print.
+struct FilePrint
+{
+    qint64 size = -1; ///< -1: there is no such file
+    qint64 time = 0;
+    quint64 number = 0; ///< of the file in its file system, where it has one
+
+    bool operator==(const FilePrint &) const = default;
+};
+
+FilePrint PrintOf(const QString &name);
+
+/// Names in that folder, with letters for "XXXXXX", for what `Replacement::Sweep` removes if it is left
+/// there.
+QString NeighbourTemplate(const QString &folder);
+
+/// How files are renamed; tests put another one in.
+struct Renaming
+{
+    /// Gives 0, or the system's number of what was in the way. Without `mayReplace` nothing that is there is
+    /// replaced, not even what came this very moment, unless the file system knows no way to do that.
+    std::function<int(const QString &from, const QString &to, bool mayReplace)> rename;
+    std::function<void(int milliseconds)> pause;
+
+    static Renaming OfTheSystem();
+};
+
+/// A file that is to take the place of another, or to be a new one: written as a temporary neighbour, which
+/// is gone when this goes, unless it has taken its place. So whatever happens the name holds either what it
+/// held or all of the new. Why not `QSaveFile`: it replaces a file that has come meanwhile, does not say
+/// whether the disk has the bytes, and leaves its neighbour behind after a crash.
+class Replacement
+{
+  public:
+    /// `name`: a real name, see `RealName`.
+    explicit Replacement(const QString &name, Renaming renaming = Renaming::OfTheSystem());
+    ~Replacement();
+    Replacement(const Replacement &) = delete;
+    Replacement &operator=(const Replacement &) = delete;
+
+    /// Makes the neighbour.
+    Result<> Open();
+
+    /// The neighbour, to be written, by `WriteBytes`: it has no buffer.
+    QFile &File() { return file_; }
+
+    /// The disk has every byte, and the file the owner and the permissions of the one that it is to replace.
+    Result<> Finish();
+
+    /// Waits a moment and tries again where somebody, a virus scanner or a program that copies files
+    /// elsewhere, holds one of the two. Afterwards the folder is on the disk too.
+    Result<> TakePlace(bool mayReplace);
+
+    /// Removes the neighbours of that file which a program that is gone has left there.
+    static void Sweep(const QString &name);
+
+  private:
+    QString name_;
+    QFile file_;
+    Renaming renaming_;
+};
+
+/// Gives an open device all that it is to hold.
+using WriteTo = std::function<Result<>(QIODevice &to)>;
+
+/// Puts what `write` writes in the place of the file `name`, or makes that anew. Leads through a link to what
+/// it names. Nothing is replaced without the right to write in the folder and to the file.
+Result<> ReplaceFile(const QString &name, const WriteTo &write);
+
+} // namespace px40
