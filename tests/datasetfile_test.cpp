@@ -291,7 +291,8 @@ void DataSetFileTest::HeldFilesAreTriedAgain()
         QCOMPARE(Why(file.Open()), QString());
         QCOMPARE(Why(WriteBytes(file.File(), "new", 3)), QString());
         QCOMPARE(Why(file.Finish()), QString());
-        QCOMPARE(Why(file.TakePlace(true)), tried > failures ? QString() : qt_error_string(error));
+        const QString why = Why(file.TakePlace(true));
+        QCOMPARE(why, tried > failures ? QString() : qt_error_string(error));
     }
     QCOMPARE(tried, tries);
     QCOMPARE(pauses, tries - 1);
