@@ -106,11 +106,21 @@ QCoro::Task<void> FileCommands::OpenRecent(QString name)
 
 QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set)
 {
+    return SaveOnce(set, false);
+}
+
+QCoro::Task<bool> FileCommands::SaveAs(std::shared_ptr<DataSet> set)
+{
+    return SaveOnce(set, true);
+}
+
+QCoro::Task<bool> FileCommands::SaveOnce(std::shared_ptr<DataSet> set, bool underNewName)
+{
     if (saving_.contains(set.get()))
         co_return false;
     saving_.insert(set.get());
     const auto leave = qScopeGuard([this, set] { saving_.remove(set.get()); });
-    const QString name = set->GetFilename();
+    const QString name = underNewName ? QString() : set->GetFilename();
     bool saved = false;
     if (!name.isEmpty() && MayBeWritten(name)) {
         saved = co_await Write(set, name);
@@ -121,16 +131,6 @@ QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set)
         co_await services_->prompts.Warn(text);
     }
     saved = co_await AskAndSave(set);
-    co_return saved;
-}
-
-QCoro::Task<bool> FileCommands::SaveAs(std::shared_ptr<DataSet> set)
-{
-    if (saving_.contains(set.get()))
-        co_return false;
-    saving_.insert(set.get());
-    const auto leave = qScopeGuard([this, set] { saving_.remove(set.get()); });
-    const bool saved = co_await AskAndSave(set);
     co_return saved;
 }
 

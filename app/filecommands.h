@@ -48,6 +48,7 @@ class FileCommands : public DataSaver
     QCoro::Task<bool> SaveAs(std::shared_ptr<DataSet> set);
 
   private:
+    QCoro::Task<bool> SaveOnce(std::shared_ptr<DataSet> set, bool underNewName);
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
     Result<> WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;

@@ -11,9 +11,9 @@ namespace px40 {
 
 namespace {
 
-const auto *const Section = "Forward";
-const auto *const OpenAfterKey = "OpenAfter";
-const auto *const No = "0";
+const QString Section = QStringLiteral("Forward");
+const QString OpenAfterKey = QStringLiteral("OpenAfter");
+const QString No = QStringLiteral("0");
 
 ForwardServices ServicesOf(Services &services, MainViews &views)
 {
@@ -23,18 +23,15 @@ ForwardServices ServicesOf(Services &services, MainViews &views)
 
 ForwardMemory Remembered(const Services &services)
 {
-    const QString openAfter =
-        services.store.Get(QLatin1StringView(Section), QLatin1StringView(OpenAfterKey), QString());
     return {services.settings.ForwardFileText, services.settings.ForwardTitleText,
-            openAfter != QLatin1StringView(No)};
+            services.store.Get(Section, OpenAfterKey, QString()) != No};
 }
 
 void Remember(const ForwardMemory &memory, Services &services)
 {
     services.settings.ForwardFileText = memory.file;
     services.settings.ForwardTitleText = memory.title;
-    services.store.Save(QLatin1StringView(Section), QLatin1StringView(OpenAfterKey),
-                        memory.openAfter ? QString() : QString(QLatin1StringView(No)));
+    services.store.Save(Section, OpenAfterKey, memory.openAfter ? QString() : No);
 }
 
 } // namespace

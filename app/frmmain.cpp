@@ -8,13 +8,13 @@
 #include "app/mainactions.h"
 #include "app/maincommands.h"
 #include "app/services.h"
+#include "app/statusbar.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "document/frmsetting.h"
 #include "forward/frmforward.h"
 #include "forward/spreadsheet.h"
 #include "forward/xlsxfile.h"
-#include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/oneshot.h"
 #include "resources/icons.h"
@@ -23,20 +23,14 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
-#include <QLabel>
 #include <QMenu>
 #include <QMimeData>
-#include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace px40 {
 
 namespace {
-
-constexpr int MessageWidth = 28; // in characters
 
 QStringList LocalFiles(const QMimeData *mime)
 {
@@ -56,7 +50,7 @@ frmMain::frmMain(Services &services)
       frmCancel_(new frmCancel(
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
       commands_(new MainCommands(services, *this, *frmCancel_, tmRealtime)),
-      live_(new Live(services, *commands_, tmCheckStat, this))
+      live_(new Live(services, *commands_, tmCheckStat, this)), statusBar_(new StatusBar(services, this))
 {
     commands_->setParent(this);
     setObjectName(QStringLiteral("frmMain"));
@@ -65,9 +59,8 @@ frmMain::frmMain(Services &services)
                    (services.simulated ? Text(Str::DemoTitleSuffix) : QString()));
     setCentralWidget(workspace_);
     setAcceptDrops(true);
-    BuildStatusBar();
+    setStatusBar(statusBar_);
     ConnectAll();
-    ShowPort();
     actions_->ShowRecentFiles(commands_->Files().Recent().Names());
     commands_->RefreshRules();
     actions_->Item(Command::ViewToolbar)->setChecked(true);
@@ -83,24 +76,6 @@ frmMain::frmMain(Services &services)
 }
 
 frmMain::~frmMain() = default;
-
-void frmMain::BuildStatusBar()
-{
-    statusBar()->setObjectName(QStringLiteral("sbMain"));
-    message_ = new ElidedLabel(this);
-    message_->setObjectName(QStringLiteral("Msg"));
-    selection_ = new ElidedLabel(this);
-    selection_->setObjectName(QStringLiteral("Sel"));
-    for (ElidedLabel *const label : {message_, selection_}) {
-        label->setContentsMargins(6, 0, 6, 0);
-        label->setMinimumWidth(1); // a long text widens no window
-        statusBar()->addWidget(label);
-    }
-    port_ = new QLabel(this);
-    port_->setObjectName(QStringLiteral("Port"));
-    port_->setContentsMargins(6, 0, 6, 0);
-    statusBar()->addPermanentWidget(port_);
-}
 
 void frmMain::ConnectAll()
 {
@@ -124,16 +99,6 @@ void frmMain::ConnectAll()
         Q_EMIT left();
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
-
-    StatusLine *const line = &services_->statusLine;
-    connect(line, &StatusLine::changed, this, &frmMain::ShowMessage);
-    const QString lost = FirstLine(Text(Str::PortLost));
-    connect(&services_->comm, &Comm::portLost, line, [line, lost] { line->Show(lost); });
-    connect(&services_->comm, &Comm::portChanged, this, [this, line, lost] {
-        if (!services_->comm.IsLost())
-            line->TakeBack(lost);
-        ShowPort();
-    });
 }
 
 void frmMain::ShowPlaced()
@@ -144,37 +109,10 @@ void frmMain::ShowPlaced()
     live_->OpenSource();
 }
 
-void frmMain::ShowMessage(const QString &text)
-{
-    message_->SetText(text);
-    // So much of it is seen also in a narrow window, beside what is told of a selection.
-    const QFontMetrics metrics = message_->fontMetrics();
-    message_->setMinimumWidth(
-        std::min(metrics.horizontalAdvance(text), MessageWidth * metrics.averageCharWidth()));
-}
-
-/// Of the active data window's selected rows, beside the message: neither takes the other away.
 void frmMain::ShowSelection()
 {
     const frmData *const active = ActiveWindow();
-    const QString text = active ? active->SelectionText() : QString();
-    selection_->setText(text);
-    selection_->setToolTip(text + u'\n' + Text(Str::SelectionTip));
-    selection_->setVisible(!text.isEmpty());
-}
-
-void frmMain::ShowPort()
-{
-    const int number = services_->comm.PortNumber();
-    if (services_->comm.IsOpen()) {
-        const QString device = services_->simulated && services_->ports.IsFixed(number)
-                                   ? Text(Str::PortPanelSimulated)
-                                   : services_->ports.Device(number);
-        port_->setText(Text(Str::PortPanelOpen).arg(number).arg(device));
-    } else {
-        port_->setText(
-            Text(services_->comm.IsLost() ? Str::PortPanelLost : Str::PortPanelClosed).arg(number));
-    }
+    statusBar_->ShowSelection(active ? active->SelectionText() : QString());
 }
 
 void frmMain::ShowRules()
@@ -201,35 +139,10 @@ void frmMain::OnWindowActivated()
 
 void frmMain::EnableApplication(bool enabled)
 {
-    // Disabling takes the focus from the active data window; it gets it back.
-    if (!enabled)
-        activeBefore_ = workspace_->activeSubWindow();
     for (std::size_t i = 0; i < MainMenuCount; ++i)
         actions_->Menu(static_cast<MainMenu>(i))->setEnabled(enabled);
     actions_->MainBar()->setEnabled(enabled);
-    const QList<QMdiSubWindow *> windows = workspace_->subWindowList();
-    for (QMdiSubWindow *const window : windows)
-        window->setEnabled(enabled);
-    if (!enabled)
-        return;
-    ReturnFocus();
-    QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
-}
-
-void frmMain::ReturnFocus()
-{
-    if (!activeBefore_)
-        return;
-    workspace_->setFocus(); // so that no other data window gets it while the table of this one is hidden
-    activeBefore_->setFocus();
-}
-
-void frmMain::ActivateAgain()
-{
-    if (!isActiveWindow() || frmCancel_->isVisible())
-        return;
-    ReturnFocus();
-    activeBefore_ = nullptr;
+    workspace_->EnableWindows(enabled);
 }
 
 void frmMain::Run(Command command)
@@ -260,7 +173,7 @@ void frmMain::Run(Command command)
         actions_->SubBar()->setVisible(checked);
         break;
     case Command::ViewStatusbar:
-        statusBar()->setVisible(checked);
+        statusBar_->setVisible(checked);
         break;
     case Command::ViewMoniter:
         live_->ToggleMoniter();
@@ -426,7 +339,7 @@ void frmMain::changeEvent(QEvent *event)
     if (event->type() == QEvent::PaletteChange)
         actions_->MakeIcons();
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        QMetaObject::invokeMethod(this, &frmMain::ActivateAgain, Qt::QueuedConnection);
+        workspace_->ReturnFocusSoon();
 }
 
 void frmMain::dragEnterEvent(QDragEnterEvent *event)

@@ -5,22 +5,19 @@
 #include "platform/timer.h"
 
 #include <QMainWindow>
-#include <QPointer>
 
 class QCloseEvent;
 class QDialog;
 class QDragEnterEvent;
 class QDropEvent;
 class QEvent;
-class QLabel;
-class QMdiSubWindow;
 
 namespace px40 {
 
-class ElidedLabel;
 class Live;
 class MainActions;
 class MainCommands;
+class StatusBar;
 class Workspace;
 class frmCancel;
 class frmData;
@@ -62,16 +59,11 @@ class frmMain : public QMainWindow, private MainViews
 
   private:
     void ConnectAll();
-    void BuildStatusBar();
-    void ShowMessage(const QString &text);
     void ShowSelection();
-    void ShowPort();
     void ShowRules();
     void ShowLiveWindows();
     void OnWindowActivated();
     void EnableApplication(bool enabled);
-    void ReturnFocus();
-    void ActivateAgain();
     bool TakeDrop(QDropEvent *event) const;
     frmData *ActiveWindow() const;
     frmData *WindowOf(const std::shared_ptr<DataSet> &dataSet) const;
@@ -94,10 +86,7 @@ class frmMain : public QMainWindow, private MainViews
     frmCancel *frmCancel_;
     MainCommands *commands_;
     Live *live_;
-    QPointer<QMdiSubWindow> activeBefore_;
-    ElidedLabel *message_ = nullptr;
-    ElidedLabel *selection_ = nullptr;
-    QLabel *port_ = nullptr;
+    StatusBar *statusBar_;
     bool mayGo_ = false;
 };
 

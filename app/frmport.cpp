@@ -1,6 +1,9 @@
 #include "app/frmport.h"
 
 #include "app/services.h"
+#include "platform/named.h"
+#include "platform/timer.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QComboBox>
@@ -15,8 +18,6 @@
 namespace px40 {
 
 namespace {
-
-constexpr int ClickDelayMs = 10;
 
 /// Lists the devices afresh each time it opens, so that one that was just plugged in is there.
 class DeviceBox : public QComboBox
@@ -43,89 +44,64 @@ class DeviceBox : public QComboBox
 
 } // namespace
 
-int PortEntryFor(const QString &portNumberText)
-{
-    for (int number = PortMap::First; number <= PortMap::Last; ++number) {
-        if (portNumberText == QString::number(number))
-            return number - PortMap::First;
-    }
-    return 0;
-}
-
 frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
-    : QDialog(parent), services_(&services), checkTimer_(&checkTimer),
-      llPort_(new QLabel(Text(Str::PortLabel), this)), cbPort_(new QComboBox(this)),
-      btOk_(new QPushButton(Text(Str::Ok), this)), btCancel_(new QPushButton(Text(Str::Cancel), this))
+    : FormDialog(QStringLiteral("frmPort"), Text(Str::PortTitle), services.prompts, services.jobs, parent),
+      services_(&services), checkTimer_(&checkTimer), cbPort_(NewNamed<QComboBox>(u"cbPort", this))
 {
-    setObjectName(QStringLiteral("frmPort"));
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(Text(Str::PortTitle));
-    llPort_->setObjectName(QStringLiteral("llPort"));
-    cbPort_->setObjectName(QStringLiteral("cbPort"));
-    btOk_->setObjectName(QStringLiteral("btOk"));
-    btCancel_->setObjectName(QStringLiteral("btCancel"));
-    llPort_->setBuddy(cbPort_);
+    auto *const llPort = NewNamed<QLabel>(u"llPort", Text(Str::PortLabel), this);
+    llPort->setBuddy(cbPort_);
     for (int number = PortMap::First; number <= PortMap::Last; ++number)
         cbPort_->addItem(QString::number(number));
-    // A simulated instrument stands on a port of its own, whatever is kept.
-    const QString port =
-        services.simulated ? QString::number(services.comm.PortNumber()) : services.settings.PortNumberText;
-    cbPort_->setCurrentIndex(PortEntryFor(port));
+    // A simulated instrument stands on a port of its own, whatever is kept. A text that is no number of a
+    // port leaves the first one.
+    cbPort_->setCurrentText(services.simulated ? QString::number(services.comm.PortNumber())
+                                               : services.settings.PortNumberText);
     cbPort_->setMaxVisibleItems(PortMap::Last);
 
     auto *const column = new QVBoxLayout(this);
     auto *const grid = new QGridLayout;
     grid->setColumnStretch(1, 1);
     grid->setHorizontalSpacing(12);
-    grid->addWidget(llPort_, 0, 0);
+    grid->addWidget(llPort, 0, 0);
     grid->addWidget(cbPort_, 0, 1, Qt::AlignLeft);
     column->addLayout(grid);
     if (PortMap::CanAssign()) {
-        BuildDeviceRow();
-        grid->addWidget(llDevice_, 1, 0);
+        cbDevice_ = BuildDeviceBox();
+        auto *const llDevice = new QLabel(Text(Str::PortDeviceLabel), this);
+        llDevice->setBuddy(cbDevice_);
+        llDeviceInfo_ = NewNamed<QLabel>(u"llDeviceInfo", this);
+        llDeviceInfo_->setForegroundRole(QPalette::PlaceholderText);
+        llDeviceInfo_->setWordWrap(true);
+        llDeviceInfo_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+        llDeviceInfo_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
+        grid->addWidget(llDevice, 1, 0);
         grid->addWidget(cbDevice_, 1, 1);
         grid->addWidget(llDeviceInfo_, 2, 1);
         setMinimumWidth(fontMetrics().averageCharWidth() * 94);
+        ShowDeviceOfPort();
     }
     column->addSpacing(8);
     column->addStretch(1);
-    auto *const buttons = new QDialogButtonBox(this);
-    buttons->addButton(btOk_, QDialogButtonBox::AcceptRole);
-    buttons->addButton(btCancel_, QDialogButtonBox::RejectRole);
-    btOk_->setDefault(true);
-    column->addWidget(buttons);
-
-    // The click returns first; the work is done on the tick.
-    connect(btOk_, &QPushButton::clicked, this, [this] { tmPortInter_.SetInterval(ClickDelayMs); });
-    connect(btCancel_, &QPushButton::clicked, this, &QDialog::reject);
-    connect(&tmPortInter_, &Timer::tick, this, &frmPort::OnTick);
+    column->addWidget(BuildButtons(Text(Str::Ok), Text(Str::Cancel)));
+    btOk_ = findChild<QPushButton *>(QStringLiteral("btOk"));
     cbPort_->setFocus();
 }
 
-void frmPort::BuildDeviceRow()
+QComboBox *frmPort::BuildDeviceBox()
 {
-    llDevice_ = new QLabel(Text(Str::PortDeviceLabel), this);
-    cbDevice_ = new DeviceBox(this);
-    cbDevice_->setObjectName(QStringLiteral("cbDevice"));
-    cbDevice_->setEditable(true);
-    cbDevice_->setCompleter(nullptr); // what is typed must not become another device
-    cbDevice_->setInsertPolicy(QComboBox::NoInsert);
-    cbDevice_->lineEdit()->setPlaceholderText(Text(Str::PortDeviceHint));
-    cbDevice_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    llDevice_->setBuddy(cbDevice_);
-    llDeviceInfo_ = new QLabel(this);
-    llDeviceInfo_->setObjectName(QStringLiteral("llDeviceInfo"));
-    llDeviceInfo_->setForegroundRole(QPalette::PlaceholderText);
-    llDeviceInfo_->setWordWrap(true);
-    llDeviceInfo_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    llDeviceInfo_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
+    auto *const box = NewNamed<DeviceBox>(u"cbDevice", this);
+    box->setEditable(true);
+    box->setCompleter(nullptr); // what is typed must not become another device
+    box->setInsertPolicy(QComboBox::NoInsert);
+    box->lineEdit()->setPlaceholderText(Text(Str::PortDeviceHint));
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     connect(cbPort_, &QComboBox::currentIndexChanged, this, &frmPort::ShowDeviceOfPort);
-    connect(cbDevice_, &QComboBox::editTextChanged, this, &frmPort::DescribeDevice);
-    connect(cbDevice_, &QComboBox::activated, this, [this](int entry) {
+    connect(box, &QComboBox::editTextChanged, this, &frmPort::DescribeDevice);
+    connect(box, &QComboBox::activated, this, [this, box](int entry) {
         devices_ = PortMap::LiveDevices();
-        cbDevice_->setEditText(cbDevice_->itemData(entry).toString());
+        box->setEditText(box->itemData(entry).toString());
     });
-    ShowDeviceOfPort();
+    return box;
 }
 
 int frmPort::ChosenPort() const
@@ -181,16 +157,18 @@ void frmPort::KeepDevice()
         services_->ports.Assign(number, path);
 }
 
-void frmPort::OnTick()
+void frmPort::Confirm()
 {
-    tmPortInter_.SetInterval(0);
     btOk_->setEnabled(false);
     KeepDevice();
-    services_->jobs.Launch(Apply(this), "opening the port");
+    jobs_->Launch(Apply(this), "opening the port");
 }
 
 QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
 {
+    co_await NextEventLoopTurn(); // the click returns first
+    if (!dialog)
+        co_return;
     Services *const services = dialog->services_;
     services->comm.ClosePort();
     dialog->checkTimer_->SetInterval(0);

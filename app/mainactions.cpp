@@ -78,7 +78,7 @@ struct ButtonEntry
     bool beginsGroup;
 };
 
-constexpr ButtonEntry MainButtons[] = {
+constexpr ButtonEntry Buttons[] = {
     {u"Open", Str::TipOpen, Command::FileOpen, u"open", false},
     {u"Save", Str::TipSave, Command::FileSave, u"save", false},
     {u"Forward", Str::TipForward, Command::FileForward, u"forward", false},
@@ -89,9 +89,8 @@ constexpr ButtonEntry MainButtons[] = {
     {u"Graph", Str::TipGraph, Command::SetupGraph, u"graph", false},
     {u"Moniter", Str::TipMoniter, Command::ViewMoniter, u"moniter", true},
     {u"Source", Str::TipSource, Command::ViewSource, u"source", false},
+    {u"Stop", Str::TipStop, Command::RealtimeStop, u"stop", false}, // on a bar of its own
 };
-
-constexpr ButtonEntry SubButtons[] = {{u"Stop", Str::TipStop, Command::RealtimeStop, u"stop", false}};
 
 bool IsCheckable(Command command)
 {
@@ -134,13 +133,19 @@ void MainActions::BuildMenus()
             continue;
         }
         const Command command = *entry.command;
-        QAction *const item = menu->addAction(Text(entry.caption));
-        item->setObjectName(QString::fromUtf16(entry.name));
+        QAction *const item = AddAction(menu, entry.name, entry.caption, command);
         item->setShortcut(QKeySequence(QString::fromUtf16(entry.shortcut)));
-        item->setCheckable(IsCheckable(command));
-        connect(item, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
         items_.at(Index(command)) = item;
     }
+}
+
+QAction *MainActions::AddAction(QWidget *to, const char16_t *name, Str caption, Command command)
+{
+    QAction *const action = to->addAction(Text(caption));
+    action->setObjectName(QString::fromUtf16(name));
+    action->setCheckable(IsCheckable(command));
+    connect(action, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
+    return action;
 }
 
 void MainActions::ShowRecentFiles(const QStringList &names)
@@ -163,16 +168,6 @@ void MainActions::ShowRecentFiles(const QStringList &names)
 
 void MainActions::BuildToolBars()
 {
-    const auto add = [this](QToolBar *bar, const ButtonEntry &entry) {
-        if (entry.beginsGroup)
-            bar->addSeparator();
-        const Command command = entry.command;
-        QAction *const button = bar->addAction(Text(entry.tip));
-        button->setObjectName(QString::fromUtf16(entry.key));
-        button->setCheckable(IsCheckable(command));
-        connect(button, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
-        buttons_.at(Index(command)) = button;
-    };
     const auto makeBar = [this](const QString &name) {
         QToolBar *const bar = window_->addToolBar(name);
         bar->setObjectName(name);
@@ -182,17 +177,15 @@ void MainActions::BuildToolBars()
         return bar;
     };
     tbMain_ = makeBar(QStringLiteral("tbMain"));
-    for (const ButtonEntry &entry : MainButtons)
-        add(tbMain_, entry);
     tbSub_ = makeBar(QStringLiteral("tbSub"));
-    for (const ButtonEntry &entry : SubButtons)
-        add(tbSub_, entry);
+    for (const ButtonEntry &entry : Buttons) {
+        QToolBar *const bar = entry.command == Command::RealtimeStop ? tbSub_ : tbMain_;
+        if (entry.beginsGroup)
+            bar->addSeparator();
+        buttons_.at(Index(entry.command)) = AddAction(bar, entry.key, entry.tip, entry.command);
+    }
     window_->setContextMenuPolicy(Qt::NoContextMenu);
-
-    auto *const saveMode = new QAction(window_);
-    saveMode->setObjectName(QStringLiteral("Sdata"));
-    connect(saveMode, &QAction::triggered, this, [this] { Q_EMIT triggered(Command::DataSave); });
-    buttons_.at(Index(Command::DataSave)) = saveMode;
+    buttons_.at(Index(Command::DataSave)) = AddAction(window_, u"Sdata", NoCaption, Command::DataSave);
 }
 
 void MainActions::MakeIcons()
@@ -202,9 +195,7 @@ void MainActions::MakeIcons()
         if (entry.command && entry.icon[0] != u'\0')
             Item(*entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
     }
-    for (const ButtonEntry &entry : MainButtons)
-        Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
-    for (const ButtonEntry &entry : SubButtons)
+    for (const ButtonEntry &entry : Buttons)
         Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
 }
 

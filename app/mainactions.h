@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/commandrules.h"
+#include "resources/strings.h"
 
 #include <QObject>
 #include <QStringList>
@@ -21,8 +22,8 @@ constexpr std::size_t MainMenuCount = 6;
 /// Menus, tool bars and their actions, made from tables and told apart by command.
 ///
 /// A menu item and a tool bar button of the same command are two actions, because the rules enable them
-/// apart. A button's object name is its key ("Open", "Mdata", ...). The SAVE-mode download, "Sdata", is an
-/// action that stands in no menu and on no bar.
+/// apart. A button's object name is its key ("Open", "Mdata", ...). The SAVE-mode download
+/// stands in no menu and on no bar.
 class MainActions : public QObject
 {
     Q_OBJECT
@@ -56,6 +57,7 @@ class MainActions : public QObject
   private:
     void BuildMenus();
     void BuildToolBars();
+    QAction *AddAction(QWidget *to, const char16_t *name, Str caption, Command command);
 
     QMainWindow *window_;
     std::array<QMenu *, MainMenuCount> menus_{};

@@ -79,13 +79,18 @@ void KeepClearOfField(QMessageBox *box)
     box->move(corner + QPoint(0, title - (inner.top() - outer.top())));
 }
 
-/// Without the picture that some desktops give to standard buttons: no other dialog here has any.
-QPushButton *AddButton(QMessageBox *box, QMessageBox::StandardButton button, Str text)
+Str Caption(QMessageBox::StandardButton button)
 {
-    QPushButton *const added = box->addButton(button);
-    added->setText(Text(text));
-    added->setIcon(QIcon());
-    return added;
+    switch (button) {
+    case QMessageBox::Yes:
+        return Str::Yes;
+    case QMessageBox::No:
+        return Str::No;
+    case QMessageBox::Cancel:
+        return Str::Cancel;
+    default:
+        return Str::Ok;
+    }
 }
 
 /// What is wrong with a file or folder, and which one.
@@ -98,22 +103,15 @@ QString About(Str text, const QString &path)
 
 QCoro::Task<void> MessagePrompts::Warn(QString text)
 {
-    QMessageBox *const box = MakeBox(QMessageBox::Warning, text);
-    AddButton(box, QMessageBox::Ok, Str::Ok);
-    const OneShot<int> closed = Open(box);
+    const OneShot<int> closed = OpenBox(text, QMessageBox::Warning, {QMessageBox::Ok});
     co_await closed;
 }
 
 QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon)
 {
-    QMessageBox *const box =
-        MakeBox(icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning, text);
-    QPushButton *const yes = AddButton(box, QMessageBox::Yes, Str::Yes);
-    AddButton(box, QMessageBox::No, Str::No);
-    QPushButton *const cancel = AddButton(box, QMessageBox::Cancel, Str::Cancel);
-    box->setDefaultButton(yes);
-    box->setEscapeButton(cancel);
-    const OneShot<int> closed = Open(box);
+    const OneShot<int> closed =
+        OpenBox(text, icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning,
+                {QMessageBox::Yes, QMessageBox::No, QMessageBox::Cancel});
     const int button = co_await closed;
     if (button == QMessageBox::Yes)
         co_return Answer::Yes;
@@ -138,6 +136,19 @@ QCoro::Task<int> MessagePrompts::AskOneOf(QString text, QStringList choices)
     co_return static_cast<int>(*chosen);
 }
 
+OneShot<int> MessagePrompts::OpenBox(const QString &text, QMessageBox::Icon icon,
+                                     const QList<QMessageBox::StandardButton> &buttons)
+{
+    QMessageBox *const box = MakeBox(icon, text);
+    for (const QMessageBox::StandardButton button : buttons) {
+        QPushButton *const added = box->addButton(button);
+        added->setText(Text(Caption(button)));
+        added->setIcon(QIcon()); // which some desktops give to standard buttons: no other dialog here has any
+    }
+    box->setDefaultButton(buttons.constFirst());
+    return Open(box);
+}
+
 OneShot<int> MessagePrompts::Open(QMessageBox *box)
 {
     OneShot<int> closed;
@@ -152,18 +163,6 @@ OneShot<int> MessagePrompts::Open(QMessageBox *box)
         box->show();
     }
     return closed;
-}
-
-QCoro::Task<bool> MessagePrompts::AskReplace(QString name)
-{
-    QMessageBox *const box = MakeBox(QMessageBox::Warning, About(Str::FileReplace, name));
-    AddButton(box, QMessageBox::Yes, Str::Yes);
-    QPushButton *const no = AddButton(box, QMessageBox::No, Str::No);
-    box->setDefaultButton(no);
-    box->setEscapeButton(no);
-    const OneShot<int> closed = Open(box);
-    const int button = co_await closed;
-    co_return button == QMessageBox::Yes;
 }
 
 QCoro::Task<QString> MessagePrompts::AskOpenFile(QString filter, QString preferred)
@@ -215,7 +214,10 @@ QCoro::Task<bool> MessagePrompts::MaySaveAs(QString name)
         usable = false;
         co_await Warn(About(Str::FolderNotThere, file.absolutePath()));
     } else if (file.exists()) {
-        usable = co_await AskReplace(name);
+        const OneShot<int> closed =
+            OpenBox(About(Str::FileReplace, name), QMessageBox::Warning, {QMessageBox::No, QMessageBox::Yes});
+        const int button = co_await closed;
+        usable = button == QMessageBox::Yes;
     }
     co_return usable;
 }

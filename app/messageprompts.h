@@ -4,10 +4,10 @@
 #include "platform/prompts.h"
 
 #include <QList>
+#include <QMessageBox>
 #include <QPointer>
 
 class QDialog;
-class QMessageBox;
 
 namespace px40 {
 
@@ -26,8 +26,10 @@ class MessagePrompts : public Prompts
     void DismissAll() override;
 
   private:
+    /// The first of the buttons is the default.
+    OneShot<int> OpenBox(const QString &text, QMessageBox::Icon icon,
+                         const QList<QMessageBox::StandardButton> &buttons);
     OneShot<int> Open(QMessageBox *box);
-    QCoro::Task<bool> AskReplace(QString name);
     /// Whether a file can be saved under that name as things stand, asking or telling the user.
     QCoro::Task<bool> MaySaveAs(QString name);
     /// The folder in which the next file dialog is to open.

@@ -37,6 +37,39 @@ void Workspace::BringIn(QMdiSubWindow *window)
                  std::min(window->y(), std::max(0, beside.height())));
 }
 
+void Workspace::EnableWindows(bool enabled)
+{
+    enabled_ = enabled;
+    if (!enabled)
+        activeBefore_ = activeSubWindow();
+    const QList<QMdiSubWindow *> windows = subWindowList();
+    for (QMdiSubWindow *const window : windows)
+        window->setEnabled(enabled);
+    if (!enabled)
+        return;
+    ReturnFocus();
+    ReturnFocusSoon();
+}
+
+void Workspace::ReturnFocusSoon()
+{
+    const auto giveBack = [this] {
+        if (!window()->isActiveWindow() || !enabled_)
+            return;
+        ReturnFocus();
+        activeBefore_ = nullptr;
+    };
+    QMetaObject::invokeMethod(this, giveBack, Qt::QueuedConnection);
+}
+
+void Workspace::ReturnFocus()
+{
+    if (!activeBefore_)
+        return;
+    setFocus(); // so that no other data window gets it while the table of this one is hidden
+    activeBefore_->setFocus();
+}
+
 void Workspace::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());

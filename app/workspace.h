@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPointer>
 
 class QPaintEvent;
 
@@ -22,8 +24,20 @@ class Workspace : public QMdiArea
     /// Moves a window that brought its own size so that as much of it as possible is seen.
     void BringIn(QMdiSubWindow *window);
 
+    /// Disables all windows for a while, or enables them again. Disabling takes the focus from the active
+    /// one, which gets it back.
+    void EnableWindows(bool enabled);
+    /// The main window has become active: the same for a window that could not be given the focus before.
+    void ReturnFocusSoon();
+
   protected:
     void paintEvent(QPaintEvent *event) override;
+
+  private:
+    void ReturnFocus();
+
+    QPointer<QMdiSubWindow> activeBefore_;
+    bool enabled_ = true;
 };
 
 } // namespace px40

@@ -1,6 +1,5 @@
 #include "app/cli/commandline.h"
 #include "app/commandrules.h"
-#include "app/frmport.h"
 #include "app/progressrules.h"
 #include "app/recentfiles.h"
 #include "app/settings.h"
@@ -271,10 +270,6 @@ void AppTest::PortsAreSlots()
     QVERIFY(later.IsKnown(4));
     later.Assign(4, u"/dev/ttyS5"_qs);
     QVERIFY(!later.IsKnown(4));
-    // The list of the port dialog selects the exact text, or else the first.
-    for (const auto &[text, entry] :
-         {std::pair(u"3", 2), std::pair(u"16", 15), std::pair(u"03", 0), std::pair(u"17", 0)})
-        QCOMPARE(PortEntryFor(QString::fromUtf16(text)), entry);
 }
 
 void AppTest::CommandLines()
