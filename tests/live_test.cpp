@@ -17,7 +17,6 @@ class LiveTest : public QObject
 
   private Q_SLOTS:
     void RunFromTheToolBar();
-    void StartWaitsForTheLink();
     void SaveModeHasTheLinkToItself();
     void MeasureWindowFollows();
     void SourceWindowFollows();
@@ -68,30 +67,6 @@ void LiveTest::RunFromTheToolBar()
     QVERIFY(program.PassSecond());
     QCOMPARE(program.Runnable(), allButStop);
     QCOMPARE(program.Message(), u"1New was stopped: 00:00:06 elapsed, 2 rows, no error rows."_qs);
-}
-
-void LiveTest::StartWaitsForTheLink()
-{
-    LiveProgram program;
-    for (const bool closed : {true, false}) {
-        program.Action("New")->trigger();
-        program.prompts.answers = {Answer::No};
-        program.services.gate.Take(); // as a status check does
-        program.Action("mnuRealtimeStart")->trigger();
-        program.Action("Start")->trigger(); // changes nothing
-        QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
-        program.Action("Start")->trigger(); // neither does this
-        QVERIFY(!program.services.state.RealtimeRun);
-        if (closed) { // there is nothing to start into any more
-            program.DataWindows().first()->Data()->MarkSaved();
-            program.DataWindows().first()->close();
-            QTRY_VERIFY(program.DataWindows().isEmpty());
-        }
-        program.services.gate.Release();
-        QVERIFY(program.NoJobLeft());
-        QCOMPARE(program.services.state.RealtimeRun, !closed);
-    }
-    QCOMPARE(program.prompts.questions.size(), 2);
 }
 
 void LiveTest::SaveModeHasTheLinkToItself()

@@ -26,7 +26,6 @@ class WindowTest : public QObject
     void DownloadCanBeCancelled();
     void TableFollowsRealtimeSamples();
     void UnplugHalfWayIsTold();
-    void CommandWaitsForABusyLink();
     void MessageBoxesAnswer();
     void MainWindowStandsWhereItStood_data();
     void MainWindowStandsWhereItStood();
@@ -191,25 +190,6 @@ void WindowTest::UnplugHalfWayIsTold()
     QVERIFY(program.NoJobLeft());
     QCOMPARE(prompts.warnings.size(), 2);
     QCOMPARE(program.Message(), QStringLiteral("The connection to the instrument was lost."));
-}
-
-void WindowTest::CommandWaitsForABusyLink()
-{
-    ScriptedPrompts prompts;
-    Program program(prompts);
-    program.StartUp();
-    program.services.gate.Take(); // as a status check does
-    prompts.answers = {Answer::No};
-    program.Action("Mdata")->trigger();
-    program.Action("Mdata")->trigger();
-    QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
-    QVERIFY(program.services.state.StatusYield);
-    QVERIFY(program.DataWindows().isEmpty());
-    program.services.gate.Release();
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(program.DataWindows().size(), 1); // the second press changed nothing
-    QVERIFY(!program.services.state.StatusYield);
-    QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 50);
 }
 
 void WindowTest::MessageBoxesAnswer()
