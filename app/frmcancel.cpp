@@ -4,6 +4,7 @@
 #include "link/comm.h"
 #include "link/linkstate.h"
 #include "platform/geometry.h"
+#include "platform/named.h"
 #include "resources/strings.h"
 
 #include <QApplication>
@@ -25,15 +26,12 @@ constexpr int NarrowestTwips = 6000;
 frmCancel::frmCancel(LinkState &state, Comm &comm, std::function<void(bool)> enableApplication,
                      QWidget *parent)
     : QDialog(parent), state_(&state), comm_(&comm), enableApplication_(std::move(enableApplication)),
-      llMsg_(new QLabel(this)), pbNow_(new QProgressBar(this)), btCancel_(new QPushButton(this))
+      llMsg_(NewNamed<QLabel>(u"llMsg", this)), pbNow_(NewNamed<QProgressBar>(u"pbNow", this)),
+      btCancel_(NewNamed<QPushButton>(u"btCancel", Text(Str::Cancel), this))
 {
     setObjectName(QStringLiteral("frmCancel"));
-    llMsg_->setObjectName(QStringLiteral("llMsg"));
-    pbNow_->setObjectName(QStringLiteral("pbNow"));
-    btCancel_->setObjectName(QStringLiteral("btCancel"));
     pbNow_->setRange(0, 100);
     pbNow_->setTextVisible(false);
-    btCancel_->setText(Text(Str::Cancel));
     connect(btCancel_, &QPushButton::clicked, this, &frmCancel::PressCancel);
 }
 

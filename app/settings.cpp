@@ -23,22 +23,9 @@ bool CanWriteIn(const QString &folder)
     return probe.open();
 }
 
-bool ReadLine(QFile *file, QString *text)
+bool IsPort(int number)
 {
-    if (file->atEnd())
-        return false;
-    QByteArray line = file->readLine(LongestLine);
-    while (line.endsWith('\n') || line.endsWith('\r'))
-        line.chop(1);
-    *text = QString::fromLocal8Bit(line);
-    return true;
-}
-
-bool IsPortNumber(const QString &text, int *number)
-{
-    bool ok = false;
-    *number = text.trimmed().toInt(&ok);
-    return ok && *number >= PortMap::First && *number <= PortMap::Last;
+    return number >= PortMap::First && number <= PortMap::Last;
 }
 
 } // namespace
@@ -72,8 +59,12 @@ void Settings::ReadFile()
     if (!file.open(QIODevice::ReadOnly))
         return;
     for (QString *const text : {&PortNumberText, &ForwardFileText, &ForwardTitleText}) {
-        if (!ReadLine(&file, text))
+        if (file.atEnd())
             return;
+        QByteArray line = file.readLine(LongestLine);
+        while (line.endsWith('\n') || line.endsWith('\r'))
+            line.chop(1);
+        *text = QString::fromLocal8Bit(line);
     }
 }
 
@@ -83,8 +74,7 @@ void Settings::WriteSettingsFile()
     if (!file.open(QIODevice::WriteOnly))
         return;
     file.write(PortNumberText.toLocal8Bit() + "\r\n");
-    int number = 0;
-    if (!IsPortNumber(PortNumberText, &number))
+    if (!IsPort(PortNumberText.trimmed().toInt()))
         PortNumberText = QStringLiteral("1");
     file.write(ForwardFileText.toLocal8Bit() + "\r\n");
     file.write(ForwardTitleText.toLocal8Bit() + "\r\n");
@@ -93,8 +83,8 @@ void Settings::WriteSettingsFile()
 
 int Settings::PortNumber() const
 {
-    int number = 0;
-    return IsPortNumber(PortNumberText, &number) ? number : PortMap::First;
+    const int number = PortNumberText.trimmed().toInt();
+    return IsPort(number) ? number : PortMap::First;
 }
 
 } // namespace px40

@@ -47,6 +47,12 @@ struct Rig : FakeViews
 
 using Meanwhile = void (*)(Rig *);
 
+void LeaveMeanwhile(Rig *rig)
+{
+    rig->commands.Leave();
+    QVERIFY(WaitUntil([rig] { return rig->services.leaving; }));
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Meanwhile)
@@ -69,8 +75,9 @@ void MainCommandsTest::LeavingAsksAboutEachWindow_data()
     QTest::addColumn<Meanwhile>("meanwhile"); // what happens while the first question stands
     QTest::addColumn<int>("questions");
     QTest::addColumn<bool>("leaves");
-    const auto row = [](const char *name, const QList<bool> &answers, int questions, bool leaves,
-                        Meanwhile meanwhile = [](Rig *) {}) {
+    const auto row = [](
+                         const char *name, const QList<bool> &answers, int questions, bool leaves,
+                         Meanwhile meanwhile = [](Rig *) {}) {
         QTest::newRow(name) << answers << meanwhile << questions << leaves;
     };
     row("both may go", {true, true}, 2, true);
@@ -128,8 +135,9 @@ void MainCommandsTest::CommandsWaitForTheLink_data()
     QTest::addColumn<Meanwhile>("meanwhile"); // while it waits
     QTest::addColumn<int>("windows");         // afterwards
     QTest::addColumn<bool>("runs");
-    const auto row = [](const char *name, Command command, int windows, bool runs,
-                        Meanwhile meanwhile = [](Rig *) {}) {
+    const auto row = [](
+                         const char *name, Command command, int windows, bool runs,
+                         Meanwhile meanwhile = [](Rig *) {}) {
         QTest::newRow(name) << command << meanwhile << windows << runs;
     };
     row("download", Command::DataMemory, 2, false);
@@ -142,10 +150,8 @@ void MainCommandsTest::CommandsWaitForTheLink_data()
     row("run whose window goes", Command::RealtimeStart, 0, false, [](Rig *rig) { rig->sets.clear(); });
     row("run and forwarding", Command::RealtimeStart, 1, true,
         [](Rig *rig) { rig->commands.Run(Command::FileForward); });
-    row("download when the program is left", Command::DataMemory, 0, false,
-        [](Rig *rig) { rig->commands.Leave(); });
-    row("run when the program is left", Command::RealtimeStart, 0, false,
-        [](Rig *rig) { rig->commands.Leave(); });
+    row("download when the program is left", Command::DataMemory, 0, false, LeaveMeanwhile);
+    row("run when the program is left", Command::RealtimeStart, 0, false, LeaveMeanwhile);
 }
 
 void MainCommandsTest::CommandsWaitForTheLink()
@@ -155,6 +161,7 @@ void MainCommandsTest::CommandsWaitForTheLink()
     QFETCH(const int, windows);
     QFETCH(const bool, runs);
     Rig rig;
+    QCOMPARE(rig.services.comm.TryOpenPort(), QString());
     rig.commands.AddDataSet(KindRealtime);
     rig.services.gate.Take(); // as a status check does
     rig.prompts.answers = {Answer::No};
