@@ -24,8 +24,7 @@ tl::expected<void, IntervalFault> CheckDuration(Duration *duration, bool ofPerio
         allowed = Text(Str::FieldAllows).arg(Text(frame), Text(units[fault->part]), range);
     }
     const QString illegal = Text(ofPeriod ? Str::IllegalPeriod : Str::IllegalInterval);
-    return tl::unexpected(
-        IntervalFault{ofPeriod, fault->part, illegal + QStringLiteral("\r\n") + allowed});
+    return tl::unexpected(IntervalFault{ofPeriod, fault->part, illegal + QStringLiteral("\r\n") + allowed});
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-class QString;
+#include <QString>
 
 namespace px40 {
 
@@ -20,6 +20,13 @@ inline bool IsFileKind(int kind)
 }
 
 /// The code of a kind text: "0", "2", "3" and "4" give their number, any other text gives 1.
-int DataKind(const QString &kind);
+inline int DataKind(const QString &kind)
+{
+    for (const int code : {KindMemory, KindRealtime, KindReserved, KindSave}) {
+        if (kind == QString::number(code))
+            return code;
+    }
+    return KindUnknown;
+}
 
 } // namespace px40

@@ -25,15 +25,6 @@ int NextNewNumber(int last)
 
 } // namespace
 
-int DataKind(const QString &kind)
-{
-    for (const int code : {KindMemory, KindRealtime, KindReserved, KindSave}) {
-        if (kind == QString::number(code))
-            return code;
-    }
-    return KindUnknown;
-}
-
 DataSet::DataSet(LinkState &state, DocumentShared &shared)
     : state_(&state), shared_(&shared), table_(shared.MemoryNumbers)
 {

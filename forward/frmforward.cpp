@@ -2,6 +2,7 @@
 
 #include "link/linkstate.h"
 #include "platform/jobs.h"
+#include "platform/named.h"
 #include "platform/onelinevalidator.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
@@ -72,14 +73,6 @@ class FileBox : public QLineEdit
     }
 };
 
-template <typename Option>
-Option *AddOption(const QString &name, Str text, QWidget *parent)
-{
-    auto *const option = new Option(Text(text), parent);
-    option->setObjectName(name);
-    return option;
-}
-
 /// Without waiting, as a pipe would have us do.
 bool CanBeOpened(const QString &path)
 {
@@ -99,7 +92,7 @@ frmForward::frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMe
     column->addSpacing(4);
     column->addWidget(BuildTitle());
     if (!options_.withExcel) {
-        cbShow_ = AddOption<QCheckBox>(QStringLiteral("cbShow"), Str::ForwardOpenAfter, this);
+        cbShow_ = NewNamed<QCheckBox>("cbShow", Text(Str::ForwardOpenAfter), this);
         column->addSpacing(4);
         column->addWidget(cbShow_);
     }
@@ -112,16 +105,15 @@ frmForward::frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMe
 
 QGroupBox *frmForward::BuildFile()
 {
-    auto *const frFile = AddOption<QGroupBox>(QStringLiteral("frFile"), Str::ForwardFileFrame, this);
-    obNew_ = AddOption<QRadioButton>(QStringLiteral("obNew"), Str::ForwardNew, frFile);
-    obOpen_ = AddOption<QRadioButton>(QStringLiteral("obOpen"), Str::ForwardCustom, frFile);
-    tbFile_ = new FileBox(frFile);
-    tbFile_->setObjectName(QStringLiteral("tbFile"));
+    auto *const frFile = NewNamed<QGroupBox>("frFile", Text(Str::ForwardFileFrame), this);
+    obNew_ = NewNamed<QRadioButton>("obNew", Text(Str::ForwardNew), frFile);
+    obOpen_ = NewNamed<QRadioButton>("obOpen", Text(Str::ForwardCustom), frFile);
+    tbFile_ = NewNamed<FileBox>("tbFile", frFile);
     tbFile_->setAccessibleName(frFile->title());
     tbFile_->setMinimumWidth(tbFile_->fontMetrics().averageCharWidth() * FieldWidth);
     tbFile_->setValidator(new OneLineValidator(QStringLiteral(" "), tbFile_));
-    btBrawse_ = AddOption<QPushButton>(QStringLiteral("btBrawse"), Str::ForwardBrowse, frFile);
-    cbFile_ = AddOption<QCheckBox>(QStringLiteral("cbFile"), Str::ForwardKeepFile, frFile);
+    btBrawse_ = NewNamed<QPushButton>("btBrawse", Text(Str::ForwardBrowse), frFile);
+    cbFile_ = NewNamed<QCheckBox>("cbFile", Text(Str::ForwardKeepFile), frFile);
 
     auto *const file = new QHBoxLayout;
     file->addWidget(tbFile_, 1);
@@ -141,12 +133,11 @@ QGroupBox *frmForward::BuildFile()
 
 QGroupBox *frmForward::BuildTitle()
 {
-    auto *const frTitle = AddOption<QGroupBox>(QStringLiteral("frTitle"), Str::ForwardTitleFrame, this);
-    tbTitle_ = new QLineEdit(frTitle);
-    tbTitle_->setObjectName(QStringLiteral("tbTitle"));
+    auto *const frTitle = NewNamed<QGroupBox>("frTitle", Text(Str::ForwardTitleFrame), this);
+    tbTitle_ = NewNamed<QLineEdit>("tbTitle", frTitle);
     tbTitle_->setAccessibleName(frTitle->title());
     tbTitle_->setValidator(new OneLineValidator(QStringLiteral(" "), tbTitle_));
-    cbTitle_ = AddOption<QCheckBox>(QStringLiteral("cbTitle"), Str::ForwardKeepTitle, frTitle);
+    cbTitle_ = NewNamed<QCheckBox>("cbTitle", Text(Str::ForwardKeepTitle), frTitle);
     auto *const column = new QVBoxLayout(frTitle);
     column->addWidget(tbTitle_);
     column->addWidget(cbTitle_);

@@ -23,12 +23,12 @@ FormDialog::FormDialog(const QString &name, const QString &title, Prompts &promp
 QDialogButtonBox *FormDialog::BuildButtons(const QString &ok, const QString &cancel)
 {
     auto *const buttons = new QDialogButtonBox(this);
-    QPushButton *const btOk = buttons->addButton(ok, QDialogButtonBox::AcceptRole);
-    btOk->setObjectName(QStringLiteral("btOk"));
-    btOk->setDefault(true);
+    btOk_ = buttons->addButton(ok, QDialogButtonBox::AcceptRole);
+    btOk_->setObjectName(QStringLiteral("btOk"));
+    btOk_->setDefault(true);
     QPushButton *const btCancel = buttons->addButton(cancel, QDialogButtonBox::RejectRole);
     btCancel->setObjectName(QStringLiteral("btCancel"));
-    connect(btOk, &QPushButton::clicked, this, [this] {
+    connect(btOk_, &QPushButton::clicked, this, [this] {
         if (!asking_)
             Confirm();
     });

@@ -9,6 +9,7 @@
 class QDialogButtonBox;
 class QHBoxLayout;
 class QLineEdit;
+class QPushButton;
 class QRadioButton;
 
 namespace px40 {
@@ -39,6 +40,7 @@ class FormDialog : public QDialog
 
     Prompts *prompts_;
     Jobs *jobs_;
+    QPushButton *btOk_ = nullptr;
     bool asking_ = false; ///< a message or another dialog stands before this one
 
   private:
