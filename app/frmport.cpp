@@ -83,7 +83,6 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
     column->addSpacing(8);
     column->addStretch(1);
     column->addWidget(BuildButtons(Text(Str::Ok), Text(Str::Cancel)));
-    btOk_ = findChild<QPushButton *>(QStringLiteral("btOk"));
     cbPort_->setFocus();
 }
 

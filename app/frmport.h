@@ -5,7 +5,6 @@
 
 class QComboBox;
 class QLabel;
-class QPushButton;
 
 namespace px40 {
 
@@ -38,7 +37,6 @@ class frmPort : public FormDialog
     QComboBox *cbPort_;
     QComboBox *cbDevice_ = nullptr;
     QLabel *llDeviceInfo_ = nullptr;
-    QPushButton *btOk_ = nullptr;
     QList<PortDevice> devices_; ///< as they were when last looked at
 };
 
