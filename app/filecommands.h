@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/recentfiles.h"
-#include "document/datasaver.h"
 #include "platform/result.h"
 
 #include <QCoro/QCoroTask>
@@ -13,13 +12,14 @@
 
 namespace px40 {
 
+class DataSet;
 class MainViews;
 struct Services;
 
 /// The commands of the File menu that work on data files. They ask and tell the user what is needed.
 ///
 /// Must outlive the tasks that it hands out. A task holds its data set, so a window may close meanwhile.
-class FileCommands : public DataSaver
+class FileCommands
 {
   public:
     /// What is handed in must outlive this.
@@ -41,8 +41,10 @@ class FileCommands : public DataSaver
     /// Whether a window holds that file, by whatever name.
     bool IsFileOpen(const QString &name) const { return HolderOf(name) != nullptr; }
 
-    /// False at once while a `Save` or `SaveAs` of the same data set is under way.
-    QCoro::Task<bool> Save(std::shared_ptr<DataSet> set) override;
+    /// Saves under the data set's own name, or asks for one when there is none or it may not be written.
+    /// True only when saved; a failure was told to the user. False at once while a `Save` or `SaveAs` of the
+    /// same data set is under way.
+    QCoro::Task<bool> Save(std::shared_ptr<DataSet> set);
 
     /// Asks for a name until one can be used or the user cancels, and saves. True and false as for `Save`.
     QCoro::Task<bool> SaveAs(std::shared_ptr<DataSet> set);

@@ -264,7 +264,9 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
     windowServices.state = &services_->state;
     windowServices.prompts = &services_->prompts;
     windowServices.jobs = &services_->jobs;
-    windowServices.saver = &commands_->Files();
+    windowServices.save = [this](std::shared_ptr<DataSet> set) {
+        return commands_->Files().Save(std::move(set));
+    };
     auto *const window = new frmData(dataSet, windowServices);
     workspace_->addSubWindow(window);
     workspace_->Place(window);

@@ -208,9 +208,7 @@ void Memory(benchmark::State &state, Shown shown)
         const Holder many(shown, ManyRows);
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
         const auto resident = static_cast<double>(ResidentBytes() - before);
-        const auto used = static_cast<double>(many.Data()->Table().Rows().MemoryUsed());
         state.counters["characters_per_row"] = characters;
-        state.counters["store_bytes_per_row"] = used / rows - characters;
         state.counters["resident_bytes_per_row"] = resident / rows - characters;
     }
     state.SetLabel("aim: 64 bytes");

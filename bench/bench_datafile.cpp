@@ -228,7 +228,7 @@ DataFileHeader HeaderOf(const DataSet &data)
     DataFileHeader header;
     header.kind = KindRealtime;
     header.interval = data.GetInterval();
-    header.graph = data.Graph();
+    header.graph = data.Graph().Settings();
     return header;
 }
 

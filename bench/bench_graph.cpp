@@ -2,7 +2,7 @@
 // as a graph can show, and with 20 of them out of 1,000 and out of 1,000,000.
 
 #include "bench/windowrig.h"
-#include "document/graphpane.h"
+#include "graph/graphpane.h"
 
 #include <benchmark/benchmark.h>
 
@@ -67,12 +67,12 @@ class GraphRig
             data.SetAxisY(false, QStringLiteral("-2"), QStringLiteral("2"), 10, 5);
         }
         data.PaintGraphtop();
-        pane_ = std::make_unique<GraphPane>(&data, nullptr);
+        pane_ = std::make_unique<GraphPane>(&data.Graph(), nullptr);
         pane_->resize(900, 420); // with its scroll bar
         pane_->show();
         paints_ = std::make_unique<PaintCount>(pane_->findChild<QWidget *>(QStringLiteral("chData")));
         Settle();
-        data.ScrollTo(data.Scroll().maximum / 2);
+        data.Graph().ScrollTo(data.Graph().Scroll().maximum / 2);
         Settle();
     }
 
@@ -83,7 +83,7 @@ class GraphRig
         const int paintsBefore = paints_->Count();
         step_ = -step_;
         const Clock::time_point begin = Clock::now();
-        data.ScrollTo(data.Scroll().value + step_);
+        data.Graph().ScrollTo(data.Graph().Scroll().value + step_);
         QCoreApplication::processEvents();
         const double taken = Elapsed<std::milli>(begin);
         if (paints_->Count() != paintsBefore + 1)

@@ -1,10 +1,10 @@
 #include "document/datafile.h"
 
-#include "document/linereader.h"
 #include "document/numbers.h"
+#include "platform/files.h"
 #include "resources/strings.h"
 
-#include <QIODevice>
+#include <QBuffer>
 
 #include <algorithm>
 #include <array>
@@ -28,11 +28,6 @@ std::array<std::string_view, N> Split(std::string_view line)
     return fields;
 }
 
-QString FromLatin1(std::string_view text)
-{
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 [[noreturn]] void RefuseType()
 {
     throw Failure{Text(Str::OtherDataType)};
@@ -54,17 +49,24 @@ Duration CheckedDuration(Duration duration)
     return duration;
 }
 
-template <std::size_t N>
-Duration DurationAt(const std::array<std::string_view, N> &fields, std::size_t first)
+/// Short and printable enough for a box.
+QString Excerpt(QString text)
 {
-    return {FromLatin1(fields.at(first)), FromLatin1(fields.at(first + 1)), FromLatin1(fields.at(first + 2)),
-            FromLatin1(fields.at(first + 3))};
+    constexpr int Longest = 40;
+    if (text.size() > Longest)
+        text = text.left(Longest) + QChar(0x2026);
+    for (QChar &character : text) {
+        if (!character.isPrint())
+            character = u'?';
+    }
+    return text;
 }
 
+/// Goes through the lines of a file. Throws `Failure`.
 class Reader
 {
   public:
-    explicit Reader(QIODevice &file) : lines_(file, DataFile::LongestLine), device_(&file) {}
+    explicit Reader(std::string_view bytes) : rest_(bytes) {}
 
     void ReadHeader(DataFileHeader *header);
     void ReadRows(DataFile *data);
@@ -72,71 +74,69 @@ class Reader
   private:
     bool NextLine()
     {
-        if (lines_.Next())
-            return true;
-        if (lines_.Failed())
-            throw Failure{device_->errorString()};
-        return false;
-    }
-
-    template <std::size_t N>
-    std::array<std::string_view, N> HeaderFields()
-    {
-        if (!NextLine())
-            throw Failure{Text(Str::FileEndsEarly).arg(lines_.Number() + 1)};
-        return Fields<N>();
+        if (rest_.empty())
+            return false;
+        const std::size_t end = std::min(rest_.find('\n'), rest_.size());
+        line_ = rest_.substr(0, end);
+        rest_.remove_prefix(std::min(end + 1, rest_.size()));
+        cut_ = line_.size() > DataFile::LongestLine;
+        if (cut_)
+            line_ = line_.substr(0, DataFile::LongestLine);
+        else if (line_.ends_with('\r'))
+            line_.remove_suffix(1);
+        ++number_;
+        return true;
     }
 
     template <std::size_t N>
     std::array<std::string_view, N> Fields() const
     {
-        const std::string_view line = lines_.Line();
-        if (lines_.Cut() && std::count(line.begin(), line.end(), ',') < static_cast<std::ptrdiff_t>(N))
-            throw Failure{Text(Str::FileLineTooLong).arg(lines_.Number())};
-        return Split<N>(line);
+        if (cut_ && std::count(line_.begin(), line_.end(), ',') < static_cast<std::ptrdiff_t>(N))
+            throw Failure{Text(Str::FileLineTooLong).arg(number_)};
+        return Split<N>(line_);
     }
 
-    int Whole(std::string_view field) const
+    template <std::size_t N>
+    std::array<QString, N> HeaderFields()
     {
-        const QString text = FromLatin1(field);
+        if (!NextLine())
+            throw Failure{Text(Str::FileEndsEarly).arg(number_ + 1)};
+        std::array<QString, N> texts;
+        const std::array<std::string_view, N> fields = Fields<N>();
+        std::transform(fields.begin(), fields.end(), texts.begin(), [](std::string_view field) {
+            return QString::fromLatin1(field.data(), static_cast<qsizetype>(field.size()));
+        });
+        return texts;
+    }
+
+    int Whole(const QString &text) const
+    {
         const std::optional<int> number = WholeNumber(text);
         if (!number)
-            throw Failure{Text(Str::FileNoNumber).arg(lines_.Number()).arg(Excerpt(text))};
+            throw Failure{Text(Str::FileNoNumber).arg(number_).arg(Excerpt(text))};
         return *number;
     }
 
-    bool Boolean(std::string_view field) const
+    bool Boolean(const QString &text) const
     {
-        const QString text = FromLatin1(field);
         const std::optional<bool> value = BooleanValue(text);
         if (!value)
-            throw Failure{Text(Str::FileNoBoolean).arg(lines_.Number()).arg(Excerpt(text))};
+            throw Failure{Text(Str::FileNoBoolean).arg(number_).arg(Excerpt(text))};
         return *value;
     }
 
-    /// Short and printable enough for a box.
-    static QString Excerpt(QString text)
-    {
-        constexpr int Longest = 40;
-        if (text.size() > Longest)
-            text = text.left(Longest) + QChar(0x2026);
-        for (QChar &character : text) {
-            if (!character.isPrint())
-                character = u'?';
-        }
-        return text;
-    }
-
-    LineReader lines_;
-    QIODevice *device_;
+    std::string_view rest_;
+    std::string_view line_;
+    qint64 number_ = 0; ///< of that line, from 1
+    bool cut_ = false;  ///< only its beginning is kept
 };
 
 void Reader::ReadHeader(DataFileHeader *header)
 {
     if (!NextLine())
         throw Failure{Text(Str::FileEndsEarly).arg(1)};
-    const std::string_view kind = Split<1>(lines_.Line())[0];
-    header->kind = DataKind(FromLatin1(kind));
+    const std::string_view kind = Split<1>(line_)[0];
+    header->kind = DataKind(QString::fromLatin1(kind.data(), static_cast<qsizetype>(kind.size())));
     if (!IsFileKind(header->kind))
         RefuseType();
     const bool realtime = header->kind == KindRealtime;
@@ -148,31 +148,31 @@ void Reader::ReadHeader(DataFileHeader *header)
 
     const auto interval = HeaderFields<4>();
     if (realtime)
-        header->interval = CheckedDuration(DurationAt(interval, 0));
+        header->interval = CheckedDuration({interval[0], interval[1], interval[2], interval[3]});
     else if (header->kind == KindMemory)
-        header->interval = DurationAt(interval, 0);
+        header->interval = {interval[0], interval[1], interval[2], interval[3]};
 
     const auto period = HeaderFields<5>();
     if (realtime) {
         header->periodNone = Boolean(period[0]);
         // Without a period its texts mean nothing and are not looked at.
-        const Duration texts = DurationAt(period, 1);
+        const Duration texts = {period[1], period[2], period[3], period[4]};
         header->period = header->periodNone ? texts : CheckedDuration(texts);
     }
 
     GraphSettings &graph = header->graph;
-    graph.count = Checked(GraphCountOf(FromLatin1(HeaderFields<1>()[0])));
+    graph.count = Checked(GraphCountOf(HeaderFields<1>()[0]));
 
     const auto xAxis = HeaderFields<3>();
-    graph.xLabels = Checked(DivisionsOf(FromLatin1(xAxis[1])));
-    graph.xTicks = Checked(DivisionsOf(FromLatin1(xAxis[2])));
+    graph.xLabels = Checked(DivisionsOf(xAxis[1]));
+    graph.xTicks = Checked(DivisionsOf(xAxis[2]));
     graph.xAuto = Boolean(xAxis[0]);
 
     const auto yAxis = HeaderFields<5>();
-    graph.yMinimum = Checked(AxisLimitOf(FromLatin1(yAxis[1])));
-    graph.yMaximum = Checked(AxisLimitOf(FromLatin1(yAxis[2])));
-    graph.yMajor = Checked(DivisionsOf(FromLatin1(yAxis[3])));
-    graph.yMinor = Checked(DivisionsOf(FromLatin1(yAxis[4])));
+    graph.yMinimum = Checked(AxisLimitOf(yAxis[1]));
+    graph.yMaximum = Checked(AxisLimitOf(yAxis[2]));
+    graph.yMajor = Checked(DivisionsOf(yAxis[3]));
+    graph.yMinor = Checked(DivisionsOf(yAxis[4]));
     graph.yAuto = Boolean(yAxis[0]);
 }
 
@@ -188,9 +188,7 @@ void Reader::ReadRows(DataFile *data)
         if (fields[1].empty() && !emptyRowsCount)
             continue; // only a row of the table more
         data->rows.AppendLatin1(fields);
-        const ReadingBytes reading = ReadingOf(fields[1]);
-        data->readings.unreadable += reading.unreadable ? 1 : 0;
-        data->readings.Count(reading.value, static_cast<qint32>(data->rows.Count()));
+        data->readings.Count(ReadingOf(fields[1]));
     }
     data->tableRows = std::max(1, static_cast<int>(rows));
 }
@@ -199,9 +197,16 @@ void Reader::ReadRows(DataFile *data)
 
 Result<DataFile> ReadDataFile(QIODevice &file)
 {
+    QByteArray bytes;
+    bytes.reserve(file.size());
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    const Result<> copied = CopyBytes(file, buffer);
+    if (!copied)
+        return Fail(copied.error());
     try {
         DataFile data;
-        Reader reader(file);
+        Reader reader({bytes.constData(), static_cast<std::size_t>(bytes.size())});
         reader.ReadHeader(&data.header);
         reader.ReadRows(&data);
         return data;

@@ -2,15 +2,31 @@
 
 #include "document/datakind.h"
 #include "document/duration.h"
-#include "document/graphsettings.h"
-#include "document/readings.h"
 #include "document/rowstore.h"
-#include "document/windowshape.h"
+#include "document/statistics.h"
+#include "graph/graphsettings.h"
 #include "platform/result.h"
+
+#include <QStringList>
 
 class QIODevice;
 
 namespace px40 {
+
+/// Size and state of a data window as the data file keeps them. What is in a file stays as it is until the
+/// user changes the window: also a size that the window cannot have, and a state that is none.
+struct WindowShape
+{
+    static constexpr int Normal = 0;
+    static constexpr int Minimised = 1;
+    static constexpr int Maximised = 2;
+    static constexpr int Smallest = -32768;
+    static constexpr int Largest = 32767;
+
+    int width = 9600; ///< of the normal state, outer frame included, in twips (1/1440 inch)
+    int height = 4800;
+    int state = Normal;
+};
 
 /// The seven lines with which a data file begins.
 struct DataFileHeader
@@ -39,7 +55,7 @@ struct DataFileHeader
 struct DataFile
 {
     /// A line is read up to here; the fields that are asked for must stand in that part of it.
-    static constexpr int LongestLine = 65536;
+    static constexpr std::size_t LongestLine = 65536;
 
     DataFileHeader header;
     RowStore rows;
@@ -47,8 +63,12 @@ struct DataFile
     int tableRows = 1; ///< rows of the table: the samples, and the empty rows behind them
 };
 
+/// The texts of lines 6 and 7.
+QStringList XAxisTexts(const GraphSettings &settings);
+QStringList YAxisTexts(const GraphSettings &settings);
+
 /// Fails, with one sentence, when the file cannot be read or is no data file. Takes time and memory in
-/// proportion to the file at most. Throws std::bad_alloc.
+/// proportion to the file. Throws std::bad_alloc.
 Result<DataFile> ReadDataFile(QIODevice &file);
 
 /// Writes the rows 1 to `tableRows` of a table whose samples are `rows`. A comma or a line end inside a text

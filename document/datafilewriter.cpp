@@ -97,18 +97,27 @@ QStringList Texts(const Duration &duration)
 
 } // namespace
 
+QStringList XAxisTexts(const GraphSettings &settings)
+{
+    return {BooleanText(settings.xAuto), QString::number(settings.xLabels), QString::number(settings.xTicks)};
+}
+
+QStringList YAxisTexts(const GraphSettings &settings)
+{
+    return {BooleanText(settings.yAuto), settings.yMinimum, settings.yMaximum,
+            QString::number(settings.yMajor), QString::number(settings.yMinor)};
+}
+
 Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file)
 {
-    const GraphSettings &graph = header.graph;
     Writer writer(file);
     writer.Line({QString::number(header.kind)});
     writer.Line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
     writer.Line(Texts(header.interval));
     writer.Line(QStringList(BooleanText(header.periodNone)) + Texts(header.period));
-    writer.Line({QString::number(graph.count)});
-    writer.Line({BooleanText(graph.xAuto), QString::number(graph.xLabels), QString::number(graph.xTicks)});
-    writer.Line({BooleanText(graph.yAuto), graph.yMinimum, graph.yMaximum, QString::number(graph.yMajor),
-                 QString::number(graph.yMinor)});
+    writer.Line({QString::number(header.graph.count)});
+    writer.Line(XAxisTexts(header.graph));
+    writer.Line(YAxisTexts(header.graph));
 
     const RowStore::Bytes empty;
     bool lastIsEmpty = false;

@@ -5,7 +5,6 @@
 #include "resources/strings.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace px40 {
@@ -26,7 +25,10 @@ int NextNewNumber(int last)
 } // namespace
 
 DataSet::DataSet(LinkState &state, DocumentShared &shared)
-    : state_(&state), shared_(&shared), table_(shared.MemoryNumbers)
+    : state_(&state), shared_(&shared), table_(shared.MemoryNumbers),
+      graph_(readings_.series, {[this](qint32 sample) { return table_.Cell(sample, 1); },
+                                [this](qint32 sample) { return table_.SampleText(sample); },
+                                [this] { return table_.CommonMode(); }})
 {
 }
 
@@ -49,7 +51,7 @@ void DataSet::OpenNew(int kind)
     PaintGraphtop();
     SetAxisX(true, 1, 1);
     SetAxisY(true, QStringLiteral("0"), QStringLiteral("10"), 1, 1);
-    table_.Clear();
+    table_.Adopt({}, 1);
     readings_ = {};
     SetSaved(true);
     fileName_.clear();
@@ -62,12 +64,6 @@ bool DataSet::AddGridrow()
 {
     if (table_.Samples() >= TableModel::MaxSamples) {
         state_->ErrorMessage = Text(Str::TableFull);
-        return false;
-    }
-    try {
-        table_.MakeRoom();
-    } catch (const std::bad_alloc &error) {
-        state_->ErrorMessage = QString::fromLocal8Bit(error.what());
         return false;
     }
     if (table_.Samples() == table_.TableRows())
@@ -86,25 +82,22 @@ void DataSet::AddData(const QString &time, const QString &data, const QString &m
                       const QString &srcMeas)
 {
     Append(time, data, meas, srcData, srcMeas);
-    const std::optional<float> value = ReadingNumber(data);
-    readings_.unreadable += !value && IsValidReading(data) ? 1 : 0;
-    readings_.Count(value, table_.Samples());
+    readings_.Count(ReadingOf(data.toLatin1().toStdString()));
 }
 
 void DataSet::AddRealtimedata(const QString &time, const QString &data, const QString &meas,
                               const QString &srcData, const QString &srcMeas, bool valid)
 {
     Append(time, data, meas, srcData, srcMeas);
-    scroll_.Follow(table_.Samples(), graph_.count);
+    graph_.Follow(table_.Samples());
     progressValue_ = std::min(progressValue_ + 1, progressMaximum_);
     Q_EMIT progressChanged();
     Q_EMIT sampleFollowed(table_.Samples());
-    const std::optional<float> value = valid ? ReadingNumber(data) : std::nullopt;
-    readings_.unreadable += valid && !value && IsValidReading(data) ? 1 : 0;
-    readings_.Count(value, table_.Samples());
-    if (value)
+    const Reading reading = valid ? ReadingOf(data.toLatin1().toStdString()) : Reading();
+    readings_.Count(reading);
+    if (reading.value)
         DispCalculation();
-    Q_EMIT graphChanged();
+    Q_EMIT graph_.changed();
 }
 
 void DataSet::DispCalculation()
@@ -151,59 +144,33 @@ void DataSet::SetPeriod(bool none, const Duration &period)
 
 void DataSet::SetGraphcount(int count)
 {
-    graph_.count = count;
-    Q_EMIT graphChanged();
+    GraphSettings settings = graph_.Settings();
+    settings.count = count;
+    graph_.SetSettings(settings);
 }
 
 void DataSet::SetAxisX(bool automatic, int divPerLabel, int divPerTick)
 {
-    graph_.xAuto = automatic;
+    GraphSettings settings = graph_.Settings();
+    settings.xAuto = automatic;
     if (!automatic) {
-        graph_.xLabels = divPerLabel;
-        graph_.xTicks = divPerTick;
+        settings.xLabels = divPerLabel;
+        settings.xTicks = divPerTick;
     }
     SetPanel(Panel::X, Text(automatic ? Str::Automatic : Str::Custom));
-    Q_EMIT graphChanged();
+    graph_.SetSettings(settings);
 }
 
 void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv,
                        int minorDiv)
 {
-    graph_.yAuto = automatic;
-    graph_.yMinimum = minVal;
-    graph_.yMaximum = maxVal;
-    graph_.yMajor = majorDiv;
-    graph_.yMinor = minorDiv;
-    Q_EMIT graphChanged();
-}
-
-QStringList DataSet::GetAxisX() const
-{
-    return {BooleanText(graph_.xAuto), QString::number(graph_.xLabels), QString::number(graph_.xTicks)};
-}
-
-QStringList DataSet::GetAxisY() const
-{
-    return {BooleanText(graph_.yAuto), graph_.yMinimum, graph_.yMaximum, QString::number(graph_.yMajor),
-            QString::number(graph_.yMinor)};
-}
-
-void DataSet::CancelXauto()
-{
-    SetAxisX(false, graph_.xLabels, graph_.xTicks);
-}
-
-void DataSet::PaintGraphtop()
-{
-    scroll_.ToTop(table_.Samples(), graph_.count);
-    Q_EMIT graphBegun();
-    Q_EMIT graphChanged();
-}
-
-void DataSet::ScrollTo(int value)
-{
-    scroll_.value = std::clamp(value, 0, scroll_.maximum);
-    Q_EMIT graphChanged();
+    GraphSettings settings = graph_.Settings();
+    settings.yAuto = automatic;
+    settings.yMinimum = minVal;
+    settings.yMaximum = maxVal;
+    settings.yMajor = majorDiv;
+    settings.yMinor = minorDiv;
+    graph_.SetSettings(settings);
 }
 
 void DataSet::IniProgress(int maximum, int done)

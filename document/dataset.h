@@ -1,11 +1,9 @@
 #pragma once
 
+#include "document/datafile.h"
 #include "document/datakind.h"
-#include "document/duration.h"
-#include "document/graphsettings.h"
-#include "document/readings.h"
 #include "document/tablemodel.h"
-#include "document/windowshape.h"
+#include "graph/graphmodel.h"
 #include "link/datasink.h"
 #include "platform/result.h"
 
@@ -18,7 +16,6 @@ class QIODevice;
 
 namespace px40 {
 
-struct DataFile;
 struct LinkState;
 
 /// What all data sets of the program share; owned by the application.
@@ -99,22 +96,19 @@ class DataSet : public QObject, public DataSink
     qint32 GetPeriodcount() const { return DurationSeconds(period_); }
 
     void SetGraphcount(int count) override;
-    QString GetGraphcount() const { return QString::number(graph_.count); }
+    QString GetGraphcount() const { return QString::number(graph_.Settings().count); }
     void SetAxisX(bool automatic, int divPerLabel, int divPerTick);
     /// The limits are kept as the texts given.
     void SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv, int minorDiv);
     /// "True" or "False" for automatic, then categories between labels and between ticks.
-    QStringList GetAxisX() const;
+    QStringList GetAxisX() const { return XAxisTexts(graph_.Settings()); }
     /// "True" or "False" for automatic, then minimum, maximum, major and minor divisions.
-    QStringList GetAxisY() const;
-    void CancelXauto();
+    QStringList GetAxisY() const { return YAxisTexts(graph_.Settings()); }
+    void CancelXauto() { SetAxisX(false, graph_.Settings().xLabels, graph_.Settings().xTicks); }
     /// Back to the first sample.
-    void PaintGraphtop() override;
-    const GraphSettings &Graph() const { return graph_; }
-    const GraphSeries &Series() const { return readings_.series; }
-    const GraphScroll &Scroll() const { return scroll_; }
-    /// The graph shows the samples behind `value`, from 0 to the scroll's maximum.
-    void ScrollTo(int value);
+    void PaintGraphtop() override { graph_.ScrollToTop(table_.Samples()); }
+    const GraphModel &Graph() const { return graph_; }
+    GraphModel &Graph() { return graph_; }
 
     /// The window that shows the data set keeps this up to date.
     const WindowShape &Shape() const { return shape_; }
@@ -145,8 +139,6 @@ class DataSet : public QObject, public DataSink
     void gridShown(bool shown);
     void sampleFollowed(int sample); ///< the view is to follow this new sample (1-based)
     void progressChanged();
-    void graphBegun();   ///< shown from the first sample again: whatever part was looked at, that is over
-    void graphChanged(); ///< settings, scroll or points: at most one repaint for however many of these
 
   private:
     void SetPanel(Panel panel, const QString &text);
@@ -162,8 +154,7 @@ class DataSet : public QObject, public DataSink
     DocumentShared *shared_;
     TableModel table_;
     Readings readings_;
-    GraphSettings graph_;
-    GraphScroll scroll_;
+    GraphModel graph_;
     WindowShape shape_;
     QString fileName_;
     QString kind_;

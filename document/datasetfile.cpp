@@ -5,7 +5,6 @@
 
 #include "document/dataset.h"
 
-#include "document/datafile.h"
 #include "platform/filenames.h"
 #include "platform/files.h"
 #include "platform/replacefile.h"
@@ -24,65 +23,40 @@ namespace px40 {
 
 namespace {
 
-/// The work file while it is needed; it goes with this object.
-class WorkFile
+struct RemoveFile
 {
-  public:
-    /// `path`: empty for one in the folder for temporary files.
-    explicit WorkFile(const QString &path) : path_(path)
+    void operator()(QFile *file) const
     {
-        if (path.isEmpty())
-            file_ = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/px40-XXXXXX.tmp"));
-        else
-            file_ = std::make_unique<QFile>(path);
+        file->close();
+        if (file->exists()) {
+            ClearAttributes(file->fileName());
+            file->remove(); // one that stays is overwritten the next time
+        }
+        delete file;
     }
-    ~WorkFile()
-    {
-        if (path_.isEmpty())
-            return; // Qt's own kind removes itself
-        file_->close();
-        ClearAttributes(path_);
-        file_->remove(); // one that stays is overwritten the next time
-    }
-    WorkFile(const WorkFile &) = delete;
-    WorkFile &operator=(const WorkFile &) = delete;
-
-    Result<> Fill(const WriteTo &write)
-    {
-        if (path_.isEmpty() && QDir::tempPath().isEmpty())
-            return Fail(Text(Str::FolderNotThere));
-        if (!path_.isEmpty())
-            ClearAttributes(path_);
-        constexpr QIODevice::OpenMode mode =
-            QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered;
-        if (!file_->open(mode))
-            return Fail(file_->errorString());
-        if (!path_.isEmpty())
-            SetHidden(path_);
-        return write(*file_);
-    }
-
-    /// From its beginning.
-    QFile &Filled()
-    {
-        file_->seek(0);
-        return *file_;
-    }
-
-  private:
-    QString path_;
-    std::unique_ptr<QFile> file_;
 };
 
-Result<> OpenToRead(QFile *file)
+/// The work file while it is needed; it goes with this.
+using WorkFile = std::unique_ptr<QFile, RemoveFile>;
+
+/// `path`: empty for one in the folder for temporary files.
+Result<WorkFile> FilledFile(const QString &path, const WriteTo &write)
 {
-    // A folder or a device opens as well, and a device may never answer or never end.
-    const QFileInfo info(file->fileName());
-    if (info.exists() && !info.isFile())
-        return Fail(Text(Str::FileNotRegular));
-    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (path.isEmpty() && QDir::tempPath().isEmpty())
+        return Fail(Text(Str::FolderNotThere));
+    WorkFile file(path.isEmpty() ? new QTemporaryFile(QDir::tempPath() + QStringLiteral("/px40-XXXXXX.tmp"))
+                                 : new QFile(path));
+    if (!path.isEmpty())
+        ClearAttributes(path);
+    if (!file->open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered))
         return Fail(file->errorString());
-    return {};
+    if (!path.isEmpty())
+        SetHidden(path);
+    const Result<> written = write(*file);
+    if (!written)
+        return Fail(written.error());
+    file->seek(0);
+    return file;
 }
 
 void NoteWork(DocumentShared *shared, Str note, const QString &reason)
@@ -93,18 +67,17 @@ void NoteWork(DocumentShared *shared, Str note, const QString &reason)
 }
 
 /// The work file with what `write` gives it, or the one that stands in for it; null where there is none.
-Result<std::unique_ptr<WorkFile>> FilledWork(DocumentShared *shared, const WriteTo &write)
+Result<WorkFile> FilledWork(DocumentShared *shared, const WriteTo &write)
 {
     if (shared->WorkPath.isEmpty())
         return nullptr;
     QString reason;
     for (const QString &path : {shared->WorkPath, QString()}) {
-        auto work = std::make_unique<WorkFile>(path);
-        const Result<> filled = work->Fill(write);
+        Result<WorkFile> filled = FilledFile(path, write);
         if (filled) {
             if (!reason.isEmpty())
                 NoteWork(shared, Str::WorkFileElsewhere, reason);
-            return work;
+            return filled;
         }
         if (filled.error().code == FailureCode::Unreadable) // no other work file helps
             return Fail(filled.error());
@@ -117,10 +90,13 @@ Result<std::unique_ptr<WorkFile>> FilledWork(DocumentShared *shared, const Write
 
 Result<DataFile> ReadThroughWork(const QString &name, DocumentShared *shared)
 {
+    // A folder or a device opens as well, and a device may never answer or never end.
+    const QFileInfo info(name);
+    if (info.exists() && !info.isFile())
+        return Fail(Text(Str::FileNotRegular));
     QFile from(name);
-    const Result<> opened = OpenToRead(&from);
-    if (!opened)
-        return Fail(opened.error());
+    if (!from.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return Fail(from.errorString());
     const auto copy = [&from](QIODevice &to) {
         from.seek(0);
         return CopyBytes(from, to);
@@ -128,12 +104,8 @@ Result<DataFile> ReadThroughWork(const QString &name, DocumentShared *shared)
     const auto work = FilledWork(shared, copy);
     if (!work)
         return Fail(work.error());
-    if (*work) {
-        from.close();
-        return ReadDataFile((*work)->Filled());
-    }
     from.seek(0);
-    return ReadDataFile(from);
+    return ReadDataFile(*work ? **work : from);
 }
 
 Result<> WriteThroughWork(const WriteTo &write, const QString &name, DocumentShared *shared)
@@ -143,7 +115,7 @@ Result<> WriteThroughWork(const WriteTo &write, const QString &name, DocumentSha
         return Fail(work.error());
     if (!*work)
         return ReplaceFile(name, write);
-    return ReplaceFile(name, [&work](QIODevice &to) { return CopyBytes((*work)->Filled(), to); });
+    return ReplaceFile(name, [&work](QIODevice &to) { return CopyBytes(**work, to); });
 }
 
 } // namespace
@@ -185,18 +157,16 @@ void DataSet::Adopt(DataFile &&file)
         if (!header.interval.Sec.isEmpty())
             DispInterval(header.interval.Sec);
     }
-    const GraphSettings &graph = header.graph;
-    SetGraphcount(graph.count);
-    SetAxisX(false, graph.xLabels, graph.xTicks); // kept also where they do not apply
-    SetAxisX(graph.xAuto, graph.xLabels, graph.xTicks);
-    SetAxisY(graph.yAuto, graph.yMinimum, graph.yMaximum, graph.yMajor, graph.yMinor);
+    graph_.SetSettings(header.graph); // also what does not apply to automatic axes
+    SetPanel(Panel::X, Text(header.graph.xAuto ? Str::Automatic : Str::Custom));
     table_.Adopt(std::move(file.rows), file.tableRows);
     readings_ = std::move(file.readings);
 }
 
 Result<> DataSet::Write(QIODevice &to) const
 {
-    const DataFileHeader header = {DataKind(kind_), shape_, interval_, periodNone_, period_, graph_};
+    const DataFileHeader header = {DataKind(kind_), shape_,  interval_,
+                                   periodNone_,     period_, graph_.Settings()};
     return WriteDataFile(header, table_.Rows(), table_.TableRows(), to);
 }
 

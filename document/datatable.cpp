@@ -1,7 +1,6 @@
 #include "document/datatable.h"
 
-#include "document/tablehtml.h"
-#include "document/tabletext.h"
+#include "document/tablecopy.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

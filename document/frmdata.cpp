@@ -1,13 +1,13 @@
 #include "document/frmdata.h"
 
-#include "document/chart.h"
-#include "document/datasaver.h"
 #include "document/datatable.h"
-#include "document/graphexport.h"
-#include "document/graphpane.h"
 #include "document/panelbar.h"
 #include "document/selectionsummary.h"
+#include "graph/chart.h"
+#include "graph/graphexport.h"
+#include "graph/graphpane.h"
 #include "link/linkstate.h"
+#include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/jobs.h"
 #include "platform/prompts.h"
@@ -39,7 +39,7 @@ struct PanelPlace
 {
     Panel panel;
     int bar; ///< 0 to 2
-    const char16_t *key;
+    const char *key;
     Str caption;
     int captionWidth; ///< in characters
     int width;        ///< of the whole panel, in characters; 0: what is left
@@ -53,13 +53,13 @@ constexpr int RoomyRows = 8;
 constexpr int RoomyGraphRows = 9; // as high as so many rows
 
 constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
-    {Panel::Label, 0, u"Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
-    {Panel::Max, 0, u"Max", Str::StatisticMax, CaptionWidth, 0},
-    {Panel::Interval, 1, u"Interval", Str::LabelInterval, FirstCaptionWidth, FirstColumnWidth},
-    {Panel::Min, 1, u"Min", Str::StatisticMin, CaptionWidth, 0},
-    {Panel::Period, 2, u"Period", Str::LabelPeriod, FirstCaptionWidth, FirstColumnWidth},
-    {Panel::Avg, 2, u"Avg", Str::StatisticAvg, CaptionWidth, 0},
-    {Panel::X, 2, u"X", Str::LabelXAxis, 0, 24},
+    {Panel::Label, 0, "Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Max, 0, "Max", Str::StatisticMax, CaptionWidth, 0},
+    {Panel::Interval, 1, "Interval", Str::LabelInterval, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Min, 1, "Min", Str::StatisticMin, CaptionWidth, 0},
+    {Panel::Period, 2, "Period", Str::LabelPeriod, FirstCaptionWidth, FirstColumnWidth},
+    {Panel::Avg, 2, "Avg", Str::StatisticAvg, CaptionWidth, 0},
+    {Panel::X, 2, "X", Str::LabelXAxis, 0, 24},
 }};
 
 } // namespace
@@ -133,15 +133,16 @@ QWidget *frmData::BuildContent()
     pbData_->setTextVisible(false);
     column->addWidget(pbData_);
 
-    stBar1_ = new PanelBar(QStringLiteral("stBar1"), content);
-    stBar2_ = new PanelBar(QStringLiteral("stBar2"), content);
-    stBar3_ = new PanelBar(QStringLiteral("stBar3"), content);
-    const std::array<PanelBar *, 3> bars = {stBar1_, stBar2_, stBar3_};
-    for (const PanelPlace &place : PanelPlaces)
-        bars.at(static_cast<std::size_t>(place.bar))
-            ->AddPanel(QString::fromUtf16(place.key), Text(place.caption), place.captionWidth, place.width);
-    for (PanelBar *const bar : bars)
+    std::array<PanelBar *, 3> bars{};
+    for (PanelBar *&bar : bars) {
+        bar = new PanelBar(QStringLiteral("stBar%1").arg(&bar - bars.data() + 1), content);
         column->addWidget(bar);
+    }
+    for (const PanelPlace &place : PanelPlaces)
+        panels_[static_cast<std::size_t>(place.panel)] =
+            bars.at(static_cast<std::size_t>(place.bar))
+                ->AddPanel(QString::fromLatin1(place.key), Text(place.caption), place.captionWidth,
+                           place.width);
     return content;
 }
 
@@ -159,7 +160,7 @@ QWidget *frmData::BuildViews(QWidget *parent)
                               2 * fgData_->verticalHeader()->defaultSectionSize());
     layout->addWidget(fgData_);
     place->setMinimumHeight(fgData_->minimumHeight());
-    graph_ = new GraphPane(data_.get(), views);
+    graph_ = new GraphPane(&data_->Graph(), views);
     connect(graph_->Graph(), &Chart::copyRequested, this, &frmData::CopyGraph);
     connect(graph_->Graph(), &Chart::saveAsRequested, this,
             [this] { services_.jobs->Launch(SaveGraph(this), "saving a graph"); });
@@ -232,11 +233,7 @@ void frmData::KeepSize()
 
 void frmData::ShowPanel(Panel panel, const QString &text)
 {
-    const std::array<PanelBar *, 3> bars = {stBar1_, stBar2_, stBar3_};
-    for (const PanelPlace &place : PanelPlaces) {
-        if (place.panel == panel)
-            bars.at(static_cast<std::size_t>(place.bar))->SetText(QString::fromUtf16(place.key), text);
-    }
+    panels_.at(static_cast<std::size_t>(panel))->SetText(text);
 }
 
 void frmData::SelectFirst()
@@ -323,13 +320,13 @@ QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
     if (window->mdiArea())
         window->mdiArea()->setActiveSubWindow(window);
     const QString question = Text(Str::AskSaveChanges) + QStringLiteral("\r\n") + window->data_->Caption();
-    DataSaver *const saver = window->services_.saver;
+    const auto save = window->services_.save;
     const std::shared_ptr<DataSet> set = window->data_;
     const Answer answer =
         co_await window->services_.prompts->AskYesNoCancel(question, PromptIcon::Exclamation);
     if (answer != Answer::Yes)
         co_return answer == Answer::No;
-    co_await saver->Save(set);
+    co_await save(set);
     co_return set->Saved();
 }
 

@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QSize>
 
+#include <array>
+#include <functional>
 #include <memory>
 
 class QCloseEvent;
@@ -15,11 +17,10 @@ class QResizeEvent;
 
 namespace px40 {
 
-class DataSaver;
 class DataTable;
+class ElidedLabel;
 class GraphPane;
 class Jobs;
-class PanelBar;
 class Prompts;
 struct LinkState;
 
@@ -29,7 +30,9 @@ struct DataWindowServices
     LinkState *state = nullptr;
     Prompts *prompts = nullptr;
     Jobs *jobs = nullptr;
-    DataSaver *saver = nullptr;
+    /// Saves under the data set's own name, or asks for one when there is none or it may not be written.
+    /// True only when saved; a failure was told to the user.
+    std::function<QCoro::Task<bool>(std::shared_ptr<DataSet>)> save;
 };
 
 /// A child window that shows one data set: table, graph, statistics and settings, progress.
@@ -90,9 +93,7 @@ class frmData : public QMdiSubWindow
     DataTable *fgData_ = nullptr;
     GraphPane *graph_ = nullptr;
     QProgressBar *pbData_ = nullptr;
-    PanelBar *stBar1_ = nullptr;
-    PanelBar *stBar2_ = nullptr;
-    PanelBar *stBar3_ = nullptr;
+    std::array<ElidedLabel *, PanelCount> panels_{}; ///< in the order of `Panel`
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
     QString selectionText_;
     int followed_ = 0;     ///< the sample to be shown in this turn; 0: none

@@ -1,8 +1,8 @@
 #include "document/graphform.h"
 
 #include "document/dataset.h"
-#include "document/graphsettings.h"
 #include "document/numbers.h"
+#include "graph/graphsettings.h"
 #include "resources/strings.h"
 
 #include <algorithm>

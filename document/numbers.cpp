@@ -1,7 +1,5 @@
 #include "document/numbers.h"
 
-#include <QLocale>
-
 #include <cmath>
 #include <limits>
 
@@ -9,11 +7,10 @@ namespace px40 {
 
 namespace {
 
-QLocale PlainLocale()
+std::optional<int> AtLeast(int least, QStringView text)
 {
-    QLocale locale = QLocale::c();
-    locale.setNumberOptions(QLocale::RejectGroupSeparator);
-    return locale;
+    const std::optional<int> number = WholeNumber(text);
+    return number && *number >= least ? number : std::nullopt;
 }
 
 } // namespace
@@ -21,7 +18,7 @@ QLocale PlainLocale()
 std::optional<int> WholeNumber(QStringView text)
 {
     bool ok = false;
-    const double value = PlainLocale().toDouble(text.trimmed(), &ok);
+    const double value = text.toDouble(&ok);
     if (!ok || value != std::trunc(value) || value < std::numeric_limits<qint16>::min() ||
         value > std::numeric_limits<qint16>::max())
         return std::nullopt;
@@ -31,7 +28,7 @@ std::optional<int> WholeNumber(QStringView text)
 std::optional<float> SingleNumber(QStringView text)
 {
     bool ok = false;
-    const float value = PlainLocale().toFloat(text.trimmed(), &ok);
+    const float value = text.toFloat(&ok);
     if (!ok || !std::isfinite(value))
         return std::nullopt;
     return value;
@@ -50,15 +47,29 @@ std::optional<bool> BooleanValue(QStringView text)
     return *number != 0;
 }
 
-QString PlainNumber(float value)
-{
-    constexpr int SinglePrecisionDigits = 7;
-    return QString::number(static_cast<double>(value) + 0.0, 'g', SinglePrecisionDigits); // no negative zero
-}
-
 QString BooleanText(bool value)
 {
     return value ? QStringLiteral("True") : QStringLiteral("False");
+}
+
+std::optional<int> GraphCountOf(QStringView text)
+{
+    return AtLeast(2, text); // fewer samples make no line
+}
+
+std::optional<int> DivisionsOf(QStringView text)
+{
+    return AtLeast(1, text);
+}
+
+std::optional<QString> AxisLimitOf(QStringView text)
+{
+    constexpr float Furthest = 60000;
+    constexpr int SinglePrecisionDigits = 7;
+    const std::optional<float> value = SingleNumber(text);
+    if (!value || std::abs(*value) > Furthest)
+        return std::nullopt;
+    return QString::number(static_cast<double>(*value) + 0.0, 'g', SinglePrecisionDigits); // no negative zero
 }
 
 } // namespace px40

@@ -19,10 +19,17 @@ std::optional<float> SingleNumber(QStringView text);
 /// "True" and "False" in any case, or a number, of which zero alone is false. Nothing for any other text.
 std::optional<bool> BooleanValue(QStringView text);
 
-/// How a number that passed is written again: shortest, seven digits at most.
-QString PlainNumber(float value);
-
 /// "True" or "False".
 QString BooleanText(bool value);
+
+// The settings of a graph; nothing for any other text.
+
+/// Samples shown at once: 2 to 32767.
+std::optional<int> GraphCountOf(QStringView text);
+/// Divisions of an axis, categories between labels or ticks: 1 to 32767.
+std::optional<int> DivisionsOf(QStringView text);
+/// A limit of the value axis, -60000 to 60000 in single precision, as it is written again: shortest, seven
+/// digits at most.
+std::optional<QString> AxisLimitOf(QStringView text);
 
 } // namespace px40

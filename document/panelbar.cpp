@@ -3,7 +3,6 @@
 #include "platform/elidedlabel.h"
 
 #include <QEvent>
-#include <QFontMetrics>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,12 +11,6 @@
 
 namespace px40 {
 
-namespace {
-
-constexpr int LongestToolTip = 500; // noise can be any length
-
-} // namespace
-
 PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layout_(new QHBoxLayout(this))
 {
     setObjectName(name);
@@ -25,7 +18,7 @@ PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layo
     layout_->setSpacing(4);
 }
 
-void PanelBar::AddPanel(const QString &key, const QString &caption, int captionWidth, int width)
+ElidedLabel *PanelBar::AddPanel(const QString &key, const QString &caption, int captionWidth, int width)
 {
     auto *const panel = new QFrame(this);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
@@ -48,15 +41,8 @@ void PanelBar::AddPanel(const QString &key, const QString &caption, int captionW
     if (width > 0)
         panel->setFixedWidth(fontMetrics().averageCharWidth() * width);
     layout_->addWidget(panel, width > 0 ? 0 : 1);
-    values_.insert(key, value);
     captions_.append(captionLabel);
-}
-
-void PanelBar::SetText(const QString &key, const QString &text)
-{
-    QLabel *const value = values_.value(key);
-    value->setText(text);
-    value->setToolTip(text.left(LongestToolTip));
+    return value;
 }
 
 void PanelBar::changeEvent(QEvent *event)
@@ -67,11 +53,6 @@ void PanelBar::changeEvent(QEvent *event)
     // The pale role of a caption knows no disabled shade and would stand out before its value.
     for (QLabel *const caption : std::as_const(captions_))
         caption->setForegroundRole(isEnabled() ? QPalette::PlaceholderText : QPalette::WindowText);
-}
-
-QString PanelBar::PanelText(const QString &key) const
-{
-    return values_.value(key)->text();
 }
 
 } // namespace px40

@@ -1,7 +1,6 @@
 #include "document/rowstore.h"
 
 #include <QByteArray>
-#include <QStringEncoder>
 
 #include <algorithm>
 #include <cstring>
@@ -10,127 +9,61 @@ namespace px40 {
 
 namespace {
 
-constexpr std::size_t MaxLengthBytes = 5;
+constexpr char TextEnd = '\xFF';
 
-char *PutLength(char *to, std::size_t length)
+bool IsAscii(char character)
 {
-    while (length >= 0x80) {
-        *to++ = static_cast<char>((length & 0x7F) | 0x80);
-        length >>= 7;
-    }
-    *to++ = static_cast<char>(length);
-    return to;
-}
-
-const char *TakeLength(const char *from, std::size_t *length)
-{
-    std::size_t value = 0;
-    unsigned shift = 0;
-    unsigned char byte = 0;
-    do {
-        byte = static_cast<unsigned char>(*from++);
-        value |= static_cast<std::size_t>(byte & 0x7F) << shift;
-        shift += 7;
-    } while (byte & 0x80);
-    *length = value;
-    return from;
+    return static_cast<signed char>(character) >= 0;
 }
 
 } // namespace
 
 void RowStore::Append(const Row &row)
 {
-    // Room for the worst case (three bytes a character) on the stack for every usual row.
-    std::array<char, 512> small;
-    QByteArray large;
-    std::size_t worst = 0;
-    for (const QStringView text : row)
-        worst += MaxLengthBytes + 3 * static_cast<std::size_t>(text.size());
-    char *record = small.data();
-    if (worst > small.size()) {
-        large.resize(static_cast<qsizetype>(worst));
-        record = large.data();
-    }
-
-    char *end = record;
+    record_.clear();
     for (const QStringView text : row) {
-        // The length stands before the characters but is known after them.
-        char *const characters = end + MaxLengthBytes;
-        QStringEncoder encoder(QStringEncoder::Utf8);
-        const auto length = static_cast<std::size_t>(encoder.appendToBuffer(characters, text) - characters);
-        end = PutLength(end, length);
-        std::memmove(end, characters, length);
-        end += length;
+        const QByteArray bytes = text.toUtf8();
+        record_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        record_ += TextEnd;
     }
-
-    Keep(record, static_cast<std::size_t>(end - record));
+    Keep();
 }
 
 void RowStore::AppendLatin1(const Bytes &row)
 {
-    std::array<char, 512> small;
-    QByteArray large;
-    std::size_t worst = 0;
-    for (const std::string_view text : row)
-        worst += MaxLengthBytes + 2 * text.size();
-    char *record = small.data();
-    if (worst > small.size()) {
-        large.resize(static_cast<qsizetype>(worst));
-        record = large.data();
-    }
-
-    char *end = record;
+    record_.clear();
     for (const std::string_view text : row) {
-        const auto wide = static_cast<std::size_t>(
-            std::count_if(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) < 0; }));
-        end = PutLength(end, text.size() + wide);
-        if (wide == 0) {
-            end = std::copy(text.begin(), text.end(), end);
-            continue;
-        }
-        for (const char character : text) {
-            const auto byte = static_cast<unsigned char>(character);
-            if (byte >= 0x80) {
-                *end++ = static_cast<char>(0xC0 | byte >> 6);
-                *end++ = static_cast<char>(0x80 | (byte & 0x3F));
-            } else {
-                *end++ = character;
+        if (std::all_of(text.begin(), text.end(), IsAscii)) {
+            record_ += text;
+        } else {
+            for (const char character : text) {
+                if (!IsAscii(character))
+                    record_ += static_cast<char>(0xC0 | static_cast<unsigned char>(character) >> 6);
+                record_ += static_cast<char>(IsAscii(character) ? character : character & 0xBF);
             }
         }
+        record_ += TextEnd;
     }
-    Keep(record, static_cast<std::size_t>(end - record));
+    Keep();
 }
 
-void RowStore::Keep(const char *record, std::size_t size)
+void RowStore::Keep()
 {
-    char *const to = Reserve(size);
-    Chunk &chunk = chunks_.back();
-    places_.push_back(Place{static_cast<quint32>(chunks_.size() - 1), static_cast<quint32>(chunk.used)});
-    std::memcpy(to, record, size);
-    chunk.used += size;
-}
-
-char *RowStore::Reserve(std::size_t size)
-{
-    if (chunks_.empty() || chunks_.back().size - chunks_.back().used < size) {
-        Chunk chunk;
-        chunk.size = std::max(ChunkSize, size);
-        chunk.bytes = std::make_unique_for_overwrite<char[]>(chunk.size);
-        chunks_.push_back(std::move(chunk));
-    }
-    return chunks_.back().bytes.get() + chunks_.back().used;
+    auto *const bytes = static_cast<char *>(bytes_->allocate(record_.size(), 1));
+    std::memcpy(bytes, record_.data(), record_.size());
+    rows_.push_back(bytes);
 }
 
 RowStore::Bytes RowStore::Utf8(qsizetype row) const
 {
-    const Place place = places_[static_cast<std::size_t>(row)];
-    const char *at = chunks_[place.chunk].bytes.get() + place.offset;
+    const char *at = rows_[static_cast<std::size_t>(row)];
     Bytes texts;
     for (std::string_view &text : texts) {
-        std::size_t length = 0;
-        at = TakeLength(at, &length);
-        text = {at, length};
-        at += length;
+        const char *end = at;
+        while (*end != TextEnd)
+            ++end;
+        text = {at, static_cast<std::size_t>(end - at)};
+        at = end + 1;
     }
     return texts;
 }
@@ -139,14 +72,6 @@ QString RowStore::Cell(qsizetype row, int text) const
 {
     const std::string_view bytes = Utf8(row).at(static_cast<std::size_t>(text));
     return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
-}
-
-std::size_t RowStore::MemoryUsed() const
-{
-    std::size_t bytes = places_.size() * sizeof(Place) + chunks_.capacity() * sizeof(Chunk);
-    for (const Chunk &chunk : chunks_)
-        bytes += chunk.size;
-    return bytes;
 }
 
 } // namespace px40

@@ -8,8 +8,9 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <memory_resource>
+#include <string>
 #include <string_view>
-#include <vector>
 
 namespace px40 {
 
@@ -24,7 +25,7 @@ class RowStore
     using Row = std::array<QStringView, Texts>;
     using Bytes = std::array<std::string_view, Texts>;
 
-    qsizetype Count() const { return static_cast<qsizetype>(places_.size()); }
+    qsizetype Count() const { return static_cast<qsizetype>(rows_.size()); }
 
     /// Throws std::bad_alloc when memory is short; the store is then as it was.
     void Append(const Row &row);
@@ -38,36 +39,16 @@ class RowStore
     /// The texts of a row in UTF-8. Valid as long as the store.
     Bytes Utf8(qsizetype row) const;
 
-    /// Makes sure that the next usual row needs no more memory. Throws std::bad_alloc.
-    void MakeRoom() { Reserve(UsualRow); }
-
-    /// Memory taken in bytes, characters included.
-    std::size_t MemoryUsed() const;
-
   private:
-    static constexpr std::size_t ChunkSize = 256 * 1024;
-    static constexpr std::size_t UsualRow = 256;
+    static constexpr std::size_t FirstBytes = 64 * 1024;
 
-    struct Chunk
-    {
-        std::unique_ptr<char[]> bytes;
-        std::size_t size = 0;
-        std::size_t used = 0;
-    };
+    void Keep();
 
-    /// Where a row begins. Each of its texts stands there as a length (7 bits a byte, low ones first) and
-    /// its characters.
-    struct Place
-    {
-        quint32 chunk;
-        quint32 offset;
-    };
-
-    char *Reserve(std::size_t size);
-    void Keep(const char *record, std::size_t size);
-
-    std::vector<Chunk> chunks_;
-    std::deque<Place> places_;
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> bytes_ =
+        std::make_unique<std::pmr::monotonic_buffer_resource>(FirstBytes);
+    /// The five texts, each with a byte behind it that UTF-8 does not know.
+    std::deque<const char *> rows_;
+    std::string record_; ///< the row that is being appended
 };
 
 } // namespace px40

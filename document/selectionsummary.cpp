@@ -9,6 +9,24 @@
 
 namespace px40 {
 
+namespace {
+
+/// Of the valid readings in these rows.
+Statistics StatisticsOf(const GraphSeries &series, const std::vector<RowRange> &rows)
+{
+    Statistics statistics;
+    for (const RowRange &range : rows) {
+        for (qint32 sample = range.first + 1; sample <= range.last + 1; ++sample) {
+            const GraphPoint &point = series.At(sample);
+            if (point.HasReading())
+                statistics.Add(point.reading, sample);
+        }
+    }
+    return statistics;
+}
+
+} // namespace
+
 std::vector<RowRange> SelectedRows(const QItemSelection &selection, int last)
 {
     std::vector<RowRange> all;
@@ -27,19 +45,6 @@ std::vector<RowRange> SelectedRows(const QItemSelection &selection, int last)
     return rows;
 }
 
-Statistics StatisticsOf(const GraphSeries &series, const std::vector<RowRange> &rows)
-{
-    Statistics statistics;
-    for (const RowRange &range : rows) {
-        for (qint32 sample = range.first + 1; sample <= range.last + 1; ++sample) {
-            const GraphPoint &point = series.At(sample);
-            if (point.HasReading())
-                statistics.Add(point.reading, sample);
-        }
-    }
-    return statistics;
-}
-
 QString SelectionText(const DataSet &set, const QItemSelection &selection)
 {
     const std::vector<RowRange> rows = SelectedRows(selection, set.GetDatacount() - 1);
@@ -48,7 +53,7 @@ QString SelectionText(const DataSet &set, const QItemSelection &selection)
         count += range.last - range.first + 1;
     if (count < 2)
         return {};
-    const Statistics statistics = StatisticsOf(set.Series(), rows);
+    const Statistics statistics = StatisticsOf(set.Graph().Series(), rows);
     QStringList parts{Text(Str::SelectionRows).arg(count).arg(statistics.validCount)};
     const auto add = [&parts](Str name, const QString &value) { parts << Text(name) + u' ' + value; };
     if (statistics.validCount > 0) {

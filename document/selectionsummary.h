@@ -1,7 +1,5 @@
 #pragma once
 
-#include "document/statistics.h"
-
 #include <QString>
 
 #include <vector>
@@ -11,7 +9,6 @@ class QItemSelection;
 namespace px40 {
 
 class DataSet;
-class GraphSeries;
 
 /// Rows of a table, 0-based, both included.
 struct RowRange
@@ -24,9 +21,6 @@ struct RowRange
 
 /// The rows up to `last` of which a cell is selected: in order, each once, in as few ranges as there are.
 std::vector<RowRange> SelectedRows(const QItemSelection &selection, int last);
-
-/// Of the valid readings in these rows.
-Statistics StatisticsOf(const GraphSeries &series, const std::vector<RowRange> &rows);
 
 /// Rows, readings, minimum, maximum, average and deviation of a selection, as the status bar tells them.
 /// Empty for fewer than two rows: one is no selection, since one cell is always marked.

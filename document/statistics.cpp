@@ -4,57 +4,40 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 namespace px40 {
 
-bool IsValidReading(const QString &data)
+bool IsValidReading(std::string_view data)
 {
-    static constexpr std::array<QStringView, 6> NoValue = {u"ERROR", u"+OL", u"-OL", u"-----", u" -bo-", u""};
+    constexpr std::array<std::string_view, 6> NoValue = {"ERROR", "+OL", "-OL", "-----", " -bo-", ""};
     return std::find(NoValue.begin(), NoValue.end(), data) == NoValue.end();
-}
-
-std::optional<float> ReadingNumber(const QString &data)
-{
-    if (!IsValidReading(data))
-        return std::nullopt;
-    bool ok = false;
-    const float value = data.toFloat(&ok);
-    if (!ok || !std::isfinite(value))
-        return std::nullopt;
-    return value;
 }
 
 namespace {
 
-/// Plain numbers of a usual size, in a fraction of the time; for all others it gives nothing.
-std::optional<float> UsualNumber(std::string_view text)
+std::optional<float> Number(QLatin1String text)
 {
-    constexpr double Smallest = 1e-30;
-    constexpr double Largest = 1e30;
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
-        text.remove_prefix(1);
+    if (text.size() > 1 && text.front() == u'+' && text[1] != u'-')
+        text = text.mid(1);
     double value = 0;
-    const char *const end = text.data() + text.size();
-    const auto [stopped, problem] = std::from_chars(text.data(), end, value);
-    if (problem != std::errc() || stopped != end)
+    const auto [end, problem] = std::from_chars(text.begin(), text.end(), value);
+    const auto single = static_cast<float>(value);
+    const bool fits = std::fabs(value) <= std::numeric_limits<float>::max() && (value == 0 || single != 0);
+    if (problem != std::errc() || end != text.end() || !fits)
         return std::nullopt;
-    const double size = std::fabs(value);
-    const bool usual = value == 0 || (size > Smallest && size < Largest);
-    return usual ? std::optional<float>(static_cast<float>(value)) : std::nullopt;
+    return single;
 }
 
 } // namespace
 
-ReadingBytes ReadingOf(std::string_view data)
+Reading ReadingOf(std::string_view data)
 {
-    ReadingBytes reading;
-    reading.value = UsualNumber(data);
-    if (!reading.value) {
-        const QString text = QString::fromLatin1(data.data(), static_cast<qsizetype>(data.size()));
-        reading.value = ReadingNumber(text);
-        reading.unreadable = !reading.value && IsValidReading(text);
-    }
-    return reading;
+    if (!IsValidReading(data))
+        return {};
+    const QLatin1String text(data.data(), static_cast<qsizetype>(data.size()));
+    const std::optional<float> value = Number(text.trimmed());
+    return {value, !value};
 }
 
 void Statistics::Add(float value, qint32 row)

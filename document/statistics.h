@@ -1,5 +1,7 @@
 #pragma once
 
+#include "graph/graphseries.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -9,20 +11,20 @@
 namespace px40 {
 
 /// A reading counts unless it is one of the texts that stand for no value: "ERROR", "+OL", "-OL", "-----",
-/// " -bo-" (with its leading blank) or empty. Case matters.
-bool IsValidReading(const QString &data);
-
-/// The number of a valid reading, with "." as decimal point whatever the user's language. Nothing when the
-/// text is no valid reading or no finite single-precision number (noise on the line).
-std::optional<float> ReadingNumber(const QString &data);
-
-/// A reading as it stands in a file, in Latin-1.
-struct ReadingBytes
+/// " -bo-" (with its leading blank) or empty. Case matters. Texts are Latin-1, as they come from the
+/// instrument and stand in files.
+bool IsValidReading(std::string_view data);
+inline bool IsValidReading(const QString &data)
 {
-    std::optional<float> value; ///< as `ReadingNumber` gives it
-    bool unreadable = false;    ///< neither a number nor one of the texts for no value: noise
+    return IsValidReading(data.toLatin1().toStdString());
+}
+
+struct Reading
+{
+    std::optional<float> value; ///< finite; "." is the decimal point whatever the user's language
+    bool unreadable = false;    ///< valid, but no number in single precision: noise
 };
-ReadingBytes ReadingOf(std::string_view data);
+Reading ReadingOf(std::string_view data);
 
 /// Running maximum, minimum and average of a data set. Values are single precision, the sum is double.
 struct Statistics
@@ -44,6 +46,29 @@ struct Statistics
 
     /// Standard deviation of a sample (n - 1); nothing for fewer than two readings.
     std::optional<double> Deviation() const;
+};
+
+/// What is worked out from the samples of a data set as they come in: statistics and the points of the graph.
+struct Readings
+{
+    Statistics statistics;
+    GraphSeries series;
+    int unreadable = 0; ///< readings that are neither a number nor one of the texts for no value: noise
+
+    /// Counts the reading of the next sample.
+    void Count(const Reading &reading)
+    {
+        GraphPoint point; // with the extremes as they were before this sample
+        if (statistics.maxRow > 0)
+            point.maximum = statistics.maxValue;
+        if (statistics.minRow > 0)
+            point.minimum = statistics.minValue;
+        point.reading = reading.value.value_or(GraphPoint::Nothing);
+        if (reading.value)
+            statistics.Add(*reading.value, series.Count() + 1);
+        unreadable += reading.unreadable ? 1 : 0;
+        series.Append(point);
+    }
 };
 
 } // namespace px40

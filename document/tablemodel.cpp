@@ -54,6 +54,21 @@ QString TableModel::Cell(qint32 sample, int column) const
     return sample >= 1 && sample <= Samples() ? rows_.Cell(sample - 1, column - 1) : QString();
 }
 
+QString TableModel::SampleText(qint32 sample) const
+{
+    const QString number = Cell(sample, 0);
+    QStringList lines{Heading(0) + u' ' + number};
+    constexpr int Longest = 100; // noise can be any length
+    const QString value = Cell(sample, 2).trimmed() + u' ' + Cell(sample, 3).trimmed();
+    for (const QString &whole : {Cell(sample, 1).trimmed(), value.trimmed()}) {
+        const QString line = whole.left(Longest);
+        const bool told = line == Heading(0) + number; // a memory number instead of a time
+        if (!line.isEmpty() && !told)
+            lines << line;
+    }
+    return lines.join(u'\n');
+}
+
 QString TableModel::CommonMode() const
 {
     constexpr qint32 Mixed = MaxSamples + 1;
@@ -91,11 +106,6 @@ void TableModel::Adopt(RowStore &&rows, int tableRows)
     modesSeen_ = 0;
     mode_ = {};
     endResetModel();
-}
-
-void TableModel::Clear()
-{
-    Adopt(RowStore(), 1);
 }
 
 } // namespace px40

@@ -37,11 +37,11 @@ class TableModel : public QAbstractTableModel
     /// number.
     QString Cell(qint32 sample, int column) const;
 
+    /// Number, time and value of a sample, a line each; what the sample does not have is left out.
+    QString SampleText(qint32 sample) const;
+
     qint32 Samples() const { return static_cast<qint32>(rows_.Count()); }
     int TableRows() const { return tableRows_; }
-
-    /// Makes sure that the next usual sample needs no more memory. Throws std::bad_alloc.
-    void MakeRoom() { rows_.MakeRoom(); }
 
     void AppendTableRow();
 
@@ -50,9 +50,6 @@ class TableModel : public QAbstractTableModel
 
     /// Shows these rows in place of its own. `tableRows`: at least 1, and at least the samples.
     void Adopt(RowStore &&rows, int tableRows);
-
-    /// Back to one empty row.
-    void Clear();
 
     const RowStore &Rows() const { return rows_; }
 

@@ -13,8 +13,10 @@ ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
 
 void ElidedLabel::SetText(const QString &text)
 {
+    constexpr int LongestToolTip = 500; // noise can be any length
+    const QString told = text.left(LongestToolTip);
     setText(text);
-    setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
+    setToolTip(Qt::mightBeRichText(told) ? told.toHtmlEscaped() : told);
 }
 
 void ElidedLabel::paintEvent(QPaintEvent *event)

@@ -4,7 +4,7 @@
 
 namespace px40 {
 
-/// A line of plain text that shows by "..." when there is more of it than fits; the tool tip has all of it.
+/// A line of plain text that shows by "..." when there is more of it than fits; the tool tip has more of it.
 /// With `wordWrap` it goes on in the next line instead.
 class ElidedLabel : public QLabel
 {

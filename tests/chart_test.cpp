@@ -1,8 +1,8 @@
 // What the user does with the graph.
 
-#include "document/chart.h"
-#include "document/graphexport.h"
-#include "document/graphpane.h"
+#include "graph/chart.h"
+#include "graph/graphexport.h"
+#include "graph/graphpane.h"
 #include "tests/graphrig.h"
 
 #include <QContextMenuEvent>
@@ -32,7 +32,7 @@ void ChartTest::WheelAndKeysMoveTheView()
 {
     GraphRig rig(100);
     rig.set.PaintGraphtop();
-    GraphPane pane(&rig.set);
+    GraphPane pane(&rig.set.Graph());
     Chart *const chart = pane.Graph();
     auto *const bar = pane.findChild<QScrollBar *>(u"sbData"_qs);
     const auto turn = [&](int x, int y) {
@@ -48,7 +48,7 @@ void ChartTest::WheelAndKeysMoveTheView()
     QCOMPARE(turn(0, 1200), 0);
     bar->setValue(80);
     QTest::keyClick(chart, Qt::Key_Left);
-    QCOMPARE(rig.set.Scroll().value, 79);
+    QCOMPARE(rig.set.Graph().Scroll().value, 79);
     rig.set.SetGraphcount(200);
     rig.set.PaintGraphtop();
     QVERIFY(!bar->isEnabled());
@@ -61,10 +61,10 @@ void ChartTest::WindowsOfSamplesStayWithin()
     QCOMPARE(shown(SampleWindow::Of(3, 7, 100)), Pair(2, 5));
     QCOMPARE(shown(SampleWindow::Of(100, 100, 100)), Pair(98, 2)); // two at least
     QCOMPARE(shown(SampleWindow::Of(1, 1, 1)), Pair(0, 2));
-    QCOMPARE(shown(SampleWindow{40, 20}.Halved(100)), Pair(45, 10));
-    QCOMPARE(shown(SampleWindow{40, 3}.Halved(100)), Pair(40, 2));
-    QCOMPARE(shown(SampleWindow{40, 20}.Doubled(100)), Pair(30, 40));
-    QCOMPARE(shown(SampleWindow{90, 10}.Doubled(100)), Pair(80, 20));
+    QCOMPARE(shown(SampleWindow{40, 20}.Resized(10, 100)), Pair(45, 10));
+    QCOMPARE(shown(SampleWindow{40, 3}.Resized(1, 100)), Pair(40, 2));
+    QCOMPARE(shown(SampleWindow{40, 20}.Resized(40, 100)), Pair(30, 40));
+    QCOMPARE(shown(SampleWindow{90, 10}.Resized(20, 100)), Pair(80, 20));
     const CategoryPlace place{11, 10, 15, 100, 0, 0}; // ten pixels each, half of them empty
     const auto between = [&](double a, double b) { return SamplesBetween(place.At(a), place.At(b), 15); };
     QCOMPARE(between(29, 10), (std::pair<qint32, qint32>(12, 13)));
@@ -79,7 +79,7 @@ void ChartTest::ZoomIsTheViewsAlone()
     rig.set.SetGraphcount(50);
     rig.set.PaintGraphtop();
     rig.set.MarkSaved();
-    GraphPane pane(&rig.set);
+    GraphPane pane(&rig.set.Graph());
     pane.resize(800, 400);
     pane.show();
     Chart *const chart = pane.Graph();
@@ -100,22 +100,22 @@ void ChartTest::ZoomIsTheViewsAlone()
     QVERIFY(!chart->IsZoomed());
     QCOMPARE(drag(at(29), at(10)), Pair(10, 20));
     QCOMPARE(std::tuple(bar->value(), bar->pageStep(), bar->maximum()), std::tuple(9, 20, 80));
-    QCOMPARE(rig.set.Graph().count, 50);
-    QCOMPARE(rig.set.Scroll().value, 0);
+    QCOMPARE(rig.set.Graph().Settings().count, 50);
+    QCOMPARE(rig.set.Graph().Scroll().value, 0);
     QVERIFY(rig.set.Saved());
 
     rig.Add(u"7"_qs); // a run goes on, and its own view with it
     chart->grab();
     QCOMPARE(chart->Place().first, 10);
-    QCOMPARE(rig.set.Scroll().value, 51);
+    QCOMPARE(rig.set.Graph().Scroll().value, 51);
     QTest::keyClick(chart, Qt::Key_PageDown);
     QTest::keyClick(chart, Qt::Key_Left);
     QCOMPARE(chart->Window().behind, 28);
     bar->setValue(5);
     QCOMPARE(chart->Window(), (SampleWindow{5, 20}));
-    QCOMPARE(rig.set.Scroll().value, 51);
+    QCOMPARE(rig.set.Graph().Scroll().value, 51);
 
-    const QByteArray zoomed = GraphPicture(*chart, GraphFileKind::Svg);
+    const QByteArray zoomed = GraphPicture(*chart, u"svg"_qs);
     for (const auto &[key, count] : {std::pair(Qt::Key_Plus, 10), std::pair(Qt::Key_Minus, 20),
                                      std::pair(Qt::Key_Minus, 40), std::pair(Qt::Key_Minus, 50)}) {
         QTest::keyClick(chart, key);
@@ -123,7 +123,7 @@ void ChartTest::ZoomIsTheViewsAlone()
     }
     QVERIFY(!chart->IsZoomed());
     QCOMPARE(bar->value(), 51);
-    QVERIFY(GraphPicture(*chart, GraphFileKind::Svg) != zoomed);
+    QVERIFY(GraphPicture(*chart, u"svg"_qs) != zoomed);
     for (const int way : {0, 1, 2}) {
         chart->grab();
         drag(at(60), at(70));
@@ -135,7 +135,7 @@ void ChartTest::ZoomIsTheViewsAlone()
         else
             rig.set.PaintGraphtop(); // as the graph setup does
         QVERIFY(!chart->IsZoomed());
-        QCOMPARE(bar->value(), rig.set.Scroll().value);
+        QCOMPARE(bar->value(), rig.set.Graph().Scroll().value);
     }
     for (const bool isZoomed : {false, true}) {
         chart->grab();
@@ -148,7 +148,7 @@ void ChartTest::ZoomIsTheViewsAlone()
     }
 
     QTest::keyClick(chart, Qt::Key_Escape);
-    rig.set.ScrollTo(51);
+    rig.set.Graph().ScrollTo(51);
     chart->grab();
     QTest::mousePress(chart, Qt::LeftButton, {}, at(60));
     for (int i = 0; i < 10; ++i) // a run goes on below the mouse
@@ -173,7 +173,7 @@ void ChartTest::ZoomOfAFewSamplesGoesBackToAll()
         GraphRig rig(samples);
         rig.set.SetGraphcount(20);
         rig.set.PaintGraphtop();
-        Chart chart(&rig.set);
+        Chart chart(&rig.set.Graph());
         chart.resize(600, 300);
         chart.show();
         for (int i = 0; i < 5; ++i)
@@ -189,7 +189,7 @@ void ChartTest::ZoomedSamplesHaveLabelsWhateverTheDivisions()
     GraphRig rig(200);
     rig.set.SetAxisX(false, 50, 50);
     rig.set.PaintGraphtop();
-    GraphPlot plot(&rig.set);
+    GraphPlot plot(&rig.set.Graph());
     plot.SetZoom(SampleWindow::Of(60, 90, 200));
     plot.Fill(QSize(800, 400), 1);
     QVERIFY(plot.xAxis->tickVector().size() > 2);
@@ -202,8 +202,8 @@ void ChartTest::HiddenLinesDoNotCount()
         rig.Add(QString::fromLatin1(reading));
     rig.set.SetGraphcount(2);
     rig.set.PaintGraphtop();
-    rig.set.ScrollTo(3); // readings 2 and 3 between the extremes
-    Chart chart(&rig.set);
+    rig.set.Graph().ScrollTo(3); // readings 2 and 3 between the extremes
+    Chart chart(&rig.set.Graph());
     chart.resize(600, 300);
     chart.show();
     const auto entry = [&](GraphPlot::Drawing drawing) {
@@ -221,7 +221,7 @@ void ChartTest::HiddenLinesDoNotCount()
     const QImage all = chart.grab().toImage();
     QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(GraphPlot::Maximum));
     QVERIFY(range().contains(-50) && !range().contains(50));
-    const QByteArray picture = GraphPicture(chart, GraphFileKind::Svg);
+    const QByteArray picture = GraphPicture(chart, u"svg"_qs);
     QVERIFY(picture.contains(">MIN</text>") && !picture.contains(">MAX</text>"));
     QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(GraphPlot::Minimum));
     QVERIFY(range().lower > 1 && range().upper < 4);

@@ -100,7 +100,7 @@ void DataSetFileTest::SetsKeepEverything()
         QCOMPARE(opened->GetPeriodcount(), set->GetPeriodcount());
         QCOMPARE(opened->GetAxisX(), set->GetAxisX());
         QCOMPARE(opened->GetAxisY(), set->GetAxisY());
-        QCOMPARE(opened->Scroll().maximum, opened->GetDatacount() - 3);
+        QCOMPARE(opened->Graph().Scroll().maximum, opened->GetDatacount() - 3);
         QCOMPARE(opened->Shape().state, WindowShape::Maximised);
 
         const QString second = rig.folder.filePath(u"second.CSV"_qs);

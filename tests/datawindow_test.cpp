@@ -377,7 +377,7 @@ void DataWindowTest::GraphIsSetUpAndSaved()
     const frmData *const data = program.Open(program.Put("graph.CSV"));
     auto *const bar = data->findChild<QScrollBar *>(u"sbData"_qs);
     bar->setValue(1);
-    QCOMPARE(data->Data()->Scroll().value, 1);
+    QCOMPARE(data->Data()->Graph().Scroll().value, 1);
     program.Action("Graph")->trigger();
     const QPointer<frmSetting> dialog = program.Find<frmSetting>("frmSetting");
     QVERIFY(dialog && dialog->isVisible());

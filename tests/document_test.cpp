@@ -211,7 +211,7 @@ void DocumentTest::PanelsShowDefaultsAndWhatIsSet()
     QVERIFY(realtime.Saved());
     QCOMPARE(realtime.GetGraphcount(), u"20"_qs);
     QCOMPARE(realtime.PanelText(Panel::X), u"Automatic"_qs);
-    QCOMPARE(realtime.Graph().yMaximum, u"10"_qs);
+    QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
     // What is set is shown as it was given.
     realtime.SetInterval({u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs});
     QCOMPARE(realtime.PanelText(Panel::Interval), u"1d +02h +3m +04s"_qs);
@@ -274,16 +274,16 @@ void DocumentTest::RealtimeSamplesMoveGraphAndBar()
     for (int n = 1; n <= 30; ++n) {
         QVERIFY(rig.data.AddGridrow());
         rig.data.AddRealtimedata(QString::number(n), QString::number(n), {}, {}, {}, n % 2 == 0);
-        QCOMPARE(rig.data.Scroll().maximum, n > 20 ? n - 20 : 0);
-        QCOMPARE(rig.data.Scroll().value, rig.data.Scroll().maximum);
+        QCOMPARE(rig.data.Graph().Scroll().maximum, n > 20 ? n - 20 : 0);
+        QCOMPARE(rig.data.Graph().Scroll().value, rig.data.Graph().Scroll().maximum);
         QCOMPARE(rig.data.ProgressValue(), std::min(n, 25));
     }
     QCOMPARE(followed.count(), 30);
     QCOMPARE(rig.data.Calculation().validCount, 15); // the caller says which ones count
     QCOMPARE(rig.data.PanelText(Panel::Avg), u"16.0000"_qs);
     rig.data.PaintGraphtop();
-    QCOMPARE(rig.data.Scroll().maximum, 10);
-    QCOMPARE(rig.data.Scroll().value, 0);
+    QCOMPARE(rig.data.Graph().Scroll().maximum, 10);
+    QCOMPARE(rig.data.Graph().Scroll().value, 0);
 }
 
 QTEST_GUILESS_MAIN(DocumentTest)

@@ -1,8 +1,8 @@
-#include "document/chart.h"
 #include "document/dataset.h"
-#include "document/graphexport.h"
-#include "document/graphline.h"
-#include "document/graphpane.h"
+#include "graph/chart.h"
+#include "graph/graphexport.h"
+#include "graph/graphline.h"
+#include "graph/graphpane.h"
 #include "tests/graphrig.h"
 
 #include <QTemporaryDir>
@@ -29,8 +29,8 @@ GraphSeries Series(const std::vector<float> &readings)
 QString Shown(const Line &line)
 {
     QStringList points;
-    for (const LinePoint &point : line)
-        points << (std::isnan(point.value) ? u"-"_qs : u"%1:%2"_qs.arg(point.sample).arg(point.value));
+    for (const QCPGraphData &point : line)
+        points << (std::isnan(point.value) ? u"-"_qs : u"%1:%2"_qs.arg(point.key).arg(point.value));
     return points.join(u' ');
 }
 
@@ -43,10 +43,14 @@ class GraphTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void AxisNumbersFollowTheirFormat_data();
     void AxisNumbersFollowTheirFormat();
+    void ValueAxesHaveLimits();
     void ValueAxesAreReadable();
     void CategoriesAreAnchoredAndApart();
+    void LinesKeepWhatIsSeen_data();
     void LinesKeepWhatIsSeen();
+    void LinesAreCutOffAtTheLimits();
     void ViewFollowsTheScroll();
     void ValueAxisShowsItsLimits();
     void ValueAxisNamesTheMode();
@@ -55,33 +59,42 @@ class GraphTest : public QObject
     void PicturesAreOfTheirKind();
 };
 
+void GraphTest::AxisNumbersFollowTheirFormat_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QString>("plain");
+    QTest::addColumn<QString>("exponent");
+    QTest::newRow("negative zero") << -0.0 << u"0.0"_qs << u"0.0E0"_qs;
+    QTest::newRow("rounded up") << 0.00005 << u"0.0001"_qs << u"5.0E-5"_qs;
+    QTest::newRow("nothing left") << -0.00004 << u"0.0"_qs << u"-4.0E-5"_qs;
+    QTest::newRow("half, as it reads") << 2.00005 << u"2.0001"_qs << u"2.0001E0"_qs;
+    QTest::newRow("carried") << -9.99996 << u"-10.0"_qs << u"-1.0E1"_qs;
+    QTest::newRow("tiny") << 1e-12 << u"0.0"_qs << u"1.0E-12"_qs;
+    QTest::newRow("large") << 1.23456789e17 << u"123456789000000000.0"_qs << u"1.2346E17"_qs;
+}
+
 void GraphTest::AxisNumbersFollowTheirFormat()
 {
-    const std::tuple<double, const char *, const char *> rows[] = {
-        {-0.0, "0.0", "0.0E0"},
-        {0.00005, "0.0001", "5.0E-5"},
-        {-0.00004, "0.0", "-4.0E-5"},
-        {2.00005, "2.0001", "2.0001E0"},
-        {-9.99996, "-10.0", "-1.0E1"},
-        {1e-12, "0.0", "1.0E-12"},
-        {1.23456789e17, "123456789000000000.0", "1.2346E17"},
-    };
-    for (const auto &[value, plain, exponent] : rows) {
-        QCOMPARE(AxisNumber(value, AxisFormat::Plain), QLatin1String(plain));
-        QCOMPARE(AxisNumber(value, AxisFormat::Exponent), QLatin1String(exponent));
-    }
-    const auto format = [](const QString &minimum, const QString &maximum, bool automatic = false) {
+    QFETCH(double, value);
+    QTEST(AxisNumber(value, AxisFormat::Plain), "plain");
+    QTEST(AxisNumber(value, AxisFormat::Exponent), "exponent");
+}
+
+void GraphTest::ValueAxesHaveLimits()
+{
+    const auto range = [](const QString &minimum, const QString &maximum, bool automatic = false) {
         GraphSettings settings;
         settings.yAuto = automatic;
         settings.yMinimum = minimum;
         settings.yMaximum = maximum;
-        return ValueAxisFormat(settings);
+        return CustomValueRange(settings);
     };
-    QCOMPARE(format(u"0"_qs, u"0.01"_qs), AxisFormat::Plain);
-    QCOMPARE(format(u"1"_qs, u"1.005"_qs), AxisFormat::Exponent);
-    QVERIFY(!format(u"1"_qs, u"1.005"_qs, true));
-    QVERIFY(!format(u"1"_qs, u"1"_qs)); // a file may hold these
-    QVERIFY(!format(u"low"_qs, u"1"_qs));
+    QVERIFY(range(u"0"_qs, u"0.01"_qs));
+    QVERIFY(!range(u"1"_qs, u"1.005"_qs, true));
+    QVERIFY(!range(u"1"_qs, u"1"_qs)); // a file may hold these
+    QVERIFY(!range(u"low"_qs, u"1"_qs));
+    QCOMPARE(CustomValueTicks({1, 1.005}, 1, 1, 300, 15).labels.front(), u"1.0E0"_qs);
+    QCOMPARE(CustomValueTicks({0, 0.01}, 1, 1, 300, 15).labels.front(), u"0.0"_qs);
 }
 
 void GraphTest::ValueAxesAreReadable()
@@ -94,10 +107,10 @@ void GraphTest::ValueAxesAreReadable()
         QVERIFY(ticks.labels.size() >= 2 && ticks.labels.size() <= 20);
         QVERIFY(std::adjacent_find(ticks.labels.begin(), ticks.labels.end()) == ticks.labels.end());
     }
-    const ValueTicks few = CustomValueTicks({0, 1}, 4, 2, AxisFormat::Plain, 300, 15);
-    QCOMPARE(QStringList(few.labels.begin(), few.labels.end()).join(u' '), u"0.0 0.25 0.5 0.75 1.0"_qs);
-    QCOMPARE(few.plain, (std::vector<double>{0.125, 0.375, 0.625, 0.875}));
-    const ValueTicks many = CustomValueTicks({0, 1}, 32767, 32767, AxisFormat::Plain, 300, 15);
+    const ValueTicks few = CustomValueTicks({0, 1}, 4, 2, 300, 15);
+    QCOMPARE(QStringList(few.labels).join(u' '), u"0.0 0.25 0.5 0.75 1.0"_qs);
+    QCOMPARE(few.plain, (QVector<double>{0.125, 0.375, 0.625, 0.875}));
+    const ValueTicks many = CustomValueTicks({0, 1}, 32767, 32767, 300, 15);
     QVERIFY(many.labels.size() >= 5 && many.labels.size() <= 16 && many.plain.size() <= 100);
 }
 
@@ -123,23 +136,44 @@ void GraphTest::CategoriesAreAnchoredAndApart()
     QVERIFY2(measured < 200 && ticks.ticks.size() < 300, qPrintable(QString::number(measured)));
 }
 
+/// Columns that are several samples wide begin at the same samples in every view.
+void GraphTest::LinesKeepWhatIsSeen_data()
+{
+    QTest::addColumn<std::vector<float>>("readings");
+    QTest::addColumn<qint32>("first");
+    QTest::addColumn<int>("perColumn");
+    QTest::addColumn<QString>("line");
+    const std::vector<float> gaps = {None, 2, 9, 1, 3, None, None, None, None, None, None, None, 5, 5, 5, 5};
+    QTest::newRow("all of them") << std::vector<float>{1, None, 2} << 1 << 1 << u"1:1 - 3:2"_qs;
+    QTest::newRow("gaps") << gaps << 1 << 4 << u"2:2 3:9 4:1 5:3 - 13:5 16:5"_qs;
+    QTest::newRow("from within a column") << gaps << 3 << 4 << u"3:9 4:1 5:3 - 13:5 16:5"_qs;
+    QTest::newRow("peak, then trough") << std::vector<float>{5, 9, 1, 4} << 1 << 4 << u"1:5 2:9 3:1 4:4"_qs;
+    QTest::newRow("trough, then peak") << std::vector<float>{5, 1, 9, 4} << 1 << 4 << u"1:5 2:1 3:9 4:4"_qs;
+    QTest::newRow("in two columns") << std::vector<float>{5, 1, 9, 4, 4, 4, 8, 2} << 1 << 4
+                                    << u"1:5 2:1 3:9 4:4 5:4 7:8 8:2"_qs;
+}
+
 void GraphTest::LinesKeepWhatIsSeen()
 {
-    const Line gaps = SeriesLine(Series({1, None, 2, None, 3, 4, None}), &GraphPoint::reading, 1, 7, 1);
-    QCOMPARE(Shown(gaps), u"1:1 - 3:2 - 5:3 6:4 -"_qs);
-    QCOMPARE(Shown(LonePoints(gaps)), u"1:1 3:2"_qs);
-    // Peaks and gaps of columns that are four samples wide, which begin at the same samples in every view.
-    const GraphSeries many = Series({None, 2, 9, 1, 3, None, None, None, None, None, None, None, 5, 5, 5, 5});
-    QCOMPARE(Shown(SeriesLine(many, &GraphPoint::reading, 1, 16, 4)), u"2:2 3:9 4:1 5:3 - 13:5 16:5"_qs);
-    QCOMPARE(Shown(SeriesLine(many, &GraphPoint::reading, 3, 14, 4)), u"3:9 4:1 5:3 - 13:5 14:5"_qs);
+    QFETCH(std::vector<float>, readings);
+    QFETCH(qint32, first);
+    QFETCH(int, perColumn);
+    const auto last = static_cast<qint32>(readings.size());
+    const Line line = SeriesLine(Series(readings), &GraphPoint::reading, first, last, perColumn);
+    QTEST(Shown(line), "line");
+}
+
+void GraphTest::LinesAreCutOffAtTheLimits()
+{
     const Line line{{1, 0}, {2, 4}, {3, 2}, {4, -8}, {5, 12}, {6, None}, {7, 5}};
     QCOMPARE(Shown(ClippedLine(line, 1, 3)), u"- 1.25:1 1.75:3 - 2.5:3 3:2 3.1:1 - 4.45:1 4.55:3 - -"_qs);
+    QCOMPARE(Shown(LonePoints({{1, 1}, {2, None}, {3, 2}, {4, None}, {5, 3}, {6, 4}})), u"1:1 3:2"_qs);
 }
 
 void GraphTest::ViewFollowsTheScroll()
 {
     GraphRig rig(3);
-    GraphPlot plot(&rig.set);
+    GraphPlot plot(&rig.set.Graph());
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.xAxis->range(), QCPRange(0.5, 20.5)); // the window is as wide as ever
     const auto maxima = plot.graph(GraphPlot::Maximum)->data();
@@ -164,8 +198,8 @@ void GraphTest::ValueAxisShowsItsLimits()
         rig.Add(QString::fromLatin1(reading));
     rig.set.SetGraphcount(2);
     rig.set.PaintGraphtop();
-    rig.set.ScrollTo(3); // samples 4 and 5: the extremes are out of view, but their lines are not
-    GraphPlot plot(&rig.set);
+    rig.set.Graph().ScrollTo(3); // samples 4 and 5: the extremes are out of view, but their lines are not
+    GraphPlot plot(&rig.set.Graph());
     plot.Fill({600, 300}, 1);
     QVERIFY(plot.yAxis->range().contains(-50) && plot.yAxis->range().contains(100));
     QCOMPARE(plot.graph(GraphPlot::Marks)->dataCount(), 1);
@@ -183,7 +217,7 @@ void GraphTest::ValueAxisShowsItsLimits()
 void GraphTest::ValueAxisNamesTheMode()
 {
     GraphRig rig(3);
-    GraphPlot plot(&rig.set);
+    GraphPlot plot(&rig.set.Graph());
     plot.Fill({600, 300}, 1);
     QCOMPARE(plot.yAxis->label(), u"VDC"_qs);
     const int left = plot.PlotRect().left();
@@ -200,7 +234,7 @@ void GraphTest::ValueAxisNamesTheMode()
 void GraphTest::ManySamplesArePaintedOnce()
 {
     GraphRig rig(5);
-    Chart chart(&rig.set);
+    Chart chart(&rig.set.Graph());
     chart.resize(400, 200);
     int fills = 0;
     connect(&chart, &QCustomPlot::afterLayout, this, [&] { ++fills; });
@@ -218,7 +252,7 @@ void GraphTest::ManySamplesArePaintedOnce()
 void GraphTest::GraphOutlivesItsSet()
 {
     auto rig = std::make_unique<GraphRig>(30);
-    GraphPane pane(&rig->set);
+    GraphPane pane(&rig->set.Graph());
     pane.show();
     QVERIFY(QTest::qWaitForWindowExposed(&pane));
     QTest::mouseMove(pane.Graph(), pane.Graph()->rect().center());
@@ -230,19 +264,19 @@ void GraphTest::GraphOutlivesItsSet()
     rig.reset();
     pane.Graph()->grab();
     QTest::keyClick(pane.Graph(), Qt::Key_End);
-    QVERIFY(!GraphPicture(*pane.Graph(), GraphFileKind::Png).isEmpty());
+    QVERIFY(!GraphPicture(*pane.Graph(), u"png"_qs).isEmpty());
 }
 
 void GraphTest::PicturesAreOfTheirKind()
 {
     GraphRig rig(30);
-    Chart chart(&rig.set);
+    Chart chart(&rig.set.Graph());
     chart.resize(400, 200);
     const QImage before = chart.grab().toImage();
-    const QByteArray svg = GraphPicture(chart, GraphFileKind::Svg, u"readings"_qs);
+    const QByteArray svg = GraphPicture(chart, u"svg"_qs, u"readings"_qs);
     QVERIFY(svg.contains("<svg") && !svg.contains("<image"));
     QVERIFY(svg.contains(">readings</text>") && svg.contains(">10:00</text>"));
-    const QByteArray pdf = GraphPicture(chart, GraphFileKind::Pdf);
+    const QByteArray pdf = GraphPicture(chart, u"pdf"_qs);
     QVERIFY(pdf.startsWith("%PDF-") && !pdf.contains("/Subtype /Image"));
     QCOMPARE(chart.grab().toImage(), before);
 

@@ -293,12 +293,12 @@ void SetupTest::GraphFormIsApplied()
     const GraphRig rig(samples);
     rig.dataSet->SetGraphcount(5);
     rig.dataSet->PaintGraphtop();
-    rig.dataSet->ScrollTo(samples);
+    rig.dataSet->Graph().ScrollTo(samples);
     GraphForm form = Form(automatic, u"12|3|4|2.5|-0.5|6|7"_qs);
     QVERIFY(StoreGraphForm(&form, rig.dataSet.get()));
     QTEST(rig.Settings(), "settings");
-    QTEST(rig.dataSet->Scroll().maximum, "scroll");
-    QCOMPARE(rig.dataSet->Scroll().value, 0);
+    QTEST(rig.dataSet->Graph().Scroll().maximum, "scroll");
+    QCOMPARE(rig.dataSet->Graph().Scroll().value, 0);
 }
 
 void SetupTest::FieldsShowTheSettingsAndMakeTheAxisCustom()

@@ -1,5 +1,5 @@
 #include "document/datatable.h"
-#include "document/tablehtml.h"
+#include "document/tablecopy.h"
 #include "tests/support.h"
 
 #include <QClipboard>

@@ -1,11 +1,11 @@
 #include "app/messageprompts.h"
-#include "document/panelbar.h"
 #include "platform/geometry.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 #include "tests/program.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMdiArea>
 #include <QMenu>
 #include <QMessageBox>
@@ -99,7 +99,7 @@ void WindowTest::DownloadFillsAWindow()
     QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("No."));
     for (const auto &[bar, key] : {std::pair(u"stBar1"_qs, u"Max"_qs), std::pair(u"stBar2"_qs, u"Min"_qs),
                                    std::pair(u"stBar3"_qs, u"Avg"_qs)})
-        QVERIFY(!data->findChild<PanelBar *>(bar)->PanelText(key).isEmpty());
+        QVERIFY(!data->findChild<QWidget *>(bar)->findChild<QLabel *>(key)->text().isEmpty());
     QCOMPARE(program.Message(), QStringLiteral("50 stored readings received."));
     QVERIFY(program.Action("mnuFileClose")->isEnabled());
     QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);

@@ -3,7 +3,6 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/status.h"
 #include "document/frmdata.h"
-#include "document/panelbar.h"
 #include "source/frmsource.h"
 #include "tools/stage.h"
 
@@ -60,8 +59,9 @@ void RequireWholeSet(const Stage &stage, const frmData *data)
     for (const auto &[bar, key] :
          {std::pair(u"stBar1", u"Max"), std::pair(u"stBar2", u"Min"), std::pair(u"stBar3", u"Avg")}) {
         const QString name = QString::fromUtf16(key);
-        Require(!stage.Find<PanelBar>(QString::fromUtf16(bar), data)->PanelText(name).isEmpty(),
-                u"The panel %1 is empty after a download."_s.arg(name));
+        Require(
+            !stage.Find<QWidget>(QString::fromUtf16(bar), data)->findChild<QLabel *>(name)->text().isEmpty(),
+            u"The panel %1 is empty after a download."_s.arg(name));
     }
     RequireText(u"The status bar after a download"_s, stage.Message(), u"50 stored readings received."_s);
 }

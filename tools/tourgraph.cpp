@@ -2,9 +2,8 @@
 
 #include "tools/tour.h"
 
-#include "document/chart.h"
 #include "document/frmdata.h"
-#include "document/graphaxis.h"
+#include "graph/chart.h"
 #include "source/frmsource.h"
 #include "tools/stage.h"
 #include "tools/tourchecks.h"
@@ -73,7 +72,7 @@ void RequireView(const Stage &stage, int behind)
 {
     const int value = stage.Find<QScrollBar>(u"sbData"_s, stage.DataWindows().first())->value();
     const int first = Graph(stage)->Place().first;
-    Require(Set(stage)->Scroll().value == behind && value == behind && first == behind + 1,
+    Require(Set(stage)->Graph().Scroll().value == behind && value == behind && first == behind + 1,
             u"The graph begins at sample %1 with its scroll bar at %2."_s.arg(first).arg(value));
 }
 
@@ -118,7 +117,7 @@ void Tour::HoverGraph(Stage &stage)
     QTest::mouseMove(graph, PlaceOf(graph, Sample));
     Await([] { return ToolTip() != nullptr; }, u"The graph does not tell about a reading."_s);
     RequireText(u"What the graph tells about a reading"_s, QToolTip::text(),
-                HoverText(Set(stage)->Table(), Sample));
+                Set(stage)->Table().SampleText(Sample));
     Require(graph->grab().toImage() != before, u"The graph does not mark the reading."_s);
     camera_.Take(u"14-graph-hover"_s, {stage.window.get(), ToolTip()});
     QTest::mouseMove(stage.window.get(), QPoint(2, 2));
@@ -151,14 +150,15 @@ void Tour::GraphSetup(Stage &stage)
     Require(dialog->isVisible() && dialog->focusWidget() == refused &&
                 refused->selectedText() == refused->text(),
             u"The refused field is not ready for another value."_s);
-    Require(Set(stage)->Graph().count == StoredReadings, u"A refused setting changed the graph."_s);
+    Require(Set(stage)->Graph().Settings().count == StoredReadings,
+            u"A refused setting changed the graph."_s);
     camera_.Take(u"15d-graph-setup-refused"_s, {stage.window.get(), stage.AwaitDialog(u"frmSetting"_s)});
 
     stage.Type(dialog, u"tbTick"_s, u"1"_s);
     stage.Type(dialog, u"tbLabel"_s, u"2"_s);
     stage.ClickButton(dialog, u"btApply"_s);
     Require(dialog->isVisible(), u"Apply closes the graph setup."_s);
-    Require(Set(stage)->Graph().count == DataRange, u"Apply does not set the data range."_s);
+    Require(Set(stage)->Graph().Settings().count == DataRange, u"Apply does not set the data range."_s);
     Redraw(Graph(stage));
     camera_.Take(u"15e-graph-setup-applied"_s, {stage.window.get(), dialog});
     stage.CloseDialog(dialog, u"btOk"_s);
@@ -205,7 +205,7 @@ void Tour::GraphValueAxis(Stage &stage)
     dialog = OpenSetup(stage);
     Stage::Click(stage.Find<QRadioButton>(u"obYauto"_s, dialog));
     stage.CloseDialog(dialog, u"btOk"_s);
-    Require(Set(stage)->Graph().count == StoredReadings,
+    Require(Set(stage)->Graph().Settings().count == StoredReadings,
             u"An automatic X axis does not show all readings."_s);
 }
 
@@ -220,7 +220,8 @@ void Tour::ZoomGraph(Stage &stage)
     QTest::mouseRelease(graph, Qt::LeftButton, {}, to);
     Redraw(graph);
     Require(graph->Window() == SampleWindow{11, 20}, u"A drag does not zoom to its samples."_s);
-    Require(Set(stage)->Graph().count == StoredReadings, u"A zoom changes the graph's settings."_s);
+    Require(Set(stage)->Graph().Settings().count == StoredReadings,
+            u"A zoom changes the graph's settings."_s);
     Stage::ChooseItem(Stage::OpenContextMenu(graph, to), u"MAX"_s);
     Redraw(graph);
     Require(graph->IsHidden(GraphPlot::Maximum), u"The menu does not hide a line."_s);

@@ -7,16 +7,16 @@ class QScrollBar;
 namespace px40 {
 
 class Chart;
-class DataSet;
+class GraphModel;
 
-/// The graph of a data set above the scroll bar that moves its view.
+/// A graph above the scroll bar that moves its view.
 class GraphPane : public QWidget
 {
     Q_OBJECT
 
   public:
-    /// The data set may go first.
-    explicit GraphPane(DataSet *set, QWidget *parent = nullptr);
+    /// The model may go first.
+    explicit GraphPane(GraphModel *model, QWidget *parent = nullptr);
 
     Chart *Graph() const { return chData_; }
 

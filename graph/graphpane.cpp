@@ -1,7 +1,6 @@
-#include "document/graphpane.h"
+#include "graph/graphpane.h"
 
-#include "document/chart.h"
-#include "document/dataset.h"
+#include "graph/chart.h"
 
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -9,8 +8,8 @@
 
 namespace px40 {
 
-GraphPane::GraphPane(DataSet *set, QWidget *parent)
-    : QWidget(parent), chData_(new Chart(set, this)), sbData_(new QScrollBar(Qt::Horizontal, this))
+GraphPane::GraphPane(GraphModel *model, QWidget *parent)
+    : QWidget(parent), chData_(new Chart(model, this)), sbData_(new QScrollBar(Qt::Horizontal, this))
 {
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -19,14 +18,14 @@ GraphPane::GraphPane(DataSet *set, QWidget *parent)
     column->addWidget(sbData_);
     sbData_->setObjectName(QStringLiteral("sbData"));
     connect(sbData_, &QScrollBar::valueChanged, chData_, &Chart::ShowBehind);
-    connect(set, &DataSet::graphChanged, this, &GraphPane::Follow);
+    connect(model, &GraphModel::changed, this, &GraphPane::Follow);
     connect(chData_, &Chart::windowChanged, this, &GraphPane::Follow);
     Follow();
 }
 
 void GraphPane::Follow()
 {
-    if (!chData_->Set())
+    if (!chData_->Model())
         return;
     const QSignalBlocker blocker(sbData_); // what comes from the graph does not go back to it
     const SampleWindow window = chData_->Window();

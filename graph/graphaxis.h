@@ -1,8 +1,9 @@
 #pragma once
 
-#include "document/graphsettings.h"
+#include "graph/graphsettings.h"
 
 #include <QString>
+#include <QVector>
 #include <QtGlobal>
 
 #include <functional>
@@ -11,8 +12,6 @@
 #include <vector>
 
 namespace px40 {
-
-class TableModel;
 
 // How the axes of a graph are scaled, divided and labelled. All lengths are in pixels, sample numbers are
 // 1-based.
@@ -35,23 +34,19 @@ struct ValueRange
 /// file can hold any texts.
 std::optional<ValueRange> CustomValueRange(const GraphSettings &settings);
 
-/// How a custom value axis is labelled; nothing when the axis is automatic.
-std::optional<AxisFormat> ValueAxisFormat(const GraphSettings &settings);
-
 /// A calm range that holds all values from `lowest` to `highest`; nothing known: lowest above highest.
 ValueRange AutomaticValueRange(double lowest, double highest);
 
 struct ValueTicks
 {
-    std::vector<double> labelled;
-    std::vector<QString> labels; ///< as many
-    std::vector<double> plain;   ///< between them
+    QVector<double> labelled;
+    QVector<QString> labels; ///< as many
+    QVector<double> plain;   ///< between them
 };
 
 /// Divides the range into `major` parts, and each of these into `minor` ones, and leaves out what would not
-/// be seen in `room`.
-ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, AxisFormat format, double room,
-                            double labelHeight);
+/// be seen in `room`. A narrow range is labelled with exponents.
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double room, double labelHeight);
 
 ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight);
 
@@ -92,8 +87,5 @@ struct CategoryTicks
 /// could be drawn are measured.
 CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
                                const std::function<double(qint32)> &labelWidth);
-
-/// Number, time and value of a sample, a line each; what the sample does not have is left out.
-QString HoverText(const TableModel &table, qint32 sample);
 
 } // namespace px40

@@ -1,8 +1,4 @@
-#include "document/graphaxis.h"
-
-#include "document/tablemodel.h"
-
-#include <QLocale>
+#include "graph/graphaxis.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,28 +31,18 @@ qint64 StepFor(double width, double least)
     return step;
 }
 
-/// `digits` without its point, cut to `keep` digits and rounded; one digit longer where a nine was carried.
-QByteArray RoundDigits(QByteArray digits, qsizetype keep)
+/// Without its last digits, which round it.
+qint64 RoundedOff(qint64 number, int digits)
 {
-    if (keep < 0)
-        return "0";
-    if (keep >= digits.size())
-        return digits.leftJustified(keep, '0');
-    const bool up = digits.at(keep) >= '5';
-    digits.truncate(keep);
-    if (!up)
-        return digits;
-    for (qsizetype i = digits.size() - 1; i >= 0; --i) {
-        if (digits.at(i) != '9') {
-            digits[i] = static_cast<char>(digits.at(i) + 1);
-            return digits;
-        }
-        digits[i] = '0';
-    }
-    return digits.prepend('1');
+    if (digits > 18)
+        return 0;
+    qint64 power = 1;
+    for (int i = 0; i < digits; ++i)
+        power *= 10;
+    return (number + power / 2) / power;
 }
 
-/// Digits of which the last four are decimals, of which zeros behind the first are left out.
+/// A number of ten-thousandths, with zeros behind the first decimal left out.
 QString WithPoint(QByteArray digits)
 {
     digits = digits.rightJustified(Decimals + 1, '0');
@@ -124,19 +110,19 @@ QString AxisNumber(double value, AxisFormat format)
     QByteArray text = QByteArray::number(std::abs(value), 'e', Digits - 1);
     const qsizetype mark = text.indexOf('e');
     int exponent = value == 0 ? 0 : text.mid(mark + 1).toInt();
-    QByteArray digits = text.left(mark);
-    digits.remove(1, 1);
+    const qint64 digits = text.left(mark).replace(".", "").toLongLong();
 
     QString number;
     if (format == AxisFormat::Plain) {
-        number = WithPoint(RoundDigits(digits, exponent + 1 + Decimals));
+        const int surplus = Digits - 1 - Decimals - exponent;
+        number = WithPoint(QByteArray::number(RoundedOff(digits, surplus)) + QByteArray(-surplus, '0'));
     } else {
-        digits = RoundDigits(digits, 1 + Decimals);
-        if (digits.size() > 1 + Decimals) { // 9.99996 became 10.0000
-            digits.chop(1);
+        qint64 rounded = RoundedOff(digits, Digits - 1 - Decimals);
+        if (rounded == 100'000) { // 9.99996 became 10.0000
+            rounded = 10'000;
             ++exponent;
         }
-        number = WithPoint(digits) + u'E' + QString::number(exponent);
+        number = WithPoint(QByteArray::number(rounded)) + u'E' + QString::number(exponent);
     }
     const bool nothing =
         std::all_of(number.cbegin(), number.cend(), [](QChar c) { return c == u'0' || c == u'.'; });
@@ -149,22 +135,12 @@ std::optional<ValueRange> CustomValueRange(const GraphSettings &settings)
         return std::nullopt;
     bool minimumOk = false;
     bool maximumOk = false;
-    const QLocale c = QLocale::c();
-    const ValueRange range{c.toDouble(settings.yMinimum.trimmed(), &minimumOk),
-                           c.toDouble(settings.yMaximum.trimmed(), &maximumOk)};
+    const ValueRange range{settings.yMinimum.toDouble(&minimumOk), settings.yMaximum.toDouble(&maximumOk)};
     constexpr double Highest = 1e30; // differences and pixels are worked out from these
     if (!minimumOk || !maximumOk || !(std::abs(range.minimum) < Highest) ||
         !(std::abs(range.maximum) < Highest) || !(range.maximum > range.minimum))
         return std::nullopt;
     return range;
-}
-
-std::optional<AxisFormat> ValueAxisFormat(const GraphSettings &settings)
-{
-    const std::optional<ValueRange> range = CustomValueRange(settings);
-    if (!range)
-        return std::nullopt;
-    return range->maximum - range->minimum < 0.01 ? AxisFormat::Exponent : AxisFormat::Plain;
 }
 
 ValueRange AutomaticValueRange(double lowest, double highest)
@@ -185,9 +161,9 @@ ValueRange AutomaticValueRange(double lowest, double highest)
     return {std::floor((lowest - margin) / raster) * raster, std::ceil((highest + margin) / raster) * raster};
 }
 
-ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, AxisFormat format, double room,
-                            double labelHeight)
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double room, double labelHeight)
 {
+    const AxisFormat format = range.maximum - range.minimum < 0.01 ? AxisFormat::Exponent : AxisFormat::Plain;
     major = std::max(1, major);
     minor = std::max(1, minor);
     const double width = room / major;
@@ -289,21 +265,6 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
     for (qint64 at = AnchoredFrom(place.first, tickStep); at < end; at += tickStep)
         chosen.ticks.push_back(static_cast<qint32>(at));
     return chosen;
-}
-
-QString HoverText(const TableModel &table, qint32 sample)
-{
-    const QString number = table.Cell(sample, 0);
-    QStringList lines{table.Heading(0) + u' ' + number};
-    constexpr int Longest = 100; // noise can be any length
-    const QString value = table.Cell(sample, 2).trimmed() + u' ' + table.Cell(sample, 3).trimmed();
-    for (const QString &whole : {table.Cell(sample, 1).trimmed(), value.trimmed()}) {
-        const QString line = whole.left(Longest);
-        const bool told = line == table.Heading(0) + number; // a memory number instead of a time
-        if (!line.isEmpty() && !told)
-            lines << line;
-    }
-    return lines.join(u'\n');
 }
 
 } // namespace px40

@@ -1,8 +1,7 @@
 // What the user does with the graph: wheel, keys, mouse and menu.
 
-#include "document/chart.h"
+#include "graph/chart.h"
 
-#include "document/dataset.h"
 #include "resources/strings.h"
 
 #include <QApplication>
@@ -19,20 +18,20 @@ namespace px40 {
 
 void Chart::ShowBehind(qint64 samples)
 {
-    if (!movedSet_)
+    if (!Model())
         return;
     if (IsZoomed()) {
         SampleWindow window = Window();
         window.MoveTo(samples, Samples());
         Zoom(window);
     } else {
-        movedSet_->ScrollTo(static_cast<int>(std::clamp<qint64>(samples, 0, movedSet_->Scroll().maximum)));
+        Model()->ScrollTo(static_cast<int>(std::clamp<qint64>(samples, 0, Model()->Scroll().maximum)));
     }
 }
 
 qint32 Chart::Furthest() const
 {
-    return !movedSet_ ? 0 : IsZoomed() ? Window().Furthest(Samples()) : movedSet_->Scroll().maximum;
+    return !Model() ? 0 : IsZoomed() ? Window().Furthest(Samples()) : Model()->Scroll().maximum;
 }
 
 void Chart::Move(qint64 samples)
@@ -60,14 +59,14 @@ void Chart::ZoomBack()
 void Chart::ZoomIn()
 {
     if (Samples() > 0 && Window().count > SampleWindow::Fewest)
-        Zoom(Window().Halved(Samples()));
+        Zoom(Window().Resized(Window().count / 2, Samples()));
 }
 
 void Chart::ZoomOut()
 {
-    const SampleWindow wider = Window().Doubled(Samples());
+    const SampleWindow wider = Window().Resized(qint64(Window().count) * 2, Samples());
     const qint32 useful = std::max(SampleWindow::Fewest, Samples());
-    if (movedSet_ && wider.count < std::min(movedSet_->Graph().count, useful))
+    if (Model() && wider.count < std::min(Model()->Settings().count, useful))
         Zoom(wider);
     else
         ZoomBack();

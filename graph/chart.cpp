@@ -1,7 +1,5 @@
-#include "document/chart.h"
+#include "graph/chart.h"
 
-#include "document/dataset.h"
-#include "document/graphseries.h"
 #include "resources/strings.h"
 
 #include <QPaintEvent>
@@ -26,7 +24,7 @@ QString AsToolTip(const QString &text)
 
 } // namespace
 
-Chart::Chart(DataSet *set, QWidget *parent) : GraphPlot(set, parent), movedSet_(set)
+Chart::Chart(GraphModel *model, QWidget *parent) : GraphPlot(model, parent)
 {
     setObjectName(QStringLiteral("chData"));
     setAccessibleName(Text(Str::GraphName));
@@ -35,9 +33,9 @@ Chart::Chart(DataSet *set, QWidget *parent) : GraphPlot(set, parent), movedSet_(
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     look_ = GraphStyle::ForPalette(palette(), isEnabled());
     SetStyle(look_);
-    connect(set, &DataSet::graphChanged, this, &Chart::MarkDirty);
-    connect(set, &DataSet::graphBegun, this, &Chart::ZoomBack);
-    connect(set, &QObject::destroyed, this, &Chart::MarkDirty);
+    connect(model, &GraphModel::changed, this, &Chart::MarkDirty);
+    connect(model, &GraphModel::begun, this, &Chart::ZoomBack);
+    connect(model, &QObject::destroyed, this, &Chart::MarkDirty);
 }
 
 QSize Chart::sizeHint() const
@@ -98,7 +96,8 @@ void Chart::DrawHover(QPainter &painter) const
     faint.setAlphaF(0.45F);
     painter.setPen(faint);
     painter.drawLine(QPointF(std::round(x), plot.top()), QPointF(std::round(x), plot.bottom()));
-    const GraphPoint point = IsHidden(Readings) ? GraphPoint() : Point(hovered_);
+    const bool shown = hovered_ <= Samples() && !IsHidden(Readings);
+    const GraphPoint point = shown ? Model()->Series().At(hovered_) : GraphPoint();
     const double y = point.HasReading() ? Y(static_cast<double>(point.reading)) : -1;
     if (y < plot.top() || y > plot.bottom() + 1)
         return;
@@ -130,60 +129,40 @@ void Chart::Hover()
 {
     std::optional<qint32> sample;
     const QRect plot = PlotRect();
-    if (Set() && pointer_ && plot.contains(*pointer_))
+    if (Model() && pointer_ && plot.contains(*pointer_))
         sample = Place().Nearest(pointer_->x() - plot.left());
     if (sample.value_or(0) == hovered_)
         return;
     hovered_ = sample.value_or(0);
     update();
     if (hovered_ > 0)
-        QToolTip::showText(mapToGlobal(*pointer_), AsToolTip(HoverText(Set()->Table(), hovered_)), this);
+        QToolTip::showText(mapToGlobal(*pointer_), AsToolTip(Model()->Texts().told(hovered_)), this);
     else
         QToolTip::hideText();
 }
 
 bool Chart::event(QEvent *event)
 {
-    if (event->type() == QEvent::Leave || event->type() == QEvent::Hide) {
+    switch (event->type()) {
+    case QEvent::Hide:
+        drag_.reset();
+        [[fallthrough]];
+    case QEvent::Leave:
         pointer_.reset();
         Hover();
-        if (event->type() == QEvent::Hide)
-            drag_.reset();
-    }
-    return GraphPlot::event(event);
-}
-
-void Chart::resizeEvent(QResizeEvent *)
-{
-    MarkDirty();
-}
-
-void Chart::changeEvent(QEvent *event)
-{
-    GraphPlot::changeEvent(event);
-    switch (event->type()) {
+        break;
     case QEvent::PaletteChange:
     case QEvent::EnabledChange:
         look_ = GraphStyle::ForPalette(palette(), isEnabled());
         SetStyle(look_);
-        MarkDirty();
-        break;
+        [[fallthrough]];
     case QEvent::FontChange:
         MarkDirty();
         break;
     default:
         break;
     }
-}
-
-void Chart::focusInEvent(QFocusEvent *)
-{
-    update();
-}
-
-void Chart::focusOutEvent(QFocusEvent *)
-{
-    update();
+    return GraphPlot::event(event);
 }
 
 } // namespace px40

@@ -1,28 +1,29 @@
-#include "document/graphline.h"
+#include "graph/graphline.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace px40 {
 
 namespace {
 
-constexpr LinePoint Gap{0, static_cast<double>(GraphPoint::Nothing)};
+const QCPGraphData Gap(0, std::numeric_limits<double>::quiet_NaN());
 
-bool IsGap(const LinePoint &point)
+bool IsGap(const QCPGraphData &point)
 {
     return std::isnan(point.value);
 }
 
 /// Level stretches need no points in between.
-void AppendColumnPoint(Line &line, const LinePoint &point)
+void AppendColumnPoint(Line &line, const QCPGraphData &point)
 {
-    const std::size_t size = line.size();
+    const qsizetype size = line.size();
     if (size >= 2 && line[size - 1].value == point.value && line[size - 2].value == point.value)
         line.back() = point;
-    else if (size == 0 || line.back().sample != point.sample)
+    else if (size == 0 || line.back().key != point.key)
         line.push_back(point);
 }
 
@@ -46,10 +47,10 @@ Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 fir
     for (qint64 from = first; from <= last;) {
         const qint64 next = ((from - 1) / perColumn + 1) * perColumn + 1;
         const auto end = static_cast<qint32>(std::min<qint64>(next - 1, last));
-        LinePoint begin = Gap;
-        LinePoint lowest = Gap;
-        LinePoint highest = Gap;
-        LinePoint final = Gap;
+        QCPGraphData begin = Gap;
+        QCPGraphData lowest = Gap;
+        QCPGraphData highest = Gap;
+        QCPGraphData final = Gap;
         for (auto sample = static_cast<qint32>(from); sample <= end; ++sample) {
             const float value = series.At(sample).*member;
             if (std::isnan(value))
@@ -65,9 +66,9 @@ Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 fir
         if (IsGap(begin)) {
             AppendGap(line, static_cast<double>(from));
         } else {
-            if (highest.sample < lowest.sample)
+            if (highest.key < lowest.key)
                 std::swap(lowest, highest);
-            for (const LinePoint &point : {begin, lowest, highest, final})
+            for (const QCPGraphData &point : {begin, lowest, highest, final})
                 AppendColumnPoint(line, point);
         }
         from = next;
@@ -78,7 +79,7 @@ Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 fir
 Line LonePoints(const Line &line)
 {
     Line lone;
-    for (std::size_t i = 0; i < line.size(); ++i) {
+    for (qsizetype i = 0; i < line.size(); ++i) {
         const bool before = i > 0 && !IsGap(line[i - 1]);
         const bool behind = i + 1 < line.size() && !IsGap(line[i + 1]);
         if (!IsGap(line[i]) && !before && !behind)
@@ -91,14 +92,14 @@ Line ClippedLine(const Line &line, double minimum, double maximum)
 {
     Line clipped;
     clipped.reserve(line.size());
-    const auto inside = [&](const LinePoint &p) { return p.value >= minimum && p.value <= maximum; };
-    const auto crossing = [](const LinePoint &a, const LinePoint &b, double limit) {
-        return LinePoint{a.sample + (b.sample - a.sample) * (limit - a.value) / (b.value - a.value), limit};
+    const auto inside = [&](const QCPGraphData &p) { return p.value >= minimum && p.value <= maximum; };
+    const auto crossing = [](const QCPGraphData &a, const QCPGraphData &b, double limit) {
+        return QCPGraphData{a.key + (b.key - a.key) * (limit - a.value) / (b.value - a.value), limit};
     };
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const LinePoint &point = line[i];
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const QCPGraphData &point = line[i];
         if (i > 0 && !IsGap(line[i - 1]) && !IsGap(point)) {
-            const LinePoint &last = line[i - 1];
+            const QCPGraphData &last = line[i - 1];
             const bool rises = point.value > last.value;
             for (const double limit : rises ? std::array{minimum, maximum} : std::array{maximum, minimum}) {
                 if ((last.value < limit) != (point.value < limit) && last.value != limit &&
@@ -109,7 +110,7 @@ Line ClippedLine(const Line &line, double minimum, double maximum)
         if (inside(point))
             clipped.push_back(point);
         else if (i + 1 < line.size() || IsGap(point))
-            clipped.push_back({point.sample, Gap.value});
+            clipped.push_back({point.key, Gap.value});
     }
     return clipped;
 }

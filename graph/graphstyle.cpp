@@ -1,4 +1,4 @@
-#include "document/graphstyle.h"
+#include "graph/graphstyle.h"
 
 #include <QPalette>
 

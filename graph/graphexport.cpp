@@ -1,6 +1,6 @@
-#include "document/graphexport.h"
+#include "graph/graphexport.h"
 
-#include "document/chart.h"
+#include "graph/chart.h"
 #include "platform/files.h"
 #include "platform/replacefile.h"
 #include "resources/strings.h"
@@ -26,11 +26,11 @@ constexpr int DotsPerMetre = 6000; // as wide as a page
 constexpr int Resolution = 96;     // dots per inch
 constexpr double PageMargin = 15;  // millimetres
 
-/// A second graph of the same data set, never shown, so that the one on the screen is left alone.
+/// A second graph of the same model, never shown, so that the one on the screen is left alone.
 class PaperPlot : public GraphPlot
 {
   public:
-    PaperPlot(const Chart &chart, const QString &caption, double density) : GraphPlot(chart.Set())
+    PaperPlot(const Chart &chart, const QString &caption, double density) : GraphPlot(chart.Model())
     {
         QFont font = chart.font();
         font.setPixelSize(TextHeight);
@@ -67,86 +67,56 @@ QImage Image(const Chart &chart, const QString &caption)
     return image;
 }
 
-QByteArray Png(const Chart &chart, const QString &caption)
+bool DrawSvg(const Chart &chart, const QString &caption, QIODevice *to)
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    const bool ok = buffer.open(QIODevice::WriteOnly) && Image(chart, caption).save(&buffer, "PNG");
-    return ok ? bytes : QByteArray();
-}
-
-QByteArray Svg(const Chart &chart, const QString &caption)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
     QSvgGenerator svg;
-    svg.setOutputDevice(&buffer);
+    svg.setOutputDevice(to);
     svg.setResolution(Resolution);
     svg.setSize(PictureSize);
     svg.setViewBox(QRect(QPoint(0, 0), PictureSize));
     svg.setTitle(caption);
-    const bool ok = PaperPlot(chart, caption, Density).DrawVectors(svg, 1);
-    return ok ? bytes : QByteArray();
+    return PaperPlot(chart, caption, Density).DrawVectors(svg, 1);
 }
 
-QByteArray Pdf(const Chart &chart, const QString &caption)
+bool DrawPdf(const Chart &chart, const QString &caption, QIODevice *to)
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    if (!buffer.open(QIODevice::WriteOnly))
-        return {};
-    QPdfWriter pdf(&buffer);
+    QPdfWriter pdf(to);
     pdf.setResolution(Resolution);
     pdf.setTitle(caption);
     pdf.setPageLayout({QPageSize(QPageSize::A4), QPageLayout::Landscape,
                        QMarginsF(PageMargin, PageMargin, PageMargin, PageMargin), QPageLayout::Millimeter});
     const double scale = std::min(static_cast<double>(pdf.width()) / PictureSize.width(),
                                   static_cast<double>(pdf.height()) / PictureSize.height());
-    const bool ok = PaperPlot(chart, caption, Density).DrawVectors(pdf, scale);
-    return ok ? bytes : QByteArray();
+    return PaperPlot(chart, caption, Density).DrawVectors(pdf, scale);
 }
 
 } // namespace
 
-std::optional<GraphFileKind> GraphFileKindOf(const QString &name)
+QByteArray GraphPicture(const Chart &chart, const QString &suffix, const QString &caption)
 {
-    const QString suffix = QFileInfo(name).suffix().toLower();
-    if (suffix == u"png")
-        return GraphFileKind::Png;
-    if (suffix == u"svg")
-        return GraphFileKind::Svg;
-    if (suffix == u"pdf")
-        return GraphFileKind::Pdf;
-    return std::nullopt;
-}
-
-QByteArray GraphPicture(const Chart &chart, GraphFileKind kind, const QString &caption)
-{
-    switch (kind) {
-    case GraphFileKind::Png:
-        return Png(chart, caption);
-    case GraphFileKind::Svg:
-        return Svg(chart, caption);
-    case GraphFileKind::Pdf:
-        return Pdf(chart, caption);
-    }
-    return {};
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    const bool drawn = suffix == u"png"   ? Image(chart, caption).save(&buffer, "PNG")
+                       : suffix == u"svg" ? DrawSvg(chart, caption, &buffer)
+                                          : DrawPdf(chart, caption, &buffer);
+    return drawn ? bytes : QByteArray();
 }
 
 std::unique_ptr<QMimeData> GraphMimeData(const Chart &chart, const QString &caption)
 {
     auto mime = std::make_unique<QMimeData>();
     mime->setImageData(Image(chart, caption));
-    mime->setData(QStringLiteral("image/svg+xml"), Svg(chart, caption));
+    mime->setData(QStringLiteral("image/svg+xml"), GraphPicture(chart, QStringLiteral("svg"), caption));
     return mime;
 }
 
 Result<> WriteGraphFile(const Chart &chart, const QString &name, const QString &caption)
 {
-    const std::optional<GraphFileKind> kind = GraphFileKindOf(name);
-    if (!kind)
+    const QString suffix = QFileInfo(name).suffix().toLower();
+    if (suffix != u"png" && suffix != u"svg" && suffix != u"pdf")
         return Fail(Text(Str::GraphFileKinds));
-    const QByteArray bytes = GraphPicture(chart, *kind, caption);
+    const QByteArray bytes = GraphPicture(chart, suffix, caption);
     if (bytes.isEmpty())
         return Fail(Text(Str::GraphNoPicture));
     return ReplaceFile(name,

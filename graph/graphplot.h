@@ -1,9 +1,10 @@
 #pragma once
 
-#include "document/graphaxis.h"
-#include "document/graphstyle.h"
-#include "document/plotlibrary.h"
-#include "document/samplewindow.h"
+#include "graph/graphaxis.h"
+#include "graph/graphmodel.h"
+#include "graph/graphstyle.h"
+#include "graph/plotlibrary.h"
+#include "graph/samplewindow.h"
 
 #include <QPointer>
 #include <QString>
@@ -14,15 +15,16 @@
 
 namespace px40 {
 
-class DataSet;
-struct GraphPoint;
-
-/// The picture of a data set's graph: readings, running maximum and minimum of the samples in view, axes and
-/// a line that says what is what. It draws only on request, onto any painter; `Chart` is its life on the
-/// screen.
+/// The picture of a graph: readings, running maximum and minimum of the samples in view, axes and a line that
+/// says what is what. It draws only on request, onto any painter; `Chart` is its life on the screen.
 ///
 /// A sample stands at its own number on the horizontal axis. What is zoomed to and what is hidden belongs to
-/// the picture alone: the data set and its file know nothing of it.
+/// the picture alone: the model knows nothing of it.
+///
+/// Where it goes round QCustomPlot: that draws into buffers of its own whenever anything changes, so its
+/// protected `draw` is called instead, once for each paint event. Its tickers know no labels that are chosen
+/// by their width, and its legend takes room beside the lines, is not level with the caption and cannot show
+/// what is hidden.
 class GraphPlot : public QCustomPlot
 {
   public:
@@ -30,38 +32,37 @@ class GraphPlot : public QCustomPlot
     /// between two gaps.
     enum Drawing { Maximum, Minimum, Readings, Marks, DrawingCount };
 
-    /// Without its data set, which may go first, the graph is empty.
-    explicit GraphPlot(const DataSet *set, QWidget *parent = nullptr);
+    /// Without its model, which may go first, the graph is empty.
+    explicit GraphPlot(GraphModel *model, QWidget *parent = nullptr);
 
     void SetStyle(const GraphStyle &style);
     /// A line of text above the picture; empty: none.
     void SetCaption(const QString &caption) { caption_ = caption; }
 
     /// Takes the samples in view and divides the axes for a picture of that size; costs what is in view,
-    /// however long the data set is. `density`: device pixels to a pixel.
+    /// however many there are. `density`: device pixels to a pixel.
     void Fill(const QSize &size, double density);
 
     /// Draws what `Fill` has taken.
     void Draw(QCPPainter &painter);
 
-    /// The samples that are shown: those zoomed to, or those that the data set's settings and scroll say.
+    /// The samples that are shown: those zoomed to, or those that the model says.
     SampleWindow Window() const;
     bool IsZoomed() const { return zoom_.has_value(); }
     void SetZoom(const std::optional<SampleWindow> &zoom) { zoom_ = zoom; }
     /// `drawing`: Maximum, Minimum or Readings, whose marks go with them.
-    bool IsHidden(Drawing drawing) const { return hidden_.at(static_cast<std::size_t>(drawing)); }
+    bool IsHidden(Drawing drawing) const { return !graph(drawing)->visible(); }
     void Hide(Drawing drawing, bool hidden);
     /// Shows what `other` shows.
     void ShowLike(const GraphPlot &other);
 
-    /// Samples of the data set, seen or not.
-    qint32 Samples() const;
-    const DataSet *Set() const;
+    /// Of the model, seen or not.
+    qint32 Samples() const { return model_ ? model_->Series().Count() : 0; }
+    /// Null when it is gone.
+    GraphModel *Model() const { return model_; }
     /// Where the samples stood in view at the last `Fill`; x counts from the left edge of `PlotRect`.
     const CategoryPlace &Place() const { return place_; }
     QRect PlotRect() const { return axisRect()->rect(); }
-    /// The points of a sample; all are nothing when it is not in view.
-    GraphPoint Point(qint32 sample) const;
     /// From the upper edge of the picture.
     double Y(double value) const { return yAxis->coordToPixel(value); }
 
@@ -90,12 +91,11 @@ class GraphPlot : public QCustomPlot
     std::vector<LegendEntry> Legend() const;
     void DrawLegend(QCPPainter &painter);
 
-    QPointer<const DataSet> set_;
+    QPointer<GraphModel> model_;
     GraphStyle style_;
     QString caption_;
     CategoryPlace place_;
     std::optional<SampleWindow> zoom_;
-    std::array<bool, DrawingCount> hidden_{};
     bool legendShown_ = true;
 };
 

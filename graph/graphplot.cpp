@@ -1,7 +1,6 @@
-#include "document/graphplot.h"
+#include "graph/graphplot.h"
 
-#include "document/dataset.h"
-#include "document/graphline.h"
+#include "graph/graphline.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
@@ -29,33 +28,22 @@ constexpr int StrongPoints = 400;   // more of them would melt into each other a
 class ChosenTicker : public QCPAxisTicker
 {
   public:
-    QVector<double> ticks;
-    QVector<double> plain;
-    QVector<QString> labels;
+    ValueTicks chosen;
 
     void generate(const QCPRange &, const QLocale &, QChar, int, QVector<double> &ticksOut,
                   QVector<double> *plainOut, QVector<QString> *labelsOut) override
     {
-        ticksOut = ticks;
+        ticksOut = chosen.labelled;
         if (plainOut)
-            *plainOut = plain;
+            *plainOut = chosen.plain;
         if (labelsOut)
-            *labelsOut = labels;
+            *labelsOut = chosen.labels;
     }
 };
 
-ChosenTicker &TickerOf(QCPAxis *axis)
+ValueTicks &TicksOf(QCPAxis *axis)
 {
-    return static_cast<ChosenTicker &>(*axis->ticker());
-}
-
-void SetLine(QCPGraph *drawing, const Line &line)
-{
-    QVector<QCPGraphData> points;
-    points.reserve(static_cast<qsizetype>(line.size()));
-    for (const LinePoint &point : line)
-        points.append({point.sample, point.value});
-    drawing->data()->set(points, true);
+    return static_cast<ChosenTicker &>(*axis->ticker()).chosen;
 }
 
 } // namespace
@@ -65,7 +53,7 @@ int GraphPlot::Edge(const QFont &font)
     return static_cast<int>(QFontMetricsF(font).height() * 0.4);
 }
 
-GraphPlot::GraphPlot(const DataSet *set, QWidget *parent) : QCustomPlot(parent), set_(set)
+GraphPlot::GraphPlot(GraphModel *model, QWidget *parent) : QCustomPlot(parent), model_(model)
 {
     mReplotting = true; // nothing is drawn but on request, and never into the buffers of the base class
     setPlottingHints(QCP::phFastPolylines);
@@ -124,7 +112,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     legendShown_ = size.height() >= LowestWithLegend * lineHeight;
 
     place_ = {};
-    if (set_) {
+    if (model_) {
         const SampleWindow window = Window();
         place_.first = window.behind + 1;
         place_.count = window.count;
@@ -136,7 +124,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     const int bottom = TickLength + LabelPadding + lineHeight + edge / 2;
     FillValueAxis(size.height() - top - bottom);
     double labels = 0;
-    for (const QString &label : std::as_const(TickerOf(yAxis).labels))
+    for (const QString &label : std::as_const(TicksOf(yAxis).labels))
         labels = std::max(labels, metrics.horizontalAdvance(label));
     const int name = NameValueAxis(size.height() - top - bottom);
     const int left = static_cast<int>(labels) + TickLength + LabelPadding + edge + 1 + name;
@@ -153,14 +141,13 @@ void GraphPlot::Fill(const QSize &size, double density)
 
 SampleWindow GraphPlot::Window() const
 {
-    if (zoom_ || !set_)
+    if (zoom_ || !model_)
         return zoom_.value_or(SampleWindow());
-    return {set_->Scroll().value, std::max(1, set_->Graph().count)};
+    return {model_->Scroll().value, std::max(1, model_->Settings().count)};
 }
 
 void GraphPlot::Hide(Drawing drawing, bool hidden)
 {
-    hidden_.at(static_cast<std::size_t>(drawing)) = hidden;
     graph(drawing)->setVisible(!hidden);
     graph(Marks)->setVisible(!IsHidden(Readings));
 }
@@ -170,11 +157,6 @@ void GraphPlot::ShowLike(const GraphPlot &other)
     zoom_ = other.zoom_;
     for (const Drawing drawing : LegendOrder)
         Hide(drawing, other.IsHidden(drawing));
-}
-
-qint32 GraphPlot::Samples() const
-{
-    return set_ ? std::min(set_->GetDatacount(), set_->Series().Count()) : 0;
 }
 
 /// Of what is not hidden.
@@ -188,7 +170,7 @@ ValueRange GraphPlot::RangeInView() const
         if (IsHidden(drawing))
             continue;
         for (qint32 sample = place_.first; sample <= place_.last; ++sample) {
-            const float value = set_->Series().At(sample).*member;
+            const float value = model_->Series().At(sample).*member;
             if (!std::isfinite(value))
                 continue;
             lowest = std::min(lowest, static_cast<double>(value));
@@ -198,53 +180,47 @@ ValueRange GraphPlot::RangeInView() const
     return AutomaticValueRange(lowest, highest);
 }
 
-/// Gives the axis the MODE for its name if all readings have the same and there is room. Returns what the
+/// Gives the axis its name if it has one and there is room. Returns what the
 /// name takes from the picture's width.
 int GraphPlot::NameValueAxis(double room)
 {
     const QFontMetricsF metrics(font());
-    QString mode = set_ ? set_->Table().CommonMode() : QString();
-    if (!legendShown_ && metrics.horizontalAdvance(mode) > room) // a low picture has it whole or not at all
-        mode.clear();
+    QString called = model_ ? model_->Texts().valueName() : QString();
+    if (!legendShown_ && metrics.horizontalAdvance(called) > room) // a low picture has it whole or not at all
+        called.clear();
     yAxis->setLabelFont(font());
-    yAxis->setLabel(metrics.elidedText(mode, Qt::ElideRight, room));
-    return mode.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
+    yAxis->setLabel(metrics.elidedText(called, Qt::ElideRight, room));
+    return called.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
 }
 
 void GraphPlot::FillValueAxis(double room)
 {
-    const GraphSettings settings = set_ ? set_->Graph() : GraphSettings();
+    const GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     const double labelHeight = QFontMetricsF(font()).height();
-    const std::optional<AxisFormat> format = ValueAxisFormat(settings);
-    const ValueRange range = format ? *CustomValueRange(settings) : RangeInView();
-    const ValueTicks ticks =
-        format ? CustomValueTicks(range, settings.yMajor, settings.yMinor, *format, room, labelHeight)
-               : AutomaticValueTicks(range, room, labelHeight);
+    const std::optional<ValueRange> custom = CustomValueRange(settings);
+    const ValueRange range = custom ? *custom : RangeInView();
+    TicksOf(yAxis) = custom ? CustomValueTicks(range, settings.yMajor, settings.yMinor, room, labelHeight)
+                            : AutomaticValueTicks(range, room, labelHeight);
     yAxis->setRange(range.minimum, range.maximum);
-    ChosenTicker &ticker = TickerOf(yAxis);
-    ticker.ticks = QVector<double>(ticks.labelled.begin(), ticks.labelled.end());
-    ticker.plain = QVector<double>(ticks.plain.begin(), ticks.plain.end());
-    ticker.labels = QVector<QString>(ticks.labels.begin(), ticks.labels.end());
 }
 
 void GraphPlot::FillCategoryAxis()
 {
     const QFontMetricsF metrics(font());
     constexpr int Longest = 40;
-    const auto label = [this](qint32 sample) { return set_->Table().Cell(sample, 1).left(Longest); };
-    GraphSettings settings = set_ ? set_->Graph() : GraphSettings();
+    const auto label = [this](qint32 sample) { return model_->Texts().label(sample).left(Longest); };
+    GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the user's count
     const CategoryTicks chosen = ChooseCategories(
         place_, settings, [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
     // A label without a tick is the label of a tick without length.
     xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);
-    ChosenTicker &ticker = TickerOf(xAxis);
-    ticker.ticks = QVector<double>(chosen.labelled.begin(), chosen.labelled.end());
-    ticker.plain = QVector<double>(chosen.ticks.begin(), chosen.ticks.end());
-    ticker.labels.clear();
+    ValueTicks &ticks = TicksOf(xAxis);
+    ticks = {
+        {chosen.labelled.begin(), chosen.labelled.end()}, {}, {chosen.ticks.begin(), chosen.ticks.end()}};
     for (const qint32 sample : chosen.labelled)
-        ticker.labels.append(label(sample));
+        ticks.labels.append(label(sample));
 }
 
 void GraphPlot::FillLines(double density)
@@ -253,8 +229,10 @@ void GraphPlot::FillLines(double density)
     const int perColumn = static_cast<int>(std::ceil(place_.count / place_.room));
     const QCPRange range = yAxis->range();
     const auto fill = [&](Drawing drawing, float GraphPoint::*member) {
-        Line line = set_ ? SeriesLine(set_->Series(), member, place_.first, place_.last, perColumn) : Line();
-        SetLine(graph(drawing), ClippedLine(line, range.lower, range.upper));
+        Line line;
+        if (model_)
+            line = SeriesLine(model_->Series(), member, place_.first, place_.last, perColumn);
+        graph(drawing)->data()->set(ClippedLine(line, range.lower, range.upper), true);
         return line;
     };
     fill(Maximum, &GraphPoint::maximum);
@@ -263,9 +241,8 @@ void GraphPlot::FillLines(double density)
     if (place_.Width() < MarkRoom * style_.lineWidth)
         marks = LonePoints(marks);
     // A mark that is nowhere would still be drawn in some corner.
-    std::erase_if(marks,
-                  [&](const LinePoint &p) { return !(p.value >= range.lower && p.value <= range.upper); });
-    SetLine(graph(Marks), marks);
+    erase_if(marks, [&](const QCPGraphData &mark) { return !range.contains(mark.value); });
+    graph(Marks)->data()->set(marks, true);
 
     const int points = graph(Readings)->dataCount();
     // A width of exactly 1 would be one device pixel, however small these are.
@@ -280,18 +257,6 @@ void GraphPlot::FillLines(double density)
     look(Marks, thin, true);
     for (const Drawing drawing : {Maximum, Minimum}) // level lines of a single pixel look best unsmoothed
         look(drawing, thin, style_.lineWidth * density > 1);
-}
-
-const DataSet *GraphPlot::Set() const
-{
-    return set_;
-}
-
-GraphPoint GraphPlot::Point(qint32 sample) const
-{
-    const bool inView =
-        set_ && sample >= place_.first && sample <= place_.last && sample <= set_->Series().Count();
-    return inView ? set_->Series().At(sample) : GraphPoint();
 }
 
 void GraphPlot::Draw(QCPPainter &painter)

@@ -20,7 +20,7 @@ struct GraphPoint
     bool HasReading() const { return !std::isnan(reading); }
 };
 
-/// The graph's points of all samples of a data set, so that any window of them can be drawn without a look at
+/// The points of all samples, so that any window of them can be drawn without a look at
 /// the others. Twelve bytes a sample.
 class GraphSeries
 {

@@ -6,7 +6,6 @@
 #include <QString>
 
 #include <memory>
-#include <optional>
 
 class QMimeData;
 
@@ -17,18 +16,14 @@ class Chart;
 // Pictures of a graph for reports: on white, at a size of their own, whatever the window on the screen looks
 // like, which stays as it is. They show what the graph on the screen shows. `caption` is printed above them.
 
-enum class GraphFileKind { Png, Svg, Pdf };
-
-/// By the name's suffix, in any case; nothing for any other suffix.
-std::optional<GraphFileKind> GraphFileKindOf(const QString &name);
-
-/// The bytes of the file; empty when they could not be made.
-QByteArray GraphPicture(const Chart &chart, GraphFileKind kind, const QString &caption = {});
+/// The bytes of a file with the suffix "png", "svg" or "pdf"; empty when they could not be made.
+QByteArray GraphPicture(const Chart &chart, const QString &suffix, const QString &caption = {});
 
 /// Picture and drawing for the clipboard.
 std::unique_ptr<QMimeData> GraphMimeData(const Chart &chart, const QString &caption = {});
 
-/// Writes the kind of file that the suffix says. Where that fails a file that was there is as it was.
+/// Writes the kind of file that the suffix, in any case, says. Where that fails a file that was there is as
+/// it was.
 Result<> WriteGraphFile(const Chart &chart, const QString &name, const QString &caption = {});
 
 } // namespace px40

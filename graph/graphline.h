@@ -1,19 +1,15 @@
 #pragma once
 
-#include "document/graphseries.h"
-
-#include <vector>
+#include "graph/graphseries.h"
+#include "graph/plotlibrary.h"
 
 namespace px40 {
 
-/// A point of a line. Not a number as value: the line is interrupted here.
-struct LinePoint
-{
-    double sample;
-    double value;
-};
+// Lines are thinned and cut off here and not by the library: its adaptive sampling drops readings beside
+// gaps, and its clipping is unknown to SVG.
 
-using Line = std::vector<LinePoint>;
+/// The points of a line, by their sample numbers. Not a number as value: the line is interrupted here.
+using Line = QVector<QCPGraphData>;
 
 /// The line of one member of the points from sample `first` to `last` (1-based). Where several samples share
 /// a column of pixels (`perColumn` above 1) only what can be seen of them is taken: the first, lowest,

@@ -1,11 +1,11 @@
-// Excel takes a cell's value from x:num and its number format from the style; x:str is a text. LibreOffice
-// takes them from sdval and sdnum, whose first number is the language in which both are written (1033, with a
-// decimal point). Of formats LibreOffice keeps only those that it has built in: for any other it takes one of
-// the target's own, whichever that may be. So there a reading has the decimals shown where these are two.
+#include "document/tablecopy.h"
 
-#include "document/tablehtml.h"
-
+#include "document/selectionsummary.h"
+#include "document/tablemodel.h"
 #include "resources/strings.h"
+
+#include <QItemSelection>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cstddef>
@@ -16,12 +16,22 @@ namespace px40 {
 
 namespace {
 
-constexpr int MostDigits = 15; // a spreadsheet holds no more, and would change the others
-
-bool IsDigit(QChar c)
+bool IsSelected(const QItemSelection &selection, int row, int column)
 {
-    return c >= u'0' && c <= u'9';
+    return std::any_of(selection.begin(), selection.end(), [=](const QItemSelectionRange &range) {
+        return range.top() <= row && row <= range.bottom() && range.left() <= column &&
+               column <= range.right();
+    });
 }
+
+QString OneLine(QString cell)
+{
+    for (QChar &character : cell)
+        character = character == u'\t' || character == u'\n' || character == u'\r' ? QChar(u' ') : character;
+    return cell;
+}
+
+constexpr int MostDigits = 15; // a spreadsheet holds no more, and would change the others
 
 /// How a number is written.
 struct NumberForm
@@ -39,35 +49,22 @@ struct NumberForm
 /// Nothing when the text is no number that a spreadsheet shows in the same way.
 std::optional<NumberForm> FormOf(QStringView text)
 {
-    qsizetype at = text.startsWith(u'+') || text.startsWith(u'-') ? 1 : 0;
-    const auto digits = [&] {
-        const qsizetype from = at;
-        while (at < text.size() && IsDigit(text[at]))
-            ++at;
-        return static_cast<int>(std::min<qsizetype>(at - from, MostDigits + 1));
-    };
-    const bool padded = at < text.size() && text[at] == u'0';
-    NumberForm form;
-    const int whole = digits();
-    if (at < text.size() && text[at] == u'.') {
-        ++at;
-        form.decimals = digits();
-    }
-    const int all = whole + form.decimals;
-    if (all == 0 || all > MostDigits)
+    static const QRegularExpression Number(
+        QStringLiteral("\\A[+-]?(\\d*)(?:\\.(\\d*))?([eE][+-]?\\d{1,2})?\\z"));
+    const QRegularExpressionMatch match = Number.match(text);
+    const auto whole = static_cast<int>(match.capturedLength(1));
+    const auto decimals = static_cast<int>(match.capturedLength(2));
+    if (whole + decimals == 0 || whole + decimals > MostDigits)
         return std::nullopt;
-    if (at < text.size() && (text[at] == u'e' || text[at] == u'E')) {
-        at += at + 1 < text.size() && (text[at + 1] == u'+' || text[at + 1] == u'-') ? 2 : 1;
-        const int exponent = digits();
-        return exponent > 0 && exponent <= 2 && at == text.size() ? std::optional(NumberForm())
-                                                                  : std::nullopt;
-    }
-    if (at < text.size())
-        return std::nullopt;
-    form.whole = padded ? std::max(1, whole) : 1;
-    return form;
+    if (match.capturedLength(3) > 0)
+        return NumberForm();
+    return NumberForm{match.capturedView(1).startsWith(u'0') ? whole : 1, decimals};
 }
 
+/// Excel takes a cell's value from x:num and its number format from the style; x:str is a text. LibreOffice
+/// takes them from sdval and sdnum, whose first number is the language in which both are written (1033, with
+/// a decimal point). Of formats LibreOffice keeps only those that it has built in: for any other it takes one
+/// of the target's own, whichever that may be. So there a reading has the decimals shown where these are two.
 class Writer
 {
   public:
@@ -163,22 +160,10 @@ class Writer
 
     void PutEscaped(QStringView text)
     {
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const QChar c = text[i];
-            if (c == u'&')
-                Put("&amp;");
-            else if (c == u'<')
-                Put("&lt;");
-            else if (c == u'>')
-                Put("&gt;");
-            else if (c == u'"')
-                Put("&quot;");
-            else if (c.unicode() < 0x80)
-                out_ += c.unicode() < ' ' ? ' ' : static_cast<char>(c.unicode());
-            else
-                Put(text.mid(i, c.isHighSurrogate() ? 2 : 1).toUtf8());
-            i += c.isHighSurrogate() ? 1 : 0;
-        }
+        QString escaped = text.toString().toHtmlEscaped();
+        for (QChar &character : escaped)
+            character = std::max(character, QChar(u' '));
+        Put(escaped.toUtf8());
     }
 
     QByteArray out_;
@@ -187,6 +172,33 @@ class Writer
 };
 
 } // namespace
+
+QString TableText(const TableModel &table, const QItemSelection &selection)
+{
+    QList<int> columns;
+    QStringList cells;
+    for (int column = 0; column < TableModel::Columns; ++column) {
+        const bool taken =
+            std::any_of(selection.begin(), selection.end(), [column](const QItemSelectionRange &range) {
+                return range.left() <= column && column <= range.right();
+            });
+        if (!taken)
+            continue;
+        columns << column;
+        cells << OneLine(table.Heading(column));
+    }
+    QString text = cells.join(u'\t') + u'\n';
+    for (const RowRange &rows : SelectedRows(selection, table.Samples() - 1)) {
+        for (int row = rows.first; row <= rows.last; ++row) {
+            cells.clear();
+            for (const int column : columns)
+                cells << (IsSelected(selection, row, column) ? OneLine(table.Cell(row + 1, column))
+                                                             : QString());
+            text += cells.join(u'\t') + u'\n';
+        }
+    }
+    return text;
+}
 
 QByteArray TableHtml(QStringView text)
 {

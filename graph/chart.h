@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/graphplot.h"
+#include "graph/graphplot.h"
 
 #include <QPixmap>
 #include <QPoint>
@@ -9,31 +9,31 @@
 
 namespace px40 {
 
-/// The graph of a data set on the screen. However many samples come in, it draws once for each time that the
+/// A graph on the screen. However many samples come in, it draws once for each time that the
 /// screen is painted, and not at all while it is hidden.
 ///
 /// The wheel and the keys Left, Right, PageUp, PageDown, Home and End move the view; the pointer shows the
 /// sample that is nearest to it. A drag zooms to the samples under it, as the keys + and - do around the
-/// middle; a double click or Escape goes back to what the data set's settings say. A click on the legend
+/// middle; a double click or Escape goes back to what the model's settings say. A click on the legend
 /// hides a line.
 class Chart : public GraphPlot
 {
     Q_OBJECT
 
   public:
-    /// The data set may go first; the graph is empty then. Nobody owns anybody.
-    explicit Chart(DataSet *set, QWidget *parent = nullptr);
+    /// The model may go first; the graph is empty then.
+    explicit Chart(GraphModel *model, QWidget *parent = nullptr);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
-    /// Shows the samples behind so many: by the data set's scroll, or of the zoom while there is one.
+    /// Shows the samples behind so many: by the model's scroll, or of the zoom while there is one.
     void ShowBehind(qint64 samples);
     /// The furthest that it can be moved by that.
     qint32 Furthest() const;
 
   Q_SIGNALS:
-    /// Zoomed, or moved while zoomed; the data set tells of all other moves.
+    /// Zoomed, or moved while zoomed; the model tells of all other moves.
     void windowChanged();
     /// The user wishes the graph on the clipboard, or in a file.
     void copyRequested();
@@ -42,10 +42,6 @@ class Chart : public GraphPlot
   protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
-    void changeEvent(QEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
-    void focusOutEvent(QFocusEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -69,7 +65,6 @@ class Chart : public GraphPlot
     void DrawHover(QPainter &painter) const;
     void DrawBand(QPainter &painter) const;
 
-    QPointer<DataSet> movedSet_;
     QPixmap picture_;
     GraphStyle look_;
     std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere

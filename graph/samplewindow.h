@@ -21,9 +21,8 @@ struct SampleWindow
     qint32 Furthest(qint32 samples) const;
     void MoveTo(qint64 to, qint32 samples);
 
-    /// Half as many samples, or twice as many, around the same middle.
-    SampleWindow Halved(qint32 samples) const;
-    SampleWindow Doubled(qint32 samples) const;
+    /// So many samples, but two at least, around the same middle.
+    SampleWindow Resized(qint64 to, qint32 samples) const;
 };
 
 } // namespace px40

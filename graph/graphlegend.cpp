@@ -1,6 +1,6 @@
 // The line above the graph: what its lines are called, and the caption.
 
-#include "document/graphplot.h"
+#include "graph/graphplot.h"
 
 #include "resources/icons.h"
 #include "resources/strings.h"
