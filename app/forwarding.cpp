@@ -17,8 +17,8 @@ const QString No = QStringLiteral("0");
 
 ForwardServices ServicesOf(Services &services, MainViews &views)
 {
-    return {services.state, services.prompts,      services.clock,
-            services.store, MakeSpreadsheetTarget, [&views] { views.TakeFocus(); }};
+    return {services.state, &services.prompts, services.clock,
+            services.store, MakeSpreadsheet,   [&views] { views.TakeFocus(); }};
 }
 
 ForwardMemory Remembered(const Services &services)
@@ -56,10 +56,10 @@ QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
     services_->statusLine.TakeBack(told_); // it is of an earlier forwarding
-    const ForwardOutcome outcome = co_await forwarder_.ForwardData(dataSet, choice);
-    if (!outcome.done)
+    const Result<ForwardOutcome> outcome = co_await forwarder_.ForwardData(dataSet, choice);
+    if (!outcome)
         co_return;
-    told_ = ShowFile(outcome);
+    told_ = ShowFile(*outcome);
     services_->statusLine.Show(told_);
 }
 
@@ -68,18 +68,17 @@ QCoro::Task<bool> Forwarding::AskForRun()
     const std::optional<ForwardChoice> choice = co_await Ask();
     if (!choice)
         co_return false;
-    const bool prepared = co_await rows_.Prepare(*choice);
-    co_return prepared;
+    const Result<> prepared = co_await rows_.Prepare(*choice);
+    co_return prepared.has_value();
 }
 
-void Forwarding::OnRunClosed(const ForwardOutcome &outcome)
+void Forwarding::OnRunClosed(const Result<ForwardOutcome> &outcome)
 {
     // The status bar of a narrow window does not hold the reason; a run goes on under the box.
-    if (!outcome.done)
-        services_->jobs.Launch(services_->prompts.Warn(services_->state.ForwardErrorText),
-                               "telling of a run");
-    if (outcome.done && outcome.samples > 0)
-        runOutcome_ = ShowFile(outcome);
+    if (!outcome)
+        services_->jobs.Launch(services_->prompts.Warn(outcome.error().text), "telling of a run");
+    else if (outcome->samples > 0)
+        runOutcome_ = ShowFile(*outcome);
 }
 
 QString Forwarding::ShowFile(const ForwardOutcome &outcome)

@@ -44,7 +44,7 @@ class Forwarding : public QObject
     QString TakeRunOutcome() { return std::exchange(runOutcome_, QString()); }
 
   private:
-    void OnRunClosed(const ForwardOutcome &outcome);
+    void OnRunClosed(const Result<ForwardOutcome> &outcome);
     /// Opens the file if it is to be seen. What there is to tell: first that no program opens it.
     QString ShowFile(const ForwardOutcome &outcome);
 

@@ -14,7 +14,7 @@
 #include "document/frmsetting.h"
 #include "forward/frmforward.h"
 #include "forward/spreadsheet.h"
-#include "forward/xlsxfile.h"
+#include "forward/workbookplace.h"
 #include "platform/geometry.h"
 #include "platform/oneshot.h"
 #include "resources/icons.h"
@@ -213,7 +213,7 @@ QCoro::Task<std::optional<ForwardChoice>> frmMain::AskForward(std::shared_ptr<Fo
     ForwardOptions options;
     options.withExcel = HasSpreadsheet();
     if (!options.withExcel)
-        options.whyNot = &XlsxFile::WhyNot;
+        options.check = &CheckExistingWorkbook;
     auto *const dialog =
         new frmForward(services_->state, services_->prompts, services_->jobs, memory.get(), options, this);
     const auto choice = std::make_shared<ForwardChoice>(); // the dialog goes before this goes on

@@ -1,8 +1,9 @@
 #include "bench/sheetrig.h"
 
+#include "forward/bookfailuretext.h"
 #include "forward/datasetsource.h"
-#include "forward/forwardsteps.h"
-#include "forward/xlsxfile.h"
+#include "forward/sheetlayout.h"
+#include "xlsx/workbook.h"
 
 #include <QFile>
 
@@ -45,19 +46,14 @@ std::shared_ptr<DataSet> SetMaker::Make(int rows)
 
 bool ForwardTo(const QString &name, Book book, const std::shared_ptr<const DataSet> &data)
 {
-    XlsxFile file(SheetTitle());
-    if (book == Book::New)
-        file.SetNewName(name);
     const DataSetSource source(data, SheetTitle());
-    WholeForward forward(file, source, book == Book::New ? std::string() : name.toStdString());
-    SheetStep step = SheetStep::Again;
-    while (step == SheetStep::Again)
-        step = forward.Next();
+    const Sheet sheet = LayOut(source, source.Samples(), false, source.Rows(false));
     WriteWatch watch;
-    const bool good = step == SheetStep::Done && file.Write(&watch) == WriteResult::Done;
-    if (!good)
-        std::fprintf(stderr, "%s\n", file.ErrorText().c_str());
-    return good;
+    const WorkbookFile file = book == Book::New ? WorkbookFile::New(name) : WorkbookFile::Existing(name);
+    const BookResult<> added = AddSheet(file, sheet, &watch);
+    if (!added)
+        std::fprintf(stderr, "%s\n", qPrintable(BookFailureText(added.error())));
+    return added.has_value();
 }
 
 bool MakeLargeBook(const QString &name)

@@ -16,6 +16,20 @@ bool IsAscii(char character)
     return static_cast<signed char>(character) >= 0;
 }
 
+/// The texts of the row that begins there.
+RowStore::Bytes TextsAt(const char *at)
+{
+    RowStore::Bytes texts;
+    for (std::string_view &text : texts) {
+        const char *end = at;
+        while (*end != TextEnd)
+            ++end;
+        text = {at, static_cast<std::size_t>(end - at)};
+        at = end + 1;
+    }
+    return texts;
+}
+
 } // namespace
 
 void RowStore::Append(const Row &row)
@@ -56,16 +70,12 @@ void RowStore::Keep()
 
 RowStore::Bytes RowStore::Utf8(qsizetype row) const
 {
-    const char *at = rows_[static_cast<std::size_t>(row)];
-    Bytes texts;
-    for (std::string_view &text : texts) {
-        const char *end = at;
-        while (*end != TextEnd)
-            ++end;
-        text = {at, static_cast<std::size_t>(end - at)};
-        at = end + 1;
-    }
-    return texts;
+    return TextsAt(rows_[static_cast<std::size_t>(row)]);
+}
+
+RowStore::Bytes RowReader::Next()
+{
+    return TextsAt(rows_[next_++]);
 }
 
 QString RowStore::Cell(qsizetype row, int text) const

@@ -11,6 +11,7 @@
 #include <memory_resource>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace px40 {
 
@@ -40,15 +41,38 @@ class RowStore
     Bytes Utf8(qsizetype row) const;
 
   private:
+    friend class RowReader;
     static constexpr std::size_t FirstBytes = 64 * 1024;
 
     void Keep();
 
-    std::unique_ptr<std::pmr::monotonic_buffer_resource> bytes_ =
-        std::make_unique<std::pmr::monotonic_buffer_resource>(FirstBytes);
+    std::shared_ptr<std::pmr::monotonic_buffer_resource> bytes_ = // readers have it too
+        std::make_shared<std::pmr::monotonic_buffer_resource>(FirstBytes);
     /// The five texts, each with a byte behind it that UTF-8 does not know.
     std::deque<const char *> rows_;
     std::string record_; ///< the row that is being appended
+};
+
+/// The rows of a store as they stand at one moment, one after the other. Another thread may read them while
+/// the store grows or goes.
+class RowReader
+{
+  public:
+    explicit RowReader(const RowStore &store)
+        : bytes_(store.bytes_), rows_(store.rows_.begin(), store.rows_.end())
+    {
+    }
+
+    /// Back to the first row.
+    void Rewind() { next_ = 0; }
+
+    /// The next row, the first one at the first call; valid as long as this. Not called behind the last row.
+    RowStore::Bytes Next();
+
+  private:
+    std::shared_ptr<const void> bytes_;
+    std::vector<const char *> rows_;
+    std::size_t next_ = 0;
 };
 
 } // namespace px40

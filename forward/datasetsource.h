@@ -1,6 +1,7 @@
 #pragma once
 
 #include "forward/sheetsource.h"
+#include "xlsx/sheet.h"
 
 #include <QString>
 
@@ -22,6 +23,10 @@ class DataSetSource : public SheetSource
     std::string StatisticName(int which) const override;
     std::string StatisticText(int which) const override;
     std::string Title() const override { return title_; }
+
+    /// The rows as they are now, however the data set goes on: five columns, the first one the numbers of the
+    /// samples or else their second column.
+    std::shared_ptr<TableRows> Rows(bool numbers) const;
 
   private:
     std::shared_ptr<const DataSet> data_;

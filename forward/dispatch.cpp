@@ -1,5 +1,7 @@
 #include "forward/dispatch.h"
 
+#include "forward/sheettarget.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -32,6 +34,13 @@ std::string Trimmed(std::string text)
     return text;
 }
 
+/// Excel does something else just now: a cell is being edited, a dialog is open, it still starts.
+bool IsBusy(HRESULT code)
+{
+    constexpr auto ExcelIgnores = static_cast<HRESULT>(0x800AC472);
+    return code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER || code == ExcelIgnores;
+}
+
 /// What a server tells of an error.
 struct ErrorInfo : EXCEPINFO
 {
@@ -44,13 +53,13 @@ struct ErrorInfo : EXCEPINFO
     ErrorInfo(const ErrorInfo &) = delete;
     ErrorInfo &operator=(const ErrorInfo &) = delete;
 
-    AutomationError Error()
+    SpreadsheetError Error()
     {
         if (pfnDeferredFillIn)
             pfnDeferredFillIn(this);
         const HRESULT code = FAILED(scode) ? scode : DISP_E_EXCEPTION;
         const std::string text = Trimmed(Utf8(bstrDescription, SysStringLen(bstrDescription)));
-        return AutomationError(code, text.empty() ? SystemMessage(code) : text);
+        return SpreadsheetError(text.empty() ? SystemMessage(code) : text, IsBusy(code));
     }
 };
 
@@ -81,7 +90,7 @@ std::string SystemMessage(HRESULT code)
 void Check(HRESULT code)
 {
     if (FAILED(code))
-        throw AutomationError(code, SystemMessage(code));
+        throw SpreadsheetError(SystemMessage(code), IsBusy(code));
 }
 
 Value::Value(int number) : Value()

@@ -9,24 +9,15 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace px40 {
 
-/// A call of automation that failed; `what` says why in UTF-8, in the words of whoever refused it.
-struct AutomationError : std::runtime_error
-{
-    AutomationError(HRESULT reason, const std::string &text) : std::runtime_error(text), code(reason) {}
-
-    HRESULT code;
-};
-
 /// The system's words for a result, in UTF-8 and without a line end.
 std::string SystemMessage(HRESULT code);
 
-/// Throws unless `code` is a success.
+/// Throws `SpreadsheetError` unless `code` is a success.
 void Check(HRESULT code);
 
 /// COM on this thread, in a single-threaded apartment unless the thread has chosen another one before.
@@ -94,7 +85,7 @@ class Value
 using DispatchIds = std::map<std::wstring, DISPID>;
 
 /// An object of an automation server, used by the names of its members. Owns one reference, or is empty.
-/// Calls throw `AutomationError`.
+/// Calls throw `SpreadsheetError`.
 class Dispatch
 {
   public:

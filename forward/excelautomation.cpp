@@ -21,13 +21,6 @@ constexpr int CategoryAxis = 1;
 constexpr int ValueAxis = 2;
 constexpr int PrimaryGroup = 1;
 
-/// Excel does something else just now: a cell is being edited, a dialog is open, it still starts.
-bool IsBusy(HRESULT code)
-{
-    constexpr auto ExcelIgnores = static_cast<HRESULT>(0x800AC472);
-    return code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER || code == ExcelIgnores;
-}
-
 /// Empty when none runs.
 Dispatch RunningInstance(const CLSID &classId)
 {
@@ -62,7 +55,6 @@ struct ExcelAutomation::Parts
     Dispatch workbook;    ///< until there is a sheet in its place
     Dispatch worksheet;
     Dispatch chart; ///< until all is set
-    std::string error;
 
     Dispatch Cell(int row, int column) { return worksheet.Object(L"Cells", {row, column}, &rangeIds); }
     Dispatch Range(const CellRange &range)
@@ -82,149 +74,108 @@ bool ExcelAutomation::IsInstalled()
     return SUCCEEDED(CLSIDFromProgID(ProgId, &classId));
 }
 
-template <class Calls>
-SheetStep ExcelAutomation::Make(const Calls &calls)
-{
-    try {
-        return calls(*parts_);
-    } catch (const AutomationError &error) {
-        if (IsBusy(error.code))
-            return SheetStep::Busy;
-        parts_->error = error.what();
-        return SheetStep::Failed;
-    }
-}
-
 SheetStep ExcelAutomation::Attach()
 {
-    return Make([](Parts &parts) {
-        if (!parts.application) {
-            CLSID classId;
-            Check(CLSIDFromProgID(ProgId, &classId));
-            parts.application = RunningInstance(classId);
-            parts.started = !parts.application;
-            if (parts.started)
-                parts.application = NewInstance(classId);
-        }
-        if (parts.started) {
-            parts.application.Put(L"Visible", true);
-            parts.started = false;
-        }
-        if (parts.application.Call(L"Visible").Truth())
-            return SheetStep::Done;
-        parts.application = {};
-        return SheetStep::Busy;
-    });
+    Parts &parts = *parts_;
+    if (!parts.application) {
+        CLSID classId;
+        Check(CLSIDFromProgID(ProgId, &classId));
+        parts.application = RunningInstance(classId);
+        parts.started = !parts.application;
+        if (parts.started)
+            parts.application = NewInstance(classId);
+    }
+    if (parts.started) {
+        parts.application.Put(L"Visible", true);
+        parts.started = false;
+    }
+    if (parts.application.Call(L"Visible").Truth())
+        return SheetStep::Done;
+    parts.application = {};
+    return SheetStep::Busy;
 }
 
 SheetStep ExcelAutomation::OpenOrAdd(const std::string &workbook)
 {
-    return Make([&workbook](Parts &parts) {
-        const bool isNew = workbook.empty();
-        if (!parts.worksheet && !parts.workbook) {
-            const Dispatch workbooks = parts.application.Object(L"Workbooks");
-            if (isNew) {
-                parts.workbook = workbooks.Object(L"Add");
-            } else if (parts.nextWorkbook <= workbooks.Call(L"Count").Number()) {
-                Dispatch open = workbooks.Object(L"Item", {parts.nextWorkbook});
-                if (open.Call(L"FullName").Text() == workbook)
-                    parts.workbook = std::move(open);
-                ++parts.nextWorkbook;
-                return SheetStep::Again;
-            } else {
-                parts.workbook = workbooks.Object(L"Open", {workbook});
-            }
+    Parts &parts = *parts_;
+    const bool isNew = workbook.empty();
+    if (!parts.worksheet && !parts.workbook) {
+        const Dispatch workbooks = parts.application.Object(L"Workbooks");
+        if (isNew) {
+            parts.workbook = workbooks.Object(L"Add");
+        } else if (parts.nextWorkbook <= workbooks.Call(L"Count").Number()) {
+            Dispatch open = workbooks.Object(L"Item", {parts.nextWorkbook});
+            if (open.Call(L"FullName").Text() == workbook)
+                parts.workbook = std::move(open);
+            ++parts.nextWorkbook;
+            return SheetStep::Again;
+        } else {
+            parts.workbook = workbooks.Object(L"Open", {workbook});
         }
-        const Dispatch worksheets = parts.workbook.Object(L"Worksheets");
-        if (!parts.worksheet) {
-            parts.worksheet = isNew ? worksheets.Object(L"Item", {1}, &parts.sheetIds)
-                                    : worksheets.Object(L"Add", {}, &parts.sheetIds);
-        }
-        if (!isNew) {
-            const Dispatch last = worksheets.Object(L"Item", {worksheets.Call(L"Count")});
-            parts.worksheet.Call(L"Move", {Value::Omitted(), last});
-        }
-        parts.workbook = {};
-        return SheetStep::Done;
-    });
+    }
+    const Dispatch worksheets = parts.workbook.Object(L"Worksheets");
+    if (!parts.worksheet) {
+        parts.worksheet = isNew ? worksheets.Object(L"Item", {1}, &parts.sheetIds)
+                                : worksheets.Object(L"Add", {}, &parts.sheetIds);
+    }
+    if (!isNew) {
+        const Dispatch last = worksheets.Object(L"Item", {worksheets.Call(L"Count")});
+        parts.worksheet.Call(L"Move", {Value::Omitted(), last});
+    }
+    parts.workbook = {};
+    return SheetStep::Done;
 }
 
-SheetStep ExcelAutomation::SetVisible(bool visible)
+void ExcelAutomation::SetVisible(bool visible)
 {
-    return Make([visible](Parts &parts) {
-        parts.application.Put(L"Visible", visible);
-        return SheetStep::Done;
-    });
+    parts_->application.Put(L"Visible", visible);
 }
 
-SheetStep ExcelAutomation::SetInteractive(bool interactive)
+void ExcelAutomation::SetInteractive(bool interactive)
 {
-    return Make([interactive](Parts &parts) {
-        parts.application.Put(L"Interactive", interactive);
-        return SheetStep::Done;
-    });
+    parts_->application.Put(L"Interactive", interactive);
 }
 
-SheetStep ExcelAutomation::SetCell(int row, int column, CellFormat format, std::string_view text)
+void ExcelAutomation::SetCell(int row, int column, CellFormat format, std::string_view text)
 {
-    return Make([=](Parts &parts) {
-        const Dispatch cell = parts.Cell(row, column);
-        cell.Put(L"NumberFormat", format == CellFormat::Text ? "@" : "General");
-        // Always a text: Excel itself makes a number of a plain decimal under "General", and of nothing under
-        // "@".
-        cell.Put(L"Value", text);
-        return SheetStep::Done;
-    });
+    const Dispatch cell = parts_->Cell(row, column);
+    cell.Put(L"NumberFormat", format == CellFormat::Text ? "@" : "General");
+    // Always a text: Excel itself makes a number of a plain decimal under "General", and of nothing under
+    // "@".
+    cell.Put(L"Value", text);
 }
 
-SheetStep ExcelAutomation::SetBorder(const CellRange &range, Edge edge, BorderWeight weight)
+void ExcelAutomation::SetBorder(const CellRange &range, Edge edge, BorderWeight weight)
 {
-    return Make([&range, edge, weight](Parts &parts) {
-        const Dispatch border = parts.Range(range).Object(L"Borders", {static_cast<int>(edge)});
-        border.Put(L"Weight", static_cast<int>(weight));
-        return SheetStep::Done;
-    });
+    const Dispatch border = parts_->Range(range).Object(L"Borders", {static_cast<int>(edge)});
+    border.Put(L"Weight", static_cast<int>(weight));
 }
 
-SheetStep ExcelAutomation::Centre(const CellRange &range)
+void ExcelAutomation::Centre(const CellRange &range)
 {
-    return Make([&range](Parts &parts) {
-        parts.Range(range).Put(L"HorizontalAlignment", CentreAlignment);
-        return SheetStep::Done;
-    });
+    parts_->Range(range).Put(L"HorizontalAlignment", CentreAlignment);
 }
 
-SheetStep ExcelAutomation::Activate(int row, int column)
+void ExcelAutomation::Activate(int row, int column)
 {
-    return Make([row, column](Parts &parts) {
-        parts.Cell(row, column).Call(L"Activate");
-        return SheetStep::Done;
-    });
+    parts_->Cell(row, column).Call(L"Activate");
 }
 
-SheetStep ExcelAutomation::AddChart(const SheetChart &chart)
+void ExcelAutomation::AddChart(const SheetChart &chart)
 {
-    return Make([&chart](Parts &parts) {
-        if (!parts.chart) {
-            const Dispatch corner = parts.Range({chart.row, chart.column, chart.row, chart.column});
-            const Dispatch charts = parts.worksheet.Object(L"ChartObjects");
-            parts.chart =
-                charts.Object(L"Add", {corner.Call(L"Left"), corner.Call(L"Top"), chart.width, chart.height});
-        }
-        const Dispatch drawing = parts.chart.Object(L"Chart");
-        drawing.Call(L"ChartWizard",
-                     {parts.Range(chart.source), LineGallery, LinesWithoutMarkers, PlotByColumns,
-                      CategoryLabelColumns, SeriesNameRows, false, chart.title});
-        for (const int axis : {CategoryAxis, ValueAxis})
-            drawing.Object(L"Axes", {axis, PrimaryGroup}).Put(L"HasMajorGridlines", true);
-        parts.chart = {};
-        return SheetStep::Done;
-    });
-}
-
-std::string ExcelAutomation::ErrorText() const
-{
-    return parts_->error;
+    Parts &parts = *parts_;
+    if (!parts.chart) {
+        const Dispatch corner = parts.Range({chart.row, chart.column, chart.row, chart.column});
+        const Dispatch charts = parts.worksheet.Object(L"ChartObjects");
+        parts.chart =
+            charts.Object(L"Add", {corner.Call(L"Left"), corner.Call(L"Top"), chart.width, chart.height});
+    }
+    const Dispatch drawing = parts.chart.Object(L"Chart");
+    drawing.Call(L"ChartWizard", {parts.Range(chart.source), LineGallery, LinesWithoutMarkers, PlotByColumns,
+                                  CategoryLabelColumns, SeriesNameRows, false, chart.title});
+    for (const int axis : {CategoryAxis, ValueAxis})
+        drawing.Object(L"Axes", {axis, PrimaryGroup}).Put(L"HasMajorGridlines", true);
+    parts.chart = {};
 }
 
 } // namespace px40

@@ -11,7 +11,7 @@ namespace px40 {
 ///
 /// One forwarding to one sheet. Used by one thread, which handles messages between the calls. When it is
 /// destroyed Excel and the workbook stay open for the user. A dead Excel is a failure like any other.
-class ExcelAutomation : public SheetTarget
+class ExcelAutomation : public Spreadsheet
 {
   public:
     ExcelAutomation();
@@ -24,20 +24,16 @@ class ExcelAutomation : public SheetTarget
     SheetStep Attach() override;
     /// `workbook` as Excel spells it, with backslashes; compared exactly with the names of the open ones.
     SheetStep OpenOrAdd(const std::string &workbook) override;
-    SheetStep SetVisible(bool visible) override;
-    SheetStep SetInteractive(bool interactive) override;
-    SheetStep SetCell(int row, int column, CellFormat format, std::string_view text) override;
-    SheetStep SetBorder(const CellRange &range, Edge edge, BorderWeight weight) override;
-    SheetStep Centre(const CellRange &range) override;
-    SheetStep Activate(int row, int column) override;
-    SheetStep AddChart(const SheetChart &chart) override;
-    std::string ErrorText() const override;
+    void SetVisible(bool visible) override;
+    void SetInteractive(bool interactive) override;
+    void SetCell(int row, int column, CellFormat format, std::string_view text) override;
+    void SetBorder(const CellRange &range, Edge edge, BorderWeight weight) override;
+    void Centre(const CellRange &range) override;
+    void Activate(int row, int column) override;
+    void AddChart(const SheetChart &chart) override;
 
   private:
     struct Parts;
-    template <class Calls>
-    SheetStep Make(const Calls &calls);
-
     std::unique_ptr<Parts> parts_;
 };
 

@@ -19,6 +19,7 @@ struct ForwardChoice
     QString fileName; ///< workbook that gets the sheet; empty: a new one
     QString title;
     bool openAfter = true; ///< the written workbook is to be shown; never where a spreadsheet shows it anyway
+    QString newName = {};  ///< of a new workbook, which replaces nothing; empty: the user is asked
 };
 
 } // namespace px40

@@ -4,7 +4,6 @@
 #include "forward/datasetsource.h"
 #include "forward/forwardsteps.h"
 #include "forward/sheetlayout.h"
-#include "forward/xlsxfile.h"
 #include "link/linkgate.h"
 #include "link/linkstate.h"
 #include "platform/progressview.h"
@@ -14,8 +13,10 @@
 
 #include <QElapsedTimer>
 #include <QLocale>
+#include <QScopedValueRollback>
 
 #include <exception>
+#include <optional>
 
 namespace px40 {
 
@@ -25,19 +26,6 @@ constexpr int AtAStretchMs = 8; // then the windows live
 constexpr int BusyPauseMs = 250;
 constexpr int ShowAttempts = 20; // of a spreadsheet that is busy while it is to be shown again
 
-/// Tells the rest of the program, as long as it lives.
-class RunHold
-{
-  public:
-    explicit RunHold(LinkState &state) : state_(&state) { state.ForwardRun = true; }
-    ~RunHold() { state_->ForwardRun = false; }
-    RunHold(const RunHold &) = delete;
-    RunHold &operator=(const RunHold &) = delete;
-
-  private:
-    LinkState *state_;
-};
-
 } // namespace
 
 Forwarder::Forwarder(const ForwardServices &services, LinkGate &gate, ProgressView &progress)
@@ -45,23 +33,27 @@ Forwarder::Forwarder(const ForwardServices &services, LinkGate &gate, ProgressVi
 {
 }
 
-QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
+QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataSet> dataSet,
+                                                           ForwardChoice choice)
 {
-    ForwardOutcome outcome;
     LinkState &state = services_.state;
-    if (dataSet->GetDatacount() > MaxSheetSamples) {
-        const QString count = QLocale(QLocale::English).toString(dataSet->GetDatacount());
-        co_await services_.prompts.Warn(Text(Str::ForwardTooMany).arg(count));
-        co_return outcome;
+    const int samples = dataSet->GetDatacount();
+    if (samples > MaxSheetSamples) {
+        const QString text = Text(Str::ForwardTooMany).arg(QLocale(QLocale::English).toString(samples));
+        co_await Tell(text);
+        co_return Fail(text);
     }
     if (state.ForwardRun)
-        co_return outcome;
-    const RunHold hold(state);
-    const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
-    if (!workbook.target)
-        co_return outcome;
-    const DataSetSource source(dataSet, choice.title);
-    WholeForward forward(*workbook.target, source, workbook.addTo.toStdString());
+        co_return Fail({}, FailureCode::Cancelled);
+    const QScopedValueRollback<bool> running(state.ForwardRun, true);
+    const Result<Workbook> workbook = co_await ChooseWorkbook(&services_, choice);
+    if (!workbook)
+        co_return Fail(workbook.error());
+    const auto source = std::make_shared<const DataSetSource>(dataSet, choice.title);
+    std::optional<WholeForward> forward;
+    if (workbook->program)
+        forward.emplace(*workbook->program, *source, workbook->file.name.toStdString());
+    WholeForward *const steps = forward ? &*forward : nullptr;
     state.CancelRequest = false;
     progress_->Show();
     progress_->SetCaption(Text(Str::ForwardData));
@@ -69,54 +61,58 @@ QCoro::Task<ForwardOutcome> Forwarder::ForwardData(std::shared_ptr<DataSet> data
     // An exchange under way is not to be taken for input that belongs to nobody.
     const bool free = co_await gate_->WaitUntilFree();
     const bool allowed = free && !state.RealtimeRun;
+    Result<QString> written = Fail(Text(Str::RunHoldsWindows)); // one was started while this waited
     if (allowed) {
         state.LinkActivity = ActivityForwarding;
-        const bool done = co_await Write(&forward, source.Samples() + 1, workbook.file, choice.title);
-        outcome.done = done;
-    } else {
-        state.ForwardErrorText = Text(Str::RunHoldsWindows); // one was started while this waited
+        written = co_await Write(source, steps, workbook->file);
     }
     progress_->Unload();
-    co_await ShowSpreadsheet(&forward);
-    if (!outcome.done) {
+    co_await ShowSpreadsheet(steps);
+    if (!written) {
+        state.ForwardErrorText = written.error().text;
         if (services_.toFront) // the spreadsheet has come before it
             services_.toFront();
-        co_await services_.prompts.Warn(state.ForwardErrorText);
+        co_await Tell(state.ForwardErrorText);
     }
     if (allowed) {
         // A status check that began meanwhile would lose its reply, and put back what it found.
         co_await gate_->WaitUntilFree();
         state.LinkActivity = ActivityIdle;
     }
-    outcome.samples = dataSet->GetDatacount();
-    outcome.openAfter = choice.openAfter;
-    if (workbook.file)
-        outcome.file = workbook.file->Name();
-    co_return outcome;
+    if (!written)
+        co_return Fail(written.error());
+    co_return ForwardOutcome{samples, *written, choice.openAfter};
 }
 
-QCoro::Task<bool> Forwarder::Write(WholeForward *forward, int rows, std::shared_ptr<XlsxFile> file,
-                                   QString title)
+/// The name of the file that was written, which a spreadsheet program has not.
+QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSource> source,
+                                              WholeForward *forward, WorkbookFile file)
 {
-    LinkState &state = services_.state;
-    bool done = false;
+    const int samples = source->Samples();
+    Result<QString> written;
     try {
-        done = co_await TakeSteps(forward, rows);
-        if (!done && !state.CancelRequest && file)
-            state.ForwardErrorText = AboutFile(state.ForwardErrorText, file->Name());
-        if (done && file)
-            done = co_await WriteWorkbook(&services_, file, title, progress_);
+        if (forward) {
+            const Result<> done = co_await TakeSteps(forward, samples + 1);
+            if (!done)
+                written = Fail(done.error());
+        } else {
+            const bool numbers = source->IsSaveMode();
+            const auto sheet =
+                std::make_shared<const Sheet>(LayOut(*source, samples, numbers, source->Rows(numbers)));
+            written = co_await WriteSheet(&services_, file, sheet, progress_);
+        }
     } catch (const std::exception &error) {
-        state.ForwardErrorText = QString::fromLocal8Bit(error.what());
-        done = false;
+        written = Fail(QString::fromUtf8(error.what()));
     }
-    co_return done;
+    co_return written;
 }
 
 /// Whatever has happened. The focus is the program's own again by then: the spreadsheet comes up behind it.
 QCoro::Task<void> Forwarder::ShowSpreadsheet(WholeForward *forward)
 {
     co_await NextEventLoopTurn();
+    if (!forward)
+        co_return;
     SheetStep end = forward->End();
     for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
         co_await Delay(BusyPauseMs);
@@ -124,7 +120,13 @@ QCoro::Task<void> Forwarder::ShowSpreadsheet(WholeForward *forward)
     }
 }
 
-QCoro::Task<bool> Forwarder::TakeSteps(WholeForward *forward, int rows)
+QCoro::Task<void> Forwarder::Tell(QString text)
+{
+    if (services_.prompts)
+        co_await services_.prompts->Warn(text);
+}
+
+QCoro::Task<Result<>> Forwarder::TakeSteps(WholeForward *forward, int rows)
 {
     LinkState &state = services_.state;
     int shown = 0;
@@ -142,16 +144,14 @@ QCoro::Task<bool> Forwarder::TakeSteps(WholeForward *forward, int rows)
         // A source command that was sent meanwhile has left the link idle.
         state.LinkActivity = state.LinkActivity == ActivityIdle ? ActivityForwarding : state.LinkActivity;
         if (state.CancelRequest)
-            break;
+            co_return Fail(state.ForwardErrorText, FailureCode::Cancelled);
         step = forward->Next();
         if (forward->RowsWritten() != shown) {
             shown = forward->RowsWritten();
             progress_->RenProgress(shown < rows, shown, rows);
         }
     }
-    if (step == SheetStep::Failed)
-        state.ForwardErrorText = QString::fromStdString(forward->ErrorText());
-    co_return step == SheetStep::Done;
+    co_return Result<>();
 }
 
 } // namespace px40

@@ -11,6 +11,7 @@
 namespace px40 {
 
 class DataSet;
+class DataSetSource;
 class LinkGate;
 class ProgressView;
 class WholeForward;
@@ -24,13 +25,16 @@ class Forwarder
     /// Everything handed in must outlive the forwardings.
     Forwarder(const ForwardServices &services, LinkGate &gate, ProgressView &progress);
 
-    /// One at a time: while it is under way `ForwardRun` is set. Leaves the data set as it is.
-    QCoro::Task<ForwardOutcome> ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice);
+    /// One at a time: while it is under way `ForwardRun` is set. Leaves the data set as it is. The user has
+    /// been told of a failure.
+    QCoro::Task<Result<ForwardOutcome>> ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice);
 
   private:
-    QCoro::Task<bool> Write(WholeForward *forward, int rows, std::shared_ptr<XlsxFile> file, QString title);
-    QCoro::Task<bool> TakeSteps(WholeForward *forward, int rows);
+    QCoro::Task<Result<QString>> Write(std::shared_ptr<const DataSetSource> source, WholeForward *forward,
+                                       WorkbookFile file);
+    QCoro::Task<Result<>> TakeSteps(WholeForward *forward, int rows);
     QCoro::Task<void> ShowSpreadsheet(WholeForward *forward);
+    QCoro::Task<void> Tell(QString text);
 
     ForwardServices services_;
     LinkGate *gate_;

@@ -4,10 +4,9 @@
 
 namespace px40 {
 
-/// How a forwarding ended.
+/// What a forwarding has come to.
 struct ForwardOutcome
 {
-    bool done = false;
     int samples = 0;       ///< written to the sheet
     QString file;          ///< the workbook's file; empty where it stays open in a spreadsheet program
     bool openAfter = true; ///< the user wants to see it

@@ -7,7 +7,36 @@
 
 namespace px40 {
 
-WholeForward::WholeForward(SheetTarget &target, const SheetSource &source, std::string workbook)
+namespace {
+
+/// What the spreadsheet is too busy for is to be done again.
+template <typename Call>
+SheetStep Attempt(const Call &call)
+{
+    try {
+        return call();
+    } catch (const SpreadsheetError &error) {
+        if (!error.busy)
+            throw;
+        return SheetStep::Busy;
+    }
+}
+
+/// A call at the end, where nobody can do anything about a failure.
+template <typename Call>
+SheetStep AttemptLast(const Call &call)
+{
+    try {
+        call();
+    } catch (const SpreadsheetError &error) {
+        return error.busy ? SheetStep::Busy : SheetStep::Done;
+    }
+    return SheetStep::Done;
+}
+
+} // namespace
+
+WholeForward::WholeForward(Spreadsheet &target, const SheetSource &source, std::string workbook)
     : target_(&target), source_(&source), workbook_(std::move(workbook))
 {
 }
@@ -18,15 +47,19 @@ SheetStep WholeForward::Make()
     case Stage::Attach:
         return target_->Attach();
     case Stage::Hide:
-        return target_->SetVisible(false);
+        target_->SetVisible(false);
+        break;
     case Stage::Open:
         return target_->OpenOrAdd(workbook_);
     case Stage::Table:
-        return WriteTableRow(*target_, *source_, rows_);
+        WriteTableRow(*target_, *source_, rows_);
+        break;
     case Stage::Frame:
-        return WriteFrameAndStatistics(*target_, *source_, source_->Samples());
+        WriteFrameAndStatistics(*target_, *source_, source_->Samples());
+        break;
     case Stage::Chart:
-        return WriteChart(*target_, *source_, source_->Samples());
+        WriteChart(*target_, *source_, source_->Samples());
+        break;
     case Stage::Done:
         break;
     }
@@ -35,7 +68,7 @@ SheetStep WholeForward::Make()
 
 SheetStep WholeForward::Next()
 {
-    const SheetStep made = Make();
+    const SheetStep made = Attempt([this] { return Make(); });
     if (made != SheetStep::Done || stage_ == Stage::Done)
         return made;
     if (stage_ == Stage::Table && ++rows_ <= source_->Samples())
@@ -46,66 +79,78 @@ SheetStep WholeForward::Next()
 
 SheetStep WholeForward::End()
 {
-    return stage_ == Stage::Attach ? SheetStep::Done : target_->SetVisible(true);
+    if (stage_ == Stage::Attach)
+        return SheetStep::Done;
+    return AttemptLast([this] { target_->SetVisible(true); });
 }
 
-RunningForward::RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook)
+RunningForward::RunningForward(Spreadsheet &target, const SheetSource &source, std::string workbook)
     : target_(&target), source_(&source), workbook_(std::move(workbook))
 {
 }
 
-SheetStep RunningForward::Begin()
+SheetStep RunningForward::Make()
 {
-    SheetStep made = SheetStep::Done;
     switch (stage_) {
     case Stage::Attach:
-        made = target_->Attach();
-        break;
+        return target_->Attach();
     case Stage::Hold:
-        made = target_->SetInteractive(false);
+        target_->SetInteractive(false);
         break;
     case Stage::Open:
-        made = target_->OpenOrAdd(workbook_);
+        return target_->OpenOrAdd(workbook_);
+    case Stage::Frame:
+        WriteFrameAndStatistics(*target_, *source_, rows_);
         break;
-    default:
-        return SheetStep::Done;
+    case Stage::Chart:
+        WriteChart(*target_, *source_, rows_);
+        break;
+    case Stage::Release:
+        target_->SetInteractive(true);
+        break;
+    case Stage::Rows:
+    case Stage::Done:
+        break;
     }
-    if (made != SheetStep::Done)
+    return SheetStep::Done;
+}
+
+/// One step on the way to that stage.
+SheetStep RunningForward::GoTowards(Stage last)
+{
+    const SheetStep made = Attempt([this] { return Make(); });
+    if (made != SheetStep::Done || stage_ == last)
         return made;
     stage_ = static_cast<Stage>(static_cast<int>(stage_) + 1);
-    return stage_ == Stage::Rows ? SheetStep::Done : SheetStep::Again;
+    return stage_ == last ? SheetStep::Done : SheetStep::Again;
+}
+
+SheetStep RunningForward::Begin()
+{
+    return GoTowards(Stage::Rows);
 }
 
 SheetStep RunningForward::WriteRow()
 {
-    const SheetStep made = WriteRunningRow(*target_, *source_, rows_ + 1);
-    if (made == SheetStep::Done)
+    return Attempt([this] {
+        WriteRunningRow(*target_, *source_, rows_ + 1);
         ++rows_;
-    return made;
+        return SheetStep::Done;
+    });
 }
 
 SheetStep RunningForward::End()
 {
     if (stage_ == Stage::Rows)
         stage_ = rows_ > 0 ? Stage::Frame : Stage::Release;
-    SheetStep made = SheetStep::Done;
-    if (stage_ == Stage::Frame)
-        made = WriteFrameAndStatistics(*target_, *source_, rows_);
-    else if (stage_ == Stage::Chart)
-        made = WriteChart(*target_, *source_, rows_);
-    else if (stage_ == Stage::Release)
-        made = target_->SetInteractive(true);
-    if (made != SheetStep::Done || stage_ == Stage::Done)
-        return made;
-    stage_ = static_cast<Stage>(static_cast<int>(stage_) + 1);
-    return stage_ == Stage::Done ? SheetStep::Done : SheetStep::Again;
+    return GoTowards(Stage::Done);
 }
 
 SheetStep RunningForward::GiveBack()
 {
     if (stage_ == Stage::Attach || stage_ == Stage::Done)
         return SheetStep::Done;
-    const SheetStep made = target_->SetInteractive(true);
+    const SheetStep made = AttemptLast([this] { target_->SetInteractive(true); });
     if (made != SheetStep::Busy)
         stage_ = Stage::Done;
     return made;

@@ -16,13 +16,11 @@ class WholeForward
 {
   public:
     /// `workbook`: full path of the workbook that gets the sheet; empty for a new one.
-    WholeForward(SheetTarget &target, const SheetSource &source, std::string workbook);
+    WholeForward(Spreadsheet &target, const SheetSource &source, std::string workbook);
 
-    /// The next step. `Again` until the last one was made, which gives `Done`.
+    /// The next step. `Again` until the last one was made, which gives `Done`. Throws `SpreadsheetError` when
+    /// it failed.
     SheetStep Next();
-
-    /// Why the last step failed.
-    std::string ErrorText() const { return target_->ErrorText(); }
 
     /// Table rows written so far, the heading counted.
     int RowsWritten() const { return rows_; }
@@ -34,7 +32,7 @@ class WholeForward
     enum class Stage { Attach, Hide, Open, Table, Frame, Chart, Done };
     SheetStep Make();
 
-    SheetTarget *target_;
+    Spreadsheet *target_;
     const SheetSource *source_;
     std::string workbook_;
     Stage stage_ = Stage::Attach;
@@ -42,13 +40,13 @@ class WholeForward
 };
 
 /// Forwards a data set while it grows. Begin, then rows as they come, then the end; each is called again
-/// after `Again` or `Busy`.
+/// after `Again` or `Busy`. They throw `SpreadsheetError` when they failed.
 ///
 /// Target and source must outlive this.
 class RunningForward
 {
   public:
-    RunningForward(SheetTarget &target, const SheetSource &source, std::string workbook);
+    RunningForward(Spreadsheet &target, const SheetSource &source, std::string workbook);
 
     /// Attaches and makes the sheet. After a failure, or when it is given up, `GiveBack` is to be called.
     SheetStep Begin();
@@ -67,8 +65,10 @@ class RunningForward
 
   private:
     enum class Stage { Attach, Hold, Open, Rows, Frame, Chart, Release, Done };
+    SheetStep Make();
+    SheetStep GoTowards(Stage last);
 
-    SheetTarget *target_;
+    Spreadsheet *target_;
     const SheetSource *source_;
     std::string workbook_;
     Stage stage_ = Stage::Attach;

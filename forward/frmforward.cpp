@@ -180,17 +180,17 @@ void frmForward::Confirm()
     ForwardChoice choice;
     if (obOpen_->isChecked()) {
         const QString path = QDir::fromNativeSeparators(tbFile_->text());
-        QString fault;
-        if (!CanBeOpened(path))
-            fault = Text(Str::ForwardFileNotFound);
         choice.fileName = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
-        if (fault.isEmpty() && options_.whyNot)
-            fault = options_.whyNot(choice.fileName);
-        if (!fault.isEmpty()) {
+        Result<> fit;
+        if (!CanBeOpened(path))
+            fit = Fail(Text(Str::ForwardFileNotFound));
+        else if (options_.check)
+            fit = options_.check(choice.fileName);
+        if (!fit) {
             const QString allowed =
                 Text(options_.withExcel ? Str::ForwardFileAllowedByExcel : Str::ForwardFileAllowed)
                     .arg(Text(Str::ForwardFileFrame), Text(Str::ForwardCustom));
-            const QStringList lines = {fault, QDir::toNativeSeparators(path), allowed};
+            const QStringList lines = {fit.error().text, QDir::toNativeSeparators(path), allowed};
             Refuse(tbFile_, lines.join(QStringLiteral("\r\n")));
             return;
         }

@@ -2,6 +2,7 @@
 
 #include "forward/forwardchoice.h"
 #include "platform/formdialog.h"
+#include "platform/result.h"
 
 #include <functional>
 
@@ -18,8 +19,8 @@ struct ForwardOptions
     /// The workbook is written by a spreadsheet program, which shows it; else the user is asked whether to
     /// open it afterwards.
     bool withExcel = false;
-    /// Why that existing workbook cannot be used, in one sentence; empty when it can. May be left out.
-    std::function<QString(QString)> whyNot;
+    /// Whether that existing workbook can be used. May be left out.
+    std::function<Result<>(QString)> check;
 };
 
 /// "Forward to Microsoft Excel": into a new workbook or into one that is there, and under which title. A

@@ -2,7 +2,6 @@
 
 #include "document/dataset.h"
 #include "forward/sheetlayout.h"
-#include "forward/xlsxfile.h"
 #include "link/linkstate.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
@@ -27,27 +26,46 @@ RowForwarder::RowForwarder(const ForwardServices &services) : services_(services
 
 RowForwarder::~RowForwarder() = default;
 
-QCoro::Task<bool> RowForwarder::Prepare(ForwardChoice choice)
+QCoro::Task<Result<>> RowForwarder::Prepare(ForwardChoice choice)
 {
-    if (failed_ && forward_)
+    if (failure_ && forward_)
         GiveBack();
     Release();
     choice_ = choice;
-    const Workbook workbook = co_await ChooseWorkbook(&services_, choice);
-    workbook_ = workbook;
-    co_return workbook_.target != nullptr;
+    const Result<Workbook> workbook = co_await ChooseWorkbook(&services_, choice);
+    if (!workbook)
+        co_return Fail(workbook.error());
+    workbook_ = *workbook;
+    co_return Result<>();
 }
 
 QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
 {
-    if (!workbook_.target)
+    if (!workbook_)
         co_return false;
-    failed_ = false;
+    failure_.reset();
     wanted_ = 0;
     data_ = dataSet;
     forward_.reset();
     source_.emplace(dataSet, choice_.title);
-    forward_.emplace(*workbook_.target, *source_, workbook_.addTo.toStdString());
+    Result<> begun;
+    try {
+        begun = co_await Begin();
+    } catch (const std::exception &error) {
+        begun = Fail(QString::fromUtf8(error.what()));
+    }
+    if (!begun)
+        Break(begun.error());
+    co_return begun.has_value();
+}
+
+/// Makes sure that the workbook takes a sheet.
+QCoro::Task<Result<>> RowForwarder::Begin()
+{
+    const WorkbookFile &file = workbook_->file;
+    if (!workbook_->program)
+        co_return file.isNew ? Result<>() : CheckExistingWorkbook(file.name);
+    forward_.emplace(*workbook_->program, *source_, file.name.toStdString());
     SheetStep step = SheetStep::Again;
     while ((step == SheetStep::Again || step == SheetStep::Busy) && !services_.state.RealtimeStop) {
         if (step == SheetStep::Busy)
@@ -56,21 +74,18 @@ QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
             co_await NextEventLoopTurn();
         step = forward_->Begin();
     }
-    if (step == SheetStep::Failed)
-        Fail(QString::fromStdString(workbook_.target->ErrorText()));
-    else if (step != SheetStep::Done)
-        Fail(Text(Str::Canceled));
-    co_return step == SheetStep::Done;
+    if (step != SheetStep::Done)
+        co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
+    co_return Result<>();
 }
 
 RowForward::Row RowForwarder::Write()
 {
-    if (failed_)
-        return Row::Failed;
-    const int rows = data_->GetDatacount();
+    const int rows = data_ ? data_->GetDatacount() : 0;
     wanted_ = std::min(rows, MaxSheetSamples);
-    Retry();
-    if (failed_)
+    if (forward_ && !failure_)
+        Retry();
+    if (failure_)
         return Row::Failed;
     return rows > MaxSheetSamples ? Row::Full : Row::Taken;
 }
@@ -90,29 +105,29 @@ SheetStep RowForwarder::WriteWaiting()
 /// What the spreadsheet was too busy for: rows, or to be given back.
 void RowForwarder::Retry()
 {
-    if (failed_) {
+    if (failure_) {
         GiveBack();
         return;
     }
     try {
-        if (WriteWaiting() == SheetStep::Failed)
-            Fail(QString::fromStdString(workbook_.target->ErrorText()));
+        WriteWaiting();
     } catch (const std::exception &error) { // it must not cost the run its readings
-        Fail(QString::fromLocal8Bit(error.what()));
+        Break({QString::fromUtf8(error.what())});
     }
 }
 
-void RowForwarder::Fail(const QString &reason)
+/// Nothing more is forwarded.
+void RowForwarder::Break(const Failure &failure)
 {
-    failed_ = true;
-    services_.state.ForwardErrorText = reason;
+    failure_ = failure;
+    services_.state.ForwardErrorText = failure.text;
     GiveBack();
 }
 
 /// After a failure; goes on by itself until the spreadsheet has taken it.
 void RowForwarder::GiveBack()
 {
-    if (forward_->GiveBack() != SheetStep::Busy) {
+    if (!forward_ || forward_->GiveBack() != SheetStep::Busy) {
         Release();
         return;
     }
@@ -127,53 +142,73 @@ void RowForwarder::Release()
     forward_.reset();
     source_.reset();
     data_.reset();
-    workbook_ = {};
+    workbook_.reset();
 }
 
 QCoro::Task<bool> RowForwarder::Close()
 {
     const QScopedValueRollback<bool> closing(closing_, true);
-    ForwardOutcome outcome;
-    outcome.openAfter = choice_.openAfter;
     services_.state.CancelRequest = false;
-    const std::shared_ptr<XlsxFile> file = workbook_.file;
+    Result<ForwardOutcome> outcome = Fail(QString());
     try {
-        bool done = co_await Finish();
-        outcome.samples = done ? forward_->Rows() : 0;
-        if (done && file && outcome.samples > 0)
-            done = co_await WriteWorkbook(&services_, file, choice_.title, nullptr);
-        outcome.done = done;
+        outcome = co_await Finish();
     } catch (const std::exception &error) {
-        if (forward_)
-            Fail(QString::fromLocal8Bit(error.what()));
+        outcome = Fail(QString::fromUtf8(error.what()));
     }
-    if (file)
-        outcome.file = file->Name();
-    if (!failed_)
+    if (!outcome && !failure_)
+        Break(outcome.error());
+    else if (outcome)
         Release();
     Q_EMIT closed(outcome);
-    co_return outcome.done;
+    co_return outcome.has_value();
+}
+
+QCoro::Task<Result<ForwardOutcome>> RowForwarder::Finish()
+{
+    ForwardOutcome outcome;
+    outcome.openAfter = choice_.openAfter;
+    if (workbook_->program) {
+        const Result<> done = co_await FinishSteps();
+        if (!done)
+            co_return Fail(done.error());
+        outcome.samples = forward_->Rows();
+        co_return outcome;
+    }
+    outcome.samples = wanted_;
+    const Result<QString> written = co_await FinishFile();
+    if (!written)
+        co_return Fail(written.error());
+    outcome.file = *written;
+    co_return outcome;
+}
+
+/// The name of the file.
+QCoro::Task<Result<QString>> RowForwarder::FinishFile()
+{
+    if (wanted_ == 0)
+        co_return workbook_->file.name;
+    const auto sheet = std::make_shared<const Sheet>(LayOut(*source_, wanted_, false, source_->Rows(false)));
+    const Result<QString> written = co_await WriteSheet(&services_, workbook_->file, sheet, nullptr);
+    co_return written;
 }
 
 /// Writes what is still waiting and the end of the sheet, and gives the spreadsheet back to the user.
-QCoro::Task<bool> RowForwarder::Finish()
+QCoro::Task<Result<>> RowForwarder::FinishSteps()
 {
-    SheetStep step = failed_ ? SheetStep::Failed : SheetStep::Again;
+    SheetStep step = SheetStep::Again;
     while (step == SheetStep::Again || step == SheetStep::Busy) {
         if (step == SheetStep::Busy)
             co_await Delay(BusyPauseMs);
         else
             co_await NextEventLoopTurn();
-        if (failed_) // while this waited
-            co_return false;
+        if (failure_) // while this waited
+            co_return Fail(*failure_);
         step = WriteWaiting();
         if (step == SheetStep::Done)
             step = forward_->End();
     }
     retry_.SetEnabled(false);
-    if (step == SheetStep::Failed && !failed_)
-        Fail(QString::fromStdString(workbook_.target->ErrorText()));
-    co_return step == SheetStep::Done;
+    co_return Result<>();
 }
 
 } // namespace px40

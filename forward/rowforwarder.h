@@ -30,8 +30,8 @@ class RowForwarder : public QObject, public RowForward
     explicit RowForwarder(const ForwardServices &services);
     ~RowForwarder() override;
 
-    /// Asks what is to be asked before a run. False when the user gives up.
-    QCoro::Task<bool> Prepare(ForwardChoice choice);
+    /// Asks what is to be asked before a run. Fails when the user gives up.
+    QCoro::Task<Result<>> Prepare(ForwardChoice choice);
 
     /// A sheet is being finished: nothing is to be prepared.
     bool IsClosing() const { return closing_; }
@@ -43,25 +43,28 @@ class RowForwarder : public QObject, public RowForward
 
   Q_SIGNALS:
     /// A sheet is finished, or could not be.
-    void closed(const px40::ForwardOutcome &outcome);
+    void closed(const px40::Result<px40::ForwardOutcome> &outcome);
 
   private:
+    QCoro::Task<Result<>> Begin();
     SheetStep WriteWaiting();
     void Retry();
-    void Fail(const QString &reason);
+    void Break(const Failure &failure);
     void GiveBack();
     void Release();
-    QCoro::Task<bool> Finish();
+    QCoro::Task<Result<ForwardOutcome>> Finish();
+    QCoro::Task<Result<QString>> FinishFile();
+    QCoro::Task<Result<>> FinishSteps();
 
     ForwardServices services_;
     ForwardChoice choice_;
-    Workbook workbook_;
+    std::optional<Workbook> workbook_;
     std::shared_ptr<DataSet> data_;
     std::optional<DataSetSource> source_;
-    std::optional<RunningForward> forward_;
+    std::optional<RunningForward> forward_; ///< none where a file is written without a spreadsheet
     Timer retry_;
     int wanted_ = 0; ///< rows that the sheet is to have by now
-    bool failed_ = false;
+    std::optional<Failure> failure_;
     bool closing_ = false;
 };
 

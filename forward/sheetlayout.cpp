@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace px40 {
 
@@ -21,39 +22,6 @@ constexpr int ChartRow = 8;
 constexpr int ChartWidth = 400;
 constexpr int ChartHeight = 200;
 
-/// Makes calls one behind the other and stops at the first that is not done. All of them may be made again.
-class Calls
-{
-  public:
-    explicit Calls(SheetTarget &target) : target_(&target) {}
-
-    void Cell(int row, int column, CellFormat format, std::string_view text)
-    {
-        if (result == SheetStep::Done)
-            result = target_->SetCell(row, column, format, text);
-    }
-    void Border(const CellRange &range, Edge edge, BorderWeight weight)
-    {
-        if (result == SheetStep::Done)
-            result = target_->SetBorder(range, edge, weight);
-    }
-    void Centre(const CellRange &range)
-    {
-        if (result == SheetStep::Done)
-            result = target_->Centre(range);
-    }
-    void Activate(int row, int column)
-    {
-        if (result == SheetStep::Done)
-            result = target_->Activate(row, column);
-    }
-
-    SheetStep result = SheetStep::Done;
-
-  private:
-    SheetTarget *target_;
-};
-
 /// Readings and source values are numbers below their headings; so is the number of SAVE-mode data.
 CellFormat FormatOf(int column, int tableRow, bool saveMode)
 {
@@ -61,61 +29,78 @@ CellFormat FormatOf(int column, int tableRow, bool saveMode)
     return numbers && tableRow > 0 ? CellFormat::General : CellFormat::Text;
 }
 
-void WriteRow(Calls &calls, const SheetSource &source, int tableRow, bool saveMode)
+void WriteRow(SheetTarget &target, const SheetSource &source, int tableRow, bool saveMode)
 {
     for (int column = B; column <= F; ++column) {
         const int tableColumn = column == B && saveMode ? 0 : column - B + 1;
         const std::string text = source.Cell(tableRow, tableColumn);
-        calls.Cell(SheetRow(tableRow), column, FormatOf(column, tableRow, saveMode), text);
+        target.SetCell(SheetRow(tableRow), column, FormatOf(column, tableRow, saveMode), text);
     }
 }
+
+/// Takes down what is laid out.
+class SheetNotes : public SheetTarget
+{
+  public:
+    void SetCell(int row, int column, CellFormat format, std::string_view text) override
+    {
+        sheet.cells[row][column] = {format, std::string(text)};
+    }
+    void SetBorder(const CellRange &range, Edge edge, BorderWeight weight) override
+    {
+        sheet.borders.push_back({range, edge, weight});
+    }
+    void Centre(const CellRange &range) override { sheet.centred.push_back(range); }
+    void Activate(int row, int column) override
+    {
+        sheet.activeRow = row;
+        sheet.activeColumn = column;
+    }
+    void AddChart(const SheetChart &chart) override { sheet.chart = chart; }
+
+    Sheet sheet;
+};
 
 } // namespace
 
-SheetStep WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow)
+void WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow)
 {
-    Calls calls(target);
-    WriteRow(calls, source, tableRow, source.IsSaveMode());
-    return calls.result;
+    WriteRow(target, source, tableRow, source.IsSaveMode());
 }
 
-SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow)
+void WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow)
 {
-    Calls calls(target);
     if (tableRow == 1) {
-        calls.Activate(HeadingRow, B);
-        WriteRow(calls, source, 0, false);
+        target.Activate(HeadingRow, B);
+        WriteRow(target, source, 0, false);
     }
-    calls.Activate(SheetRow(tableRow), B);
-    WriteRow(calls, source, tableRow, false);
-    return calls.result;
+    target.Activate(SheetRow(tableRow), B);
+    WriteRow(target, source, tableRow, false);
 }
 
-SheetStep WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int samples)
+void WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int samples)
 {
     const int last = SheetRow(samples);
     const CellRange table = {HeadingRow, B, last, F};
     const CellRange heading = {HeadingRow, B, HeadingRow, F};
     const CellRange rows = {SheetRow(1), B, last, F};
 
-    Calls calls(target);
-    calls.Cell(TitleRow, B, CellFormat::Text, source.Title());
+    target.SetCell(TitleRow, B, CellFormat::Text, source.Title());
     for (const Edge edge : {Edge::Top, Edge::Bottom, Edge::Left, Edge::Right})
-        calls.Border(table, edge, BorderWeight::Medium);
-    calls.Border(heading, Edge::Bottom, BorderWeight::Medium);
-    calls.Border(heading, Edge::InsideVertical, BorderWeight::Thin);
-    calls.Centre(heading);
-    calls.Border(rows, Edge::InsideHorizontal, BorderWeight::Thin);
-    calls.Border(rows, Edge::InsideVertical, BorderWeight::Thin);
-    calls.Activate(StatisticsRow, H);
+        target.SetBorder(table, edge, BorderWeight::Medium);
+    target.SetBorder(heading, Edge::Bottom, BorderWeight::Medium);
+    target.SetBorder(heading, Edge::InsideVertical, BorderWeight::Thin);
+    target.Centre(heading);
+    target.SetBorder(rows, Edge::InsideHorizontal, BorderWeight::Thin);
+    target.SetBorder(rows, Edge::InsideVertical, BorderWeight::Thin);
+    target.Activate(StatisticsRow, H);
     for (int which = 0; which < 3; ++which) {
-        calls.Cell(StatisticsRow + which, H, CellFormat::Text, source.StatisticName(which));
-        calls.Cell(StatisticsRow + which, I, CellFormat::Text, source.StatisticText(which));
+        target.SetCell(StatisticsRow + which, H, CellFormat::Text, source.StatisticName(which));
+        target.SetCell(StatisticsRow + which, I, CellFormat::Text, source.StatisticText(which));
     }
-    return calls.result;
 }
 
-SheetStep WriteChart(SheetTarget &target, const SheetSource &source, int samples)
+void WriteChart(SheetTarget &target, const SheetSource &source, int samples)
 {
     SheetChart chart;
     chart.source = {SheetRow(1), B, SheetRow(samples), D};
@@ -124,7 +109,21 @@ SheetStep WriteChart(SheetTarget &target, const SheetSource &source, int samples
     chart.width = ChartWidth;
     chart.height = ChartHeight;
     chart.title = source.Title();
-    return target.AddChart(chart);
+    target.AddChart(chart);
+}
+
+Sheet LayOut(const SheetSource &source, int samples, bool numbers, std::shared_ptr<TableRows> rows)
+{
+    SheetNotes notes;
+    WriteRow(notes, source, 0, numbers);
+    WriteFrameAndStatistics(notes, source, samples);
+    WriteChart(notes, source, samples);
+    Sheet sheet = std::move(notes.sheet);
+    sheet.title = source.Title();
+    sheet.table = {SheetRow(1), B, samples, {}, std::move(rows)};
+    for (int column = B; column <= F; ++column)
+        sheet.table.formats.push_back(FormatOf(column, 1, numbers));
+    return sheet;
 }
 
 } // namespace px40

@@ -19,16 +19,20 @@ constexpr int SheetRow(int tableRow)
 }
 
 /// Row `tableRow` (0: the heading) of a finished data set.
-SheetStep WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow);
+void WriteTableRow(SheetTarget &target, const SheetSource &source, int tableRow);
 
 /// Row `tableRow`, from 1 on, of a data set that is still growing: its five columns from the second on,
 /// whatever its kind. The heading comes with the first one.
-SheetStep WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow);
+void WriteRunningRow(SheetTarget &target, const SheetSource &source, int tableRow);
 
 /// Title, frame and inner lines of a table of `samples` rows, and the statistics beside it.
-SheetStep WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int samples);
+void WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int samples);
 
 /// The chart of the first `samples` rows.
-SheetStep WriteChart(SheetTarget &target, const SheetSource &source, int samples);
+void WriteChart(SheetTarget &target, const SheetSource &source, int samples);
+
+/// The whole sheet of a data set with the first `samples` rows, which are read where they lie. `numbers`: the
+/// numbers of SAVE-mode data stand in place of the second column, there as in `rows`.
+Sheet LayOut(const SheetSource &source, int samples, bool numbers, std::shared_ptr<TableRows> rows);
 
 } // namespace px40

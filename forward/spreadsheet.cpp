@@ -10,30 +10,22 @@
 
 namespace px40 {
 
+bool HasSpreadsheet()
+{
 #ifdef Q_OS_WIN
-
-bool HasSpreadsheet()
-{
     return ExcelAutomation::IsInstalled();
-}
-
-std::unique_ptr<SheetTarget> MakeSpreadsheetTarget()
-{
-    return HasSpreadsheet() ? std::make_unique<ExcelAutomation>() : nullptr;
-}
-
 #else
-
-bool HasSpreadsheet()
-{
     return false;
+#endif
 }
 
-std::unique_ptr<SheetTarget> MakeSpreadsheetTarget()
+std::unique_ptr<Spreadsheet> MakeSpreadsheet()
 {
+#ifdef Q_OS_WIN
+    if (HasSpreadsheet())
+        return std::make_unique<ExcelAutomation>();
+#endif
     return nullptr;
 }
-
-#endif
 
 } // namespace px40

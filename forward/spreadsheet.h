@@ -4,12 +4,12 @@
 
 namespace px40 {
 
-class SheetTarget;
+class Spreadsheet;
 
 /// Whether this computer has the spreadsheet program that sheets are written to by automation.
 bool HasSpreadsheet();
 
 /// Its automation; null where it does not have it.
-std::unique_ptr<SheetTarget> MakeSpreadsheetTarget();
+std::unique_ptr<Spreadsheet> MakeSpreadsheet();
 
 } // namespace px40

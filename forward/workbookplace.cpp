@@ -1,21 +1,20 @@
 #include "forward/workbookplace.h"
 
-#include "forward/filekind.h"
-#include "forward/xlsxfile.h"
+#include "forward/bookfailuretext.h"
+#include "forward/sheettarget.h"
 #include "link/linkstate.h"
 #include "platform/filenames.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
-#include "platform/replacefile.h"
 #include "platform/userstore.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 
 #include <algorithm>
+#include <optional>
 
 namespace px40 {
 
@@ -26,85 +25,82 @@ constexpr int Permille = 1000;
 
 const QString Section = QStringLiteral("Forward");
 const QString WritingKey = QStringLiteral("Writing");
+const QString NewSuffix = QStringLiteral("xlsx");
 
-/// Why no workbook can be made under that name; empty when one can.
-QString WhyNotNew(const QString &name)
+/// Whether a workbook can be made under that name.
+Result<> CheckNewName(const QString &name)
 {
-    if (QFileInfo(name).suffix().compare(QStringLiteral("xlsx"), Qt::CaseInsensitive) != 0)
-        return Text(Str::ForwardNewKind);
-    return WhyNotMade(RealName(name));
+    if (QFileInfo(name).suffix().compare(NewSuffix, Qt::CaseInsensitive) != 0)
+        return Fail(AboutFile(Text(Str::ForwardNewKind), name));
+    const BookResult<> fit = CheckNewWorkbook(name);
+    if (!fit)
+        return Fail(AboutFile(BookFailureText(fit.error()), name));
+    return {};
 }
 
 /// The name for a new workbook; empty when the user gives up.
 QCoro::Task<QString> AskNewName(const ForwardServices *services, QString title)
 {
     const QString filter = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx)");
-    const QString suffix = QStringLiteral("xlsx");
-    QString name = ProposedName(title, services->clock, suffix);
-    bool asking = true;
-    while (asking) {
-        name = co_await services->prompts.AskSaveFile(name, filter, suffix);
-        const QString reason = name.isEmpty() ? QString() : WhyNotNew(name);
-        asking = !reason.isEmpty();
-        if (asking)
-            co_await services->prompts.Warn(AboutFile(reason, name));
+    QString name = ProposedName(title, services->clock, NewSuffix);
+    while (!name.isEmpty()) {
+        name = co_await services->prompts->AskSaveFile(name, filter, NewSuffix);
+        const Result<> fit = name.isEmpty() ? Result<>() : CheckNewName(name);
+        if (fit)
+            break;
+        co_await services->prompts->Warn(fit.error().text);
     }
     co_return name;
 }
 
-enum class Held { Retry, NewBook, GiveUp };
-
-QCoro::Task<Held> AskAboutHolder(const ForwardServices *services, QString holder, QString name)
+/// What a new workbook is to be, once the user has named it.
+QCoro::Task<Result<WorkbookFile>> NewFile(const ForwardServices *services, QString title)
 {
+    const QString name = co_await AskNewName(services, title);
+    if (name.isEmpty())
+        co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
+    co_return WorkbookFile::New(name);
+}
+
+/// Another file in place of one that another program has open, or the same once that has closed it.
+QCoro::Task<Result<WorkbookFile>> FileNotHeld(const ForwardServices *services, WorkbookFile file,
+                                              QString title)
+{
+    enum Choice { Retry, NewBook };
     const QStringList choices = {Text(Str::Retry), Text(Str::NewWorkbook), Text(Str::Cancel)};
-    const QString text = AboutFile(Text(Str::BookInUse).arg(holder), name);
-    const int choice = co_await services->prompts.AskOneOf(text, choices);
-    co_return static_cast<Held>(choice);
-}
-
-/// Another name in place of that of a workbook which another program has open, or the same once that program
-/// has closed it. Empty when the user gives up.
-QCoro::Task<QString> NameNotHeld(const ForwardServices *services, QString name, QString title)
-{
-    QString holder = XlsxFile::HolderOf(name);
-    while (!holder.isEmpty()) {
-        const Held answer = co_await AskAboutHolder(services, holder, name);
-        if (answer == Held::GiveUp)
-            co_return QString();
-        if (answer == Held::NewBook) {
-            const QString other = co_await AskNewName(services, title);
-            if (!other.isEmpty())
-                name = other;
+    std::optional<BookHolder> holder = HolderOf(file.name);
+    while (holder) {
+        const QString who = BookHolderText(*holder);
+        if (!services->prompts)
+            co_return Fail(Text(Str::ExportInUse).arg(who), FailureCode::FileInUse);
+        const QString text = AboutFile(Text(Str::BookInUse).arg(who), file.name);
+        const int choice = co_await services->prompts->AskOneOf(text, choices);
+        if (choice != Retry && choice != NewBook)
+            co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
+        if (choice == NewBook) {
+            const Result<WorkbookFile> other = co_await NewFile(services, title);
+            file = other.value_or(file); // back to the question
         }
-        holder = XlsxFile::HolderOf(name);
+        holder = HolderOf(file.name);
     }
-    co_return name;
+    co_return file;
 }
 
-/// Another name in place of one under which a file has appeared meanwhile. Empty when the user gives up.
-QCoro::Task<QString> NameNotTaken(const ForwardServices *services, QString name, QString title)
+/// Another file in place of one under whose name a file has appeared meanwhile.
+QCoro::Task<Result<WorkbookFile>> FileNotTaken(const ForwardServices *services, WorkbookFile file,
+                                               QString title)
 {
+    const QString text = AboutFile(Text(Str::BookTaken), file.name);
+    if (!services->prompts)
+        co_return Fail(text, FailureCode::FileTaken);
     const QStringList choices = {Text(Str::NewWorkbook), Text(Str::Cancel)};
-    const QString text = AboutFile(Text(Str::BookTaken), name);
-    QString other;
-    while (other.isEmpty()) {
-        const int choice = co_await services->prompts.AskOneOf(text, choices);
+    Result<WorkbookFile> other = Fail(Text(Str::Canceled), FailureCode::Cancelled);
+    while (!other) {
+        const int choice = co_await services->prompts->AskOneOf(text, choices);
         if (choice != 0)
             break;
-        other = co_await AskNewName(services, title);
+        other = co_await NewFile(services, title);
     }
-    co_return other;
-}
-
-/// What is to be written instead, or again, after such a result. Empty when the user gives up.
-QCoro::Task<QString> NameAfter(const ForwardServices *services, WriteResult result, QString name,
-                               QString title)
-{
-    if (result == WriteResult::Taken) {
-        const QString other = co_await NameNotTaken(services, name, title);
-        co_return other;
-    }
-    const QString other = co_await NameNotHeld(services, name, title);
     co_return other;
 }
 
@@ -121,76 +117,81 @@ QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> e
     }
 }
 
-QCoro::Task<WriteResult> WriteOnce(const ForwardServices *services, std::shared_ptr<XlsxFile> file,
-                                   ProgressView *progress)
+QCoro::Task<BookResult<>> WriteOnce(const ForwardServices *services, WorkbookFile file,
+                                    std::shared_ptr<const Sheet> sheet, ProgressView *progress)
 {
     const auto watch = std::make_shared<WriteWatch>();
-    const auto result = std::make_shared<WriteResult>(WriteResult::Failed);
+    const auto written = std::make_shared<BookResult<>>(Refuse(BookProblem::Failed));
     const UserStore *const store = &services->store;
     // Keeping the name waits for the disk, as the writing does.
-    const OneShot<bool> ended = RunInThread([file, watch, result, store] {
-        store->SaveNow(Section, WritingKey, file->Name());
-        *result = file->Write(watch.get());
+    const OneShot<bool> ended = RunInThread([file, sheet, watch, written, store] {
+        store->SaveNow(Section, WritingKey, file.name);
+        *written = AddSheet(file, *sheet, watch.get());
         store->SaveNow(Section, WritingKey, QString());
     });
     co_await FollowWriting(services, ended, watch, progress);
-    const bool good = co_await ended;
-    if (*result == WriteResult::Failed)
-        services->state.ForwardErrorText = AboutFile(
-            good ? QString::fromStdString(file->ErrorText()) : Text(Str::ExportFailed), file->Name());
-    co_return *result;
+    co_await ended;
+    co_return *written;
 }
 
 } // namespace
 
-QString AboutFile(const QString &sentence, const QString &file)
+Result<> CheckExistingWorkbook(const QString &name)
 {
-    return sentence + QStringLiteral("\r\n") + QDir::toNativeSeparators(file);
+    const BookResult<> fit = CheckWorkbook(name);
+    if (!fit)
+        return Fail(BookFailureText(fit.error()));
+    return {};
 }
 
-QCoro::Task<Workbook> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice)
+QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice)
 {
     Workbook workbook;
+    workbook.file.name = choice.fileName;
     if (services->spreadsheet)
-        workbook.target = services->spreadsheet();
-    if (workbook.target) {
-        workbook.addTo = choice.fileName;
+        workbook.program = services->spreadsheet();
+    if (workbook.program)
         co_return workbook;
+    Result<WorkbookFile> file = workbook.file;
+    if (!choice.newName.isEmpty()) {
+        const Result<> fit = CheckNewName(choice.newName);
+        if (!fit)
+            co_return Fail(fit.error());
+        *file = {choice.newName, true, {}};
+    } else if (choice.fileName.isEmpty()) {
+        file = co_await NewFile(services, choice.title);
     }
-    QString name = choice.fileName;
-    if (name.isEmpty())
-        name = co_await AskNewName(services, choice.title);
-    if (!name.isEmpty())
-        name = co_await NameNotHeld(services, name, choice.title);
-    if (name.isEmpty())
-        co_return workbook;
-    workbook.file = std::make_shared<XlsxFile>(choice.title);
-    workbook.target = workbook.file;
-    if (name == choice.fileName)
-        workbook.addTo = name;
-    else
-        workbook.file->SetNewName(name);
+    if (file)
+        file = co_await FileNotHeld(services, *file, choice.title);
+    if (!file)
+        co_return Fail(file.error());
+    workbook.file = *file;
     co_return workbook;
 }
 
-QCoro::Task<bool> WriteWorkbook(const ForwardServices *services, std::shared_ptr<XlsxFile> file,
-                                QString title, ProgressView *progress)
+QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, WorkbookFile file,
+                                        std::shared_ptr<const Sheet> sheet, ProgressView *progress)
 {
     if (progress)
         progress->SetMessage(Text(Str::ForwardWriting));
-    WriteResult result = co_await WriteOnce(services, file, progress);
-    while (result == WriteResult::InUse || result == WriteResult::Taken) {
-        const QString before = file->Name();
-        const QString name = co_await NameAfter(services, result, before, title);
-        if (name.isEmpty()) {
-            services->state.ForwardErrorText = Text(Str::Canceled);
-            co_return false;
-        }
-        if (name != before || result == WriteResult::Taken)
-            file->SetNewName(name);
-        result = co_await WriteOnce(services, file, progress);
+    const QString title = QString::fromStdString(sheet->title);
+    BookResult<> written = co_await WriteOnce(services, file, sheet, progress);
+    while (!written) {
+        Result<WorkbookFile> other = Fail({}, FailureCode::Cancelled);
+        if (written.error().problem == BookProblem::InUse)
+            other = co_await FileNotHeld(services, file, title);
+        else if (written.error().problem == BookProblem::Taken)
+            other = co_await FileNotTaken(services, file, title);
+        else if (written.error().problem == BookProblem::Cancelled)
+            co_return Fail(services->state.ForwardErrorText, FailureCode::Cancelled);
+        else
+            co_return Fail(AboutFile(BookFailureText(written.error()), file.name));
+        if (!other)
+            co_return Fail(other.error());
+        file = *other;
+        written = co_await WriteOnce(services, file, sheet, progress);
     }
-    co_return result == WriteResult::Done;
+    co_return file.name;
 }
 
 void SweepWorkbooks(UserStore &store)
@@ -198,7 +199,7 @@ void SweepWorkbooks(UserStore &store)
     const QString name = store.Get(Section, WritingKey, QString());
     if (name.isEmpty())
         return;
-    XlsxFile::Sweep(name);
+    SweepWorkbook(name);
     store.Save(Section, WritingKey, QString());
 }
 

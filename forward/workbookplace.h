@@ -1,6 +1,8 @@
 #pragma once
 
 #include "forward/forwardchoice.h"
+#include "platform/result.h"
+#include "xlsx/workbook.h"
 
 #include <QCoro/QCoroTask>
 #include <QString>
@@ -13,48 +15,45 @@ namespace px40 {
 class Clock;
 class ProgressView;
 class Prompts;
-class SheetTarget;
+class Spreadsheet;
 class UserStore;
-class XlsxFile;
 struct LinkState;
-
-/// Makes the automation of the spreadsheet program; null where there is none.
-using MakeSpreadsheet = std::function<std::unique_ptr<SheetTarget>()>;
 
 /// What forwarding needs from the program; all of it outlives the forwardings.
 struct ForwardServices
 {
     LinkState &state;
-    Prompts &prompts;
+    Prompts *prompts; ///< null: nobody is there to be asked, so what would be asked about is a failure
     const Clock &clock;
     UserStore &store;
-    MakeSpreadsheet spreadsheet;   ///< may be empty
+    /// Makes the automation of the spreadsheet program, null where there is none. May be empty.
+    std::function<std::unique_ptr<Spreadsheet>()> spreadsheet;
     std::function<void()> toFront; ///< gives the main window the focus; may be empty
 };
 
 /// Where the sheet of one forwarding goes.
 struct Workbook
 {
-    std::shared_ptr<SheetTarget> target; ///< null: given up
-    std::shared_ptr<XlsxFile> file;      ///< the target as a file; null where a spreadsheet program has it
-    QString addTo;                       ///< the workbook that gets the sheet; empty: a new one
+    std::shared_ptr<Spreadsheet> program; ///< null where a file is written without one
+    WorkbookFile file;                    ///< without a name: the program's new workbook
 };
 
-/// Chooses the target of a forwarding. Without a spreadsheet program it asks under which name a new workbook
-/// is to be kept, and what to do about one that another program has open; refuses what cannot be written,
-/// with the reason told. `services` must outlive the task.
-QCoro::Task<Workbook> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice);
+/// Whether a sheet can be added to that workbook without a spreadsheet program.
+Result<> CheckExistingWorkbook(const QString &name);
 
-/// Writes the file of a workbook, on another thread; asks when another program has it open by now. With
-/// `progress`, which may be null, the bar moves along. A set `CancelRequest` ends it. False with the reason
-/// in `ForwardErrorText`; the workbook is then as it was.
-QCoro::Task<bool> WriteWorkbook(const ForwardServices *services, std::shared_ptr<XlsxFile> file,
-                                QString title, ProgressView *progress);
+/// Chooses where a sheet goes. Without a spreadsheet program it asks under which name a new workbook is to be
+/// kept, and what to do about one that another program has open. Fails with `Cancelled` when the user gives
+/// up, and with `FileInUse` where nobody is there. `services` must outlive the task.
+QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice);
+
+/// Writes the sheet on another thread; asks when another program has the workbook open by now, or another
+/// file has the name of a new one, which is `FileTaken` where nobody is there. With `progress`, which may be
+/// null, the bar moves along. A set `CancelRequest` ends it. Gives the name of the file; after a failure the
+/// workbook is as it was.
+QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, WorkbookFile file,
+                                        std::shared_ptr<const Sheet> sheet, ProgressView *progress);
 
 /// Removes what a program that was killed while it wrote a workbook has left beside it.
 void SweepWorkbooks(UserStore &store);
-
-/// A sentence and, in a line below it, the file that it is about.
-QString AboutFile(const QString &sentence, const QString &file);
 
 } // namespace px40

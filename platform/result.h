@@ -11,6 +11,8 @@ namespace px40 {
 enum class FailureCode {
     Other,
     Unreadable, ///< what was to be read, where it matters that it was not the writing
+    FileInUse,  ///< another program has the file open
+    FileTaken,  ///< another file has the name by now
     Cancelled,  ///< the user, or the end of the program, wanted no more of it: nothing is to be told
 };
 
@@ -22,12 +24,12 @@ struct Failure
 };
 
 /// What an operation gives that may fail: the value, or why there is none. The compiler complains where one
-/// is dropped unseen.
-template <typename T = void>
-class [[nodiscard]] Result : public tl::expected<T, Failure>
+/// is dropped unseen. `Why` is another than `Failure` where a room has no sentences of its own.
+template <typename T = void, typename Why = Failure>
+class [[nodiscard]] Result : public tl::expected<T, Why>
 {
   public:
-    using tl::expected<T, Failure>::expected;
+    using tl::expected<T, Why>::expected;
 };
 
 /// `return Fail(text);` in a function that gives a `Result`.

@@ -1,5 +1,6 @@
 #include "tests/bookrig.h"
 
+#include "forward/bookfailuretext.h"
 #include "tests/support.h"
 
 #include <QDir>
@@ -44,6 +45,13 @@ BookParts Changed(BookParts parts, const QByteArray &name, const QByteArray &bef
     }
     if (!found)
         qFatal("The sample has no %s", before.constData());
+    return parts;
+}
+
+BookParts Without(const QByteArray &name)
+{
+    BookParts parts = PlainBook();
+    parts.removeIf([&name](const auto &part) { return part.first == name; });
     return parts;
 }
 
@@ -152,24 +160,38 @@ void Load(pugi::xml_document &document, const QByteArray &text)
     QVERIFY2(document.load_buffer(text.constData(), static_cast<std::size_t>(text.size())), text.constData());
 }
 
-SheetStep Fill(XlsxFile &file, const QString &workbook, int rows)
+Sheet SampleSheet(const QString &title, int rows)
 {
-    const SheetStep opened = file.OpenOrAdd(workbook.toStdString());
+    Sheet sheet;
+    sheet.title = title.toStdString();
     for (int row = 1; row <= rows; ++row)
-        file.SetCell(row, 1, CellFormat::General, std::to_string(row) + ".25");
-    file.SetCell(1, 2, CellFormat::Text, "=1+1");
-    file.SetBorder({1, 1, 1, 2}, Edge::Top, BorderWeight::Medium);
-    file.Centre({1, 1, 1, 1});
-    file.AddChart({{1, 1, rows, 2}, 8, 8, 400, 200, "T"});
-    return opened;
+        sheet.cells[row][1] = {CellFormat::General, std::to_string(row) + ".25"};
+    sheet.cells[1][2] = {CellFormat::Text, "=1+1"};
+    sheet.borders = {{{1, 1, 1, 2}, Edge::Top, BorderWeight::Medium}};
+    sheet.centred = {{1, 1, 1, 1}};
+    sheet.chart = {{1, 1, rows, 2}, 8, 8, 400, 200, "T"};
+    return sheet;
 }
 
-WriteResult AddTo(const QString &workbook, const QString &title)
+QString Write(const WorkbookFile &file, const Sheet &sheet)
 {
-    XlsxFile file(title);
     WriteWatch watch;
-    Fill(file, workbook);
-    return file.Write(&watch);
+    return Why(AddSheet(file, sheet, &watch));
+}
+
+QString AddTo(const QString &workbook, const QString &title)
+{
+    return Write(WorkbookFile::Existing(workbook), SampleSheet(title));
+}
+
+QString Why(const BookResult<> &result)
+{
+    return result ? QString() : BookFailureText(result.error());
+}
+
+QString Why(BookProblem problem, const QString &detail)
+{
+    return BookFailureText({problem, detail});
 }
 
 bool Put(const QString &name, const QByteArray &bytes)

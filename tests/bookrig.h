@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forward/xlsxfile.h"
+#include "xlsx/workbook.h"
 
 #include <QByteArray>
 #include <QList>
@@ -19,6 +19,9 @@ using BookParts = QList<std::pair<QByteArray, QByteArray>>;
 
 /// A workbook of one sheet, "One", with much around it that nobody here understands.
 BookParts PlainBook();
+
+/// That workbook without the part of that name.
+BookParts Without(const QByteArray &name);
 
 /// That workbook in another guise: "prefixed", "strict", "without styles", "bare styles", "macros", "chart
 /// sheet", "absolute targets", "other case", "names taken", "prefix on each sheet".
@@ -45,10 +48,16 @@ QStringList SheetNames(const QString &workbook);
 /// The test has failed if it is no XML.
 void Load(pugi::xml_document &document, const QByteArray &text);
 
-/// Opens that workbook, or the file as a new one, and sets `rows` rows and a chart.
-SheetStep Fill(XlsxFile &file, const QString &workbook, int rows = 1);
+/// A sheet of so many rows with a chart.
+Sheet SampleSheet(const QString &title, int rows = 1);
 
-WriteResult AddTo(const QString &workbook, const QString &title);
+/// Writes it. Empty when that is done, else why not.
+QString Write(const WorkbookFile &file, const Sheet &sheet = SampleSheet({}));
+QString AddTo(const QString &workbook, const QString &title);
+
+/// Why that is; of a result that is good nothing.
+QString Why(const BookResult<> &result);
+QString Why(BookProblem problem, const QString &detail = {});
 
 bool Put(const QString &name, const QByteArray &bytes);
 

@@ -1,9 +1,7 @@
 // How a workbook takes its place: over which file, in which folder, and what lies beside it.
 
-#include "forward/filekind.h"
 #include "forward/workbookplace.h"
 #include "link/linkstate.h"
-#include "platform/replacefile.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
 #include "tests/bookrig.h"
@@ -13,6 +11,7 @@
 #include <QDateTime>
 #include <QProcess>
 
+#include <functional>
 #include <thread>
 
 #include <sys/inotify.h>
@@ -49,17 +48,20 @@ class FolderWatch
     int queue_ = ::inotify_init1(IN_NONBLOCK);
 };
 
-BookParts Without(const QByteArray &name)
+/// Writes a sheet of many rows, and meanwhile something happens. Why nothing was written, if so.
+QString WriteWhile(const BookRig &rig, const WorkbookFile &file,
+                   const std::function<void(WriteWatch *)> &happens)
 {
-    BookParts parts = PlainBook();
-    parts.removeIf([&name](const auto &part) { return part.first == name; });
-    return parts;
-}
-
-WriteResult WriteNow(XlsxFile &file)
-{
+    constexpr int manyRows = 100'000;
+    const Sheet sheet = SampleSheet(u"T"_qs, manyRows);
     WriteWatch watch;
-    return file.Write(&watch);
+    QString told;
+    std::thread writer([&] { told = Why(AddSheet(file, sheet, &watch)); });
+    while (rig.Neighbours().isEmpty())
+        std::this_thread::yield();
+    happens(&watch);
+    writer.join();
+    return told;
 }
 
 } // namespace
@@ -71,6 +73,8 @@ class BookWritingTest : public QObject
 
   private Q_SLOTS:
     void LetsGoOfTheOldFileFirst();
+    void Meanwhile_data();
+    void Meanwhile();
     void NewNamesMeanwhile_data();
     void NewNamesMeanwhile();
     void AsksAboutNewNames();
@@ -78,8 +82,8 @@ class BookWritingTest : public QObject
     void StylesWhereTheyAreLookedFor_data();
     void StylesWhereTheyAreLookedFor();
     void PackageIsWhole();
+    void SweepsLeftovers();
     void PrintTellsFilesApart();
-    void LocksBesideLinks();
 };
 
 void BookWritingTest::LetsGoOfTheOldFileFirst()
@@ -91,7 +95,7 @@ void BookWritingTest::LetsGoOfTheOldFileFirst()
     QVERIFY(Put(rig.folder.filePath(u".px40-%1-ab.tmp"_qs.arg(gone.processId())), "left over"));
     QVERIFY(gone.waitForFinished());
     const FolderWatch watch(rig.folder.path());
-    QCOMPARE(AddTo(rig.name, u"T"_qs), WriteResult::Done);
+    QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
     const QStringList events = watch.Events();
     const QStringList before = events.mid(0, events.indexOf(u"mbook.xlsx"_qs));
     QVERIFY(before.size() < events.size() && before.contains(u"obook.xlsx"_qs));
@@ -99,58 +103,81 @@ void BookWritingTest::LetsGoOfTheOldFileFirst()
     QCOMPARE(rig.Neighbours(), QStringList());
 }
 
+void BookWritingTest::Meanwhile_data()
+{
+    QTest::addColumn<QString>("what");
+    QTest::addColumn<QString>("told");
+    QTest::addColumn<QStringList>("sheets"); // that are there then
+    QTest::newRow("cancelled") << u"cancel"_qs << Why(BookProblem::Cancelled) << QStringList(u"One"_qs);
+    QTest::newRow("opened") << u"open"_qs << Why(BookProblem::InUse) << QStringList(u"One"_qs);
+    QTest::newRow("overwritten") << u"overwrite"_qs << QString() << QStringList({u"Two"_qs, u"T"_qs});
+    QTest::newRow("removed") << u"remove"_qs << Why(BookProblem::Missing) << QStringList();
+}
+
+void BookWritingTest::Meanwhile()
+{
+    QFETCH(QString, what);
+    QFETCH(QString, told);
+    QFETCH(QStringList, sheets);
+    const BookRig two(Changed(PlainBook(), "xl/workbook.xml", "\"One\"", "\"Two\""));
+    const QByteArray twoBytes = Contents(two.name);
+    const BookRig rig;
+    const QString lock = rig.folder.filePath(u".~lock.book.xlsx#"_qs);
+    const QString written = WriteWhile(rig, WorkbookFile::Existing(rig.name), [&](WriteWatch *watch) {
+        watch->cancelled = what == u"cancel";
+        if (what == u"open")
+            Put(lock, {});
+        if (what == u"remove")
+            QFile::remove(rig.name);
+        QFile book(rig.name); // in one piece: there is no moment at which it is no workbook
+        if (what == u"overwrite" && book.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) {
+            book.write(twoBytes);
+            book.resize(twoBytes.size());
+        }
+    });
+    QFile::remove(lock);
+    QCOMPARE(written, told);
+    QCOMPARE(rig.Neighbours(), QStringList());
+    QCOMPARE(QFile::exists(rig.name) ? SheetNames(rig.name) : QStringList(), sheets);
+}
+
 void BookWritingTest::NewNamesMeanwhile_data()
 {
     QTest::addColumn<bool>("there"); // when the name is chosen
     QTest::addColumn<QByteArray>("later");
-    QTest::addColumn<WriteResult>("result");
-    QTest::newRow("absent") << false << QByteArray() << WriteResult::Done;
-    QTest::newRow("came") << false << QByteArray("theirs") << WriteResult::Taken;
-    QTest::newRow("agreed") << true << QByteArray("old") << WriteResult::Done;
-    QTest::newRow("agreed, gone") << true << QByteArray() << WriteResult::Done;
-    QTest::newRow("agreed, another") << true << QByteArray("theirs") << WriteResult::Taken;
+    QTest::addColumn<QString>("told");
+    const QString taken = Why(BookProblem::Taken);
+    QTest::newRow("absent") << false << QByteArray() << QString();
+    QTest::newRow("came") << false << QByteArray("theirs") << taken;
+    QTest::newRow("agreed") << true << QByteArray("old") << QString();
+    QTest::newRow("agreed, gone") << true << QByteArray() << QString();
+    QTest::newRow("agreed, another") << true << QByteArray("theirs") << taken;
 }
 
 void BookWritingTest::NewNamesMeanwhile()
 {
     QFETCH(bool, there);
     QFETCH(QByteArray, later);
-    QFETCH(WriteResult, result);
+    QFETCH(QString, told);
     for (const bool whileWriting : {false, true}) {
-        BookRig rig;
+        const BookRig rig;
         QVERIFY(QFile::remove(rig.name) && (!there || Put(rig.name, "old")));
-        XlsxFile file(u"T"_qs);
-        file.SetNewName(rig.name);
-        constexpr int manyRows = 100'000;
-        QCOMPARE(Fill(file, {}, whileWriting ? manyRows : 1), SheetStep::Done);
-        WriteResult written = WriteResult::Failed;
-        std::thread writer;
-        if (whileWriting) {
-            writer = std::thread([&] { written = WriteNow(file); });
-            while (rig.Neighbours().isEmpty())
-                std::this_thread::yield();
-        }
-        if (later.isEmpty())
-            QFile::remove(rig.name);
-        else if (later != "old")
-            Put(rig.name, later);
-        if (whileWriting)
-            writer.join();
-        else
-            written = WriteNow(file);
-        QCOMPARE(written, result);
+        const WorkbookFile file = WorkbookFile::New(rig.name);
+        const auto happens = [&](WriteWatch *) {
+            if (later.isEmpty())
+                QFile::remove(rig.name);
+            else if (later != "old")
+                Put(rig.name, later);
+        };
+        if (!whileWriting)
+            happens(nullptr);
+        QCOMPARE(whileWriting ? WriteWhile(rig, file, happens) : Write(file, SampleSheet(u"T"_qs)), told);
         QCOMPARE(rig.Neighbours(), QStringList());
-        if (result == WriteResult::Done)
+        if (told.isEmpty())
             QCOMPARE(SheetNames(rig.name), QStringList(u"T"_qs));
         else
             QCOMPARE(Contents(rig.name), later);
     }
-    // And in the last moment.
-    const QTemporaryDir folder;
-    const QString name = folder.filePath(u"new"_qs);
-    Replacement late(name);
-    QVERIFY(late.Open() && late.Finish() && Put(name, "theirs") && !late.TakePlace(false));
-    QCOMPARE(Contents(name), QByteArray("theirs"));
 }
 
 void BookWritingTest::AsksAboutNewNames()
@@ -160,38 +187,42 @@ void BookWritingTest::AsksAboutNewNames()
     LinkState state;
     ScriptedPrompts prompts;
     const HeldClock clock;
-    const ForwardServices services = {state, prompts, clock, store, {}, {}};
+    ForwardServices services = {state, &prompts, clock, store, {}, {}};
     const QString closed = u"/proc/new.xlsx"_qs; // nobody makes a file there
     const QString taken = folder.filePath(u"taken.xlsx"_qs);
     const QString other = folder.filePath(u"other.xlsx"_qs);
     prompts.files = {closed, taken};
-    const Running<Workbook> choosing(ChooseWorkbook(&services, {}));
-    QVERIFY(choosing.Finish());
-    const std::shared_ptr<XlsxFile> file = choosing.Value().file;
+    const Running<Result<Workbook>> choosing(ChooseWorkbook(&services, {}));
+    QVERIFY(choosing.Finish() && choosing.Value());
+    const WorkbookFile file = choosing.Value()->file;
     QCOMPARE(prompts.warnings, QStringList(Text(Str::BookFolderClosed) + u"\r\n"_qs + closed));
-    QCOMPARE(Fill(*file, {}), SheetStep::Done);
 
     QVERIFY(Put(taken, "theirs"));
-    const Running<bool> givenUp(WriteWorkbook(&services, file, {}, nullptr));
-    QVERIFY(givenUp.Finish() && !givenUp.Value());
-    QCOMPARE(state.ForwardErrorText, Text(Str::Canceled));
+    const auto sheet = std::make_shared<const Sheet>(SampleSheet({}));
+    const auto write = [&](const WorkbookFile &to) {
+        const Running<Result<QString>> running(WriteSheet(&services, to, sheet, nullptr));
+        return running.Finish() ? running.Value() : Result<QString>(Fail(u"It does not end."_qs));
+    };
+    const Result<QString> givenUp = write(file);
+    QVERIFY(!givenUp);
+    QCOMPARE(givenUp.error().text, Text(Str::Canceled));
     QCOMPARE(prompts.questions.size(), 1);
     QVERIFY(prompts.questions.constFirst().contains(Text(Str::BookTaken) + u"\r\n"_qs + taken));
     prompts.choices = {0, 0};
     prompts.files = {QString(), other}; // back to the question, then a name
-    const Running<bool> elsewhere(WriteWorkbook(&services, file, {}, nullptr));
-    QVERIFY(elsewhere.Finish() && elsewhere.Value());
+    QCOMPARE(write(file).value_or(QString()), other);
     QCOMPARE(Contents(taken), QByteArray("theirs"));
     QCOMPARE(SheetNames(other), QStringList(u"PX40 1"_qs));
 
     // The user may say that it is to be replaced.
-    file->SetNewName(folder.filePath(u"third.xlsx"_qs));
-    QVERIFY(Put(file->Name(), "theirs"));
     prompts.choices = {0};
-    prompts.files = {file->Name()};
-    const Running<bool> replacing(WriteWorkbook(&services, file, {}, nullptr));
-    QVERIFY(replacing.Finish() && replacing.Value());
-    QCOMPARE(SheetNames(file->Name()), QStringList(u"PX40 1"_qs));
+    prompts.files = {taken};
+    QCOMPARE(write(file).value_or(QString()), taken);
+    QCOMPARE(SheetNames(taken), QStringList(u"PX40 1"_qs));
+
+    services.prompts = nullptr; // nobody is there
+    const Result<QString> alone = write({other, true, {}});
+    QVERIFY(!alone && alone.error().code == FailureCode::FileTaken);
 }
 
 void BookWritingTest::ExportsAtOnceLoseNothing()
@@ -233,7 +264,7 @@ void BookWritingTest::StylesWhereTheyAreLookedFor()
     QFETCH(BookParts, parts);
     QFETCH(QByteArray, name);
     const BookRig rig(parts);
-    QCOMPARE(AddTo(rig.name, u"T"_qs), WriteResult::Done);
+    QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
     const auto entries = ReadPackage(rig.name);
     QVERIFY(entries.value(name).text.contains("<cellXfs"));
     QCOMPARE(entries.value("[Content_Types].xml").text.count("PartName=\"/" + name + '"'), 1);
@@ -245,18 +276,12 @@ void BookWritingTest::StylesWhereTheyAreLookedFor()
 
 void BookWritingTest::PackageIsWhole()
 {
-    const QString links = u"xl/_rels/workbook.xml.rels"_qs;
-    const BookRig unrelated(Without(links.toUtf8()));
-    QCOMPARE(XlsxFile::WhyNot(unrelated.name), Text(Str::BookDamaged).arg(links));
-
     // The kind of relationships is known, in a new workbook and in one that was without it.
     const BookRig rig(Changed(PlainBook(), "[Content_Types].xml", "\"rels\"", "\"other\""));
-    QCOMPARE(AddTo(rig.name, u"T"_qs), WriteResult::Done);
-    XlsxFile file(u"T"_qs);
-    file.SetNewName(rig.folder.filePath(u"new.xlsx"_qs));
-    QCOMPARE(Fill(file, {}), SheetStep::Done);
-    QCOMPARE(WriteNow(file), WriteResult::Done);
-    for (const QString &name : {rig.name, file.Name()}) {
+    QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
+    const QString made = rig.folder.filePath(u"new.xlsx"_qs);
+    QCOMPARE(Write(WorkbookFile::New(made)), QString());
+    for (const QString &name : {rig.name, made}) {
         pugi::xml_document types;
         Load(types, ReadPackage(name).value("[Content_Types].xml").text);
         QCOMPARE(types
@@ -271,6 +296,25 @@ void BookWritingTest::PackageIsWhole()
         QCOMPARE(header.left(6), QByteArray("PK\3\4\24\0", 6));
         QCOMPARE(header.right(2), QByteArray(2, '\0'));
     }
+}
+
+void BookWritingTest::SweepsLeftovers()
+{
+    const BookRig rig;
+    QProcess gone;
+    gone.start(u"true"_qs, QStringList());
+    QVERIFY(gone.waitForStarted());
+    const QString dead = u".px40-%1-ab.tmp"_qs.arg(gone.processId());
+    QVERIFY(gone.waitForFinished());
+    const QString ours = u".px40-%1-ab.tmp"_qs.arg(::getpid());
+    for (const QString &name : {dead, ours, u".px40-1-ab.tmp"_qs, u".px40-notes.tmp"_qs})
+        QVERIFY(Put(rig.folder.filePath(name), "x"));
+    Replacement writing(rig.name);
+    QVERIFY(writing.Open());
+    QStringList left = rig.Neighbours();
+    QVERIFY(left.removeAll(dead) == 1 && left.removeAll(ours) == 1 && left.size() == 3);
+    SweepWorkbook(rig.name);
+    QCOMPARE(rig.Neighbours(), left);
 }
 
 void BookWritingTest::PrintTellsFilesApart()
@@ -288,21 +332,6 @@ void BookWritingTest::PrintTellsFilesApart()
     QVERIFY(PrintOf(two) != print); // another file of the same size and time
     QVERIFY(setTime(one, time.addMSecs(1)));
     QVERIFY(PrintOf(one) != print);
-}
-
-void BookWritingTest::LocksBesideLinks()
-{
-    const BookRig rig;
-    const QTemporaryDir elsewhere;
-    const QString link = elsewhere.filePath(u"link.xlsx"_qs);
-    QVERIFY(QFile::link(rig.name, link));
-    for (const QString &lock :
-         {rig.folder.filePath(u".~lock.book.xlsx#"_qs), elsewhere.filePath(u"~$link.xlsx"_qs)}) {
-        QVERIFY(Put(lock, {}));
-        QCOMPARE(AddTo(link, u"T"_qs), WriteResult::InUse);
-        QVERIFY(QFile::remove(lock));
-    }
-    QCOMPARE(AddTo(link, u"T"_qs), WriteResult::Done);
 }
 
 QTEST_GUILESS_MAIN(BookWritingTest)

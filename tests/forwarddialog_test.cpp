@@ -31,8 +31,10 @@ struct ForwardRig : DialogRig<frmForward>
 
     void Open(bool withExcel)
     {
-        const ForwardOptions options = {withExcel,
-                                        [this](const QString &path) { return faults.value(path); }};
+        const auto check = [this](const QString &path) {
+            return faults.contains(path) ? Result<>(Fail(faults.value(path))) : Result<>();
+        };
+        const ForwardOptions options = {withExcel, check};
         dialog = new frmForward(state, prompts, jobs, &memory, options, nullptr);
         QObject::connect(dialog, &QDialog::finished, dialog, [this](int result) {
             if (result == QDialog::Accepted)

@@ -21,6 +21,8 @@ namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
+constexpr int FullSheet = 1'048'572;
+
 /// Of a task that comes to its end by itself.
 template <typename T>
 T ResultOf(QCoro::Task<T> task)
@@ -41,13 +43,21 @@ struct Rig
         }
     }
 
+    void AdoptRows(int count) const
+    {
+        RowStore rows;
+        for (int i = 0; i < count; ++i)
+            rows.AppendLatin1({"", "1", "", "", ""});
+        dataSet->Table().Adopt(std::move(rows), count);
+    }
+
     ForwardServices Services()
     {
-        return {state, prompts, clock, store, spreadsheet, [this] { script.calls << u"front"_s; }};
+        return {state, &prompts, clock, store, spreadsheet, [this] { script.calls << u"front"_s; }};
     }
 
     /// All in one go.
-    ForwardOutcome Forward(const ForwardChoice &choice)
+    Result<ForwardOutcome> Forward(const ForwardChoice &choice)
     {
         Forwarder forwarder(Services(), gate, progress);
         return ResultOf(forwarder.ForwardData(dataSet, choice));
@@ -63,7 +73,9 @@ struct Rig
     DocumentShared shared;
     std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
     Script script;
-    MakeSpreadsheet spreadsheet = [this] { return std::make_unique<ScriptedSheet>(script); };
+    std::function<std::unique_ptr<Spreadsheet>()> spreadsheet = [this] {
+        return std::make_unique<ScriptedSheet>(script);
+    };
 };
 
 } // namespace
@@ -75,20 +87,24 @@ class ForwarderTest : public QObject
   private Q_SLOTS:
     void WholeSetIsForwarded();
     void StatusCheckGoesOnBeside();
+    void CancelAndFailureAreTold_data();
     void CancelAndFailureAreTold();
     void BusySpreadsheetGetsItsRowsLater();
+    void FailedRunGivesTheSpreadsheetBack_data();
     void FailedRunGivesTheSpreadsheetBack();
+    void HiddenSpreadsheetHoldsTheStart();
     void HeldWorkbookIsAskedAbout();
     void TooManyRowsAreRefused();
+    void FullSheetIsFinishedWhileTheRunGoesOn();
 };
 
 void ForwarderTest::WholeSetIsForwarded()
 {
     Rig rig;
     rig.AddRows(3);
-    rig.script.answers[u"attach"_s] = {SheetStep::Busy, SheetStep::Again};
-    rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy};
-    rig.script.answers[u"visible"_s] = {SheetStep::Done, SheetStep::Busy};
+    rig.script.answers[u"attach"_s] = {Reply::Busy, Reply::Again};
+    rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy};
+    rig.script.answers[u"visible"_s] = {Reply::Done, Reply::Busy};
     rig.script.onCall = [&](const QString &call) {
         if (!call.startsWith(u"cell")) // each in a row of its own
             QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
@@ -98,9 +114,9 @@ void ForwarderTest::WholeSetIsForwarded()
         if (call.startsWith(u"cell 6"))
             rig.state.LinkActivity = ActivityIdle; // as a source command leaves it
     };
-    const ForwardOutcome outcome = rig.Forward({QString(), u"Loop 7"_s, true});
-    QVERIFY(outcome.done);
-    QCOMPARE(OutcomeText(outcome), u"3 rows forwarded to Microsoft Excel."_s);
+    const Result<ForwardOutcome> outcome = rig.Forward({QString(), u"Loop 7"_s, true});
+    QVERIFY(outcome);
+    QCOMPARE(OutcomeText(*outcome), u"3 rows forwarded to Microsoft Excel."_s);
     QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
     QVERIFY(!rig.progress.shown);
     QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
@@ -124,58 +140,60 @@ void ForwarderTest::StatusCheckGoesOnBeside()
         rig.state.LinkActivity = ActivityStatusCheck;
     };
     Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-    const Running<ForwardOutcome> running(forwarder.ForwardData(rig.dataSet, {}));
+    const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(rig.dataSet, {}));
     QVERIFY(WaitUntil([&] { return !rig.progress.shown && rig.state.StatusYield; }));
     QVERIFY(!running.Done());
     QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
     rig.state.LinkActivity = ActivityForwarding; // as it found it
     rig.gate.Release();
-    QVERIFY(running.Finish() && running.Value().done);
+    QVERIFY(running.Finish() && running.Value());
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
+}
+
+void ForwarderTest::CancelAndFailureAreTold_data()
+{
+    QTest::addColumn<QString>("at"); // the call at which it is cancelled, or fails
+    QTest::addColumn<bool>("cancels");
+    QTest::addColumn<bool>("shownAgain");
+    QTest::newRow("cancelled: the only instance is hidden") << u"attach"_s << true << false;
+    QTest::newRow("cancelled at a row") << u"cell 6,2 10:00:01"_s << true << true;
+    QTest::newRow("not attached") << u"attach"_s << false << false;
+    QTest::newRow("not opened") << u"open"_s << false << true;
+    QTest::newRow("no chart") << u"chart"_s << false << true;
+    QTest::newRow("memory is short") << u"cell 5,3 0"_s << false << true;
 }
 
 void ForwarderTest::CancelAndFailureAreTold()
 {
-    const struct
-    {
-        QString at; ///< the call at which it is cancelled, or fails
-        bool cancel;
-        bool shownAgain;
-    } rows[] = {
-        {u"attach"_s, true, false}, // the only instance is hidden
-        {u"cell 6,2 10:00:01"_s, true, true},
-        {u"attach"_s, false, false},
-        {u"open"_s, false, true},
-        {u"chart"_s, false, true},
-        {u"cell 5,3 0"_s, false, true}, // where the memory is short
+    QFETCH(QString, at);
+    QFETCH(bool, cancels);
+    QFETCH(bool, shownAgain);
+    Rig rig;
+    rig.AddRows(3);
+    rig.script.onCall = [&](const QString &call) {
+        if (call != at)
+            return;
+        if (call.endsWith(u" 0"))
+            throw std::runtime_error("The server is gone.");
+        const Reply held = call == u"attach" ? Reply::Busy : Reply::Done;
+        rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : Reply::Failed};
+        rig.state.CancelRequest = cancels;
+        if (cancels)
+            rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
     };
-    for (const auto &[at, cancel, shownAgain] : rows) {
-        Rig rig;
-        rig.AddRows(3);
-        rig.script.onCall = [&, where = at, cancels = cancel](const QString &call) {
-            if (call != where)
-                return;
-            if (call.endsWith(u" 0"))
-                throw std::runtime_error("The server is gone.");
-            const SheetStep held = call == u"attach" ? SheetStep::Busy : SheetStep::Done;
-            rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : SheetStep::Failed};
-            rig.state.CancelRequest = cancels;
-            if (cancels)
-                rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
-        };
-        rig.prompts.onWarn = [&] {
-            rig.script.calls << u"box"_s;
-            QVERIFY(!rig.progress.shown && !MayClose(rig.state));
-        };
-        QVERIFY(!rig.Forward({}).done);
-        QCOMPARE(rig.prompts.warnings, QStringList(cancel ? u"Canceled."_s : u"The server is gone."_s));
-        const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 3);
-        QCOMPARE(end.mid(1), QStringList({u"front"_s, u"box"_s}));
-        QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
-        if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
-            QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
-        QVERIFY(!rig.progress.shown && MayClose(rig.state));
-    }
+    rig.prompts.onWarn = [&] {
+        rig.script.calls << u"box"_s;
+        QVERIFY(!rig.progress.shown && !MayClose(rig.state));
+    };
+    const Result<ForwardOutcome> outcome = rig.Forward({});
+    QVERIFY(!outcome && (outcome.error().code == FailureCode::Cancelled) == cancels);
+    QCOMPARE(rig.prompts.warnings, QStringList(cancels ? u"Canceled."_s : u"The server is gone."_s));
+    const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 3);
+    QCOMPARE(end.mid(1), QStringList({u"front"_s, u"box"_s}));
+    QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
+    if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
+        QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
+    QVERIFY(!rig.progress.shown && MayClose(rig.state));
 }
 
 void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
@@ -183,19 +201,19 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
     Rig rig;
     rig.AddRows(2); // of an earlier run: table and statistics are those of the whole set
     RowForwarder rows(rig.Services());
-    ForwardOutcome outcome;
-    connect(&rows, &RowForwarder::closed, &rows, [&](const ForwardOutcome &closed) { outcome = closed; });
+    Result<ForwardOutcome> outcome;
+    connect(&rows, &RowForwarder::closed, &rows, [&](const auto &closed) { outcome = closed; });
     QVERIFY(ResultOf(rows.Prepare({QString(), u"Run"_s, true})));
     QVERIFY(ResultOf(rows.Open(rig.dataSet)));
     QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
 
-    rig.script.answers[u"cell"_s] = {SheetStep::Done, SheetStep::Busy, SheetStep::Busy, SheetStep::Busy};
+    rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy, Reply::Busy, Reply::Busy};
     for (int row = 1; row <= 3; ++row) {
         rig.AddRows(1);
         QCOMPARE(rows.Write(), RowForward::Row::Taken);
     }
     QVERIFY(ResultOf(rows.Close()));
-    QCOMPARE(outcome.samples, 5);
+    QCOMPARE(outcome.value_or(ForwardOutcome()).samples, 5);
     QCOMPARE(rig.script.held, 0); // the user may close it
     const QStringList cells = rig.script.Cells();
     QVERIFY(cells.contains(u"cell 4,2 TIME"_s));
@@ -205,26 +223,37 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
              QStringList({u"chart"_s, u"interactive 1"_s}));
 }
 
+void ForwarderTest::FailedRunGivesTheSpreadsheetBack_data()
+{
+    QTest::addColumn<QString>("at");
+    QTest::newRow("not opened") << u"open"_s;
+    QTest::newRow("at a row") << u"cell"_s;
+}
+
 void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
 {
-    for (const QString &at : {u"open"_s, u"cell"_s}) {
-        Rig rig;
-        RowForwarder rows(rig.Services());
-        QVERIFY(ResultOf(rows.Prepare({})));
-        rig.script.answers[at] = {SheetStep::Failed};
-        rig.script.answers[u"interactive"_s] = {SheetStep::Done, SheetStep::Busy}; // at first
-        QCOMPARE(ResultOf(rows.Open(rig.dataSet)), at == u"cell");
-        rig.AddRows(1);
-        QCOMPARE(rows.Write(), RowForward::Row::Failed);
-        QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
-        QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
-        QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
-    }
-    Rig rig; // an instance that stays hidden holds the start until the user stops the run
+    QFETCH(QString, at);
+    Rig rig;
+    RowForwarder rows(rig.Services());
+    QVERIFY(ResultOf(rows.Prepare({})));
+    rig.script.answers[at] = {Reply::Failed};
+    rig.script.answers[u"interactive"_s] = {Reply::Done, Reply::Busy}; // at first
+    QCOMPARE(ResultOf(rows.Open(rig.dataSet)), at == u"cell");
+    rig.AddRows(1);
+    QCOMPARE(rows.Write(), RowForward::Row::Failed);
+    QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
+    QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
+    QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
+}
+
+/// Until the user stops the run.
+void ForwarderTest::HiddenSpreadsheetHoldsTheStart()
+{
+    Rig rig;
     RowForwarder rows(rig.Services());
     QVERIFY(ResultOf(rows.Prepare({})));
     rig.script.onCall = [&](const QString &call) {
-        rig.script.answers[call] = {SheetStep::Busy};
+        rig.script.answers[call] = {Reply::Busy};
         rig.state.RealtimeStop = rig.script.calls.size() == 2;
     };
     QVERIFY(!ResultOf(rows.Open(rig.dataSet)));
@@ -239,7 +268,7 @@ void ForwarderTest::HeldWorkbookIsAskedAbout()
     const QString other = rig.folder.filePath(u"other.xlsx"_s);
     const QString lock = rig.folder.filePath(u".~lock.book.xlsx#"_s);
     rig.spreadsheet = nullptr;
-    const auto forward = [&](const QString &name) { return rig.Forward({name, {}, true}).done; };
+    const auto forward = [&](const QString &name) { return rig.Forward({name, {}, true}).has_value(); };
     rig.prompts.files = {rig.folder.filePath(u"book.ods"_s), book}; // what is no name for it is asked again
     QVERIFY(forward(QString()));
     QCOMPARE(rig.prompts.warnings.size(), 1);
@@ -272,15 +301,36 @@ void ForwarderTest::HeldWorkbookIsAskedAbout()
 void ForwarderTest::TooManyRowsAreRefused()
 {
     Rig rig;
-    RowStore rows;
-    constexpr int Samples = 1'048'573;
-    for (int i = 0; i < Samples; ++i)
-        rows.AppendLatin1({"", "1", "", "", ""});
-    rig.dataSet->Table().Adopt(std::move(rows), Samples);
-    QVERIFY(!rig.Forward({}).done);
+    rig.AdoptRows(FullSheet + 1);
+    QVERIFY(!rig.Forward({}));
     QCOMPARE(rig.prompts.warnings.size(), 1);
     QVERIFY(rig.prompts.warnings.constFirst().contains(u"1,048,573"));
     QVERIFY(rig.script.calls.isEmpty());
+}
+
+void ForwarderTest::FullSheetIsFinishedWhileTheRunGoesOn()
+{
+    Rig rig;
+    rig.spreadsheet = nullptr;
+    const QString book = rig.folder.filePath(u"book.xlsx"_s);
+    rig.prompts.files = {book};
+    RowForwarder rows(rig.Services());
+    QVERIFY(ResultOf(rows.Prepare({})));
+    rig.AdoptRows(FullSheet - 1);
+    QVERIFY(ResultOf(rows.Open(rig.dataSet)));
+    rig.AddRows(1);
+    QCOMPARE(rows.Write(), RowForward::Row::Taken);
+    rig.AddRows(1);
+    QCOMPARE(rows.Write(), RowForward::Row::Full);
+    const Running<bool> closing(rows.Close());
+    while (!closing.Done()) {
+        rig.AddRows(1);
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(closing.Value());
+    const QByteArray sheet = ReadPackage(book)["xl/worksheets/sheet1.xml"].text;
+    QCOMPARE(sheet.count("<row "), FullSheet + 2); // and the title, and the heading
+    QVERIFY(sheet.contains("<row r=\"1048576\"><c r=\"B1048576\""));
 }
 
 } // namespace px40

@@ -1,8 +1,8 @@
 #include "document/dataset.h"
 #include "forward/datasetsource.h"
-#include "forward/forwardsteps.h"
-#include "forward/xlsxfile.h"
+#include "forward/sheetlayout.h"
 #include "link/linkstate.h"
+#include "tests/bookrig.h"
 #include "tests/support.h"
 
 #include <QFile>
@@ -102,17 +102,11 @@ void WorksheetTest::ReadsAsMeant()
     LinkState state;
     DocumentShared shared{0, kind == KindMemory, {}};
     const std::shared_ptr<DataSet> set = MakeDataSet(state, shared, kind, samples);
-    XlsxFile file(u"Probe"_qs);
-    if (book.isEmpty())
-        file.SetNewName(name);
     const DataSetSource source(set, u"Probe"_qs);
-    WholeForward forward(file, source, book.isEmpty() ? std::string() : name.toStdString());
-    SheetStep step = SheetStep::Again;
-    while (step == SheetStep::Again)
-        step = forward.Next();
-    QCOMPARE(step, SheetStep::Done);
-    WriteWatch watch;
-    QVERIFY2(file.Write(&watch) == WriteResult::Done, file.ErrorText().c_str());
+    const bool numbers = source.IsSaveMode();
+    const Sheet sheet = LayOut(source, samples, numbers, source.Rows(numbers));
+    QCOMPARE(Write(book.isEmpty() ? WorkbookFile::New(name) : WorkbookFile::Existing(name), sheet),
+             QString());
 
     QStringList found = samples > 100 ? Run({name, u"7"_qs}) : Run({name});
     QCOMPARE(found.value(0), book.isEmpty() ? u"sheets|[Probe]"_qs : u"sheets|Costs|[Plan B]|Probe"_qs);

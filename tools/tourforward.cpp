@@ -128,7 +128,7 @@ void Tour::ForwardDownload(Stage &stage)
     stage.ChooseFile(fileDialog, LoopBook());
     AwaitIdle(stage);
     RequireText(u"The status bar after a download was forwarded"_s, stage.Message(),
-                OutcomeText({true, 50, LoopBook(), true}));
+                OutcomeText({50, LoopBook(), true}));
     Require(stage.desktop.shown == QStringList(LoopBook()), u"The written workbook is not opened."_s);
     Require(!stage.DataWindows().last()->Data()->Saved(), u"Forwarding has marked the readings as saved."_s);
     camera_.Take(u"27d-download-forwarded"_s, {stage.window.get()});
@@ -169,7 +169,7 @@ void Tour::ForwardToSameBook(Stage &stage)
     stage.CloseDialog(dialog, u"btOk"_s);
     AwaitIdle(stage);
     RequireText(u"The status bar after a sheet was added"_s, stage.Message(),
-                OutcomeText({true, 50, LoopBook(), true}));
+                OutcomeText({50, LoopBook(), true}));
     Require(stage.desktop.shown == shown, u"The workbook is opened although that was switched off."_s);
 }
 

@@ -133,7 +133,7 @@ void Tour::ForwardManyRows(Stage &stage)
     camera_.Take(u"28c-forward-writing"_s, {stage.window.get(), progress});
     AwaitIdle(stage);
     RequireText(u"The status bar after many rows were forwarded"_s, stage.Message(),
-                OutcomeText({true, ManyRows, NightBook(), true}));
+                OutcomeText({ManyRows, NightBook(), true}));
     camera_.Take(u"28d-many-rows-forwarded"_s, {stage.window.get()});
 }
 
@@ -146,7 +146,7 @@ void Tour::ForwardRun(Stage &stage)
     camera_.Take(u"29a-run-forwarded-meanwhile"_s, stage.Windows());
     Await([&stage] { return !stage.services.state.RealtimeRun && stage.Idle(); }, u"The run does not end."_s);
     RequireText(u"The status bar after a run that was forwarded"_s, stage.Message(),
-                OutcomeText({true, RunRows, OvenBook(), true}) +
+                OutcomeText({RunRows, OvenBook(), true}) +
                     u"  1New has ended: 00:00:02 elapsed, 3 rows, no error rows."_s);
     Require(stage.desktop.shown == QStringList(OvenBook()), u"The workbook of a run is not opened."_s);
     camera_.Take(u"29b-run-forwarded"_s, stage.Windows());

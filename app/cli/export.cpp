@@ -4,7 +4,6 @@
 #include "app/cli/console.h"
 #include "app/services.h"
 #include "forward/forwarder.h"
-#include "forward/xlsxfile.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
 #include "resources/strings.h"
@@ -20,35 +19,6 @@
 namespace px40 {
 
 namespace {
-
-/// Answers with the name for a new workbook that the command line gives, but not a second time, and not when
-/// there is a file by now.
-class ExportPrompts : public DecliningPrompts
-{
-  public:
-    explicit ExportPrompts(const QString &workbook) : workbook_(workbook), newName_(workbook) {}
-
-    /// What to do about another program that has the workbook open, or has made it meanwhile.
-    QCoro::Task<int> AskOneOf(QString, QStringList choices) override
-    {
-        taken = !choices.contains(Text(Str::Retry));
-        if (!taken)
-            held = Text(Str::ExportInUse).arg(XlsxFile::HolderOf(workbook_));
-        co_return static_cast<int>(choices.size()) - 1;
-    }
-    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override
-    {
-        taken = QFileInfo::exists(workbook_);
-        co_return taken ? QString() : std::exchange(newName_, QString());
-    }
-
-    QString held;       ///< who has the workbook open
-    bool taken = false; ///< what was to be new is there by now
-
-  private:
-    QString workbook_;
-    QString newName_;
-};
 
 /// The file that is written, and where it goes from there.
 struct Target
@@ -96,22 +66,24 @@ Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
     return dataSet;
 }
 
-QCoro::Task<Result<>> Export(Services *services, ExportPrompts *prompts, std::shared_ptr<DataSet> dataSet,
-                             QString workbook, QString title)
+QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSet, QString workbook,
+                             QString title)
 {
-    const ForwardServices forwardServices = {services->state, *prompts, services->clock,
-                                             services->store, {},       {}};
+    const ForwardServices forwardServices = {services->state, nullptr, services->clock,
+                                             services->store, {},      {}};
     ProgressLine progress;
     Forwarder forwarder(forwardServices, services->gate, progress);
-    ForwardChoice choice = {QFileInfo::exists(workbook) ? workbook : QString(), title, false};
-    ForwardOutcome outcome = co_await forwarder.ForwardData(dataSet, choice);
-    if (prompts->taken) {
-        choice.fileName = workbook;
+    ForwardChoice choice = {QString(), title, false, workbook};
+    if (QFileInfo::exists(workbook))
+        choice.fileName = std::exchange(choice.newName, QString());
+    Result<ForwardOutcome> outcome = co_await forwarder.ForwardData(dataSet, choice);
+    if (!outcome && outcome.error().code == FailureCode::FileTaken) { // made meanwhile: it grows
+        choice.fileName = std::exchange(choice.newName, QString());
         outcome = co_await forwarder.ForwardData(dataSet, choice);
     }
-    if (outcome.done)
+    if (outcome)
         co_return Result<>();
-    co_return Fail(prompts->held.isEmpty() ? FirstLine(prompts->told) : prompts->held);
+    co_return Fail(FirstLine(outcome.error().text));
 }
 
 /// Sends a workbook that is not to stay where it is to the standard output.
@@ -139,7 +111,7 @@ int RunExport(const CommandLine &line)
         return EndFailed(prepared.error());
 
     // Without a work file: a program that is open has the one there is.
-    ExportPrompts prompts(target.workbook);
+    DecliningPrompts prompts;
     Services services(UserStore(Text(Str::ApplicationTitle)), Paths(), prompts);
     const Result<std::shared_ptr<DataSet>> dataSet =
         Load(QDir::toNativeSeparators(QFileInfo(line.exportFrom).absoluteFilePath()), &services);
@@ -147,8 +119,8 @@ int RunExport(const CommandLine &line)
         return EndFailed(dataSet.error());
 
     const QString failed = Text(Str::ExportFailed);
-    Result<> exported = RunToEnd(
-        services.jobs, Export(&services, &prompts, *dataSet, target.workbook, line.exportTitle), failed);
+    Result<> exported =
+        RunToEnd(services.jobs, Export(&services, *dataSet, target.workbook, line.exportTitle), failed);
     if (exported)
         exported = Deliver(&target);
     if (!exported)

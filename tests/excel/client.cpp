@@ -72,38 +72,48 @@ px40::SheetStep Make(const Step &step)
     return made;
 }
 
-int Tell(px40::SheetStep made, const px40::SheetTarget &target)
+/// How the work ended, which tells of itself what is out of the ordinary.
+template <class Work>
+int Tell(const Work &work)
 {
-    if (made == px40::SheetStep::Done)
-        std::puts("Done");
-    else if (made == px40::SheetStep::Failed)
-        std::printf("Failed: %s\n", target.ErrorText().c_str());
-    else
+    try {
+        if (work() == px40::SheetStep::Done) {
+            std::puts("Done");
+            return 0;
+        }
         std::puts("Given up");
-    return made == px40::SheetStep::Done ? 0 : made == px40::SheetStep::Failed ? 1 : 2;
+        return 2;
+    } catch (const px40::SpreadsheetError &error) {
+        std::printf("Failed: %s\n", error.what());
+        return 1;
+    }
 }
 
-int ForwardWhole(px40::SheetTarget &target, const Sample &sample, const std::string &workbook, int cancelAt)
+int ForwardWhole(px40::Spreadsheet &target, const Sample &sample, const std::string &workbook, int cancelAt)
 {
     px40::WholeForward forward(target, sample, workbook);
     const auto cancelled = [&forward, cancelAt] { return forward.RowsWritten() == cancelAt; };
-    const px40::SheetStep made = Make([&] { return cancelled() ? px40::SheetStep::Done : forward.Next(); });
+    const auto next = [&] { return cancelled() ? px40::SheetStep::Done : forward.Next(); };
+    int told = 3;
+    if (cancelAt < 0)
+        told = Tell([&next] { return Make(next); });
+    else
+        Make(next);
     if (cancelled())
         std::puts("Canceled");
-    const int told = cancelled() ? 3 : Tell(made, target);
     Make([&forward] { return forward.End(); });
     return told;
 }
 
-int ForwardRunning(px40::SheetTarget &target, const Sample &sample, const std::string &workbook)
+int ForwardRunning(px40::Spreadsheet &target, const Sample &sample, const std::string &workbook)
 {
     px40::RunningForward forward(target, sample, workbook);
-    px40::SheetStep made = Make([&forward] { return forward.Begin(); });
-    while (made == px40::SheetStep::Done && forward.Rows() < sample.Samples())
-        made = Make([&forward] { return forward.WriteRow(); });
-    if (made == px40::SheetStep::Done)
-        made = Make([&forward] { return forward.End(); });
-    const int told = Tell(made, target);
+    const int told = Tell([&forward, &sample] {
+        px40::SheetStep made = Make([&forward] { return forward.Begin(); });
+        while (made == px40::SheetStep::Done && forward.Rows() < sample.Samples())
+            made = Make([&forward] { return forward.WriteRow(); });
+        return made == px40::SheetStep::Done ? Make([&forward] { return forward.End(); }) : made;
+    });
     Make([&forward] { return forward.GiveBack(); });
     return told;
 }

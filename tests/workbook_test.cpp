@@ -1,0 +1,326 @@
+#include "forward/bookfailuretext.h"
+#include "tests/bookrig.h"
+#include "tests/support.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTest>
+
+#include <pugixml.hpp>
+
+using namespace px40;
+
+namespace {
+
+/// Whether `now` has all of `was`, in its order, and at most children behind the others that it had.
+bool Extends(const pugi::xml_node &was, const pugi::xml_node &now)
+{
+    if (std::string_view(was.name()) != now.name() || std::string_view(was.value()) != now.value())
+        return false;
+    for (const pugi::xml_attribute &attribute : was.attributes()) {
+        const std::string_view name = attribute.name();
+        if (name != "count" && std::string_view(now.attribute(attribute.name()).value()) != attribute.value())
+            return false;
+    }
+    pugi::xml_node child = now.first_child();
+    for (const pugi::xml_node &before : was.children()) {
+        if (!Extends(before, child))
+            return false;
+        child = child.next_sibling();
+    }
+    return true;
+}
+
+/// Parts that are pointed at without being there, what must differ and does not, a second sheet in the fore.
+QStringList Faults(const QMap<QByteArray, EntryState> &entries)
+{
+    QStringList faults;
+    const QString names = u'/' + QString::fromUtf8(entries.keys().join("\n/")) + u'\n';
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        pugi::xml_document document;
+        if (!document.load_string(entry->text.constData()))
+            continue;
+        const QString name = QString::fromUtf8(entry.key());
+        const QDir folder(u'/' + name.left(name.indexOf(u"_rels/"_qs, 0, Qt::CaseInsensitive)));
+        for (const pugi::xpath_node &target : document.select_nodes("//@Target")) {
+            const QString part = QString::fromUtf8(target.attribute().value());
+            if (!names.contains(QDir::cleanPath(folder.absoluteFilePath(part)) + u'\n', Qt::CaseInsensitive))
+                faults += part;
+        }
+        if (document.select_node("//@tabSelected | //*[@Id = preceding-sibling::*/@Id] | "
+                                 "//*[@PartName = preceding-sibling::*/@PartName] | "
+                                 "//*[@sheetId = preceding-sibling::*/@sheetId] | "
+                                 "//*[@Extension = preceding-sibling::*/@Extension] | "
+                                 "//*[@quotePrefix = preceding-sibling::*/@quotePrefix]"))
+            faults += name;
+    }
+    return faults;
+}
+
+/// As it stands in files: two bytes a character, the lower one first.
+QByteArray Wide(QStringView text)
+{
+    QByteArray bytes;
+    for (const QChar character : text)
+        bytes += QByteArray(1, static_cast<char>(character.cell())) + static_cast<char>(character.row());
+    return bytes;
+}
+
+/// The bytes of an owner file as Excel lays it beside a workbook.
+QByteArray ExcelOwner(const QString &name)
+{
+    constexpr int room = 54;
+    const QByteArray length(1, static_cast<char>(name.size()));
+    return length + name.toLatin1().leftJustified(room) + length + '\0' + Wide(name);
+}
+
+QByteArray Compound(QStringView stream)
+{
+    QByteArray bytes = QByteArray("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1").leftJustified(512, '\0');
+    bytes[48] = 3; // the directory stands in sector 3, the fourth behind the header
+    return bytes.leftJustified(512 * 4, '\0') + Wide(stream);
+}
+
+QByteArray BytesOf(const BookParts &parts)
+{
+    const BookRig rig(parts);
+    return Contents(rig.name);
+}
+
+} // namespace
+
+/// A sheet in the file of a workbook, and files that take none, for what they are or for who has them open.
+class WorkbookTest : public QObject
+{
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void AddsASheet_data();
+    void AddsASheet();
+    void NamesTheSheet_data();
+    void NamesTheSheet();
+    void GoesThroughLinks();
+    void FullDisk_data();
+    void FullDisk();
+    void Refuses_data();
+    void Refuses();
+    void KeepsOffOpenWorkbooks_data();
+    void KeepsOffOpenWorkbooks();
+};
+
+void WorkbookTest::AddsASheet_data()
+{
+    QTest::addColumn<int>("additions");
+    for (const char *guise : {"plain", "prefixed", "strict", "macros", "chart sheet", "absolute targets",
+                              "prefix on each sheet", "bare styles", "names taken", "other case"})
+        QTest::newRow(guise) << 5;
+    QTest::newRow("without styles") << 6;
+}
+
+void WorkbookTest::AddsASheet()
+{
+    QFETCH(int, additions);
+    int changes = 9 - additions;
+    const QByteArrayList mayChange = {"[content_types].xml", "xl/_rels/workbook.xml.rels", "xl/styles.xml",
+                                      "xl/workbook.xml"};
+    BookRig rig(BookLike(QTest::currentDataTag()), u"it's a \"book\" αβγ.xlsm"_qs);
+    QFile::setPermissions(rig.name, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    const QFile::Permissions permissions = QFile::permissions(rig.name);
+    const QStringList names = SheetNames(rig.name);
+    const auto before = ReadPackage(rig.name);
+    QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
+    QCOMPARE(AddTo(rig.name, u"One"_qs), QString());
+
+    const auto after = ReadPackage(rig.name);
+    QCOMPARE(after.size(), before.size() + additions);
+    for (auto entry = before.begin(); entry != before.end(); ++entry) {
+        if (after.value(entry.key()).kept == entry->kept)
+            continue;
+        --changes;
+        QVERIFY2(mayChange.contains(entry.key().toLower()), entry.key().constData());
+        pugi::xml_document was;
+        pugi::xml_document now;
+        Load(was, entry->text);
+        Load(now, after[entry.key()].text);
+        QVERIFY2(Extends(was.document_element(), now.document_element()), entry.key().constData());
+        for (const pugi::xpath_node &list : now.select_nodes("//*[@count]"))
+            QCOMPARE(list.node().attribute("count").as_llong(),
+                     std::distance(list.node().begin(), list.node().end()));
+    }
+    QCOMPARE(changes, 0);
+    QCOMPARE(SheetNames(rig.name), names + QStringList{u"One (2)"_qs});
+    QCOMPARE(QFile::permissions(rig.name), permissions);
+    QCOMPARE(rig.Neighbours(), QStringList());
+
+    // Another sheet finds the looks that it needs.
+    QCOMPARE(AddTo(rig.name, {}), QString());
+    const auto both = ReadPackage(rig.name);
+    QCOMPARE(both["xl/styles.xml"].kept, after["xl/styles.xml"].kept);
+    QCOMPARE(Faults(both), QStringList());
+}
+
+void WorkbookTest::NamesTheSheet_data()
+{
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << u"Furnace 3"_qs << u"Furnace 3"_qs;
+    QTest::newRow("taken") << u"oNE"_qs << u"oNE (2)"_qs;
+    QTest::newRow("none") << QString() << u"PX40 1"_qs;
+    QTest::newRow("nothing left") << u" '[]:*?/\\'\u0001\t"_qs << u"PX40 1"_qs;
+    QTest::newRow("forbidden") << u"'a[b]:c*d?e/f\\g\u0007h'"_qs << u"a b c d e f g h"_qs;
+    QTest::newRow("reserved") << u"history"_qs << u"history (2)"_qs;
+    QTest::newRow("marks") << u"<&>\"=1+1"_qs << u"<&>\"=1+1"_qs;
+    QTest::newRow("long") << QString(300, u'x') << QString(31, u'x');
+    QTest::newRow("what the cut leaves at the end") << QString(30, u'x') + u"'y"_qs << QString(30, u'x');
+    QTest::newRow("half") << QString(30, u'x') + u"\U0001F600"_qs << QString(30, u'x');
+}
+
+void WorkbookTest::NamesTheSheet()
+{
+    QFETCH(QString, title);
+    QFETCH(QString, name);
+    const BookRig rig;
+    QCOMPARE(AddTo(rig.name, title), QString());
+    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, name}));
+}
+
+void WorkbookTest::GoesThroughLinks()
+{
+    BookRig rig;
+    const QTemporaryDir elsewhere;
+    const QString link = elsewhere.filePath(u"link.xlsx"_qs);
+    QVERIFY(QFile::link(rig.name, link));
+    for (const QString &lock :
+         {rig.folder.filePath(u".~lock.book.xlsx#"_qs), elsewhere.filePath(u"~$link.xlsx"_qs)}) {
+        QVERIFY(Put(lock, {}));
+        QCOMPARE(AddTo(link, u"T"_qs), Why(BookProblem::InUse));
+        QVERIFY(QFile::remove(lock));
+    }
+    QCOMPARE(AddTo(link, u"T"_qs), QString());
+    QVERIFY(QFileInfo(link).isSymbolicLink());
+    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+
+    // A link to what is not there yet; a new workbook.
+    QVERIFY(QFile::remove(rig.name));
+    QCOMPARE(Write(WorkbookFile::New(link)), QString());
+    QVERIFY(QFileInfo(link).isSymbolicLink());
+    QCOMPARE(SheetNames(rig.name), QStringList(u"PX40 1"_qs));
+    QVERIFY(ReadPackage(rig.name)["[Content_Types].xml"].text.contains("Extension=\"rels\""));
+    QCOMPARE(rig.Neighbours(), QStringList());
+}
+
+void WorkbookTest::FullDisk_data()
+{
+    QTest::addColumn<bool>("isNew");
+    QTest::newRow("existing") << false;
+    QTest::newRow("new") << true;
+}
+
+void WorkbookTest::FullDisk()
+{
+    QFETCH(bool, isNew);
+    const BookRig rig;
+    const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
+    if (isNew)
+        QVERIFY(QFile::remove(rig.name));
+    const px40::FullDisk disk(1000);
+    QCOMPARE(Write(isNew ? WorkbookFile::New(rig.name) : WorkbookFile::Existing(rig.name)),
+             Why(isNew ? BookProblem::NotMade : BookProblem::NotReplaced, qt_error_string(EFBIG)));
+    QCOMPARE(Contents(rig.name), before);
+    QCOMPARE(QFile::exists(rig.name), !isNew);
+    QCOMPARE(rig.Neighbours(), QStringList());
+}
+
+void WorkbookTest::Refuses_data()
+{
+    const BookParts plain = PlainBook();
+    const QByteArray good = BytesOf(plain);
+    const QByteArray book = "xl/workbook.xml";
+    const auto changed = [&](const QByteArray &before, const QByteArray &after) {
+        return BytesOf(Changed(plain, book, before, after));
+    };
+    const auto with = [&](const QByteArray &part, const QByteArray &text) {
+        return BytesOf(BookParts(plain) << std::pair{part, text});
+    };
+    BookParts binary = Changed(plain, "_rels/.rels", "workbook.xml", "workbook.bin");
+    binary.emplace_back("xl/workbook.bin", "\x83\x01");
+
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("sentence");
+    const auto row = [](const char *name, const QByteArray &bytes, BookProblem problem,
+                        const QString &detail = {}) { QTest::newRow(name) << bytes << Why(problem, detail); };
+    row("missing", {}, BookProblem::Missing);
+    row("text", "1,2,3", BookProblem::NoWorkbook);
+    row("older kind", Compound(u"Workbook"), BookProblem::OlderKind);
+    row("password", Compound(u"EncryptedPackage"), BookProblem::Encrypted);
+    row("other compound file", Compound(u"WordDocument"), BookProblem::NoWorkbook);
+    row("zip without a workbook", BytesOf({{"a", "b"}}), BookProblem::NoWorkbook);
+    row("other document", changed("workbook", "document"), BookProblem::NoWorkbook);
+    row("binary", BytesOf(binary), BookProblem::Binary);
+    row("OpenDocument", with("mimetype", "application/vnd.oasis.opendocument.spreadsheet"),
+        BookProblem::OpenDocument);
+    row("signed", with("_xmlsignatures/sig1.xml", "<Signature/>"), BookProblem::Signed);
+    row("protected", changed("<bookViews>", "<workbookProtection lockStructure='1'/><bookViews>"),
+        BookProblem::Protected);
+    row("no list of sheets", changed("sheets>", "shoots>"), BookProblem::Damaged, u"xl/workbook.xml"_qs);
+    row("no relationships", BytesOf(Without("xl/_rels/workbook.xml.rels")), BookProblem::Damaged,
+        u"xl/_rels/workbook.xml.rels"_qs);
+    row("cut off", good.left(good.size() / 2), BookProblem::EndMissing);
+    row("huge part", changed("<bookViews>", QByteArray(65 << 20, ' ') + "<bookViews>"),
+        BookProblem::TooLarge);
+    row("read-only", good, BookProblem::ReadOnly);
+}
+
+void WorkbookTest::Refuses()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, sentence);
+    const QTemporaryDir folder;
+    const QString name = folder.filePath(u"book.xlsx"_qs);
+    if (!bytes.isEmpty())
+        QVERIFY(Put(name, bytes));
+    if (sentence == Why(BookProblem::ReadOnly))
+        QFile::setPermissions(name, QFile::ReadOwner | QFile::ReadGroup);
+    QCOMPARE(Why(CheckWorkbook(name)), sentence);
+    QCOMPARE(AddTo(name, u"T"_qs), sentence);
+    QCOMPARE(Contents(name), bytes);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), bytes.isEmpty() ? 0 : 1);
+}
+
+void WorkbookTest::KeepsOffOpenWorkbooks_data()
+{
+    const QString libreOffice = u".~lock.book.xlsx#"_qs;
+    const QString excel = u"~$book.xlsx"_qs;
+    QTest::addColumn<QString>("lock");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("holder");
+    const auto row = [](const char *name, const QString &lock, const QByteArray &bytes,
+                        const QString &holder) { QTest::newRow(name) << lock << bytes << holder; };
+    row("name and host", libreOffice, "Ann\\, B,ann,bench,20.11.2026 10:00,file:///x;",
+        u"Ann, B on bench"_qs);
+    row("login", libreOffice, ",ann,bench,,;", u"ann on bench"_qs);
+    row("host alone", libreOffice, ",,bench,,;", u"Another program on bench"_qs);
+    row("LibreOffice", libreOffice, {}, u"LibreOffice"_qs);
+    row("wide name", excel, ExcelOwner(u"Ζωή"_qs), u"Ζωή"_qs);
+    row("narrow name alone", excel, ExcelOwner(u"Zoë"_qs).left(55), u"Zoë"_qs);
+    row("Excel", excel, {}, u"Excel"_qs);
+}
+
+void WorkbookTest::KeepsOffOpenWorkbooks()
+{
+    QFETCH(QString, lock);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, holder);
+    const BookRig rig;
+    const QByteArray before = Contents(rig.name);
+    QVERIFY(!HolderOf(rig.name));
+    QVERIFY(Put(rig.folder.filePath(lock), bytes));
+    const std::optional<BookHolder> found = HolderOf(rig.name);
+    QVERIFY(found);
+    QCOMPARE(BookHolderText(*found), holder);
+    QCOMPARE(AddTo(rig.name, u"T"_qs), Why(BookProblem::InUse));
+    QCOMPARE(Contents(rig.name), before);
+}
+
+QTEST_GUILESS_MAIN(WorkbookTest)
+#include "workbook_test.moc"

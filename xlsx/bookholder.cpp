@@ -1,0 +1,99 @@
+#include "xlsx/bookholder.h"
+
+#include "platform/replacefile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace px40 {
+
+namespace {
+
+constexpr qint64 LongestLock = 4096;
+
+/// The beginning of a file that may not be there; empty also when it cannot be read.
+QByteArray Beginning(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.read(LongestLock) : QByteArray();
+}
+
+/// Fields with commas between them and a semicolon behind the last; a backslash takes their meaning away.
+QStringList Fields(const QString &text)
+{
+    QStringList fields = {QString()};
+    bool escaped = false;
+    for (const QChar character : text) {
+        if (!escaped && character == u'\\') {
+            escaped = true;
+        } else if (!escaped && character == u';') {
+            break;
+        } else if (!escaped && character == u',') {
+            fields += QString();
+        } else {
+            fields.back() += character;
+            escaped = false;
+        }
+    }
+    return fields;
+}
+
+/// Full name, login, host, time.
+BookHolder LibreOfficeHolder(const QByteArray &lock)
+{
+    QStringList fields = Fields(QString::fromUtf8(lock));
+    for (QString &field : fields)
+        field = field.simplified();
+    BookHolder holder = {fields[0].isEmpty() ? fields.value(1) : fields[0], fields.value(2)};
+    if (holder.name.isEmpty() && holder.host.isEmpty())
+        holder.name = QStringLiteral("LibreOffice");
+    return holder;
+}
+
+/// One byte that counts, then that many of the name in the system's own letters, filled up to 54; after these
+/// the same in UTF-16, with two bytes that count.
+BookHolder ExcelHolder(const QByteArray &lock)
+{
+    constexpr qsizetype room = 54;
+    constexpr qsizetype wideAt = 1 + room;
+    const auto byte = [&lock](qsizetype at) {
+        return at < lock.size() ? static_cast<unsigned char>(lock[at]) : 0;
+    };
+    const qsizetype length = std::min<qsizetype>(byte(0), room);
+    QString name;
+    if (byte(wideAt) == length && lock.size() >= wideAt + 2 + 2 * length) {
+        for (qsizetype i = 0; i < length; ++i)
+            name += QChar(byte(wideAt + 2 + 2 * i) | byte(wideAt + 3 + 2 * i) << 8);
+    } else {
+        name = QString::fromLatin1(lock.mid(1, length));
+    }
+    name = name.simplified();
+    return {name.isEmpty() ? QStringLiteral("Excel") : name, {}};
+}
+
+std::optional<BookHolder> HolderBeside(const QString &workbook)
+{
+    const QFileInfo info(workbook);
+    const QString folder = info.absolutePath() + u'/';
+    const QString libreOffice = folder + QStringLiteral(".~lock.") + info.fileName() + u'#';
+    if (QFileInfo::exists(libreOffice))
+        return LibreOfficeHolder(Beginning(libreOffice));
+    const QString excel = folder + QStringLiteral("~$") + info.fileName();
+    if (QFileInfo::exists(excel))
+        return ExcelHolder(Beginning(excel));
+    return {};
+}
+
+} // namespace
+
+std::optional<BookHolder> HolderOf(const QString &workbook)
+{
+    // Programs differ in whether they look through a link first.
+    const std::optional<BookHolder> holder = HolderBeside(RealName(workbook));
+    return holder ? holder : HolderBeside(workbook);
+}
+
+} // namespace px40

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace px40 {
+
+/// Who has a workbook open in another program. At least one of the two is there.
+struct BookHolder
+{
+    QString name; ///< of the user, or else of the program
+    QString host; ///< the user's computer
+};
+
+/// As the file says that such a program lays beside a workbook; none when nobody has it open.
+std::optional<BookHolder> HolderOf(const QString &workbook);
+
+} // namespace px40

@@ -1,0 +1,69 @@
+#include "xlsx/sheetname.h"
+
+#include <QSet>
+
+namespace px40 {
+
+namespace {
+
+constexpr qsizetype LongestName = 31; // UTF-16 units
+
+bool MayStand(char32_t character)
+{
+    // XML has no way to write those that are none.
+    return QChar::category(character) != QChar::Other_Control && !QChar::isNonCharacter(character) &&
+           !QStringView(u"[]:*?/\\").contains(QChar::fromUcs4(character));
+}
+
+/// At most `length` units, and never one half of a character.
+QString Cut(QString name, qsizetype length)
+{
+    name.truncate(length);
+    if (name.size() == length && length > 0 && name.back().isHighSurrogate())
+        name.chop(1);
+    return name.trimmed();
+}
+
+QString WithoutOuterApostrophes(QString name)
+{
+    while (name.startsWith(u'\'') || name.startsWith(u' '))
+        name.remove(0, 1);
+    while (name.endsWith(u'\'') || name.endsWith(u' '))
+        name.chop(1);
+    return name;
+}
+
+QString LegalName(const QString &title)
+{
+    QString name;
+    const QList<uint> characters = title.toUcs4();
+    for (const char32_t character : characters)
+        name += MayStand(character) ? QString::fromUcs4(&character, 1) : QStringLiteral(" ");
+    name = WithoutOuterApostrophes(name.simplified());
+    return WithoutOuterApostrophes(Cut(name, LongestName));
+}
+
+} // namespace
+
+QString NewSheetName(const QString &title, const QStringList &taken)
+{
+    // Spreadsheets keep this name for themselves.
+    QSet<QString> names = {QStringLiteral("history")};
+    for (const QString &name : taken)
+        names.insert(name.toCaseFolded());
+
+    const QString base = LegalName(title);
+    for (int number = 1;; ++number) {
+        QString name = base;
+        if (base.isEmpty()) {
+            name = QStringLiteral("PX40 %1").arg(number);
+        } else if (number > 1) {
+            const QString suffix = QStringLiteral(" (%1)").arg(number);
+            name = Cut(base, LongestName - suffix.size()) + suffix;
+        }
+        if (!names.contains(name.toCaseFolded()))
+            return name;
+    }
+}
+
+} // namespace px40

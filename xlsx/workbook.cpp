@@ -1,0 +1,200 @@
+#include "xlsx/workbook.h"
+
+#include "xlsx/archive.h"
+#include "xlsx/book.h"
+#include "xlsx/bookfile.h"
+#include "xlsx/sheetpart.h"
+
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+bool Exists(const FilePrint &print)
+{
+    return print.size >= 0;
+}
+
+/// What that means for the file of that name.
+tl::unexpected<BookFailure> NotWritten(const QString &reason, const QString &name)
+{
+    return Refuse(Exists(PrintOf(name)) ? BookProblem::NotReplaced : BookProblem::NotMade, reason);
+}
+
+/// One attempt to write a sheet into a file.
+class Attempt
+{
+  public:
+    Attempt(const WorkbookFile &file, const Sheet &sheet, WriteWatch *watch)
+        : file_(&file), sheet_(&sheet), watch_(watch), name_(RealName(file.name)), before_(PrintOf(name_))
+    {
+    }
+
+    BookResult<> Make()
+    {
+        BookResult<> done = Check();
+        if (!done)
+            return done;
+        done = Write();
+        if (!done && watch_->cancelled)
+            return Refuse(BookProblem::Cancelled);
+        return done;
+    }
+
+    /// Somebody else has written to the workbook since the attempt began.
+    bool IsOvertaken() const { return !file_->isNew && PrintOf(name_) != before_; }
+
+  private:
+    BookResult<> Check() const;
+    BookResult<> CheckOthers(const FilePrint &now) const;
+    BookResult<> Write();
+    BookResult<> WriteArchive(Replacement &to);
+    BookResult<> TakePlace(Replacement &from);
+
+    const WorkbookFile *file_;
+    const Sheet *sheet_;
+    WriteWatch *watch_;
+    QString name_;
+    FilePrint before_;
+};
+
+BookResult<> Attempt::Check() const
+{
+    const BookResult<> package = file_->isNew ? BookResult<>() : CheckPackage(name_);
+    if (!package)
+        return package;
+    const BookResult<> place = file_->isNew ? CheckMakeable(name_) : CheckReplaceable(name_);
+    if (!place)
+        return place;
+    return CheckOthers(before_);
+}
+
+/// Whether another program has to do with the file.
+BookResult<> Attempt::CheckOthers(const FilePrint &now) const
+{
+    if (HolderOf(file_->name))
+        return Refuse(BookProblem::InUse);
+    if (file_->isNew && Exists(now) && now != file_->replaced)
+        return Refuse(BookProblem::Taken);
+    return {};
+}
+
+BookResult<> Attempt::Write()
+{
+    Replacement to(name_);
+    const BookResult<> written = WriteArchive(to);
+    return written ? TakePlace(to) : written;
+}
+
+BookResult<> Attempt::WriteArchive(Replacement &to)
+{
+    SheetXml xml(*sheet_);
+    SheetPart part(xml, *watch_);
+    ArchiveFile from(file_->isNew ? QString() : name_);
+    from.WriteTo(&to, watch_);
+    BookResult<Zip> archive = from.Open();
+    if (!archive)
+        return Refuse(archive.error());
+    Package package(archive->get());
+    if (file_->isNew)
+        Book::PutNew(package);
+    BookResult<Book> book = Book::Open(package);
+    if (!book)
+        return Refuse(book.error());
+    const BookResult<std::string> partName = book->AddSheet(*sheet_, xml);
+    if (!partName)
+        return Refuse(partName.error());
+    const BookResult<> stored = package.Store(*partName, part);
+    if (!stored)
+        return stored;
+
+    watch_->Begin(2 * from.Size() + part.Work()); // it is read twice
+    const BookResult<> whole = package.CheckContents(from.Size());
+    if (!whole)
+        return whole;
+    const Result<> opened = to.Open();
+    if (!opened)
+        return NotWritten(opened.error().text, name_);
+    if (zip_close(archive->get()) != 0) {
+        if (!from.WriteError().isEmpty())
+            return NotWritten(from.WriteError(), name_);
+        if (!from.ReadError().isEmpty())
+            return Refuse(BookProblem::Unreadable, from.ReadError());
+        return Refuse(BookProblem::Damaged, QString::fromUtf8(zip_strerror(archive->get())));
+    }
+    static_cast<void>(archive->release());
+    return {};
+}
+
+BookResult<> Attempt::TakePlace(Replacement &from)
+{
+    if (watch_->cancelled)
+        return Refuse(BookProblem::Cancelled);
+    const FilePrint now = PrintOf(name_);
+    const BookResult<> others = CheckOthers(now);
+    if (!others)
+        return others;
+    if (IsOvertaken())
+        return Refuse(BookProblem::KeepsChanging);
+    const Result<> placed = from.TakePlace(Exists(now));
+    if (!placed && !Exists(now) && Exists(PrintOf(name_)))
+        return Refuse(BookProblem::Taken);
+    if (!placed)
+        return NotWritten(placed.error().text, name_);
+    constexpr int whole = 1000;
+    watch_->permille = whole;
+    return {};
+}
+
+} // namespace
+
+WorkbookFile WorkbookFile::New(const QString &name)
+{
+    return {name, true, PrintOf(RealName(name))};
+}
+
+BookResult<> CheckWorkbook(const QString &name)
+{
+    const QString real = RealName(name);
+    BookResult<> fit = CheckPackage(real);
+    if (fit)
+        fit = CheckReplaceable(real);
+    if (!fit)
+        return fit;
+    ArchiveFile file(real);
+    const BookResult<Zip> archive = file.Open();
+    if (!archive)
+        return Refuse(archive.error());
+    Package package(archive->get());
+    const BookResult<Book> book = Book::Open(package);
+    if (!book)
+        return Refuse(book.error());
+    return {};
+}
+
+BookResult<> CheckNewWorkbook(const QString &name)
+{
+    return CheckMakeable(RealName(name));
+}
+
+BookResult<> AddSheet(const WorkbookFile &file, const Sheet &sheet, WriteWatch *watch)
+{
+    constexpr int tries = 5;
+    SweepWorkbook(file.name);
+    for (int i = 0; i < tries; ++i) {
+        Attempt attempt(file, sheet, watch);
+        BookResult<> made = attempt.Make();
+        if (made || !attempt.IsOvertaken() || made.error().problem == BookProblem::InUse ||
+            made.error().problem == BookProblem::Cancelled)
+            return made;
+    }
+    return Refuse(BookProblem::KeepsChanging);
+}
+
+void SweepWorkbook(const QString &name)
+{
+    Replacement::Sweep(RealName(name));
+}
+
+} // namespace px40

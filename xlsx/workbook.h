@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/replacefile.h"
+#include "xlsx/bookfailure.h"
+#include "xlsx/bookholder.h"
+#include "xlsx/sheet.h"
+#include "xlsx/writewatch.h"
+
+#include <QString>
+
+namespace px40 {
+
+/// Workbooks of the kinds .xlsx and .xlsm, which are packages of XML parts, take one more sheet here without
+/// any spreadsheet program. In this header and in sheet.h stands all that others need of this folder.
+
+/// The file that a sheet goes into.
+struct WorkbookFile
+{
+    QString name;
+    bool isNew = false;      ///< is to be made
+    FilePrint replaced = {}; ///< what a new one may replace
+
+    /// One that gets another sheet behind its last one; nothing else in it changes.
+    static WorkbookFile Existing(const QString &name) { return {name}; }
+
+    /// One that replaces the file that is there now, but none that comes later.
+    static WorkbookFile New(const QString &name);
+};
+
+/// Whether a sheet can be added to that workbook. Reads little of it, writes nothing.
+BookResult<> CheckWorkbook(const QString &name);
+
+/// Whether a new workbook can be made there.
+BookResult<> CheckNewWorkbook(const QString &name);
+
+/// Writes the sheet into the file, which is made as a temporary neighbour and renamed at the very end: until
+/// then, and whatever happens, an existing workbook is as it was. Where somebody else changes it meanwhile,
+/// the sheet goes into what it is then. May be called on any thread, as `sheet` is used by no other one.
+BookResult<> AddSheet(const WorkbookFile &file, const Sheet &sheet, WriteWatch *watch);
+
+/// Removes what a program that was killed while it wrote that workbook has left beside it.
+void SweepWorkbook(const QString &name);
+
+} // namespace px40
