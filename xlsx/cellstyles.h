@@ -2,6 +2,7 @@
 
 #include "xlsx/sheet.h"
 
+#include <set>
 #include <vector>
 
 namespace px40 {
@@ -21,20 +22,40 @@ struct CellStyle
     bool operator==(const CellStyle &) const = default;
 };
 
-/// Rows that look alike. Cells in columns beyond are plain.
-struct StyleBand
+/// What the borders and the centring of a sheet give its cells.
+class CellStyles
 {
-    int firstRow = 1;
-    int lastRow = 1;
-    int firstColumn = 1;
-    std::vector<CellStyle> styles; ///< from `firstColumn` on, but for the number format
-    std::vector<int> seen;         ///< columns with a line or so even where nothing was ever set
+  public:
+    explicit CellStyles(const Sheet &sheet);
 
-    const CellStyle &At(int column) const;
+    /// All but the number format.
+    CellStyle At(int row, int column) const;
+
+    /// Whether all rows from behind `row` up to `last` look like that one.
+    bool LookAlike(int row, int last) const;
+
+    /// The columns in which cells of a row are seen even if they were never set.
+    std::vector<int> SeenColumns(int row) const;
+
+    /// The first row behind that one in which there may be such cells.
+    int NextSeenRow(int row) const;
+
+  private:
+    /// Lines above the cells of a range, or to the left of them.
+    struct Lines
+    {
+        bool above;
+        CellRange cells;
+        Line line;
+    };
+    static Lines LinesOf(const SheetBorder &border);
+    Line LineAt(bool above, int row, int column) const;
+
+    std::vector<Lines> lines_;
+    std::vector<CellRange> centred_;
+    std::vector<CellRange> ranges_; ///< all that are named
+    std::set<int> changes_;         ///< rows that may look different from those above them
 };
-
-/// All rows of a sheet from the first one on, the last band without an end.
-std::vector<StyleBand> StyleBands(const Sheet &sheet);
 
 /// The same cells with the first corner above and to the left of the last.
 CellRange InOrder(const CellRange &range);

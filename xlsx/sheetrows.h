@@ -8,7 +8,7 @@
 
 namespace px40 {
 
-/// Goes through the rows of a sheet, of which each has a cell or a line, with all their cells in order.
+/// Goes through the rows of a sheet that have a cell or a line, with all their cells in order.
 class SheetRows
 {
   public:
@@ -38,9 +38,13 @@ class SheetRows
         CellFormat format;
         std::string_view text;
     };
+    struct KnownStyle
+    {
+        int column;
+        CellFormat format;
+        std::size_t number;
+    };
     int NextTableRow() const;
-    int NextSeenRow() const;
-    void EnterBand();
     std::size_t StyleNumber(int column, CellFormat format);
     Cell MakeCell(const Content &content);
     void PutTable();
@@ -50,9 +54,10 @@ class SheetRows
     const Sheet *sheet_;
     std::vector<CellStyle> *styles_;
     std::map<int, std::map<int, SheetCell>>::const_iterator next_; ///< of the single cells
-    std::vector<StyleBand> bands_;
-    std::size_t band_ = 0;
-    std::vector<std::size_t> numbers_; ///< of the band's styles, by column and format, once known
+    CellStyles looks_;
+    // While one row looks like the other:
+    std::vector<int> seen_;
+    std::vector<KnownStyle> known_;
     int row_ = 0;
     std::vector<Cell> cells_;
 };
