@@ -70,8 +70,8 @@ CellStyles::Lines CellStyles::LinesOf(const SheetBorder &border)
         ++cells.firstRow;
         break;
     }
-    const bool above = border.edge == Edge::Top || border.edge == Edge::Bottom ||
-                       border.edge == Edge::InsideHorizontal;
+    const bool above =
+        border.edge == Edge::Top || border.edge == Edge::Bottom || border.edge == Edge::InsideHorizontal;
     return {above, cells, border.weight == BorderWeight::Medium ? Line::Medium : Line::Thin};
 }
 
