@@ -10,12 +10,14 @@
 #include "platform/singleinstance.h"
 #include "platform/timer.h"
 #include "platform/userstore.h"
-#include "tests/support.h"
+#include "testing/files.h"
 
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
 
 using namespace px40;
 

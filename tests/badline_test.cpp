@@ -1,7 +1,8 @@
-#include "tests/liverig.h"
+#include "testing/liverig.h"
 
 #include <QDeadlineTimer>
 #include <QLoggingCategory>
+#include <QTest>
 #include <QThread>
 
 #include <deque>

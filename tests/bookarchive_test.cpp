@@ -1,8 +1,8 @@
 // Workbooks as other programs pack them, and such as a disk or a cable has damaged.
 
-#include "tests/bookrig.h"
-#include "tests/support.h"
+#include "testing/books.h"
 
+#include <QTest>
 #include <QtEndian>
 
 #include <functional>

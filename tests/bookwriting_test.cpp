@@ -4,12 +4,15 @@
 #include "link/linkstate.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
-#include "tests/bookrig.h"
-#include "tests/heldclock.h"
-#include "tests/support.h"
+#include "testing/books.h"
+#include "testing/heldclock.h"
+#include "testing/prompts.h"
+#include "testing/wait.h"
 
 #include <QDateTime>
 #include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <functional>
 #include <thread>

@@ -2,6 +2,7 @@
 #include "tests/commrig.h"
 
 #include <QSignalSpy>
+#include <QTest>
 
 #include <atomic>
 #include <tuple>

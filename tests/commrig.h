@@ -1,6 +1,8 @@
 #pragma once
 
-#include "tests/support.h"
+#include "testing/linkrig.h"
+
+#include <QTest>
 
 namespace px40 {
 

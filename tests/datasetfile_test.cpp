@@ -2,10 +2,12 @@
 #include "link/linkstate.h"
 #include "platform/files.h"
 #include "platform/replacefile.h"
-#include "tests/support.h"
+#include "testing/files.h"
 
 #include <QDir>
 #include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <cerrno>
 #include <utility>

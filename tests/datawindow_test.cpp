@@ -1,19 +1,24 @@
 #include "app/maincommands.h"
+#include "app/startup.h"
 #include "app/workspace.h"
 #include "document/datatable.h"
 #include "document/frmsetting.h"
 #include "platform/geometry.h"
-#include "tests/program.h"
+#include "testing/files.h"
+#include "testing/program.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QItemSelectionModel>
+#include <QLabel>
 #include <QMenu>
 #include <QMimeData>
 #include <QPointer>
 #include <QScrollBar>
+#include <QTest>
 #include <QWindow>
 
 #include <functional>

@@ -2,11 +2,13 @@
 
 #include "document/dataset.h"
 #include "link/linkstate.h"
-#include "tests/support.h"
+#include "platform/jobs.h"
+#include "testing/prompts.h"
 
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QTest>
 
 #include <memory>
 

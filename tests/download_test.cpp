@@ -2,7 +2,9 @@
 #include "link/reply.h"
 #include "link/storeddata.h"
 #include "resources/strings.h"
-#include "tests/support.h"
+#include "testing/linkrig.h"
+
+#include <QTest>
 
 #include <tuple>
 

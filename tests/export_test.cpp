@@ -1,6 +1,10 @@
 #include "resources/strings.h"
-#include "tests/bookrig.h"
-#include "tests/programrun.h"
+#include "simulator/ptyserver.h"
+#include "testing/books.h"
+#include "testing/programrun.h"
+
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <tuple>
 

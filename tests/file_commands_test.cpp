@@ -1,14 +1,19 @@
 #include "app/filecommands.h"
 #include "app/services.h"
 #include "document/dataset.h"
+#include "link/linkstate.h"
 #include "platform/filenames.h"
+#include "testing/files.h"
+#include "testing/heldclock.h"
+#include "testing/prompts.h"
+#include "testing/wait.h"
 #include "tests/fakeviews.h"
-#include "tests/heldclock.h"
-#include "tests/support.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <tuple>
 

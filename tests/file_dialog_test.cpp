@@ -1,5 +1,5 @@
 #include "app/messageprompts.h"
-#include "tests/support.h"
+#include "testing/wait.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -9,6 +9,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <tuple>
 

@@ -1,13 +1,16 @@
 #include "forward/frmforward.h"
-#include "tests/bookrig.h"
+#include "testing/books.h"
 #include "tests/dialogrig.h"
 
 #include <QCheckBox>
 #include <QClipboard>
+#include <QDialog>
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
 #include <QUrl>
 
 #include <optional>

@@ -4,12 +4,17 @@
 #include "document/dataset.h"
 #include "forward/forwarder.h"
 #include "forward/rowforwarder.h"
-#include "tests/bookrig.h"
-#include "tests/heldclock.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/userstore.h"
+#include "testing/books.h"
+#include "testing/heldclock.h"
+#include "testing/prompts.h"
+#include "testing/wait.h"
 #include "tests/scriptedsheet.h"
-#include "tests/support.h"
 
 #include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>

@@ -3,13 +3,14 @@
 #include "app/frmcancel.h"
 #include "forward/forwarder.h"
 #include "forward/frmforward.h"
-#include "tests/bookrig.h"
-#include "tests/liveprogram.h"
+#include "testing/books.h"
+#include "testing/liveprogram.h"
 #include "tests/scriptedsheet.h"
 
 #include <QDesktopServices>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
 
@@ -120,7 +121,7 @@ void ForwardingTest::DownloadAndCommandAddSheets()
     QCOMPARE(SheetNames(program.book).last(), u"Saved"_qs);
     const QByteArray after = Contents(program.book);
 
-    SetFault(program.server, "hang-up=12"); // what comes of a broken download is not forwarded
+    program.Fault("hang-up=12"); // what comes of a broken download is not forwarded
     program.prompts.answers = {Answer::Yes};
     program.Forward("Mdata", u"Broken"_qs, program.book);
     QCOMPARE(Contents(program.book), after);

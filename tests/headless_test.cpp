@@ -1,8 +1,12 @@
 #include "resources/strings.h"
-#include "tests/programrun.h"
+#include "testing/files.h"
+#include "testing/linkrig.h"
+#include "testing/programrun.h"
 
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <tuple>
 

@@ -2,6 +2,8 @@
 
 #include "tests/commrig.h"
 
+#include <QTest>
+
 using namespace px40;
 
 class LateReplyTest : public QObject

@@ -1,11 +1,15 @@
 #include "app/messageprompts.h"
+#include "app/startup.h"
 #include "resources/strings.h"
-#include "tests/program.h"
+#include "testing/program.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QFile>
 #include <QPointer>
+#include <QPushButton>
+#include <QTest>
 
 using namespace px40;
 
@@ -91,7 +95,7 @@ void LeavingTest::LeavingAsksForEachUnsavedWindow()
 void LeavingTest::LeavingIsRefusedDuringADownload()
 {
     Started program;
-    SetFault(program.server, "silent-from=6");
+    program.Fault("silent-from=6");
     StartDownload(program, program.prompts);
     QTRY_VERIFY(program.server.CommandCount() >= 6);
     program.window->close();
@@ -104,7 +108,7 @@ void LeavingTest::LeavingIsRefusedDuringADownload()
 void LeavingTest::LeavingStopsWhatWaits()
 {
     Started program;
-    SetFault(program.server, "silent");
+    program.Fault("silent");
     program.services.state.LinkActivity = ActivityStatusCheck;
     const Running<bool> exchange(program.services.comm.SendCommand(QStringLiteral("OC"), 3));
     program.services.gate.Take();

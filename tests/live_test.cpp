@@ -1,12 +1,16 @@
 #include "acquire/frminterval.h"
 #include "app/maincommands.h"
 #include "source/frmsrcvalueset.h"
-#include "tests/liveprogram.h"
+#include "testing/liveprogram.h"
 
 #include <QComboBox>
+#include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
 
 using namespace px40;
 
@@ -110,10 +114,10 @@ void LiveTest::SaveModeHasTheLinkToItself()
     QCOMPARE(program.prompts.questions.size(), 1);
     QCOMPARE(program.Message(), u"37 SAVE-mode records received; they are no readings."_qs);
 
-    SetFault(program.server, "garbage=3");
+    program.Fault("garbage=3");
     QVERIFY(fetch() && program.NoJobLeft());
     QCOMPARE(program.Message(), u"The download ended early: 1 SAVE-mode records received."_qs);
-    SetFault(program.server, "none");
+    program.Fault("none");
     for (int n = 1; n <= 50; ++n)
         program.server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });
     QVERIFY(fetch() && program.NoJobLeft());
@@ -195,7 +199,7 @@ void LiveTest::SourceWindowFollows()
     QCOMPARE(program.Message(), QString());
 
     // Checks that follow each other without a pause do not keep a command waiting.
-    SetFault(program.server, "late=20");
+    program.Fault("late=20");
     Press(program.Source(), "btDown0");
     Q_EMIT program.window->tmCheckStat.tick();
     QVERIFY(WaitUntil([&] { return program.services.state.LinkActivity != ActivityStatusCheck; }));
@@ -257,10 +261,10 @@ void LiveTest::LostInstrumentIsFoundAgain()
 
     // The port dialog brings back what went with the connection.
     program.Action("Source")->trigger();
-    SetFault(program.server, "silent");
+    program.Fault("silent");
     QVERIFY(program.Check());
     QVERIFY(!program.MoniterChecked() && !program.SourceChecked());
-    SetFault(program.server, "none");
+    program.Fault("none");
     program.Action("mnuSetupCommport")->trigger();
     Press(program.Find<QDialog>("frmPort"), "btOk");
     QVERIFY(program.NoJobLeft());
@@ -301,7 +305,7 @@ void LiveTest::OldValuesFade()
     QVERIFY(fade->Enabled() && fade->Interval() > 2000);
     program.Action("New")->trigger();
     QVERIFY(program.Start(Answer::No));
-    SetFault(program.server, "silent");
+    program.Fault("silent");
     QVERIFY(program.PassSecond());
     Q_EMIT fade->tick();
     QCOMPARE(look(), u"f f"_qs);
@@ -315,7 +319,7 @@ void LiveTest::OldValuesFade()
     delete program.Source();
     program.Action("Source")->trigger();
     QCOMPARE(program.Shown("llMessage"), note);
-    SetFault(program.server, "none");
+    program.Fault("none");
     QVERIFY(program.PassSecond());
     QCOMPARE(look(), live);
     QCOMPARE(program.Shown("llMessage"), QString());
@@ -331,7 +335,7 @@ void LiveTest::CommandsAreToldOfInTheirWindow()
 {
     LiveProgram program;
     program.server.WithInstrument([](sim::Instrument &i) { i.SetSource(5, 0); });
-    SetFault(program.server, "err=1");
+    program.Fault("err=1");
     Press(program.Source(), "btUp0");
     QVERIFY(WaitUntil([&] { return !program.Shown("llMessage").isEmpty(); }));
     QCOMPARE(program.Shown("llMessage"), u"The PX40 has refused \"UP1\": out of range or not possible."_qs);
@@ -340,7 +344,7 @@ void LiveTest::CommandsAreToldOfInTheirWindow()
     auto *const told = program.Moniter()->findChild<QLabel *>(u"llMessage"_qs);
     QVERIFY(WaitUntil([&] { return !told->text().isEmpty(); }));
     QCOMPARE(told->text(), u"The PX40 has refused \"MO0\": out of range or not possible."_qs);
-    SetFault(program.server, "none");
+    program.Fault("none");
     Press(program.Source(), "btSrcOnOff");
     Press(program.Moniter(), "btMeasOnOff");
     QVERIFY(WaitUntil([&] { return told->text().isEmpty() && program.Shown("llMessage").isEmpty(); }));

@@ -2,13 +2,14 @@
 #include "acquire/measuredisplay.h"
 #include "acquire/status.h"
 #include "platform/geometry.h"
-#include "tests/support.h"
+#include "testing/linkrig.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <cmath>
 #include <utility>

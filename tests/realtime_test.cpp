@@ -1,5 +1,8 @@
 #include "acquire/sample.h"
-#include "tests/liverig.h"
+#include "testing/liverig.h"
+
+#include <QTemporaryDir>
+#include <QTest>
 
 using namespace px40;
 
@@ -239,8 +242,7 @@ void RealtimeTest::UnpluggedRunGoesOn()
     QVERIFY(rig.PassSeconds(3));
     QCOMPARE(RunText(rig.progress),
              u"Connection lost; retrying.  1New: 00:00:05 elapsed, 5 rows, 2 error rows."_qs);
-    const QTemporaryDir elsewhere; // another device that comes up is left alone
-    const sim::PtyServer other(Named(LinkRig::Unpaced(), elsewhere));
+    const InstrumentRig other(LinkRig::Unpaced()); // another device that comes up is left alone
     QVERIFY(rig.PassSeconds(1));
     QVERIFY(!rig.progress.portOpen);
     rig.server.PlugIn();

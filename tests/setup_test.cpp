@@ -3,6 +3,7 @@
 #include "tests/dialogrig.h"
 
 #include <QRadioButton>
+#include <QTest>
 
 #include <utility>
 

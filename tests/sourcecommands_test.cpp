@@ -1,6 +1,8 @@
 #include "source/numberformat.h"
 #include "tests/sourcerig.h"
 
+#include <QTest>
+
 using namespace px40;
 
 class SourceCommandsTest : public QObject

@@ -2,7 +2,7 @@
 
 #include "acquire/status.h"
 #include "source/sourcecommands.h"
-#include "tests/support.h"
+#include "testing/linkrig.h"
 
 namespace px40 {
 

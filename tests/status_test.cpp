@@ -5,11 +5,13 @@
 #include "link/rangelists.h"
 #include "simulator/statusfile.h"
 #include "source/sourcedisplay.h"
-#include "tests/support.h"
+#include "testing/files.h"
+#include "testing/linkrig.h"
 
 #include <QDir>
 #include <QMap>
 #include <QRegularExpression>
+#include <QTest>
 #include <QVariant>
 
 using namespace px40;

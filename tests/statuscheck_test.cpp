@@ -1,4 +1,6 @@
-#include "tests/liverig.h"
+#include "testing/liverig.h"
+
+#include <QTest>
 
 using namespace px40;
 

@@ -1,6 +1,6 @@
 #include "document/datatable.h"
 #include "document/tablecopy.h"
-#include "tests/support.h"
+#include "testing/files.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -8,6 +8,8 @@
 #include <QMimeData>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <tuple>
 

@@ -2,16 +2,19 @@
 #include "platform/geometry.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
-#include "tests/program.h"
+#include "testing/program.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMenu>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
+#include <QTest>
 #include <QToolBar>
 
 using namespace px40;
@@ -112,7 +115,7 @@ void WindowTest::DownloadCanBeCancelled()
     ScriptedPrompts prompts;
     Program program(prompts);
     program.StartUp();
-    SetFault(program.server, "silent-from=10");
+    program.Fault("silent-from=10");
     StartDownload(program, prompts, "mnuDataMemory");
     QTRY_VERIFY(program.server.CommandCount() >= 10);
     auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
@@ -125,14 +128,14 @@ void WindowTest::DownloadCanBeCancelled()
     QCOMPARE(prompts.warnings, QStringList(QString()));
     QVERIFY(!program.Cancel()->isVisible());
 
-    SetFault(program.server, "none");
+    program.Fault("none");
     StartDownload(program, prompts); // the dialog is whole again
     QVERIFY(button->isEnabled());
     QCOMPARE(program.Cancel()->findChild<QProgressBar *>(QStringLiteral("pbNow"))->value(), 0);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(program.DataWindows().last()->Data()->GetDatacount(), 50);
 
-    SetFault(program.server, "silent"); // there is nothing to cancel after a time-out
+    program.Fault("silent"); // there is nothing to cancel after a time-out
     const auto sent = program.server.CommandCount();
     StartDownload(program, prompts);
     QVERIFY(button->isEnabled());
@@ -175,7 +178,7 @@ void WindowTest::UnplugHalfWayIsTold()
     ScriptedPrompts prompts;
     Program program(prompts);
     program.StartUp();
-    SetFault(program.server, "hang-up=12");
+    program.Fault("hang-up=12");
     StartDownload(program, prompts);
     QVERIFY(program.NoJobLeft());
     QCOMPARE(prompts.warnings, QStringList(Text(Str::PortLost)));

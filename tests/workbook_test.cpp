@@ -1,9 +1,9 @@
 #include "forward/bookfailuretext.h"
-#include "tests/bookrig.h"
-#include "tests/support.h"
+#include "testing/books.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <pugixml.hpp>

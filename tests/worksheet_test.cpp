@@ -2,8 +2,8 @@
 #include "forward/datasetsource.h"
 #include "forward/sheetlayout.h"
 #include "link/linkstate.h"
-#include "tests/bookrig.h"
-#include "tests/support.h"
+#include "testing/books.h"
+#include "testing/files.h"
 
 #include <QFile>
 #include <QProcess>

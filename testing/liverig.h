@@ -7,8 +7,8 @@
 #include "document/dataset.h"
 #include "document/rowforward.h"
 #include "link/rangelists.h"
-#include "tests/heldclock.h"
-#include "tests/support.h"
+#include "testing/heldclock.h"
+#include "testing/linkrig.h"
 
 #include <memory>
 #include <stdexcept>

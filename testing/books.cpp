@@ -1,13 +1,12 @@
-#include "tests/bookrig.h"
+#include "testing/books.h"
 
 #include "forward/bookfailuretext.h"
-#include "tests/support.h"
+#include "testing/wait.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QTest>
 
 #include <zip.h>
 
@@ -43,8 +42,7 @@ BookParts Changed(BookParts parts, const QByteArray &name, const QByteArray &bef
         found = found || text.contains(before);
         text.replace(before, after);
     }
-    if (!found)
-        qFatal("The sample has no %s", before.constData());
+    Require(found, QStringLiteral("The sample has no ") + QString::fromUtf8(before));
     return parts;
 }
 
@@ -100,7 +98,7 @@ BookParts BookLike(const QByteArray &guise)
 BookRig::BookRig(const BookParts &parts, const QString &fileName) : name(folder.filePath(fileName))
 {
     zip_t *archive = zip_open(QFile::encodeName(name).constData(), ZIP_CREATE, nullptr);
-    QVERIFY(archive);
+    Require(archive, name + QStringLiteral(" cannot be made."));
     for (const auto &[part, text] : parts) {
         zip_source_t *source =
             zip_source_buffer(archive, text.constData(), static_cast<zip_uint64_t>(text.size()), 0);
@@ -109,7 +107,7 @@ BookRig::BookRig(const BookParts &parts, const QString &fileName) : name(folder.
         zip_file_set_mtime(archive, at, longAgo, 0);
         zip_set_file_compression(archive, at, at % 2 ? ZIP_CM_STORE : ZIP_CM_DEFLATE, 9);
     }
-    QCOMPARE(zip_close(archive), 0);
+    Require(zip_close(archive) == 0, name + QStringLiteral(" cannot be written."));
 }
 
 QStringList BookRig::Neighbours() const
@@ -157,7 +155,8 @@ QStringList SheetNames(const QString &workbook)
 
 void Load(pugi::xml_document &document, const QByteArray &text)
 {
-    QVERIFY2(document.load_buffer(text.constData(), static_cast<std::size_t>(text.size())), text.constData());
+    const bool loaded = document.load_buffer(text.constData(), static_cast<std::size_t>(text.size()));
+    Require(loaded, QStringLiteral("Not XML: ") + QString::fromUtf8(text));
 }
 
 Sheet SampleSheet(const QString &title, int rows)
@@ -192,12 +191,6 @@ QString Why(const BookResult<> &result)
 QString Why(BookProblem problem, const QString &detail)
 {
     return BookFailureText({problem, detail});
-}
-
-bool Put(const QString &name, const QByteArray &bytes)
-{
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 } // namespace px40

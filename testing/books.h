@@ -1,5 +1,6 @@
 #pragma once
 
+#include "testing/files.h"
 #include "xlsx/workbook.h"
 
 #include <QByteArray>
@@ -45,7 +46,7 @@ QMap<QByteArray, EntryState> ReadPackage(const QString &file, bool strict = true
 /// The sheets of a workbook, in their order.
 QStringList SheetNames(const QString &workbook);
 
-/// The test has failed if it is no XML.
+/// Throws RigError if it is no XML.
 void Load(pugi::xml_document &document, const QByteArray &text);
 
 /// A sheet of so many rows with a chart.
@@ -58,8 +59,6 @@ QString AddTo(const QString &workbook, const QString &title);
 /// Why that is; of a result that is good nothing.
 QString Why(const BookResult<> &result);
 QString Why(BookProblem problem, const QString &detail = {});
-
-bool Put(const QString &name, const QByteArray &bytes);
 
 /// A workbook in a folder of its own.
 struct BookRig

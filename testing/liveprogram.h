@@ -2,8 +2,10 @@
 
 #include "acquire/frmmoniter.h"
 #include "source/frmsource.h"
-#include "tests/heldclock.h"
-#include "tests/program.h"
+#include "testing/heldclock.h"
+#include "testing/program.h"
+
+#include <QLabel>
 
 namespace px40 {
 
@@ -19,7 +21,7 @@ struct LiveProgram : LiveParts, Program
     LiveProgram() : Program(prompts, LinkRig::Unpaced(), &clock)
     {
         StartUp();
-        QVERIFY(Check());
+        Require(Check(), u"The first status check does not end."_qs);
     }
 
     bool Check() const

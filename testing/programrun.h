@@ -1,8 +1,10 @@
 #pragma once
 
-#include "tests/support.h"
+#include "testing/wait.h"
 
+#include <QCoreApplication>
 #include <QProcess>
+#include <QTemporaryDir>
 
 namespace px40 {
 

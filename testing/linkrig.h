@@ -1,0 +1,66 @@
+#pragma once
+
+#include "link/comm.h"
+#include "link/linkgate.h"
+#include "link/linkstate.h"
+#include "platform/jobs.h"
+#include "platform/portmap.h"
+#include "platform/userstore.h"
+#include "simulator/ptyserver.h"
+#include "testing/prompts.h"
+#include "testing/wait.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace px40 {
+
+/// The program's link to a device; what is kept for the user lies in that file.
+struct PortRig
+{
+    PortRig(const QString &device, const QString &userFile, int replyTimeoutMs = Comm::DefaultReplyTimeoutMs);
+    PortRig(const PortRig &) = delete;
+    PortRig &operator=(const PortRig &) = delete;
+
+    /// Throws RigError when the port does not open.
+    void Open();
+
+    ScriptedPrompts prompts;
+    UserStore store;
+    PortMap ports;
+    LinkState state;
+    LinkGate gate{state};
+    Jobs jobs;
+    Comm comm;
+};
+
+/// The simulated instrument at the other end of a pseudo-terminal, with a folder of its own.
+struct InstrumentRig
+{
+    explicit InstrumentRig(sim::ServerOptions options);
+
+    /// A line on which nothing takes its time.
+    static sim::ServerOptions Unpaced();
+    /// A name that stays when the instrument is unplugged and plugged in again.
+    QString Device() const { return folder.filePath(QStringLiteral("px40")); }
+    /// Sets one fault of the instrument by its name; it counts the commands from now on.
+    void Fault(const char *text);
+    /// All commands that have come.
+    QStringList Commands() const;
+    /// What the instrument answers to a command that changes nothing.
+    QString Expected(const QString &command);
+
+    QTemporaryDir folder;
+    sim::PtyServer server;
+};
+
+/// The link on a real pseudo-terminal, at whose other end stands the simulated instrument.
+struct LinkRig : InstrumentRig, PortRig
+{
+    /// Short enough for a test of silent attempts, long enough for a loaded machine to answer in.
+    static constexpr int ReplyTimeoutMs = 150;
+
+    explicit LinkRig(sim::ServerOptions options = Unpaced(), int replyTimeoutMs = ReplyTimeoutMs);
+};
+
+} // namespace px40

@@ -1,0 +1,62 @@
+#include "testing/program.h"
+
+#include "app/startup.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+namespace px40 {
+
+Program::Program(Prompts &prompts, sim::ServerOptions options, const Clock *clock, Port port,
+                 int replyTimeoutMs)
+    : InstrumentRig(std::move(options)),
+      services(UserStore::InFile(folder.filePath(QStringLiteral("user.ini"))), PathsIn(folder.path()),
+               prompts, replyTimeoutMs, clock)
+{
+    services.simulated = port == Port::Simulated;
+    if (port != Port::Unassigned)
+        services.ports.Fix(PortMap::First, Device());
+    window = std::make_unique<frmMain>(services);
+    QObject::connect(window.get(), &frmMain::left, window.get(), [this] { hasLeft = true; });
+}
+
+Program::~Program()
+{
+    // The way out is the user's, so that nothing waits when the window goes.
+    services.state.LinkActivity = ActivityIdle;
+    services.state.RealtimeRun = false;
+    for (frmData *const data : DataWindows())
+        data->Data()->MarkSaved();
+    window->close();
+    QTRY_VERIFY(hasLeft);
+}
+
+void Program::StartUp(bool splash)
+{
+    services.jobs.Launch(RunStartup(&services, window.get(), splash), "start-up");
+    Await([this] { return services.comm.IsOpen(); }, QStringLiteral("The program does not start."));
+    Require(NoJobLeft(), QStringLiteral("The start of the program does not end."));
+}
+
+QString Program::Message() const
+{
+    return Find<QLabel>("Msg")->text();
+}
+
+void StartDownload(const Program &program, ScriptedPrompts &prompts, const char *action)
+{
+    prompts.answers = {Answer::No};
+    program.Action(action)->trigger();
+    Await([&] { return prompts.answers.empty() && program.Cancel()->isVisible(); },
+          QStringLiteral("The download does not begin."));
+}
+
+void Press(QWidget *parent, const char *button)
+{
+    auto *const widget = parent->findChild<QPushButton *>(QString::fromLatin1(button));
+    Require(widget, QStringLiteral("There is no such button."));
+    QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+} // namespace px40

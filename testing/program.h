@@ -1,0 +1,58 @@
+#pragma once
+
+#include "app/frmmain.h"
+#include "app/services.h"
+#include "document/frmdata.h"
+#include "testing/linkrig.h"
+
+#include <QAction>
+#include <QDialog>
+
+#include <memory>
+
+namespace px40 {
+
+/// The whole program but for `main`, on a simulated instrument of which the test holds the other end. When
+/// this goes the program is left, and lets unsaved readings go without a question.
+struct Program : InstrumentRig
+{
+    static constexpr int ReplyTimeoutMs = 200;
+
+    /// What stands behind port 1.
+    enum class Port { Assigned, Unassigned, Simulated };
+
+    explicit Program(Prompts &prompts, sim::ServerOptions options = Unpaced(), const Clock *clock = nullptr,
+                     Port port = Port::Assigned, int replyTimeoutMs = ReplyTimeoutMs);
+    ~Program();
+
+    /// Starts the program; throws RigError when the port does not open.
+    void StartUp(bool splash = false);
+
+    bool NoJobLeft() const
+    {
+        return WaitUntil([this] { return services.jobs.Running() == 0; });
+    }
+
+    /// The widget or action of that name; null when there is none.
+    template <typename T = QWidget>
+    T *Find(const char *name) const
+    {
+        return window->findChild<T *>(QString::fromLatin1(name));
+    }
+
+    QAction *Action(const char *name) const { return Find<QAction>(name); }
+    QDialog *Cancel() const { return Find<QDialog>("frmCancel"); }
+    QString Message() const;
+    QList<frmData *> DataWindows() const { return window->findChildren<frmData *>(); }
+
+    Services services;
+    std::unique_ptr<frmMain> window;
+    bool hasLeft = false;
+};
+
+/// Asks for the stored readings, not to be forwarded, and waits for the progress dialog.
+void StartDownload(const Program &program, ScriptedPrompts &prompts, const char *action = "Mdata");
+
+void Press(QWidget *parent, const char *button);
+
+} // namespace px40
