@@ -132,8 +132,7 @@ class SourceRig
     bool Open()
     {
         port_.state.StatusPolled = true;
-        if (!port_.Open())
-            return false;
+        port_.Open();
         window_ =
             std::make_unique<frmSource>(SourceServices{&port_.state, &port_.store, &ranges_, &commands_});
         window_->setAttribute(Qt::WA_DeleteOnClose, false);
@@ -199,14 +198,7 @@ class SourceRig
     /// False when a command is still under way after all the time that it may take.
     bool AwaitIdle() const
     {
-        bool late = false;
-        QTimer timer;
-        timer.setSingleShot(true);
-        QObject::connect(&timer, &QTimer::timeout, [&late] { late = true; });
-        timer.start(LongestMs);
-        while (!late && (jobs_.Running() > 0 || commands_.IsWaiting()))
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return !late;
+        return WaitUntil([this] { return port_.jobs.Running() == 0 && !commands_.IsWaiting(); }, LongestMs);
     }
 
     static void Pause(int ms)
@@ -217,11 +209,11 @@ class SourceRig
     }
 
     Instrument instrument_;
-    PortRig port_{instrument_.Path()};
-    Jobs jobs_;
+    QTemporaryDir folder_;
+    PortRig port_{QString::fromStdString(instrument_.Path()), folder_.filePath(QStringLiteral("user.ini"))};
     InstrumentState status_;
     RangeLists ranges_ = BuildRangeLists();
-    SourceCommands commands_{port_.state, port_.gate, port_.comm, jobs_, status_};
+    SourceCommands commands_{port_.state, port_.gate, port_.comm, port_.jobs, status_};
     std::unique_ptr<frmSource> window_;
     std::unique_ptr<PaintCount> paints_;
     QAbstractButton *button_ = nullptr;

@@ -3,11 +3,8 @@
 
 #include "bench/liverig.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 #include <QLabel>
-#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -92,19 +89,6 @@ TimedApplication *Application()
     return static_cast<TimedApplication *>(QCoreApplication::instance());
 }
 
-/// False when it is not painted in time.
-bool AwaitPaint(int paintsBefore)
-{
-    bool late = false;
-    QTimer timer;
-    timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, [&late] { late = true; });
-    timer.start(LongestPaintMs);
-    while (!late && Application()->paints == paintsBefore)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return !late;
-}
-
 /// Adds the milliseconds of so many readings; one that is the same as the one before is not painted and does
 /// not count. False when a reading did not come or was not painted.
 bool Follow(LiveRig *rig, const ReplyEnd &reply, std::size_t readings, std::vector<double> *times)
@@ -117,7 +101,8 @@ bool Follow(LiveRig *rig, const ReplyEnd &reply, std::size_t readings, std::vect
         const int repliesBefore = reply.Count();
         const bool checked = rig->Check();
         const bool changed = label->text() != textBefore;
-        if (!checked || (changed && !AwaitPaint(paintsBefore)))
+        if (!checked ||
+            (changed && !WaitUntil([&] { return Application()->paints != paintsBefore; }, LongestPaintMs)))
             return false;
         while (reply.Count() == repliesBefore)
             std::this_thread::yield(); // it has been written, but its thread may not have noted it yet
@@ -138,10 +123,6 @@ void Display(benchmark::State &state, bool paced, std::size_t readings)
     options.line.paced = paced;
     options.observer = reply.Observer();
     LiveRig rig(options);
-    if (!rig.link.Open()) {
-        state.SkipWithError("the port did not open");
-        return;
-    }
     rig.ShowWindows();
     Application()->watched = rig.Reading();
     for ([[maybe_unused]] auto iteration : state) {

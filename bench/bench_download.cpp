@@ -39,13 +39,12 @@ std::optional<double> TimedDownload(NeededTime *needed)
     options.observer = [needed](std::string_view command, std::string_view sent) {
         needed->Count(command, sent);
     };
-    LinkRig rig(options);
-    if (!rig.Open())
-        return std::nullopt;
+    LinkRig rig(options, Comm::DefaultReplyTimeoutMs);
+    rig.Open();
     DocumentShared shared;
     const auto data = std::make_shared<DataSet>(rig.state, shared);
     data->OpenNew(KindMemory);
-    NoProgress progress;
+    RecordedProgress progress;
     StoredData stored(rig.state, rig.gate, rig.comm, rig.prompts, progress);
 
     const Clock::time_point begin = Clock::now();

@@ -36,18 +36,11 @@ double ProcessorMicroseconds()
     return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) * 1e-3;
 }
 
-sim::ServerOptions Unpaced()
-{
-    sim::ServerOptions options;
-    options.line.paced = false;
-    return options;
-}
-
 /// A run under way.
 class Acquisition
 {
   public:
-    explicit Acquisition(Shown shown) : rig_(Unpaced())
+    explicit Acquisition(Shown shown) : rig_(LiveRig::Unpaced())
     {
         if (shown == Shown::Yes) {
             rig_.set.Show();
@@ -58,10 +51,8 @@ class Acquisition
 
     bool Start()
     {
-        if (!rig_.link.Open())
-            return false;
         rig_.Start();
-        return rig_.link.state.RealtimeRun;
+        return rig_.state.RealtimeRun;
     }
 
     /// False when there was a second without a row or without the painting of graph or reading.
@@ -77,7 +68,7 @@ class Acquisition
                 times->elapsed.push_back(Elapsed<std::micro>(begin));
                 times->processor.push_back(ProcessorMicroseconds() - processorBegin);
             }
-            if (!runs || rig_.set.data->GetDatacount() != rowsBefore + 1 || rig_.ErrorRows() > 0)
+            if (!runs || rig_.set.data->GetDatacount() != rowsBefore + 1 || rig_.progress.errorRows > 0)
                 return false;
             if (paints_ && paints_->Count() == paintsBefore)
                 return false;

@@ -3,21 +3,19 @@
 // windows stand still meanwhile. The files lie in the folder for temporary files: TMPDIR=DIR chooses another
 // disk.
 
-#include "app/frmmain.h"
 #include "app/maincommands.h"
-#include "app/services.h"
 #include "bench/sheetrig.h"
 #include "bench/windowrig.h"
 #include "forward/datasetsource.h"
 #include "forward/frmforward.h"
 #include "platform/files.h"
+#include "testing/program.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -147,15 +145,6 @@ void Add(benchmark::State &state)
     state.SetLabel("aim: ratio 3");
 }
 
-/// Names the file of a new workbook.
-class NamingPrompts : public LoggedPrompts
-{
-  public:
-    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return name; }
-
-    QString name;
-};
-
 /// How long it takes, again and again, until the event loop comes round to a timer of one millisecond.
 class Gaps : public QTimer
 {
@@ -182,71 +171,52 @@ class Gaps : public QTimer
     Clock::time_point last_;
 };
 
+struct Answers
+{
+    ScriptedPrompts prompts;
+};
+
 /// The program with a data window, on the way that its user takes.
-class ProgramRig
+class ProgramRig : Answers, public Program
 {
   public:
-    ProgramRig()
-        : services_(UserStore::InFile(Name("user.ini")), PathsIn(folder_.path()), prompts_),
-          window_(services_)
+    ProgramRig() : Program(prompts)
     {
-        services_.store.Save(QStringLiteral("Forward"), QStringLiteral("OpenAfter"), QStringLiteral("0"));
-        window_.resize(1000, 700);
-        window_.show();
-        data_ = window_.Commands().AddDataSet(KindRealtime);
-        AddReadings(data_.get(), WindowRows);
+        services.store.Save(QStringLiteral("Forward"), QStringLiteral("OpenAfter"), QStringLiteral("0"));
+        window->resize(1000, 700);
+        window->show();
+        AddReadings(window->Commands().AddDataSet(KindRealtime).get(), WindowRows);
         Settle();
     }
-    ~ProgramRig()
-    {
-        data_->MarkSaved();
-        bool left = false;
-        QObject::connect(&window_, &frmMain::left, &window_, [&left] { left = true; });
-        window_.close();
-        while (!left)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    ProgramRig(const ProgramRig &) = delete;
-    ProgramRig &operator=(const ProgramRig &) = delete;
-
-    QString Name(const char *name) const { return folder_.filePath(QString::fromLatin1(name)); }
 
     /// From the click on OK of the forward dialog until it has been told how it went. False when that is not
     /// well.
     bool Forward(const QString &name, Book book, Gaps *gaps)
     {
-        services_.statusLine.Show(QString());
-        window_.Run(Command::FileForward);
-        auto *const dialog = window_.findChild<frmForward *>();
+        services.statusLine.Show(QString());
+        window->Run(Command::FileForward);
+        auto *const dialog = window->findChild<frmForward *>();
         dialog->findChild<QLineEdit *>(QStringLiteral("tbFile"))->setText(name);
         dialog->findChild<QLineEdit *>(QStringLiteral("tbTitle"))->setText(SheetTitle());
         if (book == Book::New)
             dialog->findChild<QRadioButton *>(QStringLiteral("obNew"))->setChecked(true);
-        prompts_.name = name;
+        prompts.files = {name};
         Settle();
         gaps->Begin();
         dialog->findChild<QPushButton *>(QStringLiteral("btOk"))->click();
-        while (services_.jobs.Running() > 0)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        NoJobLeft();
         Settle();
         gaps->Note();
         gaps->stop();
-        return !window_.findChild<QLabel *>(QStringLiteral("Msg"))->text().isEmpty();
+        return !Message().isEmpty();
     }
-
-  private:
-    QTemporaryDir folder_;
-    NamingPrompts prompts_;
-    Services services_;
-    frmMain window_;
-    Set data_;
 };
 
 /// The longest time for which the windows stand still while 100,000 rows are forwarded.
 void Pauses(benchmark::State &state, Book book)
 {
     ProgramRig rig;
-    const QString name = rig.Name("book.xlsx");
+    const QString name = rig.folder.filePath(QStringLiteral("book.xlsx"));
     bool good = book == Book::New || MakeLargeBook(name);
     for ([[maybe_unused]] auto iteration : state) {
         Gaps gaps;

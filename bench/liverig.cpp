@@ -11,11 +11,8 @@
 namespace px40::bench {
 
 LiveRig::LiveRig(sim::ServerOptions options)
-    : link(std::move(options)),
-      check_(link.state, link.gate, link.comm, link.prompts, instrument_, ranges_, checkTimer_, *this),
-      realtime_({link.state, link.gate, link.comm, link.prompts, set.jobs, clock_, instrument_, tmRealtime_,
-                 *this}),
-      sourceCommands_(link.state, link.gate, link.comm, set.jobs, instrument_)
+    : px40::LiveRig(Comm::DefaultReplyTimeoutMs, std::move(options)),
+      sourceCommands_(state, gate, comm, jobs, instrument)
 {
 }
 
@@ -23,12 +20,11 @@ LiveRig::~LiveRig() = default;
 
 void LiveRig::ShowWindows()
 {
-    const MoniterServices services = {&link.state, &link.gate,  &link.comm,
-                                      &set.jobs,   &link.store, &instrument_};
+    const MoniterServices services = {&state, &gate, &comm, &jobs, &store, &instrument};
     moniter_ = std::make_unique<frmMoniter>(services);
     moniter_->show();
-    instrument_.Status.SourceMode = 5; // in which the opening of the window sends nothing
-    const SourceServices sourceServices = {&link.state, &link.store, &ranges_, &sourceCommands_};
+    instrument.Status.SourceMode = 5; // in which the opening of the window sends nothing
+    const SourceServices sourceServices = {&state, &store, &ranges, &sourceCommands_};
     source_ = std::make_unique<frmSource>(sourceServices);
     source_->show();
     Settle();
@@ -39,11 +35,6 @@ QLabel *LiveRig::Reading() const
     return moniter_->findChild<QLabel *>(QStringLiteral("llValue"));
 }
 
-bool LiveRig::Check()
-{
-    return Finish(check_.CheckStatus());
-}
-
 void LiveRig::Start()
 {
     const QString none = QStringLiteral("00");
@@ -51,17 +42,14 @@ void LiveRig::Start()
     set.data->OpenNew(KindRealtime);
     set.data->SetInterval({none, none, none, one});
     set.data->SetPeriod(false, {one, none, none, none});
-    set.jobs.Launch(realtime_.StartRealtime(set.data, false), "start");
-    FinishJobs();
+    px40::LiveRig::Start(set.data);
 }
 
 bool LiveRig::PassSecond()
 {
-    clock_.Advance(1000);
-    Q_EMIT tmRealtime_.tick();
-    FinishJobs();
+    Pass(1000);
     QCoreApplication::processEvents(); // what is still to be painted
-    return link.state.RealtimeRun;
+    return state.RealtimeRun;
 }
 
 void LiveRig::ShowMeasure(const MeasureDisplay &display)
@@ -71,18 +59,7 @@ void LiveRig::ShowMeasure(const MeasureDisplay &display)
 
 void LiveRig::ShowSourceStatus(const InstrumentStatus &status)
 {
-    source_->Show(ShowSource(status, ranges_, false));
-}
-
-QCoro::Task<void> LiveRig::ShowStored()
-{
-    co_await check_.CheckStatus();
-}
-
-void LiveRig::FinishJobs() const
-{
-    while (set.jobs.Running() > 0)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    source_->Show(ShowSource(status, ranges, false));
 }
 
 } // namespace px40::bench

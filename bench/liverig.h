@@ -1,13 +1,8 @@
 #pragma once
 
-#include "acquire/realtime.h"
-#include "acquire/status.h"
-#include "acquire/statuscheck.h"
 #include "bench/windowrig.h"
-#include "link/rangelists.h"
-#include "platform/clock.h"
-#include "platform/timer.h"
 #include "source/sourcecommands.h"
+#include "testing/liverig.h"
 
 #include <memory>
 
@@ -20,20 +15,8 @@ class frmSource;
 
 namespace px40::bench {
 
-/// Goes on only where the benchmark says so.
-class SteppedClock : public Clock
-{
-  public:
-    qint64 UtcMs() const override { return utcMs_; }
-    qint64 MonotonicMs() const override { return utcMs_; }
-    void Advance(qint64 ms) { utcMs_ += ms; }
-
-  private:
-    qint64 utcMs_ = 1'900'000'000'300;
-};
-
-/// Status check and real-time receive on the simulated instrument, with or without their windows.
-class LiveRig : private StatusViews, private RealtimeViews
+/// Status check and real-time receive with or without their windows, of which nothing is kept that is shown.
+class LiveRig : public px40::LiveRig
 {
   public:
     explicit LiveRig(sim::ServerOptions options);
@@ -45,10 +28,6 @@ class LiveRig : private StatusViews, private RealtimeViews
     /// The reading in the MEASURE window, which must have been opened.
     QLabel *Reading() const;
 
-    /// One status check, from the first command until it has been handed to the windows, but not yet
-    /// painted. False when the instrument did not answer.
-    bool Check();
-
     /// Starts a run of one row a second into the data set, with a period of a day.
     void Start();
 
@@ -56,32 +35,14 @@ class LiveRig : private StatusViews, private RealtimeViews
     /// when the run has ended.
     bool PassSecond();
 
-    /// Rows of the run in which there is no reading.
-    int ErrorRows() const { return progress_.errorRows; }
-
-    LinkRig link;
     SetRig set;
 
   private:
     void ShowMeasure(const MeasureDisplay &display) override;
     void ShowSourceStatus(const InstrumentStatus &status) override;
     void EnableMainCommands(bool) override {}
-    void RunChanged() override {}
-    void ShowRun(const RunProgress &progress) override { progress_ = progress; }
-    void StatusStored() override { set.jobs.Launch(ShowStored(), "showing a sample"); }
     void SetData(const QString &) override {}
 
-    QCoro::Task<void> ShowStored();
-    void FinishJobs() const;
-
-    SteppedClock clock_;
-    Timer checkTimer_{0, false};
-    Timer tmRealtime_{0, false}; // ticks only by hand
-    RangeLists ranges_ = BuildRangeLists();
-    InstrumentState instrument_;
-    RunProgress progress_;
-    StatusCheck check_;
-    Realtime realtime_;
     SourceCommands sourceCommands_;
     std::unique_ptr<frmMoniter> moniter_;
     std::unique_ptr<frmSource> source_;

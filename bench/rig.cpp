@@ -1,48 +1,10 @@
 #include "bench/rig.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace px40::bench {
-
-QCoro::Task<void> LoggedPrompts::Warn(QString text)
-{
-    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    co_return;
-}
-
-QCoro::Task<Answer> LoggedPrompts::AskYesNoCancel(QString text, PromptIcon)
-{
-    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    co_return Answer::No;
-}
-
-QCoro::Task<int> LoggedPrompts::AskOneOf(QString text, QStringList choices)
-{
-    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    co_return static_cast<int>(choices.size()) - 1;
-}
-
-PortRig::PortRig(const std::string &device)
-    : store(UserStore::InFile(folder.filePath(QStringLiteral("user.ini")))), ports(store),
-      comm(state, ports, prompts)
-{
-    ports.Fix(PortMap::First, QString::fromStdString(device));
-}
-
-LinkRig::LinkRig(sim::ServerOptions options)
-    : ServerHolder{sim::PtyServer(std::move(options))}, PortRig(server.DevicePath())
-{
-}
-
-bool PortRig::Open()
-{
-    return Finish(comm.OpenPort());
-}
 
 double Median(std::vector<double> values)
 {

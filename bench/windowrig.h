@@ -6,7 +6,6 @@
 
 #include <QMdiArea>
 
-#include <chrono>
 #include <cstddef>
 #include <memory>
 
@@ -28,7 +27,7 @@ class SetRig
 
     LinkState state;
     DocumentShared shared;
-    LoggedPrompts prompts;
+    ScriptedPrompts prompts;
     Jobs jobs;
     std::shared_ptr<DataSet> data;
 
@@ -56,11 +55,5 @@ void Settle();
 
 /// Memory of this process that is in use; what has been freed is given back first.
 std::size_t ResidentBytes();
-
-template <typename Unit>
-double Elapsed(std::chrono::steady_clock::time_point begin)
-{
-    return std::chrono::duration<double, Unit>(std::chrono::steady_clock::now() - begin).count();
-}
 
 } // namespace px40::bench

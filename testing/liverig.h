@@ -49,8 +49,8 @@ class RecordedForward : public RowForward
 /// Status check and real-time receive on the simulated instrument, without windows. The port is open.
 struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
 {
-    explicit LiveRig(int replyTimeoutMs = ReplyTimeoutMs)
-        : LinkRig(Unpaced(), replyTimeoutMs),
+    explicit LiveRig(int replyTimeoutMs = ReplyTimeoutMs, sim::ServerOptions options = Unpaced())
+        : LinkRig(std::move(options), replyTimeoutMs),
           check(state, gate, comm, prompts, instrument, ranges, checkTimer, *this),
           realtime({state, gate, comm, prompts, jobs, clock, instrument, tmRealtime, *this})
     {

@@ -3,6 +3,7 @@
 #include "app/startup.h"
 
 #include <QLabel>
+#include <QMdiArea>
 #include <QPushButton>
 #include <QTest>
 
@@ -32,11 +33,25 @@ Program::~Program()
     QTRY_VERIFY(hasLeft);
 }
 
-void Program::StartUp(bool splash)
+void Program::Begin(bool splash)
 {
     services.jobs.Launch(RunStartup(&services, window.get(), splash), "start-up");
+}
+
+void Program::StartUp()
+{
+    Begin(false);
     Await([this] { return services.comm.IsOpen(); }, QStringLiteral("The program does not start."));
     Require(NoJobLeft(), QStringLiteral("The start of the program does not end."));
+}
+
+QList<frmData *> Program::DataWindows() const
+{
+    QList<frmData *> windows;
+    const auto all = Find<QMdiArea>("workspace")->subWindowList(QMdiArea::CreationOrder);
+    for (QMdiSubWindow *const one : all)
+        windows << qobject_cast<frmData *>(one);
+    return windows;
 }
 
 QString Program::Message() const

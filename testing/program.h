@@ -25,8 +25,9 @@ struct Program : InstrumentRig
                      Port port = Port::Assigned, int replyTimeoutMs = ReplyTimeoutMs);
     ~Program();
 
+    void Begin(bool splash);
     /// Starts the program; throws RigError when the port does not open.
-    void StartUp(bool splash = false);
+    void StartUp();
 
     bool NoJobLeft() const
     {
@@ -43,7 +44,8 @@ struct Program : InstrumentRig
     QAction *Action(const char *name) const { return Find<QAction>(name); }
     QDialog *Cancel() const { return Find<QDialog>("frmCancel"); }
     QString Message() const;
-    QList<frmData *> DataWindows() const { return window->findChildren<frmData *>(); }
+    /// In the order in which they were opened.
+    QList<frmData *> DataWindows() const;
 
     Services services;
     std::unique_ptr<frmMain> window;

@@ -1,18 +1,20 @@
 #include "app/maincommands.h"
 #include "app/services.h"
+#include "testing/linkrig.h"
 #include "tests/fakeviews.h"
-#include "tests/support.h"
+
+#include <QTest>
 
 using namespace px40;
 
 namespace {
 
 /// The commands of the main window on a simulated instrument, without the window.
-struct Rig : FakeViews
+struct Rig : InstrumentRig, FakeViews
 {
-    Rig()
+    Rig() : InstrumentRig(Unpaced())
     {
-        services.ports.Fix(1, folder.filePath(u"px40"_qs));
+        services.ports.Fix(1, Device());
         services.comm.SetPortNumber(1);
         connect_ = QObject::connect(&commands, &MainCommands::left, [this] { hasLeft = true; });
     }
@@ -32,8 +34,6 @@ struct Rig : FakeViews
         return WaitUntil([this] { return services.jobs.Running() == 0; });
     }
 
-    QTemporaryDir folder;
-    sim::PtyServer server{Named(LinkRig::Unpaced(), folder)};
     ScriptedPrompts prompts;
     RecordedProgress progress;
     Services services{UserStore::InFile(folder.filePath(u"user.ini"_qs)), PathsIn(folder.path()), prompts};

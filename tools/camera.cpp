@@ -1,6 +1,6 @@
 #include "tools/camera.h"
 
-#include "tools/checks.h"
+#include "testing/wait.h"
 
 #include <QApplication>
 #include <QDir>

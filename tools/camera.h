@@ -16,7 +16,7 @@ class Camera
   public:
     explicit Camera(const QString &folder) : folder_(folder) {}
 
-    /// Writes `name`.png; `windows` from back to front. Throws TourError when that cannot be done.
+    /// Writes `name`.png; `windows` from back to front. Throws RigError when that cannot be done.
     void Take(const QString &name, const QList<QWidget *> &windows);
 
     /// Keeps a picture that the program itself has written as `name`.png.

@@ -1,16 +1,17 @@
 #include "resources/icons.h"
 #include "resources/strings.h"
-#include "tools/tour.h"
+#include "tools/scenes.h"
+#include "tools/stage.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QFile>
 #include <QLoggingCategory>
 #include <QPalette>
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <vector>
 
 namespace {
 
@@ -44,28 +45,6 @@ void UseDarkColours()
     QApplication::setPalette(palette);
 }
 
-/// Leaves out what the display that only lives in memory says about itself, over and over.
-void PrintMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (!message.startsWith("This plugin does not support"_L1))
-        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
-}
-
-/// The display that only lives in memory is small unless told otherwise. Gives it the size of a usual screen.
-void EnlargeOffscreenDisplay(const QTemporaryDir &folder)
-{
-    static constexpr char Variable[] = "QT_QPA_PLATFORM";
-    if (qgetenv(Variable) != "offscreen")
-        return;
-    QFile file(folder.filePath(u"screen.json"_s));
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    file.write(R"({"synchronousWindowSystemEvents": false, "windowFrameMargins": true, "screens": [)"
-               R"({"name": "screen", "x": 0, "y": 0, "width": 1920, "height": 1200,)"
-               R"( "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
-    qputenv(Variable, "offscreen:configfile=" + file.fileName().toLocal8Bit());
-}
-
 /// The user's own folder, for as long as the tour takes: what the file dialogs show is the same everywhere,
 /// and nothing of the person who runs this is seen or touched.
 void MoveHome(const QTemporaryDir &folder)
@@ -77,17 +56,34 @@ void MoveHome(const QTemporaryDir &folder)
         qunsetenv(variable);
 }
 
+using Scene = void (*)(px40::Stage &);
+
+/// One run of the program. False when a scene failed; the others go on.
+bool Show(px40::Camera &camera, px40::Program::Port port, const std::vector<Scene> &scenes)
+{
+    px40::Stage stage(camera, port);
+    bool good = true;
+    for (const Scene scene : scenes) {
+        try {
+            scene(stage);
+        } catch (const px40::RigError &error) {
+            std::fprintf(stderr, "%s\n", error.what());
+            good = false;
+            stage.Settle();
+        }
+    }
+    return good;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     using namespace px40;
 
-    qInstallMessageHandler(PrintMessage);
     QLoggingCategory::setFilterRules(u"px40.*.info=false\npx40.link.warning=false"_s);
     QApplication::setApplicationName(u"px40tour"_s);
     const QTemporaryDir ownFolder;
-    EnlargeOffscreenDisplay(ownFolder);
     MoveHome(ownFolder);
     QApplication::setAttribute(
         Qt::AA_DontUseNativeDialogs); // those of the desktop cannot be worked from here
@@ -95,6 +91,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationDisplayName(Text(Str::ApplicationTitle));
     QApplication::setWindowIcon(ApplicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setCursorFlashTime(0); // no picture may depend on the moment
 
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Opens the windows of the program on a simulated instrument, does "
@@ -117,8 +114,20 @@ int main(int argc, char *argv[])
     if (parser.isSet(dark))
         UseDarkColours();
 
-    Tour tour(folder);
-    const bool good = tour.Run();
-    std::printf("%d pictures in %s\n", tour.Pictures(), qPrintable(folder));
+    Camera camera(folder);
+    bool good = Show(camera, Program::Port::Unassigned, {FirstStart});
+    const std::vector<std::vector<Scene>> runs = {
+        {Main, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving},
+        {StartWithReadings, GraphHover, GraphSetup, GraphZoom, Copies},
+        {StartWithReadings, Files},
+        {StartLive, MeasureStates, MeasureInUse},
+        {StartLive, SourceStates, SourceInUse, SourceValue},
+        {StartLive, Run, RunInGaps},
+        {StartWithReadings, ForwardDownload, ForwardManyRows},
+        {StartLive, ForwardRun, DrawWorkbooks},
+    };
+    for (const std::vector<Scene> &scenes : runs)
+        good = Show(camera, Program::Port::Simulated, scenes) && good;
+    std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
     return good ? 0 : 1;
 }

@@ -1,6 +1,6 @@
 #include "tools/sheetpictures.h"
 
-#include "tools/checks.h"
+#include "testing/wait.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -9,7 +9,7 @@ namespace px40 {
 QString WhyNoSheetPictures();
 
 /// Lets a spreadsheet program draw each sheet of the workbook on one page. PNG files below `folder`, in the
-/// order of the sheets. Throws TourError when that cannot be done. Takes some seconds.
+/// order of the sheets. Throws RigError when that cannot be done. Takes some seconds.
 QStringList DrawSheets(const QString &workbook, const QString &folder);
 
 } // namespace px40

@@ -1,205 +1,152 @@
 #include "tools/stage.h"
 
 #include "acquire/frmmoniter.h"
-#include "app/startup.h"
+#include "document/chart.h"
 #include "document/frmdata.h"
 #include "source/frmsource.h"
 
+#include <QAction>
 #include <QApplication>
-#include <QLabel>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QDir>
+#include <QLineEdit>
 #include <QMdiArea>
-#include <QMessageBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTableView>
 #include <QTest>
+#include <QToolBar>
+#include <QWindow>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace px40 {
 
 namespace {
 
-/// Short, so that three silent attempts do not take long; long enough for a picture to be taken meanwhile.
-constexpr int ReplyTimeoutMs = 500;
+constexpr int HourMs = 3600 * 1000;
+/// Three silent attempts do not take long; an instrument that answers does so much sooner.
+constexpr int ReplyTimeoutMs = 400;
 
-/// Faster than the instrument's line: nobody watches.
-sim::ServerOptions FasterLine(const QString &link)
-{
-    sim::ServerOptions options;
-    options.line.baud = 38400;
-    options.link = link.toStdString();
-    return options;
-}
-
-/// The window of that kind that is open; another one may be about to go.
+/// The top-level window of that kind and object name that is open; another one may be about to go.
 template <typename Window>
-Window *OpenOne(const QObject *parent)
+Window *OpenOne(const char *name = nullptr)
 {
-    const QList<Window *> all = parent->findChildren<Window *>();
-    for (Window *const one : all) {
-        if (one->isVisible())
-            return one;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *const one : windows) {
+        auto *const window = qobject_cast<Window *>(one);
+        if (window && window->isVisible() && (!name || window->objectName() == QLatin1StringView(name)))
+            return window;
     }
     return nullptr;
 }
 
 } // namespace
 
-Stage::Stage(Instrument instrument)
-    : server(FasterLine(DemoLink())), services(UserStore::InFile(folder.filePath(QStringLiteral("user.ini"))),
-                                               PathsIn(folder.path()), prompts, ReplyTimeoutMs)
+Desktop::Desktop()
 {
-    if (instrument == Instrument::Demo) {
-        services.simulated = true;
-        services.ports.Fix(PortMap::First, DemoLink());
-    }
-    window = std::make_unique<frmMain>(services);
-    QObject::connect(window.get(), &frmMain::left, window.get(), [this] { left_ = true; });
+    QDesktopServices::setUrlHandler(u"file"_s, this, "Show");
+}
+
+Desktop::~Desktop()
+{
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+}
+
+Stage::Stage(Camera &camera, Port port)
+    : Program(prompts, Unpaced(), &clock, port, ReplyTimeoutMs), camera_(&camera)
+{
 }
 
 Stage::~Stage()
 {
-    if (!left_) {
-        Settle();
-        const QList<frmData *> all = DataWindows();
-        for (frmData *const data : all)
-            data->Data()->MarkSaved();
-        window->close();
-        AwaitIfPossible([this] { return left_; });
-    }
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    Settle();
 }
 
-void Stage::KeepSourcePlace(const QPoint &place)
+QString Stage::Document(const QString &name)
 {
-    static constexpr int TwipsPerPixel = 15;
-    const auto keep = [this](const char16_t *key, int pixels) {
-        services.store.Save(QStringLiteral("Settings"), QString::fromUtf16(key),
-                            QString::number(pixels * TwipsPerPixel));
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).filePath(name);
+}
+
+void Stage::HoldTimers()
+{
+    for (Timer *const timer : {&window->tmCheckStat, window->findChild<Timer *>(u"tmFade"_s)}) {
+        if (timer->Interval() != 0 && timer->Interval() != HourMs)
+            timer->SetInterval(HourMs);
+    }
+}
+
+void Stage::Wait(const std::function<bool()> &done, const QString &sentence)
+{
+    const auto held = [&] {
+        HoldTimers();
+        return done();
     };
-    keep(u"SourceLeft", place.x());
-    keep(u"SourceTop", place.y());
+    Await(held, sentence);
 }
 
-void Stage::Start(bool splash)
+void Stage::Idle()
 {
-    services.jobs.Launch(RunStartup(&services, window.get(), splash), "start-up");
+    Wait([this] { return services.jobs.Running() == 0; }, u"The procedure under way did not end."_s);
 }
 
-void Stage::SetFault(const QString &fault)
+void Stage::BeginSecond()
 {
-    sim::Faults faults;
-    std::string error;
-    Require(sim::ApplyFault(fault.toStdString(), faults, &error), QString::fromStdString(error));
-    server.SetFaults(faults);
+    HoldTimers();
+    clock.Advance(1000);
+    if (window->tmCheckStat.Enabled() && window->tmCheckStat.Interval() != 0)
+        Q_EMIT window->tmCheckStat.tick();
+    if (window->tmRealtime.Enabled())
+        Q_EMIT window->tmRealtime.tick();
 }
 
-void Stage::AwaitFreeLink() const
+void Stage::Second()
 {
-    Await([this] { return !services.state.LinkBusy; }, QStringLiteral("The link does not become free."));
+    BeginSecond();
+    Idle();
 }
 
-QMdiArea *Stage::Workspace() const
+void Stage::SecondsUntil(const std::function<bool()> &done, const QString &sentence)
 {
-    auto *const workspace = qobject_cast<QMdiArea *>(window->centralWidget());
-    Require(workspace != nullptr, QStringLiteral("The main window has no workspace."));
-    return workspace;
-}
-
-QList<frmData *> Stage::DataWindows() const
-{
-    QList<frmData *> windows;
-    const QList<QMdiSubWindow *> all = Workspace()->subWindowList(QMdiArea::CreationOrder);
-    for (QMdiSubWindow *const one : all) {
-        if (auto *const data = qobject_cast<frmData *>(one))
-            windows.append(data);
+    for (int second = 0; !done(); ++second) {
+        Require(second < 60, sentence);
+        Second();
     }
-    return windows;
 }
 
-QString Stage::Message() const
+void Stage::StartUp(const QPoint &sourcePlace)
 {
-    return Find<QLabel>(QStringLiteral("Msg"))->text();
+    Send([this] {
+        Program::StartUp();
+        Idle();
+        Second();
+    });
+    Second();
+    Source()->move(sourcePlace);
 }
 
-QString Stage::PortPanel() const
+void Stage::Send(const std::function<void()> &act)
 {
-    return Find<QLabel>(QStringLiteral("Port"))->text();
+    const auto sent = [this] {
+        static const QRegularExpression all(u"^(MO|SO|UP|DW|NM|ND|SR|TE|PU|SD)"_s);
+        return Commands().filter(all).size();
+    };
+    const qsizetype before = sent();
+    act();
+    Wait([&] { return sent() > before; }, u"No command was sent."_s);
+    Idle();
 }
 
-frmMoniter *Stage::Moniter() const
+void Stage::Set(const std::function<void(sim::Instrument &)> &change)
 {
-    return OpenOne<frmMoniter>(window.get());
-}
-
-frmSource *Stage::Source() const
-{
-    return OpenOne<frmSource>(window.get());
-}
-
-QList<QWidget *> Stage::Windows(const QList<QWidget *> &inFront) const
-{
-    QList<QWidget *> all = {window.get()};
-    if (frmMoniter *const moniter = Moniter())
-        all.append(moniter);
-    if (frmSource *const source = Source())
-        all.append(source);
-    return all + inFront;
-}
-
-QMessageBox *Stage::Box()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *const one : windows) {
-        auto *const box = qobject_cast<QMessageBox *>(one);
-        if (box && box->isVisible())
-            return box;
-    }
-    return nullptr;
-}
-
-QDialog *Stage::Dialog(const QString &name) const
-{
-    const QList<QDialog *> dialogs = window->findChildren<QDialog *>(name);
-    for (QDialog *const dialog : dialogs) {
-        if (dialog->isVisible()) // another one may be about to go
-            return dialog;
-    }
-    return nullptr;
-}
-
-void Stage::BringToFront(QWidget *window)
-{
-    static constexpr int LittleMs = 500;
-    window->activateWindow();
-    // Where there is nobody to hand out the focus the picture is good without it.
-    AwaitIfPossible([window] { return window->isActiveWindow(); }, LittleMs);
-}
-
-QMessageBox *Stage::AwaitBox()
-{
-    Await([] { return Box() != nullptr; }, QStringLiteral("No message box appeared."));
-    QMessageBox *const box = Box();
-    BringToFront(box);
-    return box;
-}
-
-QDialog *Stage::AwaitDialog(const QString &name)
-{
-    Await([&] { return Dialog(name) != nullptr; }, QStringLiteral("The dialog %1 did not open.").arg(name));
-    QDialog *const dialog = Dialog(name);
-    BringToFront(dialog);
-    return dialog;
-}
-
-QDialog *Stage::AwaitFileDialog()
-{
-    return AwaitDialog(QStringLiteral("dlgCommon"));
-}
-
-void Stage::DiscardActiveData()
-{
-    const qsizetype before = DataWindows().size();
-    Choose(QStringLiteral("mnuFile"), QStringLiteral("mnuFileClose"));
-    Answer(AwaitBox(), QMessageBox::No);
-    Await([&] { return DataWindows().size() == before - 1 && Idle(); },
-          QStringLiteral("The data window did not close."));
+    server.WithInstrument([&](sim::Instrument &instrument) { change(instrument); });
+    Second();
 }
 
 void Stage::Settle()
@@ -210,16 +157,216 @@ void Stage::Settle()
             popup->close();
         if (QWidget *const modal = QApplication::activeModalWidget())
             modal->close();
-        if (services.state.RealtimeRun && !services.state.RealtimeStop)
-            window->Run(Command::RealtimeStop);
-        QDialog *const progress = window->findChild<QDialog *>(QStringLiteral("frmCancel"));
-        if (progress && progress->isVisible())
-            progress->close();
-        if (QDialog *const value = Dialog(QStringLiteral("frmSrcValueSet")))
-            value->close();
-        return Idle() && !services.state.RealtimeRun;
+        for (const char *const name : {"frmCancel", "frmSrcValueSet"}) {
+            if (auto *const dialog = OpenOne<QDialog>(name))
+                dialog->close();
+        }
+        if (Action("Stop")->isEnabled()) {
+            Action("Stop")->trigger();
+            BeginSecond();
+        }
+        return services.jobs.Running() == 0;
     };
-    AwaitIfPossible(settled);
+    WaitUntil(settled);
+}
+
+QWidget *Stage::Moniter() const
+{
+    return OpenOne<frmMoniter>();
+}
+
+QWidget *Stage::Source() const
+{
+    return OpenOne<frmSource>();
+}
+
+void Stage::Open(const QString &name)
+{
+    Choose("mnuFile", "mnuFileOpen");
+    ChooseFile(name);
+    Idle();
+}
+
+void Stage::SideBySide()
+{
+    const QList<frmData *> windows = DataWindows();
+    const QRect room = Find<QMdiArea>("workspace")->viewport()->rect();
+    const QRect half(room.topLeft(), QSize(room.width() / 2, room.height()));
+    windows.first()->setGeometry(half);
+    windows.last()->setGeometry(half.translated(half.width(), 0));
+}
+
+frmData *Stage::Data() const
+{
+    return DataWindows().last();
+}
+
+Chart *Stage::Graph() const
+{
+    return Find<Chart>("chData", Data());
+}
+
+int Stage::Rows() const
+{
+    return Find<QTableView>("fgData", Data())->model()->rowCount();
+}
+
+void Stage::AwaitRows(int rows)
+{
+    Wait([&] { return !DataWindows().isEmpty() && Rows() >= rows; },
+         u"The %1. reading did not arrive."_s.arg(rows));
+}
+
+void Stage::Take(const char *name, const Widgets &inFront)
+{
+    TakeOnly(QString::fromLatin1(name), Widgets{window.get()} + inFront);
+}
+
+void Stage::TakeAll(const char *name, const Widgets &inFront)
+{
+    Widgets live = {Moniter(), Source()};
+    live.removeAll(nullptr);
+    Take(name, live + inFront);
+}
+
+void Stage::BringToFront(QWidget *front)
+{
+    static constexpr int LittleMs = 500;
+    front->activateWindow();
+    // Where there is nobody to hand out the focus the picture is good without it.
+    WaitUntil([front] { return front->isActiveWindow(); }, LittleMs);
+}
+
+void Stage::Click(QWidget *widget)
+{
+    const QWidget *const modal = QApplication::activeModalWidget();
+    Require(widget->isVisible() && widget->isEnabled() && (!modal || widget->window() == modal),
+            u"\"%1\" cannot be clicked."_s.arg(widget->objectName()));
+    QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+void Stage::ClickTool(const char *name)
+{
+    auto *const main = Find<QToolBar>("tbMain")->widgetForAction(Action(name));
+    Click(main ? main : Find<QToolBar>("tbSub")->widgetForAction(Action(name)));
+}
+
+void Stage::Type(const char *field, const QString &text, const QObject *parent)
+{
+    auto *const edit = Find<QLineEdit>(field, parent);
+    Click(edit);
+    edit->selectAll();
+    QTest::keyClicks(edit, text);
+}
+
+QMenu *Stage::OpenMenu(const char *name)
+{
+    auto *const menu = Find<QMenu>(name);
+    QMenuBar *const bar = window->menuBar();
+    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
+    Wait([menu] { return menu->isVisible(); }, u"The menu %1 did not open."_s.arg(menu->objectName()));
+    return menu;
+}
+
+void Stage::CloseMenu(QMenu *menu)
+{
+    QTest::keyClick(menu, Qt::Key_Escape);
+    QTest::keyClick(window->menuBar(), Qt::Key_Escape); // the highlight in the menu bar
+    AwaitClosed(menu);
+}
+
+void Stage::Choose(const char *menu, const char *item)
+{
+    QMenu *const opened = OpenMenu(menu);
+    QTest::mouseClick(opened, Qt::LeftButton, {}, opened->actionGeometry(Action(item)).center());
+    AwaitClosed(opened);
+}
+
+QMenu *Stage::OpenContextMenu(QWidget *widget, const QPoint &place)
+{
+    QWidget *const top = widget->window();
+    QTest::mouseClick(top->windowHandle(), Qt::RightButton, {}, widget->mapTo(top, place));
+    const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
+    Wait([&] { return menu() != nullptr; }, u"No context menu opened."_s);
+    return menu();
+}
+
+void Stage::ChooseItem(QMenu *menu, const QString &text)
+{
+    const QList<QAction *> items = menu->actions();
+    const auto item =
+        std::find_if(items.begin(), items.end(), [&](auto *one) { return one->text().remove(u'&') == text; });
+    Require(item != items.end(), u"The menu has no item \"%1\"."_s.arg(text));
+    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
+}
+
+QMessageBox *Stage::Box()
+{
+    Wait([] { return OpenOne<QMessageBox>() != nullptr; }, u"No message box appeared."_s);
+    auto *const box = OpenOne<QMessageBox>();
+    BringToFront(box);
+    return box;
+}
+
+void Stage::Answer(QMessageBox::StandardButton button, QMessageBox *box)
+{
+    QMessageBox *const asked = box ? box : Box();
+    ClickAnswer(asked, asked->button(button));
+}
+
+void Stage::Answer(const QString &button, QMessageBox *box)
+{
+    QMessageBox *const asked = box ? box : Box();
+    const QList<QAbstractButton *> all = asked->buttons();
+    const auto found = std::find_if(all.begin(), all.end(), [&](auto *one) { return one->text() == button; });
+    ClickAnswer(asked, found == all.end() ? nullptr : *found);
+}
+
+void Stage::ClickAnswer(QMessageBox *box, QWidget *button)
+{
+    Require(button, u"The message box lacks the button: %1"_s.arg(box->text()));
+    const QPointer<QWidget> open = box;
+    Click(button);
+    Wait([open] { return !open; }, u"The message box did not close."_s);
+}
+
+QDialog *Stage::Dialog(const char *name)
+{
+    const auto opened = [&] { return OpenOne<QDialog>(name) != nullptr; };
+    Wait(opened, u"The dialog %1 did not open."_s.arg(QLatin1StringView(name)));
+    auto *const dialog = OpenOne<QDialog>(name);
+    BringToFront(dialog);
+    return dialog;
+}
+
+void Stage::CloseDialog(QDialog *dialog, const char *button)
+{
+    const QPointer<QDialog> open = dialog;
+    Click(button, dialog);
+    Wait([open] { return !open; }, u"The dialog did not close."_s);
+}
+
+void Stage::ChooseFile(const QString &name)
+{
+    auto *const edit = Find<QLineEdit>("fileNameEdit", FileDialog());
+    edit->activateWindow();
+    edit->setFocus();
+    // The dialog takes what is marked in its list for the answer unless the user is in this field.
+    Wait([edit] { return edit->hasFocus(); }, u"The file dialog's name field does not get the focus."_s);
+    edit->setText(name); // at once: the list of proposals would take the keys
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+void Stage::CancelFile()
+{
+    const QPointer<QDialog> open = FileDialog();
+    QTest::keyClick(open, Qt::Key_Escape);
+    Wait([open] { return !open; }, u"The file dialog did not close."_s);
+}
+
+void Stage::AwaitClosed(QWidget *window)
+{
+    Wait([window] { return !window->isVisible(); }, u"\"%1\" did not close."_s.arg(window->objectName()));
 }
 
 } // namespace px40

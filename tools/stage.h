@@ -1,140 +1,142 @@
 #pragma once
 
-#include "app/frmmain.h"
 #include "app/messageprompts.h"
-#include "app/services.h"
-#include "simulator/ptyserver.h"
-#include "tools/checks.h"
-#include "tools/desktop.h"
+#include "testing/heldclock.h"
+#include "testing/program.h"
+#include "tools/camera.h"
 
-#include <QDialog>
-#include <QPointer>
-#include <QTemporaryDir>
+#include <QList>
+#include <QMessageBox>
+#include <QStringList>
+#include <QWidget>
 
-#include <memory>
-
-class QMdiArea;
+class QDialog;
 class QMenu;
-class QMessageBox;
+class QUrl;
 
 namespace px40 {
 
-class frmMoniter;
-class frmSource;
+class Chart;
 
-/// One run of the whole program, from its start to its end, on a simulated instrument: real windows, real
-/// message boxes, the real serial class. Everything that it keeps lies in a temporary folder.
+using Widgets = QList<QWidget *>;
+
+/// Stands in for the desktop when a file is to be shown: no program is started, as long as this lives.
+class Desktop : public QObject
+{
+    Q_OBJECT
+
+  public:
+    Desktop();
+    ~Desktop() override;
+
+    Q_INVOKABLE void Show(const QUrl &) {}
+};
+
+struct StageParts
+{
+    MessagePrompts prompts;
+    HeldClock clock;
+    Desktop desktop;
+};
+
+/// One run of the whole program in front of the camera: real windows, real message boxes, the real serial
+/// class, and a simulated instrument. Everything that it keeps lies in a temporary folder.
 ///
-/// The functions act as a user does, with clicks and keys, and throw TourError when they cannot.
-class Stage
+/// Time goes on only by `Second`, so that two runs give the same pictures however busy the machine is. The
+/// other functions act as a user does, with clicks and keys, and wait for what comes of it; they throw
+/// RigError when they cannot, or when it does not come.
+class Stage : public StageParts, public Program
 {
   public:
-    /// What stands behind port 1: a device that the user has yet to assign, or the instrument of the demo.
-    enum class Instrument { Unassigned, Demo };
-
-    explicit Stage(Instrument instrument);
-    Stage(const Stage &) = delete;
-    Stage &operator=(const Stage &) = delete;
-    /// Leaves the program, whatever stands open.
+    Stage(Camera &camera, Port port);
     ~Stage();
 
-    /// The SOURCE window was moved to that place by the run before, in pixels of 1/96 inch; where it comes by
-    /// itself it covers a part of the main window.
-    void KeepSourcePlace(const QPoint &place);
-    void Start(bool splash);
-    /// True when no procedure is under way.
-    bool Idle() const { return services.jobs.Running() == 0; }
-    bool HasLeft() const { return left_; }
+    /// Below the user's documents.
+    static QString Document(const QString &name);
 
-    /// Waits for the end of a status check under way. The next one begins only when events are handled, so
-    /// that what is set and clicked right after this comes before it.
-    void AwaitFreeLink() const;
-    /// Sets one fault of the instrument by its name; it counts the commands from now on, those of the status
-    /// check too.
-    void SetFault(const QString &fault);
-    QString Device() const { return QString::fromStdString(server.DevicePath()); }
-
-    /// The widget or action of that object name below `parent`, or below the main window.
+    /// The widget of that name below `parent`, or below the main window; throws RigError when there is none.
     template <typename T>
-    T *Find(const QString &name, const QObject *parent = nullptr) const
+    T *Find(const char *name, const QObject *parent = nullptr) const
     {
-        T *const found = (parent ? parent : window.get())->findChild<T *>(name);
-        Require(found != nullptr, QStringLiteral("There is no \"%1\".").arg(name));
+        T *const found = (parent ? parent : window.get())->findChild<T *>(QString::fromLatin1(name));
+        Require(found, QStringLiteral("There is no \"%1\".").arg(QString::fromLatin1(name)));
         return found;
     }
 
-    QMdiArea *Workspace() const;
-    /// Data windows in the order in which they were opened.
-    QList<frmData *> DataWindows() const;
-    /// The MEASURE window, or null while it is closed.
-    frmMoniter *Moniter() const;
-    /// The SOURCE window, or null while it is closed.
-    frmSource *Source() const;
-    /// What a picture of the whole program shows, from back to front: the main window, MEASURE and SOURCE
-    /// above it, and what stands before them.
-    QList<QWidget *> Windows(const QList<QWidget *> &inFront = {}) const;
-    QDialog *ProgressDialog() const { return Find<QDialog>(QStringLiteral("frmCancel")); }
-    QString Message() const;
-    QString PortPanel() const;
-    /// The message box that is open, or null.
-    static QMessageBox *Box();
-    /// The open dialog of that object name, or null.
-    QDialog *Dialog(const QString &name) const;
-
-    /// As the desktop does with a dialog that has just opened, or with a window that is clicked at.
-    static void BringToFront(QWidget *window);
-    QMessageBox *AwaitBox();
-    QDialog *AwaitDialog(const QString &name);
-    /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
-    QDialog *AwaitFileDialog();
-    /// Puts a name in place of the one that the file dialog proposes.
-    void TypeFileName(const QDialog *dialog, const QString &name);
-    /// The same, and goes on with Return.
-    void ChooseFile(const QDialog *dialog, const QString &name);
-    void CancelFileDialog(QDialog *dialog);
-    QMenu *OpenMenu(const QString &name);
-    void CloseMenu(QMenu *menu);
-    void Choose(const QString &menuName, const QString &itemName);
-    void ClickTool(const QString &key);
-    /// Types a text in place of the one in that field.
-    void Type(const QWidget *parent, const QString &field, const QString &text);
-    /// Clicks the button and waits until the dialog is gone.
-    void CloseDialog(QDialog *dialog, const QString &button);
-    void ClickButton(const QWidget *parent, const QString &name);
-    /// Clicks a standard button (a QMessageBox::StandardButton) and waits until the box is gone.
-    void Answer(QMessageBox *box, int button);
-    /// The same with the button of that text.
-    void Answer(QMessageBox *box, const QString &text);
-    /// Answers the question that stands before a download: nothing is to be forwarded. A fault of the
-    /// instrument counts from the download on.
-    void DownloadOnly(const QString &fault = {});
-    static void Click(QWidget *widget);
-
-    /// Opens the menu that a widget has for that place, with the right mouse button.
-    static QMenu *OpenContextMenu(const QWidget *widget, const QPoint &place);
-    /// Chooses the item with that text.
-    static void ChooseItem(QMenu *menu, const QString &text);
-
-    /// Closes the active data window and lets its readings go.
-    void DiscardActiveData();
-    /// Ends whatever a failed step has left open.
+    void Wait(const std::function<bool()> &done, const QString &sentence);
+    /// Until no procedure is under way.
+    void Idle();
+    /// The next second begins; whatever it brings may still be under way.
+    void BeginSecond();
+    void Second();
+    /// The same until the condition holds.
+    void SecondsUntil(const std::function<bool()> &done, const QString &sentence);
+    /// Does what makes the program send a command to switch or set something, and waits until it has its
+    /// reply.
+    void Send(const std::function<void()> &act);
+    /// Starts the program, waits for the first status and moves the SOURCE window to that place.
+    void StartUp(const QPoint &sourcePlace);
+    /// Lets somebody turn the instrument's knobs, and a status come.
+    void Set(const std::function<void(sim::Instrument &)> &change);
+    /// Ends whatever a failed scenario has left open.
     void Settle();
 
-    QTemporaryDir folder;
-    Desktop desktop;
-    sim::PtyServer server;
-    MessagePrompts prompts;
-    Services services;
-    std::unique_ptr<frmMain> window;
+    /// The MEASURE or the SOURCE window; null while it is closed.
+    QWidget *Moniter() const;
+    QWidget *Source() const;
+    /// The data window opened last, its graph and its number of rows.
+    frmData *Data() const;
+    Chart *Graph() const;
+    int Rows() const;
+    /// Waits for a row of the data window opened last.
+    void AwaitRows(int rows);
+
+    /// Opens a data file by its name.
+    void Open(const QString &name);
+    /// The two data windows beside each other, as dragged by their frames.
+    void SideBySide();
+
+    // Pictures: of the main window, of it and the MEASURE and SOURCE windows, of others alone. `inFront`
+    // stands before them, from back to front.
+    void Take(const char *name, const Widgets &inFront = {});
+    void TakeAll(const char *name, const Widgets &inFront = {});
+    void TakeOnly(const QString &name, const Widgets &windows) { camera_->Take(name, windows); }
+    void Keep(const char *name, const QString &file) { camera_->Keep(QString::fromLatin1(name), file); }
+
+    /// As the desktop does with a dialog that has just opened, or with a window that is clicked at.
+    void BringToFront(QWidget *window);
+    void Click(QWidget *widget);
+    void Click(const char *name, const QObject *parent) { Click(Find<QWidget>(name, parent)); }
+    void ClickTool(const char *name);
+    /// Types a text in place of the one in that field.
+    void Type(const char *field, const QString &text, const QObject *parent);
+    QMenu *OpenMenu(const char *name);
+    void CloseMenu(QMenu *menu);
+    void Choose(const char *menu, const char *item);
+    /// Opens the menu that a widget has for that place, with the right mouse button.
+    QMenu *OpenContextMenu(QWidget *widget, const QPoint &place);
+    void ChooseItem(QMenu *menu, const QString &text);
+
+    QMessageBox *Box();
+    /// Clicks the button of a message box and waits until the box is gone; the box that opens, or that one.
+    void Answer(QMessageBox::StandardButton button, QMessageBox *box = nullptr);
+    void Answer(const QString &button, QMessageBox *box = nullptr);
+    QDialog *Dialog(const char *name);
+    /// Clicks the button and waits until the dialog is gone.
+    void CloseDialog(QDialog *dialog, const char *button);
+    /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
+    QDialog *FileDialog() { return Dialog("dlgCommon"); }
+    /// Puts a name in place of the one that the file dialog proposes, and goes on with Return.
+    void ChooseFile(const QString &name);
+    void CancelFile();
 
   private:
-    static void ClickAnswer(const QPointer<QMessageBox> &box, QWidget *button);
+    /// The next tick of the status check and the fading of old values come by hand.
+    void HoldTimers();
+    void ClickAnswer(QMessageBox *box, QWidget *button);
+    void AwaitClosed(QWidget *window);
 
-    /// The instrument's name behind the demo's port: unlike its device's, nobody else gets it while the
-    /// instrument is unplugged.
-    QString DemoLink() const { return folder.filePath(QStringLiteral("px40")); }
-
-    bool left_ = false;
+    Camera *camera_;
 };
 
 } // namespace px40

@@ -1,0 +1,91 @@
+// Readings saved to files, opened again, and kept from being lost.
+
+#include "testing/files.h"
+#include "tools/scenes.h"
+#include "tools/stage.h"
+
+#include <QAbstractItemView>
+#include <QDialog>
+#include <QFile>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace px40 {
+
+namespace {
+
+/// The dialog reads its folder in the background, and puts it in order after that.
+void AwaitList(Stage &stage, const QStringList &files)
+{
+    const auto *const list = stage.Find<QAbstractItemView>("listView", stage.FileDialog());
+    const auto listed = [&] {
+        QStringList names;
+        for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+            names << list->model()->index(row, 0, list->rootIndex()).data().toString();
+        return names == files;
+    };
+    stage.Wait(listed, u"The file dialog does not list its folder."_s);
+}
+
+} // namespace
+
+void Files(Stage &stage)
+{
+    const QString first = Stage::Document(u"bench 3.CSV"_s);
+    const QString second = Stage::Document(u"bench 3 again.CSV"_s);
+    const QString locked = Stage::Document(u"reference.CSV"_s);
+    const QString parts = Stage::Document(u"parts.CSV"_s);
+
+    stage.ClickTool("Save"); // without a name as yet
+    stage.Take("18a-save-as", {stage.FileDialog()});
+    stage.ChooseFile(u"bench 3"_s);
+    stage.Idle();
+    stage.Take("18b-saved");
+
+    QFile::copy(first, locked);
+    QFile::setPermissions(locked, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    stage.Choose("mnuFile", "mnuFileSaveAs");
+    stage.ChooseFile(locked);
+    stage.Answer(QMessageBox::Yes); // replace it
+    stage.Take("18c-save-read-only", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.CancelFile();
+    stage.Idle();
+
+    Require(Put(second, "old"), u"A file cannot be made."_s);
+    stage.Choose("mnuFile", "mnuFileSaveAs");
+    QDialog *const dialog = stage.FileDialog();
+    stage.ChooseFile(second);
+    stage.Take("18d-save-replace", {dialog, stage.Box()});
+    stage.Answer(QMessageBox::No);
+    stage.ChooseFile(second);
+    stage.Answer(QMessageBox::Yes);
+    stage.Idle();
+    stage.Choose("mnuFile", "mnuFileClose");
+
+    stage.ClickTool("Open");
+    AwaitList(stage, {u"bench 3 again.CSV"_s, u"bench 3.CSV"_s, u"reference.CSV"_s});
+    stage.Take("19a-open", {stage.FileDialog()});
+    stage.CancelFile();
+    stage.Idle();
+    stage.Open(first);
+    stage.Open(second);
+    stage.SideBySide();
+    stage.Take("19b-two-files");
+
+    Require(Put(parts, "part,quantity\r\nfuse 63 mA,2\r\ntest lead,4\r\n"), u"A file cannot be made."_s);
+    stage.Choose("mnuFile", "mnuFileOpen");
+    stage.ChooseFile(parts);
+    stage.Take("19c-open-another-type", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+
+    stage.ClickTool("Mdata");
+    stage.Answer(QMessageBox::No);
+    stage.Idle();
+    stage.Choose("mnuFile", "mnuFileClose");
+    stage.Take("19d-close-question", {stage.Box()});
+    stage.Answer(QMessageBox::Cancel);
+}
+
+} // namespace px40

@@ -1,0 +1,226 @@
+// The start, the main window, downloads in all their ways and the windows that show them, the end.
+
+#include "document/frmdata.h"
+#include "tools/scenes.h"
+#include "tools/stage.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMenu>
+#include <QPointer>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace px40 {
+
+namespace {
+
+constexpr int StoredReadings = 50;
+constexpr QSize RoomyWindow(1120, 720);
+/// Where SOURCE covers nothing: beside MEASURE and a roomy main window.
+constexpr QPoint FarRight(1280, 67);
+
+QWidget *Splash()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *const one : windows) {
+        if (one->objectName() == "frmSplash"_L1 && one->isVisible())
+            return one;
+    }
+    return nullptr;
+}
+
+/// Begins a download that is not to be forwarded; a fault of the instrument counts from here on.
+void BeginDownload(Stage &stage, const char *fault = "none")
+{
+    stage.ClickTool("Mdata");
+    stage.Box();
+    stage.Fault(fault);
+    stage.Answer(QMessageBox::No);
+}
+
+void Download(Stage &stage)
+{
+    BeginDownload(stage);
+    stage.Idle();
+    stage.AwaitRows(StoredReadings);
+}
+
+void DiscardData(Stage &stage)
+{
+    stage.Choose("mnuFile", "mnuFileClose");
+    stage.Answer(QMessageBox::No);
+    stage.Idle();
+}
+
+/// OK in the port dialog opens the port again, and brings MEASURE and SOURCE back.
+void OpenPortAgain(Stage &stage)
+{
+    stage.Choose("mnuSetup", "mnuSetupCommport");
+    stage.Send([&] {
+        stage.CloseDialog(stage.Dialog("frmPort"), "btOk");
+        stage.Idle();
+        stage.Second();
+    });
+    stage.Second();
+}
+
+} // namespace
+
+/// A new user: nothing is known yet, so the first thing to be told is which device to use.
+void FirstStart(Stage &stage)
+{
+    stage.Begin(true);
+    stage.Wait([] { return Splash() != nullptr; }, u"The splash window did not appear."_s);
+    stage.TakeOnly(u"01-splash"_s, {Splash()});
+    stage.TakeAll("05a-port-error-unassigned", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    QDialog *dialog = stage.Dialog("frmPort");
+    stage.Take("04a-port-dialog-unassigned", {dialog});
+    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), stage.Device());
+    stage.Send([&] {
+        stage.CloseDialog(dialog, "btOk");
+        stage.Idle();
+        stage.Second();
+    });
+    stage.Second();
+    stage.TakeAll("02a-first-start");
+
+    stage.Choose("mnuView", "mnuViewSource");
+    stage.Choose("mnuSetup", "mnuSetupCommport");
+    dialog = stage.Dialog("frmPort");
+    stage.Take("04b-port-dialog-assigned", {dialog});
+    QTest::keyClick(stage.Find<QComboBox>("cbPort", dialog), Qt::Key_Down);
+    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), u"/dev/ttyUSB99"_s);
+    stage.Take("04c-port-dialog-unplugged-device", {dialog});
+    stage.Click("btOk", dialog);
+    stage.TakeAll("05b-port-error-unplugged-device", {dialog, stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.CloseDialog(dialog, "btCancel");
+}
+
+void Main(Stage &stage)
+{
+    stage.StartUp(FarRight);
+    stage.Take("02-main-window-empty");
+    char part = 'a';
+    for (const char *const name : {"mnuFile", "mnuRealtime", "mnuData", "mnuSetup", "mnuView", "mnuHelp"}) {
+        QMenu *const menu = stage.OpenMenu(name);
+        const QByteArray picture = QByteArray("03") + part++ + "-menu-" + QByteArray(name).mid(3).toLower();
+        stage.Take(picture.constData(), {menu});
+        stage.CloseMenu(menu);
+    }
+    stage.Choose("mnuSetup", "mnuSetupCommport");
+    QDialog *const dialog = stage.Dialog("frmPort");
+    stage.Take("04d-port-dialog-simulated", {dialog});
+    stage.CloseDialog(dialog, "btCancel");
+    stage.Choose("mnuHelp", "mnuHelpAbout");
+    const QPointer<QDialog> about = stage.Dialog("frmAbout");
+    stage.Take("13-about", {about});
+    QTest::keyClick(about, Qt::Key_Escape);
+    stage.Wait([about] { return !about; }, u"The About window did not close."_s);
+}
+
+void CancelledDownload(Stage &stage)
+{
+    BeginDownload(stage, "silent-from=20");
+    stage.AwaitRows(17);
+    stage.Click("btCancel", stage.Cancel());
+    stage.Take("07a-download-canceling", {stage.Cancel()});
+    stage.Take("07b-download-cancelled", {stage.Box()});
+    stage.Fault("none");
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+    DiscardData(stage);
+}
+
+/// The first one of a new user, in the main window as it comes; then in one with more room.
+void Downloads(Stage &stage)
+{
+    Download(stage);
+    stage.Take("08c-download-finished-small");
+    DiscardData(stage);
+    stage.window->resize(RoomyWindow);
+    BeginDownload(stage);
+    stage.AwaitRows(StoredReadings / 2);
+    stage.Take("06-download-in-progress", {stage.Cancel()});
+    stage.Idle();
+    stage.Take("08a-download-finished");
+    stage.Data()->showMaximized();
+    stage.Take("08b-download-finished-maximised");
+    stage.Data()->showNormal();
+}
+
+void DataWindows(Stage &stage)
+{
+    stage.Choose("mnuRealtime", "mnuRealtimeNew");
+    stage.Take("09a-realtime-window-new");
+    stage.ClickTool("New");
+    stage.Take("09b-data-windows-cascaded");
+    stage.Data()->close();
+    stage.Wait([&] { return stage.DataWindows().size() == 2; }, u"The empty window did not close."_s);
+    stage.SideBySide();
+    stage.Take("09c-data-windows-side-by-side");
+    stage.Data()->close();
+    stage.Wait([&] { return stage.DataWindows().size() == 1; }, u"The empty window did not close."_s);
+    DiscardData(stage);
+}
+
+/// Switched off half-way: the download tells it, and the next status check as well.
+void SilentInstrument(Stage &stage)
+{
+    BeginDownload(stage, "silent-from=12");
+    stage.Take("10a-time-out", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+    stage.BeginSecond();
+    stage.TakeAll("10b-no-answer", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+    stage.Fault("none");
+    DiscardData(stage);
+    OpenPortAgain(stage);
+    stage.TakeAll("10c-answers-again");
+}
+
+void Unplugged(Stage &stage)
+{
+    BeginDownload(stage, "hang-up=28");
+    stage.Take("11a-unplugged-half-way", {stage.Box()});
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+    stage.Fault("none");
+    stage.BeginSecond();
+    stage.Answer(QMessageBox::Ok);
+    stage.Idle();
+    stage.Take("11b-unplugged-status-bar");
+    // Opened too early MEASURE stays empty, until OK in the port dialog finds the instrument.
+    stage.Choose("mnuView", "mnuViewMoniter");
+    stage.TakeAll("11c-unplugged-measure");
+    stage.server.PlugIn();
+    OpenPortAgain(stage);
+    Download(stage);
+}
+
+void Leaving(Stage &stage)
+{
+    stage.window->close();
+    stage.Take("12-unsaved-question", {stage.Box()});
+    for (qsizetype i = stage.DataWindows().size(); i > 0; --i)
+        stage.Answer(QMessageBox::No);
+    stage.Wait([&] { return stage.hasLeft; }, u"The program did not end."_s);
+}
+
+void StartWithReadings(Stage &stage)
+{
+    stage.StartUp(FarRight);
+    stage.Choose("mnuView", "mnuViewMoniter");
+    stage.ClickTool("Source");
+    stage.window->resize(RoomyWindow);
+    Download(stage);
+}
+
+} // namespace px40
