@@ -64,7 +64,7 @@ QByteArray Night()
 {
     static constexpr int Rows = 100'000;
     static constexpr double SecondsPerTurn = 1500;
-    QByteArray file = "2\r\n0,0,0\r\n00,00,00,01\r\nTrue,,,,\r\n32767\r\nTrue,1,1\r\nTrue,0,10,1,1\r\n";
+    QByteArray file = "2\r\n9600,4800,0\r\n00,00,00,01\r\nTrue,,,,\r\n32767\r\nTrue,1,1\r\nTrue,0,10,1,1\r\n";
     for (int second = 0; second < Rows; ++second) {
         const QString time = QTime(21, 0).addSecs(second).toString(u"HH:mm:ss"_s);
         const double degrees = 180 + 12 * std::sin(second / SecondsPerTurn);

@@ -117,11 +117,6 @@ void Main(Stage &stage)
     QDialog *const dialog = stage.Dialog("frmPort");
     stage.Take("04d-port-dialog-simulated", {dialog});
     stage.CloseDialog(dialog, "btCancel");
-    stage.Choose("mnuHelp", "mnuHelpAbout");
-    const QPointer<QDialog> about = stage.Dialog("frmAbout");
-    stage.Take("13-about", {about});
-    QTest::keyClick(about, Qt::Key_Escape);
-    stage.Wait([about] { return !about; }, u"The About window did not close."_s);
 }
 
 void CancelledDownload(Stage &stage)
@@ -177,7 +172,9 @@ void SilentInstrument(Stage &stage)
     stage.Answer(QMessageBox::Ok);
     stage.Idle();
     stage.BeginSecond();
-    stage.TakeAll("10b-no-answer", {stage.Box()});
+    QMessageBox *const box = stage.Box();
+    stage.Fade();
+    stage.TakeAll("10b-no-answer", {box});
     stage.Answer(QMessageBox::Ok);
     stage.Idle();
     stage.Fault("none");
@@ -207,6 +204,11 @@ void Unplugged(Stage &stage)
 
 void Leaving(Stage &stage)
 {
+    stage.Choose("mnuHelp", "mnuHelpAbout");
+    const QPointer<QDialog> about = stage.Dialog("frmAbout");
+    stage.Take("13-about", {about});
+    QTest::keyClick(about, Qt::Key_Escape);
+    stage.Wait([about] { return !about; }, u"The About window did not close."_s);
     stage.window->close();
     stage.Take("12-unsaved-question", {stage.Box()});
     for (qsizetype i = stage.DataWindows().size(); i > 0; --i)

@@ -92,6 +92,7 @@ void RunInGaps(Stage &stage)
     stage.Wait([&] { return !stage.services.comm.IsOpen(); }, u"The port is not lost."_s);
     for (int second = 0; second < 3; ++second)
         stage.Second();
+    stage.Fade();
     stage.TakeAll("23a-run-unplugged");
     stage.server.PlugIn();
     for (int second = 0; second < 4; ++second)

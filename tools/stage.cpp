@@ -94,6 +94,8 @@ void Stage::Wait(const std::function<bool()> &done, const QString &sentence)
 void Stage::Idle()
 {
     Wait([this] { return services.jobs.Running() == 0; }, u"The procedure under way did not end."_s);
+    for (int turn = 0; turn < 3; ++turn) // what windows put off until the next turn: scrolling, layouts
+        QCoreApplication::processEvents();
 }
 
 void Stage::BeginSecond()
@@ -104,6 +106,11 @@ void Stage::BeginSecond()
         Q_EMIT window->tmCheckStat.tick();
     if (window->tmRealtime.Enabled())
         Q_EMIT window->tmRealtime.tick();
+}
+
+void Stage::Fade()
+{
+    Q_EMIT window->findChild<Timer *>(u"tmFade"_s)->tick();
 }
 
 void Stage::Second()

@@ -69,6 +69,8 @@ class Stage : public StageParts, public Program
     /// The next second begins; whatever it brings may still be under way.
     void BeginSecond();
     void Second();
+    /// Nothing new has come for a while.
+    void Fade();
     /// The same until the condition holds.
     void SecondsUntil(const std::function<bool()> &done, const QString &sentence);
     /// Does what makes the program send a command to switch or set something, and waits until it has its
