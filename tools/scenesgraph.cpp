@@ -1,6 +1,6 @@
 // The graph of a data window: set up, moved, zoomed, copied and saved; and the table beside it.
 
-#include "document/chart.h"
+#include "graph/chart.h"
 #include "tools/scenes.h"
 #include "tools/stage.h"
 

@@ -1,8 +1,8 @@
 #include "tools/stage.h"
 
 #include "acquire/frmmoniter.h"
-#include "document/chart.h"
 #include "document/frmdata.h"
+#include "graph/chart.h"
 #include "source/frmsource.h"
 
 #include <QAction>
