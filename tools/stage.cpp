@@ -371,9 +371,9 @@ void Stage::CancelFile()
     Wait([open] { return !open; }, u"The file dialog did not close."_s);
 }
 
-void Stage::AwaitClosed(QWidget *window)
+void Stage::AwaitClosed(QWidget *closing)
 {
-    Wait([window] { return !window->isVisible(); }, u"\"%1\" did not close."_s.arg(window->objectName()));
+    Wait([closing] { return !closing->isVisible(); }, u"\"%1\" did not close."_s.arg(closing->objectName()));
 }
 
 } // namespace px40

@@ -136,7 +136,7 @@ class Stage : public StageParts, public Program
     /// The next tick of the status check and the fading of old values come by hand.
     void HoldTimers();
     void ClickAnswer(QMessageBox *box, QWidget *button);
-    void AwaitClosed(QWidget *window);
+    void AwaitClosed(QWidget *closing);
 
     Camera *camera_;
 };
