@@ -4,8 +4,8 @@
 #include "acquire/status.h"
 #include "link/comm.h"
 #include "link/commandoutcome.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/jobs.h"
@@ -103,8 +103,7 @@ void frmMoniter::SendNow()
 
 QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services)
 {
-    services.gate->Take();
-    services.state->LinkActivity = ActivityMonitorCommand;
+    const LinkUse use(*services.gate, ActivityMonitorCommand);
     const int measureOn = services.instrument->Status.MeasureOn;
     // At once, so that a second press before the next status sends the other command.
     services.instrument->Status.MeasureOn = measureOn == 0 ? 1 : 0;
@@ -114,11 +113,8 @@ QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, Monit
     const bool answered = co_await services.comm->SendCommand(command, Attempts);
     if (window)
         window->ShowMessage(WhyNotObeyed(command, answered, *services.comm, *services.state));
-
-    services.state->LinkActivity = ActivityIdle;
     if (window && window->presses_ == 0)
         window->tmMeasInter_.SetInterval(0);
-    services.gate->Release();
 }
 
 QPoint frmMoniter::FirstPlace(const QSize &usual) const

@@ -6,8 +6,8 @@
 #include "document/rowforward.h"
 #include "document/statistics.h"
 #include "link/comm.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "platform/clock.h"
 #include "platform/jobs.h"
 #include "platform/prompts.h"
@@ -44,10 +44,8 @@ Realtime::~Realtime() = default;
 
 QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward)
 {
-    if (parts_.state.LinkActivity == ActivityIdle) {
-        parts_.state.LinkActivity = ActivityRealtimeTransition;
-        parts_.state.RealtimeStop = false;
-    }
+    use_.emplace(parts_.gate, ActivityRealtimeTransition, LinkUse::Sharing::Shared);
+    parts_.state.RealtimeStop = false;
     ticking_ = true;
     data_ = dataSet;
     co_await Guarded(Begin(forward));
@@ -69,7 +67,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     ForwardOff_ = !forwarding;
     if (forward && !forwarding)
         ForwardFailed();
-    parts_.state.LinkActivity = ActivityRealtime;
+    use_->Become(ActivityRealtime);
     parts_.state.ReceiveGate = true;
     ElapsedSeconds_ = 0;
     SkipSample_ = !IsSamplingSecond();
@@ -104,7 +102,7 @@ QCoro::Task<void> Realtime::RequestSample()
         parts_.tmRealtime.SetEnabled(true);
         seconds_.Begin(parts_.clock);
     }
-    parts_.state.LinkActivity = ActivityRealtime;
+    use_->Become(ActivityRealtime);
     if (parts_.state.LinkBusy) {
         parts_.instrument.StatusReply = NoReplyText(); // not that of the second before
         co_return;
@@ -130,7 +128,7 @@ void Realtime::OpenPortAgain()
 
 QCoro::Task<void> Realtime::Ask()
 {
-    const LinkHold hold(parts_.gate);
+    const LinkUse alone(parts_.gate, ActivityRealtime);
     for (const char *const command : Preparations)
         co_await parts_.comm.SendCommand(QString::fromLatin1(command), Attempts);
     const bool answered = co_await parts_.comm.SendCommand(QStringLiteral("OC"), Attempts);
@@ -168,9 +166,9 @@ QCoro::Task<void> Realtime::Tick(qint32 seconds)
 
 QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
 {
-    std::optional<LinkHold> hold; // between the rows of a very late tick nobody else gets the link
+    std::optional<LinkUse> alone; // between the rows of a very late tick nobody else gets the link
     if (seconds >= RowsAtATime)
-        hold.emplace(parts_.gate);
+        alone.emplace(parts_.gate, ActivityRealtime);
     const qint64 firstSecond = seconds_.Second() - seconds + 1;
     const qint32 answered = SecondOfReply(firstSecond, seconds);
     for (qint32 k = 1; k <= seconds; ++k) {
@@ -183,15 +181,17 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
         if (!sampling) {
             SetData(reply);
         } else if (!AddSample(reply, firstSecond + k - 1)) {
+            alone.reset();
             co_await FinishRealtime(true);
             co_return;
         }
         if (!AdvanceSecond()) {
+            alone.reset();
             co_await FinishRealtime(false);
             co_return;
         }
     }
-    hold.reset();
+    alone.reset();
     if (parts_.state.RealtimeStop) {
         co_await FinishRealtime(false);
         co_return;
@@ -324,7 +324,7 @@ void Realtime::ShowProgress()
 QCoro::Task<void> Realtime::FinishRealtime(bool showMessage)
 {
     parts_.tmRealtime.SetEnabled(false);
-    parts_.state.LinkActivity = ActivityRealtimeTransition;
+    use_->Become(ActivityRealtimeTransition);
     co_await CloseForward();
     if (showMessage)
         co_await parts_.prompts.Warn(parts_.state.ErrorMessage);
@@ -334,7 +334,7 @@ QCoro::Task<void> Realtime::FinishRealtime(bool showMessage)
 QCoro::Task<void> Realtime::StopRealtime()
 {
     parts_.tmRealtime.SetEnabled(false);
-    parts_.state.LinkActivity = ActivityRealtimeStopping;
+    use_->Become(ActivityRealtimeStopping);
     co_await SendStop();
     co_await CloseForward();
     End();
@@ -342,7 +342,7 @@ QCoro::Task<void> Realtime::StopRealtime()
 
 QCoro::Task<void> Realtime::SendStop()
 {
-    const LinkHold hold(parts_.gate);
+    const LinkUse alone(parts_.gate, ActivityRealtimeStopping);
     co_await parts_.comm.SendCommand(QStringLiteral("PL,0"), StopAttempts);
 }
 
@@ -352,7 +352,7 @@ void Realtime::End()
     ShowProgress();
     data_.reset();
     parts_.state.RealtimeRun = false;
-    parts_.state.LinkActivity = ActivityIdle;
+    use_.reset();
     parts_.views.RunChanged();
 }
 

@@ -2,12 +2,14 @@
 
 #include "acquire/runprogress.h"
 #include "acquire/secondcounter.h"
+#include "link/linkuse.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace px40 {
 
@@ -15,12 +17,10 @@ class Clock;
 class Comm;
 class DataSet;
 class Jobs;
-class LinkGate;
 class Prompts;
 class RowForward;
 class Timer;
 struct InstrumentState;
-struct LinkState;
 
 /// The windows as a real-time run sees them.
 class RealtimeViews
@@ -118,6 +118,7 @@ class Realtime : public QObject
     Parts parts_;
     RowForward *forward_ = nullptr;
     std::shared_ptr<DataSet> data_;
+    std::optional<LinkUse> use_; ///< during a run
     SecondCounter seconds_;
     RunProgress progress_;
     qint64 replySecond_ = 0; ///< in which the last reply came, since the beginning of 1970, UTC

@@ -3,8 +3,8 @@
 #include "acquire/measuredisplay.h"
 #include "acquire/status.h"
 #include "link/comm.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "link/reply.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
@@ -50,10 +50,8 @@ QCoro::Task<bool> StatusCheck::CheckStatus()
 
 QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
 {
-    const int activityBefore = state_->LinkActivity;
     const int opening = comm_->Opening();
-    gate_->Take();
-    state_->LinkActivity = ActivityStatusCheck;
+    const LinkUse use(*gate_, ActivityStatusCheck);
     for (const char *const command : Commands) {
         const bool answered = co_await comm_->SendCommand(QString::fromLatin1(command), Attempts);
         if (!answered) {
@@ -66,16 +64,10 @@ QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
                 checkTimer_->SetInterval(0);
                 checkTimer_->SetEnabled(false);
             }
-            state_->LinkActivity = activityBefore;
-            gate_->Release();
             co_return failed ? Outcome::Failed : Outcome::Yielded;
         }
-        if (state_->StatusYield) {
-            state_->StatusYield = false;
-            state_->LinkActivity = ActivityIdle;
-            gate_->Release();
+        if (gate_->TakeYield())
             co_return Outcome::Yielded;
-        }
     }
     const qint16 commMode = CheckCommMode(state_->RecvBuffer, state_->ReplyLength);
     if (commMode == CommModeUsable) {
@@ -85,8 +77,6 @@ QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
         co_await prompts_->Warn(CommModeMessage(commMode));
         checkTimer_->SetEnabled(false);
     }
-    state_->LinkActivity = activityBefore;
-    gate_->Release();
     co_return commMode == CommModeUsable ? Outcome::Fetched : Outcome::Failed;
 }
 

@@ -4,8 +4,8 @@
 #include "forward/datasetsource.h"
 #include "forward/forwardsteps.h"
 #include "forward/sheetlayout.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "platform/progressview.h"
 #include "platform/prompts.h"
 #include "platform/waiting.h"
@@ -62,8 +62,9 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     const bool free = co_await gate_->WaitUntilFree();
     const bool allowed = free && !state.RealtimeRun;
     Result<QString> written = Fail(Text(Str::RunHoldsWindows)); // one was started while this waited
+    std::optional<LinkUse> use;
     if (allowed) {
-        state.LinkActivity = ActivityForwarding;
+        use.emplace(*gate_, ActivityForwarding, LinkUse::Sharing::Shared);
         written = co_await Write(source, steps, workbook->file);
     }
     progress_->Unload();
@@ -73,11 +74,6 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
         if (services_.toFront) // the spreadsheet has come before it
             services_.toFront();
         co_await Tell(state.ForwardErrorText);
-    }
-    if (allowed) {
-        // A status check that began meanwhile would lose its reply, and put back what it found.
-        co_await gate_->WaitUntilFree();
-        state.LinkActivity = ActivityIdle;
     }
     if (!written)
         co_return Fail(written.error());
@@ -141,8 +137,6 @@ QCoro::Task<Result<>> Forwarder::TakeSteps(WholeForward *forward, int rows)
             co_await NextEventLoopTurn();
             stretch.restart();
         }
-        // A source command that was sent meanwhile has left the link idle.
-        state.LinkActivity = state.LinkActivity == ActivityIdle ? ActivityForwarding : state.LinkActivity;
         if (state.CancelRequest)
             co_return Fail(state.ForwardErrorText, FailureCode::Cancelled);
         step = forward->Next();

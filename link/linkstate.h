@@ -26,7 +26,7 @@ enum ExchangeStateCode : int {
 };
 
 /// The shared vocabulary of the link: one instance, owned by the application, handed down by reference.
-/// Plain values without behaviour; `Comm` and `LinkGate` say when they change.
+/// Plain values without behaviour; `Comm` and `LinkUse` say when they change.
 struct LinkState
 {
     QString RecvBuffer;       ///< the reply of the last exchange, without CR LF; empty while one is under way
@@ -35,12 +35,11 @@ struct LinkState
     QString ErrorMessage;     ///< why the last procedure failed; shown once by the operation that started it
     QString ForwardErrorText; ///< why the last forwarding failed
     int ExchangeState = ExchangeComplete;
-    int LinkActivity = ActivityIdle;
+    int LinkActivity = ActivityIdle; ///< this and the next two are changed by `LinkUse` alone
 
-    bool LinkBusy = false;     ///< an exchange or a download owns the link; change it through `LinkGate`, and
-                               ///< see `LinkInUse`
-    bool StatusYield = false;  ///< a command waits for the link: the status check gives way
-    bool StatusPolled = false; ///< a status cycle has begun since start-up
+    bool LinkBusy = false;       ///< somebody has the link alone; see `LinkInUse`
+    bool StatusYield = false;    ///< a command waits for the link: the status check gives way
+    bool StatusPolled = false;   ///< a status cycle has begun since start-up
     bool DownloadCancel = false; ///< Cancel was pressed during a download
     bool CancelRequest = false;  ///< Cancel was pressed during forwarding
     bool RealtimeStop = false;   ///< real-time receive is to stop

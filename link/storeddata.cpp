@@ -1,8 +1,8 @@
 #include "link/storeddata.h"
 
 #include "link/comm.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "link/reply.h"
 #include "link/saverecord.h"
 #include "platform/progressview.h"
@@ -30,21 +30,20 @@ QCoro::Task<bool> StoredData::Receive(Mode mode, std::shared_ptr<DataSink> sink)
 
 QCoro::Task<bool> StoredData::ReceiveMemoryData(std::shared_ptr<DataSink> sink)
 {
-    gate_->Take();
+    const LinkUse use(*gate_, ActivityDownload);
     Begin(sink.get(), Text(Str::ReceiveMemoryMode));
     const bool complete = co_await Guarded(FetchReadings(sink.get()));
     co_await End(sink.get(), complete);
-    gate_->Release();
     co_return complete;
 }
 
 QCoro::Task<bool> StoredData::ReceiveSaveData(std::shared_ptr<DataSink> sink)
 {
+    const LinkUse use(*gate_, ActivityDownload, LinkUse::Sharing::Shared);
     Begin(sink.get(), Text(Str::ReceiveSaveMode));
     const bool complete = co_await Guarded(FetchRecords(sink.get()));
     co_await comm_->SendCommand(QStringLiteral("PL,0"), SaveModeAttempts);
     co_await End(sink.get(), complete);
-    gate_->Changed();
     co_return complete;
 }
 
@@ -62,7 +61,6 @@ QCoro::Task<bool> StoredData::Guarded(QCoro::Task<bool> fetch)
 
 void StoredData::Begin(DataSink *sink, const QString &caption)
 {
-    state_->LinkActivity = ActivityDownload;
     state_->DownloadCancel = false;
     comm_->SetProgressView(progress_);
     progress_->Show();
@@ -133,7 +131,6 @@ QCoro::Task<void> StoredData::End(DataSink *sink, bool complete)
     sink->DispCalculation();
     if (!complete)
         co_await prompts_->Warn(state_->ErrorMessage);
-    state_->LinkActivity = ActivityIdle;
 }
 
 } // namespace px40

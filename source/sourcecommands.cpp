@@ -3,8 +3,8 @@
 #include "acquire/status.h"
 #include "link/comm.h"
 #include "link/commandoutcome.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "platform/jobs.h"
 #include "resources/strings.h"
 #include "source/numberformat.h"
@@ -146,10 +146,8 @@ QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
 /// Why it was not obeyed.
 QCoro::Task<QString> SourceCommands::Exchange(QString command)
 {
-    const LinkHold hold(*gate_);
-    state_->LinkActivity = ActivitySourceCommand;
+    const LinkUse use(*gate_, ActivitySourceCommand);
     const bool answered = co_await comm_->SendCommand(command, Attempts);
-    state_->LinkActivity = ActivityIdle;
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
     co_return WhyNotObeyed(command, answered, *comm_, *state_);

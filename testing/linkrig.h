@@ -1,8 +1,8 @@
 #pragma once
 
 #include "link/comm.h"
-#include "link/linkgate.h"
 #include "link/linkstate.h"
+#include "link/linkuse.h"
 #include "platform/jobs.h"
 #include "platform/portmap.h"
 #include "platform/userstore.h"

@@ -14,11 +14,11 @@ using namespace std::string_view_literals;
 namespace {
 
 /// A command of the user: takes the link in the step in which it becomes free.
-QCoro::Task<bool> WaitAndTake(LinkGate *gate)
+QCoro::Task<bool> WaitAndTake(LinkGate *gate, std::optional<LinkUse> *use)
 {
     const bool free = co_await gate->WaitUntilFree();
     if (free)
-        gate->Take();
+        use->emplace(*gate, ActivitySourceCommand);
     co_return free;
 }
 
@@ -41,7 +41,8 @@ class CommTest : public QObject
     void IdleInputIsReplaced();
     void ClosedPortSaysWhatIsWrong();
     void SecondOpeningIsRefused();
-    void LinkGateHandsOverOnlyWhenFree();
+    void LinkIsHandedOverOnlyWhenFree();
+    void LinkUsesOverlap();
 };
 
 void CommTest::AnswersAreTheFirstLine()
@@ -247,27 +248,56 @@ void CommTest::SecondOpeningIsRefused()
     QCOMPARE(prompts.warnings, QStringList(u"Another program is using %1."_qs.arg(link)));
 }
 
-void CommTest::LinkGateHandsOverOnlyWhenFree()
+void CommTest::LinkIsHandedOverOnlyWhenFree()
 {
     LinkState state;
     LinkGate gate(state);
-    gate.Take();
-    const Running<bool> command(WaitAndTake(&gate));
-    const Running<bool> second(WaitAndTake(&gate));
+    std::optional<LinkUse> check(std::in_place, gate, ActivityStatusCheck);
+    std::optional<LinkUse> first;
+    std::optional<LinkUse> next;
+    const Running<bool> command(WaitAndTake(&gate, &first));
+    const Running<bool> second(WaitAndTake(&gate, &next));
     QVERIFY(!command.Done());
     QVERIFY(state.StatusYield); // the status check is asked to give way
-    gate.Release();
+    check.reset();
     QVERIFY(Succeeds(command));
     QVERIFY(state.LinkBusy);
+    QCOMPARE(state.LinkActivity, int(ActivitySourceCommand));
     QCoreApplication::processEvents();
     QVERIFY(!second.Done());
-    gate.Release();
+    first.reset();
     QVERIFY(second.Finish());
     QVERIFY(!state.StatusYield);
 
     const Running<bool> leaving(gate.WaitUntilFree());
     gate.Shut();
     QVERIFY(Fails(leaving));
+}
+
+/// The activity is that of the use that began last, whichever ends first.
+void CommTest::LinkUsesOverlap()
+{
+    LinkState state;
+    LinkGate gate(state);
+    const auto now = [&] { return std::pair(state.LinkActivity, state.LinkBusy); };
+    std::optional<LinkUse> forwarding(std::in_place, gate, ActivityForwarding, LinkUse::Sharing::Shared);
+    std::optional<LinkUse> check(std::in_place, gate, ActivityStatusCheck);
+    QCOMPARE(now(), std::pair(int(ActivityStatusCheck), true));
+    forwarding.reset();
+    QCOMPARE(now(), std::pair(int(ActivityStatusCheck), true));
+    check.reset();
+    QCOMPARE(now(), std::pair(int(ActivityIdle), false));
+
+    // A run has to take it up again after a command, but not after its own questions.
+    LinkUse run(gate, ActivityRealtimeTransition, LinkUse::Sharing::Shared);
+    run.Become(ActivityRealtime);
+    for (const auto &[activity, then] :
+         {std::pair(ActivityRealtime, ActivityRealtime), std::pair(ActivitySourceCommand, ActivityIdle)}) {
+        check.emplace(gate, activity);
+        QCOMPARE(now(), std::pair(int(activity), true));
+        check.reset();
+        QCOMPARE(now(), std::pair(int(then), false));
+    }
 }
 
 QTEST_GUILESS_MAIN(CommTest)

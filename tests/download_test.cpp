@@ -53,6 +53,7 @@ class DownloadTest : public QObject
     void FaultsEndInAMessageOrInAllRows();
     void CancelKeepsTheRowsReceived();
     void SaveModeMakesRoomButAddsNothing();
+    void LinkIsHeldUntilSaveModeIsLeft();
     void MemoryThatRunsOutIsTold();
 };
 
@@ -166,6 +167,18 @@ void DownloadTest::SaveModeMakesRoomButAddsNothing()
     rig.Fault("garbage=7");                 // behind five records
     QVERIFY(!rig.Fetch(true));
     QCOMPARE(rig.storedData.Records(), 5);
+}
+
+void DownloadTest::LinkIsHeldUntilSaveModeIsLeft()
+{
+    DownloadRig rig("silent-from=52"); // the last command, which nobody answers
+    rig.data->OpenNew(KindSave);
+    const Running<bool> download(rig.storedData.Receive(StoredData::Mode::Save, rig.data));
+    QTRY_COMPARE(rig.Commands().value(51), u"PL,0"_qs);
+    const Running<bool> next(rig.gate.WaitUntilFree());
+    QVERIFY(!next.Done());
+    QVERIFY(download.Finish() && download.Value());
+    QVERIFY(next.Finish());
 }
 
 void DownloadTest::MemoryThatRunsOutIsTold()

@@ -4,7 +4,7 @@
 #include "document/dataset.h"
 #include "forward/forwarder.h"
 #include "forward/rowforwarder.h"
-#include "link/linkgate.h"
+#include "link/linkuse.h"
 #include "link/linkstate.h"
 #include "platform/userstore.h"
 #include "testing/books.h"
@@ -117,7 +117,7 @@ void ForwarderTest::WholeSetIsForwarded()
         QCOMPARE(rig.progress.shown, call != u"visible 1");
         QVERIFY(!MayClose(rig.state));
         if (call.startsWith(u"cell 6"))
-            rig.state.LinkActivity = ActivityIdle; // as a source command leaves it
+            const LinkUse command(rig.gate, ActivitySourceCommand); // forwarding takes it up again
     };
     const Result<ForwardOutcome> outcome = rig.Forward({QString(), u"Loop 7"_s, true});
     QVERIFY(outcome);
@@ -134,24 +134,20 @@ void ForwarderTest::WholeSetIsForwarded()
     QVERIFY(rig.prompts.warnings.isEmpty());
 }
 
-/// One that begins meanwhile gets its reply, and leaves the link as it is to be.
+/// One that begins meanwhile has the link beyond the end of forwarding.
 void ForwarderTest::StatusCheckGoesOnBeside()
 {
     Rig rig;
+    std::optional<LinkUse> check;
     rig.script.onCall = [&](const QString &call) {
-        if (call != u"chart")
-            return;
-        rig.gate.Take();
-        rig.state.LinkActivity = ActivityStatusCheck;
+        if (call == u"chart")
+            check.emplace(rig.gate, ActivityStatusCheck);
     };
     Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
     const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(rig.dataSet, {}));
-    QVERIFY(WaitUntil([&] { return !rig.progress.shown && rig.state.StatusYield; }));
-    QVERIFY(!running.Done());
-    QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
-    rig.state.LinkActivity = ActivityForwarding; // as it found it
-    rig.gate.Release();
     QVERIFY(running.Finish() && running.Value());
+    QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
+    check.reset();
     QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
 }
 

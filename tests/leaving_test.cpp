@@ -109,9 +109,8 @@ void LeavingTest::LeavingStopsWhatWaits()
 {
     Started program;
     program.Fault("silent");
-    program.services.state.LinkActivity = ActivityStatusCheck;
     const Running<bool> exchange(program.services.comm.SendCommand(QStringLiteral("OC"), 3));
-    program.services.gate.Take();
+    const LinkUse use(program.services.gate, ActivityStatusCheck);
     program.prompts.answers = {Answer::No};
     program.Action("Mdata")->trigger(); // waits for the link
     program.Action("mnuSetupCommport")->trigger();

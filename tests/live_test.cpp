@@ -88,12 +88,12 @@ void LiveTest::SaveModeHasTheLinkToItself()
         return WaitUntil([&] { return program.Cancel()->isVisible(); });
     };
     const qsizetype before = commands().size();
-    program.services.gate.Take(); // as a status check does
+    std::optional<LinkUse> check(std::in_place, program.services.gate, ActivityStatusCheck);
     program.prompts.answers = {Answer::No};
     program.Action("Sdata")->trigger();
     QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
     QVERIFY(program.DataWindows().isEmpty());
-    program.services.gate.Release();
+    check.reset();
     QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
     QVERIFY(!program.services.state.LinkBusy);
     Press(program.Moniter(), "btMeasOnOff");

@@ -146,19 +146,18 @@ void MoniterTest::EachPressSendsACommand()
     // Someone else's exchange, which lasts for several ticks of the button's timer.
     rig.Fault("late=60");
     const auto exchange = [&] {
-        rig.state.LinkActivity = ActivityStatusCheck;
-        const bool answered = Running(rig.comm.SendCommand(u"H1"_qs, 1)).Finish();
-        return answered && std::exchange(rig.state.LinkActivity, ActivityIdle) == ActivityStatusCheck;
+        const LinkUse use(rig.gate, ActivityStatusCheck);
+        return Running(rig.comm.SendCommand(u"H1"_qs, 1)).Finish();
     };
 
-    rig.gate.Take();
+    std::optional<LinkUse> other(std::in_place, rig.gate, ActivityStatusCheck);
     QTest::keyClick(rig.Button(), Qt::Key_Space);
     rig.Button()->click();
     QVERIFY(exchange());
     QCOMPARE(rig.jobs.Running(), 0);
     QCOMPARE(rig.instrument.Status.MeasureOn, 0);
 
-    rig.gate.Release();
+    other.reset();
     QVERIFY(WaitUntil([&] { return rig.state.LinkActivity == ActivityMonitorCommand; }));
     QVERIFY(rig.state.LinkBusy);
     QCOMPARE(rig.instrument.Status.MeasureOn, 1); // before the answer

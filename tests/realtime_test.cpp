@@ -261,10 +261,9 @@ void RealtimeTest::OtherUseOfTheLink()
     LiveRig rig;
     const auto dataSet = rig.NewSet(1);
     QVERIFY(rig.Start(dataSet));
-    rig.gate.Take();
-    QVERIFY(rig.PassSeconds(2));           // dropped
-    rig.state.LinkActivity = ActivityIdle; // as a command of the MEASURE window leaves it
-    rig.gate.Release();
+    std::optional<LinkUse> command(std::in_place, rig.gate, ActivityMonitorCommand);
+    QVERIFY(rig.PassSeconds(2)); // dropped
+    command.reset();
     QVERIFY(!MayClose(rig.state)); // the run holds its windows all the same
     QVERIFY(rig.Check());
     QCOMPARE(rig.Commands().size(), 3); // and has the link to itself
@@ -273,18 +272,24 @@ void RealtimeTest::OtherUseOfTheLink()
     QCOMPARE(rig.state.LinkActivity, int(ActivityRealtime));
     QVERIFY(rig.Pass(1000));
     QCOMPARE(dataSet->GetDatacount(), 1);
-    rig.state.LinkActivity = ActivityIdle;
+    command.emplace(rig.gate, ActivitySourceCommand);
+    command.reset();
     rig.state.RealtimeStop = true;
-    QVERIFY(rig.Pass(1000));
+    rig.Fault("silent");
+    rig.Tick(1000);
+    QVERIFY(rig.state.LinkBusy); // nothing else is sent beside the last command
+    QVERIFY(rig.Settled());
     QCOMPARE(rig.Commands().last(), u"PL,0"_qs);
     QVERIFY(rig.Ended());
+    rig.Fault("none");
 
-    rig.gate.Take(); // in the moment of the start
+    command.emplace(rig.gate, ActivitySourceCommand); // in the moment of the start
     const auto next = rig.NewSet(1);
     QVERIFY(rig.Start(next));
-    rig.gate.Release();
+    QCOMPARE(rig.instrument.StatusReply, u"ERROR"_qs); // not the reading of another time
+    command.reset();
     QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(Kinds(*next), u"E+"_qs); // not the reading of another time
+    QCOMPARE(Kinds(*next), u"+"_qs);
 }
 
 void RealtimeTest::RunGoesOnBehindOldRows()

@@ -275,7 +275,7 @@ void SourceTest::KeysAndClosing()
 
     // A run does not hold it, and the command goes out all the same.
     QVERIFY(rig.state.SourceOpen);
-    rig.state.LinkActivity = ActivityRealtime;
+    const LinkUse run(rig.gate, ActivityRealtime, LinkUse::Sharing::Shared);
     rig.Use(u"btDown0"_qs);
     rig.window->close();
     QVERIFY(!rig.state.SourceOpen);

@@ -22,15 +22,16 @@ void SourceCommandsTest::TheLatestRequestWaitsForTheLink()
     for (const bool polled : {false, true}) {
         SourceRig rig;
         rig.state.StatusPolled = polled;
+        std::optional<LinkUse> check;
         if (polled)
-            rig.gate.Take();
+            check.emplace(rig.gate, ActivityStatusCheck);
         for (const int digit : {0, 4, 4, 1})
             rig.source.StepUp(digit);
         QCOMPARE(rig.source.tmSrcInter.Interval(), 10);
         Q_EMIT rig.source.tmSrcInter.tick();
         QCOMPARE(rig.jobs.Running(), 0);
         rig.state.StatusPolled = true;
-        rig.gate.Release();
+        check.reset();
         QVERIFY(WaitUntil([&] { return rig.jobs.Running() == 1; }));
         QVERIFY(rig.state.LinkBusy && rig.state.LinkActivity == ActivitySourceCommand);
         QCOMPARE(rig.Sent(), u"UP2"_qs);
@@ -139,15 +140,14 @@ void SourceCommandsTest::TellsTheUserWhatCameOfIt()
     QCOMPARE(rig.told[2], rig.told[1] + u"  "_qs + QString(rig.told[0]).replace(u"SR0"_qs, u"DW1"_qs));
 
     // A download has the link; then another window opens, whose lists are now what is to be sent.
-    rig.gate.Take();
-    rig.state.LinkActivity = ActivityDownload;
+    std::optional<LinkUse> download(std::in_place, rig.gate, ActivityDownload);
     rig.source.StepDown(1);
     QCOMPARE(rig.told.last(), u"\"DW2\" waits for the PX40."_qs);
     rig.SetMode(0);
     rig.source.LoadLists();
     QVERIFY(rig.told.contains(u"-\"DW2\" waits for the PX40."_qs));
     rig.comm.ClosePort();
-    rig.gate.Release();
+    download.reset();
     rig.state.StatusPolled = false; // nothing was ever reached
     rig.source.StepDown(2);
     QVERIFY(rig.told.last().endsWith(u"  \"DW3\" waits for the PX40."));

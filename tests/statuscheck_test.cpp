@@ -47,10 +47,10 @@ void StatusCheckTest::CycleAsksAndShows()
 void StatusCheckTest::CycleIsSkippedOrYields()
 {
     LiveRig rig;
-    rig.gate.Take();
+    std::optional<LinkUse> other(std::in_place, rig.gate, ActivitySourceCommand);
     QVERIFY(rig.Check());
     QVERIFY(!rig.state.StatusPolled);
-    rig.gate.Release();
+    other.reset();
 
     // A command of the user waits: the cycle ends after the exchange under way, and decodes nothing.
     const Running<bool> cycle(rig.check.CheckStatus());
