@@ -3,7 +3,6 @@
 #include "acquire/instrumentface.h"
 #include "acquire/status.h"
 #include "link/comm.h"
-#include "link/commandoutcome.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
 #include "platform/elidedlabel.h"
@@ -21,7 +20,6 @@ namespace px40 {
 namespace {
 
 constexpr int ClickDelayMs = 10;
-constexpr int Attempts = 3;
 
 // In pixels of 1/96 inch, as the face's design.
 constexpr QSizeF FaceSize{304, 108};
@@ -91,8 +89,6 @@ void frmMoniter::Fade()
     face_->Fade();
 }
 
-void frmMoniter::SetData(const QString &) {}
-
 void frmMoniter::SendNow()
 {
     if (presses_ == 0 || LinkInUse(*services_.state))
@@ -107,12 +103,13 @@ QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, Monit
     const int measureOn = services.instrument->Status.MeasureOn;
     // At once, so that a second press before the next status sends the other command.
     services.instrument->Status.MeasureOn = measureOn == 0 ? 1 : 0;
-    const QString command = measureOn != 1 ? QStringLiteral("MO1") : QStringLiteral("MO0");
+    const LinkCommand command = SetMeasuring(measureOn != 1);
 
     // Whether it succeeded is seen in the next status; why not, here.
-    const bool answered = co_await services.comm->SendCommand(command, Attempts);
+    const Result<QString> reply = co_await services.comm->SendCommand(command);
+    const Result<> obeyed = Obeyed(command, reply);
     if (window)
-        window->ShowMessage(WhyNotObeyed(command, answered, *services.comm, *services.state));
+        window->ShowMessage(obeyed ? QString() : obeyed.error().text);
     if (window && window->presses_ == 0)
         window->tmMeasInter_.SetInterval(0);
 }

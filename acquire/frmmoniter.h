@@ -12,10 +12,10 @@ namespace px40 {
 
 class Comm;
 class InstrumentFace;
+class InstrumentState;
 class Jobs;
 class LinkGate;
 class UserStore;
-struct InstrumentState;
 struct LinkState;
 struct MeasureDisplay;
 
@@ -48,10 +48,6 @@ class frmMoniter : public LiveWindow
 
     /// The link may be free: a press that waits is sent at once instead of on the next tick.
     void SendNow();
-
-    /// Told of each sample that real-time receive takes. Deliberately without effect: the status that is
-    /// decoded with the sample refreshes the window.
-    void SetData(const QString &rcvData);
 
   protected:
     bool MayCloseNow() const override;

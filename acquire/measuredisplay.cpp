@@ -1,6 +1,6 @@
 #include "acquire/measuredisplay.h"
 
-#include "acquire/status.h"
+#include "link/condition.h"
 #include "link/rangelists.h"
 #include "link/reply.h"
 
@@ -73,14 +73,12 @@ MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ran
 
 QString MeasureValueText(const QString &field)
 {
-    if (field == NoReplyText())
-        return field;
-    const QString state = Field(field, 4, 1);
-    if (state == u"O" || state == u"E")
+    const ValueField value = SplitValue(field);
+    if (value.state == u"O" || value.state == u"E")
         return NoValueText();
-    if (state == u"B")
+    if (value.state == u"B")
         return BurnOutText();
-    return Field(field, 5, 7);
+    return value.sign + value.number;
 }
 
 OptionIndicators ShowOptionIndicators(const InstrumentStatus &status)

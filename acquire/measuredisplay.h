@@ -49,7 +49,7 @@ struct MeasureDisplay : SideDisplay
 MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ranges);
 
 /// The text for a 14-character value field: "-----" over-range or no reading, " -bo-" burn-out, else sign and
-/// number as they stand. "ERROR" passes.
+/// number as they stand.
 QString MeasureValueText(const QString &field);
 
 /// The option indicators for a status. Senses are mixed: "RJON", "IPTS-68" and "CONTACT IN" are lit while

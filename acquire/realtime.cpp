@@ -1,16 +1,13 @@
 #include "acquire/realtime.h"
 
-#include "acquire/sample.h"
 #include "acquire/status.h"
 #include "document/dataset.h"
 #include "document/rowforward.h"
 #include "document/statistics.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
-#include "link/linkuse.h"
 #include "platform/clock.h"
 #include "platform/jobs.h"
-#include "platform/prompts.h"
 #include "platform/timer.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
@@ -18,26 +15,21 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <array>
 #include <exception>
-#include <optional>
+#include <utility>
 
 namespace px40 {
 
 namespace {
-
-constexpr int Attempts = 3;
-constexpr int StopAttempts = 1;
-constexpr std::array<const char *, 2> Preparations = {"AN1", "H1"};
 
 /// So many rows of a late tick are stored at a time; in between the windows live.
 constexpr qint32 RowsAtATime = 500;
 
 } // namespace
 
-Realtime::Realtime(const Parts &parts) : parts_(parts)
+Realtime::Realtime(Parts parts) : parts_(std::move(parts))
 {
-    connect(&parts.tmRealtime, &Timer::tick, this, &Realtime::OnTick);
+    connect(&parts_.tmRealtime, &Timer::tick, this, &Realtime::OnTick);
 }
 
 Realtime::~Realtime() = default;
@@ -59,7 +51,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     port_ = 0;
     ShowBar();
     parts_.state.RealtimeRun = true;
-    parts_.views.RunChanged();
+    Q_EMIT runChanged();
     ForwardOff_ = true;
     bool forwarding = false;
     if (forward && forward_)
@@ -67,50 +59,46 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     ForwardOff_ = !forwarding;
     if (forward && !forwarding)
         ForwardFailed();
-    use_->Become(ActivityRealtime);
-    parts_.state.ReceiveGate = true;
     ElapsedSeconds_ = 0;
-    SkipSample_ = !IsSamplingSecond();
     co_await RequestSample();
 }
 
 /// Whatever a run trips over ends it like a row that cannot be stored.
 QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
 {
-    bool failed = false;
+    QString trouble;
     try {
         co_await work;
     } catch (const std::exception &error) {
-        parts_.state.ErrorMessage = QString::fromLocal8Bit(error.what());
-        failed = true;
+        trouble = QString::fromLocal8Bit(error.what());
     }
-    if (failed && data_)
-        co_await FinishRealtime(true);
+    if (!trouble.isEmpty() && data_)
+        co_await FinishRealtime(trouble);
 }
 
-void Realtime::StopAsked()
+void Realtime::Stop()
 {
+    parts_.state.RealtimeStop = true;
     if (data_)
         ShowProgress();
 }
 
-/// The request of a second: its reply, or "ERROR", stands in `StatusReply` afterwards.
+/// The request of a second.
 QCoro::Task<void> Realtime::RequestSample()
 {
-    parts_.state.ReceiveGate = true;
     if (!parts_.tmRealtime.Enabled()) {
         parts_.tmRealtime.SetEnabled(true);
         seconds_.Begin(parts_.clock);
     }
     use_->Become(ActivityRealtime);
     if (parts_.state.LinkBusy) {
-        parts_.instrument.StatusReply = NoReplyText(); // not that of the second before
+        parts_.instrument.Miss(); // not the status of the second before
         co_return;
     }
     OpenPortAgain();
     ShowProgress(); // a silent instrument may take its time now
     co_await Ask();
-    parts_.views.StatusStored();
+    Q_EMIT asked();
     ShowProgress();
 }
 
@@ -123,33 +111,31 @@ void Realtime::OpenPortAgain()
     }
     if (port_ != 0 && port_ != parts_.comm.PortNumber())
         parts_.comm.SetPortNumber(port_);
-    parts_.comm.TryOpenPort();
+    static_cast<void>(parts_.comm.OpenPort()); // the progress tells that it is closed
 }
 
 QCoro::Task<void> Realtime::Ask()
 {
     const LinkUse alone(parts_.gate, ActivityRealtime);
-    for (const char *const command : Preparations)
-        co_await parts_.comm.SendCommand(QString::fromLatin1(command), Attempts);
-    const bool answered = co_await parts_.comm.SendCommand(QStringLiteral("OC"), Attempts);
-    if (!answered)
-        parts_.state.RecvBuffer = NoReplyText();
-    const qint16 commMode = CheckCommMode(parts_.state.RecvBuffer, parts_.state.ReplyLength);
-    parts_.instrument.StatusReply = commMode == CommModeUsable ? parts_.state.RecvBuffer : NoReplyText();
-    if (parts_.instrument.StatusReply != NoReplyText())
-        ++parts_.instrument.Accepted;
-    progress_.answered = answered;
+    const auto commands = AskCondition();
+    Result<QString> reply;
+    for (const LinkCommand &command : commands)
+        reply = co_await parts_.comm.SendCommand(command);
+    progress_.answered = reply.has_value();
     replySecond_ = SecondOf(parts_.clock.UtcMs());
+    if (reply && CheckCommMode(*reply))
+        parts_.instrument.Take(*reply);
+    else
+        parts_.instrument.Miss();
 }
 
 void Realtime::OnTick()
 {
-    if (ticking_ || !parts_.state.ReceiveGate)
+    if (ticking_ || !data_)
         return;
     const qint32 seconds = seconds_.Count();
     if (seconds < 1 || parts_.state.LinkBusy)
         return; // seconds in which another part has the link are dropped
-    parts_.state.ReceiveGate = false;
     ticking_ = true;
     parts_.jobs.Launch(Tick(seconds), "real-time tick");
 }
@@ -159,12 +145,23 @@ QCoro::Task<void> Realtime::Tick(qint32 seconds)
     if (parts_.state.LinkActivity == ActivityRealtime)
         co_await Guarded(OnRealtimeTick(seconds));
     else
-        co_await Guarded(OnIdleTick(seconds));
-    parts_.state.ReceiveGate = true;
+        co_await Guarded(OnIdleTick());
     ticking_ = false;
 }
 
 QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
+{
+    const Result<bool> goesOn = co_await StoreSeconds(seconds);
+    if (!goesOn)
+        co_await FinishRealtime(goesOn.error().text);
+    else if (!*goesOn || parts_.state.RealtimeStop)
+        co_await FinishRealtime(QString());
+    else
+        co_await RequestSample();
+}
+
+/// False when the period is over; it may be changed while the run is under way.
+QCoro::Task<Result<bool>> Realtime::StoreSeconds(qint32 seconds)
 {
     std::optional<LinkUse> alone; // between the rows of a very late tick nobody else gets the link
     if (seconds >= RowsAtATime)
@@ -176,28 +173,18 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
             ShowProgress();
             co_await NextEventLoopTurn();
         }
-        const QString reply = k == answered ? parts_.instrument.StatusReply : NoReplyText();
-        const bool sampling = k == 1 ? !SkipSample_ : IsSamplingSecond();
-        if (!sampling) {
-            SetData(reply);
-        } else if (!AddSample(reply, firstSecond + k - 1)) {
-            alone.reset();
-            co_await FinishRealtime(true);
-            co_return;
+        if (IsSamplingSecond()) {
+            const ReadingTexts missed = {NoReplyText(), {}, {}, {}};
+            const Result<> added =
+                AddSample(k == answered ? parts_.instrument.Sample : missed, firstSecond + k - 1);
+            if (!added)
+                co_return Fail(added.error());
         }
-        if (!AdvanceSecond()) {
-            alone.reset();
-            co_await FinishRealtime(false);
-            co_return;
-        }
+        ++ElapsedSeconds_;
+        if (!data_->GetPeriodnone() && ElapsedSeconds_ > data_->GetPeriodcount())
+            co_return false;
     }
-    alone.reset();
-    if (parts_.state.RealtimeStop) {
-        co_await FinishRealtime(false);
-        co_return;
-    }
-    SkipSample_ = !IsSamplingSecond();
-    co_await RequestSample();
+    co_return true;
 }
 
 /// Which of the seconds of a tick the reply belongs to, from 1.
@@ -217,22 +204,18 @@ qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
 }
 
 /// Another part has used the link since the last second and left it idle: this second is not counted.
-QCoro::Task<void> Realtime::OnIdleTick(qint32 seconds)
+QCoro::Task<void> Realtime::OnIdleTick()
 {
-    SetData(parts_.instrument.StatusReply);
-    if (seconds > 1)
-        SetData(NoReplyText());
     if (parts_.state.RealtimeStop)
         co_await StopRealtime();
     else
         co_await RequestSample();
 }
 
-bool Realtime::AddSample(const QString &reply, qint64 second)
+Result<> Realtime::AddSample(const ReadingTexts &sample, qint64 second)
 {
-    const ReadingTexts sample = DecodeSample(reply, parts_.instrument.Status.SourceFunction);
     if (!data_->AddGridrow())
-        return false;
+        return Fail(parts_.state.ErrorMessage);
     data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
                            sample.sourceUnit, IsValidReading(sample.measureValue));
     ++progress_.rows;
@@ -241,7 +224,7 @@ bool Realtime::AddSample(const QString &reply, qint64 second)
     ShowBar();
     if (!ForwardOff_)
         Forward();
-    return true;
+    return {};
 }
 
 void Realtime::Forward()
@@ -267,13 +250,6 @@ QCoro::Task<void> Realtime::CloseForward()
     const bool done = co_await forward_->Close();
     if (!done)
         ForwardFailed();
-}
-
-/// False when the period is over. It may be changed while the run is under way.
-bool Realtime::AdvanceSecond()
-{
-    ++ElapsedSeconds_;
-    return data_->GetPeriodnone() || ElapsedSeconds_ <= data_->GetPeriodcount();
 }
 
 bool Realtime::IsSamplingSecond() const
@@ -302,12 +278,6 @@ void Realtime::ForwardFailed()
     progress_.forwardReason = FirstLine(parts_.state.ForwardErrorText);
 }
 
-void Realtime::SetData(const QString &text)
-{
-    if (parts_.state.MonitorOpen)
-        parts_.views.SetData(text);
-}
-
 void Realtime::ShowProgress()
 {
     progress_.name = QFileInfo(data_->Caption()).fileName();
@@ -318,16 +288,19 @@ void Realtime::ShowProgress()
     progress_.portOpen = parts_.comm.IsOpen();
     progress_.portLost = parts_.comm.IsLost();
     progress_.stopping = parts_.state.RealtimeStop;
-    parts_.views.ShowRun(progress_);
+    Q_EMIT progressed(progress_);
 }
 
-QCoro::Task<void> Realtime::FinishRealtime(bool showMessage)
+/// `trouble`: what has ended the run; empty: nothing has.
+QCoro::Task<void> Realtime::FinishRealtime(QString trouble)
 {
     parts_.tmRealtime.SetEnabled(false);
     use_->Become(ActivityRealtimeTransition);
     co_await CloseForward();
-    if (showMessage)
-        co_await parts_.prompts.Warn(parts_.state.ErrorMessage);
+    if (!trouble.isEmpty()) {
+        parts_.state.ErrorMessage = trouble;
+        co_await parts_.tell(trouble);
+    }
     End();
 }
 
@@ -335,15 +308,12 @@ QCoro::Task<void> Realtime::StopRealtime()
 {
     parts_.tmRealtime.SetEnabled(false);
     use_->Become(ActivityRealtimeStopping);
-    co_await SendStop();
+    {
+        const LinkUse alone(parts_.gate, ActivityRealtimeStopping);
+        co_await parts_.comm.SendCommand(EndRealtime());
+    }
     co_await CloseForward();
     End();
-}
-
-QCoro::Task<void> Realtime::SendStop()
-{
-    const LinkUse alone(parts_.gate, ActivityRealtimeStopping);
-    co_await parts_.comm.SendCommand(QStringLiteral("PL,0"), StopAttempts);
 }
 
 void Realtime::End()
@@ -353,7 +323,7 @@ void Realtime::End()
     data_.reset();
     parts_.state.RealtimeRun = false;
     use_.reset();
-    parts_.views.RunChanged();
+    Q_EMIT runChanged();
 }
 
 } // namespace px40

@@ -3,6 +3,8 @@
 #include "acquire/runprogress.h"
 #include "acquire/secondcounter.h"
 #include "link/linkuse.h"
+#include "platform/result.h"
+#include "platform/tell.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -16,32 +18,11 @@ namespace px40 {
 class Clock;
 class Comm;
 class DataSet;
+class InstrumentState;
 class Jobs;
-class Prompts;
 class RowForward;
 class Timer;
-struct InstrumentState;
-
-/// The windows as a real-time run sees them.
-class RealtimeViews
-{
-  public:
-    RealtimeViews() = default;
-    RealtimeViews(const RealtimeViews &) = delete;
-    RealtimeViews &operator=(const RealtimeViews &) = delete;
-    virtual ~RealtimeViews() = default;
-
-    /// A run has begun or ended (`RealtimeRun`): other commands are available now.
-    virtual void RunChanged() = 0;
-
-    virtual void ShowRun(const RunProgress &progress) = 0;
-
-    /// A new status reply, or "ERROR", is stored and may be shown.
-    virtual void StatusStored() = 0;
-
-    /// For the MEASURE window: the reading of a second.
-    virtual void SetData(const QString &rcvData) = 0;
-};
+struct ReadingTexts;
 
 /// Real-time receive: asks for the instrument's status once a second and stores every interval-th one as a
 /// row until the period is over or the user stops.
@@ -63,15 +44,14 @@ class Realtime : public QObject
         LinkState &state;
         LinkGate &gate;
         Comm &comm;
-        Prompts &prompts;
         Jobs &jobs;
         const Clock &clock;
         InstrumentState &instrument;
         Timer &tmRealtime;
-        RealtimeViews &views;
+        Tell tell; ///< why a run has ended, before it is over for the rest of the program
     };
 
-    explicit Realtime(const Parts &parts);
+    explicit Realtime(Parts parts);
     ~Realtime() override;
 
     /// Where rows are forwarded to when a run asks for it; null: nowhere, so asking for it fails. Must
@@ -82,11 +62,16 @@ class Realtime : public QObject
     /// caller has found the link idle and free.
     QCoro::Task<void> StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward);
 
-    /// To be called after `RealtimeStop` was set: the run ends at the next second.
-    void StopAsked();
+    /// The run ends at the next second.
+    void Stop();
 
     /// The data set of the run; null when there is none.
     const DataSet *RealtimeData() const { return data_.get(); }
+
+  Q_SIGNALS:
+    void runChanged(); ///< a run has begun or ended (`RealtimeRun`)
+    void progressed(const px40::RunProgress &progress);
+    void asked(); ///< the instrument has been, for this second: the link is free until the next one
 
   private:
     QCoro::Task<void> Begin(bool forward);
@@ -94,16 +79,15 @@ class Realtime : public QObject
     void OnTick();
     QCoro::Task<void> Tick(qint32 seconds);
     QCoro::Task<void> OnRealtimeTick(qint32 seconds);
-    QCoro::Task<void> OnIdleTick(qint32 seconds);
+    QCoro::Task<void> OnIdleTick();
+    QCoro::Task<Result<bool>> StoreSeconds(qint32 seconds);
     QCoro::Task<void> RequestSample();
     void OpenPortAgain();
     QCoro::Task<void> Ask();
     qint32 SecondOfReply(qint64 firstSecond, qint32 seconds) const;
-    bool AddSample(const QString &reply, qint64 second);
-    bool AdvanceSecond();
-    QCoro::Task<void> FinishRealtime(bool showMessage);
+    Result<> AddSample(const ReadingTexts &sample, qint64 second);
+    QCoro::Task<void> FinishRealtime(QString trouble);
     QCoro::Task<void> StopRealtime();
-    QCoro::Task<void> SendStop();
 
     bool IsSamplingSecond() const;
     qint32 Interval() const;
@@ -111,7 +95,6 @@ class Realtime : public QObject
     void Forward();
     QCoro::Task<void> CloseForward();
     void ForwardFailed();
-    void SetData(const QString &text);
     void ShowProgress();
     void End();
 
@@ -125,7 +108,6 @@ class Realtime : public QObject
     qint32 ElapsedSeconds_ = 0;
     int port_ = 0; ///< the port number that the run had last; 0: none yet
     int barRows_ = 0;
-    bool SkipSample_ = false; ///< this second gets no row
     bool ForwardOff_ = true;
     bool ticking_ = false; ///< a tick is at work, its request included: further ticks stay out
 };

@@ -1,34 +1,18 @@
 #include "acquire/statuscheck.h"
 
-#include "acquire/measuredisplay.h"
 #include "acquire/status.h"
 #include "link/comm.h"
-#include "link/linkstate.h"
 #include "link/linkuse.h"
-#include "link/reply.h"
-#include "platform/prompts.h"
 #include "platform/timer.h"
 
-#include <QLoggingCategory>
-
-#include <array>
+#include <utility>
 
 namespace px40 {
 
-namespace {
-
-Q_LOGGING_CATEGORY(lcAcquire, "px40.acquire")
-
-constexpr int Attempts = 3;
-constexpr std::array<const char *, 3> Commands = {"AN1", "H1", "OC"};
-
-} // namespace
-
-StatusCheck::StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, Prompts &prompts,
-                         InstrumentState &instrument, const RangeLists &ranges, Timer &checkTimer,
-                         StatusViews &views)
-    : state_(&state), gate_(&gate), comm_(&comm), prompts_(&prompts), instrument_(&instrument),
-      ranges_(&ranges), checkTimer_(&checkTimer), views_(&views)
+StatusCheck::StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, InstrumentState &instrument,
+                         Timer &checkTimer, Tell tell)
+    : state_(&state), gate_(&gate), comm_(&comm), instrument_(&instrument), checkTimer_(&checkTimer),
+      tell_(std::move(tell))
 {
 }
 
@@ -37,70 +21,54 @@ QCoro::Task<bool> StatusCheck::CheckStatus()
     if (LinkInUse(*state_))
         co_return true;
     state_->StatusPolled = true;
-    if (state_->LinkActivity != ActivityRealtime) {
-        if (state_->RealtimeRun)
-            co_return true; // the run asks by itself within this second
-        const Outcome outcome = co_await FetchStatus();
-        if (outcome != Outcome::Fetched)
-            co_return outcome == Outcome::Yielded;
+    if (state_->LinkActivity == ActivityRealtime) {
+        instrument_->ShowAgain();
+        co_return true;
     }
-    ShowStatus();
-    co_return true;
+    if (state_->RealtimeRun)
+        co_return true; // the run asks by itself within this second
+    const Result<QString> reply = co_await FetchStatus();
+    if (reply)
+        instrument_->Take(*reply);
+    co_return reply || reply.error().code == FailureCode::Cancelled;
 }
 
-QCoro::Task<StatusCheck::Outcome> StatusCheck::FetchStatus()
+/// Cancelled when it has given way.
+QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
 {
-    const int opening = comm_->Opening();
+    const int connection = comm_->Connection();
     const LinkUse use(*gate_, ActivityStatusCheck);
-    for (const char *const command : Commands) {
-        const bool answered = co_await comm_->SendCommand(QString::fromLatin1(command), Attempts);
-        if (!answered) {
-            // Another port chosen meanwhile, or behind the box, is no failure: what follows is the new
-            // port's.
-            if (!IsReplaced(opening))
-                co_await prompts_->Warn(NoAnswerMessage());
-            const bool failed = !IsReplaced(opening);
-            if (failed) {
-                checkTimer_->SetInterval(0);
-                checkTimer_->SetEnabled(false);
-            }
-            co_return failed ? Outcome::Failed : Outcome::Yielded;
-        }
+    const auto commands = AskCondition();
+    Result<QString> reply;
+    for (const LinkCommand &command : commands) {
+        reply = co_await comm_->SendCommand(command);
+        if (!reply)
+            break;
         if (gate_->TakeYield())
-            co_return Outcome::Yielded;
+            co_return Fail({}, FailureCode::Cancelled);
     }
-    const qint16 commMode = CheckCommMode(state_->RecvBuffer, state_->ReplyLength);
-    if (commMode == CommModeUsable) {
-        instrument_->StatusReply = state_->RecvBuffer;
-        ++instrument_->Accepted;
-    } else {
-        co_await prompts_->Warn(CommModeMessage(commMode));
+    if (!reply) {
+        // Another port chosen meanwhile, or behind the box, is no failure: what follows is the new port's.
+        if (!IsReplaced(connection))
+            co_await tell_(NoAnswerMessage());
+        if (IsReplaced(connection))
+            co_return Fail({}, FailureCode::Cancelled);
+        checkTimer_->SetInterval(0);
         checkTimer_->SetEnabled(false);
+        co_return Fail(NoAnswerMessage());
     }
-    co_return commMode == CommModeUsable ? Outcome::Fetched : Outcome::Failed;
+    const Result<> usable = CheckCommMode(*reply);
+    if (!usable) {
+        co_await tell_(usable.error().text);
+        checkTimer_->SetEnabled(false);
+        co_return Fail(usable.error());
+    }
+    co_return reply;
 }
 
-bool StatusCheck::IsReplaced(int opening) const
+bool StatusCheck::IsReplaced(int connection) const
 {
-    return comm_->Opening() != opening && !comm_->IsLost();
-}
-
-void StatusCheck::ShowStatus()
-{
-    const QString reply = instrument_->StatusReply;
-    if (reply.isEmpty() || reply == NoReplyText())
-        return;
-    if (!DecodeStatus(reply, &instrument_->Status)) {
-        qCWarning(lcAcquire) << "no status:" << reply;
-        return;
-    }
-    if (state_->MonitorOpen)
-        views_->ShowMeasure(ShowMeasure(instrument_->Status, *ranges_));
-    if (state_->SourceOpen)
-        views_->ShowSourceStatus(instrument_->Status);
-    if (state_->LinkActivity == ActivityIdle)
-        views_->EnableMainCommands(!HidesMeasurement(instrument_->Status.SourceMode));
-    instrument_->PreviousStatus = instrument_->Status;
+    return comm_->Connection() != connection && !comm_->IsLost();
 }
 
 } // namespace px40

@@ -94,7 +94,6 @@ void frmCancel::PressCancel()
     SetMessage(Text(Str::Canceling));
     state_->ForwardErrorText = Text(Str::Canceled);
     if (state_->LinkActivity == ActivityDownload) {
-        comm_->tmTimeout().SetEnabled(false);
         state_->DownloadCancel = true;
         comm_->FlagsChanged();
     } else {

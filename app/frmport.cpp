@@ -2,6 +2,7 @@
 
 #include "app/services.h"
 #include "platform/named.h"
+#include "platform/prompts.h"
 #include "platform/timer.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
@@ -172,10 +173,11 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     services->comm.ClosePort();
     dialog->checkTimer_->SetInterval(0);
     dialog->checkTimer_->SetEnabled(false);
-    services->comm.tmTimeout().SetEnabled(false);
     const QString chosen = dialog->cbPort_->currentText();
     services->comm.SetPortNumber(chosen.toInt());
-    const bool opened = co_await services->comm.OpenPort();
+    const Result<> opened = services->comm.OpenPort();
+    if (!opened)
+        co_await services->prompts.Warn(opened.error().text);
     if (opened && services->ports.Keeps()) // whoever looks at a demo keeps the port of the instrument
         services->settings.PortNumberText = chosen;
     if (!dialog)

@@ -5,8 +5,8 @@
 #include "acquire/secondcounter.h"
 #include "app/maincommands.h"
 #include "link/comm.h"
-#include "link/reply.h"
 #include "platform/geometry.h"
+#include "platform/prompts.h"
 #include "platform/timer.h"
 #include "resources/strings.h"
 #include "source/frmsource.h"
@@ -46,15 +46,17 @@ void BringToFront(QWidget *window)
 
 Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidget *window)
     : QObject(window), services_(&services), commands_(&commands), tmCheckStat_(&tmCheckStat),
-      window_(window), statusCheck_(services.state, services.gate, services.comm, services.prompts,
-                                    services.instrument, services.ranges, tmCheckStat, *this),
+      window_(window),
+      statusCheck_(services.state, services.gate, services.comm, services.instrument, tmCheckStat,
+                   [&services](const QString &text) { return services.prompts.Warn(text); }),
       sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument),
       tmFade_(FadeAfterMs, false, this)
 {
     tmFade_.setObjectName(QStringLiteral("tmFade"));
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
     connect(&tmCheckStat, &Timer::tick, this, &Live::LaunchCheck);
-    connect(&commands, &MainCommands::sampleStored, this, &Live::LaunchCheck);
+    connect(&services.instrument, &InstrumentState::statusReceived, this, &Live::ShowStatus);
+    connect(&commands, &MainCommands::sampleAsked, this, &Live::SendWaiting);
     connect(&commands, &MainCommands::runChanged, this, &Live::OnRunChanged);
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::OnCommandFailed);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::OnCommandRecovered);
@@ -73,8 +75,10 @@ void Live::ShowWindow(LiveWindow *window)
     window_->activateWindow();
     ShowNotes();
     // A lost instrument that has been plugged in again is found again.
-    if (services_->comm.IsLost() && !services_->state.RealtimeRun)
-        services_->statusLine.Show(FirstLine(services_->comm.TryOpenPort()));
+    if (services_->comm.IsLost() && !services_->state.RealtimeRun) {
+        const Result<> opened = services_->comm.OpenPort();
+        services_->statusLine.Show(opened ? QString() : FirstLine(opened.error().text));
+    }
     StartChecking();
     Q_EMIT windowsChanged();
 }
@@ -211,7 +215,7 @@ void Live::OnRunChanged()
     if (services_->state.RealtimeRun || (!moniter_ && !source_))
         return;
     if (services_->comm.IsLost())
-        services_->comm.TryOpenPort(); // how the run ended stays to be read
+        static_cast<void>(services_->comm.OpenPort()); // how the run ended stays to be read
     StartChecking();
 }
 
@@ -224,12 +228,7 @@ QCoro::Task<void> Live::Check()
 {
     const bool reached = co_await statusCheck_.CheckStatus();
     if (reached) {
-        if (services_->leaving)
-            co_return;
-        // With a slow instrument the next check would follow before the timers of these come round.
-        sourceCommands_.SendNow();
-        if (moniter_)
-            moniter_->SendNow();
+        SendWaiting();
         co_return;
     }
     moniterByTrouble_ = moniterByTrouble_ || moniter_;
@@ -237,22 +236,32 @@ QCoro::Task<void> Live::Check()
     CloseWindows();
 }
 
-void Live::ShowMeasure(const MeasureDisplay &display)
+/// With a slow instrument the next question would follow before the timers of these come round.
+void Live::SendWaiting()
 {
-    TakeNews();
+    if (services_->leaving)
+        return;
+    sourceCommands_.SendNow();
     if (moniter_)
-        moniter_->Show(display);
-    if (moniter_ && faded_) // it is the old one, decoded again
-        moniter_->Fade();
+        moniter_->SendNow();
 }
 
-void Live::ShowSourceStatus(const InstrumentStatus &status)
+void Live::ShowStatus()
 {
-    TakeNews();
-    const bool inMeasure = moniter_ && HidesMeasurement(status.SourceMode);
-    ShowSource(px40::ShowSource(status, services_->ranges, inMeasure));
+    const InstrumentStatus &status = services_->instrument.Status;
+    const bool hidden = HidesMeasurement(status.SourceMode);
+    if (moniter_ || source_)
+        TakeNews();
+    if (moniter_)
+        moniter_->Show(ShowMeasure(status, services_->ranges));
+    if (moniter_ && faded_) // it is the old one, shown again
+        moniter_->Fade();
+    if (source_)
+        ShowSource(px40::ShowSource(status, services_->ranges, moniter_ && hidden));
     if (source_ && faded_)
         source_->Fade();
+    if (services_->state.LinkActivity == ActivityIdle)
+        commands_->AllowReceiving(!hidden);
 }
 
 void Live::TakeNews()
@@ -270,7 +279,7 @@ void Live::TakeNews()
 void Live::OnLine()
 {
     const InstrumentState &instrument = services_->instrument;
-    const bool shown = newest_ == instrument.Accepted && instrument.StatusReply != NoReplyText();
+    const bool shown = newest_ == instrument.Accepted && instrument.Known;
     if (tmFade_.Enabled() && shown)
         tmFade_.SetEnabled(true);
 }
@@ -301,11 +310,6 @@ void Live::ShowSource(const SourceDisplay &display)
         source_->Show(display);
     if (valueEntry_)
         valueEntry_->ShowUnit(UnitText(display));
-}
-
-void Live::EnableMainCommands(bool enabled)
-{
-    commands_->AllowReceiving(enabled);
 }
 
 /// In the SOURCE window as well: the main window's line may be covered.

@@ -22,7 +22,7 @@ struct SourceDisplay;
 
 /// The MEASURE and SOURCE windows, the status check that writes to them, and the commands of the SOURCE
 /// window.
-class Live : public QObject, private StatusViews
+class Live : public QObject
 {
     Q_OBJECT
 
@@ -65,10 +65,8 @@ class Live : public QObject, private StatusViews
     void StartChecking();
     void LaunchCheck();
     QCoro::Task<void> Check();
-
-    void ShowMeasure(const MeasureDisplay &display) override;
-    void ShowSourceStatus(const InstrumentStatus &status) override;
-    void EnableMainCommands(bool enabled) override;
+    void ShowStatus();
+    void SendWaiting();
 
     Services *services_;
     MainCommands *commands_;

@@ -12,12 +12,33 @@
 
 namespace px40 {
 
+namespace {
+
+QString ReceivedText(StoredData::Mode mode, bool complete, int records, const DataSet &dataSet)
+{
+    if (mode == StoredData::Mode::Save) {
+        return complete && records == 0
+                   ? Text(Str::SaveModeNone)
+                   : Text(complete ? Str::SaveModeReceived : Str::SaveModeEnded).arg(records);
+    }
+    const int unreadable = dataSet.UnreadableCount();
+    if (complete && unreadable > 0)
+        return Text(Str::MemoryUnreadable).arg(dataSet.GetDatacount()).arg(unreadable);
+    return Text(complete ? Str::MemoryReceived : Str::MemoryEnded).arg(dataSet.GetDatacount());
+}
+
+} // namespace
+
 MainCommands::MainCommands(Services &services, MainViews &views, ProgressView &progress, Timer &tmRealtime)
     : services_(&services), views_(&views), files_(services, views), forwarding_(services, views, progress),
-      storedData_(services.state, services.gate, services.comm, services.prompts, progress),
-      realtime_({services.state, services.gate, services.comm, services.prompts, services.jobs,
-                 services.clock, services.instrument, tmRealtime, *this})
+      progress_(&progress),
+      realtime_({services.state, services.gate, services.comm, services.jobs, services.clock,
+                 services.instrument, tmRealtime,
+                 [&services](const QString &text) { return services.prompts.Warn(text); }})
 {
+    connect(&realtime_, &Realtime::runChanged, this, &MainCommands::RunChanged);
+    connect(&realtime_, &Realtime::progressed, this, &MainCommands::ShowRun);
+    connect(&realtime_, &Realtime::asked, this, &MainCommands::sampleAsked);
     realtime_.SetForward(&forwarding_.Rows());
 }
 
@@ -52,9 +73,7 @@ void MainCommands::Run(Command command)
             services_->statusLine.Show(Text(Str::NeedsRealtime));
         break;
     case Command::RealtimeStop:
-        services_->state.RealtimeStop = true;
-        services_->comm.FlagsChanged();
-        realtime_.StopAsked();
+        realtime_.Stop();
         break;
     case Command::DataMemory:
         jobs.Launch(Receive(StoredData::Mode::Memory), "MEMORY-mode download");
@@ -150,28 +169,27 @@ QCoro::Task<void> MainCommands::ReceiveAndForward(StoredData::Mode mode, std::op
         services_->shared.MemoryNumbers = true;
     const std::shared_ptr<DataSet> dataSet = AddDataSet(readings ? KindMemory : KindSave);
     services_->statusLine.Show(QString());
-    const bool complete = co_await storedData_.Receive(mode, dataSet);
-    // A lost line counts more than what came over it.
-    services_->statusLine.Show(!complete && services_->comm.IsLost()
-                                   ? FirstLine(Text(Str::PortLost))
-                                   : ReceivedText(mode, complete, *dataSet));
+    const bool complete = co_await Download(mode, dataSet);
     RefreshRules();
     if (complete && choice && (!readings || dataSet->GetDatacount() > 0))
         co_await forwarding_.Forward(dataSet, *choice);
 }
 
-QString MainCommands::ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const
+QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<DataSet> dataSet)
 {
-    if (mode == StoredData::Mode::Save) {
-        const int records = storedData_.Records();
-        return complete && records == 0
-                   ? Text(Str::SaveModeNone)
-                   : Text(complete ? Str::SaveModeReceived : Str::SaveModeEnded).arg(records);
+    StoredData download({services_->state, services_->gate, services_->comm, *progress_}, mode, dataSet);
+    const Result<> received = co_await download.Receive();
+    if (!received) {
+        QString &error = services_->state.ErrorMessage; // after a cancel that of the last failure
+        if (received.error().code != FailureCode::Cancelled)
+            error = received.error().text;
+        co_await services_->prompts.Warn(error);
     }
-    const int unreadable = dataSet.UnreadableCount();
-    if (complete && unreadable > 0)
-        return Text(Str::MemoryUnreadable).arg(dataSet.GetDatacount()).arg(unreadable);
-    return Text(complete ? Str::MemoryReceived : Str::MemoryEnded).arg(dataSet.GetDatacount());
+    // A lost line counts more than what came over it.
+    services_->statusLine.Show(!received && services_->comm.IsLost()
+                                   ? FirstLine(Text(Str::PortLost))
+                                   : ReceivedText(mode, received.has_value(), download.Records(), *dataSet));
+    co_return received.has_value();
 }
 
 QCoro::Task<void> MainCommands::ForwardActive()
@@ -192,10 +210,12 @@ QCoro::Task<void> MainCommands::ForwardActive()
 /// Opens the port if it is not open; where that fails the user has been told.
 QCoro::Task<bool> MainCommands::HavePort()
 {
-    bool open = services_->comm.IsOpen();
-    if (!open)
-        open = co_await services_->comm.OpenPort();
-    co_return open;
+    if (services_->comm.IsOpen())
+        co_return true;
+    const Result<> opened = services_->comm.OpenPort();
+    if (!opened)
+        co_await services_->prompts.Warn(opened.error().text);
+    co_return opened.has_value();
 }
 
 QCoro::Task<void> MainCommands::Start(std::shared_ptr<DataSet> dataSet)

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "acquire/realtime.h"
+#include "acquire/storeddata.h"
 #include "app/commandrules.h"
 #include "app/filecommands.h"
 #include "app/forwarding.h"
-#include "link/storeddata.h"
 #include "platform/prompts.h"
 
 #include <QCoro/QCoroTask>
@@ -22,7 +22,7 @@ struct Services;
 
 /// What the commands of the main window do, and which of them may be chosen: files, real-time receive, the
 /// fetching of stored readings, forwarding, and leaving the program. Knows no window but through `MainViews`.
-class MainCommands : public QObject, private RealtimeViews
+class MainCommands : public QObject
 {
     Q_OBJECT
 
@@ -51,9 +51,9 @@ class MainCommands : public QObject, private RealtimeViews
 
   Q_SIGNALS:
     void rulesChanged();
-    void runChanged();   ///< a run has begun or ended
-    void sampleStored(); ///< a run has a new status to show
-    void left();         ///< no job is left: the program may end
+    void runChanged();  ///< a run has begun or ended
+    void sampleAsked(); ///< a run has put its question of this second
+    void left();        ///< no job is left: the program may end
 
   private:
     Situation Now() const;
@@ -61,23 +61,21 @@ class MainCommands : public QObject, private RealtimeViews
     QCoro::Task<bool> HavePort();
     QCoro::Task<void> Receive(StoredData::Mode mode);
     QCoro::Task<void> ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice);
-    QString ReceivedText(StoredData::Mode mode, bool complete, const DataSet &dataSet) const;
+    QCoro::Task<bool> Download(StoredData::Mode mode, std::shared_ptr<DataSet> dataSet);
     QCoro::Task<void> ForwardActive();
     QCoro::Task<void> Start(std::shared_ptr<DataSet> dataSet);
     QCoro::Task<Answer> AskToStart();
     QCoro::Task<void> AskAndLeave();
 
-    void RunChanged() override;
-    void ShowRun(const RunProgress &progress) override;
-    void StatusStored() override { Q_EMIT sampleStored(); }
-    void SetData(const QString &) override {}
+    void RunChanged();
+    void ShowRun(const RunProgress &progress);
 
     Services *services_;
     MainViews *views_;
     CommandRules rules_;
     FileCommands files_;
     Forwarding forwarding_;
-    StoredData storedData_;
+    ProgressView *progress_;
     Realtime realtime_;
     // A question about it stands open, or it waits for the link.
     bool receiving_ = false;

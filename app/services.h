@@ -26,7 +26,7 @@ struct Services
              int replyTimeoutMs = Comm::DefaultReplyTimeoutMs, const Clock *otherClock = nullptr)
         : store(std::move(userStore)), settings(paths), prompts(userPrompts),
           clock(otherClock ? *otherClock : systemClock), ports(store), gate(state),
-          comm(state, ports, prompts, replyTimeoutMs)
+          comm(state, ports, replyTimeoutMs)
     {
         shared.WorkPath = paths.WorkPath;
     }

@@ -6,6 +6,7 @@
 #include "app/maincommands.h"
 #include "app/services.h"
 #include "forward/workbookplace.h"
+#include "platform/prompts.h"
 #include "platform/waiting.h"
 
 #include <QWidget>
@@ -46,7 +47,9 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
         co_return;
 
     window->tmCheckStat.SetInterval(StatusCheckIntervalMs);
-    const bool opened = co_await services->comm.OpenPort();
+    const Result<> opened = services->comm.OpenPort();
+    if (!opened)
+        co_await services->prompts.Warn(opened.error().text);
     if (!opened && !services->leaving) {
         window->tmCheckStat.SetInterval(0);
         window->tmCheckStat.SetEnabled(false);

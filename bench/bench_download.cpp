@@ -1,8 +1,8 @@
 // How much longer a MEMORY-mode download of 50 readings takes than the line and the instrument need for it.
 
+#include "acquire/storeddata.h"
 #include "bench/rig.h"
 #include "document/dataset.h"
-#include "link/storeddata.h"
 
 #include <benchmark/benchmark.h>
 
@@ -45,12 +45,12 @@ std::optional<double> TimedDownload(NeededTime *needed)
     const auto data = std::make_shared<DataSet>(rig.state, shared);
     data->OpenNew(KindMemory);
     RecordedProgress progress;
-    StoredData stored(rig.state, rig.gate, rig.comm, rig.prompts, progress);
+    StoredData stored({rig.state, rig.gate, rig.comm, progress}, StoredData::Mode::Memory, data);
 
     const Clock::time_point begin = Clock::now();
-    const bool complete = Finish(stored.ReceiveMemoryData(data));
+    const Result<> received = Finish(stored.Receive());
     const std::chrono::duration<double> taken = Clock::now() - begin;
-    if (!complete || data->GetDatacount() != StoredData::Entries)
+    if (!received || data->GetDatacount() != StoredData::Entries)
         return std::nullopt;
     return taken.count();
 }

@@ -82,12 +82,12 @@ QCoro::Task<bool> TakeTurns(Comm *comm, BareLine *bare, int pairs, Times *times)
 {
     for (int i = 0; i < pairs; ++i) {
         const Clock::time_point programBegin = Clock::now();
-        const bool answered = co_await comm->SendCommand(QStringLiteral("OM1"), 1);
+        const Result<QString> reply = co_await comm->SendCommand(AskReading(1));
         times->program.push_back(Elapsed<std::micro>(programBegin));
         const Clock::time_point bareBegin = Clock::now();
         const bool bareAnswered = bare->Exchange("OM1\r\n");
         times->bare.push_back(Elapsed<std::micro>(bareBegin));
-        if (!answered || !bareAnswered)
+        if (!reply || !bareAnswered)
             co_return false;
     }
     co_return true;
@@ -107,7 +107,6 @@ void Exchange(benchmark::State &state, bool paced, int pairs)
         state.SkipWithError("a port did not open");
         return;
     }
-    rig.state.LinkActivity = ActivityDownload; // one at which replies are taken
 
     Times times;
     for ([[maybe_unused]] auto iteration : state) {

@@ -14,6 +14,7 @@ LiveRig::LiveRig(sim::ServerOptions options)
     : px40::LiveRig(Comm::DefaultReplyTimeoutMs, std::move(options)),
       sourceCommands_(state, gate, comm, jobs, instrument)
 {
+    QObject::connect(&instrument, &InstrumentState::statusReceived, [this] { ShowStatus(); });
 }
 
 LiveRig::~LiveRig() = default;
@@ -24,7 +25,7 @@ void LiveRig::ShowWindows()
     moniter_ = std::make_unique<frmMoniter>(services);
     moniter_->show();
     instrument.Status.SourceMode = 5; // in which the opening of the window sends nothing
-    const SourceServices sourceServices = {&state, &store, &ranges, &sourceCommands_};
+    const SourceServices sourceServices = {&state, &store, &ranges_, &sourceCommands_};
     source_ = std::make_unique<frmSource>(sourceServices);
     source_->show();
     Settle();
@@ -52,14 +53,13 @@ bool LiveRig::PassSecond()
     return state.RealtimeRun;
 }
 
-void LiveRig::ShowMeasure(const MeasureDisplay &display)
+void LiveRig::ShowStatus()
 {
-    moniter_->Show(display);
-}
-
-void LiveRig::ShowSourceStatus(const InstrumentStatus &status)
-{
-    source_->Show(ShowSource(status, ranges, false));
+    shown.clear(); // nothing is kept of it
+    if (!moniter_)
+        return;
+    moniter_->Show(ShowMeasure(instrument.Status, ranges_));
+    source_->Show(ShowSource(instrument.Status, ranges_, false));
 }
 
 } // namespace px40::bench

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/windowrig.h"
+#include "link/rangelists.h"
 #include "source/sourcecommands.h"
 #include "testing/liverig.h"
 
@@ -20,7 +21,7 @@ class LiveRig : public px40::LiveRig
 {
   public:
     explicit LiveRig(sim::ServerOptions options);
-    ~LiveRig() override;
+    ~LiveRig();
 
     /// Opens the MEASURE and the SOURCE window; each status is shown in them from then on.
     void ShowWindows();
@@ -38,11 +39,9 @@ class LiveRig : public px40::LiveRig
     SetRig set;
 
   private:
-    void ShowMeasure(const MeasureDisplay &display) override;
-    void ShowSourceStatus(const InstrumentStatus &status) override;
-    void EnableMainCommands(bool) override {}
-    void SetData(const QString &) override {}
+    void ShowStatus();
 
+    RangeLists ranges_ = BuildRangeLists();
     SourceCommands sourceCommands_;
     std::unique_ptr<frmMoniter> moniter_;
     std::unique_ptr<frmSource> source_;

@@ -4,7 +4,6 @@
 #include "document/datakind.h"
 #include "document/tablemodel.h"
 #include "graph/graphmodel.h"
-#include "link/datasink.h"
 #include "platform/result.h"
 
 #include <QObject>
@@ -41,7 +40,7 @@ constexpr int PanelCount = 7;
 /// the rest of the program drives it. A data window shows it; it can do without one.
 ///
 /// Sample numbers are 1-based. Texts are stored exactly as given; the caller decodes replies.
-class DataSet : public QObject, public DataSink
+class DataSet : public QObject
 {
     Q_OBJECT
 
@@ -64,20 +63,21 @@ class DataSet : public QObject, public DataSink
     /// Writes the data set to an open device, as it stands in a file.
     Result<> Write(QIODevice &to) const;
 
-    bool AddGridrow() override;
+    /// Makes room for one more row; false with the reason in the link's `ErrorMessage`.
+    virtual bool AddGridrow();
     void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
-                 const QString &srcMeas) override;
+                 const QString &srcMeas);
 
     /// Like `AddData`, and moves graph and progress bar along. `valid`: the reading enters the statistics,
     /// if it is a number.
     void AddRealtimedata(const QString &time, const QString &data, const QString &meas,
                          const QString &srcData, const QString &srcMeas, bool valid);
 
-    int GetDatacount() const override { return table_.Samples(); }
+    int GetDatacount() const { return table_.Samples(); }
     QString GetFilename() const { return fileName_; }
 
     /// Shows maximum, minimum and average; without a valid reading the panels keep what they show.
-    void DispCalculation() override;
+    void DispCalculation();
     /// The maximum as "TIME[ … ]   DATA[ … ]   MODE[ … ]", with `number` the sample number first.
     QString GetDispmax(bool number) const { return ExtremeText(readings_.statistics.maxRow, number); }
     QString GetDispmin(bool number) const { return ExtremeText(readings_.statistics.minRow, number); }
@@ -95,7 +95,7 @@ class DataSet : public QObject, public DataSink
     bool GetPeriodnone() const { return periodNone_; }
     qint32 GetPeriodcount() const { return DurationSeconds(period_); }
 
-    void SetGraphcount(int count) override;
+    void SetGraphcount(int count);
     QString GetGraphcount() const { return QString::number(graph_.Settings().count); }
     void SetAxisX(bool automatic, int divPerLabel, int divPerTick);
     /// The limits are kept as the texts given.
@@ -106,7 +106,7 @@ class DataSet : public QObject, public DataSink
     QStringList GetAxisY() const { return YAxisTexts(graph_.Settings()); }
     void CancelXauto() { SetAxisX(false, graph_.Settings().xLabels, graph_.Settings().xTicks); }
     /// Back to the first sample.
-    void PaintGraphtop() override { graph_.ScrollToTop(table_.Samples()); }
+    void PaintGraphtop() { graph_.ScrollToTop(table_.Samples()); }
     const GraphModel &Graph() const { return graph_; }
     GraphModel &Graph() { return graph_; }
 
@@ -119,7 +119,8 @@ class DataSet : public QObject, public DataSink
     int ProgressMaximum() const { return progressMaximum_; }
     int ProgressValue() const { return progressValue_; }
 
-    void ShowGrid(bool shown) override;
+    /// The table is hidden while rows stream in.
+    void ShowGrid(bool shown);
 
     QString Kind() const { return kind_; }
     bool Saved() const { return saved_; }

@@ -74,9 +74,8 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
         if (services_.toFront) // the spreadsheet has come before it
             services_.toFront();
         co_await Tell(state.ForwardErrorText);
-    }
-    if (!written)
         co_return Fail(written.error());
+    }
     co_return ForwardOutcome{samples, *written, choice.openAfter};
 }
 

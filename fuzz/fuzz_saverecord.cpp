@@ -14,17 +14,11 @@ using namespace px40;
 
 void CheckRecord(const QString &reply)
 {
-    QString record = reply;
-    const bool right = CheckDigitOk(&record);
-    PX40_CHECK(record == (right ? reply.chopped(1) : reply));
-
-    QString value = QStringLiteral("untouched");
-    QString unit = value;
-    QString message;
-    const bool accepted = CheckSaveRecord(reply, &value, &unit, &message);
-    PX40_CHECK(accepted == (right && record != u"CMD,ERR"));
-    PX40_CHECK(accepted == message.isEmpty());
-    PX40_CHECK(value.isEmpty() == (right && record == u"RS"));
+    const std::optional<QStringView> record = CheckedRecord(reply);
+    PX40_CHECK(!record || *record == reply.chopped(1));
+    const Result<bool> filled = CheckSaveRecord(reply);
+    PX40_CHECK(filled.has_value() == (record && *record != u"CMD,ERR"));
+    PX40_CHECK(!filled || *filled == (*record != u"RS"));
 }
 
 } // namespace
@@ -36,9 +30,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     CheckRecord(bytes);
     int accepted = 0;
     for (const QChar digit : QStringLiteral("0123456789ABCDEF")) {
-        QString reply = bytes + digit;
+        const QString reply = bytes + digit;
         CheckRecord(reply);
-        accepted += CheckDigitOk(&reply) ? 1 : 0;
+        accepted += CheckedRecord(reply) ? 1 : 0;
     }
     PX40_CHECK(accepted == 1);
     return 0;

@@ -2,8 +2,6 @@
 
 #include "link/linkstate.h"
 #include "platform/portmap.h"
-#include "platform/progressview.h"
-#include "platform/prompts.h"
 #include "resources/strings.h"
 
 #include <QLoggingCategory>
@@ -15,6 +13,12 @@ namespace px40 {
 namespace {
 
 Q_LOGGING_CATEGORY(lcLink, "px40.link", QtWarningMsg)
+
+// In time-outs. A stalled instrument answers all that it was asked as soon as it goes on; beyond this it was
+// off, and what it was asked is lost.
+constexpr int OldestReply = 60;
+// So long the acknowledgement of an older command keeps one back that changes the instrument.
+constexpr int OldestAcknowledgement = 2;
 
 QString OpenErrorText(const PortOpenResult &result, int number, bool known)
 {
@@ -37,13 +41,13 @@ QString OpenErrorText(const PortOpenResult &result, int number, bool known)
 
 } // namespace
 
-Comm::Comm(LinkState &state, PortMap &ports, Prompts &prompts, int replyTimeoutMs, QObject *parent)
-    : QObject(parent), state_(&state), ports_(&ports), prompts_(&prompts), timeout_(replyTimeoutMs)
+Comm::Comm(LinkState &state, PortMap &ports, int replyTimeoutMs, QObject *parent)
+    : QObject(parent), state_(&state), ports_(&ports), timeout_(replyTimeoutMs)
 {
-    connect(&port_, &SerialPort::arrived, this, &Comm::OnArrived);
+    connect(&port_, &SerialPort::arrived, this, &Comm::Receive);
     connect(&port_, &SerialPort::lost, this, &Comm::OnLost);
     connect(&timeout_, &Timer::tick, this, &Comm::OnTimeout);
-    connect(&patience_, &Timer::tick, this, &Comm::Wake);
+    connect(&acknowledgements_, &Timer::tick, this, &Comm::Wake);
     running_.start();
 }
 
@@ -60,30 +64,18 @@ bool Comm::IsLost() const
     return !lostDevice_.isEmpty() && lostDevice_ == ports_->Device(portNumber_);
 }
 
-QCoro::Task<bool> Comm::OpenPort()
+Result<> Comm::OpenPort()
 {
     if (shut_)
-        co_return false;
-    const QString error = TryOpenPort();
-    if (!error.isEmpty())
-        co_await prompts_->Warn(error);
-    co_return error.isEmpty();
-}
-
-QString Comm::TryOpenPort()
-{
+        return Fail({}, FailureCode::Cancelled);
     ClosePort();
     const QString device = ports_->Device(portNumber_);
-    QString error;
-    if (shut_)
-        error = Text(Str::PortNotOpen);
-    else if (device.isEmpty())
-        error = Text(Str::PortNotAssigned).arg(portNumber_);
-    else
-        error = OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
+    const QString error = device.isEmpty()
+                              ? Text(Str::PortNotAssigned).arg(portNumber_)
+                              : OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
     if (!error.isEmpty()) {
         qCInfo(lcLink).noquote() << "port" << portNumber_ << "cannot be opened:" << error;
-        return error;
+        return Fail(error);
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
     ports_->KeepAsKnown(portNumber_);
@@ -97,17 +89,16 @@ void Comm::ClosePort()
     if (!port_.IsOpen())
         return;
     port_.Close();
-    EndOpening();
+    EndConnection();
     Q_EMIT portChanged();
 }
 
 /// Nobody waits on a closed port.
-void Comm::EndOpening()
+void Comm::EndConnection()
 {
-    ++closings_;
+    ++connection_;
     pending_.Clear();
-    line_.clear();
-    lineBefore_ = 0;
+    lines_.Clear();
     timeout_.SetEnabled(false);
     Wake();
 }
@@ -120,54 +111,187 @@ void Comm::Shut()
         turn.Complete(false);
 }
 
-void Comm::OnTimeout()
-{
-    timeout_.SetEnabled(false);
-    state_->ExchangeState = ExchangeTimedOut;
-    Wake();
-}
-
 void Comm::OnLost(const QString &reason)
 {
     qCWarning(lcLink).noquote() << "port" << portNumber_ << "lost:" << reason;
     lostDevice_ = ports_->Device(portNumber_);
-    if (exchanging_)
-        state_->ErrorMessage = Text(Str::PortLost);
-    EndOpening();
+    EndConnection();
     Q_EMIT portLost(reason);
     Q_EMIT portChanged();
 }
 
-void Comm::OnArrived()
+QCoro::Task<Result<QString>> Comm::SendCommand(LinkCommand command)
 {
-    switch (state_->LinkActivity) {
-    case ActivityDownload:
-    case ActivityRealtimeTransition:
-    case ActivityRealtimeStopping:
-    case ActivityStatusCheck:
-    case ActivityMonitorCommand:
-    case ActivitySourceCommand:
-        Receive(port_.ReadAll());
-        break;
-    case ActivityRealtime:
-    case ActivityGated:
-        if (state_->ReceiveGate) {
-            state_->ReceiveGate = false;
-            Receive(port_.ReadAll());
-            state_->ReceiveGate = true;
+    const bool mine = co_await TakeTurn();
+    if (!mine)
+        co_return Fail({}, FailureCode::Cancelled);
+    const Result<QString> reply = co_await Exchange(command);
+    pending_.End();
+    EndTurn();
+    co_return reply;
+}
+
+QCoro::Task<bool> Comm::TakeTurn()
+{
+    if (shut_)
+        co_return false;
+    if (!exchanging_) {
+        exchanging_ = true;
+        co_return true;
+    }
+    OneShot<bool> turn;
+    turns_.push_back(turn);
+    const bool granted = co_await turn;
+    co_return granted;
+}
+
+void Comm::EndTurn()
+{
+    if (turns_.empty()) {
+        exchanging_ = false;
+        return;
+    }
+    const OneShot<bool> next = turns_.front();
+    turns_.pop_front();
+    next.Complete(true);
+}
+
+QCoro::Task<Result<QString>> Comm::Exchange(LinkCommand command)
+{
+    const int connection = connection_;
+    if (command.changes)
+        co_await AwaitAcknowledgements();
+    pending_.Begin(command);
+    command_ = command.text;
+    reply_.reset();
+    AttemptEnd end = AttemptEnd::TimedOut;
+    for (int attempt = 1; attempt <= command.attempts && end == AttemptEnd::TimedOut; ++attempt) {
+        end = co_await Attempt(connection);
+        if (end == AttemptEnd::TimedOut)
+            qCDebug(lcLink).noquote()
+                << command_ << "no reply to attempt" << attempt << "of" << command.attempts;
+    }
+    if (end == AttemptEnd::Answered)
+        co_return *reply_;
+    if (end == AttemptEnd::Cancelled || shut_) {
+        qCDebug(lcLink).noquote() << command_ << "cancelled";
+        co_return Fail({}, FailureCode::Cancelled);
+    }
+    if (!port_.IsOpen())
+        co_return Fail(Text(IsLost() ? Str::PortLost : Str::PortNotOpen));
+    co_return Fail(Text(Str::CommandNoAnswer).arg(command_), FailureCode::NoAnswer);
+}
+
+/// Writes, and then looks at the conditions in their order each time something has happened.
+QCoro::Task<Comm::AttemptEnd> Comm::Attempt(int connection)
+{
+    if (connection_ != connection || !port_.IsOpen())
+        co_return AttemptEnd::Closed;
+    Receive(); // a reply that came with the time-out makes another attempt needless
+    if (reply_)
+        co_return AttemptEnd::Answered;
+    lines_.BeginAttempt();
+    Write();
+    while (connection_ == connection) {
+        co_await NextEvent();
+        if (IsCancelled()) {
+            timeout_.SetEnabled(false);
+            co_return AttemptEnd::Cancelled;
         }
-        break;
-    default: {
-        const QByteArray input = port_.ReadAll();
-        const QStringList lines = TakeLines(input);
-        for (const QString &line : lines)
-            pending_.Receive(line); // it may be a late reply
-        if (!lines.isEmpty())
-            Q_EMIT lineReceived();
-        state_->RecvBuffer = QString::fromLatin1(input.left(MaxReplyLength));
-        break;
+        if (reply_)
+            co_return AttemptEnd::Answered;
+        if (connection_ == connection && timedOut_)
+            co_return AttemptEnd::TimedOut;
     }
+    co_return AttemptEnd::Closed;
+}
+
+/// Until they are in, or will not come any more, or the work is cancelled.
+QCoro::Task<void> Comm::AwaitAcknowledgements()
+{
+    const int connection = connection_;
+    while (connection_ == connection && !IsCancelled()) {
+        const qint64 asked = pending_.LastAcknowledgementAsked();
+        const qint64 left = asked + qint64{OldestAcknowledgement} * timeout_.Interval() - running_.elapsed();
+        if (asked < 0 || left <= 0)
+            break;
+        acknowledgements_.SetInterval(static_cast<int>(left));
+        acknowledgements_.SetEnabled(true);
+        co_await NextEvent();
     }
+    acknowledgements_.SetEnabled(false);
+}
+
+void Comm::Write()
+{
+    const bool written = port_.Write(command_.toLatin1() + "\r\n"); // the rest is done while it is on its way
+    if (!port_.IsOpen())
+        return;
+    timedOut_ = false;
+    timeout_.SetEnabled(true);
+    sentAt_.start();
+    pending_.Written(running_.elapsed());
+    pending_.ForgetBefore(running_.elapsed() - qint64{OldestReply} * timeout_.Interval());
+    qCDebug(lcLink).noquote() << command_ << "sent";
+    if (!written) {
+        // A line that takes no more bytes is a silent one: the time-out judges it.
+        qCWarning(lcLink).noquote() << command_ << "could not be written";
+    }
+}
+
+/// Takes what has come, whether or not somebody waits for it: it may be a late reply.
+void Comm::Receive()
+{
+    bool askAgain = false;
+    const QStringList lines = lines_.Take(port_.ReadAll(), pending_);
+    for (const QString &line : lines) {
+        const PendingReplies::Verdict verdict = pending_.Receive(line);
+        if (verdict != PendingReplies::Verdict::Answer) {
+            qCDebug(lcLink) << "dropped" << line;
+            askAgain = askAgain || verdict == PendingReplies::Verdict::AskAgain;
+            continue;
+        }
+        qCDebug(lcLink) << command_ << "->" << line << "in" << sentAt_.nsecsElapsed() / 1000 << "us";
+        askAgain = false;
+        timeout_.SetEnabled(false);
+        reply_ = line;
+    }
+    if (askAgain && !IsCancelled())
+        Write();
+    if (lines.isEmpty())
+        return;
+    Q_EMIT lineReceived();
+    Wake();
+}
+
+void Comm::OnTimeout()
+{
+    timeout_.SetEnabled(false);
+    timedOut_ = true;
+    Wake();
+}
+
+/// The work under way is not wanted any more.
+bool Comm::IsCancelled() const
+{
+    return shut_ || (state_->LinkActivity == ActivityDownload && state_->DownloadCancel);
+}
+
+void Comm::Wake()
+{
+    if (waiting_)
+        waiting_->Complete(true);
+}
+
+/// Waits until something has happened that the waiting exchange must look at.
+QCoro::Task<void> Comm::NextEvent()
+{
+    OneShot<bool> event;
+    waiting_ = event;
+    if (IsCancelled())
+        event.Complete(true);
+    co_await event;
+    waiting_.reset();
 }
 
 } // namespace px40

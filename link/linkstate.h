@@ -4,14 +4,12 @@
 
 namespace px40 {
 
-/// What the link is being used for: it decides how arriving characters are handled and which cancel flag
-/// an exchange watches.
+/// What the link is being used for.
 enum LinkActivityCode : int {
     ActivityForwarding = 0,
     ActivityDownload = 1,
-    ActivityRealtime = 3,           ///< receives only while `ReceiveGate` is set
+    ActivityRealtime = 3,
     ActivityRealtimeTransition = 4, ///< real-time starting or finishing
-    ActivityGated = 5,              ///< handled like `ActivityRealtime`; nothing sets it
     ActivityRealtimeStopping = 6,
     ActivityIdle = 7,
     ActivityStatusCheck = 8,
@@ -19,22 +17,12 @@ enum LinkActivityCode : int {
     ActivitySourceCommand = 10,
 };
 
-enum ExchangeStateCode : int {
-    ExchangeComplete = 0,
-    ExchangeWaiting = 1,
-    ExchangeTimedOut = 2,
-};
-
 /// The shared vocabulary of the link: one instance, owned by the application, handed down by reference.
-/// Plain values without behaviour; `Comm` and `LinkUse` say when they change.
+/// Plain values without behaviour.
 struct LinkState
 {
-    QString RecvBuffer;       ///< the reply of the last exchange, without CR LF; empty while one is under way
-    qint16 ReplyLength = 0;   ///< length of the last complete reply
-    QString LastCommand;      ///< the last command sent, without CR LF
     QString ErrorMessage;     ///< why the last procedure failed; shown once by the operation that started it
     QString ForwardErrorText; ///< why the last forwarding failed
-    int ExchangeState = ExchangeComplete;
     int LinkActivity = ActivityIdle; ///< this and the next two are changed by `LinkUse` alone
 
     bool LinkBusy = false;       ///< somebody has the link alone; see `LinkInUse`
@@ -43,7 +31,6 @@ struct LinkState
     bool DownloadCancel = false; ///< Cancel was pressed during a download
     bool CancelRequest = false;  ///< Cancel was pressed during forwarding
     bool RealtimeStop = false;   ///< real-time receive is to stop
-    bool ReceiveGate = false;    ///< lets input in while real-time receive runs
     bool RealtimeRun = false;    ///< a real-time run is under way, whatever the link is used for right now
     bool ForwardRun = false;     ///< a data set is being forwarded, whatever the link is used for right now
     bool MonitorOpen = false;    ///< the MEASURE window is open

@@ -8,7 +8,7 @@ namespace px40 {
 QCoro::Task<bool> LinkGate::WaitUntilFree()
 {
     while (LinkInUse(*state_) && !shut_) {
-        AskToYield();
+        state_->StatusYield = true;
         OneShot<bool> changed;
         waiters_.push_back(changed);
         co_await changed;

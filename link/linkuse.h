@@ -22,10 +22,7 @@ class LinkGate
     /// free. True: it is free now, so take it before the next wait. False: the program is leaving.
     QCoro::Task<bool> WaitUntilFree();
 
-    /// Asks a running status check to give way, for somebody who will look again.
-    void AskToYield() { state_->StatusYield = true; }
-
-    /// Whether somebody has asked for that since the call before.
+    /// Whether somebody has asked the status check to give way since the call before.
     bool TakeYield();
 
     /// From now on every wait ends with false.

@@ -1,5 +1,6 @@
 #include "link/pendingreplies.h"
 
+#include "link/condition.h"
 #include "link/saverecord.h"
 
 #include <algorithm>
@@ -8,16 +9,8 @@ namespace px40 {
 
 namespace {
 
-constexpr qsizetype FullCondition = 52;
-constexpr qsizetype ShortCondition = 44;
 constexpr qsizetype ReadingLength = 29;
 constexpr qsizetype LongestAcknowledgement = 8;
-
-/// The two commands that precede a question, for the sake of the instrument.
-bool IsPreparation(const QString &command)
-{
-    return command == u"AN1" || command == u"H1";
-}
 
 bool IsPlain(const QString &line)
 {
@@ -30,13 +23,11 @@ bool Fits(const QString &line, ReplyForm form)
         return false;
     switch (form) {
     case ReplyForm::Condition:
-        return line.size() == FullCondition || line.size() == ShortCondition;
+        return HasConditionLength(line.size());
     case ReplyForm::Reading:
         return line.size() == ReadingLength;
-    case ReplyForm::Record: {
-        QString record = line;
-        return CheckDigitOk(&record);
-    }
+    case ReplyForm::Record:
+        return CheckedRecord(line).has_value();
     case ReplyForm::Acknowledgement:
         break;
     }
@@ -52,26 +43,12 @@ bool FitsAll(const QString &line)
 
 } // namespace
 
-ReplyForm ReplyFormOf(const QString &command)
-{
-    if (command == u"OC")
-        return ReplyForm::Condition;
-    if (command.startsWith(u"OM"))
-        return ReplyForm::Reading;
-    return command.startsWith(u"RS,") ? ReplyForm::Record : ReplyForm::Acknowledgement;
-}
-
-bool ChangesInstrument(const QString &command)
-{
-    return ReplyFormOf(command) == ReplyForm::Acknowledgement && !IsPreparation(command);
-}
-
-void PendingReplies::Begin(const QString &command)
+void PendingReplies::Begin(const LinkCommand &command)
 {
     present_ = entries_.size();
-    form_ = ReplyFormOf(command);
-    anyReplyDoes_ = IsPreparation(command);
-    changes_ = ChangesInstrument(command);
+    form_ = command.reply;
+    anyReplyDoes_ = form_ == ReplyForm::Acknowledgement && !command.changes;
+    changes_ = command.changes;
 }
 
 void PendingReplies::Written(qint64 nowMs)

@@ -1,25 +1,12 @@
 #pragma once
 
+#include "link/command.h"
+
 #include <QString>
 
 #include <deque>
 
 namespace px40 {
-
-/// What the reply to a command looks like: it is all by which a reply can be told, for replies bear no
-/// number.
-enum class ReplyForm {
-    Acknowledgement, ///< of everything but the three questions: a few characters
-    Condition,       ///< of "OC": 52 or 44 characters
-    Reading,         ///< of "OM": 29 characters
-    Record,          ///< of "RS": ends in its check character
-};
-
-ReplyForm ReplyFormOf(const QString &command);
-
-/// A command that does more than to ask or to prepare for a question: it must not go out again for a reply
-/// that was meant for another one.
-bool ChangesInstrument(const QString &command);
 
 /// The commands that were written and have no reply yet, and which of them a reply belongs to.
 ///
@@ -41,7 +28,7 @@ class PendingReplies
     /// An exchange begins: what is listed by now is older. Before a command that changes the instrument the
     /// caller has waited for `LastAcknowledgementAsked`; what was not acknowledged by now will hardly be, so
     /// the next acknowledgement is taken for its own: to send a step once more would be worse.
-    void Begin(const QString &command);
+    void Begin(const LinkCommand &command);
 
     /// The command of the exchange was written, for the first time or again.
     void Written(qint64 nowMs);

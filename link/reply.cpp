@@ -7,7 +7,10 @@ namespace px40 {
 namespace {
 
 constexpr int NumberWidth = 6;
-constexpr int StatusSourceUnitColumn = 23;
+
+// Where the two values stand in a stored reading.
+constexpr int MeasureColumn = 1;
+constexpr int SourceColumn = 16;
 
 /// How many leading characters of a number may be dropped, by the 1-based position of its point.
 int DroppableCount(qsizetype pointPosition)
@@ -16,9 +19,20 @@ int DroppableCount(qsizetype pointPosition)
     return digitsBeforeAndAfter ? static_cast<int>(pointPosition) - 2 : NumberWidth - 1;
 }
 
-// Columns of the value fields in the reply to a request for a stored reading.
-constexpr int MeasureColumn = 1;
-constexpr int SourceColumn = 16;
+void ShowValue(const ValueField &field, bool hasBurnOut, QString *value, QString *unit)
+{
+    unit->clear();
+    if (field.state == u"O" || field.state == u"E") {
+        *value = NoValueText();
+    } else if (field.state == u"B" && hasBurnOut) {
+        *value = BurnOutText();
+    } else {
+        *value = FormatReplyNumber(field);
+        *unit = PrefixText(field);
+    }
+    if (field.state != u"E")
+        *unit += UnitText(field.unit);
+}
 
 } // namespace
 
@@ -37,47 +51,41 @@ QString NoReplyText()
     return QStringLiteral("ERROR");
 }
 
-void DecodeValueField(const QString &reply, int column, bool hasBurnOut, QString *value, QString *unit)
-{
-    const QString state = Field(reply, column + 3, 1);
-    unit->clear();
-    if (state == u"O" || state == u"E") {
-        *value = NoValueText();
-    } else if (state == u"B" && hasBurnOut) {
-        *value = BurnOutText();
-    } else {
-        *value = FormatReplyNumber(reply, column + 5);
-        *unit = PrefixText(reply, column + 11);
-    }
-    if (state != u"E")
-        *unit += UnitText(reply, column);
-}
-
 QString Field(QStringView reply, int column, int width)
 {
     return reply.mid(column - 1, width).toString();
 }
 
-bool DecodeMeasureReply(const QString &reply, ReadingTexts *reading, QString *errorMessage)
+ValueField SplitValue(QStringView field)
 {
-    if (Field(reply, 1, 3) == u"ERR") {
-        *errorMessage = Text(Str::CommandError);
-        return false;
-    }
-    DecodeValueField(reply, MeasureColumn, true, &reading->measureValue, &reading->measureUnit);
-    // The source side knows no burn-out.
-    DecodeValueField(reply, SourceColumn, false, &reading->sourceValue, &reading->sourceUnit);
-    return true;
+    return {Field(field, 1, 3), Field(field, 4, 1), Field(field, 5, 1), Field(field, 6, NumberWidth),
+            Field(field, 12, 3)};
 }
 
-QString FormatReplyNumber(const QString &reply, int column)
+void ShowMeasuredValue(const ValueField &value, ReadingTexts *reading)
 {
-    const QString number = Field(reply, column, NumberWidth);
-    int droppable = DroppableCount(number.indexOf(u'.') + 1);
+    ShowValue(value, true, &reading->measureValue, &reading->measureUnit);
+}
+
+Result<ReadingTexts> DecodeMeasureReply(const QString &reply)
+{
+    if (Field(reply, 1, 3) == u"ERR")
+        return Fail(Text(Str::CommandError));
+    const auto value = [&reply](int column) { return SplitValue(Field(reply, column, ValueField::Width)); };
+    ReadingTexts reading;
+    ShowMeasuredValue(value(MeasureColumn), &reading);
+    // The source side knows no burn-out.
+    ShowValue(value(SourceColumn), false, &reading.sourceValue, &reading.sourceUnit);
+    return reading;
+}
+
+QString FormatReplyNumber(const ValueField &value)
+{
+    int droppable = DroppableCount(value.number.indexOf(u'.') + 1);
     QString result;
-    if (Field(reply, column - 1, 1) == u"-")
-        result = QStringLiteral("-");
-    for (const QChar character : number) {
+    if (value.sign == u"-")
+        result = value.sign;
+    for (const QChar character : value.number) {
         const bool leading = character == u'0' || character == u' ';
         if (droppable > 0 && leading) {
             --droppable;
@@ -89,42 +97,23 @@ QString FormatReplyNumber(const QString &reply, int column)
     return result;
 }
 
-QString PrefixText(const QString &reply, int column)
+QString PrefixText(const ValueField &value)
 {
-    const QString exponent = Field(reply, column, 3);
-    if (exponent == u"E-3")
+    if (value.exponent == u"E-3")
         return QStringLiteral("m");
-    if (exponent == u"E+3")
+    if (value.exponent == u"E+3")
         return QStringLiteral("k");
     return {};
 }
 
-QString UnitText(const QString &reply, int column, int sourceFunctionCode)
+QString UnitText(const QString &code)
 {
-    constexpr int ThermocoupleSource = 3;
-    const QString code = Field(reply, column, 3);
     if (code == u"O  ")
         return Text(Str::UnitOhm);
-    if (code == u"T  ") {
-        if (column != StatusSourceUnitColumn)
-            return Text(Str::UnitCelsius);
-        const QString subMode = Field(reply, 49, 1);
-        if (subMode == u"0" || subMode == u"2")
-            return Text(Str::UnitCelsius);
-        if (subMode == u"1")
-            return sourceFunctionCode == ThermocoupleSource ? QStringLiteral("VDC") : Text(Str::UnitOhm);
-        return {};
-    }
-    if (code == u"F  ") {
-        const QString subMode = column == StatusSourceUnitColumn ? Field(reply, 50, 1) : QStringLiteral("0");
-        if (subMode == u"0")
-            return QStringLiteral("Hz");
-        if (subMode == u"1")
-            return QStringLiteral("VP-P");
-        if (subMode == u"2")
-            return QStringLiteral("Cycle");
-        return {};
-    }
+    if (code == u"T  ")
+        return Text(Str::UnitCelsius);
+    if (code == u"F  ")
+        return QStringLiteral("Hz");
     return code;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QString>
 #include <QStringView>
 
@@ -15,6 +17,19 @@ QString NoValueText();
 QString BurnOutText();
 QString NoReplyText();
 
+/// A value as it stands in replies, in 14 columns. Parts that are missing are short or empty.
+struct ValueField
+{
+    static constexpr int Width = 14;
+
+    QString unit;     ///< a code of three characters
+    QString state;    ///< "O" over-range, "E" no reading, "B" burn-out of a measured value
+    QString sign;     ///< shows only when it is "-"
+    QString number;   ///< six characters
+    QString exponent; ///< "E-3", "E+0" or "E+3"
+};
+ValueField SplitValue(QStringView field);
+
 /// What a data set keeps of one reading: texts, as shown.
 struct ReadingTexts
 {
@@ -26,27 +41,22 @@ struct ReadingTexts
     bool operator==(const ReadingTexts &) const = default;
 };
 
-/// Decodes the 14-character value field at `column`: unit code, state letter, sign, six-character number,
-/// exponent. `hasBurnOut`: the state "B" means burn-out there; otherwise it is a normal reading's.
-void DecodeValueField(const QString &reply, int column, bool hasBurnOut, QString *value, QString *unit);
+/// Puts a measured value's texts into `reading`.
+void ShowMeasuredValue(const ValueField &value, ReadingTexts *reading);
 
-/// Decodes the reply to a request for a stored reading (29 columns: unit code, state, sign, number and
-/// exponent of the measured side, a separator, the same of the source side).
+/// Decodes the reply to a request for a stored reading: the measured value, a separator and the source's.
 ///
-/// False when the instrument refused the command ("ERR"); then `errorMessage` says so and `reading` is
-/// untouched. Anything else decodes: missing columns give short or empty texts, noise is copied.
-bool DecodeMeasureReply(const QString &reply, ReadingTexts *reading, QString *errorMessage);
+/// It fails when the instrument refused the command ("ERR"). Anything else decodes: missing columns give
+/// short or empty texts, noise is copied.
+Result<ReadingTexts> DecodeMeasureReply(const QString &reply);
 
-/// The six-character number from `column` without leading zeros and blanks, at least one digit before the
-/// decimal point; its sign stands one column before it and shows only when it is "-".
-QString FormatReplyNumber(const QString &reply, int column);
+/// Sign and number without leading zeros and blanks, at least one digit before the decimal point.
+QString FormatReplyNumber(const ValueField &value);
 
-/// "m" or "k" for the exponent field at `column`, else empty.
-QString PrefixText(const QString &reply, int column);
+/// "m" or "k" for the exponent, else empty.
+QString PrefixText(const ValueField &value);
 
-/// The unit for the three-character code at `column`; codes that need no translation come out as they
-/// stand. Column 23, the source field of a status reply, also looks at the sub modes in columns 49 and 50,
-/// and for a temperature source at `sourceFunctionCode` (column 20 of the last status reply).
-QString UnitText(const QString &reply, int column, int sourceFunctionCode = 0);
+/// The unit for a code; codes that need no translation come out as they stand.
+QString UnitText(const QString &code);
 
 } // namespace px40

@@ -2,47 +2,28 @@
 
 #include "resources/strings.h"
 
-#include <QLoggingCategory>
-
 namespace px40 {
 
-namespace {
-Q_LOGGING_CATEGORY(lcRecord, "px40.link.record", QtWarningMsg)
-}
-
-bool CheckDigitOk(QString *reply)
+std::optional<QStringView> CheckedRecord(QStringView reply)
 {
-    if (reply->isEmpty())
-        return false;
+    if (reply.isEmpty())
+        return std::nullopt;
+    const QStringView record = reply.chopped(1);
     unsigned sum = 0;
-    for (qsizetype i = 0; i + 1 < reply->size(); ++i)
-        sum += static_cast<unsigned char>(reply->at(i).toLatin1());
+    for (const QChar character : record)
+        sum += static_cast<unsigned char>(character.toLatin1());
     const char16_t digit = u"0123456789ABCDEF"[sum & 0xFU];
-    if (reply->back() != digit)
-        return false;
-    reply->chop(1);
-    return true;
+    return reply.back() == digit ? std::optional(record) : std::nullopt;
 }
 
-bool CheckSaveRecord(const QString &reply, QString *value, QString *unit, QString *errorMessage)
+Result<bool> CheckSaveRecord(const QString &reply)
 {
-    QString record = reply;
-    if (!CheckDigitOk(&record)) {
-        *errorMessage = Text(Str::DataError);
-        return false;
-    }
-    if (record == u"CMD,ERR") {
-        *errorMessage = Text(Str::CommandError);
-        return false;
-    }
-    if (record == u"RS") {
-        value->clear();
-        unit->clear();
-        return true;
-    }
-    const QString state = record.mid(3, 1); // "O" is over-range; it changes nothing here
-    qCDebug(lcRecord) << "record state" << state;
-    return true;
+    const std::optional<QStringView> record = CheckedRecord(reply);
+    if (!record)
+        return Fail(Text(Str::DataError));
+    if (*record == u"CMD,ERR")
+        return Fail(Text(Str::CommandError));
+    return *record != u"RS";
 }
 
 } // namespace px40

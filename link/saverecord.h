@@ -1,17 +1,19 @@
 #pragma once
 
-#include <QString>
+#include "platform/result.h"
+
+#include <QStringView>
+
+#include <optional>
 
 namespace px40 {
 
-/// Checks a SAVE-mode record: its text followed by one check character, the low four bits of the sum of
-/// the codes before it as an upper-case hexadecimal digit. On success the check character is taken off
-/// `reply`; on failure `reply` is unchanged.
-bool CheckDigitOk(QString *reply);
+/// The record before its check character, which is the last one of a SAVE-mode reply: the low four bits of
+/// the sum of the codes before it as an upper-case hexadecimal digit. Nothing when that is wrong.
+std::optional<QStringView> CheckedRecord(QStringView reply);
 
-/// Judges a SAVE-mode reply. False when the check character is wrong or the instrument refused the
-/// command; `errorMessage` then says which. An empty record ("RS") clears both outputs, any other record
-/// leaves them alone.
-bool CheckSaveRecord(const QString &reply, QString *value, QString *unit, QString *errorMessage);
+/// Judges a SAVE-mode reply: whether the record holds something. It fails when the check character is wrong
+/// or the instrument refused the command.
+Result<bool> CheckSaveRecord(const QString &reply);
 
 } // namespace px40

@@ -13,6 +13,7 @@ enum class FailureCode {
     Unreadable, ///< what was to be read, where it matters that it was not the writing
     FileInUse,  ///< another program has the file open
     FileTaken,  ///< another file has the name by now
+    NoAnswer,   ///< the instrument kept silent
     Cancelled,  ///< the user, or the end of the program, wanted no more of it: nothing is to be told
 };
 

@@ -9,7 +9,7 @@ class QLineEdit;
 namespace px40 {
 
 class SourceCommands;
-struct InstrumentState;
+class InstrumentState;
 
 /// "MEAS VAL.": the user types a new value for the instrument's source. SET and the Enter key hand it on, as
 /// it was typed, to be sent; Cancel changes nothing. A value with a character that has no code on the line is

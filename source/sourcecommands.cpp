@@ -2,7 +2,6 @@
 
 #include "acquire/status.h"
 #include "link/comm.h"
-#include "link/commandoutcome.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
 #include "platform/jobs.h"
@@ -18,7 +17,6 @@ namespace px40 {
 namespace {
 
 constexpr int ClickDelayMs = 10;
-constexpr int Attempts = 3;
 
 QString WaitingText(const QString &command)
 {
@@ -83,37 +81,37 @@ bool SourceCommands::EnterValue(const QString &text)
     if (!Unsendable(value).isEmpty())
         return false;
     instrument_->Status.SourceValue = value;
-    Store(QStringLiteral("SD") + value);
+    Store(SetSource(SourceSetting::Value, value));
     return true;
 }
 
 void SourceCommands::Queue(SourceControl control, const QString &argument)
 {
-    const QString command = SourceCommandText(control, instrument_->Status.SourceMode, argument);
-    if (!command.isEmpty())
-        Store(OneLine(command));
+    const std::optional<SourceSetting> setting = SettingOf(control, instrument_->Status.SourceMode);
+    if (setting)
+        Store(SetSource(*setting, OneLine(argument)));
 }
 
-void SourceCommands::Store(const QString &command)
+void SourceCommands::Store(LinkCommand command)
 {
-    const QString unsendable = Unsendable(command);
+    const QString unsendable = Unsendable(command.text);
     if (!unsendable.isEmpty()) {
         Report(Text(Str::SourceUnknownCharacter).arg(unsendable));
         return;
     }
-    if (reason_.endsWith(WaitingText(pending_)))
+    if (reason_.endsWith(WaitingText(pending_.text)))
         Report(QString());
-    if (armed_ && asked_ && pending_ != command) {
-        replaced_ = Text(Str::SourceReplaced).arg(pending_, command);
+    if (armed_ && asked_ && pending_.text != command.text) {
+        replaced_ = Text(Str::SourceReplaced).arg(pending_.text, command.text);
         Q_EMIT failed(replaced_);
     }
-    pending_ = command;
+    pending_ = std::move(command);
     asked_ = !loading_;
     Arm();
     // Not for the moment that a status check takes.
     const bool waits = LinkInUse(*state_) ? !MayClose(*state_) : !state_->StatusPolled && !comm_->IsOpen();
     if (asked_ && waits)
-        Report(WaitingText(command));
+        Report(WaitingText(pending_.text));
 }
 
 void SourceCommands::Arm()
@@ -126,7 +124,7 @@ void SourceCommands::SendNow()
 {
     if (!IsWaiting())
         return;
-    if (pending_.isEmpty()) {
+    if (pending_.text.isEmpty()) {
         tmSrcInter.SetInterval(0);
         return;
     }
@@ -136,21 +134,20 @@ void SourceCommands::SendNow()
     jobs_->Launch(Send(pending_, asked_), "a source command");
 }
 
-QCoro::Task<void> SourceCommands::Send(QString command, bool asked)
+QCoro::Task<void> SourceCommands::Send(LinkCommand command, bool asked)
 {
-    const QString reason = co_await Exchange(command);
+    const Result<> obeyed = co_await Exchange(command);
     if (asked)
-        Report(reason);
+        Report(obeyed ? QString() : obeyed.error().text);
 }
 
-/// Why it was not obeyed.
-QCoro::Task<QString> SourceCommands::Exchange(QString command)
+QCoro::Task<Result<>> SourceCommands::Exchange(LinkCommand command)
 {
     const LinkUse use(*gate_, ActivitySourceCommand);
-    const bool answered = co_await comm_->SendCommand(command, Attempts);
+    const Result<QString> reply = co_await comm_->SendCommand(command);
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
-    co_return WhyNotObeyed(command, answered, *comm_, *state_);
+    co_return Obeyed(command, reply);
 }
 
 void SourceCommands::Report(const QString &reason)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/command.h"
 #include "platform/timer.h"
 #include "source/sourcetable.h"
 
@@ -11,8 +12,8 @@ namespace px40 {
 
 class Comm;
 class Jobs;
+class InstrumentState;
 class LinkGate;
-struct InstrumentState;
 struct LinkState;
 
 /// What the user asks of the instrument's source. Each request becomes one command text, the pending one,
@@ -52,9 +53,6 @@ class SourceCommands : public QObject
     /// nothing is done, when it holds a character that cannot be sent (see `Unsendable`).
     bool EnterValue(const QString &text);
 
-    /// The command that was asked for last, sent or not; empty before the first one.
-    const QString &PendingSourceCommand() const { return pending_; }
-
     /// A command waits for the link, or is being sent.
     bool IsWaiting() const { return tmSrcInter.Interval() > 0; }
 
@@ -74,10 +72,10 @@ class SourceCommands : public QObject
 
   private:
     void Queue(SourceControl control, const QString &argument = {});
-    void Store(const QString &command);
+    void Store(LinkCommand command);
     void Arm();
-    QCoro::Task<void> Send(QString command, bool asked);
-    QCoro::Task<QString> Exchange(QString command);
+    QCoro::Task<void> Send(LinkCommand command, bool asked);
+    QCoro::Task<Result<>> Exchange(LinkCommand command);
     void Report(const QString &reason);
 
     LinkState *state_;
@@ -85,7 +83,7 @@ class SourceCommands : public QObject
     Comm *comm_;
     Jobs *jobs_;
     InstrumentState *instrument_;
-    QString pending_;
+    LinkCommand pending_;  ///< asked for last, sent or not; without text before the first one
     QString reason_;       ///< what was told of the last command that was not obeyed
     QString replaced_;     ///< told of one that was never sent, as long as nothing came of the next one
     bool loading_ = false; ///< what comes now was not asked for by the user

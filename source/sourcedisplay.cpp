@@ -1,6 +1,6 @@
 #include "source/sourcedisplay.h"
 
-#include "acquire/status.h"
+#include "link/condition.h"
 #include "link/rangelists.h"
 #include "link/reply.h"
 #include "resources/strings.h"
@@ -115,7 +115,7 @@ void ShowNumber(const QString &value, SourceDisplay *display)
 
 void ShowValue(const InstrumentStatus &status, SourceDisplay *display)
 {
-    const QString state = Field(status.SourceField, 4, 1);
+    const QString state = SplitValue(status.SourceField).state;
     if (state == u"O" || state == u"E")
         std::fill(display->digits.begin() + 1, display->digits.end(), QStringLiteral("-"));
     else

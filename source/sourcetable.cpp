@@ -25,18 +25,23 @@ struct Row
 {
     SourceControl control;
     Gate gate;
-    const char16_t *text;
+    SourceSetting setting;
 };
 
 /// The three range lists send the same command; the instrument tells them apart by its present function.
 /// Stepping down is open in every mode, stepping up is not.
 constexpr Row Rows[] = {
-    {SourceControl::OnOff, AnyMode, u"SO"},          {SourceControl::Up, Modes({0, 4}), u"UP"},
-    {SourceControl::Down, AnyMode, u"DW"},           {SourceControl::Nm, Modes({0, 4}), u"NM1"},
-    {SourceControl::Nm, Modes({6, 8}), u"NM0"},      {SourceControl::NmSet, AnyMode, u"ND"},
-    {SourceControl::Tc, Modes({0, 1, 4}), u"SR"},    {SourceControl::Rtd, Modes({0, 1, 4}), u"SR"},
-    {SourceControl::Temp, Modes({0, 4}), u"TE"},     {SourceControl::Pulse, Modes({0}), u"SR"},
-    {SourceControl::PulseSet, Modes({0, 4}), u"PU"},
+    {SourceControl::OnOff, AnyMode, SourceSetting::Output},
+    {SourceControl::Up, Modes({0, 4}), SourceSetting::StepUp},
+    {SourceControl::Down, AnyMode, SourceSetting::StepDown},
+    {SourceControl::Nm, Modes({0, 4}), SourceSetting::RatioOn},
+    {SourceControl::Nm, Modes({6, 8}), SourceSetting::RatioOff},
+    {SourceControl::NmSet, AnyMode, SourceSetting::Ratio},
+    {SourceControl::Tc, Modes({0, 1, 4}), SourceSetting::Range},
+    {SourceControl::Rtd, Modes({0, 1, 4}), SourceSetting::Range},
+    {SourceControl::Temp, Modes({0, 4}), SourceSetting::Temperature},
+    {SourceControl::Pulse, Modes({0}), SourceSetting::Range},
+    {SourceControl::PulseSet, Modes({0, 4}), SourceSetting::Pulse},
 };
 
 const Row *Find(SourceControl control, int sourceMode)
@@ -50,15 +55,10 @@ const Row *Find(SourceControl control, int sourceMode)
 
 } // namespace
 
-bool MaySend(SourceControl control, int sourceMode)
-{
-    return Find(control, sourceMode) != nullptr;
-}
-
-QString SourceCommandText(SourceControl control, int sourceMode, const QString &argument)
+std::optional<SourceSetting> SettingOf(SourceControl control, int sourceMode)
 {
     const Row *const row = Find(control, sourceMode);
-    return row ? QString::fromUtf16(row->text) + argument : QString();
+    return row ? std::optional(row->setting) : std::nullopt;
 }
 
 } // namespace px40

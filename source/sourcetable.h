@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "link/command.h"
+
+#include <optional>
 
 namespace px40 {
 
@@ -14,13 +16,13 @@ constexpr SourceControl SourceList(int list)
     return static_cast<SourceControl>(static_cast<int>(SourceControl::Tc) + list);
 }
 
-/// Whether the instrument takes that control's command in its present mode (`SourceMode`, column 51 of the
-/// status reply).
-bool MaySend(SourceControl control, int sourceMode);
+/// What that control sets in the instrument's present mode (`SourceMode`); nothing where the instrument does
+/// not take its command.
+std::optional<SourceSetting> SettingOf(SourceControl control, int sourceMode);
 
-/// The command, without line end; empty where `MaySend` is false. `argument` goes behind it: the new state
-/// "0" or "1" (OnOff), the digit "1" to "5" with "1" the leftmost (Up, Down), n and m (NmSet), the 0-based
-/// position in the list; Nm has none.
-QString SourceCommandText(SourceControl control, int sourceMode, const QString &argument = {});
+inline bool MaySend(SourceControl control, int sourceMode)
+{
+    return SettingOf(control, sourceMode).has_value();
+}
 
 } // namespace px40

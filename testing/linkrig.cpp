@@ -14,7 +14,7 @@ sim::ServerOptions Named(sim::ServerOptions options, const QString &device)
 } // namespace
 
 PortRig::PortRig(const QString &device, const QString &userFile, int replyTimeoutMs)
-    : store(UserStore::InFile(userFile)), ports(store), comm(state, ports, prompts, replyTimeoutMs)
+    : store(UserStore::InFile(userFile)), ports(store), comm(state, ports, replyTimeoutMs)
 {
     ports.Fix(PortMap::First, device);
 }
@@ -22,7 +22,7 @@ PortRig::PortRig(const QString &device, const QString &userFile, int replyTimeou
 void PortRig::Open()
 {
     // Another process may still hold the number of a terminal that its instrument has given back.
-    Await([this] { return comm.TryOpenPort().isEmpty(); }, QStringLiteral("The port does not open."));
+    Await([this] { return comm.OpenPort().has_value(); }, QStringLiteral("The port does not open."));
 }
 
 InstrumentRig::InstrumentRig(sim::ServerOptions options) : server(Named(std::move(options), Device())) {}

@@ -5,6 +5,7 @@
 #include "link/linkuse.h"
 #include "platform/jobs.h"
 #include "platform/portmap.h"
+#include "platform/tell.h"
 #include "platform/userstore.h"
 #include "simulator/ptyserver.h"
 #include "testing/prompts.h"
@@ -32,6 +33,8 @@ struct PortRig
     LinkGate gate{state};
     Jobs jobs;
     Comm comm;
+    /// Boxes, for a procedure that knows no `Prompts`.
+    Tell tell = [this](const QString &text) { return prompts.Warn(text); };
 };
 
 /// The simulated instrument at the other end of a pseudo-terminal, with a folder of its own.

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "acquire/measuredisplay.h"
 #include "acquire/realtime.h"
 #include "acquire/status.h"
 #include "acquire/statuscheck.h"
 #include "document/dataset.h"
 #include "document/rowforward.h"
-#include "link/rangelists.h"
 #include "testing/heldclock.h"
 #include "testing/linkrig.h"
 
@@ -47,14 +45,18 @@ class RecordedForward : public RowForward
 };
 
 /// Status check and real-time receive on the simulated instrument, without windows. The port is open.
-struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
+struct LiveRig : LinkRig
 {
     explicit LiveRig(int replyTimeoutMs = ReplyTimeoutMs, sim::ServerOptions options = Unpaced())
-        : LinkRig(std::move(options), replyTimeoutMs),
-          check(state, gate, comm, prompts, instrument, ranges, checkTimer, *this),
-          realtime({state, gate, comm, prompts, jobs, clock, instrument, tmRealtime, *this})
+        : LinkRig(std::move(options), replyTimeoutMs), check(state, gate, comm, instrument, checkTimer, tell),
+          realtime({state, gate, comm, jobs, clock, instrument, tmRealtime, tell})
     {
         Open();
+        QObject::connect(&instrument, &InstrumentState::statusReceived,
+                         [this] { shown.append(instrument.Status); });
+        QObject::connect(&realtime, &Realtime::runChanged, [this] { ++runChanges; });
+        QObject::connect(&realtime, &Realtime::progressed,
+                         [this](const RunProgress &now) { progress = now; });
     }
 
     /// One status check.
@@ -118,27 +120,14 @@ struct LiveRig : LinkRig, private StatusViews, private RealtimeViews
     HeldClock clock;
     Timer checkTimer{1000, true};
     Timer tmRealtime{0, false}; // ticks only by hand
-    RangeLists ranges = BuildRangeLists();
     InstrumentState instrument;
     DocumentShared shared;
     StatusCheck check;
     Realtime realtime;
 
-    QList<MeasureDisplay> shown;
-    QList<InstrumentStatus> sourceShown; ///< the statuses that the SOURCE window was told
-    QList<bool> commandsEnabled;
-    QStringList handedOn; ///< to the MEASURE window during a run
+    QList<InstrumentStatus> shown;
     RunProgress progress;
     int runChanges = 0;
-
-  private:
-    void ShowMeasure(const MeasureDisplay &display) override { shown.append(display); }
-    void ShowSourceStatus(const InstrumentStatus &status) override { sourceShown.append(status); }
-    void EnableMainCommands(bool enabled) override { commandsEnabled.append(enabled); }
-    void RunChanged() override { ++runChanges; }
-    void ShowRun(const RunProgress &now) override { progress = now; }
-    void StatusStored() override { const Running<bool> showing(check.CheckStatus()); }
-    void SetData(const QString &text) override { handedOn.append(text); }
 };
 
 } // namespace px40

@@ -4,12 +4,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <atomic>
 #include <tuple>
 
 using namespace px40;
-using namespace std::string_literals;
-using namespace std::string_view_literals;
 
 namespace {
 
@@ -29,72 +26,87 @@ class CommTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void CommandsAndTheirAttempts();
     void AnswersAreTheFirstLine();
+    void FramesAreCutAtTheLineFeed_data();
     void FramesAreCutAtTheLineFeed();
-    void SilenceIsTriedAgainAndEndsWithFalse();
+    void SilenceIsTriedAgain();
     void CancelledWorkSendsItsLastCommand();
     void CancelCountsMoreThanAReply();
-    void FlagsEndTheWaitAtOnce();
+    void CancelEndsTheWaitAtOnce();
     void HangUpAndReopeningEndTheExchange();
     void ShutEndsEverything();
-    void GateKeepsInputInThePort();
-    void IdleInputIsReplaced();
+    void LinesOfAnIdleLinkAreTold();
+    void ClosedPortSaysWhatIsWrong_data();
     void ClosedPortSaysWhatIsWrong();
     void SecondOpeningIsRefused();
     void LinkIsHandedOverOnlyWhenFree();
     void LinkUsesOverlap();
 };
 
+/// Every command with how often it is tried, a "!" where it changes the instrument.
+void CommTest::CommandsAndTheirAttempts()
+{
+    QStringList all;
+    const auto add = [&all](const LinkCommand &command) {
+        all << command.text + u' ' + QString::number(command.attempts) +
+                   (command.changes ? u"!"_qs : QString());
+    };
+    for (const LinkCommand &command : AskCondition())
+        add(command);
+    for (const LinkCommand &command : {AskReading(7), BeginRecords(), AskRecord(7), EndRecords(),
+                                       EndRealtime(), SetMeasuring(true), SetMeasuring(false)})
+        add(command);
+    for (int setting = 0; setting <= static_cast<int>(SourceSetting::Value); ++setting)
+        add(SetSource(static_cast<SourceSetting>(setting), u"x"_qs));
+    QCOMPARE(all.join(u", "),
+             u"AN1 3, H1 3, OC 3, OM7 3, PL,1 5!, RS,07 5, PL,0 5!, PL,0 1!, MO1 3!, MO0 3!, SOx 3!, UPx 3!, "
+             "DWx 3!, NM1x 3!, NM0x 3!, NDx 3!, SRx 3!, TEx 3!, PUx 3!, SDx 3!"_qs);
+}
+
 void CommTest::AnswersAreTheFirstLine()
 {
-    const QStringList commands{u"OM1"_qs, u"OM2"_qs, u"OM3"_qs};
     for (const char *const fault : {"none", "byte-by-byte", "two-lines"}) {
         CommRig rig(fault);
-        for (const QString &command : commands)
-            QVERIFY2(rig.Answers(command), fault);
-        QCOMPARE(rig.Commands(), commands);
+        for (int n = 1; n <= 3; ++n)
+            QVERIFY2(rig.Answers(AskReading(n)), fault);
+        QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs, u"OM3"_qs}));
     }
+}
+
+void CommTest::FramesAreCutAtTheLineFeed_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("reply");
+    const QByteArray noise(6000, '\x9d');
+    QTest::newRow("empty") << QByteArray("\r\n") << QByteArray();
+    QTest::newRow("no CR") << QByteArray("\n") << QByteArray();
+    QTest::newRow("the character before LF goes, whatever it is") << QByteArray("ABC\n") << QByteArray("AB");
+    QTest::newRow("every code") << QByteArray("\0\x80\xff\x7f\r\n", 6) << QByteArray("\0\x80\xff\x7f", 4);
+    QTest::newRow("more lines") << QByteArray("A\r\nB\r\nC") << QByteArray("A");
+    QTest::newRow("too long") << noise + "\r\n" << noise.first(LineBuffer::MaxLength - 1);
 }
 
 void CommTest::FramesAreCutAtTheLineFeed()
 {
-    const std::string noise(6000, '\x9d');
-    const std::pair<std::string, std::string_view> rows[] = {
-        {"\r\n", ""},
-        {"\n", ""},
-        {"ABC\n", "AB"}, // the character before LF goes, whatever it is
-        {"\0\x80\xff\x7f\r\n"s, "\0\x80\xff\x7f"sv},
-        {"A\r\nB\r\nC", "A"},
-        {noise + "\r\n", std::string_view(noise).substr(0, Comm::MaxReplyLength - 1)},
-    };
-    for (const auto &[bytes, reply] : rows) {
-        CommRig rig("silent");
-        const Running<bool> exchange = rig.SendOut(u"OM1"_qs, 1);
-        rig.server.Inject(bytes);
-        QVERIFY(Succeeds(exchange));
-        QCOMPARE(rig.state.RecvBuffer, QString::fromLatin1(reply));
-        QCOMPARE(int(rig.state.ReplyLength), int(reply.size()));
-    }
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, reply);
+    CommRig rig("silent");
+    const Exchange exchange = rig.SendOut(Reading(1, 1));
+    rig.server.Inject(bytes.toStdString());
+    QCOMPARE(ReplyOf(exchange), QString::fromLatin1(reply));
 }
 
-void CommTest::SilenceIsTriedAgainAndEndsWithFalse()
+void CommTest::SilenceIsTriedAgain()
 {
-    // The fault, the activity, how often it is tried, the message afterwards.
-    const std::tuple<const char *, int, int, QString> rows[] = {
-        {"silent", ActivityDownload, 3, u"Timeout error occurred."_qs},
-        {"half-line", ActivityStatusCheck, 3, u"before"_qs}, // a status check keeps its silence
-        {"silent", ActivityRealtimeStopping, 1, u"before"_qs},
-    };
-    for (const auto &[fault, activity, attempts, error] : rows) {
-        CommRig rig(fault, 30);
-        RecordedProgress progress;
-        rig.comm.SetProgressView(&progress);
-        rig.state.LinkActivity = activity;
-        rig.state.ErrorMessage = u"before"_qs;
-        QVERIFY(Fails(rig.Send(u"AN1"_qs, attempts)));
-        QCOMPARE(rig.Commands(), QStringList(attempts, u"AN1"_qs));
-        QCOMPARE(rig.state.ErrorMessage, error);
-        QCOMPARE(progress.cancelDisabled, activity == ActivityDownload);
+    for (const char *const fault : {"silent", "half-line"}) {
+        for (const int attempts : {1, 3}) {
+            CommRig rig(fault, 30);
+            const Exchange exchange = rig.Send(Reading(1, attempts));
+            QCOMPARE(CodeOf(exchange), FailureCode::NoAnswer);
+            QCOMPARE(rig.Commands(), QStringList(attempts, u"OM1"_qs));
+            QCOMPARE(exchange.Value().error().text, u"The PX40 has not answered \"OM1\"."_qs);
+        }
     }
 }
 
@@ -103,52 +115,51 @@ void CommTest::SilenceIsTriedAgainAndEndsWithFalse()
 void CommTest::CancelledWorkSendsItsLastCommand()
 {
     CommRig rig("silent", Never);
-    const Running<bool> begin = rig.SendOut(u"PL,1"_qs, 5);
+    const Exchange begin = rig.SendOut(BeginRecords());
     rig.state.DownloadCancel = true;
     rig.comm.FlagsChanged();
-    QVERIFY(Fails(begin));
-    QVERIFY(Fails(rig.Send(u"RS,01"_qs, 5)));
-    QVERIFY(Fails(rig.Send(u"PL,0"_qs, 5)));
+    QCOMPARE(CodeOf(begin), FailureCode::Cancelled);
+    for (const LinkCommand &command : {AskRecord(1), EndRecords()})
+        QCOMPARE(CodeOf(rig.Send(command)), FailureCode::Cancelled);
     QTRY_COMPARE(rig.Commands(), QStringList({u"PL,1"_qs, u"RS,01"_qs, u"PL,0"_qs}));
 }
 
 void CommTest::CancelCountsMoreThanAReply()
 {
     CommRig rig("none", Never);
-    const Running<bool> exchange = rig.Send(u"OM1"_qs);
+    const Exchange exchange = rig.Send(AskReading(1));
     rig.state.DownloadCancel = true; // seen only when the reply wakes the exchange
     QVERIFY(Fails(exchange));
 }
 
-void CommTest::FlagsEndTheWaitAtOnce()
+void CommTest::CancelEndsTheWaitAtOnce()
 {
-    for (const int activity : {ActivityDownload, ActivityRealtimeTransition}) {
-        CommRig rig("silent", Never);
-        rig.state.LinkActivity = activity;
-        const Running<bool> exchange = rig.SendOut(u"H1"_qs);
-        QVERIFY(!exchange.Done());
-        (activity == ActivityDownload ? rig.state.DownloadCancel : rig.state.RealtimeStop) = true;
-        rig.comm.FlagsChanged();
-        QVERIFY(Fails(exchange));
-        QVERIFY(Fails(rig.Send(u"H1"_qs))); // the flag is still set
-        QVERIFY(rig.state.ErrorMessage.isEmpty());
-        QVERIFY(!rig.comm.tmTimeout().Enabled());
-    }
+    CommRig rig("silent", Never);
+    const Exchange exchange = rig.SendOut(AskReading(1));
+    QVERIFY(!exchange.Done());
+    rig.state.DownloadCancel = true;
+    rig.comm.FlagsChanged();
+    QCOMPARE(CodeOf(exchange), FailureCode::Cancelled);
+    QVERIFY(exchange.Value().error().text.isEmpty());
+    QVERIFY(Fails(rig.Send(AskReading(1)))); // the flag is still set
+    QVERIFY(!rig.comm.tmTimeout().Enabled());
 }
 
 void CommTest::HangUpAndReopeningEndTheExchange()
 {
     CommRig rig("silent", Never);
     const QSignalSpy lost(&rig.comm, &Comm::portLost);
-    const Running<bool> exchange = rig.SendOut(u"OC"_qs);
+    const Exchange exchange = rig.SendOut(AskReading(1));
     rig.server.HangUp();
     QVERIFY(Fails(exchange));
     QVERIFY(!rig.comm.IsOpen());
     QTRY_COMPARE(lost.count(), 1);
-    QCOMPARE(rig.state.ErrorMessage, Text(Str::PortLost));
+    QCOMPARE(exchange.Value().error().text, Text(Str::PortLost));
 
     // It was there before; another port never had a connection, whatever becomes of it.
-    QVERIFY(rig.comm.TryOpenPort().startsWith(u"The device of port 1 is not plugged in: "_qs));
+    const Result<> again = rig.comm.OpenPort();
+    QVERIFY(!again);
+    QVERIFY(again.error().text.startsWith(u"The device of port 1 is not plugged in: "_qs));
     QVERIFY(rig.comm.IsLost());
     rig.comm.SetPortNumber(5);
     QVERIFY(!rig.comm.IsLost());
@@ -160,10 +171,10 @@ void CommTest::HangUpAndReopeningEndTheExchange()
     rig.server.PlugIn();
     rig.server.SetFaults({});
     rig.Open();
-    QVERIFY(rig.Answers(u"OM1"_qs));
+    QVERIFY(rig.Answers(AskReading(1)));
 
     rig.Fault("silent");
-    const Running<bool> old = rig.SendOut(u"OC"_qs);
+    const Exchange old = rig.SendOut(AskReading(1));
     rig.Open(); // closes and opens in one turn
     QVERIFY(Fails(old));
 }
@@ -171,66 +182,51 @@ void CommTest::HangUpAndReopeningEndTheExchange()
 void CommTest::ShutEndsEverything()
 {
     CommRig rig("silent", Never);
-    const Running<bool> first = rig.Send(u"AN1"_qs);
-    const Running<bool> second = rig.Send(u"H1"_qs);
+    const Exchange first = rig.Send(AskReading(1));
+    const Exchange second = rig.Send(AskReading(2));
     rig.comm.Shut();
-    QVERIFY(Fails(first) && Fails(second));
-    const Running<bool> late = rig.Send(u"H1"_qs);
-    QVERIFY(late.Done() && !late.Value());
-    const Running<bool> opened(rig.comm.OpenPort());
-    QVERIFY(opened.Done() && !opened.Value());
+    QCOMPARE(CodeOf(first), FailureCode::Cancelled);
+    QCOMPARE(CodeOf(second), FailureCode::Cancelled);
+    const Exchange late = rig.Send(AskReading(3));
+    QVERIFY(late.Done());
+    QCOMPARE(CodeOf(late), FailureCode::Cancelled);
+    QVERIFY(!rig.comm.OpenPort());
 }
 
-void CommTest::GateKeepsInputInThePort()
-{
-    std::atomic<bool> sent = false;
-    sim::ServerOptions options = LinkRig::Unpaced();
-    options.observer = [&](std::string_view, std::string_view) { sent = true; };
-    LinkRig rig(std::move(options), Never);
-    rig.Open();
-    rig.state.LinkActivity = ActivityRealtime;
-    const Running<bool> exchange(rig.comm.SendCommand(u"OM1"_qs, 3));
-    QTRY_VERIFY(sent);
-    for (int turn = 0; turn < 5; ++turn)
-        QTest::qWait(0);
-    QVERIFY(!exchange.Done());
-
-    rig.state.ReceiveGate = true;
-    rig.server.Inject("more\r\n"); // its arrival finds the gate open and takes all
-    QVERIFY(Succeeds(exchange));
-    QCOMPARE(int(rig.state.ReplyLength), 29);
-    QVERIFY(rig.state.ReceiveGate);
-}
-
-void CommTest::IdleInputIsReplaced()
+void CommTest::LinesOfAnIdleLinkAreTold()
 {
     CommRig rig;
-    rig.state.LinkActivity = ActivityIdle;
-    for (const char *const input : {"first\r\n", "second"}) {
-        rig.server.Inject(input);
-        QTRY_COMPARE(rig.state.RecvBuffer, QString::fromLatin1(input));
-    }
+    const QSignalSpy lines(&rig.comm, &Comm::lineReceived);
+    rig.server.Inject("first\r\nsec");
+    QTRY_COMPARE(lines.count(), 1);
+    rig.server.Inject("ond\r\n");
+    QTRY_COMPARE(lines.count(), 2);
+}
+
+void CommTest::ClosedPortSaysWhatIsWrong_data()
+{
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("none") << QString() << u"No device is assigned to port 3."_qs;
+    QTest::newRow("not there") << u"/dev/serial/by-id/none"_qs
+                               << u"There is no device /dev/serial/by-id/none.\r\n"_qs;
+    QTest::newRow("no serial device") << u"/dev/null"_qs << u"/dev/null: "_qs;
 }
 
 void CommTest::ClosedPortSaysWhatIsWrong()
 {
-    const std::pair<QString, QString> rows[] = {
-        {QString(), u"No device is assigned to port 3."_qs},
-        {u"/dev/serial/by-id/none"_qs, u"There is no device /dev/serial/by-id/none.\r\n"_qs},
-        {u"/dev/null"_qs, u"/dev/null: "_qs},
-    };
-    for (const auto &[device, text] : rows) {
-        LinkRig rig;
-        rig.ports.Assign(3, device);
-        rig.comm.SetPortNumber(3);
-        QVERIFY(Fails(Running<bool>(rig.comm.OpenPort())));
-        QVERIFY(!rig.comm.IsOpen());
-        QCOMPARE(rig.prompts.warnings.size(), 1);
-        QVERIFY2(rig.prompts.warnings.first().startsWith(text), qPrintable(rig.prompts.warnings.first()));
-        const Running<bool> exchange(rig.comm.SendCommand(u"H1"_qs, 3));
-        QVERIFY(exchange.Done() && !exchange.Value()); // at once
-        QCOMPARE(rig.state.ErrorMessage, Text(Str::PortNotOpen));
-    }
+    QFETCH(QString, device);
+    QFETCH(QString, text);
+    LinkRig rig;
+    rig.ports.Assign(3, device);
+    rig.comm.SetPortNumber(3);
+    const Result<> opened = rig.comm.OpenPort();
+    QVERIFY(!opened);
+    QVERIFY2(opened.error().text.startsWith(text), qPrintable(opened.error().text));
+    QVERIFY(!rig.comm.IsOpen());
+    const Exchange exchange(rig.comm.SendCommand(AskReading(1)));
+    QVERIFY(exchange.Done() && !exchange.Value()); // at once
+    QCOMPARE(exchange.Value().error().text, Text(Str::PortNotOpen));
 }
 
 void CommTest::SecondOpeningIsRefused()
@@ -239,13 +235,13 @@ void CommTest::SecondOpeningIsRefused()
     // Through a link, as a lasting name is one: it is the same device all the same.
     const QString link = rig.folder.filePath(u"by-id"_qs);
     QVERIFY(QFile::link(rig.ports.Device(1), link));
-    ScriptedPrompts prompts;
     LinkState state;
     rig.ports.Fix(2, link);
-    Comm other(state, rig.ports, prompts);
+    Comm other(state, rig.ports);
     other.SetPortNumber(2);
-    QVERIFY(Fails(Running<bool>(other.OpenPort())));
-    QCOMPARE(prompts.warnings, QStringList(u"Another program is using %1."_qs.arg(link)));
+    const Result<> opened = other.OpenPort();
+    QVERIFY(!opened);
+    QCOMPARE(opened.error().text, u"Another program is using %1."_qs.arg(link));
 }
 
 void CommTest::LinkIsHandedOverOnlyWhenFree()

@@ -50,7 +50,7 @@ void AnswerBox(const QString &text, Qt::Key key)
     QTRY_VERIFY(!Open<QMessageBox>());
 }
 
-QString Result(const Running<QString> &asked)
+QString Answered(const Running<QString> &asked)
 {
     return asked.Finish() ? asked.Value() : u"none in time"_qs;
 }
@@ -100,7 +100,7 @@ void FileDialogTest::OpenStaysUntilTheFileIsThere()
     auto *const names = Open()->findChild<QAbstractItemView *>(u"listView"_qs);
     QTRY_COMPARE(names->model()->rowCount(names->rootIndex()), 1);
     Type(u"old.csv"_qs);
-    QCOMPARE(Result(asked), old_);
+    QCOMPARE(Answered(asked), old_);
     QTRY_VERIFY(!Open());
 }
 
@@ -118,7 +118,7 @@ void FileDialogTest::SaveAsksBeforeReplacing()
     QVERIFY(!asked.Done());
     Type(u"old.csv"_qs);
     AnswerBox(question, Qt::Key_Y);
-    QCOMPARE(Result(asked), old_);
+    QCOMPARE(Answered(asked), old_);
 
     // The next dialog opens where the last file was, and there a new name that is proposed leads.
     const QString proposed = u"1New 2026-03-05 070809.CSV"_qs;
@@ -126,7 +126,7 @@ void FileDialogTest::SaveAsksBeforeReplacing()
     QTRY_VERIFY(NameField());
     QCOMPARE(NameField()->text(), proposed);
     QTest::keyClick(NameField(), Qt::Key_Return);
-    QCOMPARE(Result(next), Path(proposed));
+    QCOMPARE(Answered(next), Path(proposed));
 }
 
 void FileDialogTest::SuffixTellsTheFilter()
@@ -141,7 +141,7 @@ void FileDialogTest::SuffixTellsTheFilter()
         QTRY_VERIFY(Open());
         Open()->selectNameFilter(chosen);
         Type(typed);
-        QCOMPARE(Result(asked), Path(name));
+        QCOMPARE(Answered(asked), Path(name));
     }
 }
 
@@ -151,17 +151,17 @@ void FileDialogTest::CancelAndDismissEndIt()
     const Running<QString> cancelled(prompts.AskOpenFile(filter_, QString()));
     QTRY_VERIFY(Open());
     QTest::keyClick(Open(), Qt::Key_Escape);
-    QCOMPARE(Result(cancelled), QString());
+    QCOMPARE(Answered(cancelled), QString());
 
     // With a box before the dialog.
     const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
     Type(u"old.csv"_qs);
     QTRY_VERIFY(Open<QMessageBox>());
     prompts.DismissAll();
-    QCOMPARE(Result(dismissed), QString());
+    QCOMPARE(Answered(dismissed), QString());
     const Running<QString> late(prompts.AskOpenFile(filter_, QString()));
     QVERIFY(!Open());
-    QCOMPARE(Result(late), QString());
+    QCOMPARE(Answered(late), QString());
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
 }
 

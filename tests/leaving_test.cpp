@@ -109,7 +109,7 @@ void LeavingTest::LeavingStopsWhatWaits()
 {
     Started program;
     program.Fault("silent");
-    const Running<bool> exchange(program.services.comm.SendCommand(QStringLiteral("OC"), 3));
+    const Running exchange(program.services.comm.SendCommand(AskReading(1)));
     const LinkUse use(program.services.gate, ActivityStatusCheck);
     program.prompts.answers = {Answer::No};
     program.Action("Mdata")->trigger(); // waits for the link

@@ -161,15 +161,15 @@ void MainCommandsTest::CommandsWaitForTheLink()
     QFETCH(const int, windows);
     QFETCH(const bool, runs);
     Rig rig;
-    QCOMPARE(rig.services.comm.TryOpenPort(), QString());
+    QVERIFY(rig.services.comm.OpenPort());
     rig.commands.AddDataSet(KindRealtime);
-    rig.services.gate.Take(); // as a status check does
+    std::optional<LinkUse> check(std::in_place, rig.services.gate, ActivityStatusCheck);
     rig.prompts.answers = {Answer::No};
     rig.commands.Run(command);
     QVERIFY(WaitUntil([&] { return rig.services.state.StatusYield; }));
     meanwhile(&rig);
     QVERIFY(rig.sets.size() <= 1 && !rig.services.state.RealtimeRun);
-    rig.services.gate.Release();
+    check.reset();
     QVERIFY(rig.NoJobLeft());
     QCOMPARE(rig.sets.size(), windows);
     QCOMPARE(rig.services.state.RealtimeRun, runs);

@@ -147,7 +147,7 @@ void MoniterTest::EachPressSendsACommand()
     rig.Fault("late=60");
     const auto exchange = [&] {
         const LinkUse use(rig.gate, ActivityStatusCheck);
-        return Running(rig.comm.SendCommand(u"H1"_qs, 1)).Finish();
+        return Running(rig.comm.SendCommand(Preparations().back())).Finish();
     };
 
     std::optional<LinkUse> other(std::in_place, rig.gate, ActivityStatusCheck);

@@ -29,7 +29,7 @@ class ModelLine
 
     explicit ModelLine(unsigned seed) : random_(seed) {}
 
-    void Write(const QString &command, int exchange)
+    void Write(const LinkCommand &command, int exchange)
     {
         if (Chance(0.03) || now < silentUntil_)
             return;
@@ -62,9 +62,9 @@ class ModelLine
     qint64 now = 0;
 
   private:
-    static QString TextFor(const QString &command)
+    static QString TextFor(const LinkCommand &command)
     {
-        switch (ReplyFormOf(command)) {
+        switch (command.reply) {
         case ReplyForm::Condition:
             return Condition;
         case ReplyForm::Reading:
@@ -90,11 +90,11 @@ class ModelChannel
   public:
     explicit ModelChannel(ModelLine &line) : line_(&line) {}
 
-    void Exchange(const QString &command, int attempts)
+    void Exchange(const LinkCommand &command)
     {
         ++exchange_;
-        const bool changes = ChangesInstrument(command);
-        const bool isQuestion = ReplyFormOf(command) != ReplyForm::Acknowledgement;
+        const bool changes = command.changes;
+        const bool isQuestion = command.reply != ReplyForm::Acknowledgement;
         pending_.ForgetBefore(line_->now - 60 * TimeoutMs);
         if (changes)
             AwaitAcknowledgements();
@@ -102,7 +102,7 @@ class ModelChannel
         int written = 0;
         bool obeyed = false; // the instrument has said so
         bool answered = false;
-        for (int attempt = 1; attempt <= attempts && !answered; ++attempt) {
+        for (int attempt = 1; attempt <= command.attempts && !answered; ++attempt) {
             Write(command, &written);
             if (changes && obeyed)
                 ++writtenTooOften;
@@ -153,7 +153,7 @@ class ModelChannel
         }
     }
 
-    void Write(const QString &command, int *written)
+    void Write(const LinkCommand &command, int *written)
     {
         ++*written;
         line_->Write(command, exchange_);
@@ -164,6 +164,18 @@ class ModelChannel
     PendingReplies pending_;
     int exchange_ = 0;
 };
+
+/// The command of that text.
+LinkCommand Named(const QString &text)
+{
+    for (const LinkCommand &command : AskCondition()) {
+        if (command.text == text)
+            return command;
+    }
+    if (text.startsWith(u"OM"))
+        return AskReading(text.mid(2).toInt());
+    return text.startsWith(u"RS") ? AskRecord(1) : LinkCommand{text};
+}
 
 /// Plays a script of what is written and what comes, and gives the verdicts on what comes, a letter each:
 /// A(nswer), G (ask again), D(ropped). A word of the script is >COMMAND (an exchange begins), + (written
@@ -179,7 +191,7 @@ QString Play(const QString &script)
     const QStringList words = script.split(u' ');
     for (const QString &word : words) {
         if (word.startsWith(u'>'))
-            pending.Begin(word.mid(1));
+            pending.Begin(Named(word.mid(1)));
         if (word.startsWith(u'>') || word == u"+")
             pending.Written(0);
         else if (word == u".")
@@ -244,19 +256,19 @@ void PendingRepliesTest::NothingWrongOnABadLine()
         ModelChannel channel(line);
         while (channel.readings < Readings) {
             if (line.Chance(0.9)) {
-                for (const QString &command : {u"AN1"_qs, u"H1"_qs, u"OC"_qs})
-                    channel.Exchange(command, 3);
+                for (const LinkCommand &command : AskCondition())
+                    channel.Exchange(command);
             }
             if (line.Chance(0.05)) {
                 for (int n = 1; n <= 10; ++n)
-                    channel.Exchange(u"OM%1"_qs.arg(n), 3);
+                    channel.Exchange(AskReading(n));
             }
             if (line.Chance(0.02)) {
-                for (const QString &command : {u"PL,1"_qs, u"RS,01"_qs, u"RS,02"_qs, u"PL,0"_qs})
-                    channel.Exchange(command, 5);
+                for (const LinkCommand &command : {BeginRecords(), AskRecord(1), AskRecord(2), EndRecords()})
+                    channel.Exchange(command);
             }
             if (line.Chance(0.2))
-                channel.Exchange(u"UP1"_qs, 3);
+                channel.Exchange(SetSource(SourceSetting::StepUp, u"1"_qs));
             if (line.Chance(0.5))
                 channel.Idle(line.Between(1, 900));
         }

@@ -1,9 +1,7 @@
-#include "link/reply.h"
+#include "link/condition.h"
 #include "link/saverecord.h"
 
 #include <QTest>
-
-#include <tuple>
 
 using namespace px40;
 
@@ -12,38 +10,53 @@ class ReplyTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void DecodesBothSides_data();
     void DecodesBothSides();
     void FormatsNumbers();
-    void TranslatesUnits();
+    void ShowsUnitsOfTheSource_data();
+    void ShowsUnitsOfTheSource();
+    void ChecksSaveRecords_data();
     void ChecksSaveRecords();
 };
 
+namespace {
+
+QString Joined(const ReadingTexts &texts)
+{
+    return QStringList({texts.measureValue, texts.measureUnit, texts.sourceValue, texts.sourceUnit})
+        .join(u'|');
+}
+
+} // namespace
+
+void ReplyTest::DecodesBothSides_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QByteArray>("texts"); // value and unit of both sides; empty: refused
+    const auto row = [](const char *name, const char *reply, const char *texts) {
+        QTest::newRow(name) << QByteArray(reply) << QByteArray(texts);
+    };
+    row("plain", "VDC  001.23E+0,ADC -012.50E-3", "1.23|VDC|-12.50|mADC");
+    row("over-range keeps the bare unit", "O  O 999999E+3,O  O 999999E+3", "-----|Ohm|-----|Ohm");
+    row("cut off", "VDC  001", "1|VDC||");
+    row("nothing", "", "|||");
+    row("no reading", "VDCE 000.00E+0,VDCE 000.00E+0", "-----||-----|");
+    row("burn-out on the measured side only", "T  B 000.00E+0,T  B 0123.4E+0", " -bo-|C.|123.4|C.");
+    row("prefixes", "O    1.2345E+3,F    0500.0E+3", "1.2345|kOhm|500.0|kHz");
+    row("noise as it came", "VDC -0\x81x.3\x7f   ,VDC  0?1.23E*3", "-\x81x.3\x7f|VDC|?1.23|VDC");
+    row("refused", "ERR and more", "");
+}
+
 void ReplyTest::DecodesBothSides()
 {
-    // Unit, state, sign, number and exponent of both sides; value and unit of both.
-    constexpr std::pair<const char *, const char *> rows[] = {
-        {"VDC  001.23E+0,ADC -012.50E-3", "1.23|VDC|-12.50|mADC"},
-        {"O  O 999999E+3,O  O 999999E+3", "-----|Ohm|-----|Ohm"}, // over-range keeps the bare unit
-        {"VDC  001", "1|VDC||"},                                  // cut off
-        {"", "|||"},
-        {"VDCE 000.00E+0,VDCE 000.00E+0", "-----||-----|"},
-        {"T  B 000.00E+0,T  B 0123.4E+0", " -bo-|C.|123.4|C."}, // burn-out on the measured side only
-        {"O    1.2345E+3,F    0500.0E+3", "1.2345|kOhm|500.0|kHz"},
-        {"VDC -0\x81x.3\x7f   ,VDC  0?1.23E*3", "-\x81x.3\x7f|VDC|?1.23|VDC"}, // noise as it came
-    };
-    for (const auto &[reply, texts] : rows) {
-        ReadingTexts reading;
-        QString error = u"untouched"_qs;
-        QVERIFY(DecodeMeasureReply(QString::fromLatin1(reply), &reading, &error));
-        const QStringList decoded{reading.measureValue, reading.measureUnit, reading.sourceValue,
-                                  reading.sourceUnit};
-        QCOMPARE(decoded.join(u'|'), QString::fromLatin1(texts));
-        QCOMPARE(error, u"untouched"_qs);
-        const ReadingTexts before = reading;
-        QVERIFY(!DecodeMeasureReply(u"ERR and more"_qs, &reading, &error));
-        QCOMPARE(error, u"Command error occurred."_qs);
-        QVERIFY(reading == before); // a refusal leaves it alone
-    }
+    QFETCH(QByteArray, reply);
+    QFETCH(QByteArray, texts);
+    const Result<ReadingTexts> reading = DecodeMeasureReply(QString::fromLatin1(reply));
+    QCOMPARE(reading.has_value(), !texts.isEmpty());
+    if (reading)
+        QCOMPARE(Joined(*reading), QString::fromLatin1(texts));
+    else
+        QCOMPARE(reading.error().text, u"Command error occurred."_qs);
 }
 
 void ReplyTest::FormatsNumbers()
@@ -54,62 +67,77 @@ void ReplyTest::FormatsNumbers()
         {" 00000.", "."},    {"- .1234", "- .1234"}, {" .00001", ".00001"}, {" 0 0 10", "10"},
     };
     for (const auto &[field, text] : rows)
-        QCOMPARE(FormatReplyNumber(u"VDC "_qs + QString::fromLatin1(field), 6), QString::fromLatin1(text));
+        QCOMPARE(FormatReplyNumber(SplitValue(u"VDC "_qs + QString::fromLatin1(field))),
+                 QString::fromLatin1(text));
 }
 
-void ReplyTest::TranslatesUnits()
+void ReplyTest::ShowsUnitsOfTheSource_data()
 {
-    // A code and its column, columns 49 and 50, the source function, the unit.
-    constexpr std::tuple<const char *, int, const char *, int, const char *> rows[] = {
-        {"O  ", 23, "00", 0, "Ohm"},   // resistance
-        {"V  ", 5, "00", 0, "V  "},    // other codes keep their blanks
-        {"T  ", 5, "10", 3, "C."},     // temperature measured: the sub mode is the source's
-        {"T  ", 23, "00", 3, "C."},    // temperature set
-        {"T  ", 23, "20", 3, "C."},    // ambient
-        {"T  ", 23, "10", 3, "VDC"},   // thermocouple as voltage
-        {"T  ", 23, "10", 4, "Ohm"},   // thermometer as resistance
-        {"T  ", 23, " 0", 3, ""},      // unknown sub mode
-        {"F  ", 1, "02", 0, "Hz"},     // frequency measured
-        {"F  ", 23, "00", 0, "Hz"},    // frequency
-        {"F  ", 23, "01", 0, "VP-P"},  // amplitude
-        {"F  ", 23, "02", 0, "Cycle"}, // count
-        {"F  ", 23, "03", 0, ""},      // unknown pulse mode
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("subModes"); // columns 49 and 50
+    QTest::addColumn<int>("sourceFunction");
+    QTest::addColumn<QString>("unit");
+    const auto row = [](const char *name, const char *code, const char *subModes, int function,
+                        const char *unit) {
+        QTest::newRow(name) << QString::fromLatin1(code) << QString::fromLatin1(subModes) << function
+                            << QString::fromLatin1(unit);
     };
-    for (const auto &[code, column, subModes, sourceFunction, unit] : rows) {
-        QString reply(52, u'0');
-        reply.replace(column - 1, 3, QString::fromLatin1(code));
-        reply.replace(48, 2, QString::fromLatin1(subModes));
-        QCOMPARE(UnitText(reply, column, sourceFunction), QString::fromLatin1(unit));
-    }
+    row("resistance", "O  ", "00", 0, "Ohm");
+    row("other codes keep their blanks", "V  ", "00", 0, "V  ");
+    row("temperature", "T  ", "00", 3, "C.");
+    row("ambient", "T  ", "20", 3, "C.");
+    row("thermocouple as voltage", "T  ", "10", 3, "VDC");
+    row("thermometer as resistance", "T  ", "10", 4, "Ohm");
+    row("no sub mode", "T  ", " 0", 3, "");
+    row("frequency", "F  ", "00", 0, "Hz");
+    row("amplitude", "F  ", "01", 0, "VP-P");
+    row("count", "F  ", "02", 0, "Cycle");
+    row("unknown pulse mode", "F  ", "03", 0, "");
+    row("no pulse mode", "F  ", "0 ", 0, "");
+}
+
+void ReplyTest::ShowsUnitsOfTheSource()
+{
+    QFETCH(QString, code);
+    QFETCH(QString, subModes);
+    QFETCH(int, sourceFunction);
+    QFETCH(QString, unit);
+    QString reply(52, u'0');
+    reply.replace(19, 1, QString::number(sourceFunction));
+    reply.replace(22, 3, code);
+    reply.replace(48, 2, subModes);
+    QCOMPARE(DecodeCondition(reply, {}).sample.sourceUnit, unit);
+    reply[50] = u'x'; // where noise has hit it, the function is that of the status before
+    InstrumentStatus before;
+    before.SourceFunction = sourceFunction;
+    reply[19] = u'9';
+    QCOMPARE(DecodeCondition(reply, before).sample.sourceUnit, unit);
+}
+
+void ReplyTest::ChecksSaveRecords_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QString>("judgement");
+    const auto row = [](const char *name, const char *reply, const QString &judgement) {
+        QTest::newRow(name) << QByteArray(reply) << judgement;
+    };
+    const QString badData = u"Data error occurred."_qs;
+    // "RS" is 82 + 83 = 165 = 0xA5; "CMD,ERR" is 67+77+68+44+69+82+82 = 489 = 0x1E9; "ABJ" is 205 = 0xCD.
+    row("empty", "RS5", u"empty"_qs);
+    row("refused", "CMD,ERR9", u"Command error occurred."_qs);
+    row("filled", "ABJD", u"filled"_qs);
+    row("small letter", "ABJd", badData);
+    row("nothing", "", badData);
+    row("nothing but the check character", "0", u"filled"_qs);
+    row("codes above 0x7F count in full", "\xff\xfe\x44", u"filled"_qs);
 }
 
 void ReplyTest::ChecksSaveRecords()
 {
-    const QString badData = u"Data error occurred."_qs;
-    // A record, the error, and what stands in value and unit afterwards.
-    const std::tuple<const char *, QString, const char *> rows[] = {
-        // "RS" is 82 + 83 = 165 = 0xA5; "CMD,ERR" is 67+77+68+44+69+82+82 = 489 = 0x1E9; "ABJ" is 205 = 0xCD.
-        {"RS5", QString(), ""},
-        {"CMD,ERR9", u"Command error occurred."_qs, "kept"},
-        {"ABJD", QString(), "kept"},
-        {"ABJd", badData, "kept"},
-        {"", badData, "kept"},
-        {"0", QString(), "kept"},
-        {"\xff\xfe\x44", QString(), "kept"}, // codes above 0x7F count in full
-    };
-    for (const auto &[record, message, output] : rows) {
-        const QString reply = QString::fromLatin1(record);
-        QString value = u"kept"_qs;
-        QString unit = value;
-        QString error;
-        QCOMPARE(CheckSaveRecord(reply, &value, &unit, &error), message.isEmpty());
-        QCOMPARE(error, message);
-        QCOMPARE(value, QString::fromLatin1(output));
-        QCOMPARE(unit, value);
-        QString digits = reply;
-        const bool accepted = CheckDigitOk(&digits);
-        QCOMPARE(digits, accepted ? reply.chopped(1) : reply);
-    }
+    QFETCH(QByteArray, reply);
+    QFETCH(QString, judgement);
+    const Result<bool> filled = CheckSaveRecord(QString::fromLatin1(reply));
+    QCOMPARE(!filled ? filled.error().text : *filled ? u"filled"_qs : u"empty"_qs, judgement);
 }
 
 QTEST_GUILESS_MAIN(ReplyTest)

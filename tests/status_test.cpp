@@ -1,8 +1,9 @@
 // The status reply: every state in tests/status as the instrument sends it, and replies that are none.
 
 #include "acquire/measuredisplay.h"
-#include "acquire/status.h"
+#include "link/condition.h"
 #include "link/rangelists.h"
+#include "resources/strings.h"
 #include "simulator/statusfile.h"
 #include "source/sourcedisplay.h"
 #include "testing/files.h"
@@ -27,9 +28,7 @@ InstrumentStatus Before()
     const QString other = QStringLiteral("?");
     std::array<bool, 8> bits{};
     bits.fill(true);
-    return {
-        5, 6, 3, QStringLiteral("CPMN 01482.E+0"), 5, 9, 98, other, other, 9, other, bits, other, other, 9,
-        9, 9, 9};
+    return {5, 6, 3, QStringLiteral("CPMN 01482.E+0"), 5, 9, 98, other, other, bits, 9, 9, 9, 9};
 }
 
 /// The lines "key: value" of a file; a line of another kind is a key that nobody knows.
@@ -82,14 +81,15 @@ QString ListsAndButtons(const SourceDisplay &shown)
     return texts.join(u' ');
 }
 
-/// What the program makes of the reply in `link`, under the keys of the files.
-Texts Understood(const LinkState &link, const RangeLists &ranges)
+/// What the program makes of a reply, under the keys of the files.
+Texts Understood(const QString &reply, const RangeLists &ranges)
 {
-    InstrumentStatus s = Before();
-    Texts texts{{u"reply"_qs, link.RecvBuffer},
-                {u"mode"_qs, QString::number(CheckCommMode(link.RecvBuffer, link.ReplyLength))}};
-    if (!DecodeStatus(link.RecvBuffer, &s))
+    const Result<> usable = CheckCommMode(reply);
+    Texts texts{{u"reply"_qs, reply}, {u"mode"_qs, usable ? u"usable"_qs : FirstLine(usable.error().text)}};
+    const std::optional<InstrumentStatus> decoded = DecodeCondition(reply, Before()).status;
+    if (!decoded)
         return texts;
+    const InstrumentStatus &s = *decoded;
     QString bits;
     for (const bool bit : s.OptionBits)
         bits.prepend(bit ? u'1' : u'0');
@@ -97,16 +97,15 @@ Texts Understood(const LinkState &link, const RangeLists &ranges)
     const SourceDisplay source = ShowSource(s, ranges, false);
     const QStringList keys =
         u"MeasureOn MeasureFunction MeasureRange MeasureValue SourceOn SourceFunction SourceRange "
-        "SourceField SourceValue SourcePointPos OptionFlags OptionBits StatusFieldA StatusFieldB "
+        "SourceField SourceValue OptionBits "
         "SourceSubMode PulseSubMode SourceMode CommMode "
         "value unit function symbol on buttonEnabled indicators options source lists"_qs.split(u' ');
     // In the same order.
     const QStringList fields = AsTexts(
         s.MeasureOn, s.MeasureFunction, s.MeasureRange, s.MeasureValue, s.SourceOn, s.SourceFunction,
-        s.SourceRange, s.SourceField, s.SourceValue, s.SourcePointPos, s.OptionFlags, bits, s.StatusFieldA,
-        s.StatusFieldB, s.SourceSubMode, s.PulseSubMode, s.SourceMode, s.CommMode, shown.value, shown.unit,
-        shown.function, shown.symbol, shown.on, shown.buttonEnabled, Joined(shown.indicators),
-        Joined(source.indicators), Picture(source), ListsAndButtons(source));
+        s.SourceRange, s.SourceField, s.SourceValue, bits, s.SourceSubMode, s.PulseSubMode, s.SourceMode,
+        s.CommMode, shown.value, shown.unit, shown.function, shown.symbol, shown.on, shown.buttonEnabled,
+        Joined(shown.indicators), Joined(source.indicators), Picture(source), ListsAndButtons(source));
     for (qsizetype i = 0; i < keys.size(); ++i)
         texts.insert(keys[i], fields[i]);
     return texts;
@@ -146,19 +145,18 @@ void StatusTest::EveryStateIsUnderstood()
     QVERIFY(!files.isEmpty());
     LinkRig rig;
     rig.Open();
-    rig.state.LinkActivity = ActivityStatusCheck;
     QStringList differences;
     for (const QString &file : files) {
         std::string error;
         const auto reply = sim::ReadStatusFile(folder.filePath(file).toStdString(), &error);
         QVERIFY2(reply, error.c_str());
         rig.server.WithInstrument([&](sim::Instrument &i) { i.HoldStatus(reply); });
-        const Running<bool> asked(rig.comm.SendCommand(u"OC"_qs, 3));
+        const Running asked(rig.comm.SendCommand(AskCondition().back()));
         QVERIFY(asked.Finish() && asked.Value());
-        differences += Differences(file, ReadLines(folder.filePath(file)), Understood(rig.state, ranges));
+        differences +=
+            Differences(file, ReadLines(folder.filePath(file)), Understood(*asked.Value(), ranges));
     }
     QVERIFY2(differences.isEmpty(), qPrintable(differences.join(u'\n')));
-    QCOMPARE(MeasureValueText(u"ERROR"_qs), u"ERROR"_qs); // no reading in real-time receive
 
     InstrumentStatus lit;
     lit.OptionBits.fill(true);
@@ -172,11 +170,9 @@ void StatusTest::HostileReplies()
     const QRegularExpression columns(
         u"^(0.{17}|[1-9][0-9]{3}.{14})[0-9]{4}.{14}[01]{8}.{4}[0-9 ]{2}[0-9]{2}"_qs,
         QRegularExpression::DotMatchesEverythingOption);
-    QStringList wrong; // taken or not taken for a status, or partly
+    QStringList wrong; // taken or not taken for a status
     const auto check = [&](const QString &reply) {
-        InstrumentStatus status = Before();
-        const bool decoded = DecodeStatus(reply, &status);
-        if (decoded != columns.match(reply).hasMatch() || (!decoded && status != Before()))
+        if (DecodeCondition(reply, Before()).status.has_value() != columns.match(reply).hasMatch())
             wrong << reply;
     };
     for (const QString &good : {u"1603CPMN 01482.E+01301T  N 0100.0E+0100000001234  10"_qs,

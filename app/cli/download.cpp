@@ -1,10 +1,10 @@
 #include "app/cli/download.h"
 
+#include "acquire/storeddata.h"
 #include "app/cli/commandline.h"
 #include "app/cli/console.h"
 #include "app/cli/ports.h"
 #include "app/services.h"
-#include "link/storeddata.h"
 #include "platform/filenames.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
@@ -53,18 +53,17 @@ int PortToUse(const CommandLine &line, const Services &services)
     return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
 }
 
-QCoro::Task<Result<>> Download(Services *services, DecliningPrompts *prompts, StoredData *storedData,
-                               StoredData::Mode mode, std::shared_ptr<DataSet> dataSet)
+QCoro::Task<Result<>> Download(Services *services, StoredData *download, bool needsRecords)
 {
     const auto close = qScopeGuard([services] { services->comm.ClosePort(); });
-    bool done = co_await services->comm.OpenPort();
-    if (done)
-        done = co_await storedData->Receive(mode, dataSet);
-    if (!done)
-        co_return Fail(FirstLine(prompts->told));
-    if (mode == StoredData::Mode::Save && storedData->Records() == 0)
+    Result<> received = services->comm.OpenPort();
+    if (received)
+        received = co_await download->Receive();
+    if (!received)
+        co_return Fail(FirstLine(received.error().text));
+    if (needsRecords && download->Records() == 0)
         co_return Fail(Text(Str::SaveModeNone));
-    co_return Result<>();
+    co_return received;
 }
 
 /// Puts a whole download where it is to go.
@@ -111,16 +110,16 @@ int RunDownload(const CommandLine &line)
     const auto dataSet = std::make_shared<DataSet>(services.state, services.shared);
     dataSet->OpenNew(line.saveMode ? KindSave : KindMemory);
     ProgressLine progress;
-    StoredData storedData(services.state, services.gate, services.comm, prompts, progress);
-    Result<> kept = RunToEnd(services.jobs, Download(&services, &prompts, &storedData, mode, dataSet),
-                             Text(Str::DownloadFailed));
+    StoredData download({services.state, services.gate, services.comm, progress}, mode, dataSet);
+    Result<> kept =
+        RunToEnd(services.jobs, Download(&services, &download, line.saveMode), Text(Str::DownloadFailed));
     if (kept)
         kept = Keep(&target, dataSet.get());
     int code = ExitNothingChanged;
     if (kept) {
-        const bool printed = target.toOutput ||
-                             (line.saveMode ? PrintLine(Text(Str::SaveModeReceived).arg(storedData.Records()))
-                                            : PrintStatistics(*dataSet));
+        const bool printed =
+            target.toOutput || (line.saveMode ? PrintLine(Text(Str::SaveModeReceived).arg(download.Records()))
+                                              : PrintStatistics(*dataSet));
         code = EndWritten(target.name, *dataSet, printed);
     } else {
         code = EndFailed(kept.error());

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "link/linkuse.h"
+#include "platform/result.h"
+
+#include <QCoro/QCoroTask>
+
+#include <memory>
+
+namespace px40 {
+
+class Comm;
+class DataSet;
+class ProgressView;
+struct LinkCommand;
+struct LinkState;
+
+/// One download of the 50 readings, or the 50 SAVE-mode records, that the instrument keeps in its memory, one
+/// request each, under the progress dialog. It has the link until it goes, so that whoever started it can
+/// tell the user of a failure before anything else is sent.
+class StoredData
+{
+  public:
+    static constexpr int Entries = 50;
+    enum class Mode { Memory, Save };
+
+    struct Parts
+    {
+        LinkState &state;
+        LinkGate &gate;
+        Comm &comm;
+        ProgressView &progress;
+    };
+
+    /// The link must be free, and the parts outlive the download. In SAVE mode it leaves `LinkBusy` alone:
+    /// that a download is under way keeps others from the link. A record only makes room in the table.
+    StoredData(const Parts &parts, Mode mode, std::shared_ptr<DataSet> dataSet);
+
+    /// To the end. A download that fails, or is cancelled, keeps the rows received.
+    QCoro::Task<Result<>> Receive();
+
+    /// The SAVE-mode records that arrived and were not empty.
+    int Records() const { return records_; }
+
+  private:
+    QCoro::Task<Result<>> Fetch();
+    QCoro::Task<Result<>> FetchReadings();
+    QCoro::Task<Result<>> FetchRecords();
+    QCoro::Task<Result<QString>> Ask(LinkCommand command);
+    Result<> AddRow();
+
+    Parts parts_;
+    Mode mode_;
+    std::shared_ptr<DataSet> data_;
+    LinkUse use_;
+    int records_ = 0;
+};
+
+} // namespace px40

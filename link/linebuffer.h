@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+namespace px40 {
+
+class PendingReplies;
+
+/// Cuts what comes over the line into replies: the text before each LF, less the character before it (the
+/// CR). Characters are Latin-1, byte for byte.
+class LineBuffer
+{
+  public:
+    /// Longest line kept; what follows up to the LF is noise and is dropped.
+    static constexpr int MaxLength = 4096;
+
+    /// A command is about to be written. What has come of a line by now is the beginning of a slow reply, or
+    /// the rest of one that broke off, with another one behind it: that shows when the line is whole.
+    void BeginAttempt() { before_ = line_.size(); }
+
+    /// The lines that these bytes end.
+    QStringList Take(const QByteArray &bytes, const PendingReplies &pending);
+
+    void Clear();
+
+  private:
+    QByteArray line_;      ///< what has come of a line under way
+    qsizetype before_ = 0; ///< how much of it when the present attempt began
+};
+
+} // namespace px40
