@@ -53,12 +53,12 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     parts_.state.RealtimeRun = true;
     Q_EMIT runChanged();
     ForwardOff_ = true;
-    bool forwarding = false;
-    if (forward && forward_)
-        forwarding = co_await forward_->Open(data_);
-    ForwardOff_ = !forwarding;
-    if (forward && !forwarding)
-        ForwardFailed();
+    if (forward) {
+        const Result<> opened = co_await forward_->Open(data_);
+        ForwardOff_ = !opened;
+        if (!opened)
+            ForwardFailed(opened.error());
+    }
     ElapsedSeconds_ = 0;
     co_await RequestSample();
 }
@@ -229,16 +229,12 @@ Result<> Realtime::AddSample(const ReadingTexts &sample, qint64 second)
 
 void Realtime::Forward()
 {
-    switch (forward_->Write()) {
-    case RowForward::Row::Taken:
-        break;
-    case RowForward::Row::Full:
+    const Result<RowForward::Row> written = forward_->Write();
+    if (!written) {
+        ForwardFailed(written.error());
+    } else if (*written == RowForward::Row::Full) {
         progress_.forwardFull = true;
         parts_.jobs.Launch(CloseForward(), "finishing a full worksheet"); // the run goes on meanwhile
-        break;
-    case RowForward::Row::Failed:
-        ForwardFailed();
-        break;
     }
 }
 
@@ -247,9 +243,9 @@ QCoro::Task<void> Realtime::CloseForward()
     if (ForwardOff_)
         co_return;
     ForwardOff_ = true;
-    const bool done = co_await forward_->Close();
+    const Result<> done = co_await forward_->Close();
     if (!done)
-        ForwardFailed();
+        ForwardFailed(done.error());
 }
 
 bool Realtime::IsSamplingSecond() const
@@ -271,11 +267,12 @@ void Realtime::ShowBar()
     barRows_ = rows;
 }
 
-void Realtime::ForwardFailed()
+void Realtime::ForwardFailed(const Failure &failure)
 {
     ForwardOff_ = true;
     progress_.forwardFailed = true;
-    progress_.forwardReason = FirstLine(parts_.state.ForwardErrorText);
+    progress_.forwardReason = FirstLine(failure.text);
+    parts_.state.ForwardErrorText = failure.text;
 }
 
 void Realtime::ShowProgress()

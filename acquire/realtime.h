@@ -94,7 +94,7 @@ class Realtime : public QObject
     void ShowBar();
     void Forward();
     QCoro::Task<void> CloseForward();
-    void ForwardFailed();
+    void ForwardFailed(const Failure &failure);
     void ShowProgress();
     void End();
 

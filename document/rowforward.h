@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QCoro/QCoroTask>
 
 #include <memory>
@@ -13,9 +15,8 @@ class RowForward
 {
   public:
     enum class Row {
-        Taken,  ///< it is forwarded, or will be
-        Full,   ///< there is no room for it: to be closed
-        Failed, ///< nothing more is forwarded; the reason stands in the link's `ForwardErrorText`
+        Taken, ///< it is forwarded, or will be
+        Full,  ///< there is no room for it: to be closed
     };
 
     RowForward() = default;
@@ -23,16 +24,15 @@ class RowForward
     RowForward &operator=(const RowForward &) = delete;
     virtual ~RowForward() = default;
 
-    /// Before the first row of a run. False when it cannot be had, with the reason in `ForwardErrorText`;
-    /// also when the run is to stop (`RealtimeStop`) meanwhile.
-    virtual QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) = 0;
+    /// Before the first row of a run. Fails also when the run is to stop (`RealtimeStop`) meanwhile.
+    virtual QCoro::Task<Result<>> Open(std::shared_ptr<DataSet> dataSet) = 0;
 
-    /// After each row of the run.
-    virtual Row Write() = 0;
+    /// After each row of the run. After a failure nothing more is forwarded.
+    virtual Result<Row> Write() = 0;
 
-    /// At the end of the run, or when there is no more room; not after a failure. False, with the reason in
-    /// `ForwardErrorText`, when what was forwarded is lost.
-    virtual QCoro::Task<bool> Close() = 0;
+    /// At the end of the run, or when there is no more room; not after a failure. Fails when what was
+    /// forwarded is lost.
+    virtual QCoro::Task<Result<>> Close() = 0;
 };
 
 } // namespace px40

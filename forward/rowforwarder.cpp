@@ -39,10 +39,10 @@ QCoro::Task<Result<>> RowForwarder::Prepare(ForwardChoice choice)
     co_return Result<>();
 }
 
-QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
+QCoro::Task<Result<>> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
 {
     if (!workbook_)
-        co_return false;
+        co_return Fail({}, FailureCode::Cancelled);
     failure_.reset();
     wanted_ = 0;
     data_ = dataSet;
@@ -56,7 +56,7 @@ QCoro::Task<bool> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
     }
     if (!begun)
         Break(begun.error());
-    co_return begun.has_value();
+    co_return begun;
 }
 
 /// Makes sure that the workbook takes a sheet.
@@ -79,14 +79,14 @@ QCoro::Task<Result<>> RowForwarder::Begin()
     co_return Result<>();
 }
 
-RowForward::Row RowForwarder::Write()
+Result<RowForward::Row> RowForwarder::Write()
 {
     const int rows = data_ ? data_->GetDatacount() : 0;
     wanted_ = std::min(rows, MaxSheetSamples);
     if (forward_ && !failure_)
         Retry();
     if (failure_)
-        return Row::Failed;
+        return Fail(*failure_);
     return rows > MaxSheetSamples ? Row::Full : Row::Taken;
 }
 
@@ -120,7 +120,6 @@ void RowForwarder::Retry()
 void RowForwarder::Break(const Failure &failure)
 {
     failure_ = failure;
-    services_.state.ForwardErrorText = failure.text;
     GiveBack();
 }
 
@@ -145,7 +144,7 @@ void RowForwarder::Release()
     workbook_.reset();
 }
 
-QCoro::Task<bool> RowForwarder::Close()
+QCoro::Task<Result<>> RowForwarder::Close()
 {
     const QScopedValueRollback<bool> closing(closing_, true);
     services_.state.CancelRequest = false;
@@ -160,7 +159,9 @@ QCoro::Task<bool> RowForwarder::Close()
     else if (outcome)
         Release();
     Q_EMIT closed(outcome);
-    co_return outcome.has_value();
+    if (!outcome)
+        co_return Fail(outcome.error());
+    co_return Result<>();
 }
 
 QCoro::Task<Result<ForwardOutcome>> RowForwarder::Finish()

@@ -36,10 +36,10 @@ class RowForwarder : public QObject, public RowForward
     /// A sheet is being finished: nothing is to be prepared.
     bool IsClosing() const { return closing_; }
 
-    QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) override;
-    Row Write() override;
+    QCoro::Task<Result<>> Open(std::shared_ptr<DataSet> dataSet) override;
+    Result<Row> Write() override;
     /// Without a row no file is written.
-    QCoro::Task<bool> Close() override;
+    QCoro::Task<Result<>> Close() override;
 
   Q_SIGNALS:
     /// A sheet is finished, or could not be.

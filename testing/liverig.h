@@ -16,28 +16,32 @@ namespace px40 {
 class RecordedForward : public RowForward
 {
   public:
-    QCoro::Task<bool> Open(std::shared_ptr<DataSet> dataSet) override
+    QCoro::Task<Result<>> Open(std::shared_ptr<DataSet> dataSet) override
     {
         data = dataSet;
-        co_return opens;
+        if (!failure.text.isEmpty())
+            co_return Fail(failure);
+        co_return Result<>();
     }
-    Row Write() override
+    Result<Row> Write() override
     {
         const int sample = data->GetDatacount();
         if (sample == throwAt)
             throw std::runtime_error("broken");
         written.append(sample);
-        return sample == failAt ? Row::Failed : sample == fullAt ? Row::Full : Row::Taken;
+        if (sample == failAt)
+            return Fail(u"No room.\r\nbook.xlsx"_qs);
+        return sample == fullAt ? Row::Full : Row::Taken;
     }
-    QCoro::Task<bool> Close() override
+    QCoro::Task<Result<>> Close() override
     {
         ++closings;
-        co_return true;
+        co_return Result<>();
     }
 
     std::shared_ptr<DataSet> data;
     QList<int> written;
-    bool opens = true;
+    Failure failure; ///< of opening; none without a text
     int failAt = 0;
     int fullAt = 0;
     int throwAt = 0;

@@ -211,7 +211,7 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
     rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy, Reply::Busy, Reply::Busy};
     for (int row = 1; row <= 3; ++row) {
         rig.AddRows(1);
-        QCOMPARE(rows.Write(), RowForward::Row::Taken);
+        QCOMPARE(*rows.Write(), RowForward::Row::Taken);
     }
     QVERIFY(ResultOf(rows.Close()));
     QCOMPARE(outcome.value_or(ForwardOutcome()).samples, 5);
@@ -239,10 +239,11 @@ void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
     QVERIFY(ResultOf(rows.Prepare({})));
     rig.script.answers[at] = {Reply::Failed};
     rig.script.answers[u"interactive"_s] = {Reply::Done, Reply::Busy}; // at first
-    QCOMPARE(ResultOf(rows.Open(rig.dataSet)), at == u"cell");
+    QCOMPARE(ResultOf(rows.Open(rig.dataSet)).has_value(), at == u"cell");
     rig.AddRows(1);
-    QCOMPARE(rows.Write(), RowForward::Row::Failed);
-    QCOMPARE(rig.state.ForwardErrorText, u"The server is gone."_s);
+    const Result<RowForward::Row> written = rows.Write();
+    QVERIFY(!written);
+    QCOMPARE(written.error().text, u"The server is gone."_s);
     QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
     QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
 }
@@ -320,10 +321,10 @@ void ForwarderTest::FullSheetIsFinishedWhileTheRunGoesOn()
     rig.AdoptRows(FullSheet - 1);
     QVERIFY(ResultOf(rows.Open(rig.dataSet)));
     rig.AddRows(1);
-    QCOMPARE(rows.Write(), RowForward::Row::Taken);
+    QCOMPARE(*rows.Write(), RowForward::Row::Taken);
     rig.AddRows(1);
-    QCOMPARE(rows.Write(), RowForward::Row::Full);
-    const Running<bool> closing(rows.Close());
+    QCOMPARE(*rows.Write(), RowForward::Row::Full);
+    const Running<Result<>> closing(rows.Close());
     constexpr int LongEnough = 120'000;
     rig.AddRows(1000);
     QVERIFY(WaitUntil([&] { return closing.Done(); }, LongEnough) && closing.Value());

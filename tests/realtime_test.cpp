@@ -349,7 +349,6 @@ void RealtimeTest::ForwardingFollows()
     QVERIFY(rig.Start(rig.NewSet(1, 2), true));
     QVERIFY(rig.PassSeconds(5));
     forward.failAt = 2; // costs no reading
-    rig.state.ForwardErrorText = u"No room.\r\nbook.xlsx"_qs;
     QVERIFY(rig.Start(rig.NewSet(1, 3), true));
     QVERIFY(rig.PassSeconds(6));
     QCOMPARE(forward.written, QList<int>({1, 2, 3, 1, 2}));
@@ -368,7 +367,7 @@ void RealtimeTest::ForwardingFollows()
     QCOMPARE(RunText(rig.progress, u"2 rows forwarded."_qs),
              u"The worksheet is full.  2 rows forwarded.  3New"_qs + ended);
 
-    forward.opens = false;
+    forward.failure.text = u"Nowhere."_qs;
     for (const bool asked : {true, false}) {
         QVERIFY(rig.Start(rig.NewSet(1, 1), asked));
         QVERIFY(rig.PassSeconds(4));
