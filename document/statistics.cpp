@@ -1,5 +1,7 @@
 #include "document/statistics.h"
 
+#include "document/numbers.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -16,7 +18,8 @@ bool IsValidReading(std::string_view data)
 
 namespace {
 
-std::optional<float> Number(QLatin1String text)
+/// Plain numbers, in a fraction of the time that others take.
+std::optional<float> PlainNumber(QLatin1String text)
 {
     if (text.size() > 1 && text.front() == u'+' && text[1] != u'-')
         text = text.mid(1);
@@ -36,7 +39,9 @@ Reading ReadingOf(std::string_view data)
     if (!IsValidReading(data))
         return {};
     const QLatin1String text(data.data(), static_cast<qsizetype>(data.size()));
-    const std::optional<float> value = Number(text.trimmed());
+    std::optional<float> value = PlainNumber(text);
+    if (!value)
+        value = SingleNumber(QString(text));
     return {value, !value};
 }
 
