@@ -16,17 +16,16 @@ struct Rig : InstrumentRig, FakeViews
     {
         services.ports.Fix(1, Device());
         services.comm.SetPortNumber(1);
-        connect_ = QObject::connect(&commands, &MainCommands::left, [this] { hasLeft = true; });
+        QObject::connect(&commands, &MainCommands::left, [this] { hasLeft = true; });
     }
     ~Rig() override
     {
-        QObject::disconnect(connect_);
         services.state.RealtimeRun = false;
         services.state.LinkActivity = ActivityIdle;
         mayClose.clear();
         onQuestion = nullptr;
         commands.Leave();
-        NoJobLeft();
+        WaitUntil([this] { return hasLeft; });
     }
 
     bool NoJobLeft() const
@@ -40,9 +39,6 @@ struct Rig : InstrumentRig, FakeViews
     Timer tmRealtime{100, false};
     MainCommands commands{services, *this, progress, tmRealtime};
     bool hasLeft = false;
-
-  private:
-    QMetaObject::Connection connect_;
 };
 
 using Meanwhile = void (*)(Rig *);
