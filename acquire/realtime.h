@@ -54,8 +54,7 @@ class Realtime : public QObject
     explicit Realtime(Parts parts);
     ~Realtime() override;
 
-    /// Where rows are forwarded to when a run asks for it; null: nowhere, so asking for it fails. Must
-    /// outlive the runs.
+    /// Where rows are forwarded to: to be set before a run that asks for it, which it must outlive.
     void SetForward(RowForward *forward) { forward_ = forward; }
 
     /// Starts a run into `dataSet`, behind the rows that it holds, and returns after the first request. The
