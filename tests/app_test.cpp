@@ -57,296 +57,283 @@ class AppTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void SettingsAreReadWithoutComplaint();
-    void SettingsSurviveARoundTrip();
-    void PathsHaveOneSeparator();
-    void CommandsFollowTheActiveWindow_data();
-    void CommandsFollowTheActiveWindow();
-    void InstrumentMayRuleOutReceiving();
-    void ProgressMovesInSteps();
-    void PlacementIsBroughtOntoAScreen();
-    void BoxesKeepClearOfTheirField();
-    void RecentFilesAreKept();
-    void PortsAreSlots();
-    void CommandLines();
-    void TimerIsSilentAtZero();
-    void SecondCopyIsNoticed();
-};
+    void SettingsAreReadWithoutComplaint()
+    {
+        const auto read = [](const QByteArray &bytes) {
+            const QTemporaryDir folder;
+            const Paths paths = PathsIn(folder.path());
+            if (!bytes.isEmpty())
+                WriteBytes(paths.IniPath, bytes);
+            Settings settings(paths);
+            settings.ReadFile();
+            const QStringList fields{QString::number(settings.PortNumber()), settings.ForwardFileText,
+                                     settings.ForwardTitleText};
+            settings.WriteSettingsFile(); // whatever it was, it can be written
+            return QFile::exists(paths.IniPath) ? fields.join(u'|') : QString();
+        };
+        QCOMPARE(read(QByteArray()), u"1||"_qs); // there is no file
+        QCOMPARE(read("7\r\n"), u"7||"_qs);
+        QCOMPARE(read("16\r\nC:\\a b.xls\r\nTitle"), u"16|C:\\a b.xls|Title"_qs);
+        QCOMPARE(read("2\nf\nt\n"), u"2|f|t"_qs);
+        QCOMPARE(read("\r\n\r\nt\r\n"), u"1||t"_qs);
+        QCOMPARE(read("abc\r\nf\r\nt\r\n"), u"1|f|t"_qs);
+        QCOMPARE(read("17\r\n\r\n\r\n"), u"1||"_qs);
+        QVERIFY(read(QByteArray(1 << 20, '\xfe')).startsWith(u"1|"));
+    }
 
-void AppTest::SettingsAreReadWithoutComplaint()
-{
-    const auto read = [](const QByteArray &bytes) {
+    void SettingsSurviveARoundTrip()
+    {
         const QTemporaryDir folder;
         const Paths paths = PathsIn(folder.path());
-        if (!bytes.isEmpty())
-            WriteBytes(paths.IniPath, bytes);
         Settings settings(paths);
-        settings.ReadFile();
-        const QStringList fields{QString::number(settings.PortNumber()), settings.ForwardFileText,
-                                 settings.ForwardTitleText};
-        settings.WriteSettingsFile(); // whatever it was, it can be written
-        return QFile::exists(paths.IniPath) ? fields.join(u'|') : QString();
-    };
-    QCOMPARE(read(QByteArray()), u"1||"_qs); // there is no file
-    QCOMPARE(read("7\r\n"), u"7||"_qs);
-    QCOMPARE(read("16\r\nC:\\a b.xls\r\nTitle"), u"16|C:\\a b.xls|Title"_qs);
-    QCOMPARE(read("2\nf\nt\n"), u"2|f|t"_qs);
-    QCOMPARE(read("\r\n\r\nt\r\n"), u"1||t"_qs);
-    QCOMPARE(read("abc\r\nf\r\nt\r\n"), u"1|f|t"_qs);
-    QCOMPARE(read("17\r\n\r\n\r\n"), u"1||"_qs);
-    QVERIFY(read(QByteArray(1 << 20, '\xfe')).startsWith(u"1|"));
-}
+        settings.PortNumberText = u"0"_qs;
+        settings.ForwardFileText = QString::fromUtf8("/home/\u00e4\u03b2/\u6e2c.xlsx");
+        settings.ForwardTitleText = u"Loop 7"_qs;
+        settings.WriteSettingsFile();
+        // A port that is none is written as it is, and only then replaced.
+        QCOMPARE(Contents(paths.IniPath),
+                 "0\r\n" + settings.ForwardFileText.toLocal8Bit() + "\r\nLoop 7\r\n");
+        QCOMPARE(settings.PortNumberText, u"1"_qs);
 
-void AppTest::SettingsSurviveARoundTrip()
-{
-    const QTemporaryDir folder;
-    const Paths paths = PathsIn(folder.path());
-    Settings settings(paths);
-    settings.PortNumberText = u"0"_qs;
-    settings.ForwardFileText = QString::fromUtf8("/home/\u00e4\u03b2/\u6e2c.xlsx");
-    settings.ForwardTitleText = u"Loop 7"_qs;
-    settings.WriteSettingsFile();
-    // A port that is none is written as it is, and only then replaced.
-    QCOMPARE(Contents(paths.IniPath), "0\r\n" + settings.ForwardFileText.toLocal8Bit() + "\r\nLoop 7\r\n");
-    QCOMPARE(settings.PortNumberText, u"1"_qs);
+        Settings again(paths);
+        again.ReadFile();
+        QCOMPARE(again.ForwardFileText, settings.ForwardFileText);
 
-    Settings again(paths);
-    again.ReadFile();
-    QCOMPARE(again.ForwardFileText, settings.ForwardFileText);
-
-    // No right to read or write: nothing happens, nothing is lost in memory.
-    Settings nowhere(PathsIn(folder.filePath(u"no/such"_qs)));
-    nowhere.PortNumberText = u"5"_qs;
-    nowhere.WriteSettingsFile();
-    nowhere.ReadFile();
-    QCOMPARE(nowhere.PortNumberText, u"5"_qs);
-}
-
-void AppTest::PathsHaveOneSeparator()
-{
-    const QString separator = QDir::separator();
-    QCOMPARE(PathsIn(u"/"_qs).IniPath, separator + u"PX40AP.INI"_qs);
-    QCOMPARE(PathsIn(u"/opt/px40"_qs).WorkPath, u"%1opt%1px40%1WORK.~~~"_qs.arg(separator));
-    const QTemporaryDir folder;
-    QCOMPARE(ChooseDataFolder(folder.path()), folder.path());
-    QVERIFY(ChooseDataFolder(u"/proc"_qs) != u"/proc"_qs);
-}
-
-void AppTest::CommandsFollowTheActiveWindow_data()
-{
-    QTest::addColumn<Situation>("situation");
-    QTest::addColumn<QString>("items");
-    QTest::addColumn<QString>("buttons");
-    const auto row = [](const char *name, const Situation &situation, const char *items,
-                        const char *buttons) {
-        QTest::newRow(name) << situation << QString::fromLatin1(items) << QString::fromLatin1(buttons);
-    };
-    row("no window", {ActivityIdle, false, KindUnknown}, "New Memory", "New Memory Close SaveAs");
-    row("none is active", {ActivityIdle, true, KindUnknown}, "New Memory", "New Memory Close SaveAs");
-    row("stored readings", {ActivityIdle, true, KindMemory}, "New Memory Close Save SaveAs Forward Graph",
-        "New Memory Close Save SaveAs Forward Start Interval Graph");
-    row("real-time", {ActivityIdle, true, KindRealtime},
-        "New Memory Close Save SaveAs Forward Start Interval Graph",
-        "New Memory Close Save SaveAs Forward Start Interval Graph");
-    row("SAVE mode", {ActivityIdle, true, KindSave}, "New Memory Close Save SaveAs Forward",
-        "New Memory Close Save SaveAs Forward Start Interval Graph");
-    row("run", {ActivityRealtime, true, KindRealtime, true}, "Close Save SaveAs Forward Stop Interval Graph",
-        "Close Save SaveAs Forward Stop Interval Graph");
-    row("run while another part has just used the link", {ActivityIdle, true, KindRealtime, true},
-        "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
-}
-
-void AppTest::CommandsFollowTheActiveWindow()
-{
-    QFETCH(Situation, situation);
-    CommandRules rules;
-    rules.Refresh(situation);
-    QTEST(EnabledCommands(rules, &CommandRules::IsItemEnabled), "items");
-    QTEST(EnabledCommands(rules, &CommandRules::IsButtonEnabled), "buttons");
-}
-
-void AppTest::InstrumentMayRuleOutReceiving()
-{
-    const Situation situation{ActivityIdle, true, KindRealtime};
-    CommandRules rules;
-    rules.AllowReceiving(false);
-    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), QString());
-    rules.Refresh(situation);
-    const QString others = u"Close Save SaveAs Forward Start Interval Graph"_qs;
-    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), others);
-    QCOMPARE(EnabledCommands(rules, &CommandRules::IsButtonEnabled), others);
-    rules.OpenRealtimeMenu(situation);
-    QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), u"New "_qs + others);
-}
-
-void AppTest::ProgressMovesInSteps()
-{
-    // Of 100; -1 when it stays where it is.
-    QCOMPARE(ProgressValue(false, 251, 251, 100), 100);
-    QCOMPARE(ProgressValue(false, 0, 50, 100), -1);
-    QCOMPARE(ProgressValue(false, 5, 0, 100), -1);
-    QCOMPARE(ProgressValue(false, 1, 200, 100), 0); // halves go to the even number
-    QCOMPARE(ProgressValue(false, 3, 200, 100), 2);
-    const std::pair<int, int> steps[] = {{100, 10},  {999, 10},  {1000, 20}, {1999, 20}, {2000, 30},
-                                         {2999, 30}, {3000, 40}, {3999, 40}, {4000, 50}};
-    for (const auto &[total, step] : steps) {
-        QCOMPARE(ProgressValue(true, step, total, 100), int(std::lround(100.0 * step / total)));
-        QCOMPARE(ProgressValue(true, step - 1, total, 100), -1);
+        // No right to read or write: nothing happens, nothing is lost in memory.
+        Settings nowhere(PathsIn(folder.filePath(u"no/such"_qs)));
+        nowhere.PortNumberText = u"5"_qs;
+        nowhere.WriteSettingsFile();
+        nowhere.ReadFile();
+        QCOMPARE(nowhere.PortNumberText, u"5"_qs);
     }
-    QCOMPARE(ProgressValue(true, 1, 99, 100), 1);
-}
 
-void AppTest::PlacementIsBroughtOntoAScreen()
-{
-    const std::pair<QRect, QRect> cases[] = {
-        {QRect(1400, 50, 800, 600), QRect(1400, 50, 800, 600)},
-        {QRect(5000, 3000, 800, 600), QRect(480, 200, 800, 600)}, // its screen is gone
-        {QRect(100, -500, 800, 600), QRect(100, 0, 800, 600)},
-        {QRect(0, 0, 9000, 9000), QRect(0, 0, 1280, 800)},
-        {QRect(10, 10, 0, 0), QRect(10, 10, 200, 200)},
-    };
-    for (const auto &[wanted, placed] : cases)
-        QCOMPARE(OntoScreen(wanted, {QRect(0, 0, 1280, 800), QRect(1280, 0, 1920, 1080)}), placed);
-}
+    void PathsHaveOneSeparator()
+    {
+        const QString separator = QDir::separator();
+        QCOMPARE(PathsIn(u"/"_qs).IniPath, separator + u"PX40AP.INI"_qs);
+        QCOMPARE(PathsIn(u"/opt/px40"_qs).WorkPath, u"%1opt%1px40%1WORK.~~~"_qs.arg(separator));
+        const QTemporaryDir folder;
+        QCOMPARE(ChooseDataFolder(folder.path()), folder.path());
+        QVERIFY(ChooseDataFolder(u"/proc"_qs) != u"/proc"_qs);
+    }
 
-void AppTest::BoxesKeepClearOfTheirField()
-{
-    const QRect screen(0, 0, 1280, 800);
-    const QRect dialog(400, 300, 480, 240);
-    const QSize box(300, 120);
-    // The field; where the box comes to stand.
-    const std::pair<QRect, QPoint> rows[] = {
-        {{420, 320, 100, 24}, {490, 360}}, // in the middle, which is clear of it
-        {{600, 400, 100, 24}, {490, 436}}, // below
-        {{600, 500, 100, 24}, {490, 360}},  {{600, 370, 100, 360}, {490, 238}}, // above
-        {{420, 10, 440, 780}, {892, 360}},                                      // beside the window
-        {{0, 0, 1280, 800}, {490, 360}},                                        // nowhere
-        {{2000, 400, 100, 24}, {490, 360}},                                     // on another screen
-    };
-    for (const auto &[field, place] : rows)
-        QCOMPARE(PlaceClearOf(box, dialog, field, {screen}), place);
-    // A window at the edge of the screen.
-    QCOMPARE(PlaceClearOf(box, {1000, 560, 270, 230}, {1010, 670, 200, 24}, {screen}), QPoint(980, 538));
-}
+    void CommandsFollowTheActiveWindow_data()
+    {
+        QTest::addColumn<Situation>("situation");
+        QTest::addColumn<QString>("items");
+        QTest::addColumn<QString>("buttons");
+        const auto row = [](const char *name, const Situation &situation, const char *items,
+                            const char *buttons) {
+            QTest::newRow(name) << situation << QString::fromLatin1(items) << QString::fromLatin1(buttons);
+        };
+        row("no window", {ActivityIdle, false, KindUnknown}, "New Memory", "New Memory Close SaveAs");
+        row("none is active", {ActivityIdle, true, KindUnknown}, "New Memory", "New Memory Close SaveAs");
+        row("stored readings", {ActivityIdle, true, KindMemory}, "New Memory Close Save SaveAs Forward Graph",
+            "New Memory Close Save SaveAs Forward Start Interval Graph");
+        row("real-time", {ActivityIdle, true, KindRealtime},
+            "New Memory Close Save SaveAs Forward Start Interval Graph",
+            "New Memory Close Save SaveAs Forward Start Interval Graph");
+        row("SAVE mode", {ActivityIdle, true, KindSave}, "New Memory Close Save SaveAs Forward",
+            "New Memory Close Save SaveAs Forward Start Interval Graph");
+        row("run", {ActivityRealtime, true, KindRealtime, true},
+            "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
+        row("run while another part has just used the link", {ActivityIdle, true, KindRealtime, true},
+            "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
+    }
 
-void AppTest::RecentFilesAreKept()
-{
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(u"user.ini"_qs);
-    const auto names = [&file] {
+    void CommandsFollowTheActiveWindow()
+    {
+        QFETCH(Situation, situation);
+        CommandRules rules;
+        rules.Refresh(situation);
+        QTEST(EnabledCommands(rules, &CommandRules::IsItemEnabled), "items");
+        QTEST(EnabledCommands(rules, &CommandRules::IsButtonEnabled), "buttons");
+    }
+
+    void InstrumentMayRuleOutReceiving()
+    {
+        const Situation situation{ActivityIdle, true, KindRealtime};
+        CommandRules rules;
+        rules.AllowReceiving(false);
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), QString());
+        rules.Refresh(situation);
+        const QString others = u"Close Save SaveAs Forward Start Interval Graph"_qs;
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), others);
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsButtonEnabled), others);
+        rules.OpenRealtimeMenu(situation);
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), u"New "_qs + others);
+    }
+
+    void ProgressMovesInSteps()
+    {
+        // Of 100; -1 when it stays where it is.
+        QCOMPARE(ProgressValue(false, 251, 251, 100), 100);
+        QCOMPARE(ProgressValue(false, 0, 50, 100), -1);
+        QCOMPARE(ProgressValue(false, 5, 0, 100), -1);
+        QCOMPARE(ProgressValue(false, 1, 200, 100), 0); // halves go to the even number
+        QCOMPARE(ProgressValue(false, 3, 200, 100), 2);
+        const std::pair<int, int> steps[] = {{100, 10},  {999, 10},  {1000, 20}, {1999, 20}, {2000, 30},
+                                             {2999, 30}, {3000, 40}, {3999, 40}, {4000, 50}};
+        for (const auto &[total, step] : steps) {
+            QCOMPARE(ProgressValue(true, step, total, 100), int(std::lround(100.0 * step / total)));
+            QCOMPARE(ProgressValue(true, step - 1, total, 100), -1);
+        }
+        QCOMPARE(ProgressValue(true, 1, 99, 100), 1);
+    }
+
+    void PlacementIsBroughtOntoAScreen()
+    {
+        const std::pair<QRect, QRect> cases[] = {
+            {QRect(1400, 50, 800, 600), QRect(1400, 50, 800, 600)},
+            {QRect(5000, 3000, 800, 600), QRect(480, 200, 800, 600)}, // its screen is gone
+            {QRect(100, -500, 800, 600), QRect(100, 0, 800, 600)},
+            {QRect(0, 0, 9000, 9000), QRect(0, 0, 1280, 800)},
+            {QRect(10, 10, 0, 0), QRect(10, 10, 200, 200)},
+        };
+        for (const auto &[wanted, placed] : cases)
+            QCOMPARE(OntoScreen(wanted, {QRect(0, 0, 1280, 800), QRect(1280, 0, 1920, 1080)}), placed);
+    }
+
+    void BoxesKeepClearOfTheirField()
+    {
+        const QRect screen(0, 0, 1280, 800);
+        const QRect dialog(400, 300, 480, 240);
+        const QSize box(300, 120);
+        // The field; where the box comes to stand.
+        const std::pair<QRect, QPoint> rows[] = {
+            {{420, 320, 100, 24}, {490, 360}}, // in the middle, which is clear of it
+            {{600, 400, 100, 24}, {490, 436}}, // below
+            {{600, 500, 100, 24}, {490, 360}},  {{600, 370, 100, 360}, {490, 238}}, // above
+            {{420, 10, 440, 780}, {892, 360}},                                      // beside the window
+            {{0, 0, 1280, 800}, {490, 360}},                                        // nowhere
+            {{2000, 400, 100, 24}, {490, 360}},                                     // on another screen
+        };
+        for (const auto &[field, place] : rows)
+            QCOMPARE(PlaceClearOf(box, dialog, field, {screen}), place);
+        // A window at the edge of the screen.
+        QCOMPARE(PlaceClearOf(box, {1000, 560, 270, 230}, {1010, 670, 200, 24}, {screen}), QPoint(980, 538));
+    }
+
+    void RecentFilesAreKept()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"user.ini"_qs);
+        const auto names = [&file] {
+            UserStore store = UserStore::InFile(file);
+            return RecentFiles(store).Names().join(u' ');
+        };
         UserStore store = UserStore::InFile(file);
-        return RecentFiles(store).Names().join(u' ');
-    };
-    UserStore store = UserStore::InFile(file);
-    RecentFiles recent(store);
-    for (int i = 1; i <= 9; ++i)
-        recent.Add(u"/d/%1.CSV"_qs.arg(i));
-    recent.Add(u"/d/../d/5.CSV"_qs); // the same file
-    QCOMPARE(recent.Names().size(), qsizetype(RecentFiles::Most));
-    QCOMPARE(names(), u"/d/../d/5.CSV /d/9.CSV /d/8.CSV /d/7.CSV /d/6.CSV /d/4.CSV /d/3.CSV /d/2.CSV"_qs);
-    recent.Remove(u"/d/9.CSV"_qs);
-    QVERIFY(names().startsWith(u"/d/../d/5.CSV /d/8.CSV ") && names().endsWith(u"/d/2.CSV"));
-    recent.Clear();
-    QCOMPARE(names(), QString());
-}
-
-void AppTest::PortsAreSlots()
-{
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(u"user.ini"_qs);
-    UserStore store = UserStore::InFile(file);
-    PortMap ports(store);
-    QCOMPARE(ports.Device(9), QString());
-    ports.Fix(9, u"/tmp/px40"_qs); // for this run
-    for (const QString &device : {u"/dev/ttyS7"_qs, QString()}) {
-        ports.Assign(9, device);
-        UserStore nextStore = UserStore::InFile(file);
-        QCOMPARE(PortMap(nextStore).Device(9), device);
-        QCOMPARE(ports.Device(9), u"/tmp/px40"_qs);
+        RecentFiles recent(store);
+        for (int i = 1; i <= 9; ++i)
+            recent.Add(u"/d/%1.CSV"_qs.arg(i));
+        recent.Add(u"/d/../d/5.CSV"_qs); // the same file
+        QCOMPARE(recent.Names().size(), qsizetype(RecentFiles::Most));
+        QCOMPARE(names(), u"/d/../d/5.CSV /d/9.CSV /d/8.CSV /d/7.CSV /d/6.CSV /d/4.CSV /d/3.CSV /d/2.CSV"_qs);
+        recent.Remove(u"/d/9.CSV"_qs);
+        QVERIFY(names().startsWith(u"/d/../d/5.CSV /d/8.CSV ") && names().endsWith(u"/d/2.CSV"));
+        recent.Clear();
+        QCOMPARE(names(), QString());
     }
-    // A device that could be opened once is known, also the next time; another one in its place is not.
-    ports.Assign(4, u"/dev/ttyS4"_qs);
-    ports.KeepAsKnown(4);
-    UserStore laterStore = UserStore::InFile(file);
-    PortMap later(laterStore);
-    QVERIFY(later.IsKnown(4));
-    later.Assign(4, u"/dev/ttyS5"_qs);
-    QVERIFY(!later.IsKnown(4));
-}
 
-void AppTest::CommandLines()
-{
-    // With the beginning of the error.
-    static constexpr std::pair<QStringView, QStringView> Cases[] = {
-        {u"-platform offscreen -style=fusion --port-device 3=/x --port-device 4=/a=b", u""},
-        {u"--download f.CSV --port 4 --port-device 3=/x --port-device 4=/a=b", u""},
-        {u"--port-device x=/dev/ttyS0", u"--port-device takes"},
-        {u"--port-device 17=/dev/ttyS0", u"--port-device takes"},
-        {u"--port-device 3=", u"--port-device takes"},
-        {u"--nonsense", u"Unknown option"},
-        {u"--download f.CSV g.CSV", u"--download opens no other"},
-        {u"--download=", u"--download takes"},
-        {u"--port 3", u"--port goes with"},
-        {u"--download f.CSV --port 17", u"--port takes"},
-        {u"--download f.CSV --demo --port 2", u"The simulated"},
-        {u"--export f.CSV --to b.xlsx --title t --port-device 3=/x --port-device 4=/a=b", u""},
-        {u"--export f.CSV", u"--export goes with"},
-        {u"--export f.CSV --to=", u"--export goes with"},
-        {u"--export= --to b.xlsx", u"--export takes"},
-        {u"--to b.xlsx", u"--to goes with"},
-        {u"--title t", u"--title goes with"},
-        {u"--export f.CSV --to b.xlsx --download g.CSV", u"--export does not go"},
-        {u"--export f.CSV --to b.xlsx g.CSV", u"--export opens no other"},
-        {u"--download - --save-mode --data-dir . --port-device 3=/x --port-device 4=/a=b", u""},
-        {u"--save-mode", u"--save-mode goes with"},
-        {u"--data-dir ./gone", u"--data-dir takes"},
-        {u"--data-dir=", u"--data-dir takes"},
-        {u"--demo --demo", u"--demo may"},
-        {u"--download f.CSV --download=g.CSV", u"--download may"},
-        {u"--export f.CSV --to a.xlsx --to b.xlsx", u"--to may"},
-        {u"--port-device 3=/x --port-device 3=/y", u"--port-device gives port 3 two"},
-    };
-    for (const auto &[arguments, error] : Cases) {
-        const Result<CommandLine> line = ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));
-        const QString told = line ? QString() : line.error().text;
-        QVERIFY2(told.left(error.size()) == error && line.has_value() == error.isEmpty(),
-                 qPrintable(arguments.toString() + u": "_qs + told));
-        if (line) {
-            QCOMPARE(line->portDevices.size(), 2);
-            QCOMPARE(line->portDevices.last(), std::pair(4, u"/a=b"_qs));
+    void PortsAreSlots()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"user.ini"_qs);
+        UserStore store = UserStore::InFile(file);
+        PortMap ports(store);
+        QCOMPARE(ports.Device(9), QString());
+        ports.Fix(9, u"/tmp/px40"_qs); // for this run
+        for (const QString &device : {u"/dev/ttyS7"_qs, QString()}) {
+            ports.Assign(9, device);
+            UserStore nextStore = UserStore::InFile(file);
+            QCOMPARE(PortMap(nextStore).Device(9), device);
+            QCOMPARE(ports.Device(9), u"/tmp/px40"_qs);
+        }
+        // A device that could be opened once is known, also the next time; another one in its place is not.
+        ports.Assign(4, u"/dev/ttyS4"_qs);
+        ports.KeepAsKnown(4);
+        UserStore laterStore = UserStore::InFile(file);
+        PortMap later(laterStore);
+        QVERIFY(later.IsKnown(4));
+        later.Assign(4, u"/dev/ttyS5"_qs);
+        QVERIFY(!later.IsKnown(4));
+    }
+
+    void CommandLines()
+    {
+        // With the beginning of the error.
+        static constexpr std::pair<QStringView, QStringView> Cases[] = {
+            {u"-platform offscreen -style=fusion --port-device 3=/x --port-device 4=/a=b", u""},
+            {u"--download f.CSV --port 4 --port-device 3=/x --port-device 4=/a=b", u""},
+            {u"--port-device x=/dev/ttyS0", u"--port-device takes"},
+            {u"--port-device 17=/dev/ttyS0", u"--port-device takes"},
+            {u"--port-device 3=", u"--port-device takes"},
+            {u"--nonsense", u"Unknown option"},
+            {u"--download f.CSV g.CSV", u"--download opens no other"},
+            {u"--download=", u"--download takes"},
+            {u"--port 3", u"--port goes with"},
+            {u"--download f.CSV --port 17", u"--port takes"},
+            {u"--download f.CSV --demo --port 2", u"The simulated"},
+            {u"--export f.CSV --to b.xlsx --title t --port-device 3=/x --port-device 4=/a=b", u""},
+            {u"--export f.CSV", u"--export goes with"},
+            {u"--export f.CSV --to=", u"--export goes with"},
+            {u"--export= --to b.xlsx", u"--export takes"},
+            {u"--to b.xlsx", u"--to goes with"},
+            {u"--title t", u"--title goes with"},
+            {u"--export f.CSV --to b.xlsx --download g.CSV", u"--export does not go"},
+            {u"--export f.CSV --to b.xlsx g.CSV", u"--export opens no other"},
+            {u"--download - --save-mode --data-dir . --port-device 3=/x --port-device 4=/a=b", u""},
+            {u"--save-mode", u"--save-mode goes with"},
+            {u"--data-dir ./gone", u"--data-dir takes"},
+            {u"--data-dir=", u"--data-dir takes"},
+            {u"--demo --demo", u"--demo may"},
+            {u"--download f.CSV --download=g.CSV", u"--download may"},
+            {u"--export f.CSV --to a.xlsx --to b.xlsx", u"--to may"},
+            {u"--port-device 3=/x --port-device 3=/y", u"--port-device gives port 3 two"},
+        };
+        for (const auto &[arguments, error] : Cases) {
+            const Result<CommandLine> line =
+                ParseCommandLine((u"px40ap "_qs + arguments.toString()).split(u' '));
+            const QString told = line ? QString() : line.error().text;
+            QVERIFY2(told.left(error.size()) == error && line.has_value() == error.isEmpty(),
+                     qPrintable(arguments.toString() + u": "_qs + told));
+            if (line) {
+                QCOMPARE(line->portDevices.size(), 2);
+                QCOMPARE(line->portDevices.last(), std::pair(4, u"/a=b"_qs));
+            }
         }
     }
-}
 
-void AppTest::TimerIsSilentAtZero()
-{
-    Timer timer(1, true);
-    Timer silent(0, true);
-    const QSignalSpy ticks(&timer, &Timer::tick);
-    const QSignalSpy none(&silent, &Timer::tick);
-    QTRY_VERIFY(ticks.count() >= 3); // it goes on by itself
-    QCOMPARE(none.count(), 0);
-    timer.SetInterval(0);
-    silent.SetInterval(1);
-    const qsizetype before = ticks.count();
-    QTRY_VERIFY(none.count() >= 3);
-    QCOMPARE(ticks.count(), before);
-}
+    void TimerIsSilentAtZero()
+    {
+        Timer timer(1, true);
+        Timer silent(0, true);
+        const QSignalSpy ticks(&timer, &Timer::tick);
+        const QSignalSpy none(&silent, &Timer::tick);
+        QTRY_VERIFY(ticks.count() >= 3); // it goes on by itself
+        QCOMPARE(none.count(), 0);
+        timer.SetInterval(0);
+        silent.SetInterval(1);
+        const qsizetype before = ticks.count();
+        QTRY_VERIFY(none.count() >= 3);
+        QCOMPARE(ticks.count(), before);
+    }
 
-void AppTest::SecondCopyIsNoticed()
-{
-    const QString name = u"px40-test-%1"_qs.arg(QCoreApplication::applicationPid());
-    SingleInstance first(name);
-    QVERIFY(first.Acquire());
-    SingleInstance second(name);
-    QVERIFY(!second.Acquire());
+    void SecondCopyIsNoticed()
+    {
+        const QString name = u"px40-test-%1"_qs.arg(QCoreApplication::applicationPid());
+        SingleInstance first(name);
+        QVERIFY(first.Acquire());
+        SingleInstance second(name);
+        QVERIFY(!second.Acquire());
 
-    // A crash may leave a file that names nobody.
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    WriteBytes(folder + u'/' + name + u"-empty.lock"_qs, QByteArray());
-    SingleInstance third(name + u"-empty"_qs);
-    QVERIFY(third.Acquire());
-}
+        // A crash may leave a file that names nobody.
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+        WriteBytes(folder + u'/' + name + u"-empty.lock"_qs, QByteArray());
+        SingleInstance third(name + u"-empty"_qs);
+        QVERIFY(third.Acquire());
+    }
+};
 
 QTEST_GUILESS_MAIN(AppTest)
 #include "app_test.moc"

@@ -125,92 +125,87 @@ class BadLineTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-    void RowsOfABadLine_data();
-    void RowsOfABadLine();
-    void WireAfterALostReply();
-};
-
-void BadLineTest::initTestCase()
-{
-    QLoggingCategory::setFilterRules(u"px40.link.debug=true"_qs);
-    qInstallMessageHandler(Note);
-}
-
-void BadLineTest::RowsOfABadLine_data()
-{
-    QTest::addColumn<Trouble>("trouble");
-    QTest::addColumn<int>("interval");
-    QTest::addColumn<QString>("errors"); // seconds of the run
-    struct Case
+    void initTestCase()
     {
-        const char *name;
-        Trouble trouble;
-        QString eachSecond;
-        QString eachFifth;
-    };
-    const Case cases[] = {
-        {"healthy", {}, {}, {}},
-        {"0.4 s a reply", {.replyMs = 400}, u"4 10 16 22 28 34 40 46 52 58"_qs, {}}, // 1.2 s a row
-        {"one lost reply", {.lostReplies = 1}, {}, {}},
-        {"two lost replies", {.lostReplies = 2}, u"10"_qs, {}},
-        {"three lost replies", {.lostReplies = 3}, u"10 11 12"_qs, u"10"_qs},
-        {"silent for 5 s", {.silentFrom = 18'000, .silentUntil = 23'000}, u"18 19 20 21"_qs, {}},
-        {"cable out", {.unpluggedAt = 29'500, .pluggedAt = 34'500}, u"30 31 32 33 34"_qs, u"30"_qs},
-    };
-    for (const Case &one : cases) {
-        QTest::addRow("%s, each second", one.name) << one.trouble << 1 << one.eachSecond;
-        QTest::addRow("%s, each fifth second", one.name) << one.trouble << 5 << one.eachFifth;
+        QLoggingCategory::setFilterRules(u"px40.link.debug=true"_qs);
+        qInstallMessageHandler(Note);
     }
-    QTest::newRow("0.9 s a reply, each fifth second") << Trouble{.replyMs = 900} << 5 << QString();
-}
+    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
 
-void BadLineTest::RowsOfABadLine()
-{
-    QFETCH(Trouble, trouble);
-    QFETCH(int, interval);
-    QFETCH(QString, errors);
-    SteppedRun run(trouble);
-    const auto dataSet = run.NewSet(interval);
-    dataSet->SetPeriod(false, {u"0"_qs, u"0"_qs, u"1"_qs, u"0"_qs});
-    run.Begin(dataSet);
-    const qint64 start = run.clock.utcMs / 1000;
-    while (run.state.RealtimeRun && run.Now() < 90'000) {
-        if (trouble.unpluggedAt > 0 && run.Now() == trouble.unpluggedAt) {
-            run.server.HangUp();
-            QVERIFY(WaitUntil([&] { return !run.comm.IsOpen(); }));
+    void RowsOfABadLine_data()
+    {
+        QTest::addColumn<Trouble>("trouble");
+        QTest::addColumn<int>("interval");
+        QTest::addColumn<QString>("errors"); // seconds of the run
+        struct Case
+        {
+            const char *name;
+            Trouble trouble;
+            QString eachSecond;
+            QString eachFifth;
+        };
+        const Case cases[] = {
+            {"healthy", {}, {}, {}},
+            {"0.4 s a reply", {.replyMs = 400}, u"4 10 16 22 28 34 40 46 52 58"_qs, {}}, // 1.2 s a row
+            {"one lost reply", {.lostReplies = 1}, {}, {}},
+            {"two lost replies", {.lostReplies = 2}, u"10"_qs, {}},
+            {"three lost replies", {.lostReplies = 3}, u"10 11 12"_qs, u"10"_qs},
+            {"silent for 5 s", {.silentFrom = 18'000, .silentUntil = 23'000}, u"18 19 20 21"_qs, {}},
+            {"cable out", {.unpluggedAt = 29'500, .pluggedAt = 34'500}, u"30 31 32 33 34"_qs, u"30"_qs},
+        };
+        for (const Case &one : cases) {
+            QTest::addRow("%s, each second", one.name) << one.trouble << 1 << one.eachSecond;
+            QTest::addRow("%s, each fifth second", one.name) << one.trouble << 5 << one.eachFifth;
         }
-        if (trouble.pluggedAt > 0 && run.Now() == trouble.pluggedAt)
-            run.server.PlugIn();
-        run.Step();
+        QTest::newRow("0.9 s a reply, each fifth second") << Trouble{.replyMs = 900} << 5 << QString();
     }
-    QCOMPARE(dataSet->GetDatacount(), 60 / interval + 1);
-    QStringList wrong;
-    for (int row = 1; row <= dataSet->GetDatacount(); ++row) {
-        const int second = (row - 1) * interval;
-        QCOMPARE(dataSet->Table().Cell(row, 1), TimeOfDay(start + second + 1));
-        if (dataSet->Table().Cell(row, 2) == u"ERROR")
-            wrong << QString::number(second);
-    }
-    QCOMPARE(wrong.join(u' '), errors);
-}
 
-/// Nothing waits in idleness for replies that may still be under way.
-void BadLineTest::WireAfterALostReply()
-{
-    SteppedRun run({.lostReplies = 1});
-    run.Begin(run.NewSet(1));
-    while (run.Now() < 12'000)
-        run.Step();
-    const qsizetype begin = run.wire.indexOf(u"10000 AN1"_qs);
-    QCOMPARE(run.wire.mid(begin),
-             QStringList({u"10000 AN1"_qs, u"10050 H1"_qs, u"10100 OC"_qs, u"11100 OC"_qs, u"11200 AN1"_qs,
-                          u"11250 H1"_qs, u"11300 OC"_qs, u"12000 AN1"_qs}));
-    run.state.RealtimeStop = true;
-    while (run.state.RealtimeRun)
-        run.Step();
-}
+    void RowsOfABadLine()
+    {
+        QFETCH(Trouble, trouble);
+        QFETCH(int, interval);
+        QFETCH(QString, errors);
+        SteppedRun run(trouble);
+        const auto dataSet = run.NewSet(interval);
+        dataSet->SetPeriod(false, {u"0"_qs, u"0"_qs, u"1"_qs, u"0"_qs});
+        run.Begin(dataSet);
+        const qint64 start = run.clock.utcMs / 1000;
+        while (run.state.RealtimeRun && run.Now() < 90'000) {
+            if (trouble.unpluggedAt > 0 && run.Now() == trouble.unpluggedAt) {
+                run.server.HangUp();
+                QVERIFY(WaitUntil([&] { return !run.comm.IsOpen(); }));
+            }
+            if (trouble.pluggedAt > 0 && run.Now() == trouble.pluggedAt)
+                run.server.PlugIn();
+            run.Step();
+        }
+        QCOMPARE(dataSet->GetDatacount(), 60 / interval + 1);
+        QStringList wrong;
+        for (int row = 1; row <= dataSet->GetDatacount(); ++row) {
+            const int second = (row - 1) * interval;
+            QCOMPARE(dataSet->Table().Cell(row, 1), TimeOfDay(start + second + 1));
+            if (dataSet->Table().Cell(row, 2) == u"ERROR")
+                wrong << QString::number(second);
+        }
+        QCOMPARE(wrong.join(u' '), errors);
+    }
+
+    /// Nothing waits in idleness for replies that may still be under way.
+    void WireAfterALostReply()
+    {
+        SteppedRun run({.lostReplies = 1});
+        run.Begin(run.NewSet(1));
+        while (run.Now() < 12'000)
+            run.Step();
+        const qsizetype begin = run.wire.indexOf(u"10000 AN1"_qs);
+        QCOMPARE(run.wire.mid(begin),
+                 QStringList({u"10000 AN1"_qs, u"10050 H1"_qs, u"10100 OC"_qs, u"11100 OC"_qs,
+                              u"11200 AN1"_qs, u"11250 H1"_qs, u"11300 OC"_qs, u"12000 AN1"_qs}));
+        run.state.RealtimeStop = true;
+        while (run.state.RealtimeRun)
+            run.Step();
+    }
+};
 
 QTEST_GUILESS_MAIN(BadLineTest)
 #include "badline_test.moc"

@@ -38,253 +38,242 @@ class DocumentTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void RowsComeBackAsGiven();
-    void TableFollowsTheSamples();
-    void ReadingsCountOnlyWhenTheyAreNumbers();
-    void ExtremesAndAverageAreFound();
-    void ExtremesAreToldByTheHeadings();
-    void SelectionsAreSummedUp();
-    void ModeIsNamedWhileItIsOne();
-    void PanelsShowDefaultsAndWhatIsSet();
-    void CaptionsCountUp();
-    void EveryChangeIsUnsaved();
-    void RealtimeSamplesMoveGraphAndBar();
-};
-
-void DocumentTest::RowsComeBackAsGiven()
-{
-    RowStore rows;
-    const QString noise = QString::fromLatin1("\0\x80\xff ,\t", 6);
-    const QString longText(300000, QChar(0x3b1)); // more than a chunk holds
-    for (int i = 0; i < 20000; ++i)
-        rows.Append({QString::number(i), u"", noise, u" -bo-", u"1.0023"});
-    rows.Append({longText, u"", u"x", u"", u""});
-    rows.Append({u"", u"", u"", u"", u""});
-    QCOMPARE(rows.Count(), qsizetype(20002));
-    for (const int i : {0, 1, 127, 9999, 19999}) {
-        int column = 0;
-        for (const QString &cell : {QString::number(i), QString(), noise, u" -bo-"_qs, u"1.0023"_qs})
-            QCOMPARE(rows.Cell(i, column++), cell);
+    void RowsComeBackAsGiven()
+    {
+        RowStore rows;
+        const QString noise = QString::fromLatin1("\0\x80\xff ,\t", 6);
+        const QString longText(300000, QChar(0x3b1)); // more than a chunk holds
+        for (int i = 0; i < 20000; ++i)
+            rows.Append({QString::number(i), u"", noise, u" -bo-", u"1.0023"});
+        rows.Append({longText, u"", u"x", u"", u""});
+        rows.Append({u"", u"", u"", u"", u""});
+        QCOMPARE(rows.Count(), qsizetype(20002));
+        for (const int i : {0, 1, 127, 9999, 19999}) {
+            int column = 0;
+            for (const QString &cell : {QString::number(i), QString(), noise, u" -bo-"_qs, u"1.0023"_qs})
+                QCOMPARE(rows.Cell(i, column++), cell);
+        }
+        QCOMPARE(rows.Cell(20000, 0) + rows.Cell(20000, 2), longText + u'x');
+        QCOMPARE(rows.Cell(20001, 4), QString());
     }
-    QCOMPARE(rows.Cell(20000, 0) + rows.Cell(20000, 2), longText + u'x');
-    QCOMPARE(rows.Cell(20001, 4), QString());
-}
 
-void DocumentTest::TableFollowsTheSamples()
-{
-    DataRig rig(KindMemory, true);
-    TableModel &table = rig.data.Table();
-    const QAbstractItemModelTester tester(&table);
-    const auto shown = [&](int row) {
-        return table.index(row, 0).data().toString() + u'|' + table.index(row, 2).data().toString();
-    };
-    QCOMPARE(shown(0), u"1|"_qs); // one empty row, numbered
-    rig.Add(u"1.5"_qs);
-    QCOMPARE(table.rowCount(), 1);
-    rig.Add(u"2.5"_qs);
-    QCOMPARE(shown(1), u"2|2.5"_qs);
-    QVERIFY(rig.data.AddGridrow());
-    QVERIFY(rig.data.AddGridrow()); // room is made once
-    QCOMPARE(table.rowCount(), 3);
-    QCOMPARE(rig.data.GetDatacount(), 2);
-
-    rig.shared.MemoryNumbers = false; // the heading stays as it was made
-    QCOMPARE(table.Heading(1), u"No."_qs);
-    const DataSet later(rig.state, rig.shared);
-    QCOMPARE(later.Table().Heading(1), u"TIME"_qs);
-}
-
-void DocumentTest::ReadingsCountOnlyWhenTheyAreNumbers()
-{
-    const QStringList numbers = u"0 -0.001 12345 1e3 +2.5 .5"_qs.split(u' ');
-    const QStringList others =
-        u"ERROR|+OL|-----| -bo-||nan|inf|1,5|0x10|1e39|1.2.3|- 1.5|1.\u00b9"_qs.split(u'|');
-    for (const QString &text : numbers + others) {
-        const bool counts = numbers.contains(text);
-        DataRig rig(KindMemory);
-        rig.Add(text);
-        rig.data.AddRealtimedata(u"t"_qs, text, {}, {}, {}, true);
-        QCOMPARE(rig.data.Table().Cell(1, 2), text);
-        QVERIFY2(rig.data.Calculation().validCount == (counts ? 2 : 0), qPrintable(text));
-        rig.data.DispCalculation();
-        QCOMPARE(rig.data.PanelText(Panel::Avg).isEmpty(), !counts);
-        QCOMPARE(rig.data.PanelText(Panel::Max).isEmpty(), !counts);
-    }
-}
-
-void DocumentTest::ExtremesAndAverageAreFound()
-{
-    // Of equal readings the first one counts.
-    const std::tuple<QString, int, int, QString> cases[] = {
-        {u"+OL 1 3 3 1"_qs, 3, 2, u"2.0000"_qs},
-        {u"-5 -7"_qs, 1, 2, u"-6.0000"_qs},
-        {u"1 1 0"_qs, 1, 3, u"0.6667"_qs},
-        {u"-0.00001"_qs, 1, 1, u"0.0000"_qs}, // no negative zero
-        {u"16777216 16777216"_qs, 1, 1, u"16777216.0000"_qs},
-    };
-    for (const auto &[readings, maxRow, minRow, average] : cases) {
-        DataRig rig(KindMemory);
-        for (const QString &reading : readings.split(u' '))
-            rig.Add(reading);
-        QCOMPARE(rig.data.Calculation().maxRow, maxRow);
-        QCOMPARE(rig.data.Calculation().minRow, minRow);
-        QCOMPARE(rig.data.GetDispavg(), average);
-    }
-}
-
-void DocumentTest::ExtremesAreToldByTheHeadings()
-{
-    const std::tuple<int, bool, bool, QString> cases[] = {
-        {KindRealtime, false, true, u"No.[ 1 ]   TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-        {KindRealtime, false, false, u"TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-        {KindMemory, true, true, u"No.[ 1 ]   No.[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-        {KindSave, false, true, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-        {KindSave, false, false, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-    };
-    for (const auto &[kind, memoryNumbers, number, text] : cases) {
-        DataRig rig(kind, memoryNumbers);
-        rig.Add(u"1.0031"_qs);
-        QCOMPARE(rig.data.GetDispmax(number), text);
-        QCOMPARE(rig.data.GetDispmin(number), text);
-        rig.data.DispCalculation();
-        QCOMPARE(rig.data.PanelText(Panel::Max), rig.data.GetDispmax(true));
-    }
-}
-
-void DocumentTest::SelectionsAreSummedUp()
-{
-    DataRig rig(KindMemory);
-    for (const QString &reading : u"2 4 +OL 4 4 5 5 7 9 -3 -----"_qs.split(u' '))
-        rig.Add(reading);
-    rig.data.AddGridrow(); // an empty row behind the samples
-    const TableModel &table = rig.data.Table();
-    using Ranges = std::vector<std::pair<int, int>>; // rows from 1 on
-    const std::tuple<Ranges, QString> cases[] = {
-        {{{1, 9}}, u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
-        {{{6, 9}, {1, 5}, {2, 3}, {8, 8}}, u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
-        {{{4, 5}}, u"Rows 2, readings 2   MIN 4   MAX 4   AVG 4.0000   SD 0"_qs},
-        {{{10, 12}}, u"Rows 2, readings 1   MIN -3   MAX -3   AVG -3.0000"_qs}, // n - 1 is nothing
-        {{{3, 3}, {11, 11}}, u"Rows 2, readings 0"_qs},
-        {{{11, 12}}, {}}, // one row
-        {{}, {}},
-    };
-    for (const auto &[ranges, text] : cases) {
-        QItemSelection selection;
-        for (const auto &[first, last] : ranges) // of some column or other
-            selection.append({table.index(first - 1, last % 6), table.index(last - 1, last % 6)});
-        QCOMPARE(SelectionText(rig.data, selection), text);
-    }
-    QItemSelection pieces(table.index(4, 0), table.index(7, 0));
-    pieces.append({table.index(0, 3), table.index(1, 3)});
-    pieces.append({table.index(2, 1), table.index(2, 1)});
-    QCOMPARE(SelectedRows(pieces, 6), (std::vector<RowRange>{{0, 2}, {4, 6}}));
-    // Far from zero the squares of such readings hold none of their differences.
-    Statistics far;
-    for (const float value : {1.6e7F, 1.6e7F + 1, 1.6e7F + 2})
-        far.Add(value, 1);
-    QCOMPARE(far.Deviation(), 1.0);
-}
-
-void DocumentTest::ModeIsNamedWhileItIsOne()
-{
-    DataRig rig(KindMemory);
-    const auto add = [&](const QString &mode) {
-        rig.data.AddData({}, u"1"_qs, mode, {}, {});
-        return rig.data.Table().CommonMode();
-    };
-    QCOMPARE(add({}), QString()); // measuring was off
-    QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
-    QCOMPARE(add({}), u"VDC"_qs);
-    QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
-    QCOMPARE(add(u"mVDC"_qs), QString());
-    QCOMPARE(add(u"VDC "_qs), QString());
-    rig.data.OpenNew(KindMemory);
-    QCOMPARE(add(u"\u03a9"_qs), u"\u03a9"_qs);
-}
-
-void DocumentTest::PanelsShowDefaultsAndWhatIsSet()
-{
-    DataRig rig(KindRealtime);
-    DataSet &realtime = rig.data;
-    QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
-    QCOMPARE(realtime.PanelText(Panel::Period), QString());
-    QVERIFY(realtime.Saved());
-    QCOMPARE(realtime.GetGraphcount(), u"20"_qs);
-    QCOMPARE(realtime.PanelText(Panel::X), u"Automatic"_qs);
-    QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
-    // What is set is shown as it was given.
-    realtime.SetInterval({u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs});
-    QCOMPARE(realtime.PanelText(Panel::Interval), u"1d +02h +3m +04s"_qs);
-    QCOMPARE(realtime.GetIntervalcount(), 86400 + 7200 + 180 + 4);
-    realtime.SetPeriod(false, {u"99"_qs, u"23"_qs, u"59"_qs, u"59"_qs});
-    QCOMPARE(realtime.PanelText(Panel::Period), u"99d +23h +59m +59s"_qs);
-    QCOMPARE(realtime.GetPeriodcount(), 100 * 86400 - 1);
-    realtime.SetPeriod(true, realtime.GetPeriod());
-    QCOMPARE(realtime.PanelText(Panel::Period), QString());
-
-    QCOMPARE(DataRig(KindMemory).data.PanelText(Panel::Interval), QString());
-    for (const auto &[kind, label] :
-         {std::pair(KindRealtime, u"REAL-TIME DATA"_qs), std::pair(KindMemory, u"MEMORY-mode DATA"_qs),
-          std::pair(KindSave, u"SAVE-mode DATA"_qs)})
-        QCOMPARE(DataRig(kind).data.PanelText(Panel::Label), label);
-}
-
-void DocumentTest::CaptionsCountUp()
-{
-    LinkState state;
-    DocumentShared shared;
-    for (const int number : {1, 2, 32767, 1}) {
-        if (number == 32767)
-            shared.NewCount = 32766; // the last but one
-        DataSet data(state, shared);
-        data.OpenNew(KindMemory);
-        QCOMPARE(data.Caption(), QString::number(number) + u"New"_qs);
-    }
-}
-
-void DocumentTest::EveryChangeIsUnsaved()
-{
-    DataRig rig(KindRealtime);
-    const auto expectUnsaved = [&] {
-        QVERIFY(!rig.data.Saved());
-        rig.data.MarkSaved();
-    };
-    rig.Add(u"1"_qs);
-    expectUnsaved();
-    rig.data.AddRealtimedata({}, {}, {}, {}, {}, false);
-    expectUnsaved();
-    rig.data.SetInterval({});
-    expectUnsaved();
-    rig.data.SetPeriod(true, {});
-    expectUnsaved();
-    rig.data.DispInterval(u"5"_qs);
-    rig.data.SetAxisX(false, 2, 3);
-    rig.data.SetAxisX(true, 1, 1); // keeps what was set before
-    QVERIFY(rig.data.Saved());     // settings of the view alone ask no question
-    rig.data.CancelXauto();
-    QCOMPARE(rig.data.PanelText(Panel::X), u"Custom"_qs);
-    QCOMPARE(rig.data.GetAxisX(), QStringList({u"False"_qs, u"2"_qs, u"3"_qs}));
-}
-
-void DocumentTest::RealtimeSamplesMoveGraphAndBar()
-{
-    DataRig rig(KindRealtime);
-    rig.data.IniProgress(25);
-    const QSignalSpy followed(&rig.data, &DataSet::sampleFollowed);
-    for (int n = 1; n <= 30; ++n) {
+    void TableFollowsTheSamples()
+    {
+        DataRig rig(KindMemory, true);
+        TableModel &table = rig.data.Table();
+        const QAbstractItemModelTester tester(&table);
+        const auto shown = [&](int row) {
+            return table.index(row, 0).data().toString() + u'|' + table.index(row, 2).data().toString();
+        };
+        QCOMPARE(shown(0), u"1|"_qs); // one empty row, numbered
+        rig.Add(u"1.5"_qs);
+        QCOMPARE(table.rowCount(), 1);
+        rig.Add(u"2.5"_qs);
+        QCOMPARE(shown(1), u"2|2.5"_qs);
         QVERIFY(rig.data.AddGridrow());
-        rig.data.AddRealtimedata(QString::number(n), QString::number(n), {}, {}, {}, n % 2 == 0);
-        QCOMPARE(rig.data.Graph().Scroll().maximum, n > 20 ? n - 20 : 0);
-        QCOMPARE(rig.data.Graph().Scroll().value, rig.data.Graph().Scroll().maximum);
-        QCOMPARE(rig.data.ProgressValue(), std::min(n, 25));
+        QVERIFY(rig.data.AddGridrow()); // room is made once
+        QCOMPARE(table.rowCount(), 3);
+        QCOMPARE(rig.data.GetDatacount(), 2);
+
+        rig.shared.MemoryNumbers = false; // the heading stays as it was made
+        QCOMPARE(table.Heading(1), u"No."_qs);
+        const DataSet later(rig.state, rig.shared);
+        QCOMPARE(later.Table().Heading(1), u"TIME"_qs);
     }
-    QCOMPARE(followed.count(), 30);
-    QCOMPARE(rig.data.Calculation().validCount, 15); // the caller says which ones count
-    QCOMPARE(rig.data.PanelText(Panel::Avg), u"16.0000"_qs);
-    rig.data.PaintGraphtop();
-    QCOMPARE(rig.data.Graph().Scroll().maximum, 10);
-    QCOMPARE(rig.data.Graph().Scroll().value, 0);
-}
+
+    void ReadingsCountOnlyWhenTheyAreNumbers()
+    {
+        const QStringList numbers = u"0 -0.001 12345 1e3 +2.5 .5"_qs.split(u' ');
+        const QStringList others =
+            u"ERROR|+OL|-----| -bo-||nan|inf|1,5|0x10|1e39|1.2.3|- 1.5|1.\u00b9"_qs.split(u'|');
+        for (const QString &text : numbers + others) {
+            const bool counts = numbers.contains(text);
+            DataRig rig(KindMemory);
+            rig.Add(text);
+            rig.data.AddRealtimedata(u"t"_qs, text, {}, {}, {}, true);
+            QCOMPARE(rig.data.Table().Cell(1, 2), text);
+            QVERIFY2(rig.data.Calculation().validCount == (counts ? 2 : 0), qPrintable(text));
+            rig.data.DispCalculation();
+            QCOMPARE(rig.data.PanelText(Panel::Avg).isEmpty(), !counts);
+            QCOMPARE(rig.data.PanelText(Panel::Max).isEmpty(), !counts);
+        }
+    }
+
+    void ExtremesAndAverageAreFound()
+    {
+        // Of equal readings the first one counts.
+        const std::tuple<QString, int, int, QString> cases[] = {
+            {u"+OL 1 3 3 1"_qs, 3, 2, u"2.0000"_qs},
+            {u"-5 -7"_qs, 1, 2, u"-6.0000"_qs},
+            {u"1 1 0"_qs, 1, 3, u"0.6667"_qs},
+            {u"-0.00001"_qs, 1, 1, u"0.0000"_qs}, // no negative zero
+            {u"16777216 16777216"_qs, 1, 1, u"16777216.0000"_qs},
+        };
+        for (const auto &[readings, maxRow, minRow, average] : cases) {
+            DataRig rig(KindMemory);
+            for (const QString &reading : readings.split(u' '))
+                rig.Add(reading);
+            QCOMPARE(rig.data.Calculation().maxRow, maxRow);
+            QCOMPARE(rig.data.Calculation().minRow, minRow);
+            QCOMPARE(rig.data.GetDispavg(), average);
+        }
+    }
+
+    void ExtremesAreToldByTheHeadings()
+    {
+        const std::tuple<int, bool, bool, QString> cases[] = {
+            {KindRealtime, false, true, u"No.[ 1 ]   TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
+            {KindRealtime, false, false, u"TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
+            {KindMemory, true, true, u"No.[ 1 ]   No.[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
+            {KindSave, false, true, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
+            {KindSave, false, false, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
+        };
+        for (const auto &[kind, memoryNumbers, number, text] : cases) {
+            DataRig rig(kind, memoryNumbers);
+            rig.Add(u"1.0031"_qs);
+            QCOMPARE(rig.data.GetDispmax(number), text);
+            QCOMPARE(rig.data.GetDispmin(number), text);
+            rig.data.DispCalculation();
+            QCOMPARE(rig.data.PanelText(Panel::Max), rig.data.GetDispmax(true));
+        }
+    }
+
+    void SelectionsAreSummedUp()
+    {
+        DataRig rig(KindMemory);
+        for (const QString &reading : u"2 4 +OL 4 4 5 5 7 9 -3 -----"_qs.split(u' '))
+            rig.Add(reading);
+        rig.data.AddGridrow(); // an empty row behind the samples
+        const TableModel &table = rig.data.Table();
+        using Ranges = std::vector<std::pair<int, int>>; // rows from 1 on
+        const std::tuple<Ranges, QString> cases[] = {
+            {{{1, 9}}, u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
+            {{{6, 9}, {1, 5}, {2, 3}, {8, 8}},
+             u"Rows 9, readings 8   MIN 2   MAX 9   AVG 5.0000   SD 2.138"_qs},
+            {{{4, 5}}, u"Rows 2, readings 2   MIN 4   MAX 4   AVG 4.0000   SD 0"_qs},
+            {{{10, 12}}, u"Rows 2, readings 1   MIN -3   MAX -3   AVG -3.0000"_qs}, // n - 1 is nothing
+            {{{3, 3}, {11, 11}}, u"Rows 2, readings 0"_qs},
+            {{{11, 12}}, {}}, // one row
+            {{}, {}},
+        };
+        for (const auto &[ranges, text] : cases) {
+            QItemSelection selection;
+            for (const auto &[first, last] : ranges) // of some column or other
+                selection.append({table.index(first - 1, last % 6), table.index(last - 1, last % 6)});
+            QCOMPARE(SelectionText(rig.data, selection), text);
+        }
+        QItemSelection pieces(table.index(4, 0), table.index(7, 0));
+        pieces.append({table.index(0, 3), table.index(1, 3)});
+        pieces.append({table.index(2, 1), table.index(2, 1)});
+        QCOMPARE(SelectedRows(pieces, 6), (std::vector<RowRange>{{0, 2}, {4, 6}}));
+        // Far from zero the squares of such readings hold none of their differences.
+        Statistics far;
+        for (const float value : {1.6e7F, 1.6e7F + 1, 1.6e7F + 2})
+            far.Add(value, 1);
+        QCOMPARE(far.Deviation(), 1.0);
+    }
+
+    void ModeIsNamedWhileItIsOne()
+    {
+        DataRig rig(KindMemory);
+        const auto add = [&](const QString &mode) {
+            rig.data.AddData({}, u"1"_qs, mode, {}, {});
+            return rig.data.Table().CommonMode();
+        };
+        QCOMPARE(add({}), QString()); // measuring was off
+        QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
+        QCOMPARE(add({}), u"VDC"_qs);
+        QCOMPARE(add(u"VDC "_qs), u"VDC"_qs);
+        QCOMPARE(add(u"mVDC"_qs), QString());
+        QCOMPARE(add(u"VDC "_qs), QString());
+        rig.data.OpenNew(KindMemory);
+        QCOMPARE(add(u"\u03a9"_qs), u"\u03a9"_qs);
+    }
+
+    void PanelsShowDefaultsAndWhatIsSet()
+    {
+        DataRig rig(KindRealtime);
+        DataSet &realtime = rig.data;
+        QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
+        QCOMPARE(realtime.PanelText(Panel::Period), QString());
+        QVERIFY(realtime.Saved());
+        QCOMPARE(realtime.GetGraphcount(), u"20"_qs);
+        QCOMPARE(realtime.PanelText(Panel::X), u"Automatic"_qs);
+        QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
+        // What is set is shown as it was given.
+        realtime.SetInterval({u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs});
+        QCOMPARE(realtime.PanelText(Panel::Interval), u"1d +02h +3m +04s"_qs);
+        QCOMPARE(realtime.GetIntervalcount(), 86400 + 7200 + 180 + 4);
+        realtime.SetPeriod(false, {u"99"_qs, u"23"_qs, u"59"_qs, u"59"_qs});
+        QCOMPARE(realtime.PanelText(Panel::Period), u"99d +23h +59m +59s"_qs);
+        QCOMPARE(realtime.GetPeriodcount(), 100 * 86400 - 1);
+        realtime.SetPeriod(true, realtime.GetPeriod());
+        QCOMPARE(realtime.PanelText(Panel::Period), QString());
+
+        QCOMPARE(DataRig(KindMemory).data.PanelText(Panel::Interval), QString());
+        for (const auto &[kind, label] :
+             {std::pair(KindRealtime, u"REAL-TIME DATA"_qs), std::pair(KindMemory, u"MEMORY-mode DATA"_qs),
+              std::pair(KindSave, u"SAVE-mode DATA"_qs)})
+            QCOMPARE(DataRig(kind).data.PanelText(Panel::Label), label);
+    }
+
+    void CaptionsCountUp()
+    {
+        LinkState state;
+        DocumentShared shared;
+        for (const int number : {1, 2, 32767, 1}) {
+            if (number == 32767)
+                shared.NewCount = 32766; // the last but one
+            DataSet data(state, shared);
+            data.OpenNew(KindMemory);
+            QCOMPARE(data.Caption(), QString::number(number) + u"New"_qs);
+        }
+    }
+
+    void EveryChangeIsUnsaved()
+    {
+        DataRig rig(KindRealtime);
+        const auto expectUnsaved = [&] {
+            QVERIFY(!rig.data.Saved());
+            rig.data.MarkSaved();
+        };
+        rig.Add(u"1"_qs);
+        expectUnsaved();
+        rig.data.AddRealtimedata({}, {}, {}, {}, {}, false);
+        expectUnsaved();
+        rig.data.SetInterval({});
+        expectUnsaved();
+        rig.data.SetPeriod(true, {});
+        expectUnsaved();
+        rig.data.DispInterval(u"5"_qs);
+        rig.data.SetAxisX(false, 2, 3);
+        rig.data.SetAxisX(true, 1, 1); // keeps what was set before
+        QVERIFY(rig.data.Saved());     // settings of the view alone ask no question
+        rig.data.CancelXauto();
+        QCOMPARE(rig.data.PanelText(Panel::X), u"Custom"_qs);
+        QCOMPARE(rig.data.GetAxisX(), QStringList({u"False"_qs, u"2"_qs, u"3"_qs}));
+    }
+
+    void RealtimeSamplesMoveGraphAndBar()
+    {
+        DataRig rig(KindRealtime);
+        rig.data.IniProgress(25);
+        const QSignalSpy followed(&rig.data, &DataSet::sampleFollowed);
+        for (int n = 1; n <= 30; ++n) {
+            QVERIFY(rig.data.AddGridrow());
+            rig.data.AddRealtimedata(QString::number(n), QString::number(n), {}, {}, {}, n % 2 == 0);
+            QCOMPARE(rig.data.Graph().Scroll().maximum, n > 20 ? n - 20 : 0);
+            QCOMPARE(rig.data.Graph().Scroll().value, rig.data.Graph().Scroll().maximum);
+            QCOMPARE(rig.data.ProgressValue(), std::min(n, 25));
+        }
+        QCOMPARE(followed.count(), 30);
+        QCOMPARE(rig.data.Calculation().validCount, 15); // the caller says which ones count
+        QCOMPARE(rig.data.PanelText(Panel::Avg), u"16.0000"_qs);
+        rig.data.PaintGraphtop();
+        QCOMPARE(rig.data.Graph().Scroll().maximum, 10);
+        QCOMPARE(rig.data.Graph().Scroll().value, 0);
+    }
+};
 
 QTEST_GUILESS_MAIN(DocumentTest)
 #include "document_test.moc"

@@ -60,158 +60,150 @@ class DownloadTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void FetchesAllReadings();
-    void FaultsEndInAFailureOrInAllRows_data();
-    void FaultsEndInAFailureOrInAllRows();
-    void CancelKeepsTheRowsReceived();
-    void SaveModeMakesRoomButAddsNothing();
-    void LinkIsHeldUntilSaveModeIsLeft();
-    void MemoryThatRunsOutIsAFailure();
-};
-
-void DownloadTest::FetchesAllReadings()
-{
-    DownloadRig rig;
-    rig.progress.onStep = [&](int) { QVERIFY(rig.progress.shown); };
-    QVERIFY(rig.Fetch(Memory));
-    QCOMPARE(rig.progress.caption, u"Receive MEMORY-mode data"_qs);
-    QCOMPARE(rig.progress.message, u"Receiving..."_qs);
-    QStringList commands{u"AN1"_qs, u"H1"_qs};
-    QCOMPARE(rig.data->GetDatacount(), 50);
-    for (int n = 1; n <= 50; ++n) {
-        commands << u"OM%1"_qs.arg(n);
-        const Result<ReadingTexts> reading = DecodeMeasureReply(rig.Expected(commands.last()));
-        QVERIFY(reading);
-        const QStringList expected{QString::number(n),   u"No.%1"_qs.arg(n),   reading->measureValue,
-                                   reading->measureUnit, reading->sourceValue, reading->sourceUnit};
-        for (int column = 0; column < 6; ++column)
-            QCOMPARE(rig.data->Table().Cell(n, column), expected.at(column));
-    }
-    QCOMPARE(rig.Commands(), commands);
-    QCOMPARE(rig.progress.steps.size(), 50);
-    QCOMPARE(rig.progress.steps.first(), u"false 1/50"_qs);
-    QCOMPARE(rig.progress.steps.last(), u"true 50/50"_qs);
-    QCOMPARE(rig.data->GetGraphcount(), u"50"_qs);
-    QVERIFY(!rig.data->PanelText(Panel::Max).isEmpty());
-    QVERIFY(!rig.data->Saved());
-}
-
-void DownloadTest::FaultsEndInAFailureOrInAllRows_data()
-{
-    QTest::addColumn<StoredData::Mode>("mode");
-    QTest::addColumn<QByteArray>("fault");
-    QTest::addColumn<int>("rows"); // received
-    QTest::addColumn<QString>("failure");
-    QTest::addColumn<int>("commands"); // sent in all; 0: it is not looked at
-    const auto row = [](StoredData::Mode mode, const char *fault, int rows, const QString &failure,
-                        int commands) {
-        QTest::addRow("%s, %s", mode == Save ? "SAVE" : "MEMORY", fault)
-            << mode << QByteArray(fault) << rows << failure << commands;
-    };
-    const QString timeout = u"Timeout error occurred."_qs;
-    const QString command = u"Command error occurred."_qs;
-    const QString badData = u"Data error occurred."_qs;
-    row(Memory, "silent", 0, timeout, 9);
-    row(Memory, "silent-from=13", 10, timeout, 0);
-    row(Memory, "garbage=5", 50, {}, 0);
-    row(Memory, "err=5", 2, command, 0);
-    row(Memory, "err=6", 3, command, 0);
-    row(Memory, "hang-up=1", 0, Text(Str::PortLost), 0);
-    row(Memory, "hang-up=30,half", 27, Text(Str::PortLost), 0);
-    row(Save, "silent", 0, timeout, 10); // five tries to begin, five to end
-    row(Save, "wrong-check", 0, badData, 3);
-    row(Save, "garbage=2", 0, badData, 3);
-}
-
-void DownloadTest::FaultsEndInAFailureOrInAllRows()
-{
-    QFETCH(StoredData::Mode, mode);
-    QFETCH(QByteArray, fault);
-    QFETCH(int, rows);
-    QFETCH(QString, failure);
-    QFETCH(int, commands);
-    DownloadRig rig(fault.constData());
-    const Result<> received = rig.Fetch(mode);
-    QCOMPARE(received ? QString() : received.error().text, failure);
-    QCOMPARE(rig.progress.cancelDisabled, failure == u"Timeout error occurred.");
-    QCOMPARE(rig.data->GetDatacount(), rows);
-    // Fewer than three rows leave the graph's width alone.
-    QCOMPARE(rig.data->GetGraphcount(), QString::number(rows > 2 ? rows : 20));
-    QVERIFY(!rig.progress.shown);
-    rig.download.reset();
-    QVERIFY(!LinkInUse(rig.state));
-    if (commands > 0)
-        QCOMPARE(int(rig.server.CommandCount()), commands);
-    if (rows < 50)
-        return;
-    // Noise is kept as it came and never counts as a number.
-    const Statistics &statistics = rig.data->Calculation();
-    QVERIFY(statistics.validCount >= 2 && statistics.validCount < 50);
-    QVERIFY(rig.data->UnreadableCount() > 0);
-    QVERIFY(!rig.data->Table().Cell(50, 2).isEmpty());
-}
-
-void DownloadTest::CancelKeepsTheRowsReceived()
-{
-    DownloadRig rig("none", 3600 * 1000);
-    rig.progress.onStep = [&](int position) {
-        if (position == 20) {
-            rig.state.DownloadCancel = true;
-            rig.comm.FlagsChanged();
+    void FetchesAllReadings()
+    {
+        DownloadRig rig;
+        rig.progress.onStep = [&](int) { QVERIFY(rig.progress.shown); };
+        QVERIFY(rig.Fetch(Memory));
+        QCOMPARE(rig.progress.caption, u"Receive MEMORY-mode data"_qs);
+        QCOMPARE(rig.progress.message, u"Receiving..."_qs);
+        QStringList commands{u"AN1"_qs, u"H1"_qs};
+        QCOMPARE(rig.data->GetDatacount(), 50);
+        for (int n = 1; n <= 50; ++n) {
+            commands << u"OM%1"_qs.arg(n);
+            const Result<ReadingTexts> reading = DecodeMeasureReply(rig.Expected(commands.last()));
+            QVERIFY(reading);
+            const QStringList expected{QString::number(n),   u"No.%1"_qs.arg(n),   reading->measureValue,
+                                       reading->measureUnit, reading->sourceValue, reading->sourceUnit};
+            for (int column = 0; column < 6; ++column)
+                QCOMPARE(rig.data->Table().Cell(n, column), expected.at(column));
         }
-    };
-    const Result<> received = rig.Fetch(Memory);
-    QVERIFY(!received);
-    QCOMPARE(received.error().code, FailureCode::Cancelled);
-    QCOMPARE(rig.data->GetDatacount(), 20);
-    QVERIFY(!rig.data->PanelText(Panel::Avg).isEmpty());
+        QCOMPARE(rig.Commands(), commands);
+        QCOMPARE(rig.progress.steps.size(), 50);
+        QCOMPARE(rig.progress.steps.first(), u"false 1/50"_qs);
+        QCOMPARE(rig.progress.steps.last(), u"true 50/50"_qs);
+        QCOMPARE(rig.data->GetGraphcount(), u"50"_qs);
+        QVERIFY(!rig.data->PanelText(Panel::Max).isEmpty());
+        QVERIFY(!rig.data->Saved());
+    }
 
-    // The flag of the last download does not end the next one.
-    rig.progress.onStep = nullptr;
-    rig.download.reset();
-    QVERIFY(rig.Fetch(Memory));
-}
+    void FaultsEndInAFailureOrInAllRows_data()
+    {
+        QTest::addColumn<StoredData::Mode>("mode");
+        QTest::addColumn<QByteArray>("fault");
+        QTest::addColumn<int>("rows"); // received
+        QTest::addColumn<QString>("failure");
+        QTest::addColumn<int>("commands"); // sent in all; 0: it is not looked at
+        const auto row = [](StoredData::Mode mode, const char *fault, int rows, const QString &failure,
+                            int commands) {
+            QTest::addRow("%s, %s", mode == Save ? "SAVE" : "MEMORY", fault)
+                << mode << QByteArray(fault) << rows << failure << commands;
+        };
+        const QString timeout = u"Timeout error occurred."_qs;
+        const QString command = u"Command error occurred."_qs;
+        const QString badData = u"Data error occurred."_qs;
+        row(Memory, "silent", 0, timeout, 9);
+        row(Memory, "silent-from=13", 10, timeout, 0);
+        row(Memory, "garbage=5", 50, {}, 0);
+        row(Memory, "err=5", 2, command, 0);
+        row(Memory, "err=6", 3, command, 0);
+        row(Memory, "hang-up=1", 0, Text(Str::PortLost), 0);
+        row(Memory, "hang-up=30,half", 27, Text(Str::PortLost), 0);
+        row(Save, "silent", 0, timeout, 10); // five tries to begin, five to end
+        row(Save, "wrong-check", 0, badData, 3);
+        row(Save, "garbage=2", 0, badData, 3);
+    }
 
-void DownloadTest::SaveModeMakesRoomButAddsNothing()
-{
-    DownloadRig rig;
-    QVERIFY(rig.Fetch(Save));
-    QStringList commands{u"PL,1"_qs};
-    for (int n = 1; n <= 50; ++n)
-        commands << u"RS,%1"_qs.arg(n, 2, 10, QLatin1Char('0'));
-    commands << u"PL,0"_qs;
-    QCOMPARE(rig.Commands(), commands);
-    QCOMPARE(rig.data->GetDatacount(), 0);
-    QCOMPARE(rig.progress.caption, u"Receive SAVE-mode data"_qs);
-    QCOMPARE(rig.progress.steps.size(), 50);
-    QCOMPARE(rig.download->Records(), 37); // the others are empty
-    rig.download.reset();
-    rig.Fault("garbage=7"); // behind five records
-    QVERIFY(!rig.Fetch(Save));
-    QCOMPARE(rig.download->Records(), 5);
-}
+    void FaultsEndInAFailureOrInAllRows()
+    {
+        QFETCH(StoredData::Mode, mode);
+        QFETCH(QByteArray, fault);
+        QFETCH(int, rows);
+        QFETCH(QString, failure);
+        QFETCH(int, commands);
+        DownloadRig rig(fault.constData());
+        const Result<> received = rig.Fetch(mode);
+        QCOMPARE(received ? QString() : received.error().text, failure);
+        QCOMPARE(rig.progress.cancelDisabled, failure == u"Timeout error occurred.");
+        QCOMPARE(rig.data->GetDatacount(), rows);
+        // Fewer than three rows leave the graph's width alone.
+        QCOMPARE(rig.data->GetGraphcount(), QString::number(rows > 2 ? rows : 20));
+        QVERIFY(!rig.progress.shown);
+        rig.download.reset();
+        QVERIFY(!LinkInUse(rig.state));
+        if (commands > 0)
+            QCOMPARE(int(rig.server.CommandCount()), commands);
+        if (rows < 50)
+            return;
+        // Noise is kept as it came and never counts as a number.
+        const Statistics &statistics = rig.data->Calculation();
+        QVERIFY(statistics.validCount >= 2 && statistics.validCount < 50);
+        QVERIFY(rig.data->UnreadableCount() > 0);
+        QVERIFY(!rig.data->Table().Cell(50, 2).isEmpty());
+    }
 
-void DownloadTest::LinkIsHeldUntilSaveModeIsLeft()
-{
-    DownloadRig rig("silent-from=52"); // the last command, which nobody answers
-    const Running<Result<>> running = rig.Begin(Save);
-    QTRY_COMPARE(rig.Commands().value(51), u"PL,0"_qs);
-    const Running<bool> next(rig.gate.WaitUntilFree());
-    QVERIFY(!next.Done());
-    QVERIFY(running.Finish() && running.Value());
-    rig.download.reset();
-    QVERIFY(next.Finish());
-}
+    void CancelKeepsTheRowsReceived()
+    {
+        DownloadRig rig("none", 3600 * 1000);
+        rig.progress.onStep = [&](int position) {
+            if (position == 20) {
+                rig.state.DownloadCancel = true;
+                rig.comm.FlagsChanged();
+            }
+        };
+        const Result<> received = rig.Fetch(Memory);
+        QVERIFY(!received);
+        QCOMPARE(received.error().code, FailureCode::Cancelled);
+        QCOMPARE(rig.data->GetDatacount(), 20);
+        QVERIFY(!rig.data->PanelText(Panel::Avg).isEmpty());
 
-void DownloadTest::MemoryThatRunsOutIsAFailure()
-{
-    DownloadRig rig;
-    rig.progress.onStep = [](int) { throw std::bad_alloc(); };
-    const Result<> received = rig.Fetch(Memory);
-    QVERIFY(!received && !received.error().text.isEmpty());
-    QVERIFY(!rig.progress.shown);
-    QCOMPARE(rig.data->GetDatacount(), 1);
-}
+        // The flag of the last download does not end the next one.
+        rig.progress.onStep = nullptr;
+        rig.download.reset();
+        QVERIFY(rig.Fetch(Memory));
+    }
+
+    void SaveModeMakesRoomButAddsNothing()
+    {
+        DownloadRig rig;
+        QVERIFY(rig.Fetch(Save));
+        QStringList commands{u"PL,1"_qs};
+        for (int n = 1; n <= 50; ++n)
+            commands << u"RS,%1"_qs.arg(n, 2, 10, QLatin1Char('0'));
+        commands << u"PL,0"_qs;
+        QCOMPARE(rig.Commands(), commands);
+        QCOMPARE(rig.data->GetDatacount(), 0);
+        QCOMPARE(rig.progress.caption, u"Receive SAVE-mode data"_qs);
+        QCOMPARE(rig.progress.steps.size(), 50);
+        QCOMPARE(rig.download->Records(), 37); // the others are empty
+        rig.download.reset();
+        rig.Fault("garbage=7"); // behind five records
+        QVERIFY(!rig.Fetch(Save));
+        QCOMPARE(rig.download->Records(), 5);
+    }
+
+    void LinkIsHeldUntilSaveModeIsLeft()
+    {
+        DownloadRig rig("silent-from=52"); // the last command, which nobody answers
+        const Running<Result<>> running = rig.Begin(Save);
+        QTRY_COMPARE(rig.Commands().value(51), u"PL,0"_qs);
+        const Running<bool> next(rig.gate.WaitUntilFree());
+        QVERIFY(!next.Done());
+        QVERIFY(running.Finish() && running.Value());
+        rig.download.reset();
+        QVERIFY(next.Finish());
+    }
+
+    void MemoryThatRunsOutIsAFailure()
+    {
+        DownloadRig rig;
+        rig.progress.onStep = [](int) { throw std::bad_alloc(); };
+        const Result<> received = rig.Fetch(Memory);
+        QVERIFY(!received && !received.error().text.isEmpty());
+        QVERIFY(!rig.progress.shown);
+        QCOMPARE(rig.data->GetDatacount(), 1);
+    }
+};
 
 QTEST_GUILESS_MAIN(DownloadTest)
 #include "download_test.moc"

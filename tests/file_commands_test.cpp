@@ -62,148 +62,142 @@ class FileCommandsTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void SaveAsksOnlyWhenItMust();
-    void ProposedNamesAreNames();
-    void SavingRefusesUntilANameCanBeUsed();
-    void SecondSaveDoesNotAskAgain();
-    void NamesAreComparedByWhereTheyLead();
-};
-
-void FileCommandsTest::SaveAsksOnlyWhenItMust()
-{
-    Desk desk;
-    const auto set = desk.Make();
-    const QString name = desk.Path(u"a.CSV"_qs);
-    const QString gone = desk.Path(u"gone/b.CSV"_qs); // its folder went after the dialog had looked
-    desk.prompts.files = {gone, name};
-    QVERIFY(!desk.Run(desk.commands.Save(set))); // told once
-    QCOMPARE(desk.prompts.warnings, QStringList(desk.services.state.ErrorMessage + u"\r\n"_qs + gone +
-                                                u"\r\nNothing was saved."_qs));
-    QVERIFY(!set->Saved());
-    QCOMPARE(set->GetFilename(), QString());
-    QVERIFY(desk.Run(desk.commands.Save(set)));
-    QCOMPARE(set->GetFilename(), name);
-    QVERIFY(set->Saved());
-    QVERIFY(QFile::remove(name));
-    QVERIFY(desk.Run(desk.commands.Save(set)));
-    QVERIFY(QFile::exists(name));
-    const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
-    QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
-    QCOMPARE(desk.prompts.warnings.size(), 1);
+    void SaveAsksOnlyWhenItMust()
+    {
+        Desk desk;
+        const auto set = desk.Make();
+        const QString name = desk.Path(u"a.CSV"_qs);
+        const QString gone = desk.Path(u"gone/b.CSV"_qs); // its folder went after the dialog had looked
+        desk.prompts.files = {gone, name};
+        QVERIFY(!desk.Run(desk.commands.Save(set))); // told once
+        QCOMPARE(desk.prompts.warnings, QStringList(desk.services.state.ErrorMessage + u"\r\n"_qs + gone +
+                                                    u"\r\nNothing was saved."_qs));
+        QVERIFY(!set->Saved());
+        QCOMPARE(set->GetFilename(), QString());
+        QVERIFY(desk.Run(desk.commands.Save(set)));
+        QCOMPARE(set->GetFilename(), name);
+        QVERIFY(set->Saved());
+        QVERIFY(QFile::remove(name));
+        QVERIFY(desk.Run(desk.commands.Save(set)));
+        QVERIFY(QFile::exists(name));
+        const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
+        QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
+        QCOMPARE(desk.prompts.warnings.size(), 1);
 #ifdef Q_OS_UNIX
-    // A set with a name keeps it. What was saved before is whole when there is no room for the new.
-    const QByteArray before = Contents(name);
-    const FullDisk disk(10);
-    desk.prompts.files = {name};
-    QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
-    QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
-    QCOMPARE(desk.prompts.warnings.last(),
-             u"File too large\r\n"_qs + name +
-                 u"\r\nNothing was saved; the file that was there is whole."_qs);
-    QCOMPARE(Contents(name), before);
-#endif
-}
-
-void FileCommandsTest::ProposedNamesAreNames()
-{
-    const QString cut = QString(80, u'x');
-    const QString wide(80, QChar(0x6e2c));
-    const std::pair<QString, QString> rows[] = {
-        {u"1New"_qs, u"1New"_qs},
-        {u"Loop/7: \"a\\b\" <c>|d?*"_qs, u"Loop 7 a b c d"_qs},
-        {u" .. .hidden"_qs, u"hidden"_qs},
-        {u"a\tb\u202e\nc"_qs, u"a b c"_qs},
-        {u"/"_qs, u"PX40"_qs},
-        {QString(), u"PX40"_qs},
-        {cut + u'y', cut},
-        {wide, wide.left(66)}, // a name may have so many bytes
-        {u"aux.1"_qs, u"_aux.1"_qs},
-        {u"Com7 .x"_qs, u"_Com7 .x"_qs},
-        {u"CONTROL.1"_qs, u"CONTROL.1"_qs},
-    };
-    HeldClock clock;
-    clock.utcMs = QDateTime(QDate(2026, 3, 5), QTime(7, 8, 9)).toMSecsSinceEpoch();
-    const QTemporaryDir folder;
-    for (const auto &[title, name] : rows) {
-        const QString proposed = ProposedName(title, clock, u"CSV"_qs);
-        QCOMPARE(proposed, name + u" 2026-03-05 070809.CSV"_qs);
-        QFile file(folder.filePath(proposed));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-    }
-}
-
-void FileCommandsTest::SavingRefusesUntilANameCanBeUsed()
-{
-    Desk desk;
-    const QString mine = desk.Path(u"mine.CSV"_qs);
-    const QString other = desk.Path(u"other.CSV"_qs);
-    const QString link = desk.Path(u"link.CSV"_qs);
-    const QString own = desk.Path(u"own.CSV"_qs);
-    desk.Make(u"other.CSV"_qs);
-    const auto set = desk.Make(u"mine.CSV"_qs);
-    const QByteArray before = Contents(mine); // and those of the other
-    set->AddData(u"12:34:57"_qs, u"2.5"_qs, u"mV"_qs, {}, {});
-    QVERIFY(QFile::link(other, link));
-    QVERIFY(QFile::link(mine, own));
-    QVERIFY(QFile::setPermissions(mine, QFile::ReadOwner));
-    desk.prompts.files = {link, own, {}};
-    QVERIFY(!desk.Run(desk.commands.Save(set)));
-    const QString readOnly = u"This file is a read-only file; you cannot save data to it.\r\n"
-                             "Specify a different filename.\r\n"_qs;
-    const QString open = u"This file is already open.\r\nSpecify a different filename.\r\n"_qs;
-    QCOMPARE(desk.prompts.warnings, QStringList({readOnly + mine, open + link, readOnly + own}));
-    // A name that was refused is proposed again, to be changed.
-    QCOMPARE(desk.prompts.fileQuestions,
-             QStringList({Desk::Question(mine), Desk::Question(link), Desk::Question(own)}));
-    QCOMPARE(Contents(other), before);
-    QCOMPARE(Contents(mine), before);
-    QCOMPARE(set->GetFilename(), mine);
-
-    // What is its own, or left by a window since closed, is no refusal.
-    QVERIFY(QFile::setPermissions(mine, QFile::ReadOwner | QFile::WriteOwner));
-    desk.sets.removeFirst();
-    for (const QString &name : {mine, own, other}) {
+        // A set with a name keeps it. What was saved before is whole when there is no room for the new.
+        const QByteArray before = Contents(name);
+        const FullDisk disk(10);
         desk.prompts.files = {name};
-        QVERIFY(desk.Run(desk.commands.SaveAs(set)));
+        QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
+        QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
+        QCOMPARE(desk.prompts.warnings.last(),
+                 u"File too large\r\n"_qs + name +
+                     u"\r\nNothing was saved; the file that was there is whole."_qs);
+        QCOMPARE(Contents(name), before);
+#endif
     }
-    QCOMPARE(desk.prompts.warnings.size(), 3);
-}
 
-void FileCommandsTest::SecondSaveDoesNotAskAgain()
-{
-    Desk desk;
-    const auto set = desk.Make();
-    desk.prompts.files = {desk.Path(u"a.CSV"_qs), desk.Path(u"b.CSV"_qs)};
-    const Running<bool> first(desk.commands.Save(set));
-    desk.sets.clear(); // the window may go meanwhile
-    QVERIFY(!first.Done());
-    QVERIFY(!desk.Run(desk.commands.Save(set)));
-    QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
-    QVERIFY(first.Finish() && first.Value());
-    QCOMPARE(desk.prompts.fileQuestions.size(), 1);
-    QVERIFY(desk.Run(desk.commands.SaveAs(set))); // and afterwards it asks again
-    QCOMPARE(set->GetFilename(), desk.Path(u"b.CSV"_qs));
-}
+    void ProposedNamesAreNames()
+    {
+        const QString cut = QString(80, u'x');
+        const QString wide(80, QChar(0x6e2c));
+        const std::pair<QString, QString> rows[] = {
+            {u"1New"_qs, u"1New"_qs},
+            {u"Loop/7: \"a\\b\" <c>|d?*"_qs, u"Loop 7 a b c d"_qs},
+            {u" .. .hidden"_qs, u"hidden"_qs},
+            {u"a\tb\u202e\nc"_qs, u"a b c"_qs},
+            {u"/"_qs, u"PX40"_qs},
+            {QString(), u"PX40"_qs},
+            {cut + u'y', cut},
+            {wide, wide.left(66)}, // a name may have so many bytes
+            {u"aux.1"_qs, u"_aux.1"_qs},
+            {u"Com7 .x"_qs, u"_Com7 .x"_qs},
+            {u"CONTROL.1"_qs, u"CONTROL.1"_qs},
+        };
+        HeldClock clock;
+        clock.utcMs = QDateTime(QDate(2026, 3, 5), QTime(7, 8, 9)).toMSecsSinceEpoch();
+        const QTemporaryDir folder;
+        for (const auto &[title, name] : rows) {
+            const QString proposed = ProposedName(title, clock, u"CSV"_qs);
+            QCOMPARE(proposed, name + u" 2026-03-05 070809.CSV"_qs);
+            QFile file(folder.filePath(proposed));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+    }
 
-void FileCommandsTest::NamesAreComparedByWhereTheyLead()
-{
-    Desk desk;
-    desk.Make(); // without a name
-    desk.Make(u"a.CSV"_qs);
-    QVERIFY(QDir(desk.folder.path()).mkdir(u"sub"_qs));
-    QVERIFY(QFile::link(desk.Path(u"sub"_qs), desk.Path(u"way"_qs)));
-    QVERIFY(QFile::link(desk.Path(u"a.CSV"_qs), desk.Path(u"sub/link.CSV"_qs)));
-    QVERIFY(desk.commands.IsFileOpen(QDir::current().relativeFilePath(desk.Path(u"a.CSV"_qs))));
-    QVERIFY(!desk.commands.IsFileOpen(QString()));
-    const std::tuple<QString, QString, bool> rows[] = {
-        {u"a.CSV"_qs, u"sub/../a.CSV"_qs, true},      {u"a.CSV"_qs, u"way/link.CSV"_qs, true},
-        {u"a.CSV"_qs, u"sub/a.CSV"_qs, false},        {u"a.CSV"_qs, u"new.CSV"_qs, false},
-        {u"sub/new.CSV"_qs, u"way/new.CSV"_qs, true}, {u"sub/new.CSV"_qs, u"new.CSV"_qs, false},
-        {u"no/../new.CSV"_qs, u"new.CSV"_qs, true},
-    };
-    for (const auto &[one, other, same] : rows)
-        QVERIFY2(SameFile(desk.Path(one), desk.Path(other)) == same, qPrintable(other));
-}
+    void SavingRefusesUntilANameCanBeUsed()
+    {
+        Desk desk;
+        const QString mine = desk.Path(u"mine.CSV"_qs);
+        const QString other = desk.Path(u"other.CSV"_qs);
+        const QString link = desk.Path(u"link.CSV"_qs);
+        const QString own = desk.Path(u"own.CSV"_qs);
+        desk.Make(u"other.CSV"_qs);
+        const auto set = desk.Make(u"mine.CSV"_qs);
+        const QByteArray before = Contents(mine); // and those of the other
+        set->AddData(u"12:34:57"_qs, u"2.5"_qs, u"mV"_qs, {}, {});
+        QVERIFY(QFile::link(other, link));
+        QVERIFY(QFile::link(mine, own));
+        QVERIFY(QFile::setPermissions(mine, QFile::ReadOwner));
+        desk.prompts.files = {link, own, {}};
+        QVERIFY(!desk.Run(desk.commands.Save(set)));
+        const QString readOnly = u"This file is a read-only file; you cannot save data to it.\r\n"
+                                 "Specify a different filename.\r\n"_qs;
+        const QString open = u"This file is already open.\r\nSpecify a different filename.\r\n"_qs;
+        QCOMPARE(desk.prompts.warnings, QStringList({readOnly + mine, open + link, readOnly + own}));
+        // A name that was refused is proposed again, to be changed.
+        QCOMPARE(desk.prompts.fileQuestions,
+                 QStringList({Desk::Question(mine), Desk::Question(link), Desk::Question(own)}));
+        QCOMPARE(Contents(other), before);
+        QCOMPARE(Contents(mine), before);
+        QCOMPARE(set->GetFilename(), mine);
+
+        // What is its own, or left by a window since closed, is no refusal.
+        QVERIFY(QFile::setPermissions(mine, QFile::ReadOwner | QFile::WriteOwner));
+        desk.sets.removeFirst();
+        for (const QString &name : {mine, own, other}) {
+            desk.prompts.files = {name};
+            QVERIFY(desk.Run(desk.commands.SaveAs(set)));
+        }
+        QCOMPARE(desk.prompts.warnings.size(), 3);
+    }
+
+    void SecondSaveDoesNotAskAgain()
+    {
+        Desk desk;
+        const auto set = desk.Make();
+        desk.prompts.files = {desk.Path(u"a.CSV"_qs), desk.Path(u"b.CSV"_qs)};
+        const Running<bool> first(desk.commands.Save(set));
+        desk.sets.clear(); // the window may go meanwhile
+        QVERIFY(!first.Done());
+        QVERIFY(!desk.Run(desk.commands.Save(set)));
+        QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
+        QVERIFY(first.Finish() && first.Value());
+        QCOMPARE(desk.prompts.fileQuestions.size(), 1);
+        QVERIFY(desk.Run(desk.commands.SaveAs(set))); // and afterwards it asks again
+        QCOMPARE(set->GetFilename(), desk.Path(u"b.CSV"_qs));
+    }
+
+    void NamesAreComparedByWhereTheyLead()
+    {
+        Desk desk;
+        desk.Make(); // without a name
+        desk.Make(u"a.CSV"_qs);
+        QVERIFY(QDir(desk.folder.path()).mkdir(u"sub"_qs));
+        QVERIFY(QFile::link(desk.Path(u"sub"_qs), desk.Path(u"way"_qs)));
+        QVERIFY(QFile::link(desk.Path(u"a.CSV"_qs), desk.Path(u"sub/link.CSV"_qs)));
+        QVERIFY(desk.commands.IsFileOpen(QDir::current().relativeFilePath(desk.Path(u"a.CSV"_qs))));
+        QVERIFY(!desk.commands.IsFileOpen(QString()));
+        const std::tuple<QString, QString, bool> rows[] = {
+            {u"a.CSV"_qs, u"sub/../a.CSV"_qs, true},      {u"a.CSV"_qs, u"way/link.CSV"_qs, true},
+            {u"a.CSV"_qs, u"sub/a.CSV"_qs, false},        {u"a.CSV"_qs, u"new.CSV"_qs, false},
+            {u"sub/new.CSV"_qs, u"way/new.CSV"_qs, true}, {u"sub/new.CSV"_qs, u"new.CSV"_qs, false},
+            {u"no/../new.CSV"_qs, u"new.CSV"_qs, true},
+        };
+        for (const auto &[one, other, same] : rows)
+            QVERIFY2(SameFile(desk.Path(one), desk.Path(other)) == same, qPrintable(other));
+    }
+};
 
 QTEST_GUILESS_MAIN(FileCommandsTest)
 

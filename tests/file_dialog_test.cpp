@@ -62,12 +62,114 @@ class FileDialogTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void initTestCase();
-    void OpenStaysUntilTheFileIsThere();
-    void SaveAsksBeforeReplacing();
-    void SuffixTellsTheFilter();
-    void CancelAndDismissEndIt();
-    void LastButtonIsTheWayOut();
+    void initTestCase()
+    {
+        // The toolkit keeps the dialog's look there.
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QFile file(old_);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+
+    void OpenStaysUntilTheFileIsThere()
+    {
+        MessagePrompts prompts;
+        const Running<QString> asked(prompts.AskOpenFile(filter_, QString()));
+        Type(Path(u"absent.CSV"_qs));
+        AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs), Qt::Key_Return);
+        QVERIFY(!asked.Done());
+        QTRY_VERIFY(Open());
+        QCOMPARE(Open()->objectName(), u"dlgCommon"_qs);
+        Type(folder_.path()); // a folder is entered; the filter shows names in either case
+        QTRY_COMPARE(Open()->directory().path(), folder_.path());
+        auto *const names = Open()->findChild<QAbstractItemView *>(u"listView"_qs);
+        QTRY_COMPARE(names->model()->rowCount(names->rootIndex()), 1);
+        Type(u"old.csv"_qs);
+        QCOMPARE(Answered(asked), old_);
+        QTRY_VERIFY(!Open());
+    }
+
+    void SaveAsksBeforeReplacing()
+    {
+        MessagePrompts prompts;
+        const Running<QString> asked(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
+        QTRY_VERIFY(NameField());
+        QCOMPARE(NameField()->text(), u"old.csv"_qs);
+        Type(u"gone/new"_qs);
+        AnswerBox(u"This folder does not exist.\n"_qs + Path(u"gone"_qs), Qt::Key_Return);
+        const QString question = u"This file already exists. Do you want to replace it?\n"_qs + old_;
+        Type(u"old.csv"_qs);
+        AnswerBox(question, Qt::Key_Return); // which is No
+        QVERIFY(!asked.Done());
+        Type(u"old.csv"_qs);
+        AnswerBox(question, Qt::Key_Y);
+        QCOMPARE(Answered(asked), old_);
+
+        // The next dialog opens where the last file was, and there a new name that is proposed leads.
+        const QString proposed = u"1New 2026-03-05 070809.CSV"_qs;
+        const Running<QString> next(prompts.AskSaveFile(proposed, filter_, u"CSV"_qs));
+        QTRY_VERIFY(NameField());
+        QCOMPARE(NameField()->text(), proposed);
+        QTest::keyClick(NameField(), Qt::Key_Return);
+        QCOMPARE(Answered(next), Path(proposed));
+    }
+
+    void SuffixTellsTheFilter()
+    {
+        MessagePrompts prompts;
+        const QString svg = u"SVG Drawings (*.svg *.svgz)"_qs;
+        const QString filter = u"PNG Pictures (*.png);;%1;;All Files (*)"_qs.arg(svg);
+        for (const auto &[chosen, typed, name] : {std::tuple(svg, u"one"_qs, u"one.svg"_qs),
+                                                  {svg, u"two.pdf"_qs, u"two.pdf"_qs},
+                                                  {u"All Files (*)"_qs, u"three"_qs, u"three.dat"_qs}}) {
+            const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter, u"dat"_qs));
+            QTRY_VERIFY(Open());
+            Open()->selectNameFilter(chosen);
+            Type(typed);
+            QCOMPARE(Answered(asked), Path(name));
+        }
+    }
+
+    void CancelAndDismissEndIt()
+    {
+        MessagePrompts prompts;
+        const Running<QString> cancelled(prompts.AskOpenFile(filter_, QString()));
+        QTRY_VERIFY(Open());
+        QTest::keyClick(Open(), Qt::Key_Escape);
+        QCOMPARE(Answered(cancelled), QString());
+
+        // With a box before the dialog.
+        const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
+        Type(u"old.csv"_qs);
+        QTRY_VERIFY(Open<QMessageBox>());
+        prompts.DismissAll();
+        QCOMPARE(Answered(dismissed), QString());
+        const Running<QString> late(prompts.AskOpenFile(filter_, QString()));
+        QVERIFY(!Open());
+        QCOMPARE(Answered(late), QString());
+        QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
+    }
+
+    void LastButtonIsTheWayOut()
+    {
+        const QStringList choices = {u"&Retry"_qs, u"New"_qs, u"Cancel"_qs};
+        const std::pair<int, std::function<void()>> rows[] = {
+            {0, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Return); }},
+            {1, [] { Open<QMessageBox>()->buttons().at(1)->click(); }},
+            {2, [] { Open<QMessageBox>()->buttons().at(2)->click(); }},
+            {2, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Escape); }},
+            {2, [] { Open<QMessageBox>()->close(); }},
+        };
+        MessagePrompts prompts;
+        for (const auto &[index, answer] : rows) {
+            const Running<int> asked(prompts.AskOneOf(u"In use.\r\nBook"_qs, choices));
+            QTRY_VERIFY(Open<QMessageBox>());
+            QCOMPARE(Open<QMessageBox>()->text(), u"In use.\nBook"_qs);
+            answer();
+            QVERIFY(asked.Finish());
+            QCOMPARE(asked.Value(), index);
+        }
+    }
 
   private:
     QString Path(const QString &name) const { return folder_.filePath(name); }
@@ -76,115 +178,6 @@ class FileDialogTest : public QObject
     const QString filter_ = u"CSV Files (*.CSV)"_qs;
     const QString old_ = Path(u"old.csv"_qs);
 };
-
-void FileDialogTest::initTestCase()
-{
-    // The toolkit keeps the dialog's look there.
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QFile file(old_);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-}
-
-void FileDialogTest::OpenStaysUntilTheFileIsThere()
-{
-    MessagePrompts prompts;
-    const Running<QString> asked(prompts.AskOpenFile(filter_, QString()));
-    Type(Path(u"absent.CSV"_qs));
-    AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs), Qt::Key_Return);
-    QVERIFY(!asked.Done());
-    QTRY_VERIFY(Open());
-    QCOMPARE(Open()->objectName(), u"dlgCommon"_qs);
-    Type(folder_.path()); // a folder is entered; the filter shows names in either case
-    QTRY_COMPARE(Open()->directory().path(), folder_.path());
-    auto *const names = Open()->findChild<QAbstractItemView *>(u"listView"_qs);
-    QTRY_COMPARE(names->model()->rowCount(names->rootIndex()), 1);
-    Type(u"old.csv"_qs);
-    QCOMPARE(Answered(asked), old_);
-    QTRY_VERIFY(!Open());
-}
-
-void FileDialogTest::SaveAsksBeforeReplacing()
-{
-    MessagePrompts prompts;
-    const Running<QString> asked(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
-    QTRY_VERIFY(NameField());
-    QCOMPARE(NameField()->text(), u"old.csv"_qs);
-    Type(u"gone/new"_qs);
-    AnswerBox(u"This folder does not exist.\n"_qs + Path(u"gone"_qs), Qt::Key_Return);
-    const QString question = u"This file already exists. Do you want to replace it?\n"_qs + old_;
-    Type(u"old.csv"_qs);
-    AnswerBox(question, Qt::Key_Return); // which is No
-    QVERIFY(!asked.Done());
-    Type(u"old.csv"_qs);
-    AnswerBox(question, Qt::Key_Y);
-    QCOMPARE(Answered(asked), old_);
-
-    // The next dialog opens where the last file was, and there a new name that is proposed leads.
-    const QString proposed = u"1New 2026-03-05 070809.CSV"_qs;
-    const Running<QString> next(prompts.AskSaveFile(proposed, filter_, u"CSV"_qs));
-    QTRY_VERIFY(NameField());
-    QCOMPARE(NameField()->text(), proposed);
-    QTest::keyClick(NameField(), Qt::Key_Return);
-    QCOMPARE(Answered(next), Path(proposed));
-}
-
-void FileDialogTest::SuffixTellsTheFilter()
-{
-    MessagePrompts prompts;
-    const QString svg = u"SVG Drawings (*.svg *.svgz)"_qs;
-    const QString filter = u"PNG Pictures (*.png);;%1;;All Files (*)"_qs.arg(svg);
-    for (const auto &[chosen, typed, name] : {std::tuple(svg, u"one"_qs, u"one.svg"_qs),
-                                              {svg, u"two.pdf"_qs, u"two.pdf"_qs},
-                                              {u"All Files (*)"_qs, u"three"_qs, u"three.dat"_qs}}) {
-        const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter, u"dat"_qs));
-        QTRY_VERIFY(Open());
-        Open()->selectNameFilter(chosen);
-        Type(typed);
-        QCOMPARE(Answered(asked), Path(name));
-    }
-}
-
-void FileDialogTest::CancelAndDismissEndIt()
-{
-    MessagePrompts prompts;
-    const Running<QString> cancelled(prompts.AskOpenFile(filter_, QString()));
-    QTRY_VERIFY(Open());
-    QTest::keyClick(Open(), Qt::Key_Escape);
-    QCOMPARE(Answered(cancelled), QString());
-
-    // With a box before the dialog.
-    const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
-    Type(u"old.csv"_qs);
-    QTRY_VERIFY(Open<QMessageBox>());
-    prompts.DismissAll();
-    QCOMPARE(Answered(dismissed), QString());
-    const Running<QString> late(prompts.AskOpenFile(filter_, QString()));
-    QVERIFY(!Open());
-    QCOMPARE(Answered(late), QString());
-    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
-}
-
-void FileDialogTest::LastButtonIsTheWayOut()
-{
-    const QStringList choices = {u"&Retry"_qs, u"New"_qs, u"Cancel"_qs};
-    const std::pair<int, std::function<void()>> rows[] = {
-        {0, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Return); }},
-        {1, [] { Open<QMessageBox>()->buttons().at(1)->click(); }},
-        {2, [] { Open<QMessageBox>()->buttons().at(2)->click(); }},
-        {2, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Escape); }},
-        {2, [] { Open<QMessageBox>()->close(); }},
-    };
-    MessagePrompts prompts;
-    for (const auto &[index, answer] : rows) {
-        const Running<int> asked(prompts.AskOneOf(u"In use.\r\nBook"_qs, choices));
-        QTRY_VERIFY(Open<QMessageBox>());
-        QCOMPARE(Open<QMessageBox>()->text(), u"In use.\nBook"_qs);
-        answer();
-        QVERIFY(asked.Finish());
-        QCOMPARE(asked.Value(), index);
-    }
-}
 
 QTEST_MAIN(FileDialogTest)
 

@@ -33,198 +33,190 @@ class LeavingTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void UnsavedWindowsAsk();
-    void LeavingAsksForEachUnsavedWindow();
-    void LeavingIsRefusedDuringADownload();
-    void LeavingStopsWhatWaits();
-    void PortDialogKeepsTheOldPortUntilOneOpens();
-    void FailedStartAsksForAPort();
-    void StartUpCanBeLeft();
-    void LeavingClosesAnOpenBox();
-    void LeavingClosesAnOpenFileDialog();
-};
+    void UnsavedWindowsAsk()
+    {
+        using Case = std::tuple<bool, Answer, bool>;
+        for (const auto &[unsaved, answer, closes] :
+             {Case{false, Answer::Cancel, true}, Case{true, Answer::Cancel, false},
+              Case{true, Answer::No, true}}) {
+            Started program;
+            program.prompts.answers = {answer};
+            program.Action("New")->trigger();
+            const QPointer<frmData> data = program.DataWindows().first();
+            if (unsaved)
+                data->Data()->AddData(QString(), QStringLiteral("1"), QString(), QString(), QString());
 
-void LeavingTest::UnsavedWindowsAsk()
-{
-    using Case = std::tuple<bool, Answer, bool>;
-    for (const auto &[unsaved, answer, closes] :
-         {Case{false, Answer::Cancel, true}, Case{true, Answer::Cancel, false},
-          Case{true, Answer::No, true}}) {
+            program.services.state.LinkActivity = ActivityDownload;
+            data->close(); // refused without a question while the link is in use
+            QVERIFY(data && program.prompts.questions.isEmpty());
+            program.services.state.LinkActivity = ActivityStatusCheck;
+            program.Action("mnuFileClose")->trigger();
+            QVERIFY(program.NoJobLeft());
+            QTRY_COMPARE(data.isNull(), closes);
+            const QString question = u"Do you want to save the changes you made to this file?\r\n1New"_qs;
+            QCOMPARE(program.prompts.questions, unsaved ? QStringList(question) : QStringList());
+        }
+    }
+
+    void LeavingAsksForEachUnsavedWindow()
+    {
         Started program;
-        program.prompts.answers = {answer};
-        program.Action("New")->trigger();
-        const QPointer<frmData> data = program.DataWindows().first();
-        if (unsaved)
-            data->Data()->AddData(QString(), QStringLiteral("1"), QString(), QString(), QString());
-
-        program.services.state.LinkActivity = ActivityDownload;
-        data->close(); // refused without a question while the link is in use
-        QVERIFY(data && program.prompts.questions.isEmpty());
-        program.services.state.LinkActivity = ActivityStatusCheck;
-        program.Action("mnuFileClose")->trigger();
+        program.prompts.answers = {Answer::No, Answer::Cancel, Answer::No, Answer::No};
+        for (int i = 0; i < 2; ++i) {
+            program.Action("New")->trigger();
+            program.DataWindows().last()->Data()->SetPeriod(true, {});
+        }
+        program.Action("mnuFileExit")->trigger();
+        QTRY_COMPARE(program.prompts.questions.size(), 2);
         QVERIFY(program.NoJobLeft());
-        QTRY_COMPARE(data.isNull(), closes);
-        const QString question = u"Do you want to save the changes you made to this file?\r\n1New"_qs;
-        QCOMPARE(program.prompts.questions, unsaved ? QStringList(question) : QStringList());
+        QVERIFY(program.window->isVisible() && !program.hasLeft);
+        // Nothing has gone, so nothing is forgotten: both are asked about again.
+        program.Action("mnuFileExit")->trigger();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(program.services.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0) > 0); // kept on leaving
+        QCOMPARE(program.prompts.questions.size(), 4);
+        QVERIFY(!program.window->isVisible());
+        QVERIFY(!program.services.comm.IsOpen());
+        QVERIFY(QFile::exists(program.services.settings.GetPaths().IniPath));
+        QCOMPARE(program.services.store.Get(u"Settings"_qs, u"MainState"_qs, QString()), u"0"_qs);
     }
-}
 
-void LeavingTest::LeavingAsksForEachUnsavedWindow()
-{
-    Started program;
-    program.prompts.answers = {Answer::No, Answer::Cancel, Answer::No, Answer::No};
-    for (int i = 0; i < 2; ++i) {
-        program.Action("New")->trigger();
-        program.DataWindows().last()->Data()->SetPeriod(true, {});
+    void LeavingIsRefusedDuringADownload()
+    {
+        Started program;
+        program.Fault("silent-from=6");
+        StartDownload(program, program.prompts);
+        QTRY_VERIFY(program.server.CommandCount() >= 6);
+        program.window->close();
+        QVERIFY(program.window->isVisible());
+        QVERIFY(!program.services.leaving);
+        QVERIFY(program.NoJobLeft());
+        QCOMPARE(program.prompts.warnings, QStringList(QStringLiteral("Timeout error occurred.")));
     }
-    program.Action("mnuFileExit")->trigger();
-    QTRY_COMPARE(program.prompts.questions.size(), 2);
-    QVERIFY(program.NoJobLeft());
-    QVERIFY(program.window->isVisible() && !program.hasLeft);
-    // Nothing has gone, so nothing is forgotten: both are asked about again.
-    program.Action("mnuFileExit")->trigger();
-    QTRY_VERIFY(program.hasLeft);
-    QVERIFY(program.services.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0) > 0); // kept on leaving
-    QCOMPARE(program.prompts.questions.size(), 4);
-    QVERIFY(!program.window->isVisible());
-    QVERIFY(!program.services.comm.IsOpen());
-    QVERIFY(QFile::exists(program.services.settings.GetPaths().IniPath));
-    QCOMPARE(program.services.store.Get(u"Settings"_qs, u"MainState"_qs, QString()), u"0"_qs);
-}
 
-void LeavingTest::LeavingIsRefusedDuringADownload()
-{
-    Started program;
-    program.Fault("silent-from=6");
-    StartDownload(program, program.prompts);
-    QTRY_VERIFY(program.server.CommandCount() >= 6);
-    program.window->close();
-    QVERIFY(program.window->isVisible());
-    QVERIFY(!program.services.leaving);
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(program.prompts.warnings, QStringList(QStringLiteral("Timeout error occurred.")));
-}
-
-void LeavingTest::LeavingStopsWhatWaits()
-{
-    Started program;
-    program.Fault("silent");
-    const Running exchange(program.services.comm.SendCommand(AskReading(1)));
-    const LinkUse use(program.services.gate, ActivityStatusCheck);
-    program.prompts.answers = {Answer::No};
-    program.Action("Mdata")->trigger(); // waits for the link
-    program.Action("mnuSetupCommport")->trigger();
-    QTRY_VERIFY(program.Find<QDialog>("frmPort"));
-    program.window->close();
-    QTRY_VERIFY(program.hasLeft);
-    QVERIFY(exchange.Finish());
-    QVERIFY(!exchange.Value());
-    QVERIFY(program.prompts.warnings.isEmpty());
-    QVERIFY(program.DataWindows().isEmpty());
-}
-
-void LeavingTest::PortDialogKeepsTheOldPortUntilOneOpens()
-{
-    Started program;
-    program.services.settings.PortNumberText = QStringLiteral("1");
-    QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
-    QVERIFY(program.window->tmCheckStat.Enabled());
-    program.Action("mnuSetupCommport")->trigger();
-    QTRY_VERIFY(program.Find<QDialog>("frmPort"));
-    const QPointer<QDialog> dialog = program.Find<QDialog>("frmPort");
-    auto *const number = program.Find<QComboBox>("cbPort");
-    QCOMPARE(number->count(), 16);
-    QCOMPARE(number->currentText(), QStringLiteral("1"));
-
-    number->setCurrentIndex(4);
-    Press(dialog, "btOk");
-    QTRY_COMPARE(program.prompts.warnings, QStringList(u"No device is assigned to port 5."_qs));
-    QTRY_VERIFY(dialog->findChild<QPushButton *>(QStringLiteral("btOk"))->isEnabled());
-    QVERIFY(dialog->isVisible());
-    QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("1"));
-    QVERIFY(!program.window->tmCheckStat.Enabled());
-    QCOMPARE(program.window->tmCheckStat.Interval(), 0);
-
-    program.Find<QComboBox>("cbDevice")->setEditText(program.services.ports.Device(1));
-    Press(dialog, "btOk");
-    QTRY_VERIFY(dialog.isNull());
-    QVERIFY(program.services.comm.IsOpen());
-    QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("5"));
-    QCOMPARE(program.services.ports.Device(5), program.services.ports.Device(1));
-    QVERIFY(program.NoJobLeft());
-    QVERIFY(program.window->tmCheckStat.Enabled()); // for the MEASURE and SOURCE windows
-    QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
-
-    // Once both windows are closed there is nothing to check for; opening one of them begins it again.
-    for (const bool first : {true, false}) {
-        program.Action(first ? "Moniter" : "Source")->trigger();
+    void LeavingStopsWhatWaits()
+    {
+        Started program;
+        program.Fault("silent");
+        const Running exchange(program.services.comm.SendCommand(AskReading(1)));
+        const LinkUse use(program.services.gate, ActivityStatusCheck);
+        program.prompts.answers = {Answer::No};
+        program.Action("Mdata")->trigger(); // waits for the link
         program.Action("mnuSetupCommport")->trigger();
-        Press(program.Find<QDialog>("frmPort"), "btOk");
-        QVERIFY(program.NoJobLeft());
-        QCOMPARE(program.window->tmCheckStat.Enabled(), first);
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        program.window->close();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(exchange.Finish());
+        QVERIFY(!exchange.Value());
+        QVERIFY(program.prompts.warnings.isEmpty());
+        QVERIFY(program.DataWindows().isEmpty());
     }
-    program.Action("mnuViewSource")->trigger();
-    QVERIFY(program.window->tmCheckStat.Enabled());
-}
 
-void LeavingTest::FailedStartAsksForAPort()
-{
-    ScriptedPrompts prompts;
-    Program program(prompts);
-    program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
-    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
-    QTRY_VERIFY(program.Find<QDialog>("frmPort"));
-    QCOMPARE(prompts.warnings, QStringList(Text(Str::PortNoDevice).arg(QStringLiteral("/dev/px40-none"))));
-    QVERIFY(program.window->isVisible());
-    QCOMPARE(program.window->tmCheckStat.Interval(), 0);
-    Press(program.Find<QDialog>("frmPort"), "btCancel");
-    QVERIFY(program.NoJobLeft());
-    QVERIFY(program.window->tmCheckStat.Enabled()); // but silent until the port dialog gives it an interval
-    QCOMPARE(program.window->tmCheckStat.Interval(), 0);
-}
+    void PortDialogKeepsTheOldPortUntilOneOpens()
+    {
+        Started program;
+        program.services.settings.PortNumberText = QStringLiteral("1");
+        QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+        QVERIFY(program.window->tmCheckStat.Enabled());
+        program.Action("mnuSetupCommport")->trigger();
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        const QPointer<QDialog> dialog = program.Find<QDialog>("frmPort");
+        auto *const number = program.Find<QComboBox>("cbPort");
+        QCOMPARE(number->count(), 16);
+        QCOMPARE(number->currentText(), QStringLiteral("1"));
 
-void LeavingTest::StartUpCanBeLeft()
-{
-    ScriptedPrompts prompts;
-    Program program(prompts);
-    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), true), "start-up");
-    QTRY_VERIFY(program.window->isVisible()); // the splash window stands before it for its second wait
-    program.window->close();
-    QTRY_VERIFY(program.hasLeft);
-    QVERIFY(!program.services.comm.IsOpen() && !program.window->isVisible());
-}
+        number->setCurrentIndex(4);
+        Press(dialog, "btOk");
+        QTRY_COMPARE(program.prompts.warnings, QStringList(u"No device is assigned to port 5."_qs));
+        QTRY_VERIFY(dialog->findChild<QPushButton *>(QStringLiteral("btOk"))->isEnabled());
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("1"));
+        QVERIFY(!program.window->tmCheckStat.Enabled());
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
 
-void LeavingTest::LeavingClosesAnOpenBox()
-{
-    MessagePrompts prompts;
-    Program program(prompts);
-    program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
-    program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
-    QTRY_VERIFY(QApplication::activeModalWidget());
-    program.window->close();
-    QTRY_VERIFY(program.hasLeft);
-    QVERIFY(!program.Find<QDialog>("frmPort")); // which would have come next
-}
+        program.Find<QComboBox>("cbDevice")->setEditText(program.services.ports.Device(1));
+        Press(dialog, "btOk");
+        QTRY_VERIFY(dialog.isNull());
+        QVERIFY(program.services.comm.IsOpen());
+        QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("5"));
+        QCOMPARE(program.services.ports.Device(5), program.services.ports.Device(1));
+        QVERIFY(program.NoJobLeft());
+        QVERIFY(program.window->tmCheckStat.Enabled()); // for the MEASURE and SOURCE windows
+        QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
 
-void LeavingTest::LeavingClosesAnOpenFileDialog()
-{
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    for (const char *const command : {"mnuFileOpen", "mnuFileSaveAs", "saveAsRequested"}) {
+        // Once both windows are closed there is nothing to check for; opening one of them begins it again.
+        for (const bool first : {true, false}) {
+            program.Action(first ? "Moniter" : "Source")->trigger();
+            program.Action("mnuSetupCommport")->trigger();
+            Press(program.Find<QDialog>("frmPort"), "btOk");
+            QVERIFY(program.NoJobLeft());
+            QCOMPARE(program.window->tmCheckStat.Enabled(), first);
+        }
+        program.Action("mnuViewSource")->trigger();
+        QVERIFY(program.window->tmCheckStat.Enabled());
+    }
+
+    void FailedStartAsksForAPort()
+    {
+        ScriptedPrompts prompts;
+        Program program(prompts);
+        program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
+        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        QCOMPARE(prompts.warnings,
+                 QStringList(Text(Str::PortNoDevice).arg(QStringLiteral("/dev/px40-none"))));
+        QVERIFY(program.window->isVisible());
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+        Press(program.Find<QDialog>("frmPort"), "btCancel");
+        QVERIFY(program.NoJobLeft());
+        QVERIFY(
+            program.window->tmCheckStat.Enabled()); // but silent until the port dialog gives it an interval
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+    }
+
+    void StartUpCanBeLeft()
+    {
+        ScriptedPrompts prompts;
+        Program program(prompts);
+        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), true), "start-up");
+        QTRY_VERIFY(program.window->isVisible()); // the splash window stands before it for its second wait
+        program.window->close();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(!program.services.comm.IsOpen() && !program.window->isVisible());
+    }
+
+    void LeavingClosesAnOpenBox()
+    {
         MessagePrompts prompts;
         Program program(prompts);
-        program.StartUp();
-        program.Action("New")->trigger();
-        program.DataWindows().first()->Data()->MarkSaved();
-        if (auto *const action = program.Action(command))
-            action->trigger();
-        else
-            QMetaObject::invokeMethod(program.Find("chData"), command); // the graph's
-        QTRY_VERIFY2(QApplication::activeModalWidget(), command);
+        program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
+        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
+        QTRY_VERIFY(QApplication::activeModalWidget());
         program.window->close();
-        QTRY_VERIFY2(program.hasLeft, command);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(!program.Find<QDialog>("frmPort")); // which would have come next
     }
-}
+
+    void LeavingClosesAnOpenFileDialog()
+    {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        for (const char *const command : {"mnuFileOpen", "mnuFileSaveAs", "saveAsRequested"}) {
+            MessagePrompts prompts;
+            Program program(prompts);
+            program.StartUp();
+            program.Action("New")->trigger();
+            program.DataWindows().first()->Data()->MarkSaved();
+            if (auto *const action = program.Action(command))
+                action->trigger();
+            else
+                QMetaObject::invokeMethod(program.Find("chData"), command); // the graph's
+            QTRY_VERIFY2(QApplication::activeModalWidget(), command);
+            program.window->close();
+            QTRY_VERIFY2(program.hasLeft, command);
+            QTRY_VERIFY(!QApplication::activeModalWidget());
+        }
+    }
+};
 
 QTEST_MAIN(LeavingTest)
 #include "leaving_test.moc"

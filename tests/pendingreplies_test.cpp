@@ -211,72 +211,70 @@ class PendingRepliesTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void RepliesFindTheirCommands_data();
-    void RepliesFindTheirCommands();
-    void NothingWrongOnABadLine();
-};
-
-void PendingRepliesTest::RepliesFindTheirCommands_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("verdicts");
-    QTest::newRow("healthy") << u">AN1 K . >H1 K . >OC C . >OM1 R . >RS,01 S . >UP1 K"_qs << u"AAAAAA"_qs;
-    QTest::newRow("lost reply") << u">OC + C . >AN1 K . >H1 K . >OC C"_qs << u"AAAA"_qs;
-    QTest::newRow("lost preparation") << u">AN1 + K . >H1 K . >OC C"_qs << u"AAA"_qs;
-    QTest::newRow("late preparation") << u">AN1 + K . >H1 K . >OC K C"_qs << u"AADA"_qs;
-    QTest::newRow("late question behind a step") << u">OC + C . >UP1 C K"_qs << u"ADA"_qs;
-    QTest::newRow("same question again") << u">OM1 + R . >OM2 R + R . >OM3 R + R"_qs << u"AGAGA"_qs;
-    QTest::newRow("refusal is of the oldest") << u">OC . >OM1 E + R"_qs << u"GA"_qs;
-    QTest::newRow("acknowledgement answers no question") << u">MO1 . >OC K C"_qs << u"DA"_qs;
-    QTest::newRow("preparations take what comes") << u">OC . >AN1 C . >H1 N"_qs << u"AA"_qs;
-    QTest::newRow("preparations take what is of nothing") << u">OM1 . >AN1 C . >OM2 R + R"_qs << u"AGA"_qs;
-    QTest::newRow("of nothing, behind a preparation") << u">OM1 . >AN1 . C >OM2 R + R"_qs << u"DGA"_qs;
-    QTest::newRow("a reply strikes all before it") << u">UP1 . >OM1 . >OC C . >UP2 K"_qs << u"AA"_qs;
-    QTest::newRow("any form where nothing else is to come") << u">OC + N . >UP1 C"_qs << u"AD"_qs;
-    QTest::newRow("another form behind something else") << u">UP1 . >OC N + C"_qs << u"GA"_qs;
-    QTest::newRow("steps are not asked again") << u">OC . >DW1 E K"_qs << u"DA"_qs;
-    QTest::newRow("a step behind one given up") << u">UP1 . >UP2 K K . >OC C"_qs << u"ADA"_qs;
-    QTest::newRow("of a command that is forgotten") << u">UP1 . f >OM1 . >OC K R C"_qs << u"DDA"_qs;
-    QTest::newRow("asked long ago") << u">OC . >OC . f >OC C"_qs << u"A"_qs;
-    QTest::newRow("while nobody waits") << u"K >OC . C >OC C . C"_qs << u"DDAD"_qs;
-}
-
-void PendingRepliesTest::RepliesFindTheirCommands()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, verdicts);
-    QCOMPARE(Play(script), verdicts);
-}
-
-void PendingRepliesTest::NothingWrongOnABadLine()
-{
-    constexpr int Readings = 30000;
-    for (const unsigned seed : {1U, 2U, 3U}) {
-        ModelLine line(seed);
-        ModelChannel channel(line);
-        while (channel.readings < Readings) {
-            if (line.Chance(0.9)) {
-                for (const LinkCommand &command : AskCondition())
-                    channel.Exchange(command);
-            }
-            if (line.Chance(0.05)) {
-                for (int n = 1; n <= 10; ++n)
-                    channel.Exchange(AskReading(n));
-            }
-            if (line.Chance(0.02)) {
-                for (const LinkCommand &command : {BeginRecords(), AskRecord(1), AskRecord(2), EndRecords()})
-                    channel.Exchange(command);
-            }
-            if (line.Chance(0.2))
-                channel.Exchange(SetSource(SourceSetting::StepUp, u"1"_qs));
-            if (line.Chance(0.5))
-                channel.Idle(line.Between(1, 900));
-        }
-        QCOMPARE(channel.wrong, 0);
-        QCOMPARE(channel.writtenTooOften, 0);
-        QVERIFY(channel.failures < Readings / 50); // what the line itself costs
+    void RepliesFindTheirCommands_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("verdicts");
+        QTest::newRow("healthy") << u">AN1 K . >H1 K . >OC C . >OM1 R . >RS,01 S . >UP1 K"_qs << u"AAAAAA"_qs;
+        QTest::newRow("lost reply") << u">OC + C . >AN1 K . >H1 K . >OC C"_qs << u"AAAA"_qs;
+        QTest::newRow("lost preparation") << u">AN1 + K . >H1 K . >OC C"_qs << u"AAA"_qs;
+        QTest::newRow("late preparation") << u">AN1 + K . >H1 K . >OC K C"_qs << u"AADA"_qs;
+        QTest::newRow("late question behind a step") << u">OC + C . >UP1 C K"_qs << u"ADA"_qs;
+        QTest::newRow("same question again") << u">OM1 + R . >OM2 R + R . >OM3 R + R"_qs << u"AGAGA"_qs;
+        QTest::newRow("refusal is of the oldest") << u">OC . >OM1 E + R"_qs << u"GA"_qs;
+        QTest::newRow("acknowledgement answers no question") << u">MO1 . >OC K C"_qs << u"DA"_qs;
+        QTest::newRow("preparations take what comes") << u">OC . >AN1 C . >H1 N"_qs << u"AA"_qs;
+        QTest::newRow("preparations take what is of nothing")
+            << u">OM1 . >AN1 C . >OM2 R + R"_qs << u"AGA"_qs;
+        QTest::newRow("of nothing, behind a preparation") << u">OM1 . >AN1 . C >OM2 R + R"_qs << u"DGA"_qs;
+        QTest::newRow("a reply strikes all before it") << u">UP1 . >OM1 . >OC C . >UP2 K"_qs << u"AA"_qs;
+        QTest::newRow("any form where nothing else is to come") << u">OC + N . >UP1 C"_qs << u"AD"_qs;
+        QTest::newRow("another form behind something else") << u">UP1 . >OC N + C"_qs << u"GA"_qs;
+        QTest::newRow("steps are not asked again") << u">OC . >DW1 E K"_qs << u"DA"_qs;
+        QTest::newRow("a step behind one given up") << u">UP1 . >UP2 K K . >OC C"_qs << u"ADA"_qs;
+        QTest::newRow("of a command that is forgotten") << u">UP1 . f >OM1 . >OC K R C"_qs << u"DDA"_qs;
+        QTest::newRow("asked long ago") << u">OC . >OC . f >OC C"_qs << u"A"_qs;
+        QTest::newRow("while nobody waits") << u"K >OC . C >OC C . C"_qs << u"DDAD"_qs;
     }
-}
+
+    void RepliesFindTheirCommands()
+    {
+        QFETCH(QString, script);
+        QFETCH(QString, verdicts);
+        QCOMPARE(Play(script), verdicts);
+    }
+
+    void NothingWrongOnABadLine()
+    {
+        constexpr int Readings = 30000;
+        for (const unsigned seed : {1U, 2U, 3U}) {
+            ModelLine line(seed);
+            ModelChannel channel(line);
+            while (channel.readings < Readings) {
+                if (line.Chance(0.9)) {
+                    for (const LinkCommand &command : AskCondition())
+                        channel.Exchange(command);
+                }
+                if (line.Chance(0.05)) {
+                    for (int n = 1; n <= 10; ++n)
+                        channel.Exchange(AskReading(n));
+                }
+                if (line.Chance(0.02)) {
+                    for (const LinkCommand &command :
+                         {BeginRecords(), AskRecord(1), AskRecord(2), EndRecords()})
+                        channel.Exchange(command);
+                }
+                if (line.Chance(0.2))
+                    channel.Exchange(SetSource(SourceSetting::StepUp, u"1"_qs));
+                if (line.Chance(0.5))
+                    channel.Idle(line.Between(1, 900));
+            }
+            QCOMPARE(channel.wrong, 0);
+            QCOMPARE(channel.writtenTooOften, 0);
+            QVERIFY(channel.failures < Readings / 50); // what the line itself costs
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(PendingRepliesTest)
 #include "pendingreplies_test.moc"

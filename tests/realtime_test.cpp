@@ -47,335 +47,326 @@ class RealtimeTest : public QObject
 
   private Q_SLOTS:
     void initTestCase() { qputenv("TZ", "UTC-5"); }
-    void SamplesAreDecoded();
-    void CommandsOfARun();
-    void RowsOfAPeriod();
-    void LateTicksAreErrorRows();
-    void SilentSecondsAreErrorRows();
-    void LateReplyHasItsOwnTime();
-    void ClocksThatAreSet();
-    void UnpluggedRunGoesOn();
-    void OtherUseOfTheLink();
-    void RunGoesOnBehindOldRows();
-    void TroubleEndsTheRun();
-    void ForwardingFollows();
-};
 
-void RealtimeTest::SamplesAreDecoded()
-{
-    const QString rest = u"0000000000000000"_qs;
-    const std::pair<QString, QString> cases[] = {
-        {u"1100VDCN-001.23E-30301VDCN 012.50E+3"_qs, u"-1.23|mVDC|12.50|kVDC"_qs},
-        {u"1500O  O 999.99E-30401O  O 100.00E+0"_qs, u"-----|Ohm|100.00|Ohm"_qs}, // over-range
-        {u"1100VDCE------ E+00600ADCE-04.000E-3"_qs, u"-----||-4.000|mADC"_qs},   // no reading
-        {u"1401T  B------ E-30301T  N 0100.0E+0"_qs, u" -bo-|C.|100.0|C."_qs},    // burn-out
-        {u"0401T  N 0042.1E+00500F  N 0050.0E+0"_qs, u"||50.0|Hz"_qs},            // off
-        {u"ERR"_qs, u"ERROR|||"_qs},
-    };
-    for (const auto &[reply, row] : cases) {
-        const ReadingTexts sample = DecodeCondition(reply.size() > 3 ? reply + rest : reply, {}).sample;
-        QCOMPARE(QStringList({sample.measureValue, sample.measureUnit, sample.sourceValue, sample.sourceUnit})
-                     .join(u'|'),
-                 row);
+    void SamplesAreDecoded()
+    {
+        const QString rest = u"0000000000000000"_qs;
+        const std::pair<QString, QString> cases[] = {
+            {u"1100VDCN-001.23E-30301VDCN 012.50E+3"_qs, u"-1.23|mVDC|12.50|kVDC"_qs},
+            {u"1500O  O 999.99E-30401O  O 100.00E+0"_qs, u"-----|Ohm|100.00|Ohm"_qs}, // over-range
+            {u"1100VDCE------ E+00600ADCE-04.000E-3"_qs, u"-----||-4.000|mADC"_qs},   // no reading
+            {u"1401T  B------ E-30301T  N 0100.0E+0"_qs, u" -bo-|C.|100.0|C."_qs},    // burn-out
+            {u"0401T  N 0042.1E+00500F  N 0050.0E+0"_qs, u"||50.0|Hz"_qs},            // off
+            {u"ERR"_qs, u"ERROR|||"_qs},
+        };
+        for (const auto &[reply, row] : cases) {
+            const ReadingTexts sample = DecodeCondition(reply.size() > 3 ? reply + rest : reply, {}).sample;
+            QCOMPARE(
+                QStringList({sample.measureValue, sample.measureUnit, sample.sourceValue, sample.sourceUnit})
+                    .join(u'|'),
+                row);
+        }
     }
-}
 
-/// What goes over the line for a start, ten seconds and a stop.
-void RealtimeTest::CommandsOfARun()
-{
-    LiveRig rig;
-    rig.server.WithInstrument([](sim::Instrument &i) { i.SetTemperatureView(sim::TemperatureView::Signal); });
-    const auto dataSet = rig.NewSet(2);
-    QStringList expected = {u"AN1"_qs, u"H1"_qs, u"OC"_qs};
-    QVERIFY(rig.Start(dataSet));
-    QVERIFY(!rig.state.LinkBusy);
-    for (int tick = 1; tick < 7; ++tick)
-        QVERIFY(rig.Pass(100)); // within the second
-    QCOMPARE(rig.Commands(), expected);
-    QCOMPARE(dataSet->GetDatacount(), 0); // the reading of a second is stored when it is over
-    QVERIFY(rig.PassSeconds(10));
-    rig.state.RealtimeStop = true;
-    QVERIFY(rig.Pass(1000));
-    QVERIFY(rig.Ended());
-    for (int second = 1; second <= 10; ++second)
-        expected += expected.first(3);
-    QCOMPARE(rig.Commands(), expected);
-    QCOMPARE(Kinds(*dataSet), u"++++++"_qs);
-    QCOMPARE(dataSet->Table().Cell(1, 5), u"mVDC"_qs); // as the source's function has it
-    QCOMPARE(rig.runChanges, 2);
-    QVERIFY(rig.prompts.warnings.isEmpty());
-}
-
-void RealtimeTest::RowsOfAPeriod()
-{
-    using Case = std::tuple<int, int, QList<int>>; // interval, period, the rows' seconds
-    for (const auto &[interval, period, seconds] :
-         {Case{1, 3, {0, 1, 2, 3}}, Case{5, 10, {0, 5, 10}}, Case{4, 10, {0, 4, 8}}, Case{9, 4, {0}}}) {
+    /// What goes over the line for a start, ten seconds and a stop.
+    void CommandsOfARun()
+    {
         LiveRig rig;
-        const auto dataSet = rig.NewSet(interval, period);
+        rig.server.WithInstrument(
+            [](sim::Instrument &i) { i.SetTemperatureView(sim::TemperatureView::Signal); });
+        const auto dataSet = rig.NewSet(2);
+        QStringList expected = {u"AN1"_qs, u"H1"_qs, u"OC"_qs};
         QVERIFY(rig.Start(dataSet));
-        QCOMPARE(dataSet->ProgressMaximum(), seconds.size());
-        const qint64 start = rig.clock.utcMs / 1000;
-        QVERIFY(rig.PassSeconds(period));
-        QVERIFY(rig.state.RealtimeRun);
-        QVERIFY(rig.PassSeconds(5));
-        QVERIFY(rig.Ended());
-        QStringList times; // a row is stamped when it is stored, one second after its request
-        for (const int second : seconds)
-            times << TimeOfDay(start + second + 1);
-        QCOMPARE(Times(*dataSet), times);
-        QCOMPARE(dataSet->ProgressValue(), dataSet->ProgressMaximum());
-        QCOMPARE(rig.progress.rows, dataSet->GetDatacount());
-        QCOMPARE(rig.progress.elapsedSeconds, period);
-        QVERIFY(rig.progress.ended);
-    }
-    QCOMPARE(ElapsedText(99 * 86400 + 3661), u"99d 01:01:01"_qs);
-}
-
-void RealtimeTest::LateTicksAreErrorRows()
-{
-    LiveRig rig;
-    const auto dataSet = rig.NewSet(2);
-    QVERIFY(rig.Start(dataSet));
-    QVERIFY(rig.Pass(5000)); // seconds 0 to 4 in one tick
-    QCOMPARE(Kinds(*dataSet), u"+EE"_qs);
-    QCOMPARE(Times(*dataSet), QStringList({u"22:46:41"_qs, u"22:46:43"_qs, u"22:46:45"_qs}));
-    QCOMPARE(rig.progress.errorRows, 2);
-    rig.Tick(2 * OneHour); // asleep: stored in parts, between which nobody else gets the link
-    QVERIFY(rig.state.LinkBusy);
-    QVERIFY(rig.Settled());
-    QCOMPARE(dataSet->GetDatacount(), 3 + 3600);
-    QVERIFY(rig.PassSeconds(2));
-    QVERIFY(Kinds(*dataSet).endsWith(u"E+"));
-}
-
-void RealtimeTest::SilentSecondsAreErrorRows()
-{
-    LiveRig rig(20);
-    const auto dataSet = rig.NewSet(1);
-    rig.Fault("silent");
-    for (int request = 0; request < 2; ++request) {
-        if (request == 0) // waits in vain for second 0
-            rig.jobs.Launch(rig.realtime.StartRealtime(dataSet, false), "start");
-        else // stores it and waits for second 1
-            rig.Tick(1000);
-        QVERIFY(rig.state.LinkBusy);
-        QCOMPARE(rig.progress.rows, request);
-        rig.Tick(1000); // stays out, and counts nothing
-        QCOMPARE(dataSet->GetDatacount(), request);
-        rig.clock.Advance(-1000);
-        QVERIFY(rig.Settled());
-        QCOMPARE(rig.Commands().size(), 9 * (request + 1));
-    }
-    rig.clock.Advance(1000);
-    rig.Fault("none");
-    QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(Kinds(*dataSet), u"EEE+"_qs);
-    rig.Fault("mode=printer"); // not the instrument's normal state: no reading
-    QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(rig.progress.errorRows, 4);
-
-    rig.Fault("silent");
-    rig.Tick(1000);
-    QVERIFY(rig.state.LinkBusy);
-    rig.comm.Shut(); // the program is left
-    QVERIFY(rig.Settled());
-    QVERIFY(rig.prompts.warnings.isEmpty());
-}
-
-/// A reply that comes after a long silence is of the second in which it comes; the silence was missed.
-void RealtimeTest::LateReplyHasItsOwnTime()
-{
-    LiveRig rig;
-    const auto dataSet = rig.NewSet(1);
-    QVERIFY(rig.Start(dataSet));
-    rig.Fault("late=60");
-    rig.Tick(1000);
-    rig.clock.Advance(3000); // before the answer is there
-    QVERIFY(rig.Settled());
-    QVERIFY(rig.Pass(100));
-    QCOMPARE(Times(*dataSet).join(u' '), u"22:46:41 22:46:42 22:46:43 22:46:44"_qs);
-    QCOMPARE(Kinds(*dataSet), u"+EE+"_qs);
-
-    // Whichever second it was asked for; and within the period.
-    for (const int period : {0, 6}) {
-        LiveRig other;
-        const auto fifth = other.NewSet(5, period);
-        QVERIFY(other.Start(fifth));
-        QVERIFY(other.PassSeconds(2));
-        other.Fault("late=60");
-        other.Tick(1000);
-        other.clock.Advance(period == 0 ? 4000 : 9000);
-        QVERIFY(other.Settled());
-        QVERIFY(other.Pass(100));
-        QCOMPARE(Kinds(*fifth), u"++"_qs);
-        QCOMPARE(other.Ended(), period != 0);
-    }
-}
-
-void RealtimeTest::ClocksThatAreSet()
-{
-    // By how much the wall clock and the monotonic one move on, and the seconds counted: boundaries, not
-    // thousands of milliseconds; clocks that drift apart; one set back, and set forward; a sleep.
-    constexpr std::tuple<int, int, int> cases[] = {
-        {600, 600, 0},   {100, 100, 1},     {999, 999, 0},   {3001, 2995, 4},          {-OneHour, 1000, 0},
-        {1000, 1000, 1}, {OneHour, 100, 1}, {1000, 1000, 1}, {OneHour, OneHour, 3600},
-    };
-    HeldClock clock;
-    SecondCounter counter;
-    counter.Begin(clock);
-    for (const auto &[wallMs, monotonicMs, seconds] : cases) {
-        clock.utcMs += wallMs;
-        clock.monotonicMs += monotonicMs;
-        QCOMPARE(counter.Count(), seconds);
-    }
-    clock.utcMs = -1500;
-    counter.Begin(clock);
-    clock.Advance(2000);
-    QCOMPARE(counter.Count(), 2); // before 1970, too
-}
-
-void RealtimeTest::UnpluggedRunGoesOn()
-{
-    LiveRig rig;
-    const auto dataSet = rig.NewSet(1);
-    QVERIFY(rig.Start(dataSet));
-    QVERIFY(rig.PassSeconds(2));
-    rig.server.HangUp();
-    QVERIFY(WaitUntil([&] { return !rig.comm.IsOpen(); }));
-    QVERIFY(rig.PassSeconds(3));
-    QCOMPARE(RunText(rig.progress),
-             u"Connection lost; retrying.  1New: 00:00:05 elapsed, 5 rows, 2 error rows."_qs);
-    const InstrumentRig other(LinkRig::Unpaced()); // another device that comes up is left alone
-    QVERIFY(rig.PassSeconds(1));
-    QVERIFY(!rig.progress.portOpen);
-    rig.server.PlugIn();
-    QVERIFY(rig.PassSeconds(3));
-    QVERIFY(rig.progress.portOpen);
-    QCOMPARE(Kinds(*dataSet), u"+++EEEE++"_qs);
-    rig.comm.ClosePort(); // another port is chosen in vain: the run stays on its own
-    rig.comm.SetPortNumber(2);
-    QVERIFY(rig.PassSeconds(1));
-    QVERIFY(rig.progress.portOpen);
-    QVERIFY(rig.prompts.warnings.isEmpty());
-}
-
-void RealtimeTest::OtherUseOfTheLink()
-{
-    LiveRig rig;
-    const auto dataSet = rig.NewSet(1);
-    QVERIFY(rig.Start(dataSet));
-    std::optional<LinkUse> command(std::in_place, rig.gate, ActivityMonitorCommand);
-    QVERIFY(rig.PassSeconds(2)); // dropped
-    command.reset();
-    QVERIFY(!MayClose(rig.state)); // the run holds its windows all the same
-    QVERIFY(rig.Check());
-    QCOMPARE(rig.Commands().size(), 3); // and has the link to itself
-    QVERIFY(rig.Pass(1000));
-    QCOMPARE(dataSet->GetDatacount(), 0);
-    QCOMPARE(rig.state.LinkActivity, int(ActivityRealtime));
-    QVERIFY(rig.Pass(1000));
-    QCOMPARE(dataSet->GetDatacount(), 1);
-    command.emplace(rig.gate, ActivitySourceCommand);
-    command.reset();
-    rig.state.RealtimeStop = true;
-    rig.Fault("silent");
-    rig.Tick(1000);
-    QVERIFY(rig.state.LinkBusy); // nothing else is sent beside the last command
-    QVERIFY(rig.Settled());
-    QCOMPARE(rig.Commands().last(), u"PL,0"_qs);
-    QVERIFY(rig.Ended());
-    rig.Fault("none");
-
-    command.emplace(rig.gate, ActivitySourceCommand); // in the moment of the start
-    const auto next = rig.NewSet(1);
-    QVERIFY(rig.Start(next));
-    QCOMPARE(rig.instrument.Sample.measureValue, u"ERROR"_qs); // not the reading of another time
-    command.reset();
-    QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(Kinds(*next), u"+"_qs);
-}
-
-void RealtimeTest::RunGoesOnBehindOldRows()
-{
-    LiveRig rig;
-    const auto dataSet = rig.NewSet(2, 3); // ends in a second without a row
-    for (int run = 1; run <= 2; ++run) {
-        rig.state.RealtimeStop = true; // left by the stop before
-        QVERIFY(rig.Start(dataSet));
-        QVERIFY(rig.PassSeconds(5));
-        QVERIFY(rig.Ended());
-        QCOMPARE(dataSet->GetDatacount(), 2 * run);
-        QCOMPARE(rig.progress.rows, 2);
-    }
-    // The period may be changed while the run is under way; the bar follows.
-    QVERIFY(rig.Start(dataSet));
-    QVERIFY(rig.PassSeconds(1));
-    dataSet->SetPeriod(false, LiveRig::Seconds(8));
-    QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(dataSet->ProgressMaximum(), 5);
-    QCOMPARE(dataSet->ProgressValue(), 2);
-    QVERIFY(rig.PassSeconds(9));
-    QCOMPARE(rig.progress.rows, 5);
-}
-
-/// A row that cannot be stored, or what nobody foresaw, ends the run and nothing else.
-void RealtimeTest::TroubleEndsTheRun()
-{
-    LiveRig rig;
-    RecordedForward forward;
-    forward.throwAt = 1;
-    rig.realtime.SetForward(&forward);
-    rig.prompts.onWarn = [&] {
-        QCOMPARE(rig.state.LinkActivity, int(ActivityRealtimeTransition));
-        QVERIFY(!rig.tmRealtime.Enabled());
-    };
-    for (const bool full : {true, false}) {
-        QVERIFY(rig.Start(full ? rig.NewSet<FullSet>(1) : rig.NewSet(1), true));
+        QVERIFY(!rig.state.LinkBusy);
+        for (int tick = 1; tick < 7; ++tick)
+            QVERIFY(rig.Pass(100)); // within the second
+        QCOMPARE(rig.Commands(), expected);
+        QCOMPARE(dataSet->GetDatacount(), 0); // the reading of a second is stored when it is over
+        QVERIFY(rig.PassSeconds(10));
+        rig.state.RealtimeStop = true;
         QVERIFY(rig.Pass(1000));
         QVERIFY(rig.Ended());
+        for (int second = 1; second <= 10; ++second)
+            expected += expected.first(3);
+        QCOMPARE(rig.Commands(), expected);
+        QCOMPARE(Kinds(*dataSet), u"++++++"_qs);
+        QCOMPARE(dataSet->Table().Cell(1, 5), u"mVDC"_qs); // as the source's function has it
+        QCOMPARE(rig.runChanges, 2);
+        QVERIFY(rig.prompts.warnings.isEmpty());
     }
-    QCOMPARE(rig.prompts.warnings, QStringList({u"No room."_qs, u"broken"_qs}));
-    QVERIFY(rig.Start(rig.NewSet(1)));
-    QVERIFY(rig.PassSeconds(2));
-    QCOMPARE(rig.progress.rows, 2);
-}
 
-void RealtimeTest::ForwardingFollows()
-{
-    LiveRig rig;
-    RecordedForward forward;
-    rig.realtime.SetForward(&forward);
-    QVERIFY(rig.Start(rig.NewSet(1, 2), true));
-    QVERIFY(rig.PassSeconds(5));
-    forward.failAt = 2; // costs no reading
-    QVERIFY(rig.Start(rig.NewSet(1, 3), true));
-    QVERIFY(rig.PassSeconds(6));
-    QCOMPARE(forward.written, QList<int>({1, 2, 3, 1, 2}));
-    QCOMPARE(forward.closings, 1);
-    QCOMPARE(rig.progress.rows, 4);
-    const QString ended = u" has ended: 00:00:03 elapsed, 4 rows, no error rows."_qs;
-    QCOMPARE(RunText(rig.progress), u"Forward error occurred. (2New)  No room.  2New"_qs + ended);
-
-    forward.failAt = 0;
-    forward.fullAt = 2; // the sheet is finished there, once, and the run goes on
-    QVERIFY(rig.Start(rig.NewSet(1, 3), true));
-    QVERIFY(rig.PassSeconds(6));
-    QCOMPARE(forward.written.size(), 7);
-    QCOMPARE(forward.closings, 2);
-    QCOMPARE(rig.progress.rows, 4);
-    QCOMPARE(RunText(rig.progress, u"2 rows forwarded."_qs),
-             u"The worksheet is full.  2 rows forwarded.  3New"_qs + ended);
-
-    forward.failure.text = u"Nowhere."_qs;
-    for (const bool asked : {true, false}) {
-        QVERIFY(rig.Start(rig.NewSet(1, 1), asked));
-        QVERIFY(rig.PassSeconds(4));
-        QCOMPARE(rig.progress.forwardFailed, asked);
+    void RowsOfAPeriod()
+    {
+        using Case = std::tuple<int, int, QList<int>>; // interval, period, the rows' seconds
+        for (const auto &[interval, period, seconds] :
+             {Case{1, 3, {0, 1, 2, 3}}, Case{5, 10, {0, 5, 10}}, Case{4, 10, {0, 4, 8}}, Case{9, 4, {0}}}) {
+            LiveRig rig;
+            const auto dataSet = rig.NewSet(interval, period);
+            QVERIFY(rig.Start(dataSet));
+            QCOMPARE(dataSet->ProgressMaximum(), seconds.size());
+            const qint64 start = rig.clock.utcMs / 1000;
+            QVERIFY(rig.PassSeconds(period));
+            QVERIFY(rig.state.RealtimeRun);
+            QVERIFY(rig.PassSeconds(5));
+            QVERIFY(rig.Ended());
+            QStringList times; // a row is stamped when it is stored, one second after its request
+            for (const int second : seconds)
+                times << TimeOfDay(start + second + 1);
+            QCOMPARE(Times(*dataSet), times);
+            QCOMPARE(dataSet->ProgressValue(), dataSet->ProgressMaximum());
+            QCOMPARE(rig.progress.rows, dataSet->GetDatacount());
+            QCOMPARE(rig.progress.elapsedSeconds, period);
+            QVERIFY(rig.progress.ended);
+        }
+        QCOMPARE(ElapsedText(99 * 86400 + 3661), u"99d 01:01:01"_qs);
     }
-    QCOMPARE(forward.written.size(), 7);
-    QVERIFY(rig.prompts.warnings.isEmpty());
-}
+
+    void LateTicksAreErrorRows()
+    {
+        LiveRig rig;
+        const auto dataSet = rig.NewSet(2);
+        QVERIFY(rig.Start(dataSet));
+        QVERIFY(rig.Pass(5000)); // seconds 0 to 4 in one tick
+        QCOMPARE(Kinds(*dataSet), u"+EE"_qs);
+        QCOMPARE(Times(*dataSet), QStringList({u"22:46:41"_qs, u"22:46:43"_qs, u"22:46:45"_qs}));
+        QCOMPARE(rig.progress.errorRows, 2);
+        rig.Tick(2 * OneHour); // asleep: stored in parts, between which nobody else gets the link
+        QVERIFY(rig.state.LinkBusy);
+        QVERIFY(rig.Settled());
+        QCOMPARE(dataSet->GetDatacount(), 3 + 3600);
+        QVERIFY(rig.PassSeconds(2));
+        QVERIFY(Kinds(*dataSet).endsWith(u"E+"));
+    }
+
+    void SilentSecondsAreErrorRows()
+    {
+        LiveRig rig(20);
+        const auto dataSet = rig.NewSet(1);
+        rig.Fault("silent");
+        for (int request = 0; request < 2; ++request) {
+            if (request == 0) // waits in vain for second 0
+                rig.jobs.Launch(rig.realtime.StartRealtime(dataSet, false), "start");
+            else // stores it and waits for second 1
+                rig.Tick(1000);
+            QVERIFY(rig.state.LinkBusy);
+            QCOMPARE(rig.progress.rows, request);
+            rig.Tick(1000); // stays out, and counts nothing
+            QCOMPARE(dataSet->GetDatacount(), request);
+            rig.clock.Advance(-1000);
+            QVERIFY(rig.Settled());
+            QCOMPARE(rig.Commands().size(), 9 * (request + 1));
+        }
+        rig.clock.Advance(1000);
+        rig.Fault("none");
+        QVERIFY(rig.PassSeconds(2));
+        QCOMPARE(Kinds(*dataSet), u"EEE+"_qs);
+        rig.Fault("mode=printer"); // not the instrument's normal state: no reading
+        QVERIFY(rig.PassSeconds(2));
+        QCOMPARE(rig.progress.errorRows, 4);
+
+        rig.Fault("silent");
+        rig.Tick(1000);
+        QVERIFY(rig.state.LinkBusy);
+        rig.comm.Shut(); // the program is left
+        QVERIFY(rig.Settled());
+        QVERIFY(rig.prompts.warnings.isEmpty());
+    }
+
+    /// A reply that comes after a long silence is of the second in which it comes; the silence was missed.
+    void LateReplyHasItsOwnTime()
+    {
+        LiveRig rig;
+        const auto dataSet = rig.NewSet(1);
+        QVERIFY(rig.Start(dataSet));
+        rig.Fault("late=60");
+        rig.Tick(1000);
+        rig.clock.Advance(3000); // before the answer is there
+        QVERIFY(rig.Settled());
+        QVERIFY(rig.Pass(100));
+        QCOMPARE(Times(*dataSet).join(u' '), u"22:46:41 22:46:42 22:46:43 22:46:44"_qs);
+        QCOMPARE(Kinds(*dataSet), u"+EE+"_qs);
+
+        // Whichever second it was asked for; and within the period.
+        for (const int period : {0, 6}) {
+            LiveRig other;
+            const auto fifth = other.NewSet(5, period);
+            QVERIFY(other.Start(fifth));
+            QVERIFY(other.PassSeconds(2));
+            other.Fault("late=60");
+            other.Tick(1000);
+            other.clock.Advance(period == 0 ? 4000 : 9000);
+            QVERIFY(other.Settled());
+            QVERIFY(other.Pass(100));
+            QCOMPARE(Kinds(*fifth), u"++"_qs);
+            QCOMPARE(other.Ended(), period != 0);
+        }
+    }
+
+    void ClocksThatAreSet()
+    {
+        // By how much the wall clock and the monotonic one move on, and the seconds counted: boundaries, not
+        // thousands of milliseconds; clocks that drift apart; one set back, and set forward; a sleep.
+        constexpr std::tuple<int, int, int> cases[] = {
+            {600, 600, 0},     {100, 100, 1},       {999, 999, 0},
+            {3001, 2995, 4},   {-OneHour, 1000, 0}, {1000, 1000, 1},
+            {OneHour, 100, 1}, {1000, 1000, 1},     {OneHour, OneHour, 3600},
+        };
+        HeldClock clock;
+        SecondCounter counter;
+        counter.Begin(clock);
+        for (const auto &[wallMs, monotonicMs, seconds] : cases) {
+            clock.utcMs += wallMs;
+            clock.monotonicMs += monotonicMs;
+            QCOMPARE(counter.Count(), seconds);
+        }
+        clock.utcMs = -1500;
+        counter.Begin(clock);
+        clock.Advance(2000);
+        QCOMPARE(counter.Count(), 2); // before 1970, too
+    }
+
+    void UnpluggedRunGoesOn()
+    {
+        LiveRig rig;
+        const auto dataSet = rig.NewSet(1);
+        QVERIFY(rig.Start(dataSet));
+        QVERIFY(rig.PassSeconds(2));
+        rig.server.HangUp();
+        QVERIFY(WaitUntil([&] { return !rig.comm.IsOpen(); }));
+        QVERIFY(rig.PassSeconds(3));
+        QCOMPARE(RunText(rig.progress),
+                 u"Connection lost; retrying.  1New: 00:00:05 elapsed, 5 rows, 2 error rows."_qs);
+        const InstrumentRig other(LinkRig::Unpaced()); // another device that comes up is left alone
+        QVERIFY(rig.PassSeconds(1));
+        QVERIFY(!rig.progress.portOpen);
+        rig.server.PlugIn();
+        QVERIFY(rig.PassSeconds(3));
+        QVERIFY(rig.progress.portOpen);
+        QCOMPARE(Kinds(*dataSet), u"+++EEEE++"_qs);
+        rig.comm.ClosePort(); // another port is chosen in vain: the run stays on its own
+        rig.comm.SetPortNumber(2);
+        QVERIFY(rig.PassSeconds(1));
+        QVERIFY(rig.progress.portOpen);
+        QVERIFY(rig.prompts.warnings.isEmpty());
+    }
+
+    void OtherUseOfTheLink()
+    {
+        LiveRig rig;
+        const auto dataSet = rig.NewSet(1);
+        QVERIFY(rig.Start(dataSet));
+        std::optional<LinkUse> command(std::in_place, rig.gate, ActivityMonitorCommand);
+        QVERIFY(rig.PassSeconds(2)); // dropped
+        command.reset();
+        QVERIFY(!MayClose(rig.state)); // the run holds its windows all the same
+        QVERIFY(rig.Check());
+        QCOMPARE(rig.Commands().size(), 3); // and has the link to itself
+        QVERIFY(rig.Pass(1000));
+        QCOMPARE(dataSet->GetDatacount(), 0);
+        QCOMPARE(rig.state.LinkActivity, int(ActivityRealtime));
+        QVERIFY(rig.Pass(1000));
+        QCOMPARE(dataSet->GetDatacount(), 1);
+        command.emplace(rig.gate, ActivitySourceCommand);
+        command.reset();
+        rig.state.RealtimeStop = true;
+        rig.Fault("silent");
+        rig.Tick(1000);
+        QVERIFY(rig.state.LinkBusy); // nothing else is sent beside the last command
+        QVERIFY(rig.Settled());
+        QCOMPARE(rig.Commands().last(), u"PL,0"_qs);
+        QVERIFY(rig.Ended());
+        rig.Fault("none");
+
+        command.emplace(rig.gate, ActivitySourceCommand); // in the moment of the start
+        const auto next = rig.NewSet(1);
+        QVERIFY(rig.Start(next));
+        QCOMPARE(rig.instrument.Sample.measureValue, u"ERROR"_qs); // not the reading of another time
+        command.reset();
+        QVERIFY(rig.PassSeconds(2));
+        QCOMPARE(Kinds(*next), u"+"_qs);
+    }
+
+    void RunGoesOnBehindOldRows()
+    {
+        LiveRig rig;
+        const auto dataSet = rig.NewSet(2, 3); // ends in a second without a row
+        for (int run = 1; run <= 2; ++run) {
+            rig.state.RealtimeStop = true; // left by the stop before
+            QVERIFY(rig.Start(dataSet));
+            QVERIFY(rig.PassSeconds(5));
+            QVERIFY(rig.Ended());
+            QCOMPARE(dataSet->GetDatacount(), 2 * run);
+            QCOMPARE(rig.progress.rows, 2);
+        }
+        // The period may be changed while the run is under way; the bar follows.
+        QVERIFY(rig.Start(dataSet));
+        QVERIFY(rig.PassSeconds(1));
+        dataSet->SetPeriod(false, LiveRig::Seconds(8));
+        QVERIFY(rig.PassSeconds(2));
+        QCOMPARE(dataSet->ProgressMaximum(), 5);
+        QCOMPARE(dataSet->ProgressValue(), 2);
+        QVERIFY(rig.PassSeconds(9));
+        QCOMPARE(rig.progress.rows, 5);
+    }
+
+    /// A row that cannot be stored, or what nobody foresaw, ends the run and nothing else.
+    void TroubleEndsTheRun()
+    {
+        LiveRig rig;
+        RecordedForward forward;
+        forward.throwAt = 1;
+        rig.realtime.SetForward(&forward);
+        rig.prompts.onWarn = [&] {
+            QCOMPARE(rig.state.LinkActivity, int(ActivityRealtimeTransition));
+            QVERIFY(!rig.tmRealtime.Enabled());
+        };
+        for (const bool full : {true, false}) {
+            QVERIFY(rig.Start(full ? rig.NewSet<FullSet>(1) : rig.NewSet(1), true));
+            QVERIFY(rig.Pass(1000));
+            QVERIFY(rig.Ended());
+        }
+        QCOMPARE(rig.prompts.warnings, QStringList({u"No room."_qs, u"broken"_qs}));
+        QVERIFY(rig.Start(rig.NewSet(1)));
+        QVERIFY(rig.PassSeconds(2));
+        QCOMPARE(rig.progress.rows, 2);
+    }
+
+    void ForwardingFollows()
+    {
+        LiveRig rig;
+        RecordedForward forward;
+        rig.realtime.SetForward(&forward);
+        QVERIFY(rig.Start(rig.NewSet(1, 2), true));
+        QVERIFY(rig.PassSeconds(5));
+        forward.failAt = 2; // costs no reading
+        QVERIFY(rig.Start(rig.NewSet(1, 3), true));
+        QVERIFY(rig.PassSeconds(6));
+        QCOMPARE(forward.written, QList<int>({1, 2, 3, 1, 2}));
+        QCOMPARE(forward.closings, 1);
+        QCOMPARE(rig.progress.rows, 4);
+        const QString ended = u" has ended: 00:00:03 elapsed, 4 rows, no error rows."_qs;
+        QCOMPARE(RunText(rig.progress), u"Forward error occurred. (2New)  No room.  2New"_qs + ended);
+
+        forward.failAt = 0;
+        forward.fullAt = 2; // the sheet is finished there, once, and the run goes on
+        QVERIFY(rig.Start(rig.NewSet(1, 3), true));
+        QVERIFY(rig.PassSeconds(6));
+        QCOMPARE(forward.written.size(), 7);
+        QCOMPARE(forward.closings, 2);
+        QCOMPARE(rig.progress.rows, 4);
+        QCOMPARE(RunText(rig.progress, u"2 rows forwarded."_qs),
+                 u"The worksheet is full.  2 rows forwarded.  3New"_qs + ended);
+
+        forward.failure.text = u"Nowhere."_qs;
+        for (const bool asked : {true, false}) {
+            QVERIFY(rig.Start(rig.NewSet(1, 1), asked));
+            QVERIFY(rig.PassSeconds(4));
+            QCOMPARE(rig.progress.forwardFailed, asked);
+        }
+        QCOMPARE(forward.written.size(), 7);
+        QVERIFY(rig.prompts.warnings.isEmpty());
+    }
+};
 
 QTEST_GUILESS_MAIN(RealtimeTest)
 #include "realtime_test.moc"

@@ -133,62 +133,59 @@ class StatusTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void EveryStateIsUnderstood();
-    void HostileReplies();
-};
+    void EveryStateIsUnderstood()
+    {
+        const RangeLists ranges = BuildRangeLists();
+        const QDir folder(QStringLiteral(PX40_STATUS_FILES));
+        const QStringList files = folder.entryList({u"*.txt"_qs}, QDir::Files);
+        QVERIFY(!files.isEmpty());
+        LinkRig rig;
+        rig.Open();
+        QStringList differences;
+        for (const QString &file : files) {
+            std::string error;
+            const auto reply = sim::ReadStatusFile(folder.filePath(file).toStdString(), &error);
+            QVERIFY2(reply, error.c_str());
+            rig.server.WithInstrument([&](sim::Instrument &i) { i.HoldStatus(reply); });
+            const Running asked(rig.comm.SendCommand(AskCondition().back()));
+            QVERIFY(asked.Finish() && asked.Value());
+            differences +=
+                Differences(file, ReadLines(folder.filePath(file)), Understood(*asked.Value(), ranges));
+        }
+        QVERIFY2(differences.isEmpty(), qPrintable(differences.join(u'\n')));
 
-void StatusTest::EveryStateIsUnderstood()
-{
-    const RangeLists ranges = BuildRangeLists();
-    const QDir folder(QStringLiteral(PX40_STATUS_FILES));
-    const QStringList files = folder.entryList({u"*.txt"_qs}, QDir::Files);
-    QVERIFY(!files.isEmpty());
-    LinkRig rig;
-    rig.Open();
-    QStringList differences;
-    for (const QString &file : files) {
-        std::string error;
-        const auto reply = sim::ReadStatusFile(folder.filePath(file).toStdString(), &error);
-        QVERIFY2(reply, error.c_str());
-        rig.server.WithInstrument([&](sim::Instrument &i) { i.HoldStatus(reply); });
-        const Running asked(rig.comm.SendCommand(AskCondition().back()));
-        QVERIFY(asked.Finish() && asked.Value());
-        differences +=
-            Differences(file, ReadLines(folder.filePath(file)), Understood(*asked.Value(), ranges));
+        InstrumentStatus lit;
+        lit.OptionBits.fill(true);
+        QCOMPARE(Joined(ShowSource(lit, ranges, false).indicators), u"||||AUTO OFF||"_qs);
+        QCOMPARE(Joined(ShowSource(lit, ranges, true).indicators), u"||||||"_qs);
     }
-    QVERIFY2(differences.isEmpty(), qPrintable(differences.join(u'\n')));
 
-    InstrumentStatus lit;
-    lit.OptionBits.fill(true);
-    QCOMPARE(Joined(ShowSource(lit, ranges, false).indicators), u"||||AUTO OFF||"_qs);
-    QCOMPARE(Joined(ShowSource(lit, ranges, true).indicators), u"||||||"_qs);
-}
-
-void StatusTest::HostileReplies()
-{
-    // A measurement that is off may hold anything.
-    const QRegularExpression columns(
-        u"^(0.{17}|[1-9][0-9]{3}.{14})[0-9]{4}.{14}[01]{8}.{4}[0-9 ]{2}[0-9]{2}"_qs,
-        QRegularExpression::DotMatchesEverythingOption);
-    QStringList wrong; // taken or not taken for a status
-    const auto check = [&](const QString &reply) {
-        if (DecodeCondition(reply, Before()).status.has_value() != columns.match(reply).hasMatch())
-            wrong << reply;
-    };
-    for (const QString &good : {u"1603CPMN 01482.E+01301T  N 0100.0E+0100000001234  10"_qs,
-                                u"0603CPMN 01482.E+01301T  N 0100.0E+0100000001234  00"_qs}) {
-        for (int length = 0; length <= 200; ++length)
-            check(good.leftJustified(length, u'0', true));
-        for (const int length : {44, 51, 52, 53}) {
-            const QString whole = good.leftJustified(length, u'0', true);
-            for (int column = 0; column < length; ++column) {
-                for (char16_t code = 0; code < 256; ++code)
-                    check(QString(whole).replace(column, 1, QChar(code)));
+    void HostileReplies()
+    {
+        // A measurement that is off may hold anything.
+        const QRegularExpression columns(
+            u"^(0.{17}|[1-9][0-9]{3}.{14})[0-9]{4}.{14}[01]{8}.{4}[0-9 ]{2}[0-9]{2}"_qs,
+            QRegularExpression::DotMatchesEverythingOption);
+        QStringList wrong; // taken or not taken for a status
+        const auto check = [&](const QString &reply) {
+            if (DecodeCondition(reply, Before()).status.has_value() != columns.match(reply).hasMatch())
+                wrong << reply;
+        };
+        for (const QString &good : {u"1603CPMN 01482.E+01301T  N 0100.0E+0100000001234  10"_qs,
+                                    u"0603CPMN 01482.E+01301T  N 0100.0E+0100000001234  00"_qs}) {
+            for (int length = 0; length <= 200; ++length)
+                check(good.leftJustified(length, u'0', true));
+            for (const int length : {44, 51, 52, 53}) {
+                const QString whole = good.leftJustified(length, u'0', true);
+                for (int column = 0; column < length; ++column) {
+                    for (char16_t code = 0; code < 256; ++code)
+                        check(QString(whole).replace(column, 1, QChar(code)));
+                }
             }
         }
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.value(0)));
     }
-    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.value(0)));
-}
+};
 
 QTEST_GUILESS_MAIN(StatusTest)
 #include "status_test.moc"

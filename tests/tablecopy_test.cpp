@@ -40,97 +40,95 @@ class TableCopyTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void CellsTellWhatTheyAre();
-    void BothFormsAreCopied();
-    void LibreOfficeReadsItInEveryLanguage();
+    void CellsTellWhatTheyAre()
+    {
+        // A cell, its number format in Excel if it needs one, and how it is told.
+        const std::tuple<const char16_t *, const char *, const char *> rows[] = {
+            {u"1.010", ".n0{mso-number-format:\"0\\.000\"}",
+             "<td class=n0 x:num=\"1.010\" sdval=\"1.010\" sdnum=\"1033\">1.010</td>"},
+            {u"-0.50", "\"0\\.00\"}",
+             "<td class=n0 x:num=\"-0.50\" sdval=\"-0.50\" sdnum=\"1033;0;0.00\">-0.50</td>"},
+            {u"+7", "", "<td x:num=\"7\" sdval=\"7\" sdnum=\"1033\">+7</td>"},
+            {u"12345.", "", "<td x:num=\"12345\" sdval=\"12345\" sdnum=\"1033\">12345.</td>"},
+            {u"0100.0", "\"0000\\.0\"}",
+             "<td class=n0 x:num=\"0100.0\" sdval=\"0100.0\" sdnum=\"1033\">0100.0</td>"},
+            {u"1.5e-3", "", "<td x:num=\"1.5e-3\" sdval=\"1.5e-3\" sdnum=\"1033\">1.5e-3</td>"},
+            {u"-----", "", "<td class=t x:str sdnum=\"1033;0;@\">-----</td>"},
+            {u" -bo-", "", "<td class=t x:str=\" -bo-\" sdnum=\"1033;0;@\"> -bo-</td>"},
+            {u"1,5", "", "<td class=t x:str sdnum=\"1033;0;@\">1,5</td>"},
+            {u"1.2.3", "", "<td class=t x:str sdnum=\"1033;0;@\">1.2.3</td>"},
+            {u"1e999", "", "<td class=t x:str sdnum=\"1033;0;@\">1e999</td>"},
+            {u"1234567890123456", "", "<td class=t x:str sdnum=\"1033;0;@\">1234567890123456</td>"},
+            {u"<\"&\x01\u2126", "", "<td class=t x:str sdnum=\"1033;0;@\">&lt;&quot;&amp; \xE2\x84\xA6</td>"},
+            {u"", "", "<td></td>"},
+        };
+        for (const auto &[cell, format, html] : rows) {
+            const QString text = u"DATA\tTIME\n"_qs + QString::fromUtf16(cell) + u"\t10:00:05\n"_qs;
+            const QByteArray made = TableHtml(text);
+            const QByteArray row =
+                QByteArray("<tr>") + html + "<td>10:00:05</td></tr>\n"; // a time is left alone
+            QVERIFY2(made.contains(row), made.constData());
+            QCOMPARE(made.contains(".n0{mso-number-format:"), !QByteArray(format).isEmpty());
+            QVERIFY(made.contains(format));
+            QCOMPARE(made.count("<tr>"), 2);
+        }
+    }
+
+    void BothFormsAreCopied()
+    {
+        TableModel model(false);
+        for (const char16_t *const reading : {u"1.010", u"+OL"}) {
+            model.AppendSample({u"10:00:00", QStringView(reading), u"VDC", u"", u""});
+            model.AppendTableRow();
+        }
+        DataTable table(&model, nullptr);
+        table.selectAll();
+        QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
+        const QMimeData *const mime = QGuiApplication::clipboard()->mimeData();
+        QVERIFY(mime->hasText() && mime->hasHtml());
+        QCOMPARE(
+            mime->text(),
+            u"No.\tTIME\tDATA\tMODE\tDATA\tSRC.\n1\t10:00:00\t1.010\tVDC\t\t\n2\t10:00:00\t+OL\tVDC\t\t\n"_qs);
+        QCOMPARE(mime->data(u"text/html"_qs), TableHtml(mime->text()));
+        QVERIFY(mime->html().contains(u"x:num=\"1.010\""));
+    }
+
+    void LibreOfficeReadsItInEveryLanguage()
+    {
+        const QString office = QStandardPaths::findExecutable(u"soffice"_qs);
+        if (office.isEmpty())
+            QSKIP("LibreOffice is not installed.");
+        const std::pair<const char *, QByteArray> rows[] = {
+            {"de-DE", "1|10:00:00|1,01|VDC;2|10:00:05|-----|=1+1;3|10:00:10|-bo-|C<\xE2\x84\xA6;"
+                      "4|10:00:15|-12,50|3-4;5|3,4|100|;"},
+            {"en-US", "1|10:00:00|1.01|VDC;2|10:00:05|-----|=1+1;3|10:00:10|-bo-|C<\xE2\x84\xA6;"
+                      "4|10:00:15|-12.50|3-4;5|3.4|100|;"},
+        };
+        for (const auto &[language, expected] : rows) {
+            const QTemporaryDir folder;
+            const QString html = folder.filePath(u"copied.html"_qs);
+            const QString profile = folder.filePath(u"profile"_qs);
+            const QByteArray settings =
+                QByteArray(
+                    "<oor:items xmlns:oor=\"http://openoffice.org/2001/registry\">"
+                    "<item oor:path=\"/org.openoffice.Setup/L10N\"><prop oor:name=\"ooSetupSystemLocale\" "
+                    "oor:op=\"fuse\"><value>") +
+                language + "</value></prop></item></oor:items>";
+            QVERIFY(Write(profile + u"/user/registrymodifications.xcu"_qs, settings));
+            QVERIFY(Write(html, TableHtml(QString::fromUtf16(Copied))));
+            QProcess process;
+            // Fields as they are shown, between "|".
+            process.start(office, {u"-env:UserInstallation=file://"_qs + profile, u"--headless"_qs,
+                                   u"--infilter=HTML (StarCalc)"_qs, u"--convert-to"_qs,
+                                   u"csv:Text - txt - csv (StarCalc):124,34,76,1,,0,false,true"_qs,
+                                   u"--outdir"_qs, folder.path(), html});
+            QVERIFY(process.waitForFinished(120000));
+            QByteArray read = Contents(folder.filePath(u"copied.csv"_qs));
+            read = read.mid(read.indexOf('\n') + 1).replace('\n', ';');
+            QCOMPARE(read, expected);
+        }
+    }
 };
-
-void TableCopyTest::CellsTellWhatTheyAre()
-{
-    // A cell, its number format in Excel if it needs one, and how it is told.
-    const std::tuple<const char16_t *, const char *, const char *> rows[] = {
-        {u"1.010", ".n0{mso-number-format:\"0\\.000\"}",
-         "<td class=n0 x:num=\"1.010\" sdval=\"1.010\" sdnum=\"1033\">1.010</td>"},
-        {u"-0.50", "\"0\\.00\"}",
-         "<td class=n0 x:num=\"-0.50\" sdval=\"-0.50\" sdnum=\"1033;0;0.00\">-0.50</td>"},
-        {u"+7", "", "<td x:num=\"7\" sdval=\"7\" sdnum=\"1033\">+7</td>"},
-        {u"12345.", "", "<td x:num=\"12345\" sdval=\"12345\" sdnum=\"1033\">12345.</td>"},
-        {u"0100.0", "\"0000\\.0\"}",
-         "<td class=n0 x:num=\"0100.0\" sdval=\"0100.0\" sdnum=\"1033\">0100.0</td>"},
-        {u"1.5e-3", "", "<td x:num=\"1.5e-3\" sdval=\"1.5e-3\" sdnum=\"1033\">1.5e-3</td>"},
-        {u"-----", "", "<td class=t x:str sdnum=\"1033;0;@\">-----</td>"},
-        {u" -bo-", "", "<td class=t x:str=\" -bo-\" sdnum=\"1033;0;@\"> -bo-</td>"},
-        {u"1,5", "", "<td class=t x:str sdnum=\"1033;0;@\">1,5</td>"},
-        {u"1.2.3", "", "<td class=t x:str sdnum=\"1033;0;@\">1.2.3</td>"},
-        {u"1e999", "", "<td class=t x:str sdnum=\"1033;0;@\">1e999</td>"},
-        {u"1234567890123456", "", "<td class=t x:str sdnum=\"1033;0;@\">1234567890123456</td>"},
-        {u"<\"&\x01\u2126", "", "<td class=t x:str sdnum=\"1033;0;@\">&lt;&quot;&amp; \xE2\x84\xA6</td>"},
-        {u"", "", "<td></td>"},
-    };
-    for (const auto &[cell, format, html] : rows) {
-        const QString text = u"DATA\tTIME\n"_qs + QString::fromUtf16(cell) + u"\t10:00:05\n"_qs;
-        const QByteArray made = TableHtml(text);
-        const QByteArray row = QByteArray("<tr>") + html + "<td>10:00:05</td></tr>\n"; // a time is left alone
-        QVERIFY2(made.contains(row), made.constData());
-        QCOMPARE(made.contains(".n0{mso-number-format:"), !QByteArray(format).isEmpty());
-        QVERIFY(made.contains(format));
-        QCOMPARE(made.count("<tr>"), 2);
-    }
-}
-
-void TableCopyTest::BothFormsAreCopied()
-{
-    TableModel model(false);
-    for (const char16_t *const reading : {u"1.010", u"+OL"}) {
-        model.AppendSample({u"10:00:00", QStringView(reading), u"VDC", u"", u""});
-        model.AppendTableRow();
-    }
-    DataTable table(&model, nullptr);
-    table.selectAll();
-    QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
-    const QMimeData *const mime = QGuiApplication::clipboard()->mimeData();
-    QVERIFY(mime->hasText() && mime->hasHtml());
-    QCOMPARE(
-        mime->text(),
-        u"No.\tTIME\tDATA\tMODE\tDATA\tSRC.\n1\t10:00:00\t1.010\tVDC\t\t\n2\t10:00:00\t+OL\tVDC\t\t\n"_qs);
-    QCOMPARE(mime->data(u"text/html"_qs), TableHtml(mime->text()));
-    QVERIFY(mime->html().contains(u"x:num=\"1.010\""));
-}
-
-void TableCopyTest::LibreOfficeReadsItInEveryLanguage()
-{
-    const QString office = QStandardPaths::findExecutable(u"soffice"_qs);
-    if (office.isEmpty())
-        QSKIP("LibreOffice is not installed.");
-    const std::pair<const char *, QByteArray> rows[] = {
-        {"de-DE", "1|10:00:00|1,01|VDC;2|10:00:05|-----|=1+1;3|10:00:10|-bo-|C<\xE2\x84\xA6;"
-                  "4|10:00:15|-12,50|3-4;5|3,4|100|;"},
-        {"en-US", "1|10:00:00|1.01|VDC;2|10:00:05|-----|=1+1;3|10:00:10|-bo-|C<\xE2\x84\xA6;"
-                  "4|10:00:15|-12.50|3-4;5|3.4|100|;"},
-    };
-    for (const auto &[language, expected] : rows) {
-        const QTemporaryDir folder;
-        const QString html = folder.filePath(u"copied.html"_qs);
-        const QString profile = folder.filePath(u"profile"_qs);
-        const QByteArray settings =
-            QByteArray("<oor:items xmlns:oor=\"http://openoffice.org/2001/registry\">"
-                       "<item oor:path=\"/org.openoffice.Setup/L10N\"><prop oor:name=\"ooSetupSystemLocale\" "
-                       "oor:op=\"fuse\"><value>") +
-            language + "</value></prop></item></oor:items>";
-        QVERIFY(Write(profile + u"/user/registrymodifications.xcu"_qs, settings));
-        QVERIFY(Write(html, TableHtml(QString::fromUtf16(Copied))));
-        QProcess process;
-        // Fields as they are shown, between "|".
-        process.start(office, {u"-env:UserInstallation=file://"_qs + profile, u"--headless"_qs,
-                               u"--infilter=HTML (StarCalc)"_qs, u"--convert-to"_qs,
-                               u"csv:Text - txt - csv (StarCalc):124,34,76,1,,0,false,true"_qs,
-                               u"--outdir"_qs, folder.path(), html});
-        QVERIFY(process.waitForFinished(120000));
-        QByteArray read = Contents(folder.filePath(u"copied.csv"_qs));
-        read = read.mid(read.indexOf('\n') + 1).replace('\n', ';');
-        QCOMPARE(read, expected);
-    }
-}
 
 QTEST_MAIN(TableCopyTest)
 #include "tablecopy_test.moc"
