@@ -1,11 +1,15 @@
 #include "app/forwarding.h"
 
+#include "app/askworkbook.h"
 #include "app/mainviews.h"
 #include "app/services.h"
 #include "document/dataset.h"
 #include "forward/spreadsheet.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 namespace px40 {
 
@@ -15,10 +19,30 @@ const QString Section = QStringLiteral("Forward");
 const QString OpenAfterKey = QStringLiteral("OpenAfter");
 const QString No = QStringLiteral("0");
 
+/// A spreadsheet may have come to the front.
+QCoro::Task<void> TellInFront(Prompts *prompts, MainViews *views, QString text)
+{
+    views->TakeFocus();
+    co_await prompts->Warn(text);
+}
+
 ForwardServices ServicesOf(Services &services, MainViews &views)
 {
-    return {services.state, &services.prompts, services.clock,
-            services.store, MakeSpreadsheet,   [&views] { views.TakeFocus(); }};
+    const Tell tell = [&services, &views](const QString &text) {
+        return TellInFront(&services.prompts, &views, text);
+    };
+    return {services.state, services.store, MakeSpreadsheet, AskForFileBy(services.prompts, services.clock),
+            tell};
+}
+
+/// "3 rows forwarded to NAME in FOLDER."
+QString OutcomeText(const ForwardOutcome &outcome)
+{
+    const QString rows = outcome.samples == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(outcome.samples);
+    if (outcome.file.isEmpty())
+        return Text(Str::ForwardDone).arg(rows, Text(Str::MicrosoftExcel));
+    const QFileInfo file(outcome.file);
+    return Text(Str::ForwardDoneIn).arg(rows, file.fileName(), QDir::toNativeSeparators(file.absolutePath()));
 }
 
 ForwardMemory Remembered(const Services &services)

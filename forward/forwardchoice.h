@@ -22,4 +22,12 @@ struct ForwardChoice
     QString newName = {};  ///< of a new workbook, which replaces nothing; empty: the user is asked
 };
 
+/// What a forwarding has come to.
+struct ForwardOutcome
+{
+    int samples = 0;       ///< written to the sheet
+    QString file;          ///< the workbook's file; empty where it stays open in a spreadsheet program
+    bool openAfter = true; ///< the user wants to see it
+};
+
 } // namespace px40

@@ -4,26 +4,22 @@
 #include "forward/datasetsource.h"
 #include "forward/forwardsteps.h"
 #include "forward/sheetlayout.h"
+#include "forward/spreadsheet.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
 #include "platform/progressview.h"
-#include "platform/prompts.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
 
-#include <QElapsedTimer>
 #include <QLocale>
 #include <QScopedValueRollback>
 
-#include <exception>
 #include <optional>
 
 namespace px40 {
 
 namespace {
 
-constexpr int AtAStretchMs = 8; // then the windows live
-constexpr int BusyPauseMs = 250;
 constexpr int ShowAttempts = 20; // of a spreadsheet that is busy while it is to be shown again
 
 } // namespace
@@ -40,7 +36,7 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     const int samples = dataSet->GetDatacount();
     if (samples > MaxSheetSamples) {
         const QString text = Text(Str::ForwardTooMany).arg(QLocale(QLocale::English).toString(samples));
-        co_await Tell(text);
+        co_await TellFailure(text);
         co_return Fail(text);
     }
     if (state.ForwardRun)
@@ -50,10 +46,11 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     if (!workbook)
         co_return Fail(workbook.error());
     const auto source = std::make_shared<const DataSetSource>(dataSet, choice.title);
-    std::optional<WholeForward> forward;
+    std::optional<ForwardSteps> forward;
     if (workbook->program)
-        forward.emplace(*workbook->program, *source, workbook->file.name.toStdString());
-    WholeForward *const steps = forward ? &*forward : nullptr;
+        forward.emplace(ForwardSteps::Kind::Whole, *workbook->program, *source,
+                        workbook->file.name.toStdString());
+    ForwardSteps *const steps = forward ? &*forward : nullptr;
     state.CancelRequest = false;
     progress_->Show();
     progress_->SetCaption(Text(Str::ForwardData));
@@ -71,9 +68,7 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     co_await ShowSpreadsheet(steps);
     if (!written) {
         state.ForwardErrorText = written.error().text;
-        if (services_.toFront) // the spreadsheet has come before it
-            services_.toFront();
-        co_await Tell(state.ForwardErrorText);
+        co_await TellFailure(state.ForwardErrorText);
         co_return Fail(written.error());
     }
     co_return ForwardOutcome{samples, *written, choice.openAfter};
@@ -81,70 +76,52 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
 
 /// The name of the file that was written, which a spreadsheet program has not.
 QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSource> source,
-                                              WholeForward *forward, WorkbookFile file)
+                                              ForwardSteps *forward, WorkbookFile file)
 {
     const int samples = source->Samples();
-    Result<QString> written;
-    try {
-        if (forward) {
-            const Result<> done = co_await TakeSteps(forward, samples + 1);
-            if (!done)
-                written = Fail(done.error());
-        } else {
-            const bool numbers = source->IsSaveMode();
-            const auto sheet =
-                std::make_shared<const Sheet>(LayOut(*source, samples, numbers, source->Rows(numbers)));
-            written = co_await WriteSheet(&services_, file, sheet, progress_);
-        }
-    } catch (const std::exception &error) {
-        written = Fail(QString::fromUtf8(error.what()));
+    if (!forward) {
+        const bool numbers = source->IsSaveMode();
+        const auto sheet =
+            std::make_shared<const Sheet>(LayOut(*source, samples, numbers, source->Rows(numbers)));
+        const Result<QString> written = co_await WriteSheet(&services_, file, sheet, progress_);
+        co_return written;
     }
-    co_return written;
+    const std::function<Result<SheetStep>()> step = [=, this] { return Step(forward, samples + 1); };
+    const Result<> done = co_await TakeSteps(step);
+    if (!done)
+        co_return Fail(done.error());
+    co_return QString();
+}
+
+/// One step towards a sheet with so many rows, and the bar along with it.
+Result<SheetStep> Forwarder::Step(ForwardSteps *forward, int rows)
+{
+    if (services_.state.CancelRequest)
+        return Fail(services_.state.ForwardErrorText, FailureCode::Cancelled);
+    const int before = forward->Rows();
+    const SheetStep step = forward->Next(rows);
+    if (const int written = forward->Rows(); written != before)
+        progress_->RenProgress(written < rows, written, rows);
+    return step;
 }
 
 /// Whatever has happened. The focus is the program's own again by then: the spreadsheet comes up behind it.
-QCoro::Task<void> Forwarder::ShowSpreadsheet(WholeForward *forward)
+QCoro::Task<void> Forwarder::ShowSpreadsheet(ForwardSteps *forward)
 {
     co_await NextEventLoopTurn();
     if (!forward)
         co_return;
-    SheetStep end = forward->End();
+    SheetStep end = forward->GiveBack();
     for (int attempt = 1; end == SheetStep::Busy && attempt < ShowAttempts; ++attempt) {
-        co_await Delay(BusyPauseMs);
-        end = forward->End();
+        co_await Delay(BusySpreadsheetMs);
+        end = forward->GiveBack();
     }
 }
 
-QCoro::Task<void> Forwarder::Tell(QString text)
+QCoro::Task<void> Forwarder::TellFailure(QString text)
 {
-    if (services_.prompts)
-        co_await services_.prompts->Warn(text);
-}
-
-QCoro::Task<Result<>> Forwarder::TakeSteps(WholeForward *forward, int rows)
-{
-    LinkState &state = services_.state;
-    int shown = 0;
-    SheetStep step = SheetStep::Again;
-    QElapsedTimer stretch;
-    stretch.start();
-    while (step == SheetStep::Again || step == SheetStep::Busy) {
-        if (step == SheetStep::Busy) {
-            co_await Delay(BusyPauseMs);
-            stretch.restart();
-        } else if (stretch.hasExpired(AtAStretchMs)) {
-            co_await NextEventLoopTurn();
-            stretch.restart();
-        }
-        if (state.CancelRequest)
-            co_return Fail(state.ForwardErrorText, FailureCode::Cancelled);
-        step = forward->Next();
-        if (forward->RowsWritten() != shown) {
-            shown = forward->RowsWritten();
-            progress_->RenProgress(shown < rows, shown, rows);
-        }
-    }
-    co_return Result<>();
+    if (services_.tellFailure)
+        co_await services_.tellFailure(text);
 }
 
 } // namespace px40

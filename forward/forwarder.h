@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forward/forwardoutcome.h"
+#include "forward/sheettarget.h"
 #include "forward/workbookplace.h"
 
 #include <QCoro/QCoroTask>
@@ -12,13 +12,13 @@ namespace px40 {
 
 class DataSet;
 class DataSetSource;
+class ForwardSteps;
 class LinkGate;
 class ProgressView;
-class WholeForward;
 
 /// Forwards finished data sets in one go, behind the progress dialog, whose Cancel ends it. The program lives
-/// meanwhile. The dialog goes before a spreadsheet is shown again, and that is shown before a box tells the
-/// user why it failed or was cancelled.
+/// meanwhile. The dialog goes before a spreadsheet is shown again, and that is shown before the user is told
+/// why it failed or was cancelled.
 class Forwarder
 {
   public:
@@ -30,11 +30,11 @@ class Forwarder
     QCoro::Task<Result<ForwardOutcome>> ForwardData(std::shared_ptr<DataSet> dataSet, ForwardChoice choice);
 
   private:
-    QCoro::Task<Result<QString>> Write(std::shared_ptr<const DataSetSource> source, WholeForward *forward,
+    QCoro::Task<Result<QString>> Write(std::shared_ptr<const DataSetSource> source, ForwardSteps *forward,
                                        WorkbookFile file);
-    QCoro::Task<Result<>> TakeSteps(WholeForward *forward, int rows);
-    QCoro::Task<void> ShowSpreadsheet(WholeForward *forward);
-    QCoro::Task<void> Tell(QString text);
+    Result<SheetStep> Step(ForwardSteps *forward, int rows);
+    QCoro::Task<void> ShowSpreadsheet(ForwardSteps *forward);
+    QCoro::Task<void> TellFailure(QString text);
 
     ForwardServices services_;
     LinkGate *gate_;

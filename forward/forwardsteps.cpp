@@ -22,91 +22,41 @@ SheetStep Attempt(const Call &call)
     }
 }
 
-/// A call at the end, where nobody can do anything about a failure.
-template <typename Call>
-SheetStep AttemptLast(const Call &call)
-{
-    try {
-        call();
-    } catch (const SpreadsheetError &error) {
-        return error.busy ? SheetStep::Busy : SheetStep::Done;
-    }
-    return SheetStep::Done;
-}
-
 } // namespace
 
-WholeForward::WholeForward(Spreadsheet &target, const SheetSource &source, std::string workbook)
-    : target_(&target), source_(&source), workbook_(std::move(workbook))
+ForwardSteps::ForwardSteps(Kind kind, Spreadsheet &target, const SheetSource &source, std::string workbook)
+    : kind_(kind), target_(&target), source_(&source), workbook_(std::move(workbook))
 {
 }
 
-SheetStep WholeForward::Make()
+/// Takes the spreadsheet from the user, or gives it back.
+void ForwardSteps::Hold(bool held)
 {
-    switch (stage_) {
-    case Stage::Attach:
-        return target_->Attach();
-    case Stage::Hide:
-        target_->SetVisible(false);
-        break;
-    case Stage::Open:
-        return target_->OpenOrAdd(workbook_);
-    case Stage::Table:
-        WriteTableRow(*target_, *source_, rows_);
-        break;
-    case Stage::Frame:
-        WriteFrameAndStatistics(*target_, *source_, source_->Samples());
-        break;
-    case Stage::Chart:
-        WriteChart(*target_, *source_, source_->Samples());
-        break;
-    case Stage::Done:
-        break;
-    }
-    return SheetStep::Done;
+    if (kind_ == Kind::Whole)
+        target_->SetVisible(!held);
+    else
+        target_->SetInteractive(!held);
 }
 
-SheetStep WholeForward::Next()
+SheetStep ForwardSteps::Make()
 {
-    const SheetStep made = Attempt([this] { return Make(); });
-    if (made != SheetStep::Done || stage_ == Stage::Done)
-        return made;
-    if (stage_ == Stage::Table && ++rows_ <= source_->Samples())
-        return SheetStep::Again;
-    stage_ = static_cast<Stage>(static_cast<int>(stage_) + 1);
-    return stage_ == Stage::Done ? SheetStep::Done : SheetStep::Again;
-}
-
-SheetStep WholeForward::End()
-{
-    if (stage_ == Stage::Attach)
-        return SheetStep::Done;
-    return AttemptLast([this] { target_->SetVisible(true); });
-}
-
-RunningForward::RunningForward(Spreadsheet &target, const SheetSource &source, std::string workbook)
-    : target_(&target), source_(&source), workbook_(std::move(workbook))
-{
-}
-
-SheetStep RunningForward::Make()
-{
+    const int samples = kind_ == Kind::Whole ? rows_ - 1 : rows_;
     switch (stage_) {
     case Stage::Attach:
         return target_->Attach();
     case Stage::Hold:
-        target_->SetInteractive(false);
+        Hold(true);
         break;
     case Stage::Open:
         return target_->OpenOrAdd(workbook_);
     case Stage::Frame:
-        WriteFrameAndStatistics(*target_, *source_, rows_);
+        WriteFrameAndStatistics(*target_, *source_, samples);
         break;
     case Stage::Chart:
-        WriteChart(*target_, *source_, rows_);
+        WriteChart(*target_, *source_, samples);
         break;
     case Stage::Release:
-        target_->SetInteractive(true);
+        Hold(false);
         break;
     case Stage::Rows:
     case Stage::Done:
@@ -116,44 +66,59 @@ SheetStep RunningForward::Make()
 }
 
 /// One step on the way to that stage.
-SheetStep RunningForward::GoTowards(Stage last)
+SheetStep ForwardSteps::GoTowards(Stage last)
 {
+    if (stage_ == last)
+        return SheetStep::Done;
     const SheetStep made = Attempt([this] { return Make(); });
-    if (made != SheetStep::Done || stage_ == last)
+    if (made != SheetStep::Done)
         return made;
     stage_ = static_cast<Stage>(static_cast<int>(stage_) + 1);
     return stage_ == last ? SheetStep::Done : SheetStep::Again;
 }
 
-SheetStep RunningForward::Begin()
+SheetStep ForwardSteps::Begin()
 {
     return GoTowards(Stage::Rows);
 }
 
-SheetStep RunningForward::WriteRow()
+SheetStep ForwardSteps::WriteRow()
 {
     return Attempt([this] {
-        WriteRunningRow(*target_, *source_, rows_ + 1);
+        if (kind_ == Kind::Whole)
+            WriteTableRow(*target_, *source_, rows_);
+        else
+            WriteRunningRow(*target_, *source_, rows_ + 1);
         ++rows_;
         return SheetStep::Done;
     });
 }
 
-SheetStep RunningForward::End()
+SheetStep ForwardSteps::Next(int rows)
 {
+    const bool begins = stage_ < Stage::Rows;
+    if (begins || (stage_ == Stage::Rows && rows_ < rows)) {
+        const SheetStep made = begins ? Begin() : WriteRow();
+        return made == SheetStep::Done ? SheetStep::Again : made;
+    }
     if (stage_ == Stage::Rows)
         stage_ = rows_ > 0 ? Stage::Frame : Stage::Release;
-    return GoTowards(Stage::Done);
+    // A whole data set is shown by its owner, whatever has happened.
+    return GoTowards(kind_ == Kind::Whole ? Stage::Release : Stage::Done);
 }
 
-SheetStep RunningForward::GiveBack()
+SheetStep ForwardSteps::GiveBack()
 {
     if (stage_ == Stage::Attach || stage_ == Stage::Done)
         return SheetStep::Done;
-    const SheetStep made = AttemptLast([this] { target_->SetInteractive(true); });
-    if (made != SheetStep::Busy)
-        stage_ = Stage::Done;
-    return made;
+    try {
+        Hold(false);
+    } catch (const SpreadsheetError &error) { // nobody can do anything about another failure
+        if (error.busy)
+            return SheetStep::Busy;
+    }
+    stage_ = Stage::Done;
+    return SheetStep::Done;
 }
 
 } // namespace px40

@@ -2,8 +2,8 @@
 
 #include "document/dataset.h"
 #include "forward/sheetlayout.h"
+#include "forward/spreadsheet.h"
 #include "link/linkstate.h"
-#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QElapsedTimer>
@@ -13,11 +13,6 @@
 #include <exception>
 
 namespace px40 {
-
-namespace {
-constexpr int BusyPauseMs = 250;
-constexpr int AtAStretchMs = 8; // then the windows live
-} // namespace
 
 RowForwarder::RowForwarder(const ForwardServices &services) : services_(services)
 {
@@ -48,12 +43,7 @@ QCoro::Task<Result<>> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
     data_ = dataSet;
     forward_.reset();
     source_.emplace(dataSet, choice_.title);
-    Result<> begun;
-    try {
-        begun = co_await Begin();
-    } catch (const std::exception &error) {
-        begun = Fail(QString::fromUtf8(error.what()));
-    }
+    const Result<> begun = co_await Begin();
     if (!begun)
         Break(begun.error());
     co_return begun;
@@ -65,18 +55,14 @@ QCoro::Task<Result<>> RowForwarder::Begin()
     const WorkbookFile &file = workbook_->file;
     if (!workbook_->program)
         co_return file.isNew ? Result<>() : CheckExistingWorkbook(file.name);
-    forward_.emplace(*workbook_->program, *source_, file.name.toStdString());
-    SheetStep step = SheetStep::Again;
-    while ((step == SheetStep::Again || step == SheetStep::Busy) && !services_.state.RealtimeStop) {
-        if (step == SheetStep::Busy)
-            co_await Delay(BusyPauseMs);
-        else
-            co_await NextEventLoopTurn();
-        step = forward_->Begin();
-    }
-    if (step != SheetStep::Done)
-        co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
-    co_return Result<>();
+    forward_.emplace(ForwardSteps::Kind::Growing, *workbook_->program, *source_, file.name.toStdString());
+    const std::function<Result<SheetStep>()> step = [this]() -> Result<SheetStep> {
+        if (services_.state.RealtimeStop)
+            return Fail(Text(Str::Canceled), FailureCode::Cancelled);
+        return forward_->Begin();
+    };
+    const Result<> begun = co_await TakeSteps(step);
+    co_return begun;
 }
 
 Result<RowForward::Row> RowForwarder::Write()
@@ -90,16 +76,15 @@ Result<RowForward::Row> RowForwarder::Write()
     return rows > MaxSheetSamples ? Row::Full : Row::Taken;
 }
 
-SheetStep RowForwarder::WriteWaiting()
+void RowForwarder::WriteWaiting()
 {
     SheetStep step = SheetStep::Done;
     QElapsedTimer stretch;
     stretch.start();
     while (step == SheetStep::Done && forward_->Rows() < wanted_)
         step = stretch.hasExpired(AtAStretchMs) ? SheetStep::Again : forward_->WriteRow();
-    retry_.SetInterval(step == SheetStep::Busy ? BusyPauseMs : step == SheetStep::Again ? 1 : 0);
+    retry_.SetInterval(step == SheetStep::Busy ? BusySpreadsheetMs : step == SheetStep::Again ? 1 : 0);
     retry_.SetEnabled(retry_.Interval() > 0);
-    return step;
 }
 
 /// What the spreadsheet was too busy for: rows, or to be given back.
@@ -130,7 +115,7 @@ void RowForwarder::GiveBack()
         Release();
         return;
     }
-    retry_.SetInterval(BusyPauseMs);
+    retry_.SetInterval(BusySpreadsheetMs);
     retry_.SetEnabled(true);
 }
 
@@ -148,16 +133,11 @@ QCoro::Task<Result<>> RowForwarder::Close()
 {
     const QScopedValueRollback<bool> closing(closing_, true);
     services_.state.CancelRequest = false;
-    Result<ForwardOutcome> outcome = Fail(QString());
-    try {
-        outcome = co_await Finish();
-    } catch (const std::exception &error) {
-        outcome = Fail(QString::fromUtf8(error.what()));
-    }
-    if (!outcome && !failure_)
-        Break(outcome.error());
-    else if (outcome)
+    const Result<ForwardOutcome> outcome = co_await Finish();
+    if (outcome)
         Release();
+    else
+        Break(outcome.error());
     Q_EMIT closed(outcome);
     if (!outcome)
         co_return Fail(outcome.error());
@@ -166,50 +146,26 @@ QCoro::Task<Result<>> RowForwarder::Close()
 
 QCoro::Task<Result<ForwardOutcome>> RowForwarder::Finish()
 {
-    ForwardOutcome outcome;
-    outcome.openAfter = choice_.openAfter;
+    if (failure_) // since the last row came
+        co_return Fail(*failure_);
+    retry_.SetEnabled(false);
+    ForwardOutcome outcome = {wanted_, QString(), choice_.openAfter};
     if (workbook_->program) {
-        const Result<> done = co_await FinishSteps();
+        const std::function<Result<SheetStep>()> step = [this] { return forward_->Next(wanted_); };
+        const Result<> done = co_await TakeSteps(step);
         if (!done)
             co_return Fail(done.error());
-        outcome.samples = forward_->Rows();
         co_return outcome;
     }
-    outcome.samples = wanted_;
-    const Result<QString> written = co_await FinishFile();
+    outcome.file = workbook_->file.name;
+    if (wanted_ == 0)
+        co_return outcome;
+    const auto sheet = std::make_shared<const Sheet>(LayOut(*source_, wanted_, false, source_->Rows(false)));
+    const Result<QString> written = co_await WriteSheet(&services_, workbook_->file, sheet, nullptr);
     if (!written)
         co_return Fail(written.error());
     outcome.file = *written;
     co_return outcome;
-}
-
-/// The name of the file.
-QCoro::Task<Result<QString>> RowForwarder::FinishFile()
-{
-    if (wanted_ == 0)
-        co_return workbook_->file.name;
-    const auto sheet = std::make_shared<const Sheet>(LayOut(*source_, wanted_, false, source_->Rows(false)));
-    const Result<QString> written = co_await WriteSheet(&services_, workbook_->file, sheet, nullptr);
-    co_return written;
-}
-
-/// Writes what is still waiting and the end of the sheet, and gives the spreadsheet back to the user.
-QCoro::Task<Result<>> RowForwarder::FinishSteps()
-{
-    SheetStep step = SheetStep::Again;
-    while (step == SheetStep::Again || step == SheetStep::Busy) {
-        if (step == SheetStep::Busy)
-            co_await Delay(BusyPauseMs);
-        else
-            co_await NextEventLoopTurn();
-        if (failure_) // while this waited
-            co_return Fail(*failure_);
-        step = WriteWaiting();
-        if (step == SheetStep::Done)
-            step = forward_->End();
-    }
-    retry_.SetEnabled(false);
-    co_return Result<>();
 }
 
 } // namespace px40

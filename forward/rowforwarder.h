@@ -2,7 +2,6 @@
 
 #include "document/rowforward.h"
 #include "forward/datasetsource.h"
-#include "forward/forwardoutcome.h"
 #include "forward/forwardsteps.h"
 #include "forward/workbookplace.h"
 #include "platform/timer.h"
@@ -30,7 +29,7 @@ class RowForwarder : public QObject, public RowForward
     explicit RowForwarder(const ForwardServices &services);
     ~RowForwarder() override;
 
-    /// Asks what is to be asked before a run. Fails when the user gives up.
+    /// Asks what must be known before a run. Fails when the user gives up.
     QCoro::Task<Result<>> Prepare(ForwardChoice choice);
 
     /// A sheet is being finished: nothing is to be prepared.
@@ -47,21 +46,19 @@ class RowForwarder : public QObject, public RowForward
 
   private:
     QCoro::Task<Result<>> Begin();
-    SheetStep WriteWaiting();
+    void WriteWaiting();
     void Retry();
     void Break(const Failure &failure);
     void GiveBack();
     void Release();
     QCoro::Task<Result<ForwardOutcome>> Finish();
-    QCoro::Task<Result<QString>> FinishFile();
-    QCoro::Task<Result<>> FinishSteps();
 
     ForwardServices services_;
     ForwardChoice choice_;
     std::optional<Workbook> workbook_;
     std::shared_ptr<DataSet> data_;
     std::optional<DataSetSource> source_;
-    std::optional<RunningForward> forward_; ///< none where a file is written without a spreadsheet
+    std::optional<ForwardSteps> forward_; ///< none where a file is written without a spreadsheet
     Timer retry_;
     int wanted_ = 0; ///< rows that the sheet is to have by now
     std::optional<Failure> failure_;

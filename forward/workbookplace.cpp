@@ -3,15 +3,12 @@
 #include "forward/bookfailuretext.h"
 #include "forward/sheettarget.h"
 #include "link/linkstate.h"
-#include "platform/filenames.h"
 #include "platform/progressview.h"
-#include "platform/prompts.h"
 #include "platform/userstore.h"
 #include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QFileInfo>
-#include <QStringList>
 
 #include <algorithm>
 #include <optional>
@@ -25,82 +22,26 @@ constexpr int Permille = 1000;
 
 const QString Section = QStringLiteral("Forward");
 const QString WritingKey = QStringLiteral("Writing");
-const QString NewSuffix = QStringLiteral("xlsx");
 
-/// Whether a workbook can be made under that name.
-Result<> CheckNewName(const QString &name)
+/// Another file in place of one that `why` keeps the sheet from, or the same one once it can be used.
+QCoro::Task<Result<WorkbookFile>> OtherFile(const ForwardServices *services, WorkbookFile file, QString title,
+                                            Failure why)
 {
-    if (QFileInfo(name).suffix().compare(NewSuffix, Qt::CaseInsensitive) != 0)
-        return Fail(AboutFile(Text(Str::ForwardNewKind), name));
-    const BookResult<> fit = CheckNewWorkbook(name);
-    if (!fit)
-        return Fail(AboutFile(BookFailureText(fit.error()), name));
-    return {};
+    if (!services->askForFile)
+        co_return Fail(why);
+    const Result<WorkbookFile> other = co_await services->askForFile(file, title, why.code);
+    co_return other;
 }
 
-/// The name for a new workbook; empty when the user gives up.
-QCoro::Task<QString> AskNewName(const ForwardServices *services, QString title)
-{
-    const QString filter = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx)");
-    QString name = ProposedName(title, services->clock, NewSuffix);
-    while (!name.isEmpty()) {
-        name = co_await services->prompts->AskSaveFile(name, filter, NewSuffix);
-        const Result<> fit = name.isEmpty() ? Result<>() : CheckNewName(name);
-        if (fit)
-            break;
-        co_await services->prompts->Warn(fit.error().text);
-    }
-    co_return name;
-}
-
-/// What a new workbook is to be, once the user has named it.
-QCoro::Task<Result<WorkbookFile>> NewFile(const ForwardServices *services, QString title)
-{
-    const QString name = co_await AskNewName(services, title);
-    if (name.isEmpty())
-        co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
-    co_return WorkbookFile::New(name);
-}
-
-/// Another file in place of one that another program has open, or the same once that has closed it.
+/// Another file in place of one that another program has open.
 QCoro::Task<Result<WorkbookFile>> FileNotHeld(const ForwardServices *services, WorkbookFile file,
                                               QString title)
 {
-    enum Choice { Retry, NewBook };
-    const QStringList choices = {Text(Str::Retry), Text(Str::NewWorkbook), Text(Str::Cancel)};
-    std::optional<BookHolder> holder = HolderOf(file.name);
-    while (holder) {
-        const QString who = BookHolderText(*holder);
-        if (!services->prompts)
-            co_return Fail(Text(Str::ExportInUse).arg(who), FailureCode::FileInUse);
-        const QString text = AboutFile(Text(Str::BookInUse).arg(who), file.name);
-        const int choice = co_await services->prompts->AskOneOf(text, choices);
-        if (choice != Retry && choice != NewBook)
-            co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
-        if (choice == NewBook) {
-            const Result<WorkbookFile> other = co_await NewFile(services, title);
-            file = other.value_or(file); // back to the question
-        }
-        holder = HolderOf(file.name);
-    }
-    co_return file;
-}
-
-/// Another file in place of one under whose name a file has appeared meanwhile.
-QCoro::Task<Result<WorkbookFile>> FileNotTaken(const ForwardServices *services, WorkbookFile file,
-                                               QString title)
-{
-    const QString text = AboutFile(Text(Str::BookTaken), file.name);
-    if (!services->prompts)
-        co_return Fail(text, FailureCode::FileTaken);
-    const QStringList choices = {Text(Str::NewWorkbook), Text(Str::Cancel)};
-    Result<WorkbookFile> other = Fail(Text(Str::Canceled), FailureCode::Cancelled);
-    while (!other) {
-        const int choice = co_await services->prompts->AskOneOf(text, choices);
-        if (choice != 0)
-            break;
-        other = co_await NewFile(services, title);
-    }
+    const std::optional<BookHolder> holder = HolderOf(file.name);
+    if (!holder)
+        co_return file;
+    const Failure why = {Text(Str::ExportInUse).arg(BookHolderText(*holder)), FailureCode::FileInUse};
+    const Result<WorkbookFile> other = co_await OtherFile(services, file, title, why);
     co_return other;
 }
 
@@ -144,6 +85,16 @@ Result<> CheckExistingWorkbook(const QString &name)
     return {};
 }
 
+Result<> CheckNewName(const QString &name)
+{
+    if (QFileInfo(name).suffix().compare(u"xlsx", Qt::CaseInsensitive) != 0)
+        return Fail(AboutFile(Text(Str::ForwardNewKind), name));
+    const BookResult<> fit = CheckNewWorkbook(name);
+    if (!fit)
+        return Fail(AboutFile(BookFailureText(fit.error()), name));
+    return {};
+}
+
 QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice)
 {
     Workbook workbook;
@@ -159,7 +110,7 @@ QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, Fo
             co_return Fail(fit.error());
         *file = {choice.newName, true, {}};
     } else if (choice.fileName.isEmpty()) {
-        file = co_await NewFile(services, choice.title);
+        file = co_await OtherFile(services, *file, choice.title, Failure());
     }
     if (file)
         file = co_await FileNotHeld(services, *file, choice.title);
@@ -177,15 +128,15 @@ QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, Workboo
     const QString title = QString::fromStdString(sheet->title);
     BookResult<> written = co_await WriteOnce(services, file, sheet, progress);
     while (!written) {
-        Result<WorkbookFile> other = Fail({}, FailureCode::Cancelled);
+        const QString text = AboutFile(BookFailureText(written.error()), file.name);
+        const Failure taken = {text, FailureCode::FileTaken};
+        Result<WorkbookFile> other = Fail(text);
         if (written.error().problem == BookProblem::InUse)
             other = co_await FileNotHeld(services, file, title);
         else if (written.error().problem == BookProblem::Taken)
-            other = co_await FileNotTaken(services, file, title);
+            other = co_await OtherFile(services, file, title, taken);
         else if (written.error().problem == BookProblem::Cancelled)
-            co_return Fail(services->state.ForwardErrorText, FailureCode::Cancelled);
-        else
-            co_return Fail(AboutFile(BookFailureText(written.error()), file.name));
+            other = Fail(services->state.ForwardErrorText, FailureCode::Cancelled);
         if (!other)
             co_return Fail(other.error());
         file = *other;

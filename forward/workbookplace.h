@@ -2,6 +2,7 @@
 
 #include "forward/forwardchoice.h"
 #include "platform/result.h"
+#include "platform/tell.h"
 #include "xlsx/workbook.h"
 
 #include <QCoro/QCoroTask>
@@ -12,23 +13,28 @@
 
 namespace px40 {
 
-class Clock;
 class ProgressView;
-class Prompts;
 class Spreadsheet;
 class UserStore;
 struct LinkState;
+
+/// Asks the user for a workbook's file: for a new one if `file` has no name, or in place of one that cannot
+/// be written to, because it is open elsewhere (`FileInUse`) or another file has its name by now
+/// (`FileTaken`). Gives the same file if it can be used by then. Fails with `Cancelled` when the user gives
+/// up.
+using AskForFile =
+    std::function<QCoro::Task<Result<WorkbookFile>>(WorkbookFile file, QString title, FailureCode why)>;
 
 /// What forwarding needs from the program; all of it outlives the forwardings.
 struct ForwardServices
 {
     LinkState &state;
-    Prompts *prompts; ///< null: nobody is there to be asked, so what would be asked about is a failure
-    const Clock &clock;
     UserStore &store;
     /// Makes the automation of the spreadsheet program, null where there is none. May be empty.
-    std::function<std::unique_ptr<Spreadsheet>()> spreadsheet;
-    std::function<void()> toFront; ///< gives the main window the focus; may be empty
+    std::function<std::unique_ptr<Spreadsheet>()> spreadsheet = {};
+    /// Empty: nobody is there to be asked, so what would be asked about is a failure.
+    AskForFile askForFile = {};
+    Tell tellFailure = {}; ///< tells why a data set was not forwarded; may be empty
 };
 
 /// Where the sheet of one forwarding goes.
@@ -41,9 +47,12 @@ struct Workbook
 /// Whether a sheet can be added to that workbook without a spreadsheet program.
 Result<> CheckExistingWorkbook(const QString &name);
 
+/// Whether a new one can be made under that name.
+Result<> CheckNewName(const QString &name);
+
 /// Chooses where a sheet goes. Without a spreadsheet program it asks under which name a new workbook is to be
-/// kept, and what to do about one that another program has open. Fails with `Cancelled` when the user gives
-/// up, and with `FileInUse` where nobody is there. `services` must outlive the task.
+/// kept, and what to do about one that another program has open, which is `FileInUse` where nobody is there.
+/// Fails with `Cancelled` when the user gives up. `services` must outlive the task.
 QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice);
 
 /// Writes the sheet on another thread; asks when another program has the workbook open by now, or another

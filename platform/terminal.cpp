@@ -51,22 +51,19 @@ bool IsOutputTerminal()
     return IsTerminal(stdout);
 }
 
-bool OpenOutput(QFile *file, QString *error)
+Result<> OpenOutput(QFile *file)
 {
 #ifdef Q_OS_WIN
     _setmode(_fileno(stdout), _O_BINARY);
     const int number = _fileno(stdout);
 #else
     const int number = STDOUT_FILENO;
-    if ((::fcntl(number, F_GETFL) & O_ACCMODE) == O_RDONLY) {
-        *error = qt_error_string(EBADF);
-        return false;
-    }
+    if ((::fcntl(number, F_GETFL) & O_ACCMODE) == O_RDONLY)
+        return Fail(qt_error_string(EBADF));
 #endif
-    if (file->open(number, QIODevice::WriteOnly | QIODevice::Unbuffered))
-        return true;
-    *error = file->errorString();
-    return false;
+    if (!file->open(number, QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return Fail(file->errorString());
+    return {};
 }
 
 bool PrintLine(const QString &text)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <QString>
 
 class QFile;
@@ -15,8 +17,8 @@ void KeepStandardStreams();
 
 bool IsOutputTerminal();
 
-/// Opens the standard output for bytes as they are; false with the reason in `error`.
-bool OpenOutput(QFile *file, QString *error);
+/// Opens the standard output for bytes as they are.
+Result<> OpenOutput(QFile *file);
 
 /// False when it could not be said.
 bool PrintLine(const QString &text);

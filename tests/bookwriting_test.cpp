@@ -1,6 +1,6 @@
 // How a workbook takes its place: over which file, in which folder, and what lies beside it.
 
-#include "forward/workbookplace.h"
+#include "app/askworkbook.h"
 #include "link/linkstate.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
@@ -190,7 +190,7 @@ void BookWritingTest::AsksAboutNewNames()
     LinkState state;
     ScriptedPrompts prompts;
     const HeldClock clock;
-    ForwardServices services = {state, &prompts, clock, store, {}, {}};
+    ForwardServices services = {state, store, {}, AskForFileBy(prompts, clock)};
     const QString closed = u"/proc/new.xlsx"_qs; // nobody makes a file there
     const QString taken = folder.filePath(u"taken.xlsx"_qs);
     const QString other = folder.filePath(u"other.xlsx"_qs);
@@ -223,7 +223,7 @@ void BookWritingTest::AsksAboutNewNames()
     QCOMPARE(write(file).value_or(QString()), taken);
     QCOMPARE(SheetNames(taken), QStringList(u"PX40 1"_qs));
 
-    services.prompts = nullptr; // nobody is there
+    services.askForFile = nullptr; // nobody is there
     const Result<QString> alone = write({other, true, {}});
     QVERIFY(!alone && alone.error().code == FailureCode::FileTaken);
 }

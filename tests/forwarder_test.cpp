@@ -1,6 +1,7 @@
 // Forwarding to a spreadsheet program that is busy, hidden, closed or cancelled, and to files that others
 // have open: what the user is asked and told, and that no reading is lost.
 
+#include "app/askworkbook.h"
 #include "document/dataset.h"
 #include "forward/forwarder.h"
 #include "forward/rowforwarder.h"
@@ -58,7 +59,8 @@ struct Rig
 
     ForwardServices Services()
     {
-        return {state, &prompts, clock, store, spreadsheet, [this] { script.calls << u"front"_s; }};
+        return {state, store, spreadsheet, AskForFileBy(prompts, clock),
+                [this](const QString &text) { return prompts.Warn(text); }};
     }
 
     /// All in one go.
@@ -121,7 +123,8 @@ void ForwarderTest::WholeSetIsForwarded()
     };
     const Result<ForwardOutcome> outcome = rig.Forward({QString(), u"Loop 7"_s, true});
     QVERIFY(outcome);
-    QCOMPARE(OutcomeText(*outcome), u"3 rows forwarded to Microsoft Excel."_s);
+    QCOMPARE(outcome->samples, 3);
+    QVERIFY(outcome->file.isEmpty());
     QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
     QVERIFY(!rig.progress.shown);
     QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
@@ -189,8 +192,8 @@ void ForwarderTest::CancelAndFailureAreTold()
     const Result<ForwardOutcome> outcome = rig.Forward({});
     QVERIFY(!outcome && (outcome.error().code == FailureCode::Cancelled) == cancels);
     QCOMPARE(rig.prompts.warnings, QStringList(cancels ? u"Canceled."_s : u"The server is gone."_s));
-    const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 3);
-    QCOMPARE(end.mid(1), QStringList({u"front"_s, u"box"_s}));
+    const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 2);
+    QCOMPARE(end.constLast(), u"box"_s);
     QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
     if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
         QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
@@ -227,25 +230,32 @@ void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
 void ForwarderTest::FailedRunGivesTheSpreadsheetBack_data()
 {
     QTest::addColumn<QString>("at");
-    QTest::newRow("not opened") << u"open"_s;
-    QTest::newRow("at a row") << u"cell"_s;
+    QTest::addColumn<bool>("busy"); // before it fails
+    QTest::newRow("not opened") << u"open"_s << false;
+    QTest::newRow("at a row") << u"cell"_s << false;
+    QTest::newRow("between two rows") << u"cell"_s << true;
 }
 
 void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
 {
     QFETCH(QString, at);
+    QFETCH(bool, busy);
     Rig rig;
     RowForwarder rows(rig.Services());
     QVERIFY(ResultOf(rows.Prepare({})));
     rig.script.answers[at] = {Reply::Failed};
+    if (busy)
+        rig.script.answers[at].prepend(Reply::Busy);
     rig.script.answers[u"interactive"_s] = {Reply::Done, Reply::Busy}; // at first
     QCOMPARE(ResultOf(rows.Open(rig.dataSet)).has_value(), at == u"cell");
     rig.AddRows(1);
     const Result<RowForward::Row> written = rows.Write();
-    QVERIFY(!written);
-    QCOMPARE(written.error().text, u"The server is gone."_s);
+    QCOMPARE(written.has_value(), busy);
     QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
     QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
+    const Result<> closed = ResultOf(rows.Close());
+    QVERIFY(!closed);
+    QCOMPARE(closed.error().text, u"The server is gone."_s);
 }
 
 /// Until the user stops the run.

@@ -208,8 +208,7 @@ void ForwardingTest::FocusReturnsBeforeTheSpreadsheet()
         };
         const auto spreadsheet = [&] { return std::make_unique<ScriptedSheet>(script); };
         Services &own = program.services;
-        Forwarder forwarder({own.state, &own.prompts, own.clock, own.store, spreadsheet, {}}, own.gate,
-                            *progress);
+        Forwarder forwarder({own.state, own.store, spreadsheet}, own.gate, *progress);
         const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(data->Data(), {}));
         QVERIFY(running.Finish() && running.Value());
         QVERIFY(script.calls.contains(u"visible 1"_qs) && hasFocus());

@@ -30,11 +30,10 @@ Result<> Prepare(const QString &to, Target *target)
 {
     target->toOutput = to == ToOutput;
     target->name = Text(Str::StandardOutput);
-    QString error;
-    if (target->toOutput && !OpenOutput(&target->output, &error))
-        return Fail(About(target->name, error));
-    if (target->toOutput)
-        return {};
+    if (target->toOutput) {
+        const Result<> opened = OpenOutput(&target->output);
+        return opened ? opened : Fail(About(target->name, opened.error().text));
+    }
     const Result<QString> name = NameForWriting(to);
     if (!name)
         return Fail(name.error());

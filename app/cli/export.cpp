@@ -43,11 +43,11 @@ Result<> Prepare(const QString &to, Target *target)
     target->told = Text(Str::StandardOutput);
     target->folder = std::make_unique<QTemporaryDir>(); // a workbook is not written from beginning to end
     target->workbook = target->folder->filePath(QStringLiteral("PX40.xlsx"));
-    QString error;
     if (!target->folder->isValid())
         return Fail(About(QDir::tempPath(), target->folder->errorString()));
-    if (!OpenOutput(&target->output, &error))
-        return Fail(About(target->told, error));
+    const Result<> opened = OpenOutput(&target->output);
+    if (!opened)
+        return Fail(About(target->told, opened.error().text));
     return {};
 }
 
@@ -69,10 +69,9 @@ Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSet, QString workbook,
                              QString title)
 {
-    const ForwardServices forwardServices = {services->state, nullptr, services->clock,
-                                             services->store, {},      {}};
+    const ForwardServices unasked = {services->state, services->store};
     ProgressLine progress;
-    Forwarder forwarder(forwardServices, services->gate, progress);
+    Forwarder forwarder(unasked, services->gate, progress);
     ForwardChoice choice = {QString(), title, false, workbook};
     if (QFileInfo::exists(workbook))
         choice.fileName = std::exchange(choice.newName, QString());
