@@ -9,20 +9,15 @@
 
 namespace px40 {
 
-struct LiveParts
+struct ProgramClock
 {
-    ScriptedPrompts prompts;
     HeldClock clock;
 };
 
 /// The whole program after its start and a first status, with a clock that stands still.
-struct LiveProgram : LiveParts, Program
+struct LiveProgram : ProgramClock, StartedProgram
 {
-    LiveProgram() : Program(prompts, LinkRig::Unpaced(), &clock)
-    {
-        StartUp();
-        Require(Check(), u"The first status check does not end."_qs);
-    }
+    LiveProgram() : StartedProgram(&clock) { Require(Check(), u"The first status check does not end."_qs); }
 
     bool Check() const
     {
@@ -41,8 +36,7 @@ struct LiveProgram : LiveParts, Program
     bool Start(Answer forward)
     {
         prompts.answers = {forward};
-        Action("Start")->trigger();
-        return NoJobLeft();
+        return Do("Start");
     }
 
     bool Unplug()

@@ -59,11 +59,11 @@ QString Program::Message() const
     return Find<QLabel>("Msg")->text();
 }
 
-void StartDownload(const Program &program, ScriptedPrompts &prompts, const char *action)
+void ScriptedProgram::StartDownload(const char *action)
 {
     prompts.answers = {Answer::No};
-    program.Action(action)->trigger();
-    Await([&] { return prompts.answers.empty() && program.Cancel()->isVisible(); },
+    Action(action)->trigger();
+    Await([this] { return prompts.answers.empty() && Cancel()->isVisible(); },
           QStringLiteral("The download does not begin."));
 }
 

@@ -42,6 +42,12 @@ struct Program : InstrumentRig
     }
 
     QAction *Action(const char *name) const { return Find<QAction>(name); }
+    /// Chooses that action; whether all that it has begun comes to an end.
+    bool Do(const char *action) const
+    {
+        Action(action)->trigger();
+        return NoJobLeft();
+    }
     QDialog *Cancel() const { return Find<QDialog>("frmCancel"); }
     QString Message() const;
     /// In the order in which they were opened.
@@ -52,8 +58,24 @@ struct Program : InstrumentRig
     bool hasLeft = false;
 };
 
-/// Asks for the stored readings, not to be forwarded, and waits for the progress dialog.
-void StartDownload(const Program &program, ScriptedPrompts &prompts, const char *action = "Mdata");
+struct ProgramScript
+{
+    ScriptedPrompts prompts;
+};
+
+/// The same with answers from a script; not started as yet.
+struct ScriptedProgram : ProgramScript, Program
+{
+    explicit ScriptedProgram(const Clock *clock = nullptr) : Program(prompts, Unpaced(), clock) {}
+
+    /// Asks for the stored readings, not to be forwarded, and waits for the progress dialog.
+    void StartDownload(const char *action = "Mdata");
+};
+
+struct StartedProgram : ScriptedProgram
+{
+    explicit StartedProgram(const Clock *clock = nullptr) : ScriptedProgram(clock) { StartUp(); }
+};
 
 void Press(QWidget *parent, const char *button);
 

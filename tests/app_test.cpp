@@ -11,26 +11,17 @@
 #include "platform/timer.h"
 #include "platform/userstore.h"
 #include "testing/files.h"
+#include "testing/rows.h"
+#include "testing/wait.h"
 
 #include <QDir>
-#include <QFile>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace px40;
 
-Q_DECLARE_METATYPE(px40::Situation)
-
 namespace {
-
-void WriteBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), qint64(bytes.size()));
-}
 
 /// Of the commands that some rule disables.
 QString EnabledCommands(const CommandRules &rules, bool (CommandRules::*isEnabled)(Command) const)
@@ -50,6 +41,8 @@ QString EnabledCommands(const CommandRules &rules, bool (CommandRules::*isEnable
     return enabled.join(u' ');
 }
 
+using Enabled = std::tuple<Situation, const char *, const char *>; // with the items and the buttons
+
 } // namespace
 
 class AppTest : public QObject
@@ -63,7 +56,7 @@ class AppTest : public QObject
             const QTemporaryDir folder;
             const Paths paths = PathsIn(folder.path());
             if (!bytes.isEmpty())
-                WriteBytes(paths.IniPath, bytes);
+                Require(Put(paths.IniPath, bytes), u"The file cannot be written."_qs);
             Settings settings(paths);
             settings.ReadFile();
             const QStringList fields{QString::number(settings.PortNumber()), settings.ForwardFileText,
@@ -119,35 +112,29 @@ class AppTest : public QObject
 
     void CommandsFollowTheActiveWindow_data()
     {
-        QTest::addColumn<Situation>("situation");
-        QTest::addColumn<QString>("items");
-        QTest::addColumn<QString>("buttons");
-        const auto row = [](const char *name, const Situation &situation, const char *items,
-                            const char *buttons) {
-            QTest::newRow(name) << situation << QString::fromLatin1(items) << QString::fromLatin1(buttons);
-        };
-        row("no window", {ActivityIdle, false, KindUnknown}, "New Memory", "New Memory Close SaveAs");
-        row("none is active", {ActivityIdle, true, KindUnknown}, "New Memory", "New Memory Close SaveAs");
-        row("stored readings", {ActivityIdle, true, KindMemory}, "New Memory Close Save SaveAs Forward Graph",
-            "New Memory Close Save SaveAs Forward Start Interval Graph");
-        row("real-time", {ActivityIdle, true, KindRealtime},
-            "New Memory Close Save SaveAs Forward Start Interval Graph",
-            "New Memory Close Save SaveAs Forward Start Interval Graph");
-        row("SAVE mode", {ActivityIdle, true, KindSave}, "New Memory Close Save SaveAs Forward",
-            "New Memory Close Save SaveAs Forward Start Interval Graph");
-        row("run", {ActivityRealtime, true, KindRealtime, true},
-            "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
-        row("run while another part has just used the link", {ActivityIdle, true, KindRealtime, true},
-            "Close Save SaveAs Forward Stop Interval Graph", "Close Save SaveAs Forward Stop Interval Graph");
+        const char *const all = "New Memory Close Save SaveAs Forward Start Interval Graph";
+        const char *const running = "Close Save SaveAs Forward Stop Interval Graph";
+        const char *const none = "New Memory Close SaveAs";
+        AddRows<Enabled>({
+            {"no window", {{ActivityIdle, false, KindUnknown}, "New Memory", none}},
+            {"none is active", {{ActivityIdle, true, KindUnknown}, "New Memory", none}},
+            {"stored readings",
+             {{ActivityIdle, true, KindMemory}, "New Memory Close Save SaveAs Forward Graph", all}},
+            {"real-time", {{ActivityIdle, true, KindRealtime}, all, all}},
+            {"SAVE mode", {{ActivityIdle, true, KindSave}, "New Memory Close Save SaveAs Forward", all}},
+            {"run", {{ActivityRealtime, true, KindRealtime, true}, running, running}},
+            {"run while another part has just used the link",
+             {{ActivityIdle, true, KindRealtime, true}, running, running}},
+        });
     }
 
     void CommandsFollowTheActiveWindow()
     {
-        QFETCH(Situation, situation);
+        const auto [situation, items, buttons] = ThisRow<Enabled>();
         CommandRules rules;
         rules.Refresh(situation);
-        QTEST(EnabledCommands(rules, &CommandRules::IsItemEnabled), "items");
-        QTEST(EnabledCommands(rules, &CommandRules::IsButtonEnabled), "buttons");
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsItemEnabled), QString::fromLatin1(items));
+        QCOMPARE(EnabledCommands(rules, &CommandRules::IsButtonEnabled), QString::fromLatin1(buttons));
     }
 
     void InstrumentMayRuleOutReceiving()
@@ -329,7 +316,7 @@ class AppTest : public QObject
 
         // A crash may leave a file that names nobody.
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-        WriteBytes(folder + u'/' + name + u"-empty.lock"_qs, QByteArray());
+        QVERIFY(Put(folder + u'/' + name + u"-empty.lock"_qs, {}));
         SingleInstance third(name + u"-empty"_qs);
         QVERIFY(third.Acquire());
     }

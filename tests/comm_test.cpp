@@ -177,16 +177,6 @@ class CommTest : public QObject
         QVERIFY(!rig.comm.OpenPort());
     }
 
-    void LinesOfAnIdleLinkAreTold()
-    {
-        CommRig rig;
-        const QSignalSpy lines(&rig.comm, &Comm::lineReceived);
-        rig.server.Inject("first\r\nsec");
-        QTRY_COMPARE(lines.count(), 1);
-        rig.server.Inject("ond\r\n");
-        QTRY_COMPARE(lines.count(), 2);
-    }
-
     void ClosedPortSaysWhatIsWrong_data()
     {
         QTest::addColumn<QString>("device");

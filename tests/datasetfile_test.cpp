@@ -3,11 +3,12 @@
 #include "platform/files.h"
 #include "platform/replacefile.h"
 #include "testing/files.h"
+#include "testing/rows.h"
+#include "testing/wait.h"
 
 #include <QDir>
 #include <QScopeGuard>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cerrno>
 #include <utility>
@@ -26,11 +27,14 @@ struct FileRig
     QString Put(const QByteArray &bytes)
     {
         const QString name = folder.filePath(u"given.CSV"_qs);
-        QFile file(name);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? name : QString();
+        Require(px40::Put(name, bytes), u"The file cannot be written."_qs);
+        return name;
     }
 
     std::shared_ptr<DataSet> Set() { return std::make_shared<DataSet>(state, shared); }
+
+    /// What lies in the folder, hidden files as well.
+    QStringList Files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
 
     QTemporaryDir folder;
     LinkState state;
@@ -42,6 +46,11 @@ QString Why(const Result<> &result)
 {
     return result ? QString() : result.error().text;
 }
+
+/// The work file; whether there is a folder for temporary files; the end of what is said.
+using WorkPlace = std::tuple<QString, bool, QString>;
+using Target = std::pair<QString, QString>; // where it is saved, and why that fails
+using Held = std::tuple<int, int, int>;     // the error, how often it comes, and how often it is tried
 
 } // namespace
 
@@ -118,23 +127,23 @@ class DataSetFileTest : public QObject
 
     void FailedReadingLeavesNothing_data()
     {
-        QTest::addColumn<QString>("error");
-        QTest::newRow("given.CSV") << u"This file is a different data type."_qs;
-        QTest::newRow("absent.CSV") << u"No such file or directory"_qs;
-        for (const char *const name : {".", "/dev/zero", "pipe"})
-            QTest::newRow(name) << u"This is not a file."_qs;
+        const QString noFile = u"This is not a file."_qs;
+        AddRows<QString>({{"given.CSV", u"This file is a different data type."_qs},
+                          {"absent.CSV", u"No such file or directory"_qs},
+                          {".", noFile},
+                          {"/dev/zero", noFile},
+                          {"pipe", noFile}});
     }
 
     void FailedReadingLeavesNothing()
     {
-        QFETCH(QString, error);
         FileRig rig;
         rig.Put("3\r\n");
         const QString path = QDir(rig.folder.path()).absoluteFilePath(QLatin1String(QTest::currentDataTag()));
         if (path.endsWith(u"pipe"))
             QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
         const std::shared_ptr<DataSet> set = rig.Set();
-        QCOMPARE(Why(set->OpenFile(path)), error);
+        QCOMPARE(Why(set->OpenFile(path)), ThisRow<QString>());
         QVERIFY(!QFile::exists(rig.shared.WorkPath));
         QCOMPARE(set->GetDatacount(), 0);
     }
@@ -143,26 +152,23 @@ class DataSetFileTest : public QObject
     {
         const QString elsewhere = u"the folder for temporary files is used instead."_qs;
         const QString nowhere = u"nor can the folder for temporary files; it goes without."_qs;
-        QTest::addColumn<QString>("work");   // in the folder
-        QTest::addColumn<bool>("temporary"); // there is a folder for temporary files
-        QTest::addColumn<QString>("note");   // the end of what is said
-        QTest::newRow("as usual") << u"WORK.~~~"_qs << true << QString();
-        QTest::newRow("as usual, no temporary files") << u"WORK.~~~"_qs << false << QString();
-        QTest::newRow("no folder") << u"gone/WORK.~~~"_qs << true << elsewhere;
-        QTest::newRow("no folder at all") << u"gone/WORK.~~~"_qs << false << nowhere;
-        QTest::newRow("below a file") << u"given.CSV/WORK"_qs << true << elsewhere;
-        QTest::newRow("a folder") << u"sub"_qs << false << nowhere;
-        QTest::newRow("full disk") << u"full"_qs << true << elsewhere;
-        QTest::newRow("full disk, no temporary files") << u"full"_qs << false << nowhere;
-        QTest::newRow("none") << QString() << true << QString();
-        QTest::newRow("none, no temporary files") << QString() << false << QString();
+        AddRows<WorkPlace>({
+            {"as usual", {u"WORK.~~~"_qs, true, QString()}},
+            {"as usual, no temporary files", {u"WORK.~~~"_qs, false, QString()}},
+            {"no folder", {u"gone/WORK.~~~"_qs, true, elsewhere}},
+            {"no folder at all", {u"gone/WORK.~~~"_qs, false, nowhere}},
+            {"below a file", {u"given.CSV/WORK"_qs, true, elsewhere}},
+            {"a folder", {u"sub"_qs, false, nowhere}},
+            {"full disk", {u"full"_qs, true, elsewhere}},
+            {"full disk, no temporary files", {u"full"_qs, false, nowhere}},
+            {"none", {QString(), true, QString()}},
+            {"none, no temporary files", {QString(), false, QString()}},
+        });
     }
 
     void WorkFileMayBeElsewhere()
     {
-        QFETCH(QString, work);
-        QFETCH(bool, temporary);
-        QFETCH(QString, note);
+        const auto [work, temporary, note] = ThisRow<WorkPlace>();
         FileRig rig;
         const QTemporaryDir other;
         const QDir dir(rig.folder.path());
@@ -189,17 +195,16 @@ class DataSetFileTest : public QObject
 
     void FailedSavingLeavesTheOldFile_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("full disk") << u"given.CSV"_qs << u"File too large"_qs;
-        QTest::newRow("no folder") << u"gone/other.CSV"_qs << u"No such file or directory"_qs;
-        QTest::newRow("a folder") << u"dir.CSV"_qs << u"Filename refers to a directory"_qs;
+        AddRows<Target>({
+            {"full disk", {u"given.CSV"_qs, u"File too large"_qs}},
+            {"no folder", {u"gone/other.CSV"_qs, u"No such file or directory"_qs}},
+            {"a folder", {u"dir.CSV"_qs, u"Filename refers to a directory"_qs}},
+        });
     }
 
     void FailedSavingLeavesTheOldFile()
     {
-        QFETCH(QString, target);
-        QFETCH(QString, error);
+        const auto [target, error] = ThisRow<Target>();
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
@@ -214,8 +219,7 @@ class DataSetFileTest : public QObject
         QVERIFY(!set->Saved());
         QCOMPARE(set->GetFilename(), name);
         QCOMPARE(Contents(name), SampleFile());
-        const QStringList left = QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden);
-        QCOMPARE(left, QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
+        QCOMPARE(rig.Files(), QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
     }
 
     /// Where only the last step finds no room.
@@ -232,7 +236,7 @@ class DataSetFileTest : public QObject
             QCOMPARE(Why(ReplaceFile(name, write)), u"File too large"_qs);
             QCOMPARE(Contents(name), SampleFile());
         }
-        QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        QCOMPARE(rig.Files().size(), 1);
     }
 
     void LinksAndPermissionsStay()
@@ -251,28 +255,26 @@ class DataSetFileTest : public QObject
 
     void HeldFilesAreTriedAgain_data()
     {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<int>("failures"); // then it succeeds
-        QTest::addColumn<int>("tries");
-        QTest::newRow("free") << 0 << 0 << 1;
-        QTest::newRow("held for a moment") << EBUSY << 3 << 4;
-        QTest::newRow("held for ever") << EBUSY << 1000 << 10;
-        QTest::newRow("forbidden") << EACCES << 1000 << 1;
+        AddRows<Held>({
+            {"free", {0, 0, 1}},
+            {"held for a moment", {EBUSY, 3, 4}},
+            {"held for ever", {EBUSY, 1000, 10}},
+            {"forbidden", {EACCES, 1000, 1}},
+        });
     }
 
     void HeldFilesAreTriedAgain()
     {
-        QFETCH(int, error);
-        QFETCH(int, failures);
-        QFETCH(int, tries);
+        const auto [error, failures, tries] = ThisRow<Held>();
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         int tried = 0;
         int pauses = 0;
         Renaming renaming = Renaming::OfTheSystem();
         renaming.pause = [&pauses](int) { ++pauses; };
-        renaming.rename = [&](const QString &from, const QString &to, bool mayReplace) {
-            return ++tried > failures ? Renaming::OfTheSystem().rename(from, to, mayReplace) : error;
+        renaming.rename = [&tried, e = error, n = failures](const QString &from, const QString &to,
+                                                            bool mayReplace) {
+            return ++tried > n ? Renaming::OfTheSystem().rename(from, to, mayReplace) : e;
         };
         {
             Replacement file(name, renaming);
@@ -285,7 +287,7 @@ class DataSetFileTest : public QObject
         QCOMPARE(tried, tries);
         QCOMPARE(pauses, tries - 1);
         QCOMPARE(Contents(name), tried > failures ? QByteArray("new") : SampleFile());
-        QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        QCOMPARE(rig.Files().size(), 1);
     }
 
     void WorkFileIsNoDataFile()

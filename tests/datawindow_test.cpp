@@ -28,23 +28,15 @@ using namespace px40;
 
 namespace {
 
-struct Script
-{
-    ScriptedPrompts prompts;
-};
-
 /// A program with files in its folder.
-struct FileProgram : Script, Program
+struct FileProgram : StartedProgram
 {
-    FileProgram() : Program(prompts) { StartUp(); }
-
     QString Path(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
 
     QString Put(const char *name, const char *kind = "2", const char *shape = "9600,5400,0")
     {
-        QFile file(Path(name));
-        const QByteArray bytes = SampleFile(kind, shape);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? Path(name) : QString();
+        Require(px40::Put(Path(name), SampleFile(kind, shape)), u"The file cannot be written."_qs);
+        return Path(name);
     }
 
     frmData *Open(const QString &name)
@@ -75,8 +67,7 @@ class DataWindowTest : public QObject
         FileProgram program;
         const QString good = program.Put("good.CSV");
         program.prompts.files = {good, good};
-        program.Action("Open")->trigger();
-        QVERIFY(program.NoJobLeft());
+        QVERIFY(program.Do("Open"));
         frmData *const opened = program.DataWindows().value(0);
         QVERIFY(opened);
         QCOMPARE(program.Message(), u"good.CSV: 3 readings."_qs);
@@ -108,8 +99,7 @@ class DataWindowTest : public QObject
         const QString told = program.Message();
         QVERIFY2(told.startsWith(u"good.CSV: 3 readings. "_qs + program.Path("gone/WORK.~~~")),
                  qPrintable(told));
-        program.Action("Save")->trigger();
-        QVERIFY(program.NoJobLeft());
+        QVERIFY(program.Do("Save"));
         QCOMPARE(program.Message(), u"good.CSV saved."_qs);
     }
 
@@ -215,8 +205,7 @@ class DataWindowTest : public QObject
             data->close();
             QVERIFY(program.NoJobLeft()); // cancelled
             QCOMPARE(program.prompts.questions.last().section(u"\r\n"_qs, 1), program.Path("a[*]b.CSV"));
-            program.Action("Save")->trigger();
-            QVERIFY(program.NoJobLeft());
+            QVERIFY(program.Do("Save"));
             QVERIFY2(title().endsWith(shown + u']'), qPrintable(title()));
         }
         QMetaObject::invokeMethod(program.Find("chData"), "saveAsRequested");
@@ -237,11 +226,12 @@ class DataWindowTest : public QObject
             QVERIFY(!program.hasLeft); // the second one is not saved as yet
             program.prompts.answers.assign(2, Answer::Yes);
             program.prompts.files.push_back(second);
-            program.Action("mnuFileExit")->trigger();
-            QVERIFY(program.NoJobLeft());
+            QVERIFY(program.Do("mnuFileExit"));
             QVERIFY(QFile::exists(program.Path("one.CSV")));
         }
         QTRY_VERIFY(program.hasLeft);
+        QVERIFY(!program.window->isVisible() && !program.services.comm.IsOpen());
+        QVERIFY(program.services.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0) > 0); // kept on leaving
         QCOMPARE(program.prompts.questions.size(), 4); // one about the first
         QCOMPARE(program.prompts.warnings.size(), 1);
         QVERIFY(QFile::exists(program.Path("two.CSV")));
@@ -267,7 +257,7 @@ class DataWindowTest : public QObject
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().size(), 2);
         QVERIFY(!program.Action("mnuSetupGraph")->isEnabled()); // a SAVE-mode set is active
-        StartDownload(program, program.prompts);
+        program.StartDownload();
         QVERIFY(!enter()); // not during a download
         QVERIFY(program.NoJobLeft());
     }
@@ -292,8 +282,7 @@ class DataWindowTest : public QObject
         frmData *const first = program.Open(program.Put("a&b.CSV"));
         frmData *const second = program.Open(program.Put("c.CSV"));
         program.prompts.files = {program.Path("d.CSV")};
-        program.Action("mnuFileSaveAs")->trigger();
-        QVERIFY(program.NoJobLeft());
+        QVERIFY(program.Do("mnuFileSaveAs"));
         QCOMPARE(offered(), u"&1  d.CSV|&2  c.CSV|&3  a&&b.CSV||&Clear the List"_qs);
         first->showMinimized();
         QVERIFY(choose(2)); // it is open

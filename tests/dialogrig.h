@@ -4,6 +4,7 @@
 #include "link/linkstate.h"
 #include "platform/jobs.h"
 #include "testing/prompts.h"
+#include "testing/wait.h"
 
 #include <QLineEdit>
 #include <QPointer>
@@ -42,6 +43,26 @@ struct DialogRig
     }
 
     void Click(const char *button) const { Find<QPushButton>(button)->click(); }
+
+    /// Clicks at a button that complains, and at one while the message is up: there is no second message over
+    /// it. Then the dialog has the focus again.
+    void ClickTwice(const char *button, const char *meanwhile)
+    {
+        prompts.onWarn = [this, meanwhile] {
+            if (prompts.warnings.size() == 1)
+                Click(meanwhile);
+        };
+        Click(button);
+        Await([this] { return jobs.Running() == 0; }, u"The message does not go."_qs);
+        Require(dialog && dialog->focusWidget(), u"The dialog does not stay."_qs);
+    }
+
+    /// Types into the field that has the focus, and presses Return.
+    void Enter(const char *text) const
+    {
+        QTest::keyClicks(dialog->focusWidget(), QString::fromLatin1(text));
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+    }
 
     void AddReading() const { dataSet->AddData(QString(), u"1"_qs, QString(), QString(), QString()); }
 

@@ -1,5 +1,4 @@
 #include "app/messageprompts.h"
-#include "app/startup.h"
 #include "resources/strings.h"
 #include "testing/program.h"
 
@@ -13,20 +12,6 @@
 
 using namespace px40;
 
-namespace {
-
-struct Script
-{
-    ScriptedPrompts prompts;
-};
-
-struct Started : Script, Program
-{
-    Started() : Program(prompts) { StartUp(); }
-};
-
-} // namespace
-
 /// Closing windows, leaving the program, and changing its port.
 class LeavingTest : public QObject
 {
@@ -39,64 +24,40 @@ class LeavingTest : public QObject
         for (const auto &[unsaved, answer, closes] :
              {Case{false, Answer::Cancel, true}, Case{true, Answer::Cancel, false},
               Case{true, Answer::No, true}}) {
-            Started program;
+            StartedProgram program;
             program.prompts.answers = {answer};
             program.Action("New")->trigger();
             const QPointer<frmData> data = program.DataWindows().first();
             if (unsaved)
-                data->Data()->AddData(QString(), QStringLiteral("1"), QString(), QString(), QString());
+                data->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
 
             program.services.state.LinkActivity = ActivityDownload;
             data->close(); // refused without a question while the link is in use
             QVERIFY(data && program.prompts.questions.isEmpty());
             program.services.state.LinkActivity = ActivityStatusCheck;
-            program.Action("mnuFileClose")->trigger();
-            QVERIFY(program.NoJobLeft());
+            QVERIFY(program.Do("mnuFileClose"));
             QTRY_COMPARE(data.isNull(), closes);
             const QString question = u"Do you want to save the changes you made to this file?\r\n1New"_qs;
             QCOMPARE(program.prompts.questions, unsaved ? QStringList(question) : QStringList());
         }
     }
 
-    void LeavingAsksForEachUnsavedWindow()
-    {
-        Started program;
-        program.prompts.answers = {Answer::No, Answer::Cancel, Answer::No, Answer::No};
-        for (int i = 0; i < 2; ++i) {
-            program.Action("New")->trigger();
-            program.DataWindows().last()->Data()->SetPeriod(true, {});
-        }
-        program.Action("mnuFileExit")->trigger();
-        QTRY_COMPARE(program.prompts.questions.size(), 2);
-        QVERIFY(program.NoJobLeft());
-        QVERIFY(program.window->isVisible() && !program.hasLeft);
-        // Nothing has gone, so nothing is forgotten: both are asked about again.
-        program.Action("mnuFileExit")->trigger();
-        QTRY_VERIFY(program.hasLeft);
-        QVERIFY(program.services.store.GetNumber(u"Settings"_qs, u"SourceTop"_qs, 0) > 0); // kept on leaving
-        QCOMPARE(program.prompts.questions.size(), 4);
-        QVERIFY(!program.window->isVisible());
-        QVERIFY(!program.services.comm.IsOpen());
-        QVERIFY(QFile::exists(program.services.settings.GetPaths().IniPath));
-        QCOMPARE(program.services.store.Get(u"Settings"_qs, u"MainState"_qs, QString()), u"0"_qs);
-    }
-
     void LeavingIsRefusedDuringADownload()
     {
-        Started program;
+        StartedProgram program;
         program.Fault("silent-from=6");
-        StartDownload(program, program.prompts);
+        program.StartDownload();
         QTRY_VERIFY(program.server.CommandCount() >= 6);
         program.window->close();
         QVERIFY(program.window->isVisible());
         QVERIFY(!program.services.leaving);
         QVERIFY(program.NoJobLeft());
-        QCOMPARE(program.prompts.warnings, QStringList(QStringLiteral("Timeout error occurred.")));
+        QCOMPARE(program.prompts.warnings, QStringList(u"Timeout error occurred."_qs));
     }
 
     void LeavingStopsWhatWaits()
     {
-        Started program;
+        StartedProgram program;
         program.Fault("silent");
         const Running exchange(program.services.comm.SendCommand(AskReading(1)));
         const LinkUse use(program.services.gate, ActivityStatusCheck);
@@ -114,8 +75,8 @@ class LeavingTest : public QObject
 
     void PortDialogKeepsTheOldPortUntilOneOpens()
     {
-        Started program;
-        program.services.settings.PortNumberText = QStringLiteral("1");
+        StartedProgram program;
+        program.services.settings.PortNumberText = u"1"_qs;
         QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
         QVERIFY(program.window->tmCheckStat.Enabled());
         program.Action("mnuSetupCommport")->trigger();
@@ -123,14 +84,14 @@ class LeavingTest : public QObject
         const QPointer<QDialog> dialog = program.Find<QDialog>("frmPort");
         auto *const number = program.Find<QComboBox>("cbPort");
         QCOMPARE(number->count(), 16);
-        QCOMPARE(number->currentText(), QStringLiteral("1"));
+        QCOMPARE(number->currentText(), u"1"_qs);
 
         number->setCurrentIndex(4);
         Press(dialog, "btOk");
         QTRY_COMPARE(program.prompts.warnings, QStringList(u"No device is assigned to port 5."_qs));
-        QTRY_VERIFY(dialog->findChild<QPushButton *>(QStringLiteral("btOk"))->isEnabled());
+        QTRY_VERIFY(dialog->findChild<QPushButton *>(u"btOk"_qs)->isEnabled());
         QVERIFY(dialog->isVisible());
-        QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("1"));
+        QCOMPARE(program.services.settings.PortNumberText, u"1"_qs);
         QVERIFY(!program.window->tmCheckStat.Enabled());
         QCOMPARE(program.window->tmCheckStat.Interval(), 0);
 
@@ -138,7 +99,7 @@ class LeavingTest : public QObject
         Press(dialog, "btOk");
         QTRY_VERIFY(dialog.isNull());
         QVERIFY(program.services.comm.IsOpen());
-        QCOMPARE(program.services.settings.PortNumberText, QStringLiteral("5"));
+        QCOMPARE(program.services.settings.PortNumberText, u"5"_qs);
         QCOMPARE(program.services.ports.Device(5), program.services.ports.Device(1));
         QVERIFY(program.NoJobLeft());
         QVERIFY(program.window->tmCheckStat.Enabled()); // for the MEASURE and SOURCE windows
@@ -158,13 +119,11 @@ class LeavingTest : public QObject
 
     void FailedStartAsksForAPort()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
-        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
+        ScriptedProgram program;
+        program.services.ports.Fix(1, u"/dev/px40-none"_qs);
+        program.Begin(false);
         QTRY_VERIFY(program.Find<QDialog>("frmPort"));
-        QCOMPARE(prompts.warnings,
-                 QStringList(Text(Str::PortNoDevice).arg(QStringLiteral("/dev/px40-none"))));
+        QCOMPARE(program.prompts.warnings, QStringList(Text(Str::PortNoDevice).arg(u"/dev/px40-none"_qs)));
         QVERIFY(program.window->isVisible());
         QCOMPARE(program.window->tmCheckStat.Interval(), 0);
         Press(program.Find<QDialog>("frmPort"), "btCancel");
@@ -176,9 +135,8 @@ class LeavingTest : public QObject
 
     void StartUpCanBeLeft()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), true), "start-up");
+        ScriptedProgram program;
+        program.Begin(true);
         QTRY_VERIFY(program.window->isVisible()); // the splash window stands before it for its second wait
         program.window->close();
         QTRY_VERIFY(program.hasLeft);
@@ -189,8 +147,8 @@ class LeavingTest : public QObject
     {
         MessagePrompts prompts;
         Program program(prompts);
-        program.services.ports.Fix(1, QStringLiteral("/dev/px40-none"));
-        program.services.jobs.Launch(RunStartup(&program.services, program.window.get(), false), "start-up");
+        program.services.ports.Fix(1, u"/dev/px40-none"_qs);
+        program.Begin(false);
         QTRY_VERIFY(QApplication::activeModalWidget());
         program.window->close();
         QTRY_VERIFY(program.hasLeft);

@@ -64,25 +64,8 @@ class LiveTest : public QObject
     void SaveModeHasTheLinkToItself()
     {
         LiveProgram program;
-        const auto commands = [&] {
-            QStringList all;
-            for (const std::string &command : program.server.Commands())
-                all << QString::fromStdString(command);
-            return all;
-        };
-        const auto fetch = [&] {
-            program.prompts.answers = {Answer::No};
-            program.Action("Sdata")->trigger();
-            return WaitUntil([&] { return program.Cancel()->isVisible(); });
-        };
-        const qsizetype before = commands().size();
-        std::optional<LinkUse> check(std::in_place, program.services.gate, ActivityStatusCheck);
-        program.prompts.answers = {Answer::No};
-        program.Action("Sdata")->trigger();
-        QVERIFY(WaitUntil([&] { return program.services.state.StatusYield; }));
-        QVERIFY(program.DataWindows().isEmpty());
-        check.reset();
-        QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
+        const qsizetype before = program.Commands().size();
+        program.StartDownload("Sdata");
         QVERIFY(!program.services.state.LinkBusy);
         Press(program.Moniter(), "btMeasOnOff");
         program.Source()->findChild<QPushButton *>(u"btSrcOnOff"_qs)->click();
@@ -92,9 +75,10 @@ class LiveTest : public QObject
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
         QVERIFY(program.NoJobLeft());
-        const QStringList sent = commands().mid(before, 52);
+        const QStringList sent = program.Commands().mid(before, 52);
         QCOMPARE(sent.first() + sent.at(1) + sent.at(50) + sent.last(), u"PL,1RS,01RS,50PL,0"_qs);
-        QVERIFY(WaitUntil([&] { return commands().contains(u"MO0"_qs) && commands().contains(u"SO1"_qs); }));
+        const auto isSent = [&](const QString &command) { return program.Commands().contains(command); };
+        QVERIFY(WaitUntil([&] { return isSent(u"MO0"_qs) && isSent(u"SO1"_qs); }));
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().size(), 1);
         const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
@@ -103,12 +87,14 @@ class LiveTest : public QObject
         QCOMPARE(program.Message(), u"37 SAVE-mode records received; they are no readings."_qs);
 
         program.Fault("garbage=3");
-        QVERIFY(fetch() && program.NoJobLeft());
+        program.StartDownload("Sdata");
+        QVERIFY(program.NoJobLeft());
         QCOMPARE(program.Message(), u"The download ended early: 1 SAVE-mode records received."_qs);
         program.Fault("none");
         for (int n = 1; n <= 50; ++n)
             program.server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });
-        QVERIFY(fetch() && program.NoJobLeft());
+        program.StartDownload("Sdata");
+        QVERIFY(program.NoJobLeft());
         QCOMPARE(program.Message(), u"The instrument holds no SAVE-mode records."_qs);
 
         program.Action("New")->trigger();

@@ -1,169 +1,11 @@
 #include "link/pendingreplies.h"
+#include "testing/rows.h"
 
-#include <QTest>
-
-#include <algorithm>
-#include <deque>
-#include <optional>
-#include <random>
+#include <QMap>
 
 using namespace px40;
 
 namespace {
-
-const QString Condition(52, u'1');
-const QString Reading(29, u'1');
-const QString Record = u"RS5"_qs;
-
-/// A line with its instrument, in a time of its own. Everything is answered in order or not at all; commands
-/// and replies get lost, the instrument stalls and then answers all that it was asked, some replies are late.
-class ModelLine
-{
-  public:
-    struct Reply
-    {
-        qint64 at;
-        int exchange; ///< in which its command was written
-        QString text;
-    };
-
-    explicit ModelLine(unsigned seed) : random_(seed) {}
-
-    void Write(const LinkCommand &command, int exchange)
-    {
-        if (Chance(0.03) || now < silentUntil_)
-            return;
-        if (Chance(0.001))
-            stalledUntil_ = now + Between(300, 40000);
-        if (Chance(0.002))
-            silentUntil_ = now + Between(500, 15000);
-        const qint64 late = Chance(0.02) ? Between(200, 2500) : 0;
-        lastReply_ = std::max({lastReply_, now, stalledUntil_}) + Between(15, 80) + late;
-        if (!Chance(0.03))
-            replies_.push_back({lastReply_, exchange, Chance(0.01) ? u"ERR"_qs : TextFor(command)});
-    }
-
-    /// The next reply if it comes until then; otherwise it is then.
-    std::optional<Reply> Next(qint64 until)
-    {
-        if (replies_.empty() || replies_.front().at > until) {
-            now = until;
-            return std::nullopt;
-        }
-        const Reply reply = replies_.front();
-        replies_.pop_front();
-        now = reply.at;
-        return reply;
-    }
-
-    bool Chance(double share) { return std::uniform_real_distribution<>(0, 1)(random_) < share; }
-    int Between(int least, int most) { return std::uniform_int_distribution<>(least, most)(random_); }
-
-    qint64 now = 0;
-
-  private:
-    static QString TextFor(const LinkCommand &command)
-    {
-        switch (command.reply) {
-        case ReplyForm::Condition:
-            return Condition;
-        case ReplyForm::Reading:
-            return Reading;
-        case ReplyForm::Record:
-            return Record;
-        case ReplyForm::Acknowledgement:
-            break;
-        }
-        return u"OK"_qs;
-    }
-
-    std::mt19937 random_;
-    std::deque<Reply> replies_;
-    qint64 lastReply_ = 0;
-    qint64 stalledUntil_ = 0;
-    qint64 silentUntil_ = 0;
-};
-
-/// The channel's procedure on that line.
-class ModelChannel
-{
-  public:
-    explicit ModelChannel(ModelLine &line) : line_(&line) {}
-
-    void Exchange(const LinkCommand &command)
-    {
-        ++exchange_;
-        const bool changes = command.changes;
-        const bool isQuestion = command.reply != ReplyForm::Acknowledgement;
-        pending_.ForgetBefore(line_->now - 60 * TimeoutMs);
-        if (changes)
-            AwaitAcknowledgements();
-        pending_.Begin(command);
-        int written = 0;
-        bool obeyed = false; // the instrument has said so
-        bool answered = false;
-        for (int attempt = 1; attempt <= command.attempts && !answered; ++attempt) {
-            Write(command, &written);
-            if (changes && obeyed)
-                ++writtenTooOften;
-            qint64 timeout = line_->now + TimeoutMs;
-            while (const std::optional<ModelLine::Reply> reply =
-                       answered ? std::nullopt : line_->Next(timeout)) {
-                const PendingReplies::Verdict verdict = pending_.Receive(reply->text);
-                answered = verdict == PendingReplies::Verdict::Answer;
-                obeyed = obeyed || (reply->exchange == exchange_ && reply->text != u"ERR");
-                if (answered && isQuestion && reply->exchange != exchange_)
-                    ++wrong;
-                if (verdict == PendingReplies::Verdict::AskAgain) {
-                    Write(command, &written);
-                    timeout = line_->now + TimeoutMs;
-                }
-            }
-            if (changes && written != attempt)
-                ++writtenTooOften;
-        }
-        pending_.End();
-        readings += isQuestion && answered ? 1 : 0;
-        failures += isQuestion && !answered ? 1 : 0;
-    }
-
-    /// Time in which nobody waits.
-    void Idle(int ms)
-    {
-        const qint64 until = line_->now + ms;
-        while (const std::optional<ModelLine::Reply> reply = line_->Next(until))
-            pending_.Receive(reply->text);
-    }
-
-    int readings = 0;
-    int failures = 0;
-    int wrong = 0;
-    int writtenTooOften = 0;
-
-  private:
-    static constexpr qint64 TimeoutMs = 1000;
-
-    void AwaitAcknowledgements()
-    {
-        qint64 asked = pending_.LastAcknowledgementAsked();
-        while (asked >= 0 && asked + 2 * TimeoutMs > line_->now) {
-            if (const std::optional<ModelLine::Reply> reply = line_->Next(asked + 2 * TimeoutMs))
-                pending_.Receive(reply->text);
-            asked = pending_.LastAcknowledgementAsked();
-        }
-    }
-
-    void Write(const LinkCommand &command, int *written)
-    {
-        ++*written;
-        line_->Write(command, exchange_);
-        pending_.Written(line_->now);
-    }
-
-    ModelLine *line_;
-    PendingReplies pending_;
-    int exchange_ = 0;
-};
 
 /// The command of that text.
 LinkCommand Named(const QString &text)
@@ -179,13 +21,17 @@ LinkCommand Named(const QString &text)
 
 /// Plays a script of what is written and what comes, and gives the verdicts on what comes, a letter each:
 /// A(nswer), G (ask again), D(ropped). A word of the script is >COMMAND (an exchange begins), + (written
-/// again), . (its end) or the reply: C(ondition), R(eading), S (record), K (acknowledgement), E (refusal), N
-/// (45 characters).
+/// again), . (its end), f (what was asked is forgotten) or the reply: C(ondition), R(eading), S (record),
+/// K (acknowledgement), E (refusal), N (45 characters), X (noise).
 QString Play(const QString &script)
 {
-    const QMap<QString, QString> replies = {{u"C"_qs, Condition}, {u"R"_qs, Reading},
-                                            {u"S"_qs, Record},    {u"K"_qs, u"OK"_qs},
-                                            {u"E"_qs, u"ERR"_qs}, {u"N"_qs, QString(45, u'1')}};
+    const QMap<QString, QString> replies = {{u"C"_qs, QString(52, u'1')},
+                                            {u"R"_qs, QString(29, u'1')},
+                                            {u"S"_qs, u"RS5"_qs},
+                                            {u"K"_qs, u"OK"_qs},
+                                            {u"E"_qs, u"ERR"_qs},
+                                            {u"N"_qs, QString(45, u'1')},
+                                            {u"X"_qs, QString(29, QChar(0x9d))}};
     PendingReplies pending;
     QString verdicts;
     const QStringList words = script.split(u' ');
@@ -204,6 +50,8 @@ QString Play(const QString &script)
     return verdicts;
 }
 
+using Played = std::tuple<const char *, const char *>; // a script, and the verdicts
+
 } // namespace
 
 class PendingRepliesTest : public QObject
@@ -213,66 +61,34 @@ class PendingRepliesTest : public QObject
   private Q_SLOTS:
     void RepliesFindTheirCommands_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("verdicts");
-        QTest::newRow("healthy") << u">AN1 K . >H1 K . >OC C . >OM1 R . >RS,01 S . >UP1 K"_qs << u"AAAAAA"_qs;
-        QTest::newRow("lost reply") << u">OC + C . >AN1 K . >H1 K . >OC C"_qs << u"AAAA"_qs;
-        QTest::newRow("lost preparation") << u">AN1 + K . >H1 K . >OC C"_qs << u"AAA"_qs;
-        QTest::newRow("late preparation") << u">AN1 + K . >H1 K . >OC K C"_qs << u"AADA"_qs;
-        QTest::newRow("late question behind a step") << u">OC + C . >UP1 C K"_qs << u"ADA"_qs;
-        QTest::newRow("same question again") << u">OM1 + R . >OM2 R + R . >OM3 R + R"_qs << u"AGAGA"_qs;
-        QTest::newRow("refusal is of the oldest") << u">OC . >OM1 E + R"_qs << u"GA"_qs;
-        QTest::newRow("acknowledgement answers no question") << u">MO1 . >OC K C"_qs << u"DA"_qs;
-        QTest::newRow("preparations take what comes") << u">OC . >AN1 C . >H1 N"_qs << u"AA"_qs;
-        QTest::newRow("preparations take what is of nothing")
-            << u">OM1 . >AN1 C . >OM2 R + R"_qs << u"AGA"_qs;
-        QTest::newRow("of nothing, behind a preparation") << u">OM1 . >AN1 . C >OM2 R + R"_qs << u"DGA"_qs;
-        QTest::newRow("a reply strikes all before it") << u">UP1 . >OM1 . >OC C . >UP2 K"_qs << u"AA"_qs;
-        QTest::newRow("any form where nothing else is to come") << u">OC + N . >UP1 C"_qs << u"AD"_qs;
-        QTest::newRow("another form behind something else") << u">UP1 . >OC N + C"_qs << u"GA"_qs;
-        QTest::newRow("steps are not asked again") << u">OC . >DW1 E K"_qs << u"DA"_qs;
-        QTest::newRow("a step behind one given up") << u">UP1 . >UP2 K K . >OC C"_qs << u"ADA"_qs;
-        QTest::newRow("of a command that is forgotten") << u">UP1 . f >OM1 . >OC K R C"_qs << u"DDA"_qs;
-        QTest::newRow("asked long ago") << u">OC . >OC . f >OC C"_qs << u"A"_qs;
-        QTest::newRow("while nobody waits") << u"K >OC . C >OC C . C"_qs << u"DDAD"_qs;
+        AddRows<Played>({
+            {"healthy", {">AN1 K . >H1 K . >OC C . >OM1 R . >RS,01 S . >UP1 K", "AAAAAA"}},
+            {"lost reply", {">OC + C . >AN1 K . >H1 K . >OC C", "AAAA"}},
+            {"lost preparation", {">AN1 + K . >H1 K . >OC C", "AAA"}},
+            {"late preparation", {">AN1 + K . >H1 K . >OC K C", "AADA"}},
+            {"late question behind a step", {">OC + C . >UP1 C K", "ADA"}},
+            {"same question again", {">OM1 + R . >OM2 R + R . >OM3 R + R", "AGAGA"}},
+            {"refusal is of the oldest", {">OC . >OM1 E + R", "GA"}},
+            {"so is noise of any length", {">OC . >OM1 X + R", "GA"}},
+            {"acknowledgement answers no question", {">MO1 . >OC K C", "DA"}},
+            {"preparations take what comes", {">OC . >AN1 C . >H1 N", "AA"}},
+            {"of nothing, behind a preparation", {">OM1 . >AN1 . C >OM2 R + R", "DGA"}},
+            {"a reply strikes all before it", {">UP1 . >OM1 . >OC C . >UP2 K", "AA"}},
+            {"a reply strikes several before it", {">UP1 . >OC . >OM1 C R", "DA"}},
+            {"any form where nothing else is to come", {">OC + N . >UP1 C", "AD"}},
+            {"another form behind something else", {">UP1 . >OC N + C", "GA"}},
+            {"steps are not asked again", {">OC . >DW1 E K", "DA"}},
+            {"a step behind one given up", {">UP1 . >UP2 K K . >OC C", "ADA"}},
+            {"of a command that is forgotten", {">UP1 . f >OM1 . >OC K R C", "DDA"}},
+            {"asked long ago", {">OC . >OC . f >OC C", "A"}},
+            {"while nobody waits", {"K >OC . C >OC C . C", "DDAD"}},
+        });
     }
 
     void RepliesFindTheirCommands()
     {
-        QFETCH(QString, script);
-        QFETCH(QString, verdicts);
-        QCOMPARE(Play(script), verdicts);
-    }
-
-    void NothingWrongOnABadLine()
-    {
-        constexpr int Readings = 30000;
-        for (const unsigned seed : {1U, 2U, 3U}) {
-            ModelLine line(seed);
-            ModelChannel channel(line);
-            while (channel.readings < Readings) {
-                if (line.Chance(0.9)) {
-                    for (const LinkCommand &command : AskCondition())
-                        channel.Exchange(command);
-                }
-                if (line.Chance(0.05)) {
-                    for (int n = 1; n <= 10; ++n)
-                        channel.Exchange(AskReading(n));
-                }
-                if (line.Chance(0.02)) {
-                    for (const LinkCommand &command :
-                         {BeginRecords(), AskRecord(1), AskRecord(2), EndRecords()})
-                        channel.Exchange(command);
-                }
-                if (line.Chance(0.2))
-                    channel.Exchange(SetSource(SourceSetting::StepUp, u"1"_qs));
-                if (line.Chance(0.5))
-                    channel.Idle(line.Between(1, 900));
-            }
-            QCOMPARE(channel.wrong, 0);
-            QCOMPARE(channel.writtenTooOften, 0);
-            QVERIFY(channel.failures < Readings / 50); // what the line itself costs
-        }
+        const auto [script, verdicts] = ThisRow<Played>();
+        QCOMPARE(Play(QString::fromLatin1(script)), QString::fromLatin1(verdicts));
     }
 };
 

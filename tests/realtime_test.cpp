@@ -48,26 +48,6 @@ class RealtimeTest : public QObject
   private Q_SLOTS:
     void initTestCase() { qputenv("TZ", "UTC-5"); }
 
-    void SamplesAreDecoded()
-    {
-        const QString rest = u"0000000000000000"_qs;
-        const std::pair<QString, QString> cases[] = {
-            {u"1100VDCN-001.23E-30301VDCN 012.50E+3"_qs, u"-1.23|mVDC|12.50|kVDC"_qs},
-            {u"1500O  O 999.99E-30401O  O 100.00E+0"_qs, u"-----|Ohm|100.00|Ohm"_qs}, // over-range
-            {u"1100VDCE------ E+00600ADCE-04.000E-3"_qs, u"-----||-4.000|mADC"_qs},   // no reading
-            {u"1401T  B------ E-30301T  N 0100.0E+0"_qs, u" -bo-|C.|100.0|C."_qs},    // burn-out
-            {u"0401T  N 0042.1E+00500F  N 0050.0E+0"_qs, u"||50.0|Hz"_qs},            // off
-            {u"ERR"_qs, u"ERROR|||"_qs},
-        };
-        for (const auto &[reply, row] : cases) {
-            const ReadingTexts sample = DecodeCondition(reply.size() > 3 ? reply + rest : reply, {}).sample;
-            QCOMPARE(
-                QStringList({sample.measureValue, sample.measureUnit, sample.sourceValue, sample.sourceUnit})
-                    .join(u'|'),
-                row);
-        }
-    }
-
     /// What goes over the line for a start, ten seconds and a stop.
     void CommandsOfARun()
     {

@@ -1,11 +1,11 @@
 #include "acquire/frminterval.h"
 #include "document/frmsetting.h"
+#include "testing/rows.h"
 #include "tests/dialogrig.h"
 
 #include <QRadioButton>
-#include <QTest>
 
-#include <utility>
+#include <optional>
 
 using namespace px40;
 
@@ -60,6 +60,13 @@ struct GraphRig : DialogRig<frmSetting>
     }
 };
 
+using Given = std::tuple<QString, QString, int>; // durations; as stored; the part at fault, -1: none
+/// The axes that are automatic; the texts (End, Tick, Label, Max, Min, Major, Minor), also as they are
+/// afterwards; the field at fault, if any.
+using GraphCase = std::tuple<const char *, const char *, const char *, std::optional<GraphField>>;
+/// Samples; the axes that are automatic; the settings, and how far the graph can be scrolled.
+using Applied = std::tuple<int, QString, QString, int>;
+
 } // namespace
 
 class SetupTest : public QObject
@@ -69,23 +76,19 @@ class SetupTest : public QObject
   private Q_SLOTS:
     void DurationsAreCheckedAndStored_data()
     {
-        QTest::addColumn<QString>("durations");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<int>("fault"); // which part; -1: none
-        const auto row = [](const char *name, const QString &durations, const QString &stored, int fault) {
-            QTest::newRow(name) << durations << stored << fault;
-        };
-        row("two digits", u"0|0|0|5;+0|-0|000| 5"_qs, u"00|00|00|05"_qs, -1);
-        row("longest", u"99|23|59|59"_qs, u"99|23|59|59"_qs, -1);
-        row("day", u"100|0|0|1;99999999999|0|0|1;-1|1|1|1;|1|1|1"_qs, {}, 0);
-        row("hour", u"1|24|60|60;1|a|1|1"_qs, {}, 1);
-        row("minute", u"1|0|60|1;1|0|1.5|1"_qs, {}, 2);
-        row("second", u"1|0|0|60;1|0|0| ;0|0|0|0"_qs, {}, 3);
+        AddRows<Given>({
+            {"two digits", {u"0|0|0|5;+0|-0|000| 5"_qs, u"00|00|00|05"_qs, -1}},
+            {"longest", {u"99|23|59|59"_qs, u"99|23|59|59"_qs, -1}},
+            {"day", {u"100|0|0|1;99999999999|0|0|1;-1|1|1|1;|1|1|1"_qs, {}, 0}},
+            {"hour", {u"1|24|60|60;1|a|1|1"_qs, {}, 1}},
+            {"minute", {u"1|0|60|1;1|0|1.5|1"_qs, {}, 2}},
+            {"second", {u"1|0|0|60;1|0|0| ;0|0|0|0"_qs, {}, 3}},
+        });
     }
 
     void DurationsAreCheckedAndStored()
     {
-        QFETCH(const QString, durations);
+        const auto [durations, asStored, fault] = ThisRow<Given>();
         for (const QString &texts : durations.split(u';')) {
             for (const bool ofPeriod : {false, true}) {
                 const IntervalRig rig;
@@ -94,9 +97,9 @@ class SetupTest : public QObject
                 IntervalForm form = {Parts(u"0|0|0|9"_qs), Parts(u"0|0|0|9"_qs), false};
                 (ofPeriod ? form.period : form.interval) = Parts(texts); // an interval may be the longer one
                 const auto stored = StoreIntervalForm(&form, rig.dataSet.get());
-                QTEST(stored ? -1 : static_cast<int>(stored.error().part), "fault");
+                QCOMPARE(stored ? -1 : static_cast<int>(stored.error().part), fault);
                 if (stored) {
-                    QTEST(Joined(ofPeriod ? set.GetPeriod() : set.GetInterval()), "stored");
+                    QCOMPARE(Joined(ofPeriod ? set.GetPeriod() : set.GetInterval()), asStored);
                 } else {
                     QCOMPARE(stored.error().ofPeriod, ofPeriod);
                     QVERIFY(rig.Settings() == before && set.Saved());
@@ -135,15 +138,9 @@ class SetupTest : public QObject
         QCOMPARE(rig.dialog->focusWidget(), rig.Find("tbIday"));
         rig.Type("tbIhour", "x");
         rig.Type("tbPmin", "60");
-        rig.prompts.onWarn = [&] {
-            if (rig.prompts.warnings.size() == 1)
-                rig.Click("btOk"); // no second message over the first
-        };
-        rig.Click("btOk");
-        QTRY_COMPARE(rig.jobs.Running(), 0);
+        rig.ClickTwice("btOk", "btOk");
         QCOMPARE(rig.dialog->focusWidget(), rig.Find("tbIhour"));
-        QTest::keyClicks(rig.dialog->focusWidget(), u"2"_qs); // in place of what was there
-        QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
+        rig.Enter("2"); // in place of what was there
         QTRY_COMPARE(rig.jobs.Running(), 0);
         QCOMPARE(rig.prompts.warnings,
                  QStringList({u"Illegal interval.\r\nInterval, Hour: a whole number from 0 to 23."_qs,
@@ -152,8 +149,7 @@ class SetupTest : public QObject
         QCOMPARE(rig.Find("tbPmin")->selectedText(), u"60"_qs);
         QCOMPARE(rig.Settings(), before);
 
-        QTest::keyClicks(rig.dialog->focusWidget(), u"3"_qs);
-        QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
+        rig.Enter("3");
         QTRY_VERIFY(!rig.dialog);
         QCOMPARE(rig.Settings(), u"00|02|00|07 for 00|00|03|00"_qs);
         QVERIFY(!rig.dataSet->Saved());
@@ -219,70 +215,58 @@ class SetupTest : public QObject
     void GraphFieldsAreCheckedInOrder_data()
     {
         using enum GraphField;
-        QTest::addColumn<QString>("automatic"); // axes
-        QTest::addColumn<QString>("texts");     // End, Tick, Label, Max, Min, Major, Minor
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<int>("fault"); // -1: none
-        const auto row = [](const char *name, const char *automatic, const char *texts, const char *after,
-                            std::optional<GraphField> fault) {
-            QTest::newRow(name) << QString::fromLatin1(automatic) << QString::fromLatin1(texts)
-                                << QString::fromLatin1(after) << (fault ? static_cast<int>(*fault) : -1);
-        };
-        row("plain forms", "", " 02.0|+3|1e1|5.50|-.5| 2|03", "2|3|10|5.5|-0.5|2|3", {});
-        row("limits", "", "32767|32767|1|60000|-60000|32767|1", "32767|32767|1|60000|-60000|32767|1", {});
-        row("too few samples", "", "1|01|x|x|x|x|x", "1|01|x|x|x|x|x", End);
-        row("too many samples", "", "32768|1|1|1|0|1|1", "32768|1|1|1|0|1|1", End);
-        row("no ticks", "", "05|0|x|x|x|x|x", "5|0|x|x|x|x|x", Tick);
-        row("labels not whole", "", "05|06|2.5|x|x|x|x", "5|6|2.5|x|x|x|x", Label);
-        row("maximum too high", "", "05|06|07|60000.1|x|x|x", "5|6|7|60000.1|x|x|x", Max);
-        row("maximum empty", "", "5|6|7||nan|1|1", "5|6|7||nan|1|1", Max);
-        row("minimum too low", "", "05|06|07|08|-60001|x|x", "5|6|7|8|-60001|x|x", Min);
-        row("minimum above maximum", "", "5|6|7|-2|-1|x|x", "5|6|7|-2|-1|x|x", Min);
-        row("limits equal as applied", "", "5|6|7|1.0000001|1|1|1", "5|6|7|1|1|1|1", Min);
-        row("major too many", "", "5|6|7|8.0|7|32768|x", "5|6|7|8|7|32768|x", Major);
-        row("minor negative", "", "5|6|7|8|7|09|-1", "5|6|7|8|7|9|-1", Minor);
-        row("x automatic", "X", "x|x|x|08|7|x|x", "x|x|x|8|7|x|x", Major);
-        row("y automatic", "Y", "05|06|07|x|x|x|x", "5|6|7|x|x|x|x", {});
+        AddRows<GraphCase>({
+            {"plain forms", {"", " 02.0|+3|1e1|5.50|-.5| 2|03", "2|3|10|5.5|-0.5|2|3", {}}},
+            {"limits", {"", "32767|32767|1|60000|-60000|32767|1", "32767|32767|1|60000|-60000|32767|1", {}}},
+            {"too few samples", {"", "1|01|x|x|x|x|x", "1|01|x|x|x|x|x", End}},
+            {"too many samples", {"", "32768|1|1|1|0|1|1", "32768|1|1|1|0|1|1", End}},
+            {"no ticks", {"", "05|0|x|x|x|x|x", "5|0|x|x|x|x|x", Tick}},
+            {"labels not whole", {"", "05|06|2.5|x|x|x|x", "5|6|2.5|x|x|x|x", Label}},
+            {"maximum too high", {"", "05|06|07|60000.1|x|x|x", "5|6|7|60000.1|x|x|x", Max}},
+            {"maximum empty", {"", "5|6|7||nan|1|1", "5|6|7||nan|1|1", Max}},
+            {"minimum too low", {"", "05|06|07|08|-60001|x|x", "5|6|7|8|-60001|x|x", Min}},
+            {"minimum above maximum", {"", "5|6|7|-2|-1|x|x", "5|6|7|-2|-1|x|x", Min}},
+            {"limits equal as applied", {"", "5|6|7|1.0000001|1|1|1", "5|6|7|1|1|1|1", Min}},
+            {"major too many", {"", "5|6|7|8.0|7|32768|x", "5|6|7|8|7|32768|x", Major}},
+            {"minor negative", {"", "5|6|7|8|7|09|-1", "5|6|7|8|7|9|-1", Minor}},
+            {"x automatic", {"X", "x|x|x|08|7|x|x", "x|x|x|8|7|x|x", Major}},
+            {"y automatic", {"Y", "05|06|07|x|x|x|x", "5|6|7|x|x|x|x", {}}},
+        });
     }
 
     void GraphFieldsAreCheckedInOrder()
     {
-        QFETCH(const QString, automatic);
-        QFETCH(const QString, texts);
+        const auto [automatic, texts, after, fault] = ThisRow<GraphCase>();
         const GraphRig rig;
         const QString before = rig.Settings();
-        GraphForm form = Form(automatic, texts);
+        GraphForm form = Form(QString::fromLatin1(automatic), QString::fromLatin1(texts));
         const auto stored = StoreGraphForm(&form, rig.dataSet.get());
-        QTEST(stored ? -1 : static_cast<int>(stored.error().field), "fault");
-        QTEST(QStringList(form.texts.begin(), form.texts.end()).join(u'|'), "after");
+        QCOMPARE(stored ? std::optional<GraphField>() : stored.error().field, fault);
+        QCOMPARE(QStringList(form.texts.begin(), form.texts.end()).join(u'|'), QString::fromLatin1(after));
         QCOMPARE(rig.Settings() == before, !stored);
     }
 
     void GraphFormIsApplied_data()
     {
-        QTest::addColumn<int>("samples");
-        QTest::addColumn<QString>("automatic"); // axes
-        QTest::addColumn<QString>("settings");
-        QTest::addColumn<int>("scroll"); // greatest position
-        QTest::newRow("so few leave the data range") << 2 << u"XY"_qs << u"5 True 1 1 True 1 10 1 1"_qs << 0;
-        QTest::newRow("custom y") << 3 << u"X"_qs << u"3 True 1 1 False -0.5 2.5 6 7"_qs << 0;
-        QTest::newRow("more than a graph shows")
-            << 40000 << u"XY"_qs << u"32767 True 1 1 True 1 10 1 1"_qs << 40000 - 32767;
-        QTest::newRow("custom x") << 30 << u"Y"_qs << u"12 False 4 3 True 1 10 1 1"_qs << 18;
+        AddRows<Applied>({
+            {"so few leave the data range", {2, u"XY"_qs, u"5 True 1 1 True 1 10 1 1"_qs, 0}},
+            {"custom y", {3, u"X"_qs, u"3 True 1 1 False -0.5 2.5 6 7"_qs, 0}},
+            {"more than a graph shows", {40000, u"XY"_qs, u"32767 True 1 1 True 1 10 1 1"_qs, 40000 - 32767}},
+            {"custom x", {30, u"Y"_qs, u"12 False 4 3 True 1 10 1 1"_qs, 18}},
+        });
     }
 
     void GraphFormIsApplied()
     {
-        QFETCH(const int, samples);
-        QFETCH(const QString, automatic);
+        const auto [samples, automatic, settings, scroll] = ThisRow<Applied>();
         const GraphRig rig(samples);
         rig.dataSet->SetGraphcount(5);
         rig.dataSet->PaintGraphtop();
         rig.dataSet->Graph().ScrollTo(samples);
         GraphForm form = Form(automatic, u"12|3|4|2.5|-0.5|6|7"_qs);
         QVERIFY(StoreGraphForm(&form, rig.dataSet.get()));
-        QTEST(rig.Settings(), "settings");
-        QTEST(rig.dataSet->Graph().Scroll().maximum, "scroll");
+        QCOMPARE(rig.Settings(), settings);
+        QCOMPARE(rig.dataSet->Graph().Scroll().maximum, scroll);
         QCOMPARE(rig.dataSet->Graph().Scroll().value, 0);
     }
 
@@ -323,17 +307,10 @@ class SetupTest : public QObject
         rig.Type("tbEnd", "010");
         rig.Type("tbMin", "4");
         rig.Type("tbMax", "4");
-        rig.prompts.onWarn = [&] {
-            if (rig.prompts.warnings.size() == 1)
-                rig.Click("btApply"); // no second message over the first
-        };
-        rig.Click("btOk");
-        QTRY_COMPARE(rig.jobs.Running(), 0);
-        QVERIFY(rig.dialog && rig.dialog->focusWidget());
+        rig.ClickTwice("btOk", "btApply");
         QCOMPARE(rig.Find("tbEnd")->text(), u"10"_qs);
         QCOMPARE(rig.Settings(), before);
-        QTest::keyClicks(rig.dialog->focusWidget(), u"-4.0"_qs);
-        QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
+        rig.Enter("-4.0");
         QTRY_VERIFY(!rig.dialog);
         QCOMPARE(rig.Settings(), u"10 False 1 1 False -4 4 1 1"_qs);
         QCOMPARE(rig.prompts.warnings,

@@ -26,8 +26,7 @@ class WindowTest : public QObject
   private Q_SLOTS:
     void MenusAndButtonsAreComplete()
     {
-        ScriptedPrompts prompts;
-        const Program program(prompts);
+        const ScriptedProgram program;
         const auto menu = [&](const char *name) {
             QStringList texts;
             for (const QAction *const action : program.Find<QMenu>(name)->actions())
@@ -67,11 +66,9 @@ class WindowTest : public QObject
 
     void DownloadFillsAWindow()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.StartUp();
-        StartDownload(program, prompts);
-        QCOMPARE(prompts.questions,
+        StartedProgram program;
+        program.StartDownload();
+        QCOMPARE(program.prompts.questions,
                  QStringList(u"Do you need forward to Microsoft Excel after received data?"_qs));
         // While it runs there is nothing to do but watch or cancel.
         QVERIFY(!program.Find<QMenu>("mnuFile")->isEnabled());
@@ -85,50 +82,48 @@ class WindowTest : public QObject
         QCOMPARE(program.DataWindows().size(), 1);
         frmData *const data = program.DataWindows().first();
         QVERIFY(data->isEnabled());
-        QCOMPARE(data->Data()->Caption(), QStringLiteral("1New"));
+        QCOMPARE(data->Data()->Caption(), u"1New"_qs);
         QVERIFY(data->isWindowModified());
-        const auto *const table = data->findChild<QTableView *>(QStringLiteral("fgData"));
+        const auto *const table = data->findChild<QTableView *>(u"fgData"_qs);
         QVERIFY(table->isVisible());
         QCOMPARE(table->model()->rowCount(), 50);
-        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("No."));
+        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), u"No."_qs);
         for (const auto &[bar, key] : {std::pair(u"stBar1"_qs, u"Max"_qs), std::pair(u"stBar2"_qs, u"Min"_qs),
                                        std::pair(u"stBar3"_qs, u"Avg"_qs)})
             QVERIFY(!data->findChild<QWidget *>(bar)->findChild<QLabel *>(key)->text().isEmpty());
-        QCOMPARE(program.Message(), QStringLiteral("50 stored readings received."));
+        QCOMPARE(program.Message(), u"50 stored readings received."_qs);
         QVERIFY(program.Action("mnuFileClose")->isEnabled());
         QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);
         program.Action("New")->trigger();
-        QCOMPARE(program.DataWindows().last()->Data()->Table().Heading(1), QStringLiteral("TIME"));
+        QCOMPARE(program.DataWindows().last()->Data()->Table().Heading(1), u"TIME"_qs);
     }
 
     void DownloadCanBeCancelled()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.StartUp();
+        StartedProgram program;
         program.Fault("silent-from=10");
-        StartDownload(program, prompts, "mnuDataMemory");
+        program.StartDownload("mnuDataMemory");
         QTRY_VERIFY(program.server.CommandCount() >= 10);
-        auto *const button = program.Cancel()->findChild<QPushButton *>(QStringLiteral("btCancel"));
+        auto *const button = program.Cancel()->findChild<QPushButton *>(u"btCancel"_qs);
         QTest::keyClick(program.Cancel(), Qt::Key_Escape); // the same as the button
         QVERIFY(!button->isEnabled());
         QCOMPARE(program.Cancel()->findChild<QLabel *>(u"llMsg"_qs)->text(), u"Canceling..."_qs);
-        QCOMPARE(program.services.state.ForwardErrorText, QStringLiteral("Canceled."));
+        QCOMPARE(program.services.state.ForwardErrorText, u"Canceled."_qs);
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 7);
-        QCOMPARE(prompts.warnings, QStringList(QString()));
+        QCOMPARE(program.prompts.warnings, QStringList(QString()));
         QVERIFY(!program.Cancel()->isVisible());
 
         program.Fault("none");
-        StartDownload(program, prompts); // the dialog is whole again
+        program.StartDownload(); // the dialog is whole again
         QVERIFY(button->isEnabled());
-        QCOMPARE(program.Cancel()->findChild<QProgressBar *>(QStringLiteral("pbNow"))->value(), 0);
+        QCOMPARE(program.Cancel()->findChild<QProgressBar *>(u"pbNow"_qs)->value(), 0);
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().last()->Data()->GetDatacount(), 50);
 
         program.Fault("silent"); // there is nothing to cancel after a time-out
         const auto sent = program.server.CommandCount();
-        StartDownload(program, prompts);
+        program.StartDownload();
         QVERIFY(button->isEnabled());
         QTRY_VERIFY(program.server.CommandCount() > sent + 3);
         QVERIFY(!button->isEnabled());
@@ -138,14 +133,12 @@ class WindowTest : public QObject
 
     void TableFollowsRealtimeSamples()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.StartUp();
+        StartedProgram program;
         program.Action("New")->trigger();
         frmData *const window = program.DataWindows().first();
-        const auto *const table = window->findChild<QTableView *>(QStringLiteral("fgData"));
+        const auto *const table = window->findChild<QTableView *>(u"fgData"_qs);
         QCOMPARE(table->currentIndex(), table->model()->index(0, 1));
-        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("TIME"));
+        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), u"TIME"_qs);
         window->resize(320, window->height()); // too narrow for all columns
         QScrollBar *const sideways = table->horizontalScrollBar();
         for (const int part : {0, 1, 2}) { // to the left, the right and the middle
@@ -166,24 +159,20 @@ class WindowTest : public QObject
 
     void UnplugHalfWayIsTold()
     {
-        ScriptedPrompts prompts;
-        Program program(prompts);
-        program.StartUp();
+        StartedProgram program;
         program.Fault("hang-up=12");
-        StartDownload(program, prompts);
+        program.StartDownload();
         QVERIFY(program.NoJobLeft());
-        QCOMPARE(prompts.warnings, QStringList(Text(Str::PortLost)));
+        QCOMPARE(program.prompts.warnings, QStringList(Text(Str::PortLost)));
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 9);
-        QCOMPARE(program.Find<QLabel>("Port")->text(), QStringLiteral("Port 1: connection lost"));
+        QCOMPARE(program.Find<QLabel>("Port")->text(), u"Port 1: connection lost"_qs);
 
-        prompts.answers = {Answer::Cancel, Answer::No};
-        program.Action("Mdata")->trigger(); // does nothing
-        QVERIFY(program.NoJobLeft());
+        program.prompts.answers = {Answer::Cancel, Answer::No};
+        QVERIFY(program.Do("Mdata")); // does nothing
         QCOMPARE(program.DataWindows().size(), 1);
-        program.Action("Mdata")->trigger(); // and again, without the cable
-        QVERIFY(program.NoJobLeft());
-        QCOMPARE(prompts.warnings.size(), 2);
-        QCOMPARE(program.Message(), QStringLiteral("The connection to the instrument was lost."));
+        QVERIFY(program.Do("Mdata")); // and again, without the cable
+        QCOMPARE(program.prompts.warnings.size(), 2);
+        QCOMPARE(program.Message(), u"The connection to the instrument was lost."_qs);
     }
 
     void MessageBoxesAnswer()
@@ -195,7 +184,7 @@ class WindowTest : public QObject
               std::pair(Qt::Key_Return, Answer::Yes)}) {
             const Running<Answer> asked(prompts.AskYesNoCancel(u"Line 1\r\nLine 2"_qs, PromptIcon::Question));
             QTRY_VERIFY(box());
-            QCOMPARE(box()->text(), QStringLiteral("Line 1\nLine 2"));
+            QCOMPARE(box()->text(), u"Line 1\nLine 2"_qs);
             if (key == Qt::Key_N)
                 QTest::mouseClick(box()->button(QMessageBox::No), Qt::LeftButton);
             else
@@ -231,8 +220,7 @@ class WindowTest : public QObject
         QFETCH(const Qt::WindowStates, before);
         QFETCH(const Qt::WindowStates, state);
         QFETCH(const Qt::WindowStates, after);
-        ScriptedPrompts prompts;
-        Program program(prompts);
+        ScriptedProgram program;
         UserStore &store = program.services.store;
         const int inch = program.window->logicalDpiX();
         QCOMPARE(program.window->x(), TwipsToPixels(1000, inch)); // never moved
