@@ -307,7 +307,7 @@ QCoro::Task<void> Realtime::StopRealtime()
     use_->Become(ActivityRealtimeStopping);
     {
         const LinkUse alone(parts_.gate, ActivityRealtimeStopping);
-        co_await parts_.comm.SendCommand(EndRealtime());
+        const Result<QString> ended = co_await parts_.comm.SendCommand(EndRealtime());
     }
     co_await CloseForward();
     End();

@@ -30,7 +30,8 @@ QCoro::Task<Result<>> StoredData::Receive()
     data_->ShowGrid(false); // while rows stream in
     const Result<> fetched = co_await Fetch();
     if (mode_ == Mode::Save)
-        co_await Ask(EndRecords()); // whatever came before, and whatever comes of it
+        const Result<QString> ended =
+            co_await Ask(EndRecords()); // whatever came before, and whatever comes of it
     parts_.progress.Unload();
     const int count = data_->GetDatacount();
     if (count > 2)
@@ -58,7 +59,7 @@ QCoro::Task<Result<>> StoredData::FetchReadings()
 {
     const auto preparations = Preparations();
     for (const LinkCommand &command : preparations)
-        co_await Ask(command); // whether the instrument takes these shows in the first reading
+        const Result<QString> taken = co_await Ask(command); // what comes of it shows in the first reading
     for (int n = 1; n <= Entries; ++n) {
         const Result<QString> reply = co_await Ask(AskReading(n));
         if (!reply)

@@ -15,7 +15,7 @@ namespace px40 {
 
 namespace {
 
-const QString Section = QStringLiteral("Forward");
+const QString ForwardSection = QStringLiteral("Forward");
 const QString OpenAfterKey = QStringLiteral("OpenAfter");
 const QString No = QStringLiteral("0");
 
@@ -48,14 +48,14 @@ QString OutcomeText(const ForwardOutcome &outcome)
 ForwardMemory Remembered(const Services &services)
 {
     return {services.settings.ForwardFileText, services.settings.ForwardTitleText,
-            services.store.Get(Section, OpenAfterKey, QString()) != No};
+            services.store.Get(ForwardSection, OpenAfterKey, QString()) != No};
 }
 
 void Remember(const ForwardMemory &memory, Services &services)
 {
     services.settings.ForwardFileText = memory.file;
     services.settings.ForwardTitleText = memory.title;
-    services.store.Save(Section, OpenAfterKey, memory.openAfter ? QString() : No);
+    services.store.Save(ForwardSection, OpenAfterKey, memory.openAfter ? QString() : No);
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace px40 {
 
 namespace {
 
-const QString Section = QStringLiteral("RecentFiles");
+const QString RecentFilesSection = QStringLiteral("RecentFiles");
 
 QString Key(qsizetype place)
 {
@@ -21,7 +21,7 @@ QString Key(qsizetype place)
 RecentFiles::RecentFiles(UserStore &store) : store_(&store)
 {
     for (int place = 0; place < Most; ++place) {
-        const QString name = store.Get(Section, Key(place), QString());
+        const QString name = store.Get(RecentFilesSection, Key(place), QString());
         if (!name.isEmpty())
             names_.append(name);
     }
@@ -50,7 +50,7 @@ void RecentFiles::Clear()
 void RecentFiles::Keep()
 {
     for (qsizetype place = 0; place < Most; ++place)
-        store_->Save(Section, Key(place), names_.value(place));
+        store_->Save(RecentFilesSection, Key(place), names_.value(place));
 }
 
 } // namespace px40

@@ -36,6 +36,7 @@ const std::vector<Reading> &Readings()
 {
     static const std::vector<Reading> readings = [] {
         std::vector<Reading> made;
+        made.reserve(BatchRows);
         for (int i = 0; i < BatchRows; ++i) {
             made.push_back({QStringLiteral("12:34:%1").arg(i % 60, 2, 10, QLatin1Char('0')),
                             QStringLiteral("%1.%2").arg(i % 20 - 10).arg(i * 37, 4, 10, QLatin1Char('0')),

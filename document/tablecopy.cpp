@@ -65,7 +65,7 @@ std::optional<NumberForm> FormOf(QStringView text)
 /// takes them from sdval and sdnum, whose first number is the language in which both are written (1033, with
 /// a decimal point). Of formats LibreOffice keeps only those that it has built in: for any other it takes one
 /// of the target's own, whichever that may be. So there a reading has the decimals shown where these are two.
-class Writer
+class HtmlTable
 {
   public:
     QByteArray Write(QStringView text)
@@ -202,7 +202,7 @@ QString TableText(const TableModel &table, const QItemSelection &selection)
 
 QByteArray TableHtml(QStringView text)
 {
-    return Writer().Write(text);
+    return HtmlTable().Write(text);
 }
 
 } // namespace px40

@@ -204,14 +204,15 @@ ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labe
     const int parts = two ? 4 : 5;
     const double part = step / parts;
     const bool small = part / span * room >= EasyTickGap;
-    const double from = std::ceil(range.minimum / part - 1e-6);
-    const double to = std::floor(range.maximum / part + 1e-6);
-    for (double k = from; k <= to; ++k) {
-        if (std::fmod(k, parts) == 0) {
-            ticks.labelled.push_back(k * part);
-            ticks.labels.push_back(StepNumber(k * part, step));
+    const auto from = static_cast<qint64>(std::ceil(range.minimum / part - 1e-6));
+    const auto to = static_cast<qint64>(std::floor(range.maximum / part + 1e-6));
+    for (qint64 k = from; k <= to; ++k) {
+        const double value = static_cast<double>(k) * part;
+        if (k % parts == 0) {
+            ticks.labelled.push_back(value);
+            ticks.labels.push_back(StepNumber(value, step));
         } else if (small) {
-            ticks.plain.push_back(k * part);
+            ticks.plain.push_back(value);
         }
     }
     return ticks;

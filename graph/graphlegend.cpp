@@ -14,7 +14,7 @@ namespace px40 {
 namespace {
 
 constexpr double LineLength = 1.8; // of the piece of a line, in lines of text
-constexpr double Gap = 6;          // between that and the name
+constexpr double NameGap = 6;      // between that and the name
 constexpr double Faint = 0.65;     // how much of the ground is in what stands for something hidden
 
 } // namespace
@@ -39,7 +39,7 @@ std::vector<GraphPlot::LegendEntry> GraphPlot::Legend() const
         if (IsHidden(*drawing) && !style_.hiddenInLegend)
             continue;
         const double words = std::ceil(metrics.horizontalAdvance(NameOf(*drawing))) + 1;
-        const double width = words + lineHeight * LineLength + Gap;
+        const double width = words + lineHeight * LineLength + NameGap;
         entries.push_back({*drawing, QRectF(right - width, top, width, lineHeight)});
         right -= width + lineHeight;
     }
@@ -75,7 +75,7 @@ void GraphPlot::DrawLegend(QCPPainter &painter)
         painter.setPen(pen);
         painter.drawLine(QLineF(left, middle, lineEnd, middle));
         painter.setPen(Mix(style_.text, style_.background, faint));
-        painter.drawText(entry.box.adjusted(lineEnd - left + Gap, 0, 0, 0), Flags, NameOf(entry.drawing));
+        painter.drawText(entry.box.adjusted(lineEnd - left + NameGap, 0, 0, 0), Flags, NameOf(entry.drawing));
     }
     const double room = left - lineHeight - PlotRect().left();
     painter.setPen(style_.text);

@@ -17,7 +17,7 @@ constexpr std::size_t OptionWidth = 8;
 
 using Arguments = std::vector<std::string_view>;
 
-Arguments Split(std::string_view text)
+Arguments SplitAtCommas(std::string_view text)
 {
     Arguments parts;
     for (;;) {
@@ -200,7 +200,7 @@ bool ApplyFault(std::string_view text, Faults &faults, std::string *error)
     const std::size_t equals = text.find('=');
     const std::string_view name = text.substr(0, equals);
     const Arguments arguments =
-        equals == std::string_view::npos ? Arguments{} : Split(text.substr(equals + 1));
+        equals == std::string_view::npos ? Arguments{} : SplitAtCommas(text.substr(equals + 1));
     std::string reason = "There is no fault \"" + std::string(name) + "\".";
     for (const Setting &setting : Settings) {
         if (setting.name != name)

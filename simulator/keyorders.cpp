@@ -58,7 +58,7 @@ constexpr KeyOrder KeyOrders[] = {
     {"options", "options FLAGS", "options 00000000", 1, SetOptions},
 };
 
-Words Split(std::string_view text)
+Words SplitWords(std::string_view text)
 {
     constexpr std::string_view blanks = " \t";
     Words words;
@@ -83,12 +83,12 @@ const KeyOrder *Find(const Words &words)
 
 bool IsKeyOrder(std::string_view order)
 {
-    return Find(Split(order)) != nullptr;
+    return Find(SplitWords(order)) != nullptr;
 }
 
 bool ObeyKeys(std::string_view order, Instrument &instrument, std::string *error)
 {
-    Words words = Split(order);
+    Words words = SplitWords(order);
     const KeyOrder *const known = Find(words);
     const std::string quoted = '"' + std::string(order) + '"';
     if (!known) {

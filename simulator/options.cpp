@@ -32,9 +32,9 @@ bool SetWithValue(std::string_view name, std::string_view value, Options &option
     if (name == "--fault")
         return ApplyFault(value, options.server.faults, &error);
     if (name == "--status") {
-        std::optional<std::string> reply = ReadStatusFile(std::string(value), &error);
+        const std::optional<std::string> reply = ReadStatusFile(std::string(value), &error);
         if (reply)
-            options.server.statuses.push_back(*std::move(reply));
+            options.server.statuses.push_back(*reply);
         return reply.has_value();
     }
     if (name == "--set") {

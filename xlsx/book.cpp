@@ -39,11 +39,6 @@ std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
     return "r:";
 }
 
-tl::unexpected<BookFailure> Damaged(const std::string &part)
-{
-    return Refuse(BookProblem::Damaged, QString::fromStdString(part));
-}
-
 /// What is no name that a part can have is not given to one.
 BookResult<std::string> CheckName(const std::string &part)
 {

@@ -2,6 +2,8 @@
 
 #include "platform/result.h"
 
+#include <string>
+
 namespace px40 {
 
 /// Why a workbook takes no sheet.
@@ -49,6 +51,12 @@ using BookResult = Result<T, BookFailure>;
 inline tl::unexpected<BookFailure> Refuse(BookProblem problem, const QString &detail = {})
 {
     return tl::unexpected<BookFailure>(BookFailure{problem, detail});
+}
+
+/// `return Damaged(what);`: a part, and what is wrong with it.
+inline tl::unexpected<BookFailure> Damaged(const std::string &what)
+{
+    return Refuse(BookProblem::Damaged, QString::fromStdString(what));
 }
 
 /// `return Refuse(result.error());` hands on why another one failed.

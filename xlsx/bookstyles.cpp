@@ -163,6 +163,7 @@ std::vector<int> AddLooks(pugi::xml_node styles, const std::vector<CellStyle> &l
     Entries formats(styles, "cellXfs", "xf");
     AddDefaults(styles, borders, formats, changed);
     std::vector<int> numbers;
+    numbers.reserve(looks.size());
     for (const CellStyle &look : looks)
         numbers.push_back(FormatOf(look, borders, formats, changed));
     return numbers;

@@ -50,11 +50,6 @@ struct FileClose
     void operator()(zip_file_t *file) const { zip_fclose(file); }
 };
 
-tl::unexpected<BookFailure> Damaged(const std::string &what)
-{
-    return Refuse(BookProblem::Damaged, QString::fromStdString(what));
-}
-
 /// An entry could not be read to its end.
 tl::unexpected<BookFailure> Broken(const char *name, zip_error_t *problem)
 {
@@ -249,7 +244,8 @@ BookResult<> Package::LoadContentTypes()
 std::string Package::FreeName(const std::string &stem, const std::string &end) const
 {
     for (int number = 1;; ++number) {
-        std::string name = stem + std::to_string(number) + end;
+        std::string name = stem;
+        name.append(std::to_string(number)).append(end);
         if (!Has(name) && !Has(RelationshipsName(name)) && !declared_.contains(Key(name)))
             return name;
     }

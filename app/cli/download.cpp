@@ -18,7 +18,7 @@ namespace px40 {
 namespace {
 
 /// Where the data go: into a file, or to the standard output, which is open then.
-struct Target
+struct DownloadTarget
 {
     QString name; ///< as the user is told it
     bool toOutput = false;
@@ -26,7 +26,7 @@ struct Target
 };
 
 /// Looked at before the download: after it there would be data that nobody can keep.
-Result<> Prepare(const QString &to, Target *target)
+Result<> PrepareDownload(const QString &to, DownloadTarget *target)
 {
     target->toOutput = to == ToOutput;
     target->name = Text(Str::StandardOutput);
@@ -66,7 +66,7 @@ QCoro::Task<Result<>> Download(Services *services, StoredData *download, bool ne
 }
 
 /// Puts a whole download where it is to go.
-Result<> Keep(Target *target, DataSet *dataSet)
+Result<> Keep(DownloadTarget *target, DataSet *dataSet)
 {
     const Result<> kept = target->toOutput ? dataSet->Write(target->output) : dataSet->SaveFile(target->name);
     if (kept)
@@ -92,8 +92,8 @@ int RunDownload(const CommandLine &line)
     SingleInstance instance(QStringLiteral("px40ap"));
     if (!instance.Acquire())
         return EndFailed({Text(Str::OtherCopyRuns)});
-    Target target;
-    if (const Result<> prepared = Prepare(line.downloadTo, &target); !prepared)
+    DownloadTarget target;
+    if (const Result<> prepared = PrepareDownload(line.downloadTo, &target); !prepared)
         return EndFailed(prepared.error());
 
     DecliningPrompts prompts;

@@ -21,7 +21,7 @@ namespace px40 {
 namespace {
 
 /// The file that is written, and where it goes from there.
-struct Target
+struct ExportTarget
 {
     QString workbook;
     QString told; ///< what the user calls it
@@ -30,7 +30,7 @@ struct Target
     std::unique_ptr<QTemporaryDir> folder; ///< of what goes to the standard output
 };
 
-Result<> Prepare(const QString &to, Target *target)
+Result<> PrepareExport(const QString &to, ExportTarget *target)
 {
     target->toOutput = to == ToOutput;
     if (!target->toOutput) {
@@ -86,7 +86,7 @@ QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSe
 }
 
 /// Sends a workbook that is not to stay where it is to the standard output.
-Result<> Deliver(Target *target)
+Result<> Deliver(ExportTarget *target)
 {
     if (!target->toOutput)
         return {};
@@ -105,8 +105,8 @@ int RunExport(const CommandLine &line)
         PrintError(Text(Str::WorkbookOnTerminal));
         return ExitWrongOptions;
     }
-    Target target;
-    if (const Result<> prepared = Prepare(line.exportTo, &target); !prepared)
+    ExportTarget target;
+    if (const Result<> prepared = PrepareExport(line.exportTo, &target); !prepared)
         return EndFailed(prepared.error());
 
     // Without a work file: a program that is open has the one there is.
