@@ -1,7 +1,9 @@
-// Any bytes as a reply of the instrument, looked at from every column.
+// Any bytes as a reply of the instrument: as readings, looked at from every column, and as a SAVE-mode
+// record, as they come and with the right check character behind them.
 
 #include "fuzz/check.h"
 #include "link/reply.h"
+#include "link/saverecord.h"
 
 #include <QString>
 
@@ -33,6 +35,15 @@ void CheckValue(const QString &reply, int column)
         PX40_CHECK(dropped == u'0' || dropped == u' ');
 }
 
+void CheckRecord(const QString &reply)
+{
+    const std::optional<QStringView> record = CheckedRecord(reply);
+    PX40_CHECK(!record || *record == reply.chopped(1));
+    const Result<bool> filled = CheckSaveRecord(reply);
+    PX40_CHECK(filled.has_value() == (record && *record != u"CMD,ERR"));
+    PX40_CHECK(!filled || *filled == (*record != u"RS"));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -42,5 +53,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (int column = 1; column <= LastColumn; ++column)
         CheckValue(reply, column);
     PX40_CHECK(DecodeMeasureReply(reply).has_value() != reply.startsWith(u"ERR"));
+    CheckRecord(reply);
+    int accepted = 0;
+    for (const QChar digit : QStringLiteral("0123456789ABCDEF")) {
+        CheckRecord(reply + digit);
+        accepted += CheckedRecord(reply + digit) ? 1 : 0;
+    }
+    PX40_CHECK(accepted == 1);
     return 0;
 }

@@ -111,12 +111,8 @@ void CheckDisplay(const InstrumentStatus &status)
     static const RangeLists ranges = BuildRangeLists();
     const MeasureDisplay shown = ShowMeasure(status, ranges);
     const bool hidden = HidesMeasurement(status.SourceMode);
-    PX40_CHECK(shown.on == (status.MeasureOn != 0 && !hidden));
     PX40_CHECK(shown.on || (shown.value.isEmpty() && shown.unit.isEmpty() && shown.function.isEmpty()));
     PX40_CHECK(shown.value.isEmpty() || shown.value.size() == 5 || shown.value.size() == 7);
-    // A symbol stands in place of a unit and beside a function.
-    PX40_CHECK(shown.symbol == MeasureDisplay::NoSymbol ||
-               (shown.on && shown.unit.isEmpty() && !shown.function.isEmpty()));
     PX40_CHECK(!hidden || !shown.buttonEnabled);
     PX40_CHECK(shown.indicators == (hidden ? ShowOptionIndicators(status) : OptionIndicators()));
 }

@@ -1,10 +1,8 @@
 #include "resources/strings.h"
+#include "testing/rows.h"
 #include "tests/commrig.h"
 
 #include <QSignalSpy>
-#include <QTest>
-
-#include <tuple>
 
 using namespace px40;
 
@@ -18,6 +16,9 @@ QCoro::Task<bool> WaitAndTake(LinkGate *gate, std::optional<LinkUse> *use)
         use->emplace(*gate, ActivitySourceCommand);
     co_return free;
 }
+
+using Frame = std::pair<QByteArray, QByteArray>; // what comes, and the reply
+using Device = std::pair<QString, QString>;      // and why it cannot be opened
 
 } // namespace
 
@@ -47,51 +48,51 @@ class CommTest : public QObject
             "DWx 3!, NM1x 3!, NM0x 3!, NDx 3!, SRx 3!, TEx 3!, PUx 3!, SDx 3!"_qs);
     }
 
+    void AnswersAreTheFirstLine_data()
+    {
+        AddRows<bool>({{"none", {}}, {"byte-by-byte", {}}, {"two-lines", {}}});
+    }
+
     void AnswersAreTheFirstLine()
     {
-        for (const char *const fault : {"none", "byte-by-byte", "two-lines"}) {
-            CommRig rig(fault);
-            for (int n = 1; n <= 3; ++n)
-                QVERIFY2(rig.Answers(AskReading(n)), fault);
-            QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs, u"OM3"_qs}));
-        }
+        CommRig rig(QTest::currentDataTag());
+        for (int n = 1; n <= 3; ++n)
+            QVERIFY(rig.Answers(AskReading(n)));
+        QCOMPARE(rig.Commands(), QStringList({u"OM1"_qs, u"OM2"_qs, u"OM3"_qs}));
     }
 
     void FramesAreCutAtTheLineFeed_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QByteArray>("reply");
         const QByteArray noise(6000, '\x9d');
-        QTest::newRow("empty") << QByteArray("\r\n") << QByteArray();
-        QTest::newRow("no CR") << QByteArray("\n") << QByteArray();
-        QTest::newRow("the character before LF goes, whatever it is")
-            << QByteArray("ABC\n") << QByteArray("AB");
-        QTest::newRow("every code") << QByteArray("\0\x80\xff\x7f\r\n", 6) << QByteArray("\0\x80\xff\x7f", 4);
-        QTest::newRow("more lines") << QByteArray("A\r\nB\r\nC") << QByteArray("A");
-        QTest::newRow("too long") << noise + "\r\n" << noise.first(LineBuffer::MaxLength - 1);
+        AddRows<Frame>({
+            {"empty", {"\r\n", {}}},
+            {"no CR", {"\n", {}}},
+            {"the character before LF goes, whatever it is", {"ABC\n", "AB"}},
+            {"every code", {QByteArray("\0\x80\xff\x7f\r\n", 6), QByteArray("\0\x80\xff\x7f", 4)}},
+            {"more lines", {"A\r\nB\r\nC", "A"}},
+            {"too long", {noise + "\r\n", noise.first(LineBuffer::MaxLength - 1)}},
+        });
     }
 
     void FramesAreCutAtTheLineFeed()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QByteArray, reply);
+        const auto [bytes, reply] = ThisRow<Frame>();
         CommRig rig("silent");
         const Exchange exchange = rig.SendOut(Reading(1, 1));
         rig.server.Inject(bytes.toStdString());
         QCOMPARE(ReplyOf(exchange), QString::fromLatin1(reply));
     }
 
+    void SilenceIsTriedAgain_data() { AddRows<int>({{"silent", 1}, {"half-line", 3}}); }
+
     void SilenceIsTriedAgain()
     {
-        for (const char *const fault : {"silent", "half-line"}) {
-            for (const int attempts : {1, 3}) {
-                CommRig rig(fault, 30);
-                const Exchange exchange = rig.Send(Reading(1, attempts));
-                QCOMPARE(CodeOf(exchange), FailureCode::NoAnswer);
-                QCOMPARE(rig.Commands(), QStringList(attempts, u"OM1"_qs));
-                QCOMPARE(exchange.Value().error().text, u"The PX40 has not answered \"OM1\"."_qs);
-            }
-        }
+        const int attempts = ThisRow<int>();
+        CommRig rig(QTest::currentDataTag(), 30);
+        const Exchange exchange = rig.Send(Reading(1, attempts));
+        QCOMPARE(CodeOf(exchange), FailureCode::NoAnswer);
+        QCOMPARE(rig.Commands(), QStringList(attempts, u"OM1"_qs));
+        QCOMPARE(exchange.Value().error().text, u"The PX40 has not answered \"OM1\"."_qs);
     }
 
     /// Each goes out once before the cancel is seen, also behind a command of which the acknowledgement is
@@ -179,18 +180,17 @@ class CommTest : public QObject
 
     void ClosedPortSaysWhatIsWrong_data()
     {
-        QTest::addColumn<QString>("device");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("none") << QString() << u"No device is assigned to port 3."_qs;
-        QTest::newRow("not there") << u"/dev/serial/by-id/none"_qs
-                                   << u"There is no device /dev/serial/by-id/none.\r\n"_qs;
-        QTest::newRow("no serial device") << u"/dev/null"_qs << u"/dev/null: "_qs;
+        AddRows<Device>({
+            {"none", {{}, u"No device is assigned to port 3."_qs}},
+            {"not there",
+             {u"/dev/serial/by-id/none"_qs, u"There is no device /dev/serial/by-id/none.\r\n"_qs}},
+            {"no serial device", {u"/dev/null"_qs, u"/dev/null: "_qs}},
+        });
     }
 
     void ClosedPortSaysWhatIsWrong()
     {
-        QFETCH(QString, device);
-        QFETCH(QString, text);
+        const auto [device, text] = ThisRow<Device>();
         LinkRig rig;
         rig.ports.Assign(3, device);
         rig.comm.SetPortNumber(3);

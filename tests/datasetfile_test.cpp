@@ -11,7 +11,6 @@
 #include <QTemporaryDir>
 
 #include <cerrno>
-#include <utility>
 
 #include <sys/stat.h>
 

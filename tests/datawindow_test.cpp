@@ -8,7 +8,6 @@
 #include "testing/program.h"
 
 #include <QAction>
-#include <QClipboard>
 #include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
@@ -303,27 +302,6 @@ class DataWindowTest : public QObject
         QCOMPARE(offered(), u"&1  a&&b.CSV|&2  c.CSV||&Clear the List"_qs);
         QVERIFY(choose(3));
         QCOMPARE(offered(), QString());
-    }
-
-    void TableIsCopiedWithHeadings()
-    {
-        FileProgram program;
-        const frmData *const data = program.Open(program.Put("table.CSV"));
-        auto *const table = data->findChild<DataTable *>();
-        const auto copied = [&] {
-            QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
-            return QGuiApplication::clipboard()->text();
-        };
-        // Pieces that do not touch: what lies between them stays empty or away.
-        const auto select = [&](int row, int column, QItemSelectionModel::SelectionFlags flags) {
-            table->selectionModel()->select(table->model()->index(row, column), flags);
-        };
-        select(2, 1, QItemSelectionModel::ClearAndSelect);
-        select(0, 2, QItemSelectionModel::Select);
-        QCOMPARE(copied(), u"TIME\tDATA\n\t1.5\n10:00:10\t\n"_qs);
-        select(3, 1, QItemSelectionModel::ClearAndSelect); // the spare row holds nothing
-        QGuiApplication::clipboard()->setText(u"before"_qs);
-        QCOMPARE(copied(), u"before"_qs);
     }
 
     void SelectedRowsAreSummedUp()

@@ -2,11 +2,11 @@
 #include "document/rowstore.h"
 #include "document/selectionsummary.h"
 #include "link/linkstate.h"
+#include "testing/rows.h"
 
 #include <QAbstractItemModelTester>
 #include <QItemSelection>
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace px40;
 
@@ -30,6 +30,9 @@ struct DataRig
     DocumentShared shared;
     DataSet data;
 };
+
+using Extremes = std::tuple<QString, int, int, QString>; // readings; the rows of maximum and minimum; average
+using Told = std::tuple<int, bool, bool, QString>; // kind, numbers of stored readings, with the row's number
 
 } // namespace
 
@@ -99,43 +102,49 @@ class DocumentTest : public QObject
         }
     }
 
+    void ExtremesAndAverageAreFound_data()
+    {
+        AddRows<Extremes>({
+            {"the first of equal ones", {u"+OL 1 3 3 1"_qs, 3, 2, u"2.0000"_qs}},
+            {"negative", {u"-5 -7"_qs, 1, 2, u"-6.0000"_qs}},
+            {"rounded", {u"1 1 0"_qs, 1, 3, u"0.6667"_qs}},
+            {"no negative zero", {u"-0.00001"_qs, 1, 1, u"0.0000"_qs}},
+            {"large", {u"16777216 16777216"_qs, 1, 1, u"16777216.0000"_qs}},
+        });
+    }
+
     void ExtremesAndAverageAreFound()
     {
-        // Of equal readings the first one counts.
-        const std::tuple<QString, int, int, QString> cases[] = {
-            {u"+OL 1 3 3 1"_qs, 3, 2, u"2.0000"_qs},
-            {u"-5 -7"_qs, 1, 2, u"-6.0000"_qs},
-            {u"1 1 0"_qs, 1, 3, u"0.6667"_qs},
-            {u"-0.00001"_qs, 1, 1, u"0.0000"_qs}, // no negative zero
-            {u"16777216 16777216"_qs, 1, 1, u"16777216.0000"_qs},
-        };
-        for (const auto &[readings, maxRow, minRow, average] : cases) {
-            DataRig rig(KindMemory);
-            for (const QString &reading : readings.split(u' '))
-                rig.Add(reading);
-            QCOMPARE(rig.data.Calculation().maxRow, maxRow);
-            QCOMPARE(rig.data.Calculation().minRow, minRow);
-            QCOMPARE(rig.data.GetDispavg(), average);
-        }
+        const auto [readings, maxRow, minRow, average] = ThisRow<Extremes>();
+        DataRig rig(KindMemory);
+        for (const QString &reading : readings.split(u' '))
+            rig.Add(reading);
+        QCOMPARE(rig.data.Calculation().maxRow, maxRow);
+        QCOMPARE(rig.data.Calculation().minRow, minRow);
+        QCOMPARE(rig.data.GetDispavg(), average);
+    }
+
+    void ExtremesAreToldByTheHeadings_data()
+    {
+        const QString rest = u"DATA[ 1.0031 ]   MODE[ VDC ]"_qs;
+        AddRows<Told>({
+            {"real-time", {KindRealtime, false, true, u"No.[ 1 ]   TIME[ 10:00:00 ]   "_qs + rest}},
+            {"real-time, no number", {KindRealtime, false, false, u"TIME[ 10:00:00 ]   "_qs + rest}},
+            {"stored", {KindMemory, true, true, u"No.[ 1 ]   No.[ 10:00:00 ]   "_qs + rest}},
+            {"SAVE mode", {KindSave, false, true, u"No.[ 1 ]   "_qs + rest}},
+            {"SAVE mode, no number", {KindSave, false, false, u"No.[ 1 ]   "_qs + rest}},
+        });
     }
 
     void ExtremesAreToldByTheHeadings()
     {
-        const std::tuple<int, bool, bool, QString> cases[] = {
-            {KindRealtime, false, true, u"No.[ 1 ]   TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-            {KindRealtime, false, false, u"TIME[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-            {KindMemory, true, true, u"No.[ 1 ]   No.[ 10:00:00 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-            {KindSave, false, true, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-            {KindSave, false, false, u"No.[ 1 ]   DATA[ 1.0031 ]   MODE[ VDC ]"_qs},
-        };
-        for (const auto &[kind, memoryNumbers, number, text] : cases) {
-            DataRig rig(kind, memoryNumbers);
-            rig.Add(u"1.0031"_qs);
-            QCOMPARE(rig.data.GetDispmax(number), text);
-            QCOMPARE(rig.data.GetDispmin(number), text);
-            rig.data.DispCalculation();
-            QCOMPARE(rig.data.PanelText(Panel::Max), rig.data.GetDispmax(true));
-        }
+        const auto [kind, memoryNumbers, number, text] = ThisRow<Told>();
+        DataRig rig(kind, memoryNumbers);
+        rig.Add(u"1.0031"_qs);
+        QCOMPARE(rig.data.GetDispmax(number), text);
+        QCOMPARE(rig.data.GetDispmin(number), text);
+        rig.data.DispCalculation();
+        QCOMPARE(rig.data.PanelText(Panel::Max), rig.data.GetDispmax(true));
     }
 
     void SelectionsAreSummedUp()

@@ -3,8 +3,7 @@
 #include "link/reply.h"
 #include "resources/strings.h"
 #include "testing/linkrig.h"
-
-#include <QTest>
+#include "testing/rows.h"
 
 #include <new>
 #include <optional>
@@ -53,6 +52,9 @@ struct DownloadRig : LinkRig
 constexpr StoredData::Mode Memory = StoredData::Mode::Memory;
 constexpr StoredData::Mode Save = StoredData::Mode::Save;
 
+/// Rows received, why it ends, and the commands sent in all (0: they are not counted).
+using Faulty = std::tuple<StoredData::Mode, int, QString, int>;
+
 } // namespace
 
 class DownloadTest : public QObject
@@ -89,38 +91,28 @@ class DownloadTest : public QObject
 
     void FaultsEndInAFailureOrInAllRows_data()
     {
-        QTest::addColumn<StoredData::Mode>("mode");
-        QTest::addColumn<QByteArray>("fault");
-        QTest::addColumn<int>("rows"); // received
-        QTest::addColumn<QString>("failure");
-        QTest::addColumn<int>("commands"); // sent in all; 0: it is not looked at
-        const auto row = [](StoredData::Mode mode, const char *fault, int rows, const QString &failure,
-                            int commands) {
-            QTest::addRow("%s, %s", mode == Save ? "SAVE" : "MEMORY", fault)
-                << mode << QByteArray(fault) << rows << failure << commands;
-        };
         const QString timeout = u"Timeout error occurred."_qs;
         const QString command = u"Command error occurred."_qs;
         const QString badData = u"Data error occurred."_qs;
-        row(Memory, "silent", 0, timeout, 9);
-        row(Memory, "silent-from=13", 10, timeout, 0);
-        row(Memory, "garbage=5", 50, {}, 0);
-        row(Memory, "err=5", 2, command, 0);
-        row(Memory, "err=6", 3, command, 0);
-        row(Memory, "hang-up=1", 0, Text(Str::PortLost), 0);
-        row(Memory, "hang-up=30,half", 27, Text(Str::PortLost), 0);
-        row(Save, "silent", 0, timeout, 10); // five tries to begin, five to end
-        row(Save, "wrong-check", 0, badData, 3);
-        row(Save, "garbage=2", 0, badData, 3);
+        const QString lost = Text(Str::PortLost);
+        AddRows<Faulty>({
+            {"silent", {Memory, 0, timeout, 9}},
+            {"silent-from=13", {Memory, 10, timeout, 0}},
+            {"garbage=5", {Memory, 50, {}, 0}},
+            {"err=5", {Memory, 2, command, 0}},
+            {"err=6", {Memory, 3, command, 0}},
+            {"hang-up=1", {Memory, 0, lost, 0}},
+            {"hang-up=30,half", {Memory, 27, lost, 0}},
+            {"silent ", {Save, 0, timeout, 10}}, // five tries to begin, five to end
+            {"wrong-check", {Save, 0, badData, 3}},
+            {"garbage=2", {Save, 0, badData, 3}},
+        });
     }
 
     void FaultsEndInAFailureOrInAllRows()
     {
-        QFETCH(StoredData::Mode, mode);
-        QFETCH(QByteArray, fault);
-        QFETCH(int, rows);
-        QFETCH(QString, failure);
-        QFETCH(int, commands);
+        const auto [mode, rows, failure, commands] = ThisRow<Faulty>();
+        const QByteArray fault = QByteArray(QTest::currentDataTag()).trimmed(); // the row's name
         DownloadRig rig(fault.constData());
         const Result<> received = rig.Fetch(mode);
         QCOMPARE(received ? QString() : received.error().text, failure);

@@ -3,16 +3,14 @@
 #include "graph/graphexport.h"
 #include "graph/graphline.h"
 #include "graph/graphpane.h"
+#include "testing/rows.h"
 #include "tests/graphrig.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 #include <QToolTip>
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
-#include <utility>
 
 using namespace px40;
 
@@ -36,6 +34,10 @@ QString Shown(const Line &line)
 
 constexpr float None = GraphPoint::Nothing;
 
+using Number = std::tuple<double, const char *, const char *>; // plain and with an exponent
+/// Readings, the first sample of the view, samples a column; the line.
+using Thinned = std::tuple<std::vector<float>, qint32, int, const char *>;
+
 } // namespace
 
 class GraphTest : public QObject
@@ -45,23 +47,22 @@ class GraphTest : public QObject
   private Q_SLOTS:
     void AxisNumbersFollowTheirFormat_data()
     {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("plain");
-        QTest::addColumn<QString>("exponent");
-        QTest::newRow("negative zero") << -0.0 << u"0.0"_qs << u"0.0E0"_qs;
-        QTest::newRow("rounded up") << 0.00005 << u"0.0001"_qs << u"5.0E-5"_qs;
-        QTest::newRow("nothing left") << -0.00004 << u"0.0"_qs << u"-4.0E-5"_qs;
-        QTest::newRow("half, as it reads") << 2.00005 << u"2.0001"_qs << u"2.0001E0"_qs;
-        QTest::newRow("carried") << -9.99996 << u"-10.0"_qs << u"-1.0E1"_qs;
-        QTest::newRow("tiny") << 1e-12 << u"0.0"_qs << u"1.0E-12"_qs;
-        QTest::newRow("large") << 1.23456789e17 << u"123456789000000000.0"_qs << u"1.2346E17"_qs;
+        AddRows<Number>({
+            {"negative zero", {-0.0, "0.0", "0.0E0"}},
+            {"rounded up", {0.00005, "0.0001", "5.0E-5"}},
+            {"nothing left", {-0.00004, "0.0", "-4.0E-5"}},
+            {"half, as it reads", {2.00005, "2.0001", "2.0001E0"}},
+            {"carried", {-9.99996, "-10.0", "-1.0E1"}},
+            {"tiny", {1e-12, "0.0", "1.0E-12"}},
+            {"large", {1.23456789e17, "123456789000000000.0", "1.2346E17"}},
+        });
     }
 
     void AxisNumbersFollowTheirFormat()
     {
-        QFETCH(double, value);
-        QTEST(AxisNumber(value, AxisFormat::Plain), "plain");
-        QTEST(AxisNumber(value, AxisFormat::Exponent), "exponent");
+        const auto [value, plain, exponent] = ThisRow<Number>();
+        QCOMPARE(AxisNumber(value, AxisFormat::Plain), QString::fromLatin1(plain));
+        QCOMPARE(AxisNumber(value, AxisFormat::Exponent), QString::fromLatin1(exponent));
     }
 
     void ValueAxesHaveLimits()
@@ -124,31 +125,24 @@ class GraphTest : public QObject
     /// Columns that are several samples wide begin at the same samples in every view.
     void LinesKeepWhatIsSeen_data()
     {
-        QTest::addColumn<std::vector<float>>("readings");
-        QTest::addColumn<qint32>("first");
-        QTest::addColumn<int>("perColumn");
-        QTest::addColumn<QString>("line");
         const std::vector<float> gaps = {None, 2,    9,    1,    3, None, None, None,
                                          None, None, None, None, 5, 5,    5,    5};
-        QTest::newRow("all of them") << std::vector<float>{1, None, 2} << 1 << 1 << u"1:1 - 3:2"_qs;
-        QTest::newRow("gaps") << gaps << 1 << 4 << u"2:2 3:9 4:1 5:3 - 13:5 16:5"_qs;
-        QTest::newRow("from within a column") << gaps << 3 << 4 << u"3:9 4:1 5:3 - 13:5 16:5"_qs;
-        QTest::newRow("peak, then trough")
-            << std::vector<float>{5, 9, 1, 4} << 1 << 4 << u"1:5 2:9 3:1 4:4"_qs;
-        QTest::newRow("trough, then peak")
-            << std::vector<float>{5, 1, 9, 4} << 1 << 4 << u"1:5 2:1 3:9 4:4"_qs;
-        QTest::newRow("in two columns")
-            << std::vector<float>{5, 1, 9, 4, 4, 4, 8, 2} << 1 << 4 << u"1:5 2:1 3:9 4:4 5:4 7:8 8:2"_qs;
+        AddRows<Thinned>({
+            {"all of them", {{1, None, 2}, 1, 1, "1:1 - 3:2"}},
+            {"gaps", {gaps, 1, 4, "2:2 3:9 4:1 5:3 - 13:5 16:5"}},
+            {"from within a column", {gaps, 3, 4, "3:9 4:1 5:3 - 13:5 16:5"}},
+            {"peak, then trough", {{5, 9, 1, 4}, 1, 4, "1:5 2:9 3:1 4:4"}},
+            {"trough, then peak", {{5, 1, 9, 4}, 1, 4, "1:5 2:1 3:9 4:4"}},
+            {"in two columns", {{5, 1, 9, 4, 4, 4, 8, 2}, 1, 4, "1:5 2:1 3:9 4:4 5:4 7:8 8:2"}},
+        });
     }
 
     void LinesKeepWhatIsSeen()
     {
-        QFETCH(std::vector<float>, readings);
-        QFETCH(qint32, first);
-        QFETCH(int, perColumn);
+        const auto [readings, first, perColumn, line] = ThisRow<Thinned>();
         const auto last = static_cast<qint32>(readings.size());
-        const Line line = SeriesLine(Series(readings), &GraphPoint::reading, first, last, perColumn);
-        QTEST(Shown(line), "line");
+        QCOMPARE(Shown(SeriesLine(Series(readings), &GraphPoint::reading, first, last, perColumn)),
+                 QString::fromLatin1(line));
     }
 
     void LinesAreCutOffAtTheLimits()

@@ -1,9 +1,8 @@
 #include "app/maincommands.h"
 #include "app/services.h"
 #include "testing/linkrig.h"
+#include "testing/rows.h"
 #include "tests/fakeviews.h"
-
-#include <QTest>
 
 using namespace px40;
 
@@ -43,16 +42,33 @@ struct Rig : InstrumentRig, FakeViews
 
 using Meanwhile = void (*)(Rig *);
 
+void Nothing(Rig *) {}
+
+template <LinkActivityCode activity>
+void UseLink(Rig *rig)
+{
+    rig->services.state.LinkActivity = activity;
+}
+
+template <Command command>
+void Also(Rig *rig)
+{
+    rig->commands.Run(command);
+}
+
 void LeaveMeanwhile(Rig *rig)
 {
     rig->commands.Leave();
     QVERIFY(WaitUntil([rig] { return rig->services.leaving; }));
 }
 
-} // namespace
+/// Whether each of two windows may go; the questions asked; whether the program is left; what happens while
+/// the first question stands.
+using Asked = std::tuple<QList<bool>, int, bool, Meanwhile>;
+/// The windows afterwards; whether a run is under way; what happens while the command waits.
+using Waiting = std::tuple<Command, int, bool, Meanwhile>;
 
-Q_DECLARE_METATYPE(Meanwhile)
-Q_DECLARE_METATYPE(px40::Command)
+} // namespace
 
 class MainCommandsTest : public QObject
 {
@@ -61,37 +77,31 @@ class MainCommandsTest : public QObject
   private Q_SLOTS:
     void LeavingAsksAboutEachWindow_data()
     {
-        QTest::addColumn<QList<bool>>("answers"); // about two windows: whether each may go
-        QTest::addColumn<Meanwhile>("meanwhile"); // what happens while the first question stands
-        QTest::addColumn<int>("questions");
-        QTest::addColumn<bool>("leaves");
-        const auto row = [](
-                             const char *name, const QList<bool> &answers, int questions, bool leaves,
-                             Meanwhile meanwhile = [](Rig *) {}) {
-            QTest::newRow(name) << answers << meanwhile << questions << leaves;
-        };
-        row("both may go", {true, true}, 2, true);
-        row("the first may not", {false, true}, 1, false);
-        row("the second may not", {true, false}, 2, false);
-        row("asked to leave once more", {true, true}, 2, true, [](Rig *rig) { rig->commands.Leave(); });
-        row("the other window goes", {true, false}, 1, true, [](Rig *rig) { rig->sets.removeLast(); });
-        row("a window comes", {true, true}, 2, true, [](Rig *rig) {
-            if (rig->sets.size() == 2)
-                rig->commands.AddDataSet(KindRealtime);
+        AddRows<Asked>({
+            {"both may go", {{true, true}, 2, true, Nothing}},
+            {"the first may not", {{false, true}, 1, false, Nothing}},
+            {"the second may not", {{true, false}, 2, false, Nothing}},
+            {"asked to leave once more", {{true, true}, 2, true, [](Rig *rig) { rig->commands.Leave(); }}},
+            {"the other window goes", {{true, false}, 1, true, [](Rig *rig) { rig->sets.removeLast(); }}},
+            {"a window comes",
+             {{true, true},
+              2,
+              true,
+              [](Rig *rig) {
+                  if (rig->sets.size() == 2)
+                      rig->commands.AddDataSet(KindRealtime);
+              }}},
+            {"a run begins",
+             {{true, true}, 2, false, [](Rig *rig) { rig->services.state.RealtimeRun = true; }}},
+            {"a download begins", {{true, true}, 2, false, UseLink<ActivityDownload>}},
+            {"the status is checked", {{true, true}, 2, true, UseLink<ActivityStatusCheck>}},
         });
-        row("a run begins", {true, true}, 2, false, [](Rig *rig) { rig->services.state.RealtimeRun = true; });
-        row("a download begins", {true, true}, 2, false,
-            [](Rig *rig) { rig->services.state.LinkActivity = ActivityDownload; });
-        row("the status is checked", {true, true}, 2, true,
-            [](Rig *rig) { rig->services.state.LinkActivity = ActivityStatusCheck; });
     }
 
     void LeavingAsksAboutEachWindow()
     {
-        QFETCH(const QList<bool>, answers);
-        QFETCH(const Meanwhile, meanwhile);
-        QFETCH(const int, questions);
-        QFETCH(const bool, leaves);
+        const auto [answers, questions, leaves, whatElse] = ThisRow<Asked>();
+        const Meanwhile meanwhile = whatElse;
         Rig rig;
         for (const bool answer : answers) {
             rig.commands.AddDataSet(KindMemory);
@@ -121,35 +131,23 @@ class MainCommandsTest : public QObject
 
     void CommandsWaitForTheLink_data()
     {
-        QTest::addColumn<Command>("command");
-        QTest::addColumn<Meanwhile>("meanwhile"); // while it waits
-        QTest::addColumn<int>("windows");         // afterwards
-        QTest::addColumn<bool>("runs");
-        const auto row = [](
-                             const char *name, Command command, int windows, bool runs,
-                             Meanwhile meanwhile = [](Rig *) {}) {
-            QTest::newRow(name) << command << meanwhile << windows << runs;
-        };
-        row("download", Command::DataMemory, 2, false);
-        row("SAVE-mode download", Command::DataSave, 2, false);
-        row("download once more", Command::DataMemory, 2, false,
-            [](Rig *rig) { rig->commands.Run(Command::DataMemory); });
-        row("run", Command::RealtimeStart, 1, true);
-        row("run once more", Command::RealtimeStart, 1, true,
-            [](Rig *rig) { rig->commands.Run(Command::RealtimeStart); });
-        row("run whose window goes", Command::RealtimeStart, 0, false, [](Rig *rig) { rig->sets.clear(); });
-        row("run and forwarding", Command::RealtimeStart, 1, true,
-            [](Rig *rig) { rig->commands.Run(Command::FileForward); });
-        row("download when the program is left", Command::DataMemory, 0, false, LeaveMeanwhile);
-        row("run when the program is left", Command::RealtimeStart, 0, false, LeaveMeanwhile);
+        AddRows<Waiting>({
+            {"download", {Command::DataMemory, 2, false, Nothing}},
+            {"SAVE-mode download", {Command::DataSave, 2, false, Nothing}},
+            {"download once more", {Command::DataMemory, 2, false, Also<Command::DataMemory>}},
+            {"run", {Command::RealtimeStart, 1, true, Nothing}},
+            {"run once more", {Command::RealtimeStart, 1, true, Also<Command::RealtimeStart>}},
+            {"run whose window goes",
+             {Command::RealtimeStart, 0, false, [](Rig *rig) { rig->sets.clear(); }}},
+            {"run and forwarding", {Command::RealtimeStart, 1, true, Also<Command::FileForward>}},
+            {"download when the program is left", {Command::DataMemory, 0, false, LeaveMeanwhile}},
+            {"run when the program is left", {Command::RealtimeStart, 0, false, LeaveMeanwhile}},
+        });
     }
 
     void CommandsWaitForTheLink()
     {
-        QFETCH(const Command, command);
-        QFETCH(const Meanwhile, meanwhile);
-        QFETCH(const int, windows);
-        QFETCH(const bool, runs);
+        const auto [command, windows, runs, meanwhile] = ThisRow<Waiting>();
         Rig rig;
         QVERIFY(rig.services.comm.OpenPort());
         rig.commands.AddDataSet(KindRealtime);

@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtTest>
@@ -36,41 +35,6 @@ class SimulatorTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void StoredReadingsKeepTheirColumns()
-    {
-        Instrument instrument;
-        static const QRegularExpression layout(
-            QStringLiteral("^(VDC|VAC|ADC|O  |T  |F  )([NOEB])[ -]( *\\d+\\.\\d+|-{6})E[-+][03] (VDC|ADC|O  "
-                           "|T  |F  )([NOE])[ -]"
-                           "( *\\d+\\.\\d+|-{6})E[-+][03]$"));
-        QString states;
-        for (int n = 1; n <= MemorySize; ++n) {
-            const QByteArray reply = Ask(instrument, "OM" + QByteArray::number(n));
-            QCOMPARE(reply.size(), 29);
-            const auto match = layout.match(QString::fromLatin1(reply));
-            QVERIFY2(match.hasMatch(), reply.constData());
-            QCOMPARE(Columns(reply, 6, 6) == "------",
-                     match.captured(2) == u'E' || match.captured(2) == u'B');
-            states += match.captured(2);
-        }
-        for (const QChar state : u"NOEB"_qs)
-            QVERIFY(states.contains(state));
-    }
-
-    void RecordsNeedTheirMode()
-    {
-        Instrument instrument;
-        QCOMPARE(Ask(instrument, "RS,01"), "CMD,ERR9");
-        QCOMPARE(Ask(instrument, "PL,1"), "OK");
-        // Bytes above 0x7F count with their full value.
-        instrument.SetRecord(1, "\xFF\xFE");
-        QCOMPARE(Ask(instrument, "RS,01"), "\xFF\xFE"
-                                           "D");
-        QCOMPARE(Ask(instrument, "RS,51"), "CMD,ERR9");
-        QCOMPARE(Ask(instrument, "PL,0"), "OK");
-        QCOMPARE(Ask(instrument, "RS,01"), "CMD,ERR9");
-    }
-
     void StatusFollowsTheState()
     {
         // The source, commands, a column of the status and what stands there.

@@ -1,9 +1,15 @@
 #include "source/numberformat.h"
+#include "testing/rows.h"
 #include "tests/sourcerig.h"
 
-#include <QTest>
-
 using namespace px40;
+
+namespace {
+
+using Meanwhile = std::pair<void (*)(SourceCommands &), QString>; // what is asked for, and all that is sent
+using Trouble = std::pair<QString, QString>;                      // what is told, and what was sent
+
+} // namespace
 
 class SourceCommandsTest : public QObject
 {
@@ -33,24 +39,27 @@ class SourceCommandsTest : public QObject
         }
     }
 
+    void AskedForDuringTheExchange_data()
+    {
+        AddRows<Meanwhile>({
+            {"another step", {[](SourceCommands &source) { source.StepDown(4); }, u"DW1 DW5"_qs}},
+            {"once more", {[](SourceCommands &source) { source.SwitchRatio(); }, u"DW1 DW1"_qs}},
+            {"not in this mode", {[](SourceCommands &source) { source.StepUp(4); }, u"DW1"_qs}},
+        });
+    }
+
     void AskedForDuringTheExchange()
     {
-        const std::pair<void (*)(SourceCommands &), QString> cases[] = {
-            {[](SourceCommands &source) { source.StepDown(4); }, u"DW1 DW5"_qs},
-            {[](SourceCommands &source) { source.SwitchRatio(); }, u"DW1 DW1"_qs}, // once more in this mode
-            {[](SourceCommands &source) { source.StepUp(4); }, u"DW1"_qs},         // not in this mode
-        };
-        for (const auto &[ask, sent] : cases) {
-            SourceRig rig(1);
-            rig.source.SwitchRatio(); // there is no last command yet
-            QCOMPARE(rig.Sent(), QString());
-            rig.source.StepDown(0);
-            Q_EMIT rig.source.tmSrcInter.tick();
-            ask(rig.source);
-            Q_EMIT rig.source.tmSrcInter.tick();
-            QCOMPARE(rig.jobs.Running(), 1);
-            QCOMPARE(rig.Sent(), sent);
-        }
+        const auto [ask, sent] = ThisRow<Meanwhile>();
+        SourceRig rig(1);
+        rig.source.SwitchRatio(); // there is no last command yet
+        QCOMPARE(rig.Sent(), QString());
+        rig.source.StepDown(0);
+        Q_EMIT rig.source.tmSrcInter.tick();
+        ask(rig.source);
+        Q_EMIT rig.source.tmSrcInter.tick();
+        QCOMPARE(rig.jobs.Running(), 1);
+        QCOMPARE(rig.Sent(), sent);
     }
 
     void OnAndOffByWhatIsKnown()
@@ -91,35 +100,41 @@ class SourceCommandsTest : public QObject
         QCOMPARE(rig.told.last(), u"The PX40 does not know the character \"😀\"."_qs);
     }
 
-    void TellsTheUserWhatCameOfIt()
+    void TroubleIsToldAndOver_data()
     {
-        const std::tuple<const char *, QString, QString> cases[] = {
-            {"err", u"The PX40 has refused \"DW1\": out of range or not possible."_qs, u"DW1"_qs},
-            {"silent", u"The PX40 has not answered \"DW1\"."_qs, u"DW1 DW1 DW1"_qs},
-            {"hang-up=1", u"The connection to the instrument was lost."_qs, u"DW1"_qs},
-            {"none", u"The communications port is not open."_qs, {}},
-        };
-        for (const auto &[fault, reason, sent] : cases) {
-            SourceRig rig(0, SourceRig::ReplyTimeoutMs);
-            rig.Fault(fault);
-            if (sent.isEmpty())
-                rig.comm.ClosePort();
-            rig.source.LoadLists();
-            rig.source.StepDown(0);
-            QCOMPARE(rig.Sent(), sent);
-            rig.source.LoadLists(); // nobody asked for it
-            QVERIFY(rig.Sent().startsWith(sent));
-            QCOMPARE(rig.told, QStringList(reason));
+        AddRows<Trouble>({
+            {"err", {u"The PX40 has refused \"DW1\": out of range or not possible."_qs, u"DW1"_qs}},
+            {"silent", {u"The PX40 has not answered \"DW1\"."_qs, u"DW1 DW1 DW1"_qs}},
+            {"hang-up=1", {u"The connection to the instrument was lost."_qs, u"DW1"_qs}},
+            {"none", {u"The communications port is not open."_qs, {}}},
+        });
+    }
 
-            rig.Fault("none");
-            if (!rig.comm.IsOpen())
-                rig.server.PlugIn();
-            rig.Open();
-            rig.source.StepDown(1);
-            QVERIFY(rig.Sent().endsWith(u"DW2"_qs));
-            QCOMPARE(rig.told, QStringList({reason, u'-' + reason}));
-        }
+    void TroubleIsToldAndOver()
+    {
+        const auto [reason, sent] = ThisRow<Trouble>();
+        SourceRig rig(0, SourceRig::ReplyTimeoutMs);
+        rig.Fault(QTest::currentDataTag());
+        if (sent.isEmpty())
+            rig.comm.ClosePort();
+        rig.source.LoadLists();
+        rig.source.StepDown(0);
+        QCOMPARE(rig.Sent(), sent);
+        rig.source.LoadLists(); // nobody asked for it
+        QVERIFY(rig.Sent().startsWith(sent));
+        QCOMPARE(rig.told, QStringList(reason));
 
+        rig.Fault("none");
+        if (!rig.comm.IsOpen())
+            rig.server.PlugIn();
+        rig.Open();
+        rig.source.StepDown(1);
+        QVERIFY(rig.Sent().endsWith(u"DW2"_qs));
+        QCOMPARE(rig.told, QStringList({reason, u'-' + reason}));
+    }
+
+    void TellsOfTheUsersCommandsOnly()
+    {
         SourceRig rig(1); // in which n/m sends the last command once more: now it was asked for
         rig.Fault("err");
         rig.source.LoadLists();

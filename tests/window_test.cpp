@@ -3,6 +3,7 @@
 #include "resources/icons.h"
 #include "resources/strings.h"
 #include "testing/program.h"
+#include "testing/rows.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,10 +15,16 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
-#include <QTest>
 #include <QToolBar>
 
 using namespace px40;
+
+namespace {
+
+using States =
+    std::tuple<Qt::WindowState, Qt::WindowState, Qt::WindowState>; // before, now, at the next start
+
+} // namespace
 
 class WindowTest : public QObject
 {
@@ -203,23 +210,17 @@ class WindowTest : public QObject
 
     void MainWindowStandsWhereItStood_data()
     {
-        QTest::addColumn<Qt::WindowStates>("before");
-        QTest::addColumn<Qt::WindowStates>("state");
-        QTest::addColumn<Qt::WindowStates>("after");
-        const Qt::WindowStates normal = Qt::WindowNoState;
-        const Qt::WindowStates maximised = Qt::WindowMaximized;
-        QTest::newRow("normal") << normal << normal << normal;
-        QTest::newRow("maximised") << normal << maximised << maximised;
-        QTest::newRow("normal again") << maximised << normal << normal;
-        QTest::newRow("minimised after maximised")
-            << maximised << Qt::WindowStates(Qt::WindowMinimized) << maximised;
+        AddRows<States>({
+            {"normal", {Qt::WindowNoState, Qt::WindowNoState, Qt::WindowNoState}},
+            {"maximised", {Qt::WindowNoState, Qt::WindowMaximized, Qt::WindowMaximized}},
+            {"normal again", {Qt::WindowMaximized, Qt::WindowNoState, Qt::WindowNoState}},
+            {"minimised after maximised", {Qt::WindowMaximized, Qt::WindowMinimized, Qt::WindowMaximized}},
+        });
     }
 
     void MainWindowStandsWhereItStood()
     {
-        QFETCH(const Qt::WindowStates, before);
-        QFETCH(const Qt::WindowStates, state);
-        QFETCH(const Qt::WindowStates, after);
+        const auto [before, state, after] = ThisRow<States>();
         ScriptedProgram program;
         UserStore &store = program.services.store;
         const int inch = program.window->logicalDpiX();
@@ -234,7 +235,7 @@ class WindowTest : public QObject
         QCOMPARE(store.GetNumber(u"Settings"_qs, u"MainWidth"_qs, 0), PixelsToTwips(place.width(), inch));
         const frmMain again(program.services);
         QCOMPARE(again.normalGeometry().isEmpty() ? again.geometry() : again.normalGeometry(), place);
-        QCOMPARE(again.windowState(), after);
+        QCOMPARE(again.windowState(), Qt::WindowStates(after));
     }
 };
 
