@@ -35,7 +35,7 @@ QString ReadingOf(Look look, int i)
 {
     if (look == Look::Torn && i % 3 == 2)
         return QStringLiteral("+OL");
-    const int noise = static_cast<int>(i * 2654435761U >> 16 & 0x7FFF) % 20001 - 10000;
+    const int noise = static_cast<int>(static_cast<unsigned>(i) * 2654435761U >> 16 & 0x7FFF) % 20001 - 10000;
     const double value = look == Look::Calm ? 5 * std::sin(i * 2e-4) + noise * 1e-6 : noise * 1e-3;
     return QString::number(value, 'f', 4);
 }

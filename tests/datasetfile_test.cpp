@@ -230,7 +230,7 @@ class DataSetFileTest : public QObject
         const auto write = [&bytes](QIODevice &to) {
             return WriteBytes(to, bytes.constData(), bytes.size());
         };
-        for (const rlim_t room : {0, 5000}) {
+        for (const rlim_t room : {rlim_t{0}, rlim_t{5000}}) {
             const FullDisk disk(room);
             QCOMPARE(Why(ReplaceFile(name, write)), u"File too large"_qs);
             QCOMPARE(Contents(name), SampleFile());
