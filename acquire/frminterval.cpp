@@ -156,8 +156,8 @@ void frmInterval::Confirm()
         return;
     }
     Load(form); // what passed stands there with two digits
-    const IntervalFault &fault = stored.error();
-    Refuse((fault.ofPeriod ? period_ : interval_).at(fault.part), fault.complaint);
+    const auto [field, complaint] = stored.error();
+    Refuse(field < interval_.size() ? interval_[field] : period_.at(field - interval_.size()), complaint);
 }
 
 } // namespace px40

@@ -1,7 +1,6 @@
 #include "acquire/frmmoniter.h"
 
 #include "acquire/instrumentface.h"
-#include "acquire/status.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
@@ -50,9 +49,9 @@ FaceDesign MeasureDesign()
 
 } // namespace
 
-frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
-    : LiveWindow(QStringLiteral("Moniter"), *services.store, services.state->MonitorOpen, parent),
-      services_(services), face_(new InstrumentFace(MeasureDesign(), this)),
+frmMoniter::frmMoniter(const InstrumentLink &link, UserStore &store, QWidget *parent)
+    : LiveWindow(QStringLiteral("Moniter"), store, parent), link_(link),
+      face_(new InstrumentFace(MeasureDesign(), this)),
       btMeasOnOff_(NewNamed<QPushButton>(
           "btMeasOnOff", Text(Str::MeasCaption) + QStringLiteral("\n ") + Text(Str::OnCaption), this))
 {
@@ -73,7 +72,7 @@ frmMoniter::frmMoniter(const MoniterServices &services, QWidget *parent)
     const double scale = logicalDpiX() / 96.0;
     setMinimumSize((DesignSize * scale).toSize());
     const QSize usual = (DesignSize * UsualScale * scale).toSize();
-    Open(QRect(FirstPlace(usual), usual));
+    Place(QRect(FirstPlace(usual), usual));
 }
 
 void frmMoniter::Show(const MeasureDisplay &display)
@@ -84,29 +83,24 @@ void frmMoniter::Show(const MeasureDisplay &display)
         btMeasOnOff_->setFocus(); // lost while it was disabled
 }
 
-void frmMoniter::Fade()
-{
-    face_->Fade();
-}
-
 void frmMoniter::SendNow()
 {
-    if (presses_ == 0 || LinkInUse(*services_.state))
+    if (presses_ == 0 || LinkInUse(link_.state))
         return; // the timer goes on
     --presses_;
-    services_.jobs->Launch(SwitchMeasuring(this, services_), "measuring on and off");
+    link_.jobs.Launch(SwitchMeasuring(this, link_), "measuring on and off");
 }
 
-QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, MoniterServices services)
+QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, InstrumentLink link)
 {
-    const LinkUse use(*services.gate, ActivityMonitorCommand);
-    const int measureOn = services.instrument->Status.MeasureOn;
+    const LinkUse use(link.gate, ActivityMonitorCommand);
+    const int measureOn = link.instrument.Status.MeasureOn;
     // At once, so that a second press before the next status sends the other command.
-    services.instrument->Status.MeasureOn = measureOn == 0 ? 1 : 0;
+    link.instrument.Status.MeasureOn = measureOn == 0 ? 1 : 0;
     const LinkCommand command = SetMeasuring(measureOn != 1);
 
     // Whether it succeeded is seen in the next status; why not, here.
-    const Result<QString> reply = co_await services.comm->SendCommand(command);
+    const Result<QString> reply = co_await link.comm.SendCommand(command);
     const Result<> obeyed = Obeyed(command, reply);
     if (window)
         window->ShowMessage(obeyed ? QString() : obeyed.error().text);
@@ -129,7 +123,7 @@ QPoint frmMoniter::FirstPlace(const QSize &usual) const
 
 bool frmMoniter::MayCloseNow() const
 {
-    return MayClose(*services_.state);
+    return MayClose(link_.state);
 }
 
 void frmMoniter::Closing()

@@ -10,7 +10,7 @@ namespace px40 {
 namespace {
 
 /// Checks a duration and writes it with two digits.
-tl::expected<void, IntervalFault> CheckDuration(Duration *duration, bool ofPeriod)
+Result<void, FieldFault> CheckDuration(Duration *duration, bool ofPeriod)
 {
     constexpr Str units[] = {Str::Day, Str::Hour, Str::Minute, Str::Second};
     const std::optional<DurationFault> fault = ValidateDuration(duration);
@@ -24,7 +24,8 @@ tl::expected<void, IntervalFault> CheckDuration(Duration *duration, bool ofPerio
         allowed = Text(Str::FieldAllows).arg(Text(frame), Text(units[fault->part]), range);
     }
     const QString illegal = Text(ofPeriod ? Str::IllegalPeriod : Str::IllegalInterval);
-    return tl::unexpected(IntervalFault{ofPeriod, fault->part, illegal + QStringLiteral("\r\n") + allowed});
+    const std::size_t field = fault->part + (ofPeriod ? DurationParts.size() : 0);
+    return tl::unexpected(FieldFault{field, illegal + QStringLiteral("\r\n") + allowed});
 }
 
 } // namespace
@@ -39,7 +40,7 @@ bool IsIntervalFixed(const DataSet &dataSet)
     return dataSet.GetDatacount() > 0;
 }
 
-tl::expected<void, IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet)
+Result<void, FieldFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet)
 {
     const bool fixed = IsIntervalFixed(*dataSet);
     if (fixed)

@@ -1,10 +1,8 @@
 #pragma once
 
 #include "document/duration.h"
-
-#include <tl/expected.hpp>
-
-#include <cstddef>
+#include "document/fieldfault.h"
+#include "platform/result.h"
 
 namespace px40 {
 
@@ -18,13 +16,6 @@ struct IntervalForm
     bool periodNone = true; ///< acquire until stopped: the texts of the period do not count
 };
 
-struct IntervalFault
-{
-    bool ofPeriod = false;
-    std::size_t part = 0; ///< the first faulty text, 0-based as in DurationParts
-    QString complaint;    ///< what is wrong, and on a second line which field it is and what is allowed there
-};
-
 /// The settings that the data set has now.
 IntervalForm LoadIntervalForm(const DataSet &dataSet);
 
@@ -32,9 +23,10 @@ IntervalForm LoadIntervalForm(const DataSet &dataSet);
 bool IsIntervalFixed(const DataSet &dataSet);
 
 /// Gives the form's settings to the data set, which then counts as changed, or tells what is wrong with them
-/// and changes nothing. A fixed interval is the data set's own, whatever the form says, and that of stored
+/// and changes nothing. The fields are the parts of the interval, then those of the period, as in
+/// `DurationParts`. A fixed interval is the data set's own, whatever the form says, and that of stored
 /// readings may be none at all; the form gets it. A duration that passes is rewritten in the form with two
 /// digits, also when the other one is faulty. The two durations are not compared.
-[[nodiscard]] tl::expected<void, IntervalFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet);
+Result<void, FieldFault> StoreIntervalForm(IntervalForm *form, DataSet *dataSet);
 
 } // namespace px40

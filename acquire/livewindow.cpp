@@ -1,8 +1,8 @@
 #include "acquire/livewindow.h"
 
+#include "acquire/instrumentface.h"
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
-#include "platform/named.h"
 #include "resources/icons.h"
 
 #include <QCloseEvent>
@@ -21,8 +21,8 @@ constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowS
 
 } // namespace
 
-LiveWindow::LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent)
-    : QWidget(parent, Flags), name_(name), store_(&store), openFlag_(&openFlag),
+LiveWindow::LiveWindow(const QString &name, UserStore &store, QWidget *parent)
+    : QWidget(parent, Flags), name_(name), store_(&store),
       llMessage_(NewNamed<ElidedLabel>("llMessage", this))
 {
     llMessage_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text widens no window
@@ -53,10 +53,14 @@ void LiveWindow::ShowLine()
     llMessage_->SetText(first.isEmpty() ? second : first);
 }
 
-void LiveWindow::Open(const QRect &usual)
+void LiveWindow::Fade()
+{
+    findChild<InstrumentFace *>()->Fade();
+}
+
+void LiveWindow::Place(const QRect &usual)
 {
     RestoreGeometry(*this, name_, usual, *store_);
-    *openFlag_ = true;
 }
 
 /// Escape is no shortcut: it would take the key from an open list.
@@ -79,7 +83,6 @@ void LiveWindow::closeEvent(QCloseEvent *event)
     open_ = false;
     Closing();
     SaveGeometry(*this, name_, *store_);
-    *openFlag_ = false;
     Q_EMIT closed();
 }
 

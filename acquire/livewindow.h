@@ -14,8 +14,7 @@ class UserStore;
 /// A line of its own tells what came of a command that was given here, or since when nothing has come from
 /// the instrument.
 ///
-/// It has its flag set for as long as it is open, keeps its place from one opening to the next, and deletes
-/// itself when closed, also by Escape or Ctrl+W.
+/// It keeps its place from one opening to the next, and deletes itself when closed, also by Escape or Ctrl+W.
 class LiveWindow : public QWidget
 {
     Q_OBJECT
@@ -26,17 +25,20 @@ class LiveWindow : public QWidget
     void ShowMessage(const QString &text);
     void ShowNote(const QString &text);
 
+    /// Nothing new has come for a while: the last value fades until there is a new one.
+    void Fade();
+
   Q_SIGNALS:
-    /// The window has closed: its place is kept and its flag is cleared.
+    /// The window has closed, and its place is kept.
     void closed();
 
   protected:
-    /// `name` begins the names under which the place is kept. `store` and `openFlag` outlive the window,
-    /// which is shown by the caller.
-    LiveWindow(const QString &name, UserStore &store, bool &openFlag, QWidget *parent);
+    /// `name` begins the names under which the place is kept. `store` outlives the window, which is shown by
+    /// the caller.
+    LiveWindow(const QString &name, UserStore &store, QWidget *parent);
 
-    /// Puts the window where it stood last, or to `usual`, always wholly onto a screen, and sets its flag.
-    void Open(const QRect &usual);
+    /// Puts the window where it stood last, or to `usual`, always wholly onto a screen.
+    void Place(const QRect &usual);
 
     virtual bool MayCloseNow() const { return true; }
     /// The window is about to close.
@@ -53,7 +55,6 @@ class LiveWindow : public QWidget
 
     QString name_;
     UserStore *store_;
-    bool *openFlag_;
     ElidedLabel *llMessage_;
     QString text_;
     QString note_;

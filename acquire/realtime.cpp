@@ -1,6 +1,5 @@
 #include "acquire/realtime.h"
 
-#include "acquire/status.h"
 #include "document/dataset.h"
 #include "document/rowforward.h"
 #include "document/statistics.h"
@@ -27,17 +26,18 @@ constexpr qint32 RowsAtATime = 500;
 
 } // namespace
 
-Realtime::Realtime(Parts parts) : parts_(std::move(parts))
+Realtime::Realtime(const InstrumentLink &link, const Clock &clock, Timer &tmRealtime, Tell tell)
+    : link_(link), clock_(&clock), tmRealtime_(&tmRealtime), tell_(std::move(tell))
 {
-    connect(&parts_.tmRealtime, &Timer::tick, this, &Realtime::OnTick);
+    connect(tmRealtime_, &Timer::tick, this, &Realtime::OnTick);
 }
 
 Realtime::~Realtime() = default;
 
 QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward)
 {
-    use_.emplace(parts_.gate, ActivityRealtimeTransition, LinkUse::Sharing::Shared);
-    parts_.state.RealtimeStop = false;
+    use_.emplace(link_.gate, ActivityRealtimeTransition, LinkUse::Sharing::Shared);
+    link_.state.RealtimeStop = false;
     ticking_ = true;
     data_ = dataSet;
     co_await Guarded(Begin(forward));
@@ -50,7 +50,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     barRows_ = -1;
     port_ = 0;
     ShowBar();
-    parts_.state.RealtimeRun = true;
+    link_.state.RealtimeRun = true;
     Q_EMIT runChanged();
     ForwardOff_ = true;
     if (forward) {
@@ -78,7 +78,7 @@ QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
 
 void Realtime::Stop()
 {
-    parts_.state.RealtimeStop = true;
+    link_.state.RealtimeStop = true;
     if (data_)
         ShowProgress();
 }
@@ -86,13 +86,13 @@ void Realtime::Stop()
 /// The request of a second.
 QCoro::Task<void> Realtime::RequestSample()
 {
-    if (!parts_.tmRealtime.Enabled()) {
-        parts_.tmRealtime.SetEnabled(true);
-        seconds_.Begin(parts_.clock);
+    if (!tmRealtime_->Enabled()) {
+        tmRealtime_->SetEnabled(true);
+        seconds_.Begin(*clock_);
     }
     use_->Become(ActivityRealtime);
-    if (parts_.state.LinkBusy) {
-        parts_.instrument.Miss(); // not the status of the second before
+    if (link_.state.LinkBusy) {
+        link_.instrument.Miss(); // not the status of the second before
         co_return;
     }
     OpenPortAgain();
@@ -105,28 +105,28 @@ QCoro::Task<void> Realtime::RequestSample()
 /// The port of the run, also when another one was chosen in vain meanwhile.
 void Realtime::OpenPortAgain()
 {
-    if (parts_.comm.IsOpen()) {
-        port_ = parts_.comm.PortNumber();
+    if (link_.comm.IsOpen()) {
+        port_ = link_.comm.PortNumber();
         return;
     }
-    if (port_ != 0 && port_ != parts_.comm.PortNumber())
-        parts_.comm.SetPortNumber(port_);
-    static_cast<void>(parts_.comm.OpenPort()); // the progress tells that it is closed
+    if (port_ != 0 && port_ != link_.comm.PortNumber())
+        link_.comm.SetPortNumber(port_);
+    static_cast<void>(link_.comm.OpenPort()); // the progress tells that it is closed
 }
 
 QCoro::Task<void> Realtime::Ask()
 {
-    const LinkUse alone(parts_.gate, ActivityRealtime);
+    const LinkUse alone(link_.gate, ActivityRealtime);
     const auto commands = AskCondition();
     Result<QString> reply;
     for (const LinkCommand &command : commands)
-        reply = co_await parts_.comm.SendCommand(command);
+        reply = co_await link_.comm.SendCommand(command);
     progress_.answered = reply.has_value();
-    replySecond_ = SecondOf(parts_.clock.UtcMs());
+    replySecond_ = SecondOf(clock_->UtcMs());
     if (reply && CheckCommMode(*reply))
-        parts_.instrument.Take(*reply);
+        link_.instrument.Take(*reply);
     else
-        parts_.instrument.Miss();
+        link_.instrument.Miss();
 }
 
 void Realtime::OnTick()
@@ -134,15 +134,15 @@ void Realtime::OnTick()
     if (ticking_ || !data_)
         return;
     const qint32 seconds = seconds_.Count();
-    if (seconds < 1 || parts_.state.LinkBusy)
+    if (seconds < 1 || link_.state.LinkBusy)
         return; // seconds in which another part has the link are dropped
     ticking_ = true;
-    parts_.jobs.Launch(Tick(seconds), "real-time tick");
+    link_.jobs.Launch(Tick(seconds), "real-time tick");
 }
 
 QCoro::Task<void> Realtime::Tick(qint32 seconds)
 {
-    if (parts_.state.LinkActivity == ActivityRealtime)
+    if (link_.state.LinkActivity == ActivityRealtime)
         co_await Guarded(OnRealtimeTick(seconds));
     else
         co_await Guarded(OnIdleTick());
@@ -154,7 +154,7 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
     const Result<bool> goesOn = co_await StoreSeconds(seconds);
     if (!goesOn)
         co_await FinishRealtime(goesOn.error().text);
-    else if (!*goesOn || parts_.state.RealtimeStop)
+    else if (!*goesOn || link_.state.RealtimeStop)
         co_await FinishRealtime(QString());
     else
         co_await RequestSample();
@@ -165,7 +165,7 @@ QCoro::Task<Result<bool>> Realtime::StoreSeconds(qint32 seconds)
 {
     std::optional<LinkUse> alone; // between the rows of a very late tick nobody else gets the link
     if (seconds >= RowsAtATime)
-        alone.emplace(parts_.gate, ActivityRealtime);
+        alone.emplace(link_.gate, ActivityRealtime);
     const qint64 firstSecond = seconds_.Second() - seconds + 1;
     const qint32 answered = SecondOfReply(firstSecond, seconds);
     for (qint32 k = 1; k <= seconds; ++k) {
@@ -176,7 +176,7 @@ QCoro::Task<Result<bool>> Realtime::StoreSeconds(qint32 seconds)
         if (IsSamplingSecond()) {
             const ReadingTexts missed = {NoReplyText(), {}, {}, {}};
             const Result<> added =
-                AddSample(k == answered ? parts_.instrument.Sample : missed, firstSecond + k - 1);
+                AddSample(k == answered ? link_.instrument.Sample : missed, firstSecond + k - 1);
             if (!added)
                 co_return Fail(added.error());
         }
@@ -206,7 +206,7 @@ qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
 /// Another part has used the link since the last second and left it idle: this second is not counted.
 QCoro::Task<void> Realtime::OnIdleTick()
 {
-    if (parts_.state.RealtimeStop)
+    if (link_.state.RealtimeStop)
         co_await StopRealtime();
     else
         co_await RequestSample();
@@ -214,8 +214,9 @@ QCoro::Task<void> Realtime::OnIdleTick()
 
 Result<> Realtime::AddSample(const ReadingTexts &sample, qint64 second)
 {
-    if (!data_->AddGridrow())
-        return Fail(parts_.state.ErrorMessage);
+    Result<> room = data_->AddGridrow();
+    if (!room)
+        return room;
     data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
                            sample.sourceUnit, IsValidReading(sample.measureValue));
     ++progress_.rows;
@@ -234,7 +235,7 @@ void Realtime::Forward()
         ForwardFailed(written.error());
     } else if (*written == RowForward::Row::Full) {
         progress_.forwardFull = true;
-        parts_.jobs.Launch(CloseForward(), "finishing a full worksheet"); // the run goes on meanwhile
+        link_.jobs.Launch(CloseForward(), "finishing a full worksheet"); // the run goes on meanwhile
     }
 }
 
@@ -272,7 +273,7 @@ void Realtime::ForwardFailed(const Failure &failure)
     ForwardOff_ = true;
     progress_.forwardFailed = true;
     progress_.forwardReason = FirstLine(failure.text);
-    parts_.state.ForwardErrorText = failure.text;
+    link_.state.ForwardErrorText = failure.text;
 }
 
 void Realtime::ShowProgress()
@@ -282,32 +283,32 @@ void Realtime::ShowProgress()
     // The last second of a period is stored when the next one begins.
     if (!data_->GetPeriodnone() && ElapsedSeconds_ == data_->GetPeriodcount() + 1)
         --progress_.elapsedSeconds;
-    progress_.portOpen = parts_.comm.IsOpen();
-    progress_.portLost = parts_.comm.IsLost();
-    progress_.stopping = parts_.state.RealtimeStop;
+    progress_.portOpen = link_.comm.IsOpen();
+    progress_.portLost = link_.comm.IsLost();
+    progress_.stopping = link_.state.RealtimeStop;
     Q_EMIT progressed(progress_);
 }
 
 /// `trouble`: what has ended the run; empty: nothing has.
 QCoro::Task<void> Realtime::FinishRealtime(QString trouble)
 {
-    parts_.tmRealtime.SetEnabled(false);
+    tmRealtime_->SetEnabled(false);
     use_->Become(ActivityRealtimeTransition);
     co_await CloseForward();
     if (!trouble.isEmpty()) {
-        parts_.state.ErrorMessage = trouble;
-        co_await parts_.tell(trouble);
+        link_.state.ErrorMessage = trouble;
+        co_await tell_(trouble);
     }
     End();
 }
 
 QCoro::Task<void> Realtime::StopRealtime()
 {
-    parts_.tmRealtime.SetEnabled(false);
+    tmRealtime_->SetEnabled(false);
     use_->Become(ActivityRealtimeStopping);
     {
-        const LinkUse alone(parts_.gate, ActivityRealtimeStopping);
-        const Result<QString> ended = co_await parts_.comm.SendCommand(EndRealtime());
+        const LinkUse alone(link_.gate, ActivityRealtimeStopping);
+        const Result<QString> ended = co_await link_.comm.SendCommand(EndRealtime());
     }
     co_await CloseForward();
     End();
@@ -318,7 +319,7 @@ void Realtime::End()
     progress_.ended = true;
     ShowProgress();
     data_.reset();
-    parts_.state.RealtimeRun = false;
+    link_.state.RealtimeRun = false;
     use_.reset();
     Q_EMIT runChanged();
 }

@@ -2,6 +2,7 @@
 
 #include "acquire/runprogress.h"
 #include "acquire/secondcounter.h"
+#include "acquire/status.h"
 #include "link/linkuse.h"
 #include "platform/result.h"
 #include "platform/tell.h"
@@ -16,13 +17,9 @@
 namespace px40 {
 
 class Clock;
-class Comm;
 class DataSet;
-class InstrumentState;
-class Jobs;
 class RowForward;
 class Timer;
-struct ReadingTexts;
 
 /// Real-time receive: asks for the instrument's status once a second and stores every interval-th one as a
 /// row until the period is over or the user stops.
@@ -39,19 +36,8 @@ class Realtime : public QObject
     Q_OBJECT
 
   public:
-    struct Parts
-    {
-        LinkState &state;
-        LinkGate &gate;
-        Comm &comm;
-        Jobs &jobs;
-        const Clock &clock;
-        InstrumentState &instrument;
-        Timer &tmRealtime;
-        Tell tell; ///< why a run has ended, before it is over for the rest of the program
-    };
-
-    explicit Realtime(Parts parts);
+    /// `tell`: why a run has ended, before it is over for the rest of the program.
+    Realtime(const InstrumentLink &link, const Clock &clock, Timer &tmRealtime, Tell tell);
     ~Realtime() override;
 
     /// Where rows are forwarded to: to be set before a run that asks for it, which it must outlive.
@@ -97,7 +83,10 @@ class Realtime : public QObject
     void ShowProgress();
     void End();
 
-    Parts parts_;
+    InstrumentLink link_;
+    const Clock *clock_;
+    Timer *tmRealtime_;
+    Tell tell_;
     RowForward *forward_ = nullptr;
     std::shared_ptr<DataSet> data_;
     std::optional<LinkUse> use_; ///< during a run

@@ -7,6 +7,11 @@
 
 namespace px40 {
 
+class Comm;
+class Jobs;
+class LinkGate;
+struct LinkState;
+
 /// What the program knows of the instrument: one instance, owned by the application, handed down by
 /// reference.
 class InstrumentState : public QObject
@@ -31,6 +36,16 @@ class InstrumentState : public QObject
 
   Q_SIGNALS:
     void statusReceived(); ///< it may be shown
+};
+
+/// What everything works with that talks with the instrument. All of it outlives that.
+struct InstrumentLink
+{
+    LinkState &state;
+    LinkGate &gate;
+    Comm &comm;
+    Jobs &jobs;
+    InstrumentState &instrument;
 };
 
 /// The text of the box when the instrument does not answer a status check.

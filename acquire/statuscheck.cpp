@@ -1,6 +1,5 @@
 #include "acquire/statuscheck.h"
 
-#include "acquire/status.h"
 #include "link/comm.h"
 #include "link/linkuse.h"
 #include "platform/timer.h"
@@ -9,42 +8,40 @@
 
 namespace px40 {
 
-StatusCheck::StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, InstrumentState &instrument,
-                         Timer &checkTimer, Tell tell)
-    : state_(&state), gate_(&gate), comm_(&comm), instrument_(&instrument), checkTimer_(&checkTimer),
-      tell_(std::move(tell))
+StatusCheck::StatusCheck(const InstrumentLink &link, Timer &checkTimer, Tell tell)
+    : link_(link), checkTimer_(&checkTimer), tell_(std::move(tell))
 {
 }
 
 QCoro::Task<bool> StatusCheck::CheckStatus()
 {
-    if (LinkInUse(*state_))
+    if (LinkInUse(link_.state))
         co_return true;
-    state_->StatusPolled = true;
-    if (state_->LinkActivity == ActivityRealtime) {
-        instrument_->ShowAgain();
+    link_.state.StatusPolled = true;
+    if (link_.state.LinkActivity == ActivityRealtime) {
+        link_.instrument.ShowAgain();
         co_return true;
     }
-    if (state_->RealtimeRun)
+    if (link_.state.RealtimeRun)
         co_return true; // the run asks by itself within this second
     const Result<QString> reply = co_await FetchStatus();
     if (reply)
-        instrument_->Take(*reply);
+        link_.instrument.Take(*reply);
     co_return reply || reply.error().code == FailureCode::Cancelled;
 }
 
 /// Cancelled when it has given way.
 QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
 {
-    const int connection = comm_->Connection();
-    const LinkUse use(*gate_, ActivityStatusCheck);
+    const int connection = link_.comm.Connection();
+    const LinkUse use(link_.gate, ActivityStatusCheck);
     const auto commands = AskCondition();
     Result<QString> reply;
     for (const LinkCommand &command : commands) {
-        reply = co_await comm_->SendCommand(command);
+        reply = co_await link_.comm.SendCommand(command);
         if (!reply)
             break;
-        if (gate_->TakeYield())
+        if (link_.gate.TakeYield())
             co_return Fail({}, FailureCode::Cancelled);
     }
     if (!reply) {
@@ -68,7 +65,7 @@ QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
 
 bool StatusCheck::IsReplaced(int connection) const
 {
-    return comm_->Connection() != connection && !comm_->IsLost();
+    return link_.comm.Connection() != connection && !link_.comm.IsLost();
 }
 
 } // namespace px40

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "acquire/status.h"
 #include "platform/result.h"
 #include "platform/tell.h"
 
@@ -8,11 +9,7 @@
 
 namespace px40 {
 
-class Comm;
-class InstrumentState;
-class LinkGate;
 class Timer;
-struct LinkState;
 
 /// The status check runs so often.
 constexpr int StatusCheckIntervalMs = 1000;
@@ -24,8 +21,7 @@ class StatusCheck
 {
   public:
     /// `tell` shows a text in a box and is done when the user has closed it. The link stays held meanwhile.
-    StatusCheck(LinkState &state, LinkGate &gate, Comm &comm, InstrumentState &instrument, Timer &checkTimer,
-                Tell tell);
+    StatusCheck(const InstrumentLink &link, Timer &checkTimer, Tell tell);
 
     /// One cycle. Skipped while the link is busy; during real-time receive nothing is sent and the stored
     /// status is shown. False when the instrument does not answer or is in the wrong communication mode: the
@@ -36,10 +32,7 @@ class StatusCheck
     QCoro::Task<Result<QString>> FetchStatus();
     bool IsReplaced(int connection) const;
 
-    LinkState *state_;
-    LinkGate *gate_;
-    Comm *comm_;
-    InstrumentState *instrument_;
+    InstrumentLink link_;
     Timer *checkTimer_;
     Tell tell_;
 };

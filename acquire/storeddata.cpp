@@ -13,26 +13,26 @@
 
 namespace px40 {
 
-StoredData::StoredData(const Parts &parts, Mode mode, std::shared_ptr<DataSet> dataSet)
-    : parts_(parts), mode_(mode), data_(std::move(dataSet)),
-      use_(parts.gate, ActivityDownload,
+StoredData::StoredData(const InstrumentLink &link, ProgressView &progress, Mode mode,
+                       std::shared_ptr<DataSet> dataSet)
+    : link_(link), progress_(&progress), mode_(mode), data_(std::move(dataSet)),
+      use_(link.gate, ActivityDownload,
            mode == Mode::Memory ? LinkUse::Sharing::Alone : LinkUse::Sharing::Shared)
 {
 }
 
 QCoro::Task<Result<>> StoredData::Receive()
 {
-    parts_.state.DownloadCancel = false;
-    ProgressView &progress = parts_.progress;
-    progress.Show();
-    progress.SetCaption(Text(mode_ == Mode::Memory ? Str::ReceiveMemoryMode : Str::ReceiveSaveMode));
-    progress.SetMessage(Text(Str::Receiving));
+    link_.state.DownloadCancel = false;
+    progress_->Show();
+    progress_->SetCaption(Text(mode_ == Mode::Memory ? Str::ReceiveMemoryMode : Str::ReceiveSaveMode));
+    progress_->SetMessage(Text(Str::Receiving));
     data_->ShowGrid(false); // while rows stream in
     const Result<> fetched = co_await Fetch();
     if (mode_ == Mode::Save)
         const Result<QString> ended =
             co_await Ask(EndRecords()); // whatever came before, and whatever comes of it
-    parts_.progress.Unload();
+    progress_->Unload();
     const int count = data_->GetDatacount();
     if (count > 2)
         data_->SetGraphcount(count);
@@ -45,72 +45,67 @@ QCoro::Task<Result<>> StoredData::Receive()
 /// Memory that runs out ends a download like any other failure.
 QCoro::Task<Result<>> StoredData::Fetch()
 {
-    QCoro::Task<Result<>> fetch = mode_ == Mode::Memory ? FetchReadings() : FetchRecords();
     Result<> fetched;
     try {
-        fetched = co_await fetch;
+        fetched = co_await FetchAll();
     } catch (const std::exception &error) {
         fetched = Fail(QString::fromLocal8Bit(error.what()));
     }
     co_return fetched;
 }
 
-QCoro::Task<Result<>> StoredData::FetchReadings()
+QCoro::Task<Result<>> StoredData::FetchAll()
 {
-    const auto preparations = Preparations();
-    for (const LinkCommand &command : preparations)
-        const Result<QString> taken = co_await Ask(command); // what comes of it shows in the first reading
+    if (mode_ == Mode::Memory) {
+        const auto preparations = Preparations();
+        for (const LinkCommand &command : preparations)
+            const Result<QString> taken =
+                co_await Ask(command); // what comes of it shows in the first reading
+    } else {
+        const Result<QString> begun = co_await Ask(BeginRecords());
+        if (!begun)
+            co_return Fail(begun.error());
+    }
     for (int n = 1; n <= Entries; ++n) {
-        const Result<QString> reply = co_await Ask(AskReading(n));
+        const LinkCommand command = mode_ == Mode::Memory ? AskReading(n) : AskRecord(n);
+        const Result<QString> reply = co_await Ask(command);
         if (!reply)
             co_return Fail(reply.error());
-        const Result<ReadingTexts> reading = DecodeMeasureReply(*reply);
-        if (!reading)
-            co_return Fail(reading.error());
-        const Result<> added = AddRow();
-        if (!added)
-            co_return added;
+        const Result<> stored = mode_ == Mode::Memory ? StoreReading(n, *reply) : StoreRecord(*reply);
+        if (!stored)
+            co_return stored;
+        progress_->RenProgress(n == Entries, n, Entries);
+    }
+    co_return Result<>();
+}
+
+Result<> StoredData::StoreReading(int n, const QString &reply)
+{
+    const Result<ReadingTexts> reading = DecodeMeasureReply(reply);
+    if (!reading)
+        return Fail(reading.error());
+    Result<> room = data_->AddGridrow();
+    if (room)
         data_->AddData(QStringLiteral("No.%1").arg(n), reading->measureValue, reading->measureUnit,
                        reading->sourceValue, reading->sourceUnit);
-        parts_.progress.RenProgress(n == Entries, n, Entries);
-    }
-    co_return Result<>();
+    return room;
 }
 
-QCoro::Task<Result<>> StoredData::FetchRecords()
+Result<> StoredData::StoreRecord(const QString &reply)
 {
-    const Result<QString> begun = co_await Ask(BeginRecords());
-    if (!begun)
-        co_return Fail(begun.error());
-    for (int n = 1; n <= Entries; ++n) {
-        const Result<QString> reply = co_await Ask(AskRecord(n));
-        if (!reply)
-            co_return Fail(reply.error());
-        const Result<bool> filled = CheckSaveRecord(*reply);
-        if (!filled)
-            co_return Fail(filled.error());
-        records_ += *filled ? 1 : 0;
-        const Result<> added = AddRow();
-        if (!added)
-            co_return added;
-        parts_.progress.RenProgress(n == Entries, n, Entries);
-    }
-    co_return Result<>();
-}
-
-Result<> StoredData::AddRow()
-{
-    if (!data_->AddGridrow())
-        return Fail(parts_.state.ErrorMessage);
-    return {};
+    const Result<bool> filled = CheckSaveRecord(reply);
+    if (!filled)
+        return Fail(filled.error());
+    records_ += *filled ? 1 : 0;
+    return data_->AddGridrow();
 }
 
 /// An instrument that keeps silent ends a download; there is nothing left to cancel then.
 QCoro::Task<Result<QString>> StoredData::Ask(LinkCommand command)
 {
-    Result<QString> reply = co_await parts_.comm.SendCommand(command);
+    Result<QString> reply = co_await link_.comm.SendCommand(command);
     if (!reply && reply.error().code == FailureCode::NoAnswer) {
-        parts_.progress.DisableCancel();
+        progress_->DisableCancel();
         reply = Fail(Text(Str::TimeoutError), FailureCode::NoAnswer);
     }
     co_return reply;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "acquire/status.h"
 #include "link/linkuse.h"
 #include "platform/result.h"
 
@@ -9,11 +10,9 @@
 
 namespace px40 {
 
-class Comm;
 class DataSet;
 class ProgressView;
 struct LinkCommand;
-struct LinkState;
 
 /// One download of the 50 readings, or the 50 SAVE-mode records, that the instrument keeps in its memory, one
 /// request each, under the progress dialog. It has the link until it goes, so that whoever started it can
@@ -24,17 +23,10 @@ class StoredData
     static constexpr int Entries = 50;
     enum class Mode { Memory, Save };
 
-    struct Parts
-    {
-        LinkState &state;
-        LinkGate &gate;
-        Comm &comm;
-        ProgressView &progress;
-    };
-
-    /// The link must be free, and the parts outlive the download. In SAVE mode it leaves `LinkBusy` alone:
-    /// that a download is under way keeps others from the link. A record only makes room in the table.
-    StoredData(const Parts &parts, Mode mode, std::shared_ptr<DataSet> dataSet);
+    /// The link must be free, and what is handed in outlive the download. In SAVE mode it leaves `LinkBusy`
+    /// alone: that a download is under way keeps others from the link. A record only makes room in the table.
+    StoredData(const InstrumentLink &link, ProgressView &progress, Mode mode,
+               std::shared_ptr<DataSet> dataSet);
 
     /// To the end. A download that fails, or is cancelled, keeps the rows received.
     QCoro::Task<Result<>> Receive();
@@ -44,12 +36,13 @@ class StoredData
 
   private:
     QCoro::Task<Result<>> Fetch();
-    QCoro::Task<Result<>> FetchReadings();
-    QCoro::Task<Result<>> FetchRecords();
+    QCoro::Task<Result<>> FetchAll();
+    Result<> StoreReading(int n, const QString &reply);
+    Result<> StoreRecord(const QString &reply);
     QCoro::Task<Result<QString>> Ask(LinkCommand command);
-    Result<> AddRow();
 
-    Parts parts_;
+    InstrumentLink link_;
+    ProgressView *progress_;
     Mode mode_;
     std::shared_ptr<DataSet> data_;
     LinkUse use_;

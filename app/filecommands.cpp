@@ -77,7 +77,7 @@ QCoro::Task<void> FileCommands::Open(QStringList names)
         if (IsFileOpen(name))
             continue;
         // The window comes when there is something to show: a file that cannot be read leaves none.
-        const auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
+        const auto dataSet = std::make_shared<DataSet>(services_->shared);
         const Result<> opened = WhileBusy(&DataSet::OpenFile, dataSet.get(), name);
         if (!opened) {
             services_->state.ErrorMessage = opened.error().text;

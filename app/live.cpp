@@ -46,11 +46,9 @@ void BringToFront(QWidget *window)
 
 Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidget *window)
     : QObject(window), services_(&services), commands_(&commands), tmCheckStat_(&tmCheckStat),
-      window_(window),
-      statusCheck_(services.state, services.gate, services.comm, services.instrument, tmCheckStat,
-                   [&services](const QString &text) { return services.prompts.Warn(text); }),
-      sourceCommands_(services.state, services.gate, services.comm, services.jobs, services.instrument),
-      tmFade_(FadeAfterMs, false, this)
+      window_(window), statusCheck_(services.link, tmCheckStat,
+                                    [&services](const QString &text) { return services.prompts.Warn(text); }),
+      sourceCommands_(services.link), tmFade_(FadeAfterMs, false, this)
 {
     tmFade_.setObjectName(QStringLiteral("tmFade"));
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
@@ -90,9 +88,7 @@ void Live::OpenMoniter()
         BringToFront(moniter_);
         return;
     }
-    const MoniterServices moniterServices = {&services_->state, &services_->gate,  &services_->comm,
-                                             &services_->jobs,  &services_->store, &services_->instrument};
-    moniter_ = new frmMoniter(moniterServices, window_);
+    moniter_ = new frmMoniter(services_->link, services_->store, window_);
     connect(moniter_, &LiveWindow::closed, this, [this] { moniter_ = nullptr; });
     ShowWindow(moniter_);
 }
@@ -104,9 +100,7 @@ void Live::OpenSource()
         BringToFront(source_);
         return;
     }
-    const SourceServices sourceServices = {&services_->state, &services_->store, &services_->ranges,
-                                           &sourceCommands_};
-    source_ = new frmSource(sourceServices, window_);
+    source_ = new frmSource(sourceCommands_, services_->ranges, services_->store, window_);
     connect(source_, &LiveWindow::closed, this, [this] {
         source_ = nullptr;
         ShowSource({}); // nobody tells the value entry any more

@@ -32,9 +32,8 @@ QString ReceivedText(StoredData::Mode mode, bool complete, int records, const Da
 MainCommands::MainCommands(Services &services, MainViews &views, ProgressView &progress, Timer &tmRealtime)
     : services_(&services), views_(&views), files_(services, views), forwarding_(services, views, progress),
       progress_(&progress),
-      realtime_({services.state, services.gate, services.comm, services.jobs, services.clock,
-                 services.instrument, tmRealtime,
-                 [&services](const QString &text) { return services.prompts.Warn(text); }})
+      realtime_(services.link, services.clock, tmRealtime,
+                [&services](const QString &text) { return services.prompts.Warn(text); })
 {
     connect(&realtime_, &Realtime::runChanged, this, &MainCommands::RunChanged);
     connect(&realtime_, &Realtime::progressed, this, &MainCommands::ShowRun);
@@ -122,7 +121,7 @@ void MainCommands::AllowReceiving(bool allowed)
 std::shared_ptr<DataSet> MainCommands::AddDataSet(int kind)
 {
     views_->ShowBusy(true);
-    auto dataSet = std::make_shared<DataSet>(services_->state, services_->shared);
+    auto dataSet = std::make_shared<DataSet>(services_->shared);
     dataSet->OpenNew(kind);
     views_->AddDataWindow(dataSet, false);
     views_->ShowBusy(false);
@@ -177,7 +176,7 @@ QCoro::Task<void> MainCommands::ReceiveAndForward(StoredData::Mode mode, std::op
 
 QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<DataSet> dataSet)
 {
-    StoredData download({services_->state, services_->gate, services_->comm, *progress_}, mode, dataSet);
+    StoredData download(services_->link, *progress_, mode, dataSet);
     const Result<> received = co_await download.Receive();
     if (!received) {
         QString &error = services_->state.ErrorMessage; // after a cancel that of the last failure

@@ -44,6 +44,7 @@ struct Services
     DocumentShared shared;
     RangeLists ranges;
     InstrumentState instrument;
+    InstrumentLink link{state, gate, comm, jobs, instrument};
     StatusLine statusLine;
     bool simulated = false; ///< the instrument is a simulation inside the program
     bool leaving = false;   ///< the program is about to end: start nothing new

@@ -133,8 +133,7 @@ class SourceRig
     {
         port_.state.StatusPolled = true;
         port_.Open();
-        window_ =
-            std::make_unique<frmSource>(SourceServices{&port_.state, &port_.store, &ranges_, &commands_});
+        window_ = std::make_unique<frmSource>(commands_, ranges_, port_.store);
         window_->setAttribute(Qt::WA_DeleteOnClose, false);
         window_->show();
         button_ = window_->findChild<QAbstractButton *>(QStringLiteral("btDown0"));
@@ -211,9 +210,8 @@ class SourceRig
     Instrument instrument_;
     QTemporaryDir folder_;
     PortRig port_{QString::fromStdString(instrument_.Path()), folder_.filePath(QStringLiteral("user.ini"))};
-    InstrumentState status_;
     RangeLists ranges_ = BuildRangeLists();
-    SourceCommands commands_{port_.state, port_.gate, port_.comm, port_.jobs, status_};
+    SourceCommands commands_{port_.link};
     std::unique_ptr<frmSource> window_;
     std::unique_ptr<PaintCount> paints_;
     QAbstractButton *button_ = nullptr;

@@ -42,10 +42,10 @@ std::optional<double> TimedDownload(NeededTime *needed)
     LinkRig rig(options, Comm::DefaultReplyTimeoutMs);
     rig.Open();
     DocumentShared shared;
-    const auto data = std::make_shared<DataSet>(rig.state, shared);
+    const auto data = std::make_shared<DataSet>(shared);
     data->OpenNew(KindMemory);
     RecordedProgress progress;
-    StoredData stored({rig.state, rig.gate, rig.comm, progress}, StoredData::Mode::Memory, data);
+    StoredData stored(rig.link, progress, StoredData::Mode::Memory, data);
 
     const Clock::time_point begin = Clock::now();
     const Result<> received = Finish(stored.Receive());

@@ -11,8 +11,7 @@
 namespace px40::bench {
 
 LiveRig::LiveRig(sim::ServerOptions options)
-    : px40::LiveRig(Comm::DefaultReplyTimeoutMs, std::move(options)),
-      sourceCommands_(state, gate, comm, jobs, instrument)
+    : px40::LiveRig(Comm::DefaultReplyTimeoutMs, std::move(options)), sourceCommands_(link)
 {
     QObject::connect(&instrument, &InstrumentState::statusReceived, [this] { ShowStatus(); });
 }
@@ -21,12 +20,10 @@ LiveRig::~LiveRig() = default;
 
 void LiveRig::ShowWindows()
 {
-    const MoniterServices services = {&state, &gate, &comm, &jobs, &store, &instrument};
-    moniter_ = std::make_unique<frmMoniter>(services);
+    moniter_ = std::make_unique<frmMoniter>(link, store);
     moniter_->show();
     instrument.Status.SourceMode = 5; // in which the opening of the window sends nothing
-    const SourceServices sourceServices = {&state, &store, &ranges_, &sourceCommands_};
-    source_ = std::make_unique<frmSource>(sourceServices);
+    source_ = std::make_unique<frmSource>(sourceCommands_, ranges_, store);
     source_->show();
     Settle();
 }

@@ -38,7 +38,7 @@ void AddReadings(DataSet *data, int rows)
 
 std::shared_ptr<DataSet> SetMaker::Make(int rows)
 {
-    auto data = std::make_shared<DataSet>(state_, shared_);
+    auto data = std::make_shared<DataSet>(shared_);
     data->OpenNew(KindRealtime);
     AddReadings(data.get(), rows);
     return data;

@@ -15,7 +15,7 @@ namespace px40::bench {
 class SetRig
 {
   public:
-    SetRig() : data(std::make_shared<DataSet>(state, shared)) {}
+    SetRig() : data(std::make_shared<DataSet>(shared)) {}
     SetRig(const SetRig &) = delete;
     SetRig &operator=(const SetRig &) = delete;
 

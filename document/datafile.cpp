@@ -33,13 +33,20 @@ std::array<std::string_view, N> Split(std::string_view line)
     throw Failure{Text(Str::OtherDataType)};
 }
 
-/// The value of a setting that passed its check.
-template <typename T>
-T Checked(const std::optional<T> &value)
+int CheckedNumber(const QString &text, int least)
 {
-    if (!value)
+    const std::optional<int> number = WholeNumber(text);
+    if (!number || *number < least)
         RefuseType();
-    return *value;
+    return *number;
+}
+
+QString CheckedLimit(const QString &text)
+{
+    const std::optional<QString> limit = AxisLimitOf(text);
+    if (!limit)
+        RefuseType();
+    return *limit;
 }
 
 Duration CheckedDuration(Duration duration)
@@ -161,18 +168,18 @@ void Reader::ReadHeader(DataFileHeader *header)
     }
 
     GraphSettings &graph = header->graph;
-    graph.count = Checked(GraphCountOf(HeaderFields<1>()[0]));
+    graph.count = CheckedNumber(HeaderFields<1>()[0], 2); // fewer make no line
 
     const auto xAxis = HeaderFields<3>();
-    graph.xLabels = Checked(DivisionsOf(xAxis[1]));
-    graph.xTicks = Checked(DivisionsOf(xAxis[2]));
+    graph.xLabels = CheckedNumber(xAxis[1], 1);
+    graph.xTicks = CheckedNumber(xAxis[2], 1);
     graph.xAuto = Boolean(xAxis[0]);
 
     const auto yAxis = HeaderFields<5>();
-    graph.yMinimum = Checked(AxisLimitOf(yAxis[1]));
-    graph.yMaximum = Checked(AxisLimitOf(yAxis[2]));
-    graph.yMajor = Checked(DivisionsOf(yAxis[3]));
-    graph.yMinor = Checked(DivisionsOf(yAxis[4]));
+    graph.yMinimum = CheckedLimit(yAxis[1]);
+    graph.yMaximum = CheckedLimit(yAxis[2]);
+    graph.yMajor = CheckedNumber(yAxis[3], 1);
+    graph.yMinor = CheckedNumber(yAxis[4], 1);
     graph.yAuto = Boolean(yAxis[0]);
 }
 

@@ -7,8 +7,6 @@
 #include "graph/graphsettings.h"
 #include "platform/result.h"
 
-#include <QStringList>
-
 class QIODevice;
 
 namespace px40 {
@@ -62,10 +60,6 @@ struct DataFile
     Readings readings;
     int tableRows = 1; ///< rows of the table: the samples, and the empty rows behind them
 };
-
-/// The texts of lines 6 and 7.
-QStringList XAxisTexts(const GraphSettings &settings);
-QStringList YAxisTexts(const GraphSettings &settings);
 
 /// Fails, with one sentence, when the file cannot be read or is no data file. Takes time and memory in
 /// proportion to the file. Throws std::bad_alloc.

@@ -20,24 +20,18 @@ class Writer
   public:
     explicit Writer(QIODevice &file) : file_(&file) { pending_.reserve(PieceSize + 1024); }
 
-    void Line(const QStringList &texts)
+    /// `Texts`: strings of Qt, or of UTF-8.
+    template <typename Texts>
+    void Line(const Texts &texts)
     {
-        for (qsizetype i = 0; i < texts.size(); ++i) {
-            if (i > 0)
+        for (auto text = texts.begin(); text != texts.end(); ++text) {
+            if (text != texts.begin())
                 pending_ += ',';
-            Put(texts.at(i).toUtf8().toStdString());
+            Put(*text);
         }
-        EndLine();
-    }
-
-    void Row(const RowStore::Bytes &texts)
-    {
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            if (i > 0)
-                pending_ += ',';
-            Put(texts[i]);
-        }
-        EndLine();
+        pending_ += "\r\n";
+        if (pending_.size() >= PieceSize)
+            Flush();
     }
 
     Result<> Finish()
@@ -48,6 +42,8 @@ class Writer
 
   private:
     static constexpr std::size_t PieceSize = 256 * 1024;
+
+    void Put(const QString &text) { Put(text.toUtf8().toStdString()); }
 
     /// UTF-8 in, Latin-1 out.
     void Put(std::string_view text)
@@ -64,13 +60,6 @@ class Writer
                 pending_ += '?'; // no such character there
             }
         }
-    }
-
-    void EndLine()
-    {
-        pending_ += "\r\n";
-        if (pending_.size() >= PieceSize)
-            Flush();
     }
 
     void Flush()
@@ -97,27 +86,19 @@ QStringList Texts(const Duration &duration)
 
 } // namespace
 
-QStringList XAxisTexts(const GraphSettings &settings)
-{
-    return {BooleanText(settings.xAuto), QString::number(settings.xLabels), QString::number(settings.xTicks)};
-}
-
-QStringList YAxisTexts(const GraphSettings &settings)
-{
-    return {BooleanText(settings.yAuto), settings.yMinimum, settings.yMaximum,
-            QString::number(settings.yMajor), QString::number(settings.yMinor)};
-}
-
 Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file)
 {
     Writer writer(file);
-    writer.Line({QString::number(header.kind)});
-    writer.Line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
-    writer.Line(Texts(header.interval));
-    writer.Line(QStringList(BooleanText(header.periodNone)) + Texts(header.period));
-    writer.Line({QString::number(header.graph.count)});
-    writer.Line(XAxisTexts(header.graph));
-    writer.Line(YAxisTexts(header.graph));
+    const auto line = [&writer](const QStringList &texts) { writer.Line(texts); };
+    line({QString::number(header.kind)});
+    line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
+    line(Texts(header.interval));
+    line(QStringList(BooleanText(header.periodNone)) + Texts(header.period));
+    const GraphSettings &graph = header.graph;
+    line({QString::number(graph.count)});
+    line({BooleanText(graph.xAuto), QString::number(graph.xLabels), QString::number(graph.xTicks)});
+    line({BooleanText(graph.yAuto), graph.yMinimum, graph.yMaximum, QString::number(graph.yMajor),
+          QString::number(graph.yMinor)});
 
     const RowStore::Bytes empty;
     bool lastIsEmpty = false;
@@ -125,10 +106,10 @@ Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int t
     for (int row = 0; row < std::max(tableRows, samples); ++row) {
         const RowStore::Bytes texts = row < samples ? rows.Utf8(row) : empty;
         lastIsEmpty = texts == empty;
-        writer.Row(texts);
+        writer.Line(texts);
     }
     if (!lastIsEmpty)
-        writer.Row(empty); // the spare row at the end of every file
+        writer.Line(empty); // the spare row at the end of every file
     return writer.Finish();
 }
 

@@ -1,7 +1,6 @@
 #include "document/dataset.h"
 
 #include "document/numbers.h"
-#include "link/linkstate.h"
 #include "resources/strings.h"
 
 #include <algorithm>
@@ -24,8 +23,8 @@ int NextNewNumber(int last)
 
 } // namespace
 
-DataSet::DataSet(LinkState &state, DocumentShared &shared)
-    : state_(&state), shared_(&shared), table_(shared.MemoryNumbers),
+DataSet::DataSet(DocumentShared &shared)
+    : shared_(&shared), table_(shared.MemoryNumbers),
       graph_(readings_.series, {[this](qint32 sample) { return table_.Cell(sample, 1); },
                                 [this](qint32 sample) { return table_.SampleText(sample); },
                                 [this] { return table_.CommonMode(); }})
@@ -60,15 +59,13 @@ void DataSet::OpenNew(int kind)
     Q_EMIT captionChanged(caption_);
 }
 
-bool DataSet::AddGridrow()
+Result<> DataSet::AddGridrow()
 {
-    if (table_.Samples() >= TableModel::MaxSamples) {
-        state_->ErrorMessage = Text(Str::TableFull);
-        return false;
-    }
+    if (table_.Samples() >= TableModel::MaxSamples)
+        return Fail(Text(Str::TableFull));
     if (table_.Samples() == table_.TableRows())
         table_.AppendTableRow();
-    return true;
+    return {};
 }
 
 void DataSet::Append(const QString &time, const QString &data, const QString &meas, const QString &srcData,

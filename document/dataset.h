@@ -15,8 +15,6 @@ class QIODevice;
 
 namespace px40 {
 
-struct LinkState;
-
 /// What all data sets of the program share; owned by the application.
 struct DocumentShared
 {
@@ -45,9 +43,8 @@ class DataSet : public QObject
     Q_OBJECT
 
   public:
-    /// `state` (for error texts) and `shared` must outlive the data set. The heading of the second column
-    /// is fixed here.
-    DataSet(LinkState &state, DocumentShared &shared);
+    /// `shared` must outlive the data set. The heading of the second column is fixed here.
+    explicit DataSet(DocumentShared &shared);
 
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
@@ -63,8 +60,8 @@ class DataSet : public QObject
     /// Writes the data set to an open device, as it stands in a file.
     Result<> Write(QIODevice &to) const;
 
-    /// Makes room for one more row; false with the reason in the link's `ErrorMessage`.
-    virtual bool AddGridrow();
+    /// Makes room for one more row.
+    virtual Result<> AddGridrow();
     void AddData(const QString &time, const QString &data, const QString &meas, const QString &srcData,
                  const QString &srcMeas);
 
@@ -96,15 +93,9 @@ class DataSet : public QObject
     qint32 GetPeriodcount() const { return DurationSeconds(period_); }
 
     void SetGraphcount(int count);
-    QString GetGraphcount() const { return QString::number(graph_.Settings().count); }
     void SetAxisX(bool automatic, int divPerLabel, int divPerTick);
     /// The limits are kept as the texts given.
     void SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv, int minorDiv);
-    /// "True" or "False" for automatic, then categories between labels and between ticks.
-    QStringList GetAxisX() const { return XAxisTexts(graph_.Settings()); }
-    /// "True" or "False" for automatic, then minimum, maximum, major and minor divisions.
-    QStringList GetAxisY() const { return YAxisTexts(graph_.Settings()); }
-    void CancelXauto() { SetAxisX(false, graph_.Settings().xLabels, graph_.Settings().xTicks); }
     /// Back to the first sample.
     void PaintGraphtop() { graph_.ScrollToTop(table_.Samples()); }
     const GraphModel &Graph() const { return graph_; }
@@ -151,7 +142,6 @@ class DataSet : public QObject
     void Adopt(DataFile &&file);
     void Keep(const QString &name);
 
-    LinkState *state_;
     DocumentShared *shared_;
     TableModel table_;
     Readings readings_;

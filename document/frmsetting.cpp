@@ -134,7 +134,7 @@ bool frmSetting::Apply()
     const auto stored = StoreGraphForm(&form, dataSet_.get());
     Load(form); // what passed stands there in its plain form
     if (!stored)
-        Refuse(fields_.at(static_cast<std::size_t>(stored.error().field)), stored.error().complaint);
+        Refuse(fields_.at(stored.error().field), stored.error().complaint);
     return stored.has_value();
 }
 

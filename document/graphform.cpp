@@ -2,85 +2,59 @@
 
 #include "document/dataset.h"
 #include "document/numbers.h"
-#include "graph/graphsettings.h"
 #include "resources/strings.h"
 
 #include <algorithm>
 #include <optional>
-#include <span>
+#include <variant>
 
 namespace px40 {
 
 namespace {
 
-constexpr int MostSamples = 32767; // a graph shows no more
+constexpr int Most = 32767; // samples in a graph, and whole numbers in a field
 
-/// The axis and the label of a field, what it takes, and how that is read.
+/// Which setting a field is for, and what the field is called. A number holds at least `least`, a text is a
+/// limit of the axis.
 struct FieldRule
 {
+    std::variant<int GraphSettings::*, QString GraphSettings::*> setting;
     Str axis;
     Str label;
-    Str allowed;
-    const char16_t *least;
-    const char16_t *most;
-    std::optional<QString> (*plain)(QStringView text);
+    int least = 1;
 };
-
-template <std::optional<int> (*Read)(QStringView)>
-std::optional<QString> Whole(QStringView text)
-{
-    const std::optional<int> value = Read(text);
-    return value ? std::optional(QString::number(*value)) : std::nullopt;
-}
 
 /// In the order of the fields.
 constexpr FieldRule Rules[GraphFieldCount] = {
-    {Str::GraphXAxis, Str::GraphDataRange, Str::WholeNumberAllowed, u"2", u"32767", Whole<GraphCountOf>},
-    {Str::GraphXAxis, Str::GraphTickCategories, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
-    {Str::GraphXAxis, Str::GraphLabelCategories, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
-    {Str::GraphYAxis, Str::GraphMaximum, Str::NumberAllowed, u"-60000", u"60000", AxisLimitOf},
-    {Str::GraphYAxis, Str::GraphMinimum, Str::NumberAllowed, u"-60000", u"60000", AxisLimitOf},
-    {Str::GraphYAxis, Str::GraphMajorUnit, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
-    {Str::GraphYAxis, Str::GraphMinorUnit, Str::WholeNumberAllowed, u"1", u"32767", Whole<DivisionsOf>},
+    {&GraphSettings::count, Str::GraphXAxis, Str::GraphDataRange, 2},
+    {&GraphSettings::xTicks, Str::GraphXAxis, Str::GraphTickCategories},
+    {&GraphSettings::xLabels, Str::GraphXAxis, Str::GraphLabelCategories},
+    {&GraphSettings::yMaximum, Str::GraphYAxis, Str::GraphMaximum},
+    {&GraphSettings::yMinimum, Str::GraphYAxis, Str::GraphMinimum},
+    {&GraphSettings::yMajor, Str::GraphYAxis, Str::GraphMajorUnit},
+    {&GraphSettings::yMinor, Str::GraphYAxis, Str::GraphMinorUnit},
 };
 
-constexpr GraphField XFields[] = {GraphField::End, GraphField::Tick, GraphField::Label};
-constexpr GraphField YFields[] = {GraphField::Max, GraphField::Min, GraphField::Major, GraphField::Minor};
-
-tl::unexpected<GraphFault> Fault(GraphField field, const QString &allowed)
+/// Reads a field into its setting and writes it again in its plain form. Gives what is allowed there when it
+/// is faulty, else nothing.
+QString Take(const FieldRule &rule, QString *text, GraphSettings *settings)
 {
-    const FieldRule &rule = Rules[static_cast<std::size_t>(field)];
-    return tl::unexpected(
-        GraphFault{field, Text(Str::IllegalValue) + QStringLiteral("\r\n") +
-                              Text(Str::FieldAllows).arg(Text(rule.axis), Text(rule.label), allowed)});
-}
-
-tl::expected<void, GraphFault> CheckFields(std::span<const GraphField> fields, GraphForm *form)
-{
-    for (const GraphField field : fields) {
-        const FieldRule &rule = Rules[static_cast<std::size_t>(field)];
-        QString &text = (*form)[field];
-        const std::optional<QString> plain = rule.plain(text);
+    if (const auto *const limit = std::get_if<QString GraphSettings::*>(&rule.setting)) {
+        const std::optional<QString> plain = AxisLimitOf(*text);
         if (!plain)
-            return Fault(
-                field, Text(rule.allowed).arg(QString::fromUtf16(rule.least), QString::fromUtf16(rule.most)));
-        text = *plain;
+            return Text(Str::NumberAllowed).arg(QStringLiteral("-60000"), QStringLiteral("60000"));
+        settings->**limit = *text = *plain;
         // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
-        const QString &maximum = (*form)[GraphField::Max];
-        if (field == GraphField::Min && SingleNumber(maximum) <= SingleNumber(text))
-            return Fault(field, Text(Str::BelowMaximum).arg(maximum));
+        if (*limit == &GraphSettings::yMinimum &&
+            SingleNumber(settings->yMaximum) <= SingleNumber(settings->yMinimum))
+            return Text(Str::BelowMaximum).arg(settings->yMaximum);
+        return {};
     }
-    return {};
-}
-
-tl::expected<void, GraphFault> Check(GraphForm *form)
-{
-    if (!form->xAuto) {
-        if (auto checked = CheckFields(XFields, form); !checked)
-            return checked;
-    }
-    if (!form->yAuto)
-        return CheckFields(YFields, form);
+    const std::optional<int> number = WholeNumber(*text);
+    if (!number || *number < rule.least)
+        return Text(Str::WholeNumberAllowed).arg(rule.least).arg(Most);
+    settings->*std::get<int GraphSettings::*>(rule.setting) = *number;
+    *text = QString::number(*number);
     return {};
 }
 
@@ -88,42 +62,39 @@ tl::expected<void, GraphFault> Check(GraphForm *form)
 
 GraphForm LoadGraphForm(const DataSet &dataSet)
 {
-    const QStringList axisX = dataSet.GetAxisX();
-    const QStringList axisY = dataSet.GetAxisY();
-    GraphForm form;
-    form[GraphField::End] = dataSet.GetGraphcount();
-    form.xAuto = BooleanValue(axisX.at(0)).value();
-    form[GraphField::Label] = axisX.at(1);
-    form[GraphField::Tick] = axisX.at(2);
-    form.yAuto = BooleanValue(axisY.at(0)).value();
-    form[GraphField::Min] = axisY.at(1);
-    form[GraphField::Max] = axisY.at(2);
-    form[GraphField::Major] = axisY.at(3);
-    form[GraphField::Minor] = axisY.at(4);
+    const GraphSettings &settings = dataSet.Graph().Settings();
+    GraphForm form{settings.xAuto, settings.yAuto, {}};
+    for (std::size_t field = 0; field < GraphFieldCount; ++field) {
+        if (const auto *const limit = std::get_if<QString GraphSettings::*>(&Rules[field].setting))
+            form.texts[field] = settings.**limit;
+        else
+            form.texts[field] =
+                QString::number(settings.*std::get<int GraphSettings::*>(Rules[field].setting));
+    }
     return form;
 }
 
-tl::expected<void, GraphFault> StoreGraphForm(GraphForm *form, DataSet *dataSet)
+Result<void, FieldFault> StoreGraphForm(GraphForm *form, DataSet *dataSet)
 {
-    if (auto checked = Check(form); !checked)
-        return checked;
-    const auto whole = [form](GraphField field) { return WholeNumber((*form)[field]).value(); };
-    if (!form->xAuto)
-        dataSet->SetGraphcount(whole(GraphField::End));
-    else if (dataSet->GetDatacount() > 2)
-        dataSet->SetGraphcount(std::min(dataSet->GetDatacount(), MostSamples));
-
-    if (form->xAuto)
-        dataSet->SetAxisX(true, 1, 1);
-    else
-        dataSet->SetAxisX(false, whole(GraphField::Label), whole(GraphField::Tick));
-
+    GraphSettings settings = dataSet->Graph().Settings();
+    for (std::size_t field = 0; field < GraphFieldCount; ++field) {
+        const FieldRule &rule = Rules[field];
+        if (rule.axis == Str::GraphXAxis ? form->xAuto : form->yAuto)
+            continue;
+        const QString allowed = Take(rule, &form->texts[field], &settings);
+        if (!allowed.isEmpty())
+            return tl::unexpected(FieldFault{
+                field, Text(Str::IllegalValue) + QStringLiteral("\r\n") +
+                           Text(Str::FieldAllows).arg(Text(rule.axis), Text(rule.label), allowed)});
+    }
+    if (form->xAuto && dataSet->GetDatacount() > 2)
+        settings.count = std::min(dataSet->GetDatacount(), Most);
+    dataSet->SetGraphcount(settings.count);
+    dataSet->SetAxisX(form->xAuto, settings.xLabels, settings.xTicks);
     if (form->yAuto)
         dataSet->SetAxisY(true, QStringLiteral("1"), QStringLiteral("10"), 1, 1);
     else
-        dataSet->SetAxisY(false, (*form)[GraphField::Min], (*form)[GraphField::Max], whole(GraphField::Major),
-                          whole(GraphField::Minor));
-
+        dataSet->SetAxisY(false, settings.yMinimum, settings.yMaximum, settings.yMajor, settings.yMinor);
     dataSet->PaintGraphtop();
     return {};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
-#include <tl/expected.hpp>
+#include "document/fieldfault.h"
+#include "platform/result.h"
 
 #include <array>
 
@@ -9,7 +9,7 @@ namespace px40 {
 
 class DataSet;
 
-/// The text boxes of the Graph setup dialog.
+/// The text boxes of the Graph setup dialog, in the order in which they are checked.
 enum class GraphField {
     End,   ///< samples shown at once, 2 to 32767
     Tick,  ///< categories between tick marks, 1 to 32767
@@ -19,7 +19,7 @@ enum class GraphField {
     Major, ///< divisions of the Y axis, 1 to 32767
     Minor,
 };
-constexpr int GraphFieldCount = 7;
+constexpr std::size_t GraphFieldCount = 7;
 
 /// What stands in the Graph setup dialog: texts as the user typed them, checked or not.
 struct GraphForm
@@ -27,15 +27,6 @@ struct GraphForm
     bool xAuto = true; ///< the fields End, Tick and Label do not count
     bool yAuto = true; ///< the fields Max, Min, Major and Minor do not count
     std::array<QString, GraphFieldCount> texts;
-
-    QString &operator[](GraphField field) { return texts.at(static_cast<std::size_t>(field)); }
-    const QString &operator[](GraphField field) const { return texts.at(static_cast<std::size_t>(field)); }
-};
-
-struct GraphFault
-{
-    GraphField field;
-    QString complaint; ///< what is wrong, and on a second line which field it is and what is allowed there
 };
 
 /// The settings that the data set has now.
@@ -43,9 +34,8 @@ GraphForm LoadGraphForm(const DataSet &dataSet);
 
 /// Gives the form's settings to the data set and shows the first sample again; an automatic X axis shows all
 /// samples as soon as there are more than 2. Or tells of the first faulty field of the axes that are not
-/// automatic, in the order X, then Y with the maximum first, and changes nothing. Each field that passes is
-/// rewritten in its plain form, also when a later one is faulty. A maximum that is not above the minimum
-/// counts as a fault of the minimum.
-[[nodiscard]] tl::expected<void, GraphFault> StoreGraphForm(GraphForm *form, DataSet *dataSet);
+/// automatic, and changes nothing. Each field that passes is rewritten in its plain form, also when a later
+/// one is faulty. A maximum that is not above the minimum counts as a fault of the minimum.
+Result<void, FieldFault> StoreGraphForm(GraphForm *form, DataSet *dataSet);
 
 } // namespace px40

@@ -5,16 +5,6 @@
 
 namespace px40 {
 
-namespace {
-
-std::optional<int> AtLeast(int least, QStringView text)
-{
-    const std::optional<int> number = WholeNumber(text);
-    return number && *number >= least ? number : std::nullopt;
-}
-
-} // namespace
-
 std::optional<int> WholeNumber(QStringView text)
 {
     bool ok = false;
@@ -50,16 +40,6 @@ std::optional<bool> BooleanValue(QStringView text)
 QString BooleanText(bool value)
 {
     return value ? QStringLiteral("True") : QStringLiteral("False");
-}
-
-std::optional<int> GraphCountOf(QStringView text)
-{
-    return AtLeast(2, text); // fewer samples make no line
-}
-
-std::optional<int> DivisionsOf(QStringView text)
-{
-    return AtLeast(1, text);
 }
 
 std::optional<QString> AxisLimitOf(QStringView text)

@@ -22,14 +22,8 @@ std::optional<bool> BooleanValue(QStringView text);
 /// "True" or "False".
 QString BooleanText(bool value);
 
-// The settings of a graph; nothing for any other text.
-
-/// Samples shown at once: 2 to 32767.
-std::optional<int> GraphCountOf(QStringView text);
-/// Divisions of an axis, categories between labels or ticks: 1 to 32767.
-std::optional<int> DivisionsOf(QStringView text);
 /// A limit of the value axis, -60000 to 60000 in single precision, as it is written again: shortest, seven
-/// digits at most.
+/// digits at most. Nothing for any other text.
 std::optional<QString> AxisLimitOf(QStringView text);
 
 } // namespace px40

@@ -18,6 +18,8 @@ struct GraphSettings
     QString yMaximum = QStringLiteral("10");
     int yMajor = 1; ///< major divisions
     int yMinor = 1; ///< minor divisions
+
+    bool operator==(const GraphSettings &) const = default;
 };
 
 /// Which samples the graph shows: as many as the settings say behind `value` (0 shows the first ones).

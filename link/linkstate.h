@@ -33,8 +33,6 @@ struct LinkState
     bool RealtimeStop = false;   ///< real-time receive is to stop
     bool RealtimeRun = false;    ///< a real-time run is under way, whatever the link is used for right now
     bool ForwardRun = false;     ///< a data set is being forwarded, whatever the link is used for right now
-    bool MonitorOpen = false;    ///< the MEASURE window is open
-    bool SourceOpen = false;     ///< the SOURCE window is open
 };
 
 /// Somebody has the link, so that nothing else may be sent. A SAVE-mode download has it without `LinkBusy`.

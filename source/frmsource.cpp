@@ -1,6 +1,5 @@
 #include "source/frmsource.h"
 
-#include "link/linkstate.h"
 #include "link/rangelists.h"
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
@@ -44,20 +43,18 @@ bool IsOpen(const QComboBox *list)
 
 } // namespace
 
-frmSource::frmSource(const SourceServices &services, QWidget *parent)
-    : LiveWindow(QStringLiteral("Source"), *services.store, services.state->SourceOpen, parent),
-      services_(services), face_(new SourceFace(this))
+frmSource::frmSource(SourceCommands &commands, const RangeLists &ranges, UserStore &store, QWidget *parent)
+    : LiveWindow(QStringLiteral("Source"), store, parent), commands_(&commands), face_(new SourceFace(this))
 {
     setWindowTitle(Text(Str::SourceTitle));
-    connect(face_, &SourceFace::stepUp, services.commands, &SourceCommands::StepUp);
-    connect(face_, &SourceFace::stepDown, services.commands, &SourceCommands::StepDown);
+    connect(face_, &SourceFace::stepUp, commands_, &SourceCommands::StepUp);
+    connect(face_, &SourceFace::stepDown, commands_, &SourceCommands::StepDown);
 
     auto *const column = new QVBoxLayout(this);
     column->addWidget(face_, 1);
     auto *const grid = new QGridLayout;
     grid->addLayout(BuildButtons(), 0, 0);
     grid->addWidget(BuildRatio(), 0, 1);
-    const RangeLists &ranges = *services_.ranges;
     grid->addWidget(BuildLists("frThermo", Str::SourceThermoFrame,
                                {{SourceDisplay::TcList, "Tc", Str::SourceTc, ranges.TcSourceList},
                                 {SourceDisplay::RtdList, "Rtd", Str::SourceRtd, ranges.RtdList},
@@ -75,27 +72,26 @@ frmSource::frmSource(const SourceServices &services, QWidget *parent)
     const QList<QWidget *> controls = findChildren<QWidget *>();
     for (QWidget *const control : controls)
         control->installEventFilter(this);
-    services.commands->LoadLists();
+    commands_->LoadLists();
 
     column->activate(); // the smallest size is known from here on
-    Open(QRect(QPoint(0, TwipsToPixels(FirstTopTwips, logicalDpiX())), sizeHint()));
+    Place(QRect(QPoint(0, TwipsToPixels(FirstTopTwips, logicalDpiX())), sizeHint()));
 }
 
 QBoxLayout *frmSource::BuildButtons()
 {
-    SourceCommands *const commands = services_.commands;
     auto *const row = new QHBoxLayout;
     auto *const btSrcOnOff = NewNamed<QPushButton>(
         "btSrcOnOff", Text(Str::SourceTitle) + QStringLiteral("\n  ") + Text(Str::OnCaption), this);
     btSrcOnOff->setAccessibleName(Text(Str::SourceTitle) + u' ' + Text(Str::OnCaption));
-    connect(btSrcOnOff, &QPushButton::clicked, commands, &SourceCommands::SwitchOnOff);
+    connect(btSrcOnOff, &QPushButton::clicked, commands_, &SourceCommands::SwitchOnOff);
     btInput_ = NewNamed<QPushButton>("btInput", Text(Str::SourceValueTitle), this);
     btInput_->setToolTip(Text(Str::TipSourceValue));
     btInput_->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
     connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
     auto *const btNm = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
     btNm->setToolTip(Text(Str::TipSourceRatio));
-    connect(btNm, &QPushButton::clicked, commands, &SourceCommands::SwitchRatio);
+    connect(btNm, &QPushButton::clicked, commands_, &SourceCommands::SwitchRatio);
     for (QPushButton *const button : {btSrcOnOff, btInput_, btNm}) {
         button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
         row->addWidget(button, 1);
@@ -122,8 +118,8 @@ QGroupBox *frmSource::BuildRatio()
     auto *const btNmSet = NewNamed<QPushButton>("btNmSet", Text(Str::SourceSet), this);
     row->addStretch(1);
     row->addWidget(btNmSet);
-    connect(btNmSet, &QPushButton::clicked, services_.commands,
-            [commands = services_.commands, tbN, tbM] { commands->SetRatio(tbN->text(), tbM->text()); });
+    connect(btNmSet, &QPushButton::clicked, this,
+            [this, tbN, tbM] { commands_->SetRatio(tbN->text(), tbM->text()); });
     for (const QLineEdit *const box : {tbN, tbM})
         connect(box, &QLineEdit::returnPressed, btNmSet, &QPushButton::click);
     return frNm;
@@ -154,10 +150,8 @@ void frmSource::AddList(QGridLayout *grid, const RangeList &list)
     grid->addWidget(label, row, 0);
     grid->addWidget(box, row, 1);
     lists_[list.list] = box;
-    connect(box, &QComboBox::activated, services_.commands,
-            [commands = services_.commands, control = SourceList(list.list)](int position) {
-                commands->Select(control, position);
-            });
+    connect(box, &QComboBox::activated, this,
+            [this, control = SourceList(list.list)](int position) { commands_->Select(control, position); });
 }
 
 void frmSource::Show(const SourceDisplay &display)
@@ -166,14 +160,9 @@ void frmSource::Show(const SourceDisplay &display)
     face_->Show(display);
     if (std::none_of(lists_.begin(), lists_.end(), IsOpen))
         EnableRangeLists(display.mayChooseRange);
-    if (!services_.commands->IsUserWaiting())
+    if (!commands_->IsUserWaiting())
         ShowLists(display);
     KeepFocusSafe(focused);
-}
-
-void frmSource::Fade()
-{
-    face_->Fade();
 }
 
 /// A control that is disabled hands the focus on to whichever is next, where the next key would step a digit.

@@ -19,38 +19,25 @@ namespace px40 {
 
 class SourceCommands;
 class SourceFace;
-struct LinkState;
 struct RangeLists;
-
-/// What the SOURCE window works with. All of it outlives the window.
-struct SourceServices
-{
-    LinkState *state;
-    UserStore *store;
-    const RangeLists *ranges;
-    SourceCommands *commands;
-};
 
 /// "SOURCE": what the instrument's source puts out, and the controls that switch, step and set it. Every
 /// control only asks for a command (SourceCommands), which is sent when the link is free, also after the
-/// window was closed.
-///
-/// `SourceOpen` is set while it is open. It may be closed at any time.
+/// window was closed. It may be closed at any time.
 class frmSource : public LiveWindow
 {
     Q_OBJECT
 
   public:
-    /// Its lists are filled and stand at their first entries, which counts as chosen by the user.
-    explicit frmSource(const SourceServices &services, QWidget *parent = nullptr);
+    /// Its lists are filled and stand at their first entries, which counts as chosen by the user. `commands`
+    /// and `store` must outlive it.
+    frmSource(SourceCommands &commands, const RangeLists &ranges, UserStore &store,
+              QWidget *parent = nullptr);
 
     /// An empty display is that of an instrument of which nothing is known. Only what has changed is
     /// repainted. A list that is open is left alone, and so are all of them while a command of the user
     /// waits: what is shown is then older than what the user wants.
     void Show(const SourceDisplay &display);
-
-    /// Nothing new has come for a while: the last value fades until there is a new one.
-    void Fade();
 
     /// All five lists together.
     void EnableRangeLists(bool enabled);
@@ -78,7 +65,7 @@ class frmSource : public LiveWindow
     void ShowLists(const SourceDisplay &display);
     void KeepFocusSafe(QWidget *focused);
 
-    SourceServices services_;
+    SourceCommands *commands_;
     SourceFace *face_;
     QPushButton *btInput_ = nullptr;
     QPointer<QWidget> disabledFocus_; ///< had the focus until it was disabled

@@ -1,6 +1,5 @@
 #include "source/sourcecommands.h"
 
-#include "acquire/status.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
@@ -25,17 +24,15 @@ QString WaitingText(const QString &command)
 
 } // namespace
 
-SourceCommands::SourceCommands(LinkState &state, LinkGate &gate, Comm &comm, Jobs &jobs,
-                               InstrumentState &instrument)
-    : state_(&state), gate_(&gate), comm_(&comm), jobs_(&jobs), instrument_(&instrument)
+SourceCommands::SourceCommands(const InstrumentLink &link) : link_(link)
 {
     connect(&tmSrcInter, &Timer::tick, this, &SourceCommands::SendNow);
 }
 
 void SourceCommands::SwitchOnOff()
 {
-    const bool wasOn = instrument_->Status.SourceOn == 1;
-    instrument_->Status.SourceOn ^= 1;
+    const bool wasOn = link_.instrument.Status.SourceOn == 1;
+    link_.instrument.Status.SourceOn ^= 1;
     Queue(SourceControl::OnOff, wasOn ? QStringLiteral("0") : QStringLiteral("1"));
 }
 
@@ -80,14 +77,14 @@ bool SourceCommands::EnterValue(const QString &text)
     const QString value = OneLine(text);
     if (!Unsendable(value).isEmpty())
         return false;
-    instrument_->Status.SourceValue = value;
+    link_.instrument.Status.SourceValue = value;
     Store(SetSource(SourceSetting::Value, value));
     return true;
 }
 
 void SourceCommands::Queue(SourceControl control, const QString &argument)
 {
-    const std::optional<SourceSetting> setting = SettingOf(control, instrument_->Status.SourceMode);
+    const std::optional<SourceSetting> setting = SettingOf(control, link_.instrument.Status.SourceMode);
     if (setting)
         Store(SetSource(*setting, OneLine(argument)));
 }
@@ -109,7 +106,8 @@ void SourceCommands::Store(LinkCommand command)
     asked_ = !loading_;
     Arm();
     // Not for the moment that a status check takes.
-    const bool waits = LinkInUse(*state_) ? !MayClose(*state_) : !state_->StatusPolled && !comm_->IsOpen();
+    const bool waits =
+        LinkInUse(link_.state) ? !MayClose(link_.state) : !link_.state.StatusPolled && !link_.comm.IsOpen();
     if (asked_ && waits)
         Report(WaitingText(pending_.text));
 }
@@ -128,10 +126,10 @@ void SourceCommands::SendNow()
         tmSrcInter.SetInterval(0);
         return;
     }
-    if (!state_->StatusPolled || LinkInUse(*state_))
+    if (!link_.state.StatusPolled || LinkInUse(link_.state))
         return; // the timer goes on
     armed_ = false;
-    jobs_->Launch(Send(pending_, asked_), "a source command");
+    link_.jobs.Launch(Send(pending_, asked_), "a source command");
 }
 
 QCoro::Task<void> SourceCommands::Send(LinkCommand command, bool asked)
@@ -143,8 +141,8 @@ QCoro::Task<void> SourceCommands::Send(LinkCommand command, bool asked)
 
 QCoro::Task<Result<>> SourceCommands::Exchange(LinkCommand command)
 {
-    const LinkUse use(*gate_, ActivitySourceCommand);
-    const Result<QString> reply = co_await comm_->SendCommand(command);
+    const LinkUse use(link_.gate, ActivitySourceCommand);
+    const Result<QString> reply = co_await link_.comm.SendCommand(command);
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
     co_return Obeyed(command, reply);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "acquire/status.h"
 #include "link/command.h"
 #include "platform/timer.h"
 #include "source/sourcetable.h"
@@ -9,12 +10,6 @@
 #include <QString>
 
 namespace px40 {
-
-class Comm;
-class Jobs;
-class InstrumentState;
-class LinkGate;
-struct LinkState;
 
 /// What the user asks of the instrument's source. Each request becomes one command text, the pending one,
 /// which is sent on the tick of `tmSrcInter` when the link is free; a later request takes the place of one
@@ -26,7 +21,7 @@ class SourceCommands : public QObject
     Q_OBJECT
 
   public:
-    SourceCommands(LinkState &state, LinkGate &gate, Comm &comm, Jobs &jobs, InstrumentState &instrument);
+    explicit SourceCommands(const InstrumentLink &link);
 
     /// The other one of on and off, by what the last status said. That state is then taken for the present
     /// one, so that the next call goes the other way even before a status has come.
@@ -78,11 +73,7 @@ class SourceCommands : public QObject
     QCoro::Task<Result<>> Exchange(LinkCommand command);
     void Report(const QString &reason);
 
-    LinkState *state_;
-    LinkGate *gate_;
-    Comm *comm_;
-    Jobs *jobs_;
-    InstrumentState *instrument_;
+    InstrumentLink link_;
     LinkCommand pending_;  ///< asked for last, sent or not; without text before the first one
     QString reason_;       ///< what was told of the last command that was not obeyed
     QString replaced_;     ///< told of one that was never sent, as long as nothing came of the next one

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "acquire/status.h"
 #include "link/comm.h"
 #include "link/linkstate.h"
 #include "link/linkuse.h"
@@ -33,6 +34,8 @@ struct PortRig
     LinkGate gate{state};
     Jobs jobs;
     Comm comm;
+    InstrumentState instrument;
+    InstrumentLink link{state, gate, comm, jobs, instrument};
     /// Boxes, for a procedure that knows no `Prompts`.
     Tell tell = [this](const QString &text) { return prompts.Warn(text); };
 };

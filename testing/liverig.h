@@ -52,8 +52,8 @@ class RecordedForward : public RowForward
 struct LiveRig : LinkRig
 {
     explicit LiveRig(int replyTimeoutMs = ReplyTimeoutMs, sim::ServerOptions options = Unpaced())
-        : LinkRig(std::move(options), replyTimeoutMs), check(state, gate, comm, instrument, checkTimer, tell),
-          realtime({state, gate, comm, jobs, clock, instrument, tmRealtime, tell})
+        : LinkRig(std::move(options), replyTimeoutMs), check(link, checkTimer, tell),
+          realtime(link, clock, tmRealtime, tell)
     {
         Open();
         QObject::connect(&instrument, &InstrumentState::statusReceived,
@@ -76,7 +76,7 @@ struct LiveRig : LinkRig
     template <typename Set = DataSet>
     std::shared_ptr<Set> NewSet(int interval, int period = 0)
     {
-        const auto dataSet = std::make_shared<Set>(state, shared);
+        const auto dataSet = std::make_shared<Set>(shared);
         dataSet->OpenNew(KindRealtime);
         dataSet->SetInterval(Seconds(interval));
         if (period != 0)
@@ -124,7 +124,6 @@ struct LiveRig : LinkRig
     HeldClock clock;
     Timer checkTimer{1000, true};
     Timer tmRealtime{0, false}; // ticks only by hand
-    InstrumentState instrument;
     DocumentShared shared;
     StatusCheck check;
     Realtime realtime;

@@ -1,5 +1,4 @@
 #include "document/dataset.h"
-#include "link/linkstate.h"
 #include "platform/files.h"
 #include "platform/replacefile.h"
 #include "testing/files.h"
@@ -30,13 +29,12 @@ struct FileRig
         return name;
     }
 
-    std::shared_ptr<DataSet> Set() { return std::make_shared<DataSet>(state, shared); }
+    std::shared_ptr<DataSet> Set() { return std::make_shared<DataSet>(shared); }
 
     /// What lies in the folder, hidden files as well.
     QStringList Files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
 
     QTemporaryDir folder;
-    LinkState state;
     DocumentShared shared;
 };
 
@@ -92,8 +90,7 @@ class DataSetFileTest : public QObject
             QCOMPARE(opened->PanelText(Panel::Max), set->GetDispmax(true));
             QCOMPARE(opened->PanelText(Panel::Interval), set->PanelText(Panel::Interval));
             QCOMPARE(opened->GetPeriodcount(), set->GetPeriodcount());
-            QCOMPARE(opened->GetAxisX(), set->GetAxisX());
-            QCOMPARE(opened->GetAxisY(), set->GetAxisY());
+            QCOMPARE(opened->Graph().Settings(), set->Graph().Settings());
             QCOMPARE(opened->Graph().Scroll().maximum, opened->GetDatacount() - 3);
             QCOMPARE(opened->Shape().state, WindowShape::Maximised);
 

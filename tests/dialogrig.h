@@ -1,7 +1,6 @@
 #pragma once
 
 #include "document/dataset.h"
-#include "link/linkstate.h"
 #include "platform/jobs.h"
 #include "testing/prompts.h"
 #include "testing/wait.h"
@@ -66,11 +65,10 @@ struct DialogRig
 
     void AddReading() const { dataSet->AddData(QString(), u"1"_qs, QString(), QString(), QString()); }
 
-    LinkState state;
     DocumentShared shared;
     ScriptedPrompts prompts;
     Jobs jobs;
-    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
+    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(shared);
     QPointer<Dialog> dialog;
 };
 

@@ -1,7 +1,6 @@
 #include "document/dataset.h"
 #include "document/rowstore.h"
 #include "document/selectionsummary.h"
-#include "link/linkstate.h"
 #include "testing/rows.h"
 
 #include <QAbstractItemModelTester>
@@ -14,8 +13,7 @@ namespace {
 
 struct DataRig
 {
-    explicit DataRig(int kind, bool memoryNumbers = false)
-        : shared{0, memoryNumbers, QString()}, data(state, shared)
+    explicit DataRig(int kind, bool memoryNumbers = false) : shared{0, memoryNumbers, QString()}, data(shared)
     {
         data.OpenNew(kind);
     }
@@ -26,7 +24,6 @@ struct DataRig
         data.AddData(u"10:00:00"_qs, reading, u"VDC"_qs, {}, {});
     }
 
-    LinkState state;
     DocumentShared shared;
     DataSet data;
 };
@@ -80,7 +77,7 @@ class DocumentTest : public QObject
 
         rig.shared.MemoryNumbers = false; // the heading stays as it was made
         QCOMPARE(table.Heading(1), u"No."_qs);
-        const DataSet later(rig.state, rig.shared);
+        const DataSet later(rig.shared);
         QCOMPARE(later.Table().Heading(1), u"TIME"_qs);
     }
 
@@ -152,7 +149,7 @@ class DocumentTest : public QObject
         DataRig rig(KindMemory);
         for (const QString &reading : u"2 4 +OL 4 4 5 5 7 9 -3 -----"_qs.split(u' '))
             rig.Add(reading);
-        rig.data.AddGridrow(); // an empty row behind the samples
+        static_cast<void>(rig.data.AddGridrow()); // an empty row behind the samples
         const TableModel &table = rig.data.Table();
         using Ranges = std::vector<std::pair<int, int>>; // rows from 1 on
         const std::tuple<Ranges, QString> cases[] = {
@@ -206,7 +203,7 @@ class DocumentTest : public QObject
         QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
         QCOMPARE(realtime.PanelText(Panel::Period), QString());
         QVERIFY(realtime.Saved());
-        QCOMPARE(realtime.GetGraphcount(), u"20"_qs);
+        QCOMPARE(realtime.Graph().Settings().count, 20);
         QCOMPARE(realtime.PanelText(Panel::X), u"Automatic"_qs);
         QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
         // What is set is shown as it was given.
@@ -228,12 +225,11 @@ class DocumentTest : public QObject
 
     void CaptionsCountUp()
     {
-        LinkState state;
         DocumentShared shared;
         for (const int number : {1, 2, 32767, 1}) {
             if (number == 32767)
                 shared.NewCount = 32766; // the last but one
-            DataSet data(state, shared);
+            DataSet data(shared);
             data.OpenNew(KindMemory);
             QCOMPARE(data.Caption(), QString::number(number) + u"New"_qs);
         }
@@ -256,11 +252,11 @@ class DocumentTest : public QObject
         expectUnsaved();
         rig.data.DispInterval(u"5"_qs);
         rig.data.SetAxisX(false, 2, 3);
+        QCOMPARE(rig.data.PanelText(Panel::X), u"Custom"_qs);
         rig.data.SetAxisX(true, 1, 1); // keeps what was set before
         QVERIFY(rig.data.Saved());     // settings of the view alone ask no question
-        rig.data.CancelXauto();
-        QCOMPARE(rig.data.PanelText(Panel::X), u"Custom"_qs);
-        QCOMPARE(rig.data.GetAxisX(), QStringList({u"False"_qs, u"2"_qs, u"3"_qs}));
+        QCOMPARE(rig.data.PanelText(Panel::X), u"Automatic"_qs);
+        QCOMPARE(rig.data.Graph().Settings().xLabels, 2);
     }
 
     void RealtimeSamplesMoveGraphAndBar()

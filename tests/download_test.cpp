@@ -26,9 +26,9 @@ struct DownloadRig : LinkRig
     Running<Result<>> Begin(StoredData::Mode mode)
     {
         const bool saveMode = mode == StoredData::Mode::Save;
-        data = std::make_shared<DataSet>(state, shared);
+        data = std::make_shared<DataSet>(shared);
         data->OpenNew(saveMode ? KindSave : KindMemory);
-        download.emplace(StoredData::Parts{state, gate, comm, progress}, mode, data);
+        download.emplace(link, progress, mode, data);
         if (state.LinkBusy == saveMode || !LinkInUse(state))
             qFatal("Who has the link?");
         return Running<Result<>>(download->Receive());
@@ -84,7 +84,7 @@ class DownloadTest : public QObject
         QCOMPARE(rig.progress.steps.size(), 50);
         QCOMPARE(rig.progress.steps.first(), u"false 1/50"_qs);
         QCOMPARE(rig.progress.steps.last(), u"true 50/50"_qs);
-        QCOMPARE(rig.data->GetGraphcount(), u"50"_qs);
+        QCOMPARE(rig.data->Graph().Settings().count, 50);
         QVERIFY(!rig.data->PanelText(Panel::Max).isEmpty());
         QVERIFY(!rig.data->Saved());
     }
@@ -119,7 +119,7 @@ class DownloadTest : public QObject
         QCOMPARE(rig.progress.cancelDisabled, failure == u"Timeout error occurred.");
         QCOMPARE(rig.data->GetDatacount(), rows);
         // Fewer than three rows leave the graph's width alone.
-        QCOMPARE(rig.data->GetGraphcount(), QString::number(rows > 2 ? rows : 20));
+        QCOMPARE(rig.data->Graph().Settings().count, rows > 2 ? rows : 20);
         QVERIFY(!rig.progress.shown);
         rig.download.reset();
         QVERIFY(!LinkInUse(rig.state));

@@ -28,9 +28,9 @@ struct Desk : FakeViews
 
     std::shared_ptr<DataSet> Make(const QString &name = QString())
     {
-        const auto set = std::make_shared<DataSet>(services.state, services.shared);
+        const auto set = std::make_shared<DataSet>(services.shared);
         set->OpenNew(KindMemory);
-        set->AddGridrow();
+        static_cast<void>(set->AddGridrow());
         set->AddData(u"12:34:56"_qs, u"1.5"_qs, u"mV"_qs, {}, {});
         const Result<> saved = name.isEmpty() ? Result<>() : set->SaveFile(Path(name));
         if (!saved)

@@ -1,4 +1,5 @@
 #include "forward/frmforward.h"
+#include "link/linkstate.h"
 #include "testing/books.h"
 #include "tests/dialogrig.h"
 
@@ -60,6 +61,7 @@ struct ForwardRig : DialogRig<frmForward>
         QTRY_COMPARE(jobs.Running(), 0);
     }
 
+    LinkState state;
     QTemporaryDir folder;
     const QString book = folder.filePath(u"Größe \"1\".xlsx"_qs);
     const QString remembered = folder.filePath(u"other.xls"_qs);

@@ -44,7 +44,7 @@ struct Rig
     void AddRows(int count) const
     {
         for (int i = 0; i < count; ++i) {
-            dataSet->AddGridrow();
+            static_cast<void>(dataSet->AddGridrow());
             dataSet->AddData(u"10:00:0%1"_s.arg(i), QString::number(i), u"DCmA"_s, u"1"_s, u"V"_s);
         }
     }
@@ -78,7 +78,7 @@ struct Rig
     ScriptedPrompts prompts;
     RecordedProgress progress;
     DocumentShared shared;
-    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(state, shared);
+    std::shared_ptr<DataSet> dataSet = std::make_shared<DataSet>(shared);
     Script script;
     std::function<std::unique_ptr<Spreadsheet>()> spreadsheet = [this] {
         return std::make_unique<ScriptedSheet>(script);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "document/dataset.h"
-#include "link/linkstate.h"
 
 namespace px40 {
 
@@ -17,13 +16,12 @@ struct GraphRig
 
     void Add(const QString &reading)
     {
-        set.AddGridrow();
+        static_cast<void>(set.AddGridrow());
         set.AddRealtimedata(u"10:00"_qs, reading, u"VDC"_qs, {}, {}, IsValidReading(reading));
     }
 
-    LinkState state;
     DocumentShared shared;
-    DataSet set{state, shared};
+    DataSet set{shared};
 };
 
 } // namespace px40

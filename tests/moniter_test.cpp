@@ -25,7 +25,7 @@ struct Rig : LinkRig
 
     void Show(QWidget *parent = nullptr)
     {
-        window = new frmMoniter({&state, &gate, &comm, &jobs, &store, &instrument}, parent);
+        window = new frmMoniter(link, store, parent);
         window->show();
     }
 
@@ -46,7 +46,6 @@ struct Rig : LinkRig
         return parts.join(u':') + (Button()->isEnabled() ? u":may"_qs : u":may not"_qs);
     }
 
-    InstrumentState instrument;
     QPointer<frmMoniter> window;
 };
 
@@ -103,7 +102,7 @@ class MoniterTest : public QObject
         for (const LinkActivityCode activity : {ActivityRealtime, ActivityDownload}) {
             rig.state.LinkActivity = activity;
             rig.window->close();
-            QVERIFY(rig.window->isVisible() && rig.state.MonitorOpen);
+            QVERIFY(rig.window->isVisible());
         }
         rig.state.LinkActivity = ActivityStatusCheck;
         QVERIFY(screen.contains(rig.window->geometry()));
@@ -116,7 +115,6 @@ class MoniterTest : public QObject
         QTest::keyClick(rig.window, Qt::Key_Escape);
         QVERIFY(WaitUntil([&] { return !rig.window; }));
         QCOMPARE(closed.size(), 1);
-        QVERIFY(!rig.state.MonitorOpen);
         QCOMPARE(rig.store.GetNumber(u"Settings"_qs, u"MoniterTop"_qs, 0),
                  std::round(place.top() * 1440.0 / desk.logicalDpiX()));
 

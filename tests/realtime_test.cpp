@@ -28,15 +28,8 @@ QString Kinds(const DataSet &dataSet)
 
 struct FullSet : DataSet
 {
-    FullSet(LinkState &state, DocumentShared &shared) : DataSet(state, shared), state_(&state) {}
-    bool AddGridrow() override
-    {
-        state_->ErrorMessage = u"No room."_qs;
-        return false;
-    }
-
-  private:
-    LinkState *state_;
+    using DataSet::DataSet;
+    Result<> AddGridrow() override { return Fail(u"No room."_qs); }
 };
 
 using Period = std::tuple<int, int, QList<int>>; // interval, period, the rows' seconds

@@ -31,9 +31,8 @@ struct SourceRig : LinkRig
         return settled && idle ? Commands().join(u' ') : u"not settled"_qs;
     }
 
-    InstrumentState instrument;
     QStringList told; ///< what has failed; with a "-" what is over
-    SourceCommands source{state, gate, comm, jobs, instrument};
+    SourceCommands source{link};
 };
 
 } // namespace px40

@@ -1,7 +1,6 @@
 #include "document/dataset.h"
 #include "forward/datasetsource.h"
 #include "forward/sheetlayout.h"
-#include "link/linkstate.h"
 #include "testing/books.h"
 #include "testing/files.h"
 
@@ -17,18 +16,18 @@ namespace {
 const QString Folder = QStringLiteral(PX40_WORKSHEETS);
 
 /// A data set with one row of everything that comes, over and over.
-std::shared_ptr<DataSet> MakeDataSet(LinkState &state, DocumentShared &shared, int kind, int samples)
+std::shared_ptr<DataSet> MakeDataSet(DocumentShared &shared, int kind, int samples)
 {
     const QList<QStringList> rows = {
         {u"10:00:00"_qs, u"1.0023"_qs, u"VDC"_qs, u"0.500"_qs, u"mA"_qs},
         {u"10:00:05"_qs, u"+OL"_qs, u"k\u03a9"_qs, {}, {}},
         {u"10:00:10"_qs, u"-5.0E-2"_qs, u"0012"_qs, u"=1+1"_qs, u" <&> "_qs},
     };
-    auto set = std::make_shared<DataSet>(state, shared);
+    auto set = std::make_shared<DataSet>(shared);
     set->OpenNew(kind);
     for (int i = 0; i < samples; ++i) {
         const QStringList &row = rows.at(i % rows.size());
-        set->AddGridrow();
+        static_cast<void>(set->AddGridrow());
         set->AddData(row[0], row[1], row[2], row[3], row[4]);
     }
     return set;
@@ -99,9 +98,8 @@ void WorksheetTest::ReadsAsMeant()
     else if (!book.isEmpty())
         QVERIFY(QFile::copy(Folder + book, name));
 
-    LinkState state;
     DocumentShared shared{0, kind == KindMemory, {}};
-    const std::shared_ptr<DataSet> set = MakeDataSet(state, shared, kind, samples);
+    const std::shared_ptr<DataSet> set = MakeDataSet(shared, kind, samples);
     const DataSetSource source(set, u"Probe"_qs);
     const bool numbers = source.IsSaveMode();
     const Sheet sheet = LayOut(source, samples, numbers, source.Rows(numbers));

@@ -106,10 +106,10 @@ int RunDownload(const CommandLine &line)
 
     const StoredData::Mode mode = line.saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory;
     services.shared.MemoryNumbers = !line.saveMode;
-    const auto dataSet = std::make_shared<DataSet>(services.state, services.shared);
+    const auto dataSet = std::make_shared<DataSet>(services.shared);
     dataSet->OpenNew(line.saveMode ? KindSave : KindMemory);
     ProgressLine progress;
-    StoredData download({services.state, services.gate, services.comm, progress}, mode, dataSet);
+    StoredData download(services.link, progress, mode, dataSet);
     Result<> kept =
         RunToEnd(services.jobs, Download(&services, &download, line.saveMode), Text(Str::DownloadFailed));
     if (kept)

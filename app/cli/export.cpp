@@ -54,11 +54,11 @@ Result<> PrepareExport(const QString &to, ExportTarget *target)
 /// The data set of a file, headed as after a download if it is one.
 Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 {
-    auto dataSet = std::make_shared<DataSet>(services->state, services->shared);
+    auto dataSet = std::make_shared<DataSet>(services->shared);
     Result<> loaded = dataSet->OpenFile(name);
     if (loaded && DataKind(dataSet->Kind()) == KindMemory) {
         services->shared.MemoryNumbers = true;
-        dataSet = std::make_shared<DataSet>(services->state, services->shared);
+        dataSet = std::make_shared<DataSet>(services->shared);
         loaded = dataSet->OpenFile(name);
     }
     if (!loaded)
