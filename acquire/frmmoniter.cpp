@@ -9,6 +9,7 @@
 #include "platform/jobs.h"
 #include "resources/strings.h"
 
+#include <QCloseEvent>
 #include <QPushButton>
 
 #include <algorithm>
@@ -121,14 +122,13 @@ QPoint frmMoniter::FirstPlace(const QSize &usual) const
     return frame.topRight() + QPoint(1 - FromRight - usual.width(), FromTop);
 }
 
-bool frmMoniter::MayCloseNow() const
+void frmMoniter::closeEvent(QCloseEvent *event)
 {
-    return MayClose(link_.state);
-}
-
-void frmMoniter::Closing()
-{
+    event->setAccepted(MayClose(link_.state));
+    if (!event->isAccepted())
+        return;
     tmMeasInter_.SetEnabled(false);
+    LiveWindow::closeEvent(event);
 }
 
 void frmMoniter::resizeEvent(QResizeEvent *event)

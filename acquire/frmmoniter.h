@@ -33,8 +33,7 @@ class frmMoniter : public LiveWindow
     void SendNow();
 
   protected:
-    bool MayCloseNow() const override;
-    void Closing() override;
+    void closeEvent(QCloseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
   private:

@@ -5,7 +5,6 @@
 #include "platform/geometry.h"
 #include "resources/icons.h"
 
-#include <QCloseEvent>
 #include <QKeyEvent>
 #include <QShortcut>
 
@@ -72,16 +71,11 @@ void LiveWindow::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
 }
 
-void LiveWindow::closeEvent(QCloseEvent *event)
+void LiveWindow::closeEvent(QCloseEvent *)
 {
     if (!open_)
         return;
-    if (!MayCloseNow()) {
-        event->ignore();
-        return;
-    }
     open_ = false;
-    Closing();
     SaveGeometry(*this, name_, *store_);
     Q_EMIT closed();
 }

@@ -40,10 +40,6 @@ class LiveWindow : public QWidget
     /// Puts the window where it stood last, or to `usual`, always wholly onto a screen.
     void Place(const QRect &usual);
 
-    virtual bool MayCloseNow() const { return true; }
-    /// The window is about to close.
-    virtual void Closing() {}
-
     /// The line, for the subclass to place.
     ElidedLabel *MessageLine() const { return llMessage_; }
 

@@ -3,33 +3,39 @@
 #include "link/condition.h"
 #include "link/rangelists.h"
 #include "link/reply.h"
+#include "resources/strings.h"
 
 namespace px40 {
 
-namespace {
-
-Captions ThermocoupleCaptions(int range, const RangeLists &ranges)
+Captions ThermocoupleCaptions(int range, const QStringList &list, bool asSignal)
 {
-    const QString function = ranges.TcMeasureList.value(range);
+    const QString function = list.value(range);
     if (range == 0)
-        return {QStringLiteral("mV"), function};
-    return {QString(), function, function.isEmpty() ? Captions::NoSymbol : Captions::ThermocoupleSymbol};
-}
-
-/// The resistance thermometers stand behind the plain resistance in their list.
-Captions ThermometerCaptions(int range, const RangeLists &ranges)
-{
-    const QString function = ranges.RtdList.value(range + 1);
+        return {QStringLiteral("mV"), QStringLiteral("DC")};
     if (function.isEmpty())
         return {};
-    return {QString(), function, range == 0 ? Captions::Pt100Symbol : Captions::Jpt100Symbol};
+    if (asSignal)
+        return {QStringLiteral("mV"), function};
+    return {QString(), function, Captions::ThermocoupleSymbol};
 }
+
+Captions ThermometerCaptions(int position, const RangeLists &ranges, bool asSignal)
+{
+    const QString function = ranges.RtdList.value(position);
+    if (function.isEmpty())
+        return {};
+    if (position == 0 || asSignal)
+        return {Text(Str::UnitOhm), function};
+    return {QString(), function, position == 1 ? Captions::Pt100Symbol : Captions::Jpt100Symbol};
+}
+
+namespace {
 
 Captions CaptionsFor(const InstrumentStatus &status, const RangeLists &ranges)
 {
-    static const std::array<QString, 5> frequencyUnits = {QStringLiteral("Hz"), QStringLiteral("Hz"),
-                                                          QStringLiteral("kHz"), QStringLiteral("CPM"),
-                                                          QStringLiteral("CPH")};
+    static const QStringList frequencyUnits = {QStringLiteral("Hz"), QStringLiteral("Hz"),
+                                               QStringLiteral("kHz"), QStringLiteral("CPM"),
+                                               QStringLiteral("CPH")};
     const int range = status.MeasureRange;
     switch (status.MeasureFunction) {
     case 0:
@@ -39,13 +45,11 @@ Captions CaptionsFor(const InstrumentStatus &status, const RangeLists &ranges)
     case 3:
         return {QStringLiteral("V"), range != 0 ? QStringLiteral("AC") : QStringLiteral("DC")};
     case 4:
-        return ThermocoupleCaptions(range, ranges);
+        return ThermocoupleCaptions(range, ranges.TcMeasureList, false);
     case 5:
-        return ThermometerCaptions(range, ranges);
+        return ThermometerCaptions(range + 1, ranges, false);
     case 6:
-        if (static_cast<std::size_t>(range) >= frequencyUnits.size())
-            return {};
-        return {frequencyUnits.at(static_cast<std::size_t>(range)), QString()};
+        return {frequencyUnits.value(range), QString()};
     case 7:
         return {QStringLiteral("mA"), QString()};
     default:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <array>
 
@@ -24,6 +25,13 @@ struct Captions
 
     bool operator==(const Captions &) const = default;
 };
+
+/// For a range of a thermocouple, which stands in that list; the first one is a plain voltage. `asSignal`:
+/// the value is what the sensor gives, not a temperature.
+Captions ThermocoupleCaptions(int range, const QStringList &list, bool asSignal);
+
+/// For a position in the list of resistance thermometers; the first one is a plain resistance.
+Captions ThermometerCaptions(int position, const RangeLists &ranges, bool asSignal);
 
 /// What the display of each side of the instrument shows beside its value.
 struct SideDisplay : Captions

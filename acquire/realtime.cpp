@@ -32,8 +32,6 @@ Realtime::Realtime(const InstrumentLink &link, const Clock &clock, Timer &tmReal
     connect(tmRealtime_, &Timer::tick, this, &Realtime::OnTick);
 }
 
-Realtime::~Realtime() = default;
-
 QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward)
 {
     use_.emplace(link_.gate, ActivityRealtimeTransition, LinkUse::Sharing::Shared);

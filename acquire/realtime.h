@@ -38,7 +38,6 @@ class Realtime : public QObject
   public:
     /// `tell`: why a run has ended, before it is over for the rest of the program.
     Realtime(const InstrumentLink &link, const Clock &clock, Timer &tmRealtime, Tell tell);
-    ~Realtime() override;
 
     /// Where rows are forwarded to: to be set before a run that asks for it, which it must outlive.
     void SetForward(RowForward *forward) { forward_ = forward; }

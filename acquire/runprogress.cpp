@@ -3,23 +3,14 @@
 #include "resources/strings.h"
 
 #include <QStringList>
+#include <QTime>
 
 namespace px40 {
-
-namespace {
-
-QString TwoDigits(int number)
-{
-    return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
-}
-
-} // namespace
 
 QString ElapsedText(qint32 seconds)
 {
     constexpr qint32 Day = 86400;
-    const QString time = TwoDigits(seconds % Day / 3600) + u':' + TwoDigits(seconds / 60 % 60) + u':' +
-                         TwoDigits(seconds % 60);
+    const QString time = QTime(0, 0).addSecs(seconds % Day).toString(QStringLiteral("hh:mm:ss"));
     return seconds < Day ? time : QString::number(seconds / Day) + QStringLiteral("d ") + time;
 }
 

@@ -1,9 +1,6 @@
 #include "acquire/status.h"
 
-#include "resources/strings.h"
-
 #include <QLoggingCategory>
-#include <QStringList>
 
 namespace px40 {
 
@@ -36,13 +33,6 @@ void InstrumentState::ShowAgain()
         return;
     Status = PreviousStatus;
     Q_EMIT statusReceived();
-}
-
-QString NoAnswerMessage()
-{
-    const QStringList lines = {Text(Str::NoAnswer), Text(Str::NoAnswerPlug), Text(Str::NoAnswerPower),
-                               Text(Str::NoAnswerPort), Text(Str::NoAnswerMode)};
-    return lines.join(QStringLiteral("\r\n"));
 }
 
 } // namespace px40

@@ -48,7 +48,4 @@ struct InstrumentLink
     InstrumentState &instrument;
 };
 
-/// The text of the box when the instrument does not answer a status check.
-QString NoAnswerMessage();
-
 } // namespace px40

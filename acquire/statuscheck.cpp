@@ -3,10 +3,24 @@
 #include "link/comm.h"
 #include "link/linkuse.h"
 #include "platform/timer.h"
+#include "resources/strings.h"
+
+#include <QStringList>
 
 #include <utility>
 
 namespace px40 {
+
+namespace {
+
+QString NoAnswerMessage()
+{
+    const QStringList lines = {Text(Str::NoAnswer), Text(Str::NoAnswerPlug), Text(Str::NoAnswerPower),
+                               Text(Str::NoAnswerPort), Text(Str::NoAnswerMode)};
+    return lines.join(QStringLiteral("\r\n"));
+}
+
+} // namespace
 
 StatusCheck::StatusCheck(const InstrumentLink &link, Timer &checkTimer, Tell tell)
     : link_(link), checkTimer_(&checkTimer), tell_(std::move(tell))

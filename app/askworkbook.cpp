@@ -21,7 +21,7 @@ QCoro::Task<Result<WorkbookFile>> AskForNew(Prompts *prompts, const Clock *clock
     const QString filter = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx)");
     QString name = ProposedName(title, *clock, Suffix);
     while (true) {
-        name = co_await prompts->AskSaveFile(name, filter, Suffix);
+        name = co_await prompts->AskSaveFile(name, filter);
         if (name.isEmpty())
             co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
         const Result<> fit = CheckNewName(name);

@@ -17,14 +17,11 @@ namespace px40 {
 
 namespace {
 
-QString DataSuffix()
-{
-    return QStringLiteral("CSV");
-}
+const QString DataSuffix = QStringLiteral("CSV");
 
 QString DataFilter()
 {
-    return QStringLiteral("%1 (*.%2)").arg(Text(Str::CsvFiles), DataSuffix());
+    return QStringLiteral("%1 (*.%2)").arg(Text(Str::CsvFiles), DataSuffix);
 }
 
 QString Lines(const QStringList &lines)
@@ -51,7 +48,7 @@ std::shared_ptr<DataSet> FileCommands::HolderOf(const QString &name, const DataS
 {
     const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
     for (const std::shared_ptr<DataSet> &set : sets) {
-        if (set.get() != butFor && IsFileKind(DataKind(set->Kind())) && SameFile(set->GetFilename(), name))
+        if (set.get() != butFor && IsFileKind(set->Kind()) && SameFile(set->GetFilename(), name))
             return set;
     }
     return nullptr;
@@ -104,17 +101,7 @@ QCoro::Task<void> FileCommands::OpenRecent(QString name)
     co_await Open(names);
 }
 
-QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set)
-{
-    return SaveOnce(set, false);
-}
-
-QCoro::Task<bool> FileCommands::SaveAs(std::shared_ptr<DataSet> set)
-{
-    return SaveOnce(set, true);
-}
-
-QCoro::Task<bool> FileCommands::SaveOnce(std::shared_ptr<DataSet> set, bool underNewName)
+QCoro::Task<bool> FileCommands::Save(std::shared_ptr<DataSet> set, bool underNewName)
 {
     if (saving_.contains(set.get()))
         co_return false;
@@ -138,13 +125,12 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 {
     const QString own = set->GetFilename();
     const QString filter = DataFilter();
-    const QString suffix = DataSuffix();
     // A name from the command line may be relative, while a new one goes into the dialog's own folder.
-    QString proposed = own.isEmpty() ? ProposedName(set->Caption(), services_->clock, suffix)
+    QString proposed = own.isEmpty() ? ProposedName(set->Caption(), services_->clock, DataSuffix)
                                      : QFileInfo(own).absoluteFilePath();
     bool saved = false;
     while (true) {
-        const QString answer = co_await services_->prompts.AskSaveFile(proposed, filter, suffix);
+        const QString answer = co_await services_->prompts.AskSaveFile(proposed, filter);
         if (answer.isEmpty())
             co_return false;
         const QString name = QDir::toNativeSeparators(answer);

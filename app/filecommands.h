@@ -41,16 +41,12 @@ class FileCommands
     /// Whether a window holds that file, by whatever name.
     bool IsFileOpen(const QString &name) const { return HolderOf(name) != nullptr; }
 
-    /// Saves under the data set's own name, or asks for one when there is none or it may not be written.
-    /// True only when saved; a failure was told to the user. False at once while a `Save` or `SaveAs` of the
-    /// same data set is under way.
-    QCoro::Task<bool> Save(std::shared_ptr<DataSet> set);
-
-    /// Asks for a name until one can be used or the user cancels, and saves. True and false as for `Save`.
-    QCoro::Task<bool> SaveAs(std::shared_ptr<DataSet> set);
+    /// Saves under the data set's own name. Asks for another one, until one can be used or the user cancels,
+    /// when there is none, it may not be written, or `underNewName`. True only when saved; a failure was told
+    /// to the user. False at once while the same data set is being saved.
+    QCoro::Task<bool> Save(std::shared_ptr<DataSet> set, bool underNewName = false);
 
   private:
-    QCoro::Task<bool> SaveOnce(std::shared_ptr<DataSet> set, bool underNewName);
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
     Result<> WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
@@ -60,7 +56,7 @@ class FileCommands
     Services *services_;
     MainViews *views_;
     RecentFiles recent_;
-    QSet<const DataSet *> saving_; ///< a `Save` or `SaveAs` of these is under way
+    QSet<const DataSet *> saving_; ///< these are being saved
 };
 
 } // namespace px40

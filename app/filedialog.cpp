@@ -119,8 +119,7 @@ QString FileDialog::WithSuffix(const QString &name) const
     if (acceptMode() == AcceptOpen || (!proposed && realSuffix.match(name).hasMatch()))
         return name;
     static const QRegularExpression firstPattern(QStringLiteral(R"(\(\*\.(\w+)[^()]*\)\s*$)"));
-    const QString ofFilter = firstPattern.match(selectedNameFilter()).captured(1);
-    const QString suffix = ofFilter.isEmpty() ? suffix_ : ofFilter;
+    const QString suffix = firstPattern.match(selectedNameFilter()).captured(1);
     return suffix.isEmpty() ? name : name + u'.' + suffix;
 }
 

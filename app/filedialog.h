@@ -21,8 +21,6 @@ class FileDialog : public QFileDialog
 
     /// A name in the dialog's folder, or one with a folder, which is then shown.
     void Propose(const QString &name);
-    /// The suffix, without dot, for a name that has none when the filter gives none either.
-    void SetSuffix(const QString &suffix) { suffix_ = suffix; }
 
     /// Shows the dialog, unless it still stands there; completed with the absolute name that the user
     /// chooses, or with an empty one when the dialog is cancelled or destroyed.
@@ -38,7 +36,6 @@ class FileDialog : public QFileDialog
     QString WithSuffix(const QString &name) const;
 
     QString proposal_;
-    QString suffix_;
     OneShot<QString> chosen_;
 };
 

@@ -75,8 +75,6 @@ frmMain::frmMain(Services &services)
         setWindowState(Qt::WindowMaximized);
 }
 
-frmMain::~frmMain() = default;
-
 void frmMain::ConnectAll()
 {
     RecentFiles *const recent = &commands_->Files().Recent();
@@ -92,7 +90,7 @@ void frmMain::ConnectAll()
             &MainCommands::OpenRealtimeMenu);
     connect(actions_->Menu(MainMenu::Setup), &QMenu::aboutToShow, commands_, &MainCommands::RefreshRules);
     connect(workspace_, &QMdiArea::subWindowActivated, this, &frmMain::OnWindowActivated);
-    connect(commands_, &MainCommands::rulesChanged, this, &frmMain::ShowRules);
+    connect(commands_, &MainCommands::rulesChanged, this, [this] { actions_->Show(commands_->Rules()); });
     connect(commands_, &MainCommands::left, this, [this] {
         mayGo_ = true;
         close();
@@ -113,11 +111,6 @@ void frmMain::ShowSelection()
 {
     const frmData *const active = ActiveWindow();
     statusBar_->ShowSelection(active ? active->SelectionText() : QString());
-}
-
-void frmMain::ShowRules()
-{
-    actions_->Show(commands_->Rules());
 }
 
 void frmMain::ShowLiveWindows()
@@ -260,14 +253,11 @@ std::shared_ptr<DataSet> frmMain::ActiveData() const
 
 void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
 {
-    DataWindowServices windowServices;
-    windowServices.state = &services_->state;
-    windowServices.prompts = &services_->prompts;
-    windowServices.jobs = &services_->jobs;
-    windowServices.save = [this](std::shared_ptr<DataSet> set) {
+    const auto save = [this](std::shared_ptr<DataSet> set) {
         return commands_->Files().Save(std::move(set));
     };
-    auto *const window = new frmData(dataSet, windowServices);
+    auto *const window =
+        new frmData(dataSet, {&services_->state, &services_->prompts, &services_->jobs, save});
     workspace_->addSubWindow(window);
     workspace_->Place(window);
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);

@@ -32,7 +32,6 @@ class frmMain : public QMainWindow, private MainViews
   public:
     /// `services` must outlive the window, and the window its jobs: it closes only when none is left.
     explicit frmMain(Services &services);
-    ~frmMain() override;
 
     /// Shows the window where and how it stood at the end of the last run, and MEASURE and SOURCE.
     void ShowPlaced();
@@ -60,7 +59,6 @@ class frmMain : public QMainWindow, private MainViews
   private:
     void ConnectAll();
     void ShowSelection();
-    void ShowRules();
     void ShowLiveWindows();
     void OnWindowActivated();
     void EnableApplication(bool enabled);

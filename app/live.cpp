@@ -52,17 +52,15 @@ Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidg
 {
     tmFade_.setObjectName(QStringLiteral("tmFade"));
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
-    connect(&tmCheckStat, &Timer::tick, this, &Live::LaunchCheck);
+    connect(&tmCheckStat, &Timer::tick, this, [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.instrument, &InstrumentState::statusReceived, this, &Live::ShowStatus);
-    connect(&commands, &MainCommands::sampleAsked, this, &Live::SendWaiting);
-    connect(&commands, &MainCommands::runChanged, this, &Live::OnRunChanged);
+    connect(&commands.RealtimeRun(), &Realtime::asked, this, &Live::SendWaiting);
+    connect(&commands.RealtimeRun(), &Realtime::runChanged, this, &Live::OnRunChanged);
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::OnCommandFailed);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::OnCommandRecovered);
     connect(&services.comm, &Comm::lineReceived, this, &Live::OnLine);
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
 }
-
-Live::~Live() = default;
 
 /// Without taking the focus: the user goes on in the main window.
 void Live::ShowWindow(LiveWindow *window)
@@ -211,11 +209,6 @@ void Live::OnRunChanged()
     if (services_->comm.IsLost())
         static_cast<void>(services_->comm.OpenPort()); // how the run ended stays to be read
     StartChecking();
-}
-
-void Live::LaunchCheck()
-{
-    services_->jobs.Launch(Check(), "status check");
 }
 
 QCoro::Task<void> Live::Check()

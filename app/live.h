@@ -30,7 +30,6 @@ class Live : public QObject
     /// `services`, `commands`, the timer of the status check and `window`, the main window, must outlive this
     /// and its jobs.
     Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidget *window);
-    ~Live() override;
 
     bool IsMoniterOpen() const { return !moniter_.isNull(); }
     bool IsSourceOpen() const { return !source_.isNull(); }
@@ -63,7 +62,6 @@ class Live : public QObject
     void OnCommandFailed(const QString &reason);
     void OnCommandRecovered(const QString &reason);
     void StartChecking();
-    void LaunchCheck();
     QCoro::Task<void> Check();
     void ShowStatus();
     void SendWaiting();

@@ -12,6 +12,7 @@
 #include <QToolBar>
 
 #include <optional>
+#include <utility>
 
 namespace px40 {
 
@@ -56,40 +57,33 @@ constexpr MenuEntry MenuEntries[] = {
     {MainMenu::Help, u"mnuHelpAbout", Command::HelpAbout, Str::HelpAbout, u"about", u""},
 };
 
-struct TopMenu
-{
-    MainMenu menu;
-    const char16_t *name;
-    Str caption;
+/// In the order of `MainMenu`.
+constexpr std::pair<const char16_t *, Str> TopMenus[MainMenuCount] = {
+    {u"mnuFile", Str::MenuFile},   {u"mnuRealtime", Str::MenuRealtime}, {u"mnuData", Str::MenuData},
+    {u"mnuSetup", Str::MenuSetup}, {u"mnuView", Str::MenuView},         {u"mnuHelp", Str::MenuHelp},
 };
 
-constexpr TopMenu TopMenus[] = {
-    {MainMenu::File, u"mnuFile", Str::MenuFile}, {MainMenu::Realtime, u"mnuRealtime", Str::MenuRealtime},
-    {MainMenu::Data, u"mnuData", Str::MenuData}, {MainMenu::Setup, u"mnuSetup", Str::MenuSetup},
-    {MainMenu::View, u"mnuView", Str::MenuView}, {MainMenu::Help, u"mnuHelp", Str::MenuHelp},
-};
-
+/// Its icon is that of the menu item.
 struct ButtonEntry
 {
     const char16_t *key;
     Str tip;
     Command command;
-    const char16_t *icon;
-    bool beginsGroup;
+    bool beginsGroup = false;
 };
 
 constexpr ButtonEntry Buttons[] = {
-    {u"Open", Str::TipOpen, Command::FileOpen, u"open", false},
-    {u"Save", Str::TipSave, Command::FileSave, u"save", false},
-    {u"Forward", Str::TipForward, Command::FileForward, u"forward", false},
-    {u"New", Str::TipNew, Command::RealtimeNew, u"new", true},
-    {u"Start", Str::TipStart, Command::RealtimeStart, u"start", false},
-    {u"Mdata", Str::TipMemoryData, Command::DataMemory, u"mdata", false},
-    {u"Interval", Str::TipInterval, Command::SetupInterval, u"interval", true},
-    {u"Graph", Str::TipGraph, Command::SetupGraph, u"graph", false},
-    {u"Moniter", Str::TipMoniter, Command::ViewMoniter, u"moniter", true},
-    {u"Source", Str::TipSource, Command::ViewSource, u"source", false},
-    {u"Stop", Str::TipStop, Command::RealtimeStop, u"stop", false}, // on a bar of its own
+    {u"Open", Str::TipOpen, Command::FileOpen},
+    {u"Save", Str::TipSave, Command::FileSave},
+    {u"Forward", Str::TipForward, Command::FileForward},
+    {u"New", Str::TipNew, Command::RealtimeNew, true},
+    {u"Start", Str::TipStart, Command::RealtimeStart},
+    {u"Mdata", Str::TipMemoryData, Command::DataMemory},
+    {u"Interval", Str::TipInterval, Command::SetupInterval, true},
+    {u"Graph", Str::TipGraph, Command::SetupGraph},
+    {u"Moniter", Str::TipMoniter, Command::ViewMoniter, true},
+    {u"Source", Str::TipSource, Command::ViewSource},
+    {u"Stop", Str::TipStop, Command::RealtimeStop}, // on a bar of its own
 };
 
 bool IsCheckable(Command command)
@@ -115,10 +109,10 @@ MainActions::MainActions(QMainWindow *window) : QObject(window), window_(window)
 
 void MainActions::BuildMenus()
 {
-    for (const TopMenu &top : TopMenus) {
-        QMenu *const menu = window_->menuBar()->addMenu(Text(top.caption));
-        menu->setObjectName(QString::fromUtf16(top.name));
-        menus_.at(Index(top.menu)) = menu;
+    for (std::size_t i = 0; i < MainMenuCount; ++i) {
+        const auto &[name, caption] = TopMenus[i];
+        menus_[i] = window_->menuBar()->addMenu(Text(caption));
+        menus_[i]->setObjectName(QString::fromUtf16(name));
     }
     for (const MenuEntry &entry : MenuEntries) {
         QMenu *const menu = Menu(entry.menu);
@@ -190,13 +184,14 @@ void MainActions::BuildToolBars()
 
 void MainActions::MakeIcons()
 {
-    const QPalette palette = window_->palette();
     for (const MenuEntry &entry : MenuEntries) {
-        if (entry.command && entry.icon[0] != u'\0')
-            Item(*entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
+        if (entry.icon[0] == u'\0')
+            continue;
+        const QIcon icon = MakeIcon(QString::fromUtf16(entry.icon), window_->palette());
+        Item(*entry.command)->setIcon(icon);
+        if (QAction *const button = Button(*entry.command))
+            button->setIcon(icon);
     }
-    for (const ButtonEntry &entry : Buttons)
-        Button(entry.command)->setIcon(MakeIcon(QString::fromUtf16(entry.icon), palette));
 }
 
 void MainActions::Show(const CommandRules &rules)

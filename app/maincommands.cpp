@@ -35,13 +35,10 @@ MainCommands::MainCommands(Services &services, MainViews &views, ProgressView &p
       realtime_(services.link, services.clock, tmRealtime,
                 [&services](const QString &text) { return services.prompts.Warn(text); })
 {
-    connect(&realtime_, &Realtime::runChanged, this, &MainCommands::RunChanged);
+    connect(&realtime_, &Realtime::runChanged, this, &MainCommands::RefreshRules);
     connect(&realtime_, &Realtime::progressed, this, &MainCommands::ShowRun);
-    connect(&realtime_, &Realtime::asked, this, &MainCommands::sampleAsked);
     realtime_.SetForward(&forwarding_.Rows());
 }
-
-MainCommands::~MainCommands() = default;
 
 void MainCommands::Run(Command command)
 {
@@ -66,7 +63,7 @@ void MainCommands::Run(Command command)
         break;
     case Command::RealtimeStart:
         // The button is there for every data window, but only a real-time one can run.
-        if (active && DataKind(active->Kind()) == KindRealtime)
+        if (active && active->Kind() == KindRealtime)
             jobs.Launch(Start(active), "starting real-time receive");
         else
             services_->statusLine.Show(Text(Str::NeedsRealtime));
@@ -92,7 +89,7 @@ Situation MainCommands::Now() const
     situation.realtimeRun = services_->state.RealtimeRun;
     situation.anyDataWindow = !views_->DataSets().isEmpty();
     if (const std::shared_ptr<DataSet> active = views_->ActiveData())
-        situation.activeKind = DataKind(active->Kind());
+        situation.activeKind = active->Kind();
     return situation;
 }
 
@@ -131,10 +128,8 @@ std::shared_ptr<DataSet> MainCommands::AddDataSet(int kind)
 QCoro::Task<void> MainCommands::SaveActive(bool underNewName)
 {
     const std::shared_ptr<DataSet> dataSet = views_->ActiveData();
-    if (dataSet && underNewName)
-        co_await files_.SaveAs(dataSet);
-    else if (dataSet)
-        co_await files_.Save(dataSet);
+    if (dataSet)
+        co_await files_.Save(dataSet, underNewName);
 }
 
 QCoro::Task<void> MainCommands::Receive(StoredData::Mode mode)
@@ -250,12 +245,6 @@ QCoro::Task<Answer> MainCommands::AskToStart()
     if (wanted)
         wanted = co_await services_->gate.WaitUntilFree();
     co_return wanted ? answer : Answer::Cancel;
-}
-
-void MainCommands::RunChanged()
-{
-    Q_EMIT runChanged();
-    RefreshRules();
 }
 
 void MainCommands::ShowRun(const RunProgress &progress)

@@ -29,12 +29,12 @@ class MainCommands : public QObject
   public:
     /// `tmRealtime`: the clock of a run. All must outlive this, and this its jobs.
     MainCommands(Services &services, MainViews &views, ProgressView &progress, Timer &tmRealtime);
-    ~MainCommands() override;
 
     /// A command that needs nothing but the active data window.
     void Run(Command command);
 
     const CommandRules &Rules() const { return rules_; }
+    const Realtime &RealtimeRun() const { return realtime_; }
     FileCommands &Files() { return files_; }
 
     /// Windows have come, gone or changed places.
@@ -51,9 +51,7 @@ class MainCommands : public QObject
 
   Q_SIGNALS:
     void rulesChanged();
-    void runChanged();  ///< a run has begun or ended
-    void sampleAsked(); ///< a run has put its question of this second
-    void left();        ///< no job is left: the program may end
+    void left(); ///< no job is left: the program may end
 
   private:
     Situation Now() const;
@@ -67,7 +65,6 @@ class MainCommands : public QObject
     QCoro::Task<Answer> AskToStart();
     QCoro::Task<void> AskAndLeave();
 
-    void RunChanged();
     void ShowRun(const RunProgress &progress);
 
     Services *services_;

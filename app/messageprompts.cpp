@@ -2,7 +2,6 @@
 
 #include "app/filedialog.h"
 #include "platform/geometry.h"
-#include "resources/strings.h"
 
 #include <QApplication>
 #include <QDir>
@@ -79,20 +78,6 @@ void KeepClearOfField(QMessageBox *box)
     box->move(corner + QPoint(0, title - (inner.top() - outer.top())));
 }
 
-Str Caption(QMessageBox::StandardButton button)
-{
-    switch (button) {
-    case QMessageBox::Yes:
-        return Str::Yes;
-    case QMessageBox::No:
-        return Str::No;
-    case QMessageBox::Cancel:
-        return Str::Cancel;
-    default:
-        return Str::Ok;
-    }
-}
-
 /// What is wrong with a file or folder, and which one.
 QString About(Str text, const QString &path)
 {
@@ -103,15 +88,15 @@ QString About(Str text, const QString &path)
 
 QCoro::Task<void> MessagePrompts::Warn(QString text)
 {
-    const OneShot<int> closed = OpenBox(text, QMessageBox::Warning, {QMessageBox::Ok});
+    const OneShot<int> closed = OpenBox(text, QMessageBox::Warning, {{QMessageBox::Ok, Str::Ok}});
     co_await closed;
 }
 
 QCoro::Task<Answer> MessagePrompts::AskYesNoCancel(QString text, PromptIcon icon)
 {
-    const OneShot<int> closed =
-        OpenBox(text, icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning,
-                {QMessageBox::Yes, QMessageBox::No, QMessageBox::Cancel});
+    const OneShot<int> closed = OpenBox(
+        text, icon == PromptIcon::Question ? QMessageBox::Question : QMessageBox::Warning,
+        {{QMessageBox::Yes, Str::Yes}, {QMessageBox::No, Str::No}, {QMessageBox::Cancel, Str::Cancel}});
     const int button = co_await closed;
     if (button == QMessageBox::Yes)
         co_return Answer::Yes;
@@ -137,15 +122,15 @@ QCoro::Task<int> MessagePrompts::AskOneOf(QString text, QStringList choices)
 }
 
 OneShot<int> MessagePrompts::OpenBox(const QString &text, QMessageBox::Icon icon,
-                                     const QList<QMessageBox::StandardButton> &buttons)
+                                     std::initializer_list<Button> buttons)
 {
     QMessageBox *const box = MakeBox(icon, text);
-    for (const QMessageBox::StandardButton button : buttons) {
+    for (const auto &[button, caption] : buttons) {
         QPushButton *const added = box->addButton(button);
-        added->setText(Text(Caption(button)));
+        added->setText(Text(caption));
         added->setIcon(QIcon()); // which some desktops give to standard buttons: no other dialog here has any
     }
-    box->setDefaultButton(buttons.constFirst());
+    box->setDefaultButton(buttons.begin()->first);
     return Open(box);
 }
 
@@ -167,59 +152,58 @@ OneShot<int> MessagePrompts::Open(QMessageBox *box)
 
 QCoro::Task<QString> MessagePrompts::AskOpenFile(QString filter, QString preferred)
 {
-    const QPointer<FileDialog> dialog = new FileDialog(QFileDialog::AcceptOpen, Folder(), filter, Foremost());
+    auto *const dialog = new FileDialog(QFileDialog::AcceptOpen, Folder(), filter, Foremost());
     if (!preferred.isEmpty())
         dialog->selectNameFilter(preferred);
+    return AskFile(dialog);
+}
+
+QCoro::Task<QString> MessagePrompts::AskSaveFile(QString name, QString filter)
+{
+    auto *const dialog = new FileDialog(QFileDialog::AcceptSave, Folder(), filter, Foremost());
+    dialog->Propose(name);
+    return AskFile(dialog);
+}
+
+QCoro::Task<QString> MessagePrompts::AskFile(QPointer<FileDialog> dialog)
+{
+    const bool saving = dialog->acceptMode() == QFileDialog::AcceptSave;
     QString name;
-    bool asking = true;
-    while (asking) {
+    bool usable = false;
+    while (!usable) {
         const OneShot<QString> choice = Choose(dialog);
         name = co_await choice;
-        asking = dialog && !name.isEmpty() && !QFileInfo::exists(name);
-        if (asking)
-            co_await Warn(About(Str::FileNotThere, name));
+        usable = true;
+        if (dialog && !name.isEmpty())
+            usable = co_await MayUse(name, saving);
         if (!dialog)
             co_return QString();
     }
-    Finish(dialog, name);
+    if (!name.isEmpty())
+        folder_ = QFileInfo(name).absolutePath();
+    dialog->hide();
+    dialog->deleteLater();
     co_return name;
 }
 
-QCoro::Task<QString> MessagePrompts::AskSaveFile(QString name, QString filter, QString suffix)
-{
-    const QPointer<FileDialog> dialog = new FileDialog(QFileDialog::AcceptSave, Folder(), filter, Foremost());
-    dialog->SetSuffix(suffix);
-    dialog->Propose(name);
-    QString chosen;
-    bool asking = true;
-    while (asking) {
-        const OneShot<QString> choice = Choose(dialog);
-        chosen = co_await choice;
-        bool usable = true;
-        if (dialog && !chosen.isEmpty())
-            usable = co_await MaySaveAs(chosen);
-        if (!dialog)
-            co_return QString();
-        asking = !usable;
-    }
-    Finish(dialog, chosen);
-    co_return chosen;
-}
-
-QCoro::Task<bool> MessagePrompts::MaySaveAs(QString name)
+QCoro::Task<bool> MessagePrompts::MayUse(QString name, bool saving)
 {
     const QFileInfo file(name);
-    bool usable = true;
-    if (!QFileInfo(file.absolutePath()).isDir()) {
-        usable = false;
-        co_await Warn(About(Str::FolderNotThere, file.absolutePath()));
-    } else if (file.exists()) {
-        const OneShot<int> closed =
-            OpenBox(About(Str::FileReplace, name), QMessageBox::Warning, {QMessageBox::No, QMessageBox::Yes});
-        const int button = co_await closed;
-        usable = button == QMessageBox::Yes;
+    QString fault;
+    if (saving && !QFileInfo(file.absolutePath()).isDir())
+        fault = About(Str::FolderNotThere, file.absolutePath());
+    else if (!saving && !file.exists())
+        fault = About(Str::FileNotThere, name);
+    if (!fault.isEmpty()) {
+        co_await Warn(fault);
+        co_return false;
     }
-    co_return usable;
+    if (!saving || !file.exists())
+        co_return true;
+    const OneShot<int> closed = OpenBox(About(Str::FileReplace, name), QMessageBox::Warning,
+                                        {{QMessageBox::No, Str::No}, {QMessageBox::Yes, Str::Yes}});
+    const int button = co_await closed;
+    co_return button == QMessageBox::Yes;
 }
 
 QString MessagePrompts::Folder() const
@@ -244,14 +228,6 @@ OneShot<QString> MessagePrompts::Choose(FileDialog *dialog)
     if (!open_.contains(dialog))
         open_.append(dialog);
     return dialog->Choose();
-}
-
-void MessagePrompts::Finish(FileDialog *dialog, const QString &name)
-{
-    if (!name.isEmpty())
-        folder_ = QFileInfo(name).absolutePath();
-    dialog->hide();
-    dialog->deleteLater();
 }
 
 void MessagePrompts::DismissAll()

@@ -2,10 +2,14 @@
 
 #include "platform/oneshot.h"
 #include "platform/prompts.h"
+#include "resources/strings.h"
 
 #include <QList>
 #include <QMessageBox>
 #include <QPointer>
+
+#include <initializer_list>
+#include <utility>
 
 class QDialog;
 
@@ -22,21 +26,22 @@ class MessagePrompts : public Prompts
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
     QCoro::Task<int> AskOneOf(QString text, QStringList choices) override;
     QCoro::Task<QString> AskOpenFile(QString filter, QString preferred) override;
-    QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
+    QCoro::Task<QString> AskSaveFile(QString name, QString filter) override;
     void DismissAll() override;
 
   private:
+    using Button = std::pair<QMessageBox::StandardButton, Str>;
+
     /// The first of the buttons is the default.
-    OneShot<int> OpenBox(const QString &text, QMessageBox::Icon icon,
-                         const QList<QMessageBox::StandardButton> &buttons);
+    OneShot<int> OpenBox(const QString &text, QMessageBox::Icon icon, std::initializer_list<Button> buttons);
     OneShot<int> Open(QMessageBox *box);
-    /// Whether a file can be saved under that name as things stand, asking or telling the user.
-    QCoro::Task<bool> MaySaveAs(QString name);
     /// The folder in which the next file dialog is to open.
     QString Folder() const;
+    /// Shows a file dialog until a name is chosen that can be used, or none, and ends it.
+    QCoro::Task<QString> AskFile(QPointer<FileDialog> dialog);
     OneShot<QString> Choose(FileDialog *dialog);
-    /// Ends a file dialog; `name`, if there is one, is its answer.
-    void Finish(FileDialog *dialog, const QString &name);
+    /// Whether that file can be opened, or saved under that name, as things stand; asks or tells the user.
+    QCoro::Task<bool> MayUse(QString name, bool saving);
 
     QList<QPointer<QDialog>> open_;
     QString folder_; ///< of the file chosen last

@@ -42,7 +42,7 @@ struct Services
     LinkGate gate;
     Comm comm;
     DocumentShared shared;
-    RangeLists ranges;
+    const RangeLists ranges = BuildRangeLists();
     InstrumentState instrument;
     InstrumentLink link{state, gate, comm, jobs, instrument};
     StatusLine statusLine;

@@ -34,8 +34,6 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     }
     if (services->leaving)
         co_return;
-    services->ranges = BuildRangeLists();
-    services->state.StatusPolled = false;
     window->ShowPlaced();
     if (frmSplash) {
         frmSplash->raise();

@@ -33,7 +33,7 @@ DataSet::DataSet(DocumentShared &shared)
 
 void DataSet::SetKind(int kind)
 {
-    kind_ = QString::number(kind);
+    kind_ = kind;
     SetPanel(Panel::Label, Text(kind == KindMemory     ? Str::MemoryModeData
                                 : kind == KindRealtime ? Str::RealtimeData
                                                        : Str::SaveModeData));
@@ -110,7 +110,7 @@ QString DataSet::ExtremeText(qint32 sample, bool number) const
 {
     if (sample == 0)
         return {};
-    const bool saveMode = DataKind(kind_) == KindSave; // its second column says nothing
+    const bool saveMode = kind_ == KindSave; // its second column says nothing
     QStringList parts;
     if (number || saveMode)
         parts << Bracketed(table_.Heading(0), QString::number(sample));

@@ -113,7 +113,7 @@ class DataSet : public QObject
     /// The table is hidden while rows stream in.
     void ShowGrid(bool shown);
 
-    QString Kind() const { return kind_; }
+    int Kind() const { return kind_; }
     bool Saved() const { return saved_; }
     void MarkSaved() { SetSaved(true); }
     QString Caption() const { return caption_; }
@@ -148,11 +148,11 @@ class DataSet : public QObject
     GraphModel graph_;
     WindowShape shape_;
     QString fileName_;
-    QString kind_;
     QString caption_;
     Duration interval_;
     Duration period_;
     std::array<QString, PanelCount> panels_;
+    int kind_ = KindUnknown;
     int progressMaximum_ = 0;
     int progressValue_ = 0;
     bool periodNone_ = true;

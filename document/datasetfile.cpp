@@ -165,8 +165,7 @@ void DataSet::Adopt(DataFile &&file)
 
 Result<> DataSet::Write(QIODevice &to) const
 {
-    const DataFileHeader header = {DataKind(kind_), shape_,  interval_,
-                                   periodNone_,     period_, graph_.Settings()};
+    const DataFileHeader header = {kind_, shape_, interval_, periodNone_, period_, graph_.Settings()};
     return WriteDataFile(header, table_.Rows(), table_.TableRows(), to);
 }
 

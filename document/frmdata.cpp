@@ -346,13 +346,10 @@ QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
     const QFileInfo file(window->data_->GetFilename());
     const QString proposal =
         file.fileName().isEmpty() ? window->data_->Caption() : file.path() + u'/' + file.completeBaseName();
-    QStringList filters;
-    for (const auto &[name, suffix] :
-         {std::pair(Str::GraphFilePng, "png"), std::pair(Str::GraphFileSvg, "svg"),
-          std::pair(Str::GraphFilePdf, "pdf")})
-        filters << Text(name) + QStringLiteral(" (*.") + QString::fromLatin1(suffix) + u')';
-    const QString filter = filters.join(QStringLiteral(";;"));
-    const QString name = co_await prompts->AskSaveFile(proposal, filter, QStringLiteral("png"));
+    const QString filter = Text(Str::GraphFilePng) + QStringLiteral(" (*.png);;") + Text(Str::GraphFileSvg) +
+                           QStringLiteral(" (*.svg);;") + Text(Str::GraphFilePdf) +
+                           QStringLiteral(" (*.pdf)");
+    const QString name = co_await prompts->AskSaveFile(proposal, filter);
     if (name.isEmpty() || !window)
         co_return;
     const Result<> written = WriteGraphFile(*window->graph_->Graph(), name, window->GraphCaption());

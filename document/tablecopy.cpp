@@ -8,9 +8,8 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <cstddef>
 #include <optional>
-#include <vector>
+#include <utility>
 
 namespace px40 {
 
@@ -72,12 +71,10 @@ class HtmlTable
     {
         constexpr int BytesToACharacter = 8; // of the text
         out_.reserve(text.size() * BytesToACharacter);
-        for (QStringView rest = text; !rest.isEmpty();) {
-            const qsizetype end = rest.indexOf(u'\n');
-            Row(rest.left(end), rest.size() == text.size());
-            rest = end < 0 ? QStringView() : rest.mid(end + 1);
-        }
-        Put("<!--EndFragment--></table></body></html>\n");
+        bool heading = true;
+        for (const QStringView line : text.chopped(1).tokenize(u'\n'))
+            Row(line, std::exchange(heading, false));
+        out_ += "<!--EndFragment--></table></body></html>\n";
         return out_.prepend(Head());
     }
 
@@ -87,23 +84,22 @@ class HtmlTable
     {
         QByteArray head = "<html xmlns:x=\"urn:schemas-microsoft-com:office:excel\">"
                           "<head><meta charset=\"utf-8\"><style>\n.t{mso-number-format:\"\\@\"}\n";
-        for (std::size_t i = 0; i < forms_.size(); ++i)
+        for (qsizetype i = 0; i < forms_.size(); ++i)
             head += ".n" + QByteArray::number(i) + "{mso-number-format:\"" + forms_[i].Format() + "\"}\n";
         return head + "</style></head><body><table><!--StartFragment-->\n";
     }
 
     void Row(QStringView line, bool heading)
     {
-        Put("<tr>");
-        for (int column = 0; !line.isNull(); ++column) {
-            const qsizetype end = line.indexOf(u'\t');
-            const QStringView cell = line.left(end);
+        out_ += "<tr>";
+        int column = 0;
+        for (const QStringView cell : line.tokenize(u'\t')) {
             if (heading && cell == Text(Str::HeadingTime))
                 timeColumn_ = column;
             Cell(cell, column == timeColumn_ && !heading);
-            line = end < 0 ? QStringView() : line.mid(end + 1);
+            ++column;
         }
-        Put("</tr>\n");
+        out_ += "</tr>\n";
     }
 
     void Cell(QStringView cell, bool asTyped)
@@ -111,11 +107,10 @@ class HtmlTable
         if (const std::optional<NumberForm> form = FormOf(cell.trimmed()))
             NumberTag(cell.trimmed(), *form);
         else if (cell.isEmpty() || asTyped)
-            Put("<td>");
+            out_ += "<td>";
         else
             TextTag(cell);
-        PutEscaped(cell);
-        Put("</td>");
+        out_ += Escaped(cell) + "</td>";
     }
 
     void NumberTag(QStringView number, const NumberForm &form)
@@ -124,50 +119,39 @@ class HtmlTable
             number = number.mid(1);
         if (number.endsWith(u'.'))
             number.chop(1);
-        Put("<td");
-        if (form != NumberForm()) {
-            Put(" class=n");
-            Put(QByteArray::number(Known(form)));
-        }
-        Put(" x:num=\"");
-        PutEscaped(number);
-        Put("\" sdval=\"");
-        PutEscaped(number);
-        Put(form == NumberForm{1, 2} ? "\" sdnum=\"1033;0;0.00\">" : "\" sdnum=\"1033\">");
+        out_ += "<td";
+        if (form != NumberForm())
+            out_ += " class=n" + QByteArray::number(Known(form));
+        const QByteArray plain = Escaped(number);
+        out_ += " x:num=\"" + plain + "\" sdval=\"" + plain;
+        out_ += form == NumberForm{1, 2} ? "\" sdnum=\"1033;0;0.00\">" : "\" sdnum=\"1033\">";
     }
 
-    std::ptrdiff_t Known(const NumberForm &form)
+    qsizetype Known(const NumberForm &form)
     {
-        const auto found = std::find(forms_.begin(), forms_.end(), form);
-        const std::ptrdiff_t place = found - forms_.begin();
-        if (found == forms_.end())
-            forms_.push_back(form);
-        return place;
+        if (!forms_.contains(form))
+            forms_.append(form);
+        return forms_.indexOf(form);
     }
 
     void TextTag(QStringView cell)
     {
-        Put("<td class=t x:str");
-        if (cell.front().isSpace() || cell.back().isSpace()) { // lost in HTML
-            Put("=\"");
-            PutEscaped(cell);
-            Put("\"");
-        }
-        Put(" sdnum=\"1033;0;@\">");
+        out_ += "<td class=t x:str";
+        if (cell.front().isSpace() || cell.back().isSpace()) // lost in HTML
+            out_ += "=\"" + Escaped(cell) + '"';
+        out_ += " sdnum=\"1033;0;@\">";
     }
 
-    void Put(QByteArrayView bytes) { out_.append(bytes); }
-
-    void PutEscaped(QStringView text)
+    static QByteArray Escaped(QStringView text)
     {
         QString escaped = text.toString().toHtmlEscaped();
         for (QChar &character : escaped)
             character = std::max(character, QChar(u' '));
-        Put(escaped.toUtf8());
+        return escaped.toUtf8();
     }
 
     QByteArray out_;
-    std::vector<NumberForm> forms_; ///< few, whatever is copied
+    QList<NumberForm> forms_; ///< few, whatever is copied
     int timeColumn_ = -1;
 };
 

@@ -56,7 +56,7 @@ int DataSetSource::Samples() const
 
 bool DataSetSource::IsSaveMode() const
 {
-    return DataKind(data_->Kind()) == KindSave;
+    return data_->Kind() == KindSave;
 }
 
 std::string DataSetSource::Cell(int row, int column) const

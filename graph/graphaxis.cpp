@@ -7,7 +7,7 @@ namespace px40 {
 
 namespace {
 
-constexpr int Decimals = 4;
+constexpr int SureDigits = 15;        // what a double holds of a number as people write it
 constexpr double LabelGap = 8;        // between two labels
 constexpr double LeastTickGap = 3;    // of divisions that the user set
 constexpr double EasyTickGap = 4;     // of those that we choose
@@ -31,25 +31,15 @@ qint64 StepFor(double width, double least)
     return step;
 }
 
-/// Without its last digits, which round it.
-qint64 RoundedOff(qint64 number, int digits)
+/// With one to four decimals.
+QString WithDecimals(double value)
 {
-    if (digits > 18)
-        return 0;
-    qint64 power = 1;
-    for (int i = 0; i < digits; ++i)
-        power *= 10;
-    return (number + power / 2) / power;
-}
-
-/// A number of ten-thousandths, with zeros behind the first decimal left out.
-QString WithPoint(QByteArray digits)
-{
-    digits = digits.rightJustified(Decimals + 1, '0');
-    digits.insert(digits.size() - Decimals, '.');
-    while (digits.endsWith('0') && !digits.endsWith(".0"))
-        digits.chop(1);
-    return QString::fromLatin1(digits);
+    constexpr double Parts = 10'000; // of one
+    const double parts = std::round(QString::number(value * Parts, 'g', SureDigits).toDouble());
+    QString text = QString::number(parts / Parts, 'f', 4);
+    while (text.endsWith(u'0') && !text.endsWith(u".0"))
+        text.chop(1);
+    return text == u"-0.0" ? text.mid(1) : text;
 }
 
 /// 1, 2 or 5 times a power of ten, at least `least`.
@@ -71,7 +61,7 @@ QString StepNumber(double value, double step)
     if (decimals <= 7 && std::abs(value) < 1e8)
         return QString::number(value, 'f', decimals);
     const double digits = value == 0 ? 1 : std::log10(std::abs(value) / step) + 2;
-    return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, 15));
+    return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, SureDigits));
 }
 
 /// The first number of the row 1, 1 + step, 1 + 2 step ... that is not below `first`.
@@ -104,41 +94,23 @@ std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 ste
 
 QString AxisNumber(double value, AxisFormat format)
 {
-    if (!std::isfinite(value))
-        return {};
-    constexpr int Digits = 15; // what a double holds of a number as people write it
-    QByteArray text = QByteArray::number(std::abs(value), 'e', Digits - 1);
-    const qsizetype mark = text.indexOf('e');
-    int exponent = value == 0 ? 0 : text.mid(mark + 1).toInt();
-    const qint64 digits = text.left(mark).replace(".", "").toLongLong();
-
-    QString number;
-    if (format == AxisFormat::Plain) {
-        const int surplus = Digits - 1 - Decimals - exponent;
-        number = WithPoint(QByteArray::number(RoundedOff(digits, surplus)) + QByteArray(-surplus, '0'));
-    } else {
-        qint64 rounded = RoundedOff(digits, Digits - 1 - Decimals);
-        if (rounded == 100'000) { // 9.99996 became 10.0000
-            rounded = 10'000;
-            ++exponent;
-        }
-        number = WithPoint(QByteArray::number(rounded)) + u'E' + QString::number(exponent);
+    if (format == AxisFormat::Plain)
+        return WithDecimals(value);
+    const QString text = QString::number(value, 'e', SureDigits - 1);
+    const qsizetype mark = text.indexOf(u'e');
+    QString number = WithDecimals(text.left(mark).toDouble());
+    int exponent = text.mid(mark + 1).toInt();
+    if (number.endsWith(u"10.0")) { // it was 9.99996
+        number.remove(number.size() - 3, 1);
+        ++exponent;
     }
-    const bool nothing =
-        std::all_of(number.cbegin(), number.cend(), [](QChar c) { return c == u'0' || c == u'.'; });
-    return value < 0 && !nothing ? u'-' + number : number;
+    return number + u'E' + QString::number(exponent);
 }
 
 std::optional<ValueRange> CustomValueRange(const GraphSettings &settings)
 {
-    if (settings.yAuto)
-        return std::nullopt;
-    bool minimumOk = false;
-    bool maximumOk = false;
-    const ValueRange range{settings.yMinimum.toDouble(&minimumOk), settings.yMaximum.toDouble(&maximumOk)};
-    constexpr double Highest = 1e30; // differences and pixels are worked out from these
-    if (!minimumOk || !maximumOk || !(std::abs(range.minimum) < Highest) ||
-        !(std::abs(range.maximum) < Highest) || !(range.maximum > range.minimum))
+    const ValueRange range{settings.yMinimum.toDouble(), settings.yMaximum.toDouble()};
+    if (settings.yAuto || !(range.maximum > range.minimum))
         return std::nullopt;
     return range;
 }

@@ -21,7 +21,7 @@ enum class AxisFormat {
     Exponent, ///< the same with a power of ten behind it: 1.0E-3
 };
 
-/// Rounds half away from zero, as the number reads with fifteen digits. Empty when it is not finite.
+/// Rounds half away from zero, as the number reads with fifteen digits. It must be finite.
 QString AxisNumber(double value, AxisFormat format);
 
 struct ValueRange
@@ -30,8 +30,8 @@ struct ValueRange
     double maximum;
 };
 
-/// The limits that the user gave. Nothing when the axis is automatic, and when the limits are none: a data
-/// file can hold any texts.
+/// The limits that the user gave. Nothing when the axis is automatic, and when the maximum is not above the
+/// minimum, as a data file can have it.
 std::optional<ValueRange> CustomValueRange(const GraphSettings &settings);
 
 /// A calm range that holds all values from `lowest` to `highest`; nothing known: lowest above highest.

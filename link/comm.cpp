@@ -51,8 +51,6 @@ Comm::Comm(LinkState &state, PortMap &ports, int replyTimeoutMs, QObject *parent
     running_.start();
 }
 
-Comm::~Comm() = default;
-
 void Comm::SetPortNumber(int number)
 {
     portNumber_ = number;

@@ -34,7 +34,6 @@ class Comm : public QObject
     /// What is handed in must outlive the channel.
     Comm(LinkState &state, PortMap &ports, int replyTimeoutMs = DefaultReplyTimeoutMs,
          QObject *parent = nullptr);
-    ~Comm() override;
 
     /// The port number to open next, 1 to 16.
     void SetPortNumber(int number);

@@ -35,9 +35,8 @@ class Prompts
 
     /// The name under which to save; empty when cancelled. `name` is proposed and may be empty. The folder of
     /// the answer exists; if the file does, the user has agreed to replace it. An answer without any suffix
-    /// gets that of the filter that was chosen, or else `suffix`, which has no dot: so the suffix tells which
-    /// of several filters was chosen.
-    virtual QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) = 0;
+    /// gets that of the filter that was chosen, so that it tells which of several that was.
+    virtual QCoro::Task<QString> AskSaveFile(QString name, QString filter) = 0;
 
     /// Closes what is open, as if the user had dismissed it, and shows nothing from now on.
     virtual void DismissAll() = 0;

@@ -5,10 +5,10 @@
 #include "link/linkuse.h"
 #include "platform/jobs.h"
 #include "resources/strings.h"
-#include "source/numberformat.h"
 
 #include <QRegularExpression>
 
+#include <cmath>
 #include <utility>
 
 namespace px40 {
@@ -16,6 +16,13 @@ namespace px40 {
 namespace {
 
 constexpr int ClickDelayMs = 10;
+
+/// Without line breaks.
+QString OneLine(QString text)
+{
+    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
+    return text.remove(breaks);
+}
 
 QString WaitingText(const QString &command)
 {
@@ -162,10 +169,14 @@ void SourceCommands::Report(const QString &reason)
     Q_EMIT failed(reason_);
 }
 
-QString OneLine(QString text)
+QString TwoDigits(const QString &text)
 {
-    static const QRegularExpression breaks(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
-    return text.remove(breaks);
+    bool known = false;
+    const double number = std::round(text.toDouble(&known));
+    if (!known || !std::isfinite(number))
+        return text;
+    const QString digits = QString::number(std::abs(number), 'f', 0).rightJustified(2, u'0');
+    return number < 0 ? u'-' + digits : digits;
 }
 
 QString Unsendable(const QString &text)

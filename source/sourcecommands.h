@@ -34,7 +34,7 @@ class SourceCommands : public QObject
     /// n/m on or off, as the mode demands. In any other mode the last command is sent once more.
     void SwitchRatio();
 
-    /// n and m as the user has typed them; see `TwoDigits`.
+    /// n and m as the user has typed them, each written by `TwoDigits`.
     void SetRatio(const QString &n, const QString &m);
 
     /// Position `position` (0-based) of one of the lists Tc to PulseSet was chosen.
@@ -82,8 +82,10 @@ class SourceCommands : public QObject
     bool armed_ = false;   ///< since the last command went out
 };
 
-/// The text as one line.
-QString OneLine(QString text);
+/// The text as the number format "00" gives it: a number is rounded to a whole one, a half away from zero,
+/// and filled up to two digits behind its sign ("7" gives "07", "1.5" "02", "-3" "-03", "123" "123"). A text
+/// that is no plain decimal number comes out as it is, an empty one empty.
+QString TwoDigits(const QString &text);
 
 /// The first character of a text that has no code on the line (Latin-1 has 256); empty when all have.
 QString Unsendable(const QString &text);

@@ -15,34 +15,6 @@ namespace {
 
 constexpr int Digits = 5; // beside the sign
 
-/// A temperature is given in degrees, or as the signal that the sensor would give for it.
-bool AsSignal(const InstrumentStatus &status)
-{
-    return status.SourceSubMode == 1;
-}
-
-Captions ThermocoupleCaptions(const InstrumentStatus &status, const RangeLists &ranges)
-{
-    if (status.SourceRange == 0)
-        return {QStringLiteral("mV"), QStringLiteral("DC")};
-    const QString function = ranges.TcSourceList.value(status.SourceRange);
-    if (function.isEmpty())
-        return {};
-    if (AsSignal(status))
-        return {QStringLiteral("mV"), function};
-    return {QString(), function, Captions::ThermocoupleSymbol};
-}
-
-Captions ThermometerCaptions(const InstrumentStatus &status, const RangeLists &ranges)
-{
-    const QString function = ranges.RtdList.value(status.SourceRange);
-    if (function.isEmpty())
-        return {};
-    if (status.SourceRange == 0 || AsSignal(status))
-        return {Text(Str::UnitOhm), function};
-    return {QString(), function, status.SourceRange == 1 ? Captions::Pt100Symbol : Captions::Jpt100Symbol};
-}
-
 Captions PulseCaptions(const InstrumentStatus &status, const RangeLists &ranges)
 {
     static const QStringList frequencyUnits = {QStringLiteral("Hz"), QStringLiteral("Hz"),
@@ -62,15 +34,17 @@ Captions PulseCaptions(const InstrumentStatus &status, const RangeLists &ranges)
 
 Captions CaptionsFor(const InstrumentStatus &status, const RangeLists &ranges)
 {
+    // A temperature is given in degrees, or as the signal that the sensor would give for it.
+    const bool asSignal = status.SourceSubMode == 1;
     switch (status.SourceFunction) {
     case 0:
     case 1:
     case 2:
         return {QStringLiteral("V"), QStringLiteral("DC")};
     case 3:
-        return ThermocoupleCaptions(status, ranges);
+        return ThermocoupleCaptions(status.SourceRange, ranges.TcSourceList, asSignal);
     case 4:
-        return ThermometerCaptions(status, ranges);
+        return ThermometerCaptions(status.SourceRange, ranges, asSignal);
     case 5:
         return PulseCaptions(status, ranges);
     case 6:

@@ -1,30 +1,18 @@
 #include "source/sourcetable.h"
 
-#include <algorithm>
-#include <initializer_list>
-#include <iterator>
+#include <string_view>
 
 namespace px40 {
 
 namespace {
 
-/// A set of source modes: bit k is mode k.
-using Gate = unsigned;
+constexpr std::string_view AnyMode = "0123456789";
 
-constexpr Gate AnyMode = ~0U;
-
-constexpr Gate Modes(std::initializer_list<int> modes)
-{
-    Gate gate = 0;
-    for (const int mode : modes)
-        gate |= 1U << static_cast<unsigned>(mode);
-    return gate;
-}
-
+/// In which modes, of one digit each, a control sets what.
 struct Row
 {
     SourceControl control;
-    Gate gate;
+    std::string_view modes;
     SourceSetting setting;
 };
 
@@ -32,33 +20,27 @@ struct Row
 /// Stepping down is open in every mode, stepping up is not.
 constexpr Row Rows[] = {
     {SourceControl::OnOff, AnyMode, SourceSetting::Output},
-    {SourceControl::Up, Modes({0, 4}), SourceSetting::StepUp},
+    {SourceControl::Up, "04", SourceSetting::StepUp},
     {SourceControl::Down, AnyMode, SourceSetting::StepDown},
-    {SourceControl::Nm, Modes({0, 4}), SourceSetting::RatioOn},
-    {SourceControl::Nm, Modes({6, 8}), SourceSetting::RatioOff},
+    {SourceControl::Nm, "04", SourceSetting::RatioOn},
+    {SourceControl::Nm, "68", SourceSetting::RatioOff},
     {SourceControl::NmSet, AnyMode, SourceSetting::Ratio},
-    {SourceControl::Tc, Modes({0, 1, 4}), SourceSetting::Range},
-    {SourceControl::Rtd, Modes({0, 1, 4}), SourceSetting::Range},
-    {SourceControl::Temp, Modes({0, 4}), SourceSetting::Temperature},
-    {SourceControl::Pulse, Modes({0}), SourceSetting::Range},
-    {SourceControl::PulseSet, Modes({0, 4}), SourceSetting::Pulse},
+    {SourceControl::Tc, "014", SourceSetting::Range},
+    {SourceControl::Rtd, "014", SourceSetting::Range},
+    {SourceControl::Temp, "04", SourceSetting::Temperature},
+    {SourceControl::Pulse, "0", SourceSetting::Range},
+    {SourceControl::PulseSet, "04", SourceSetting::Pulse},
 };
-
-const Row *Find(SourceControl control, int sourceMode)
-{
-    const Gate mode = sourceMode >= 0 && sourceMode <= 9 ? Modes({sourceMode}) : 0;
-    const auto *const found = std::find_if(std::begin(Rows), std::end(Rows), [&](const Row &row) {
-        return row.control == control && (row.gate & mode) != 0;
-    });
-    return found == std::end(Rows) ? nullptr : found;
-}
 
 } // namespace
 
 std::optional<SourceSetting> SettingOf(SourceControl control, int sourceMode)
 {
-    const Row *const row = Find(control, sourceMode);
-    return row ? std::optional(row->setting) : std::nullopt;
+    for (const Row &row : Rows) {
+        if (row.control == control && row.modes.find(static_cast<char>('0' + sourceMode)) != row.modes.npos)
+            return row.setting;
+    }
+    return std::nullopt;
 }
 
 } // namespace px40

@@ -59,9 +59,9 @@ QCoro::Task<QString> ScriptedPrompts::AskOpenFile(QString filter, QString)
     return AnswerFile(QStringLiteral("open:") + filter);
 }
 
-QCoro::Task<QString> ScriptedPrompts::AskSaveFile(QString name, QString filter, QString suffix)
+QCoro::Task<QString> ScriptedPrompts::AskSaveFile(QString name, QString filter)
 {
-    return AnswerFile(QStringLiteral("save:%1:%2:%3").arg(name, filter, suffix));
+    return AnswerFile(QStringLiteral("save:%1:%2").arg(name, filter));
 }
 
 QCoro::Task<QString> ScriptedPrompts::AnswerFile(QString question)

@@ -18,12 +18,12 @@ class ScriptedPrompts : public Prompts
     QCoro::Task<Answer> AskYesNoCancel(QString text, PromptIcon icon) override;
     QCoro::Task<int> AskOneOf(QString text, QStringList options) override;
     QCoro::Task<QString> AskOpenFile(QString filter, QString preferred) override;
-    QCoro::Task<QString> AskSaveFile(QString name, QString filter, QString suffix) override;
+    QCoro::Task<QString> AskSaveFile(QString name, QString filter) override;
     void DismissAll() override { ++dismissals; }
 
     QStringList warnings;
     QStringList questions;
-    QStringList fileQuestions;    ///< "open:FILTER" and "save:NAME:FILTER:SUFFIX"
+    QStringList fileQuestions;    ///< "open:FILTER" and "save:NAME:FILTER"
     std::function<void()> onWarn; ///< called while the box is up
     std::deque<Answer> answers;   ///< Cancel when there is none left
     std::deque<int> choices;      ///< which of several buttons; the last one when there is none left

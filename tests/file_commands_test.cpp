@@ -39,7 +39,7 @@ struct Desk : FakeViews
         return set;
     }
 
-    static QString Question(const QString &name) { return u"save:%1:CSV Files (*.CSV):CSV"_qs.arg(name); }
+    static QString Question(const QString &name) { return u"save:%1:CSV Files (*.CSV)"_qs.arg(name); }
 
     bool Run(QCoro::Task<bool> task)
     {
@@ -88,7 +88,7 @@ class FileCommandsTest : public QObject
         const QByteArray before = Contents(name);
         const FullDisk disk(10);
         desk.prompts.files = {name};
-        QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
+        QVERIFY(!desk.Run(desk.commands.Save(set, true)));
         QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
         QCOMPARE(desk.prompts.warnings.last(),
                  u"File too large\r\n"_qs + name +
@@ -157,7 +157,7 @@ class FileCommandsTest : public QObject
         desk.sets.removeFirst();
         for (const QString &name : {mine, own, other}) {
             desk.prompts.files = {name};
-            QVERIFY(desk.Run(desk.commands.SaveAs(set)));
+            QVERIFY(desk.Run(desk.commands.Save(set, true)));
         }
         QCOMPARE(desk.prompts.warnings.size(), 3);
     }
@@ -171,10 +171,10 @@ class FileCommandsTest : public QObject
         desk.sets.clear(); // the window may go meanwhile
         QVERIFY(!first.Done());
         QVERIFY(!desk.Run(desk.commands.Save(set)));
-        QVERIFY(!desk.Run(desk.commands.SaveAs(set)));
+        QVERIFY(!desk.Run(desk.commands.Save(set, true)));
         QVERIFY(first.Finish() && first.Value());
         QCOMPARE(desk.prompts.fileQuestions.size(), 1);
-        QVERIFY(desk.Run(desk.commands.SaveAs(set))); // and afterwards it asks again
+        QVERIFY(desk.Run(desk.commands.Save(set, true))); // and afterwards it asks again
         QCOMPARE(set->GetFilename(), desk.Path(u"b.CSV"_qs));
     }
 

@@ -92,7 +92,7 @@ class FileDialogTest : public QObject
     void SaveAsksBeforeReplacing()
     {
         MessagePrompts prompts;
-        const Running<QString> asked(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
+        const Running<QString> asked(prompts.AskSaveFile(old_, filter_));
         QTRY_VERIFY(NameField());
         QCOMPARE(NameField()->text(), u"old.csv"_qs);
         Type(u"gone/new"_qs);
@@ -107,7 +107,7 @@ class FileDialogTest : public QObject
 
         // The next dialog opens where the last file was, and there a new name that is proposed leads.
         const QString proposed = u"1New 2026-03-05 070809.CSV"_qs;
-        const Running<QString> next(prompts.AskSaveFile(proposed, filter_, u"CSV"_qs));
+        const Running<QString> next(prompts.AskSaveFile(proposed, filter_));
         QTRY_VERIFY(NameField());
         QCOMPARE(NameField()->text(), proposed);
         QTest::keyClick(NameField(), Qt::Key_Return);
@@ -121,8 +121,8 @@ class FileDialogTest : public QObject
         const QString filter = u"PNG Pictures (*.png);;%1;;All Files (*)"_qs.arg(svg);
         for (const auto &[chosen, typed, name] : {std::tuple(svg, u"one"_qs, u"one.svg"_qs),
                                                   {svg, u"two.pdf"_qs, u"two.pdf"_qs},
-                                                  {u"All Files (*)"_qs, u"three"_qs, u"three.dat"_qs}}) {
-            const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter, u"dat"_qs));
+                                                  {u"All Files (*)"_qs, u"three"_qs, u"three"_qs}}) {
+            const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter));
             QTRY_VERIFY(Open());
             Open()->selectNameFilter(chosen);
             Type(typed);
@@ -139,7 +139,7 @@ class FileDialogTest : public QObject
         QCOMPARE(Answered(cancelled), QString());
 
         // With a box before the dialog.
-        const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_, u"CSV"_qs));
+        const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_));
         Type(u"old.csv"_qs);
         QTRY_VERIFY(Open<QMessageBox>());
         prompts.DismissAll();

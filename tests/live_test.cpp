@@ -82,7 +82,7 @@ class LiveTest : public QObject
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().size(), 1);
         const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
-        QCOMPARE(dataSet->Kind() + dataSet->Table().Heading(1), u"4TIME"_qs);
+        QCOMPARE(QString::number(dataSet->Kind()) + dataSet->Table().Heading(1), u"4TIME"_qs);
         QCOMPARE(program.prompts.questions.size(), 1);
         QCOMPARE(program.Message(), u"37 SAVE-mode records received; they are no readings."_qs);
 

@@ -1,4 +1,3 @@
-#include "source/numberformat.h"
 #include "testing/rows.h"
 #include "tests/sourcerig.h"
 

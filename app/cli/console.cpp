@@ -54,14 +54,21 @@ QString About(const QString &file, const QString &sentence)
     return file + QStringLiteral(": ") + sentence;
 }
 
-Result<QString> NameForWriting(const QString &name)
+Result<> Prepare(const QString &to, Target *target)
 {
-    const QFileInfo file(QDir::toNativeSeparators(QFileInfo(name).absoluteFilePath()));
+    target->toOutput = to == ToOutput;
+    if (target->toOutput) {
+        target->name = Text(Str::StandardOutput);
+        const Result<> opened = OpenOutput(&target->output);
+        return opened ? opened : Fail(About(target->name, opened.error().text));
+    }
+    target->name = QDir::toNativeSeparators(QFileInfo(to).absoluteFilePath());
+    const QFileInfo file(target->name);
     if (!QFileInfo(file.path()).isDir())
         return Fail(About(file.path(), Text(Str::FolderNotThere)));
     if (file.exists() && !file.isFile())
-        return Fail(About(file.filePath(), Text(Str::FileNotRegular)));
-    return file.filePath();
+        return Fail(About(target->name, Text(Str::FileNotRegular)));
+    return {};
 }
 
 Result<> RunToEnd(Jobs &jobs, QCoro::Task<Result<>> task, const QString &otherwise)

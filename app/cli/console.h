@@ -4,9 +4,8 @@
 #include "platform/prompts.h"
 #include "platform/result.h"
 
+#include <QFile>
 #include <QStringList>
-
-class QFile;
 
 namespace px40 {
 
@@ -26,7 +25,7 @@ class DecliningPrompts : public Prompts
         co_return static_cast<int>(choices.size()) - 1;
     }
     QCoro::Task<QString> AskOpenFile(QString, QString) override { co_return QString(); }
-    QCoro::Task<QString> AskSaveFile(QString, QString, QString) override { co_return QString(); }
+    QCoro::Task<QString> AskSaveFile(QString, QString) override { co_return QString(); }
     void DismissAll() override {}
 
     QString told; ///< the last text
@@ -64,9 +63,17 @@ void KeepLogsQuiet();
 /// What is wrong with a file or folder, and which one.
 QString About(const QString &file, const QString &sentence);
 
-/// The full name under which a file can be written: its folder is there, and it is no folder or device
-/// itself.
-Result<QString> NameForWriting(const QString &name);
+/// Where a file is to go.
+struct Target
+{
+    QString name;          ///< the full name, or what the user calls the standard output
+    bool toOutput = false; ///< the standard output, which is open then
+    QFile output;
+};
+
+/// Looks at it before the work, after which there would be data that nobody can keep. The folder of a file
+/// must be there, and the file be no folder or device itself.
+Result<> Prepare(const QString &to, Target *target);
 
 /// Runs a task to its end in an event loop of its own. `otherwise`: what is told where it ends without a
 /// reason.

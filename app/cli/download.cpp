@@ -10,38 +10,11 @@
 #include "platform/terminal.h"
 #include "resources/strings.h"
 
-#include <QFile>
 #include <QScopeGuard>
 
 namespace px40 {
 
 namespace {
-
-/// Where the data go: into a file, or to the standard output, which is open then.
-struct DownloadTarget
-{
-    QString name; ///< as the user is told it
-    bool toOutput = false;
-    QFile output;
-};
-
-/// Looked at before the download: after it there would be data that nobody can keep.
-Result<> PrepareDownload(const QString &to, DownloadTarget *target)
-{
-    target->toOutput = to == ToOutput;
-    target->name = Text(Str::StandardOutput);
-    if (target->toOutput) {
-        const Result<> opened = OpenOutput(&target->output);
-        return opened ? opened : Fail(About(target->name, opened.error().text));
-    }
-    const Result<QString> name = NameForWriting(to);
-    if (!name)
-        return Fail(name.error());
-    target->name = *name;
-    if (!MayBeWritten(*name))
-        return Fail(About(*name, Text(Str::FileReadOnly)));
-    return {};
-}
 
 int PortToUse(const CommandLine &line, const Services &services)
 {
@@ -66,7 +39,7 @@ QCoro::Task<Result<>> Download(Services *services, StoredData *download, bool ne
 }
 
 /// Puts a whole download where it is to go.
-Result<> Keep(DownloadTarget *target, DataSet *dataSet)
+Result<> Keep(Target *target, DataSet *dataSet)
 {
     const Result<> kept = target->toOutput ? dataSet->Write(target->output) : dataSet->SaveFile(target->name);
     if (kept)
@@ -92,9 +65,11 @@ int RunDownload(const CommandLine &line)
     SingleInstance instance(QStringLiteral("px40ap"));
     if (!instance.Acquire())
         return EndFailed({Text(Str::OtherCopyRuns)});
-    DownloadTarget target;
-    if (const Result<> prepared = PrepareDownload(line.downloadTo, &target); !prepared)
+    Target target;
+    if (const Result<> prepared = Prepare(line.downloadTo, &target); !prepared)
         return EndFailed(prepared.error());
+    if (!target.toOutput && !MayBeWritten(target.name))
+        return EndFailed({About(target.name, Text(Str::FileReadOnly))});
 
     DecliningPrompts prompts;
     Services services(UserStore(Text(Str::ApplicationTitle)), PathsIn(DataFolder(line.dataFolder)), prompts);

@@ -9,54 +9,21 @@
 #include "resources/strings.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <memory>
 #include <utility>
 
 namespace px40 {
 
 namespace {
 
-/// The file that is written, and where it goes from there.
-struct ExportTarget
-{
-    QString workbook;
-    QString told; ///< what the user calls it
-    bool toOutput = false;
-    QFile output;
-    std::unique_ptr<QTemporaryDir> folder; ///< of what goes to the standard output
-};
-
-Result<> PrepareExport(const QString &to, ExportTarget *target)
-{
-    target->toOutput = to == ToOutput;
-    if (!target->toOutput) {
-        const Result<QString> name = NameForWriting(to);
-        if (!name)
-            return Fail(name.error());
-        target->workbook = target->told = *name;
-        return {};
-    }
-    target->told = Text(Str::StandardOutput);
-    target->folder = std::make_unique<QTemporaryDir>(); // a workbook is not written from beginning to end
-    target->workbook = target->folder->filePath(QStringLiteral("PX40.xlsx"));
-    if (!target->folder->isValid())
-        return Fail(About(QDir::tempPath(), target->folder->errorString()));
-    const Result<> opened = OpenOutput(&target->output);
-    if (!opened)
-        return Fail(About(target->told, opened.error().text));
-    return {};
-}
-
 /// The data set of a file, headed as after a download if it is one.
 Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 {
     auto dataSet = std::make_shared<DataSet>(services->shared);
     Result<> loaded = dataSet->OpenFile(name);
-    if (loaded && DataKind(dataSet->Kind()) == KindMemory) {
+    if (loaded && dataSet->Kind() == KindMemory) {
         services->shared.MemoryNumbers = true;
         dataSet = std::make_shared<DataSet>(services->shared);
         loaded = dataSet->OpenFile(name);
@@ -85,15 +52,13 @@ QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSe
     co_return Fail(FirstLine(outcome.error().text));
 }
 
-/// Sends a workbook that is not to stay where it is to the standard output.
-Result<> Deliver(ExportTarget *target)
+/// Copies a workbook to the standard output.
+Result<> Deliver(const QString &workbook, QFile *output)
 {
-    if (!target->toOutput)
-        return {};
-    QFile written(target->workbook);
+    QFile written(workbook);
     if (!written.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return Fail(written.errorString());
-    return CopyBytes(written, target->output);
+    return CopyBytes(written, *output);
 }
 
 } // namespace
@@ -105,9 +70,13 @@ int RunExport(const CommandLine &line)
         PrintError(Text(Str::WorkbookOnTerminal));
         return ExitWrongOptions;
     }
-    ExportTarget target;
-    if (const Result<> prepared = PrepareExport(line.exportTo, &target); !prepared)
+    Target target;
+    if (const Result<> prepared = Prepare(line.exportTo, &target); !prepared)
         return EndFailed(prepared.error());
+    const QTemporaryDir folder; // a workbook is not written from beginning to end, as the output is
+    if (target.toOutput && !folder.isValid())
+        return EndFailed({About(QDir::tempPath(), folder.errorString())});
+    const QString workbook = target.toOutput ? folder.filePath(QStringLiteral("PX40.xlsx")) : target.name;
 
     // Without a work file: a program that is open has the one there is.
     DecliningPrompts prompts;
@@ -119,15 +88,15 @@ int RunExport(const CommandLine &line)
 
     const QString failed = Text(Str::ExportFailed);
     Result<> exported =
-        RunToEnd(services.jobs, Export(&services, *dataSet, target.workbook, line.exportTitle), failed);
-    if (exported)
-        exported = Deliver(&target);
+        RunToEnd(services.jobs, Export(&services, *dataSet, workbook, line.exportTitle), failed);
+    if (exported && target.toOutput)
+        exported = Deliver(workbook, &target.output);
     if (!exported)
-        return EndFailed({About(target.told, exported.error().text)});
+        return EndFailed({About(target.name, exported.error().text)});
     const int rows = (*dataSet)->GetDatacount();
     const QString count = rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(rows);
-    const bool printed = target.toOutput || PrintLine(Text(Str::ForwardDone).arg(count, target.workbook));
-    return EndWritten(target.told, **dataSet, printed);
+    const bool printed = target.toOutput || PrintLine(Text(Str::ForwardDone).arg(count, target.name));
+    return EndWritten(target.name, **dataSet, printed);
 }
 
 } // namespace px40
