@@ -115,7 +115,7 @@ QGroupBox *frmInterval::BuildPeriod()
     return group;
 }
 
-/// A new set has no period texts at all: whoever gives the first one need not give the others.
+/// A new set has no period texts at all: a user who enters the first one need not enter the others.
 void frmInterval::BeginPeriod()
 {
     const auto given = [](const QLineEdit *box) { return !box->text().isEmpty(); };
@@ -155,7 +155,7 @@ void frmInterval::Confirm()
         accept();
         return;
     }
-    Load(form); // what passed stands there with two digits
+    Load(form); // what passed is shown with two digits
     const auto [field, complaint] = stored.error();
     Refuse(field < interval_.size() ? interval_[field] : period_.at(field - interval_.size()), complaint);
 }

@@ -32,8 +32,8 @@ constexpr double ButtonHeight = 38;
 constexpr QSizeF DesignSize{FaceSize.width() + 2 * Margin, FaceSize.height() + 3 * Margin + ButtonHeight};
 constexpr double UsualScale = 1.6;
 
-// Where a window that was never moved stands: beside the main window where the screen has room, else so far
-// from the right edge of its frame, and far enough below its top to leave menus and tool bar free.
+// Where a window opens that was never moved: beside the main window where the screen has room, else at its
+// right edge, and far enough below its top to leave menus and tool bar free. In pixels.
 constexpr int Beside = 8;
 constexpr int FromRight = 24;
 constexpr int FromTop = 128;

@@ -29,7 +29,7 @@ struct FaceDesign
     QSizeF size;
     QString side;                      ///< what the lamp tells the state of
     std::array<const char *, 2> lamps; ///< the controls for off and on, which may be the same one
-    QList<Cell> reading;               ///< from the left; characters stand at the right end of the first
+    QList<Cell> reading;               ///< from the left; characters are at the right end of the first
                                        ///< cell, in the middle of the others
     double readingTop;
     double unitWidth;
@@ -37,7 +37,7 @@ struct FaceDesign
 
 /// The display of one side of the instrument: function and lamp above, the reading with its unit or
 /// temperature symbol in the middle, the option indicators below. Everything on it grows with the widget;
-/// what that is larger than the design lies to both sides of the reading, above and below it.
+/// the room by which it is larger than the design lies on all sides of the reading.
 class InstrumentFace : public QWidget
 {
     Q_OBJECT
@@ -48,8 +48,8 @@ class InstrumentFace : public QWidget
     /// `reading` has a text for each cell.
     void Show(const SideDisplay &display, std::span<const QString> reading);
 
-    /// Nothing new has come for a while: what stands there fades, and the lamp, of which nobody knows by now,
-    /// goes. Lasts until `Show`.
+    /// Nothing new has come for a while: the texts fade, and the lamp goes out of sight, since its state is
+    /// no longer known. Lasts until `Show`.
     void Fade();
 
   protected:
@@ -64,7 +64,7 @@ class InstrumentFace : public QWidget
     QRect Place(double left, double top, double width, double height) const;
     /// Of reading and unit, in the design's units.
     QRectF ReadingPlace() const;
-    /// On which the characters of the reading stand, in pixels.
+    /// The line on which the characters of the reading stand, in pixels.
     double Baseline() const;
 
     /// Called when the size has changed.

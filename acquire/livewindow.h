@@ -9,10 +9,10 @@ class ElidedLabel;
 class UserStore;
 
 /// A window of its own, above the main window, that shows one side of the instrument. It asks the instrument
-/// for nothing: whoever decodes a status shows it here.
+/// for nothing: what it shows is handed to it.
 ///
-/// A line of its own tells what came of a command that was given here, or since when nothing has come from
-/// the instrument.
+/// One line says what came of a command that was given here, or since when nothing has come from the
+/// instrument.
 ///
 /// It keeps its place from one opening to the next, and deletes itself when closed, also by Escape or Ctrl+W.
 class LiveWindow : public QWidget
@@ -20,7 +20,7 @@ class LiveWindow : public QWidget
     Q_OBJECT
 
   public:
-    /// What is to be told of the last command, and of the readings; empty: nothing. There is one line for
+    /// What there is to say about the last command, and about the readings; empty: nothing. One line serves
     /// both: it shows the newer one, or the other where that is empty.
     void ShowMessage(const QString &text);
     void ShowNote(const QString &text);

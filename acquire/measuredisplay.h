@@ -16,7 +16,7 @@ using OptionIndicators = std::array<QString, 7>;
 /// What the instrument says of the value that it shows.
 struct Captions
 {
-    /// Which picture stands in place of a unit.
+    /// Which picture takes the place of a unit.
     enum Symbol { NoSymbol = -1, ThermocoupleSymbol = 0, Pt100Symbol = 1, Jpt100Symbol = 2 };
 
     QString unit;
@@ -26,7 +26,7 @@ struct Captions
     bool operator==(const Captions &) const = default;
 };
 
-/// For a range of a thermocouple, which stands in that list; the first one is a plain voltage. `asSignal`:
+/// For a range of a thermocouple, a position in that list; the first one is a plain voltage. `asSignal`:
 /// the value is what the sensor gives, not a temperature.
 Captions ThermocoupleCaptions(int range, const QStringList &list, bool asSignal);
 
@@ -57,7 +57,7 @@ struct MeasureDisplay : SideDisplay
 MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ranges);
 
 /// The text for a 14-character value field: "-----" over-range or no reading, " -bo-" burn-out, else sign and
-/// number as they stand.
+/// number as they are.
 QString MeasureValueText(const QString &field);
 
 /// The option indicators for a status. Senses are mixed: "RJON", "IPTS-68" and "CONTACT IN" are lit while

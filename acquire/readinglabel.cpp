@@ -34,7 +34,7 @@ double TextWidth(const QFontMetricsF &metrics, const QString &text)
 }
 
 /// The bar of a minus sign in a cell that begins at `left`. A font's hyphen is too short and too low to be
-/// read from afar, and its minus signs touch where several stand in a row.
+/// read from afar, and its minus signs touch where there are several in a row.
 QRectF MinusBar(const QFontMetricsF &metrics, double left, double baseline)
 {
     const double digit = DigitWidth(metrics);

@@ -21,7 +21,7 @@ namespace px40 {
 
 namespace {
 
-/// So many rows of a late tick are stored at a time; in between the windows live.
+/// How many rows of a late tick are stored at a time; in between the windows can respond.
 constexpr qint32 RowsAtATime = 500;
 
 } // namespace
@@ -61,7 +61,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     co_await RequestSample();
 }
 
-/// Whatever a run trips over ends it like a row that cannot be stored.
+/// An exception ends a run like a row that cannot be stored.
 QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
 {
     QString trouble;
@@ -257,7 +257,7 @@ qint32 Realtime::Interval() const
     return std::max(1, data_->GetIntervalcount());
 }
 
-/// The data window's bar runs towards the last row of the period, as it stands now.
+/// The data window's bar runs towards the last row of the period, as it is set now.
 void Realtime::ShowBar()
 {
     const int rows = data_->GetPeriodnone() ? 0 : RunRows(Interval(), data_->GetPeriodcount());

@@ -25,7 +25,7 @@ class Timer;
 /// row until the period is over or the user stops.
 ///
 /// A second's status is requested when it begins and stored when the next one begins, whose time the row
-/// bears. Rows stand in the order of their seconds, the interval apart; one whose second brought no answer is
+/// bears. Rows are in the order of their seconds, the interval apart; one whose second brought no answer is
 /// a row "ERROR", and an answer that comes late is stored as of the last sampling second before it. The timer
 /// `tmRealtime` only samples the clock. While the port is closed it is opened again, the same assigned
 /// device, each second.
@@ -42,7 +42,7 @@ class Realtime : public QObject
     /// Where rows are forwarded to: to be set before a run that asks for it, which it must outlive.
     void SetForward(RowForward *forward) { forward_ = forward; }
 
-    /// Starts a run into `dataSet`, behind the rows that it holds, and returns after the first request. The
+    /// Starts a run into `dataSet`, after the rows that it holds, and returns after the first request. The
     /// caller has found the link idle and free.
     QCoro::Task<void> StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward);
 

@@ -8,7 +8,7 @@ namespace px40 {
 
 namespace {
 
-/// By so much the two clocks may drift apart between two calls without one having been set.
+/// How far the two clocks may drift apart between two calls without one having been set.
 constexpr qint64 DriftMs = 50;
 
 } // namespace
@@ -30,7 +30,7 @@ qint32 SecondCounter::Count()
     const qint64 second = SecondOf(clock_->UtcMs());
     const qint64 monotonicMs = clock_->MonotonicMs();
     const qint64 passedMs = monotonicMs - monotonicMs_;
-    // However the boundaries lie, no more than one goes beyond the whole seconds that passed.
+    // Wherever the boundaries lie, at most one more second has begun than whole ones have passed.
     const qint64 atMost = (passedMs + DriftMs) / 1000 + 1;
     const qint64 begun = std::clamp<qint64>(second - second_, 0, atMost);
     second_ = second;

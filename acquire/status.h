@@ -38,7 +38,7 @@ class InstrumentState : public QObject
     void statusReceived(); ///< it may be shown
 };
 
-/// What everything works with that talks with the instrument. All of it outlives that.
+/// What everything needs that talks to the instrument, and that outlives it.
 struct InstrumentLink
 {
     LinkState &state;

@@ -59,7 +59,8 @@ QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
             co_return Fail({}, FailureCode::Cancelled);
     }
     if (!reply) {
-        // Another port chosen meanwhile, or behind the box, is no failure: what follows is the new port's.
+        // Another port chosen meanwhile, or while the box is open, is no failure: what follows is the new
+        // port's.
         if (!IsReplaced(connection))
             co_await tell_(NoAnswerMessage());
         if (IsReplaced(connection))

@@ -11,7 +11,7 @@ namespace px40 {
 
 class Timer;
 
-/// The status check runs so often.
+/// How often the status check runs.
 constexpr int StatusCheckIntervalMs = 1000;
 
 /// Asks the instrument for its state, once a second.

@@ -15,7 +15,7 @@ class ProgressView;
 struct LinkCommand;
 
 /// One download of the 50 readings, or the 50 SAVE-mode records, that the instrument keeps in its memory, one
-/// request each, under the progress dialog. It has the link until it goes, so that whoever started it can
+/// request each, under the progress dialog. It has the link until it is destroyed, so that its owner can
 /// tell the user of a failure before anything else is sent.
 class StoredData
 {

@@ -8,7 +8,7 @@ namespace px40 {
 
 // The program's picture, title, version and notices.
 
-/// The window `frmSplash` that stands on the screen while the program starts; shown by the caller.
+/// The window `frmSplash` that is shown while the program starts; shown by the caller.
 std::unique_ptr<QWidget> MakeSplash();
 
 /// Opens the dialog `frmAbout`, which deletes itself when closed.

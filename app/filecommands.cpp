@@ -36,14 +36,6 @@ FileCommands::FileCommands(Services &services, MainViews &views)
 {
 }
 
-Result<> FileCommands::WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set,
-                                 const QString &name) const
-{
-    views_->ShowBusy(true);
-    const auto end = qScopeGuard([this] { views_->ShowBusy(false); });
-    return (set->*work)(name);
-}
-
 std::shared_ptr<DataSet> FileCommands::HolderOf(const QString &name, const DataSet *butFor) const
 {
     const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
@@ -75,7 +67,9 @@ QCoro::Task<void> FileCommands::Open(QStringList names)
             continue;
         // The window comes when there is something to show: a file that cannot be read leaves none.
         const auto dataSet = std::make_shared<DataSet>(services_->shared);
-        const Result<> opened = WhileBusy(&DataSet::OpenFile, dataSet.get(), name);
+        views_->ShowBusy(true);
+        const Result<> opened = dataSet->OpenFile(name);
+        views_->ShowBusy(false);
         if (!opened) {
             services_->state.ErrorMessage = opened.error().text;
             const QString text = Lines({services_->state.ErrorMessage, name});
@@ -150,7 +144,9 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 
 QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name)
 {
-    const Result<> saved = WhileBusy(&DataSet::SaveFile, set.get(), name);
+    views_->ShowBusy(true);
+    const Result<> saved = set->SaveFile(name);
+    views_->ShowBusy(false);
     if (saved) {
         recent_.Add(set->GetFilename());
         Tell(Text(Str::FileSaved).arg(QFileInfo(set->GetFilename()).fileName()));
@@ -162,7 +158,7 @@ QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name
     co_return false;
 }
 
-/// With what is to be told of the work file, which a run's messages leave standing for a while.
+/// Adds what there is to say about the work file, and shows that for a while even in a run.
 void FileCommands::Tell(const QString &text) const
 {
     const QString note = std::exchange(services_->shared.WorkNote, QString());

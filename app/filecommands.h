@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/recentfiles.h"
-#include "platform/result.h"
 
 #include <QCoro/QCoroTask>
 #include <QSet>
@@ -31,7 +30,7 @@ class FileCommands
     /// Asks for a data file and opens it.
     QCoro::Task<void> AskAndOpen();
 
-    /// Opens data files, each in a window of its own, and tells of those that cannot be read. A file that is
+    /// Opens data files, each in a window of its own, and warns of those that cannot be read. A file that is
     /// already open is passed over.
     QCoro::Task<void> Open(QStringList names);
 
@@ -49,7 +48,6 @@ class FileCommands
   private:
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
-    Result<> WhileBusy(Result<> (DataSet::*work)(const QString &), DataSet *set, const QString &name) const;
     std::shared_ptr<DataSet> HolderOf(const QString &name, const DataSet *butFor = nullptr) const;
     void Tell(const QString &text) const;
 

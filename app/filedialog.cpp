@@ -114,7 +114,7 @@ QString FileDialog::WithSuffix(const QString &name) const
 {
     // "run 2.5" has none, though Qt takes ".5" for one.
     static const QRegularExpression realSuffix(QStringLiteral(R"(\.[A-Za-z]\w{0,7}$)"));
-    // Where there are several kinds of files the proposal has none either, whatever dots are in it.
+    // With several kinds of files the proposal has no suffix either, whatever dots are in it.
     const bool proposed = nameFilters().size() > 1 && name == QDir::cleanPath(proposal_);
     if (acceptMode() == AcceptOpen || (!proposed && realSuffix.match(name).hasMatch()))
         return name;

@@ -22,7 +22,7 @@ class FileDialog : public QFileDialog
     /// A name in the dialog's folder, or one with a folder, which is then shown.
     void Propose(const QString &name);
 
-    /// Shows the dialog, unless it still stands there; completed with the absolute name that the user
+    /// Shows the dialog, unless it is still open; completed with the absolute name that the user
     /// chooses, or with an empty one when the dialog is cancelled or destroyed.
     OneShot<QString> Choose();
 
@@ -31,7 +31,7 @@ class FileDialog : public QFileDialog
   private:
     /// In Qt's own dialog: shows that folder instead of taking it for an answer.
     void Enter(const QString &folder);
-    /// Takes from Qt's own dialog what no other dialog here has.
+    /// Takes from Qt's own dialog what the other dialogs here do without.
     void FitIn();
     QString WithSuffix(const QString &name) const;
 

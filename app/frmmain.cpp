@@ -209,7 +209,7 @@ QCoro::Task<std::optional<ForwardChoice>> frmMain::AskForward(std::shared_ptr<Fo
         options.check = &CheckExistingWorkbook;
     auto *const dialog =
         new frmForward(services_->state, services_->prompts, services_->jobs, memory.get(), options, this);
-    const auto choice = std::make_shared<ForwardChoice>(); // the dialog goes before this goes on
+    const auto choice = std::make_shared<ForwardChoice>(); // the dialog is deleted before this goes on
     connect(dialog, &QDialog::finished, dialog, [dialog, choice] { *choice = dialog->Choice(); });
     const bool accepted = co_await Accepted(dialog);
     if (!accepted)
@@ -263,7 +263,7 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);
     if (fromFile) {
         window->TakeShape();
-        workspace_->BringIn(window);
+        workspace_->MoveIntoView(window);
     }
     window->show();
     if (!fromFile &&

@@ -22,14 +22,14 @@ namespace px40 {
 namespace {
 
 constexpr int FadeAfterMs = 2 * StatusCheckIntervalMs + StatusCheckIntervalMs / 4; // a check may be late
-constexpr int FromBottom = 16; // of the SOURCE window's frame: so far above it the value entry opens
+constexpr int FromBottom = 16; // how far above the bottom of the SOURCE window the value entry opens
 
 QString UnitText(const SourceDisplay &display)
 {
     return display.symbol == MeasureDisplay::NoSymbol ? display.unit : Text(Str::UnitCelsius);
 }
 
-/// Wherever the other one goes, also when it is clicked at.
+/// Stays above the other one, even when that is clicked.
 void KeepAbove(QWidget *window, const QWidget *other)
 {
     window->winId(); // a window of the desktop from here on
@@ -58,7 +58,7 @@ Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidg
     connect(&commands.RealtimeRun(), &Realtime::runChanged, this, &Live::OnRunChanged);
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::OnCommandFailed);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::OnCommandRecovered);
-    connect(&services.comm, &Comm::lineReceived, this, &Live::OnLine);
+    connect(&services.comm, &Comm::lineReceived, this, &Live::OnLineReceived);
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
 }
 
@@ -81,7 +81,7 @@ void Live::ShowWindow(LiveWindow *window)
 
 void Live::OpenMoniter()
 {
-    moniterByTrouble_ = false;
+    reopenMoniter_ = false;
     if (moniter_) {
         BringToFront(moniter_);
         return;
@@ -93,7 +93,7 @@ void Live::OpenMoniter()
 
 void Live::OpenSource()
 {
-    sourceByTrouble_ = false;
+    reopenSource_ = false;
     if (source_) {
         BringToFront(source_);
         return;
@@ -101,7 +101,7 @@ void Live::OpenSource()
     source_ = new frmSource(sourceCommands_, services_->ranges, services_->store, window_);
     connect(source_, &LiveWindow::closed, this, [this] {
         source_ = nullptr;
-        ShowSource({}); // nobody tells the value entry any more
+        ShowSource({}); // nothing updates the value entry any more
         if (valueEntry_)
             KeepAbove(valueEntry_, window_);
     });
@@ -117,7 +117,7 @@ void Live::ToggleMoniter()
         moniter_->close();
     else
         OpenMoniter();
-    Q_EMIT windowsChanged(); // a click has turned the check mark, whatever came of it
+    Q_EMIT windowsChanged(); // a click has changed the check mark, whatever came of it
 }
 
 void Live::ToggleSource()
@@ -164,9 +164,9 @@ void Live::PortChosen()
 {
     if (!services_->comm.IsOpen())
         return;
-    if (moniterByTrouble_)
+    if (reopenMoniter_)
         OpenMoniter();
-    if (sourceByTrouble_)
+    if (reopenSource_)
         OpenSource();
 }
 
@@ -201,7 +201,7 @@ void Live::OnPortChanged()
     ShowSource({});
 }
 
-/// A run may find the port again while nobody checks.
+/// A run may have found the port again while no status check ran.
 void Live::OnRunChanged()
 {
     if (services_->state.RealtimeRun || (!moniter_ && !source_))
@@ -218,12 +218,12 @@ QCoro::Task<void> Live::Check()
         SendWaiting();
         co_return;
     }
-    moniterByTrouble_ = moniterByTrouble_ || moniter_;
-    sourceByTrouble_ = sourceByTrouble_ || source_;
+    reopenMoniter_ = reopenMoniter_ || moniter_;
+    reopenSource_ = reopenSource_ || source_;
     CloseWindows();
 }
 
-/// With a slow instrument the next question would follow before the timers of these come round.
+/// At once: with a slow instrument the next question would follow before the timers of these tick.
 void Live::SendWaiting()
 {
     if (services_->leaving)
@@ -238,7 +238,7 @@ void Live::ShowStatus()
     const InstrumentStatus &status = services_->instrument.Status;
     const bool hidden = HidesMeasurement(status.SourceMode);
     if (moniter_ || source_)
-        TakeNews();
+        NoteNewStatus();
     if (moniter_)
         moniter_->Show(ShowMeasure(status, services_->ranges));
     if (moniter_ && faded_) // it is the old one, shown again
@@ -251,9 +251,9 @@ void Live::ShowStatus()
         commands_->AllowReceiving(!hidden);
 }
 
-void Live::TakeNews()
+void Live::NoteNewStatus()
 {
-    if (std::exchange(newest_, services_->instrument.Accepted) == services_->instrument.Accepted)
+    if (std::exchange(shownReply_, services_->instrument.Accepted) == services_->instrument.Accepted)
         return;
     since_ = TimeOfDay(SecondOf(services_->clock.UtcMs()));
     faded_ = false;
@@ -263,10 +263,10 @@ void Live::TakeNews()
 
 /// In a download, or from a slow instrument, something comes though no new status is there yet. Where the
 /// last status came to nothing, the one before it is not kept alive by that.
-void Live::OnLine()
+void Live::OnLineReceived()
 {
     const InstrumentState &instrument = services_->instrument;
-    const bool shown = newest_ == instrument.Accepted && instrument.Known;
+    const bool shown = shownReply_ == instrument.Accepted && instrument.Known;
     if (tmFade_.Enabled() && shown)
         tmFade_.SetEnabled(true);
 }

@@ -33,7 +33,7 @@ class Live : public QObject
 
     bool IsMoniterOpen() const { return !moniter_.isNull(); }
     bool IsSourceOpen() const { return !source_.isNull(); }
-    /// Opens the window, which starts the status check if it stands still, or brings it to the front.
+    /// Opens the window, which starts the status check if it is not running, or brings it to the front.
     void OpenMoniter();
     void OpenSource();
     /// Opens the window, or closes it if it is open; a run or a download holds the MEASURE window.
@@ -53,10 +53,10 @@ class Live : public QObject
     void CloseWindows();
     void OpenValueEntry();
     void ShowSource(const SourceDisplay &display);
-    void TakeNews();
+    void NoteNewStatus();
     void Fade();
     void ShowNotes();
-    void OnLine();
+    void OnLineReceived();
     void OnPortChanged();
     void OnRunChanged();
     void OnCommandFailed(const QString &reason);
@@ -75,11 +75,11 @@ class Live : public QObject
     QPointer<frmMoniter> moniter_;
     QPointer<frmSource> source_;
     QPointer<frmSrcValueSet> valueEntry_;
-    bool moniterByTrouble_ = false; ///< closed, but not by the user
-    bool sourceByTrouble_ = false;
-    Timer tmFade_;      ///< runs out when nothing new has come for a while
-    qint64 newest_ = 0; ///< of the status replies, the one shown last
-    QString since_;     ///< the time of day when it came
+    bool reopenMoniter_ = false; ///< it was closed because the instrument did not answer
+    bool reopenSource_ = false;
+    Timer tmFade_;          ///< runs out when nothing new has come for a while
+    qint64 shownReply_ = 0; ///< the number of the status reply that was shown last
+    QString since_;         ///< the time of day when it came
     bool faded_ = false;
 };
 

@@ -23,7 +23,7 @@ constexpr std::size_t MainMenuCount = 6;
 ///
 /// A menu item and a tool bar button of the same command are two actions, because the rules enable them
 /// apart. A button's object name is its key ("Open", "Mdata", ...). The SAVE-mode download
-/// stands in no menu and on no bar.
+/// is in no menu and on no bar.
 class MainActions : public QObject
 {
     Q_OBJECT

@@ -134,7 +134,7 @@ QCoro::Task<void> MainCommands::SaveActive(bool underNewName)
 
 QCoro::Task<void> MainCommands::Receive(StoredData::Mode mode)
 {
-    // A question stands open, or this waits for the link already; or the windows are held by something else.
+    // A question is open, or this waits for the link already; or something else holds the windows.
     if (receiving_ || !MayClose(services_->state))
         co_return;
     receiving_ = true;

@@ -74,7 +74,7 @@ class MainCommands : public QObject
     Forwarding forwarding_;
     ProgressView *progress_;
     Realtime realtime_;
-    // A question about it stands open, or it waits for the link.
+    // Of each: a question about it is open, or it waits for the link.
     bool receiving_ = false;
     bool forwardingActive_ = false;
     bool starting_ = false;

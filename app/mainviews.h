@@ -35,7 +35,7 @@ class MainViews
 
     /// Shows the forward dialog; nothing when it is cancelled. OK brings `memory` up to date.
     virtual QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) = 0;
-    /// Shows a file in the program that the desktop has for it; false when there is none.
+    /// Shows a file in the program that the desktop has for it; false when it has none.
     virtual bool ShowFile(const QString &name) = 0;
 
     virtual void ShowBusy(bool busy) = 0;

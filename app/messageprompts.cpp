@@ -22,7 +22,7 @@ namespace {
 
 constexpr int NarrowestText = 45; // characters
 
-/// The window before which a box is to stand.
+/// The window in front of which a box is to open.
 QWidget *Foremost()
 {
     for (QWidget *const one : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
@@ -57,7 +57,7 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
     return box;
 }
 
-/// A box that speaks of a field, which then has the focus, must not lie on it.
+/// A box about a field, which then has the focus, must not cover it.
 void KeepClearOfField(QMessageBox *box)
 {
     const QWidget *const window = box->parentWidget();

@@ -37,7 +37,7 @@ class MessagePrompts : public Prompts
     OneShot<int> Open(QMessageBox *box);
     /// The folder in which the next file dialog is to open.
     QString Folder() const;
-    /// Shows a file dialog until a name is chosen that can be used, or none, and ends it.
+    /// Shows a file dialog until a name that can be used is chosen, or it is cancelled.
     QCoro::Task<QString> AskFile(QPointer<FileDialog> dialog);
     OneShot<QString> Choose(FileDialog *dialog);
     /// Whether that file can be opened, or saved under that name, as things stand; asks or tells the user.

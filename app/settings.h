@@ -11,7 +11,7 @@ struct Paths
     QString WorkPath; ///< the work file "WORK.~~~" through which data files are read and written
 };
 
-/// Both files in that folder, with the platform's own separators and none doubled.
+/// Both files in that folder, with the separators of the platform.
 Paths PathsIn(const QString &folder);
 
 /// The folder for them: the program's own if it can be written, else the user's data folder for the
@@ -33,10 +33,10 @@ class Settings
     /// Lines that are missing leave their values as they are.
     void ReadFile();
 
-    /// Writes the port number as it is, and then holds "1" in its place if it is none from 1 to 16.
+    /// Writes the port number as it is, and then holds "1" in its place if it is not one of 1 to 16.
     void WriteSettingsFile();
 
-    /// The port number text as a number; 1 when it is none from 1 to 16.
+    /// The port number text as a number; 1 when it is not one of 1 to 16.
     int PortNumber() const;
 
     QString PortNumberText;

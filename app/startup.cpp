@@ -23,7 +23,7 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
 {
     services->settings.ReadFile();
     SweepWorkbooks(services->store);
-    // The simulated instrument stands on port 1 whatever the settings say.
+    // The simulated instrument is on port 1 whatever the settings say.
     services->comm.SetPortNumber(services->simulated ? PortMap::First : services->settings.PortNumber());
 
     std::unique_ptr<QWidget> frmSplash;

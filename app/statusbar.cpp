@@ -42,7 +42,7 @@ StatusBar::StatusBar(Services &services, QWidget *parent)
 void StatusBar::ShowMessage(const QString &text)
 {
     message_->SetText(text);
-    // So much of it is seen also in a narrow window, beside what is told of a selection.
+    // This much of it can be seen even in a narrow window, beside the summary of a selection.
     const QFontMetrics metrics = message_->fontMetrics();
     message_->setMinimumWidth(
         std::min(metrics.horizontalAdvance(text), MessageWidth * metrics.averageCharWidth()));

@@ -9,8 +9,8 @@ namespace px40 {
 class ElidedLabel;
 struct Services;
 
-/// The status bar of the main window: what is told ("Msg"), beside it what there is to tell of the selected
-/// rows ("Sel"), so that neither takes the other away, and the port ("Port").
+/// The status bar of the main window: messages ("Msg"), beside them the summary of the selected rows ("Sel"),
+/// so that neither takes the other away, and the port ("Port").
 class StatusBar : public QStatusBar
 {
     Q_OBJECT

@@ -19,7 +19,7 @@ class StatusLine : public QObject
     void Warn(const QString &text);
     /// How a run is getting on, each second of it.
     void ShowOfRun(const QString &text);
-    /// What that text told is no longer so: takes it away if it still stands.
+    /// That text is no longer true: takes it away if it is still shown.
     void TakeBack(const QString &text);
 
   Q_SIGNALS:

@@ -30,7 +30,7 @@ void Workspace::Place(QMdiSubWindow *window)
     window->setGeometry(QRect(room.topLeft() + QPoint(offset, offset), wanted));
 }
 
-void Workspace::BringIn(QMdiSubWindow *window)
+void Workspace::MoveIntoView(QMdiSubWindow *window)
 {
     const QSize beside = viewport()->size() - window->size();
     window->move(std::min(window->x(), std::max(0, beside.width())),

@@ -8,7 +8,7 @@ class QPaintEvent;
 
 namespace px40 {
 
-/// The ground on which the data windows lie; while there is none it says how to get one.
+/// The area of the data windows; while there is none it says how to get one.
 class Workspace : public QMdiArea
 {
     Q_OBJECT
@@ -16,13 +16,13 @@ class Workspace : public QMdiArea
   public:
     explicit Workspace(QWidget *parent = nullptr);
 
-    /// Gives a data window that was just added its first place: cascaded behind those that are there, most
+    /// Gives a data window that was just added its first place: cascaded after those that are there, most
     /// of the workspace wide and high, never beyond it, and so large that it shows what it holds if there
     /// is room.
     void Place(QMdiSubWindow *window);
 
     /// Moves a window that brought its own size so that as much of it as possible is seen.
-    void BringIn(QMdiSubWindow *window);
+    void MoveIntoView(QMdiSubWindow *window);
 
     /// Disables all windows for a while, or enables them again. Disabling takes the focus from the active
     /// one, which gets it back.

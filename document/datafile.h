@@ -12,7 +12,7 @@ class QIODevice;
 namespace px40 {
 
 /// Size and state of a data window as the data file keeps them. What is in a file stays as it is until the
-/// user changes the window: also a size that the window cannot have, and a state that is none.
+/// user changes the window: even a size that the window cannot have, and a number that is no state.
 struct WindowShape
 {
     static constexpr int Normal = 0;
@@ -52,13 +52,13 @@ struct DataFileHeader
 /// The file ends with an empty row. In files of kinds 0 and 2 a row without data is no sample.
 struct DataFile
 {
-    /// A line is read up to here; the fields that are asked for must stand in that part of it.
+    /// A line is read up to here; the fields that are needed must lie in that part of it.
     static constexpr std::size_t LongestLine = 65536;
 
     DataFileHeader header;
     RowStore rows;
     Readings readings;
-    int tableRows = 1; ///< rows of the table: the samples, and the empty rows behind them
+    int tableRows = 1; ///< rows of the table: the samples, and the empty rows after them
 };
 
 /// Fails, with one sentence, when the file cannot be read or is no data file. Takes time and memory in

@@ -20,14 +20,14 @@ struct DocumentShared
 {
     int NewCount = 0;           ///< number of the last new data set of this run
     bool MemoryNumbers = false; ///< data sets made now head their second column as a memory number
-    /// The work file through which data files are read and written; no data file. Empty: there is none, and
-    /// they are read and written themselves.
+    /// The work file through which data files are read and written; it is no data file itself. Empty: there
+    /// is none, and they are read and written directly.
     QString WorkPath;
-    QString WorkNote = {};  ///< to be told to the user and cleared: that the work file cannot be written
-    bool WorkNoted = false; ///< once is enough
+    QString WorkNote = {};  ///< for the user, then cleared: that the work file cannot be written
+    bool WorkNoted = false; ///< the user has been told once, which is enough
 };
 
-/// What a failed saving under that name has left, in a sentence.
+/// What a failed attempt to save under that name has left, in a sentence.
 QString NothingSaved(const QString &name);
 
 /// The texts below the table.
@@ -57,7 +57,7 @@ class DataSet : public QObject
     /// the user's file is as it was, and the data set stays unsaved.
     Result<> SaveFile(const QString &name);
 
-    /// Writes the data set to an open device, as it stands in a file.
+    /// Writes the data set to an open device, as a file has it.
     Result<> Write(QIODevice &to) const;
 
     /// Makes room for one more row.

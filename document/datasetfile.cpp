@@ -36,7 +36,7 @@ struct RemoveFile
     }
 };
 
-/// The work file while it is needed; it goes with this.
+/// The work file while it is needed; it is removed with this.
 using WorkFile = std::unique_ptr<QFile, RemoveFile>;
 
 /// `path`: empty for one in the folder for temporary files.

@@ -41,7 +41,7 @@ inline qint32 DurationSeconds(const Duration &duration)
 struct DurationFault
 {
     std::size_t part = 0; ///< the first faulty text, 0-based as in DurationParts
-    bool isZero = false;  ///< each text passes, but they are all 0; the seconds stand for them
+    bool isZero = false;  ///< each text passes, but they are all 0; `part` is the seconds then
 };
 
 /// Valid are whole numbers from 0 to the limits that are not all 0: their texts are written again with two

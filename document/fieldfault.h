@@ -6,7 +6,7 @@
 
 namespace px40 {
 
-/// Why what stands in a dialog was not taken.
+/// What is wrong with the contents of a dialog.
 struct FieldFault
 {
     std::size_t

@@ -50,7 +50,7 @@ constexpr int FirstCaptionWidth = 9;
 constexpr int CaptionWidth = 5;
 constexpr int RoomyWidth = 120; // shows the longest text of a panel
 constexpr int RoomyRows = 8;
-constexpr int RoomyGraphRows = 9; // as high as so many rows
+constexpr int RoomyGraphRows = 9; // the height of the graph, in rows of the table
 
 constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::Label, 0, "Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
@@ -101,8 +101,8 @@ frmData::~frmData()
     fgData_->setModel(nullptr);
 }
 
-/// A mark behind the caption tells of unsaved rows. A caption that holds the text for the mark's place is
-/// shown as it is: with nothing that is seen in between, that is no such place to any title bar.
+/// An asterisk after the caption marks unsaved rows; Qt puts it in the place of "[*]". A caption that holds
+/// that text is shown as it is: an invisible character in between keeps Qt from taking it for the place.
 void frmData::ShowTitle()
 {
     const QString place = QStringLiteral("[*]");
@@ -306,7 +306,7 @@ QCoro::Task<void> frmData::AskAndClose(QPointer<frmData> window)
     if (!window)
         co_return;
     window->asking_ = false;
-    // A run may have begun behind the question, and its rows are not what was asked about.
+    // A run may have begun while the question was open, and its rows are not what was asked about.
     if (!mayGo || !MayClose(*window->services_.state))
         co_return;
     window->data_->MarkSaved();

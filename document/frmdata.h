@@ -96,7 +96,7 @@ class frmData : public QMdiSubWindow
     std::array<ElidedLabel *, PanelCount> panels_{}; ///< in the order of `Panel`
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
     QString selectionText_;
-    int followed_ = 0;     ///< the sample to be shown in this turn; 0: none
+    int followed_ = 0;     ///< the sample to be shown in this turn of the event loop; 0: none
     bool summing_ = false; ///< the selection will be summed up in this turn
     bool asking_ = false;
     bool arranged_ = false; ///< in this turn the workspace changes states by itself

@@ -132,7 +132,7 @@ bool frmSetting::Apply()
     for (std::size_t i = 0; i < fields_.size(); ++i)
         form.texts[i] = fields_[i]->text();
     const auto stored = StoreGraphForm(&form, dataSet_.get());
-    Load(form); // what passed stands there in its plain form
+    Load(form); // what passed is shown in its plain form
     if (!stored)
         Refuse(fields_.at(stored.error().field), stored.error().complaint);
     return stored.has_value();

@@ -10,8 +10,8 @@ class QLabel;
 
 namespace px40 {
 
-/// "Graph setup": the data range and both axes of one data set's graph. OK and Apply tell of the first faulty
-/// field and change nothing then. Typing in a field makes its axis a custom one.
+/// "Graph setup": the data range and both axes of one data set's graph. OK and Apply complain of the first
+/// faulty field and change nothing then. Typing in a field makes its axis a custom one.
 class frmSetting : public FormDialog
 {
     Q_OBJECT

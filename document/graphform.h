@@ -21,7 +21,7 @@ enum class GraphField {
 };
 constexpr std::size_t GraphFieldCount = 7;
 
-/// What stands in the Graph setup dialog: texts as the user typed them, checked or not.
+/// What is in the Graph setup dialog: texts as the user typed them, checked or not.
 struct GraphForm
 {
     bool xAuto = true; ///< the fields End, Tick and Label do not count
@@ -33,9 +33,9 @@ struct GraphForm
 GraphForm LoadGraphForm(const DataSet &dataSet);
 
 /// Gives the form's settings to the data set and shows the first sample again; an automatic X axis shows all
-/// samples as soon as there are more than 2. Or tells of the first faulty field of the axes that are not
-/// automatic, and changes nothing. Each field that passes is rewritten in its plain form, also when a later
-/// one is faulty. A maximum that is not above the minimum counts as a fault of the minimum.
+/// samples as soon as there are more than 2. Fails with the first faulty field of the axes that are not
+/// automatic, and then changes nothing. Each field that passes is rewritten in its plain form, also when a
+/// later one is faulty. A maximum that is not above the minimum counts as a fault of the minimum.
 Result<void, FieldFault> StoreGraphForm(GraphForm *form, DataSet *dataSet);
 
 } // namespace px40

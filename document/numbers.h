@@ -10,10 +10,10 @@ namespace px40 {
 // Numbers as users type them and as data files hold them: with "." as decimal point whatever the user's
 // language and without separators of thousands, blanks around them allowed.
 
-/// A whole number from -32768 to 32767. Nothing when the text is none; "20.0" is 20, "2.5" is none.
+/// A whole number from -32768 to 32767, or nothing: "20.0" is 20, "2.5" is not whole.
 std::optional<int> WholeNumber(QStringView text);
 
-/// A finite number of single precision. Nothing when the text is none.
+/// A finite number of single precision, or nothing.
 std::optional<float> SingleNumber(QStringView text);
 
 /// "True" and "False" in any case, or a number, of which zero alone is false. Nothing for any other text.

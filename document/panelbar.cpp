@@ -50,7 +50,7 @@ void PanelBar::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
     if (event->type() != QEvent::EnabledChange)
         return;
-    // The pale role of a caption knows no disabled shade and would stand out before its value.
+    // The pale role of a caption has no disabled shade and would stand out beside its value.
     for (QLabel *const caption : std::as_const(captions_))
         caption->setForegroundRole(isEnabled() ? QPalette::PlaceholderText : QPalette::WindowText);
 }

@@ -11,7 +11,7 @@ namespace px40 {
 
 class ElidedLabel;
 
-/// A line of keyed text panels, each with its caption in front, as it stands below a data set.
+/// A line of keyed text panels, each with its caption in front, for below a data set.
 class PanelBar : public QWidget
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ class PanelBar : public QWidget
 
     /// Adds a panel and returns the label for its text. `width` in average characters gives the panel a fixed
     /// room, so that the panels of bars above each other align; 0 lets it take what is left. `captionWidth`
-    /// does the same for the least room of the caption, so that the texts behind the captions align.
+    /// does the same for the least room of the caption, so that the texts after the captions align.
     ElidedLabel *AddPanel(const QString &key, const QString &caption, int captionWidth, int width);
 
   protected:

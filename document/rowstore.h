@@ -48,13 +48,13 @@ class RowStore
 
     std::shared_ptr<std::pmr::monotonic_buffer_resource> bytes_ = // readers have it too
         std::make_shared<std::pmr::monotonic_buffer_resource>(FirstBytes);
-    /// The five texts, each with a byte behind it that UTF-8 does not know.
+    /// The five texts, each followed by a byte that UTF-8 does not use.
     std::deque<const char *> rows_;
     std::string record_; ///< the row that is being appended
 };
 
-/// The rows of a store as they stand at one moment, one after the other. Another thread may read them while
-/// the store grows or goes.
+/// The rows of a store as they are at one moment, one after the other. Another thread may read them while
+/// the store grows or is destroyed.
 class RowReader
 {
   public:
@@ -66,7 +66,8 @@ class RowReader
     /// Back to the first row.
     void Rewind() { next_ = 0; }
 
-    /// The next row, the first one at the first call; valid as long as this. Not called behind the last row.
+    /// The next row, the first one at the first call; valid as long as this. Not to be called after the last
+    /// row.
     RowStore::Bytes Next();
 
   private:

@@ -11,8 +11,8 @@
 namespace px40 {
 
 /// A reading counts unless it is one of the texts that stand for no value: "ERROR", "+OL", "-OL", "-----",
-/// " -bo-" (with its leading blank) or empty. Case matters. Texts are Latin-1, as they come from the
-/// instrument and stand in files.
+/// " -bo-" (with its leading blank) or empty. Case matters. Texts are Latin-1, as the
+/// instrument sends them and files hold them.
 bool IsValidReading(std::string_view data);
 inline bool IsValidReading(const QString &data)
 {
@@ -34,7 +34,7 @@ struct Statistics
     float maxValue = 0;
     float minValue = 0;
     double sum = 0;
-    double mean = 0;    ///< of the readings so far, as the deviation takes it
+    double mean = 0;    ///< of the readings so far, as the deviation needs it
     double squares = 0; ///< sum of the squared differences from the mean
     qint32 validCount = 0;
 

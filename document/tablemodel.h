@@ -13,7 +13,7 @@ namespace px40 {
 /// The table of a data set, which is also its store: six columns, of which the first is the sample number
 /// and the others are texts kept exactly as given.
 ///
-/// The table has at least one row, and may have rows behind the last sample that show only their number.
+/// The table has at least one row, and may have rows after the last sample that show only their number.
 class TableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ class TableModel : public QAbstractTableModel
     /// Heading of a column, 0 to 5.
     QString Heading(int column) const { return headings_.at(column); }
 
-    /// Text of a cell; `sample` is 1-based, `column` 0 to 5. Empty behind the last sample, but for the
+    /// Text of a cell; `sample` is 1-based, `column` 0 to 5. Empty after the last sample, but for the
     /// number.
     QString Cell(qint32 sample, int column) const;
 

@@ -51,7 +51,7 @@ QSize Chart::minimumSizeHint() const
 void Chart::MarkDirty()
 {
     dirty_ = true;
-    update(); // many of these are one paint event, and none while hidden
+    update(); // many of these make one paint event, and none while it is hidden
 }
 
 void Chart::Refresh()
@@ -107,7 +107,7 @@ void Chart::DrawHover(QPainter &painter) const
     painter.drawEllipse(QPointF(x, y), HoverRadius, HoverRadius);
 }
 
-/// What the mouse is being drawn over, to be zoomed to.
+/// What the mouse is being dragged over, to be zoomed to.
 void Chart::DrawBand(QPainter &painter) const
 {
     if (!IsDragged())
@@ -136,7 +136,7 @@ void Chart::Hover()
     hovered_ = sample.value_or(0);
     update();
     if (hovered_ > 0)
-        QToolTip::showText(mapToGlobal(*pointer_), AsToolTip(Model()->Texts().told(hovered_)), this);
+        QToolTip::showText(mapToGlobal(*pointer_), AsToolTip(Model()->Texts().toolTip(hovered_)), this);
     else
         QToolTip::hideText();
 }

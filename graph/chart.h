@@ -27,13 +27,13 @@ class Chart : public GraphPlot
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
-    /// Shows the samples behind so many: by the model's scroll, or of the zoom while there is one.
-    void ShowBehind(qint64 samples);
-    /// The furthest that it can be moved by that.
+    /// Skips that many samples: by the model's scroll, or in the zoom while there is one.
+    void ScrollTo(qint64 skipped);
+    /// The most that can be skipped.
     qint32 Furthest() const;
 
   Q_SIGNALS:
-    /// Zoomed, or moved while zoomed; the model tells of all other moves.
+    /// Zoomed, or moved while zoomed; the model signals all other moves.
     void windowChanged();
     /// The user wishes the graph on the clipboard, or in a file.
     void copyRequested();
@@ -68,7 +68,7 @@ class Chart : public GraphPlot
     QPixmap picture_;
     GraphStyle look_;
     std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere
-    qint32 hovered_ = 0;            ///< sample that is told about; 0: none
+    qint32 hovered_ = 0;            ///< the sample that the tool tip is about; 0: none
     int wheel_ = 0;                 ///< what has been turned towards the next notch, in eighths of a degree
     struct Drag
     {

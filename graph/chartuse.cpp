@@ -16,16 +16,16 @@
 
 namespace px40 {
 
-void Chart::ShowBehind(qint64 samples)
+void Chart::ScrollTo(qint64 skipped)
 {
     if (!Model())
         return;
     if (IsZoomed()) {
         SampleWindow window = Window();
-        window.MoveTo(samples, Samples());
+        window.MoveTo(skipped, Samples());
         Zoom(window);
     } else {
-        Model()->ScrollTo(static_cast<int>(std::clamp<qint64>(samples, 0, Model()->Scroll().maximum)));
+        Model()->ScrollTo(static_cast<int>(std::clamp<qint64>(skipped, 0, Model()->Scroll().maximum)));
     }
 }
 
@@ -36,9 +36,9 @@ qint32 Chart::Furthest() const
 
 void Chart::Move(qint64 samples)
 {
-    const qint64 to = std::clamp<qint64>(Window().behind + samples, 0, Furthest());
-    if (to != Window().behind)
-        ShowBehind(to);
+    const qint64 to = std::clamp<qint64>(Window().skipped + samples, 0, Furthest());
+    if (to != Window().skipped)
+        ScrollTo(to);
 }
 
 void Chart::Zoom(const std::optional<SampleWindow> &window)

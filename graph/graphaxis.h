@@ -18,7 +18,7 @@ namespace px40 {
 
 enum class AxisFormat {
     Plain,    ///< one to four decimals: 0.0, 12.3456
-    Exponent, ///< the same with a power of ten behind it: 1.0E-3
+    Exponent, ///< the same with a power of ten: 1.0E-3
 };
 
 /// Rounds half away from zero, as the number reads with fifteen digits. It must be finite.
@@ -50,8 +50,8 @@ ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, doubl
 
 ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight);
 
-/// Where the categories of a graph stand: `count` of them share `room`, of which those up to `last` have a
-/// sample. Labels may reach out of it by so much.
+/// Where the categories of a graph lie: `count` of them share `room`, and those up to `last` have a sample.
+/// Labels may reach beyond it by `reachLeft` and `reachRight`.
 struct CategoryPlace
 {
     qint32 first = 1;
@@ -71,7 +71,7 @@ struct CategoryPlace
     std::optional<qint32> Nearest(double x) const;
 };
 
-/// The first and the last of so many samples that lies between two places among them, be it in part; nothing
+/// The first and the last of `samples` that lie between two places among them, even if only in part; nothing
 /// when none does.
 std::optional<std::pair<qint32, qint32>> SamplesBetween(double a, double b, qint32 samples);
 

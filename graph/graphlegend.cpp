@@ -15,7 +15,7 @@ namespace {
 
 constexpr double LineLength = 1.8; // of the piece of a line, in lines of text
 constexpr double NameGap = 6;      // between that and the name
-constexpr double Faint = 0.65;     // how much of the ground is in what stands for something hidden
+constexpr double Faint = 0.65;     // how much of the background is mixed into the entry of a hidden line
 
 } // namespace
 

@@ -13,9 +13,9 @@ namespace px40 {
 /// What samples are called; asked for what is in view alone.
 struct GraphTexts
 {
-    std::function<QString(qint32 sample)> label; ///< at the horizontal axis
-    std::function<QString(qint32 sample)> told;  ///< beside the pointer, in several lines
-    std::function<QString()> valueName;          ///< of the vertical axis; empty: it has none
+    std::function<QString(qint32 sample)> label;   ///< at the horizontal axis
+    std::function<QString(qint32 sample)> toolTip; ///< beside the pointer, in several lines
+    std::function<QString()> valueName;            ///< of the vertical axis; empty: it has none
 };
 
 /// What a graph shows: points of samples, which are the categories of its horizontal axis, and the part of
@@ -37,9 +37,9 @@ class GraphModel : public QObject
     void SetSettings(const GraphSettings &settings);
 
     const GraphScroll &Scroll() const { return scroll_; }
-    /// Shows the samples behind `value`, from 0 to the scroll's maximum.
+    /// Skips the first `value` samples, from 0 to the scroll's maximum.
     void ScrollTo(int value);
-    /// Back to the first of so many samples.
+    /// Back to the first of `samples`.
     void ScrollToTop(int samples);
     /// One more sample came in: a full graph follows it. The caller emits `changed`.
     void Follow(int samples);

@@ -17,7 +17,7 @@ GraphPane::GraphPane(GraphModel *model, QWidget *parent)
     column->addWidget(chData_, 1);
     column->addWidget(sbData_);
     sbData_->setObjectName(QStringLiteral("sbData"));
-    connect(sbData_, &QScrollBar::valueChanged, chData_, &Chart::ShowBehind);
+    connect(sbData_, &QScrollBar::valueChanged, chData_, &Chart::ScrollTo);
     connect(model, &GraphModel::changed, this, &GraphPane::Follow);
     connect(chData_, &Chart::windowChanged, this, &GraphPane::Follow);
     Follow();
@@ -31,7 +31,7 @@ void GraphPane::Follow()
     const SampleWindow window = chData_->Window();
     sbData_->setPageStep(window.count);
     sbData_->setRange(0, chData_->Furthest());
-    sbData_->setValue(window.behind);
+    sbData_->setValue(window.skipped);
     sbData_->setEnabled(chData_->Furthest() > 0);
 }
 

@@ -114,7 +114,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     place_ = {};
     if (model_) {
         const SampleWindow window = Window();
-        place_.first = window.behind + 1;
+        place_.first = window.skipped + 1;
         place_.count = window.count;
         place_.last =
             static_cast<qint32>(std::min<qint64>(qint64(place_.first) + place_.count - 1, Samples()));

@@ -18,10 +18,10 @@ namespace px40 {
 /// The picture of a graph: readings, running maximum and minimum of the samples in view, axes and a line that
 /// says what is what. It draws only on request, onto any painter; `Chart` is its life on the screen.
 ///
-/// A sample stands at its own number on the horizontal axis. What is zoomed to and what is hidden belongs to
+/// The horizontal axis has each sample at its own number. What is zoomed to and what is hidden belongs to
 /// the picture alone: the model knows nothing of it.
 ///
-/// Where it goes round QCustomPlot: that draws into buffers of its own whenever anything changes, so its
+/// Where it does without QCustomPlot: that draws into buffers of its own whenever anything changes, so its
 /// protected `draw` is called instead, once for each paint event. Its tickers know no labels that are chosen
 /// by their width, and its legend takes room beside the lines, is not level with the caption and cannot show
 /// what is hidden.

@@ -22,7 +22,7 @@ struct GraphSettings
     bool operator==(const GraphSettings &) const = default;
 };
 
-/// Which samples the graph shows: as many as the settings say behind `value` (0 shows the first ones).
+/// Which samples the graph shows: as many as the settings say, after the first `value` ones.
 struct GraphScroll
 {
     int maximum = 0;

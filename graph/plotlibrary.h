@@ -1,6 +1,7 @@
 #pragma once
 
-// QCustomPlot's header uses keywords of Qt that the rest of the program goes without. Include it by this one.
+// QCustomPlot's header uses keywords of Qt that the rest of the program does without: include this one
+// instead.
 
 #define signals Q_SIGNALS
 #define slots Q_SLOTS

@@ -19,14 +19,14 @@ qint32 SampleWindow::Furthest(qint32 samples) const
 
 void SampleWindow::MoveTo(qint64 to, qint32 samples)
 {
-    behind = static_cast<qint32>(std::clamp<qint64>(to, 0, Furthest(samples)));
+    skipped = static_cast<qint32>(std::clamp<qint64>(to, 0, Furthest(samples)));
 }
 
 SampleWindow SampleWindow::Resized(qint64 to, qint32 samples) const
 {
     SampleWindow window;
     window.count = static_cast<int>(std::max<qint64>(Fewest, to));
-    window.MoveTo(behind + (count - window.count) / 2, samples);
+    window.MoveTo(skipped + (count - window.count) / 2, samples);
     return window;
 }
 

@@ -17,7 +17,7 @@ Q_LOGGING_CATEGORY(lcLink, "px40.link", QtWarningMsg)
 // In time-outs. A stalled instrument answers all that it was asked as soon as it goes on; beyond this it was
 // off, and what it was asked is lost.
 constexpr int OldestReply = 60;
-// So long the acknowledgement of an older command keeps one back that changes the instrument.
+// How long a command that changes the instrument waits for the acknowledgement of an older one.
 constexpr int OldestAcknowledgement = 2;
 
 QString OpenErrorText(const PortOpenResult &result, int number, bool known)

@@ -58,7 +58,7 @@ class Comm : public QObject
 
     /// One exchange: the reply, without line end. It fails after the command's attempts, with `NoAnswer`; at
     /// once when the port is closed; and as `Cancelled` when the download under way was. The command is
-    /// written before a cancel is looked for, so each goes out once whatever was cancelled.
+    /// written before a cancel is looked for, so that each goes out once, cancelled or not.
     ///
     /// Replies carry no number, so one that comes after its attempt was given up could pass for the answer to
     /// a later command. It never does (`PendingReplies`): it is dropped, and a question that it could have

@@ -18,17 +18,17 @@ enum class ReplyForm {
 };
 
 /// What goes out to the instrument, and what is expected of it. The functions below make every command that
-/// the program sends; their characters stand nowhere else.
+/// the program sends; nothing else knows their characters.
 struct LinkCommand
 {
     QString text;     ///< without line end
-    int attempts = 3; ///< so often it is sent while nobody answers
+    int attempts = 3; ///< how often it is sent as long as nobody answers
     ReplyForm reply = ReplyForm::Acknowledgement;
     bool changes = true; ///< it does more than ask, or prepare for a question: it must not go out again for a
                          ///< reply that was meant for another one
 };
 
-/// They precede the questions for readings, for the sake of the instrument.
+/// The instrument expects these two before it is asked for readings.
 std::array<LinkCommand, 2> Preparations();
 
 /// What the instrument measures and sources at this moment, with the preparations; the reply to the last one
@@ -48,7 +48,7 @@ LinkCommand EndRealtime();
 
 LinkCommand SetMeasuring(bool on);
 
-/// What can be set of the source. Behind it goes an argument.
+/// What can be set of the source. The comments say what its argument is.
 enum class SourceSetting {
     Output,      ///< "0" off, "1" on
     StepUp,      ///< a digit, "1" to "5", "1" the leftmost

@@ -17,7 +17,7 @@ constexpr int ShortLength = 44;
 
 using Flags = std::array<bool, 8>;
 
-/// Where a member of the status stands.
+/// Where a member of the status is found.
 struct Column
 {
     enum Rule {

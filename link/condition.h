@@ -10,8 +10,8 @@
 
 namespace px40 {
 
-/// What the instrument measures and sources at a moment. Which columns of the reply the members stand in says
-/// one table, in condition.cpp.
+/// What the instrument measures and sources at a moment. One table, in condition.cpp, says in which columns
+/// of the reply the members are.
 struct InstrumentStatus
 {
     int MeasureOn = 0; ///< not 0 while the instrument measures
@@ -41,8 +41,8 @@ inline bool HidesMeasurement(int sourceMode)
 /// What a reply to `AskCondition` says.
 struct DecodedCondition
 {
-    std::optional<InstrumentStatus> status; ///< nothing when the reply is too short, or a letter stands where
-                                            ///< a digit belongs
+    std::optional<InstrumentStatus> status; ///< nothing when the reply is too short, or has a letter where a
+                                            ///< digit belongs
     ReadingTexts sample; ///< what a row of real-time data keeps of it, noise included; while measuring is off
                          ///< the measured side is empty
 };

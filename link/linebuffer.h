@@ -16,7 +16,8 @@ class LineBuffer
     static constexpr int MaxLength = 4096;
 
     /// A command is about to be written. What has come of a line by now is the beginning of a slow reply, or
-    /// the rest of one that broke off, with another one behind it: that shows when the line is whole.
+    /// the rest of one that broke off, followed by another one: which of them shows when the line is
+    /// complete.
     void BeginAttempt() { before_ = line_.size(); }
 
     /// The lines that these bytes end.

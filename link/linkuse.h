@@ -52,7 +52,7 @@ class LinkUse
         Shared, ///< others may have the link for an exchange of theirs
     };
 
-    /// `gate` must outlive the use, and nobody have the link alone.
+    /// `gate` must outlive the use. Nobody may have the link alone at this moment.
     LinkUse(LinkGate &gate, LinkActivityCode activity, Sharing sharing = Sharing::Alone);
     ~LinkUse();
     LinkUse(const LinkUse &) = delete;

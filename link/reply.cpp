@@ -8,7 +8,7 @@ namespace {
 
 constexpr int NumberWidth = 6;
 
-// Where the two values stand in a stored reading.
+// Where the two values begin in a stored reading.
 constexpr int MeasureColumn = 1;
 constexpr int SourceColumn = 16;
 

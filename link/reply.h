@@ -17,7 +17,7 @@ QString NoValueText();
 QString BurnOutText();
 QString NoReplyText();
 
-/// A value as it stands in replies, in 14 columns. Parts that are missing are short or empty.
+/// A value as replies have it, in 14 columns. Parts that are missing are short or empty.
 struct ValueField
 {
     static constexpr int Width = 14;
@@ -56,7 +56,7 @@ QString FormatReplyNumber(const ValueField &value);
 /// "m" or "k" for the exponent, else empty.
 QString PrefixText(const ValueField &value);
 
-/// The unit for a code; codes that need no translation come out as they stand.
+/// The unit for a code; codes that need no translation stay as they are.
 QString UnitText(const QString &code);
 
 } // namespace px40

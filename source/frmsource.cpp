@@ -166,7 +166,7 @@ void frmSource::Show(const SourceDisplay &display)
 }
 
 /// A control that is disabled hands the focus on to whichever is next, where the next key would step a digit.
-/// It goes where keys do no harm, and comes back.
+/// The focus goes where keys do no harm, and comes back.
 void frmSource::KeepFocusSafe(QWidget *focused)
 {
     if (focused && !focused->isEnabled()) {

@@ -29,7 +29,7 @@ class frmSource : public LiveWindow
     Q_OBJECT
 
   public:
-    /// Its lists are filled and stand at their first entries, which counts as chosen by the user. `commands`
+    /// Its lists are filled and show their first entries, which counts as chosen by the user. `commands`
     /// and `store` must outlive it.
     frmSource(SourceCommands &commands, const RangeLists &ranges, UserStore &store,
               QWidget *parent = nullptr);

@@ -141,18 +141,13 @@ void SourceCommands::SendNow()
 
 QCoro::Task<void> SourceCommands::Send(LinkCommand command, bool asked)
 {
-    const Result<> obeyed = co_await Exchange(command);
-    if (asked)
-        Report(obeyed ? QString() : obeyed.error().text);
-}
-
-QCoro::Task<Result<>> SourceCommands::Exchange(LinkCommand command)
-{
     const LinkUse use(link_.gate, ActivitySourceCommand);
     const Result<QString> reply = co_await link_.comm.SendCommand(command);
     if (!armed_) // what was asked for during the exchange is sent next
         tmSrcInter.SetInterval(0);
-    co_return Obeyed(command, reply);
+    const Result<> obeyed = Obeyed(command, reply);
+    if (asked)
+        Report(obeyed ? QString() : obeyed.error().text);
 }
 
 void SourceCommands::Report(const QString &reason)

@@ -40,8 +40,7 @@ class SourceCommands : public QObject
     /// Position `position` (0-based) of one of the lists Tc to PulseSet was chosen.
     void Select(SourceControl list, int position);
 
-    /// The lists have just been filled: each of them now stands at its first position, which counts as
-    /// chosen.
+    /// The lists have just been filled: each of them is now at its first position, which counts as chosen.
     void LoadLists();
 
     /// Any text is a value; it is the instrument that refuses it. Line breaks are taken out. False, and
@@ -70,20 +69,19 @@ class SourceCommands : public QObject
     void Store(LinkCommand command);
     void Arm();
     QCoro::Task<void> Send(LinkCommand command, bool asked);
-    QCoro::Task<Result<>> Exchange(LinkCommand command);
     void Report(const QString &reason);
 
     InstrumentLink link_;
     LinkCommand pending_;  ///< asked for last, sent or not; without text before the first one
-    QString reason_;       ///< what was told of the last command that was not obeyed
-    QString replaced_;     ///< told of one that was never sent, as long as nothing came of the next one
+    QString reason_;       ///< what the user was told about the last command that was not obeyed
+    QString replaced_;     ///< the same about one that was never sent, until the next one is done
     bool loading_ = false; ///< what comes now was not asked for by the user
     bool asked_ = false;   ///< the pending command was: the user is told what came of it
     bool armed_ = false;   ///< since the last command went out
 };
 
 /// The text as the number format "00" gives it: a number is rounded to a whole one, a half away from zero,
-/// and filled up to two digits behind its sign ("7" gives "07", "1.5" "02", "-3" "-03", "123" "123"). A text
+/// and filled up to two digits after its sign ("7" gives "07", "1.5" "02", "-3" "-03", "123" "123"). A text
 /// that is no plain decimal number comes out as it is, an empty one empty.
 QString TwoDigits(const QString &text);
 

@@ -61,8 +61,8 @@ QString SignText(const QString &sign)
     return sign == u" " || sign == u"+" ? QString() : sign;
 }
 
-/// Sign, digits and point of a value that is one. Whatever else came over the line is shown as it stands, so
-/// that noise does not pass for a number.
+/// Sign, digits and point of a number. Anything else that came over the line is shown as it is, so that noise
+/// does not pass for a number.
 void ShowNumber(const QString &value, SourceDisplay *display)
 {
     QString &first = display->digits[0];

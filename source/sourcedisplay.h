@@ -21,7 +21,7 @@ struct SourceDisplay : SideDisplay
     static constexpr int KeepPosition = -1;
 
     std::array<QString, 6> digits; ///< 0 the sign, with a leading point or a sixth digit; 1 to 5 the digits
-    std::array<bool, 4> points{};  ///< k is lit: the decimal point stands behind digit k + 1
+    std::array<bool, 4> points{};  ///< k is lit: the decimal point is after digit k + 1
 
     /// The 0-based position that each list takes; `KeepPosition` where the instrument says nothing about it.
     std::array<int, Lists> positions{KeepPosition, KeepPosition, KeepPosition, KeepPosition, KeepPosition};

@@ -13,17 +13,32 @@
 
 namespace px40 {
 
-/// A decimal point.
-class PointMark : public QLabel
+/// Draws a shape in place of a text.
+class ShapeLabel : public QLabel
 {
   public:
     using QLabel::QLabel;
 
   protected:
+    virtual void Draw(QPainter &painter) const = 0;
+
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
+        Draw(painter);
+    }
+};
+
+/// A decimal point.
+class PointMark : public ShapeLabel
+{
+  public:
+    using ShapeLabel::ShapeLabel;
+
+  protected:
+    void Draw(QPainter &painter) const override
+    {
         painter.setPen(Qt::NoPen);
         painter.setBrush(palette().color(foregroundRole()));
         painter.drawEllipse(rect());
@@ -33,16 +48,14 @@ class PointMark : public QLabel
 namespace {
 
 /// The frame of the reading.
-class ReadingFrame : public QLabel
+class ReadingFrame : public ShapeLabel
 {
   public:
-    using QLabel::QLabel;
+    using ShapeLabel::ShapeLabel;
 
   protected:
-    void paintEvent(QPaintEvent *) override
+    void Draw(QPainter &painter) const override
     {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
         QColor line = palette().color(QPalette::Text);
         line.setAlphaF(0.25F);
         painter.setPen(line);

@@ -6,7 +6,7 @@
 
 namespace px40 {
 
-/// Each control of the SOURCE window that sends a command. The lists stand together, in the window's order.
+/// Each control of the SOURCE window that sends a command. The lists are last, in the window's order.
 enum class SourceControl { OnOff, Up, Down, Nm, NmSet, Tc, Rtd, Temp, Pulse, PulseSet };
 
 /// The lists by themselves: list 0 is Tc, list 4 PulseSet.

@@ -48,7 +48,7 @@ class ChartTest : public QObject
 
     void WindowsOfSamplesStayWithin()
     {
-        const auto shown = [](const SampleWindow &window) { return std::pair(window.behind, window.count); };
+        const auto shown = [](const SampleWindow &window) { return std::pair(window.skipped, window.count); };
         using Pair = std::pair<qint32, int>;
         QCOMPARE(shown(SampleWindow::Of(3, 7, 100)), Pair(2, 5));
         QCOMPARE(shown(SampleWindow::Of(100, 100, 100)), Pair(98, 2)); // two at least
@@ -102,7 +102,7 @@ class ChartTest : public QObject
         QCOMPARE(rig.set.Graph().Scroll().value, 51);
         QTest::keyClick(chart, Qt::Key_PageDown);
         QTest::keyClick(chart, Qt::Key_Left);
-        QCOMPARE(chart->Window().behind, 28);
+        QCOMPARE(chart->Window().skipped, 28);
         bar->setValue(5);
         QCOMPARE(chart->Window(), (SampleWindow{5, 20}));
         QCOMPARE(rig.set.Graph().Scroll().value, 51);

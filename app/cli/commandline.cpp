@@ -117,7 +117,7 @@ Result<> TakePort(const QCommandLineParser &parser, CommandLine *line)
     return {};
 }
 
-/// What the toolkit takes from the command line for itself, such as -platform or -style.
+/// Without the options that Qt itself takes, such as -platform or -style.
 QStringList WithoutToolkitOptions(const QStringList &arguments)
 {
     static const QStringList WithValue = {

@@ -4,7 +4,6 @@
 #include "document/dataset.h"
 #include "platform/jobs.h"
 #include "platform/terminal.h"
-#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QCoreApplication>
@@ -25,12 +24,6 @@ QCoro::Task<void> KeepAndQuit(QCoro::Task<Result<>> task, Result<> *result)
 }
 
 } // namespace
-
-QCoro::Task<void> DecliningPrompts::Warn(QString text)
-{
-    told = text;
-    co_await NextEventLoopTurn();
-}
 
 void ProgressLine::RenProgress(bool throttle, int current, int total)
 {

@@ -14,11 +14,11 @@ class Jobs;
 
 // What a job without any window, and without a user before it, has in place of windows.
 
-/// Declines every question and keeps what it would have told.
+/// Nobody is there: declines every question.
 class DecliningPrompts : public Prompts
 {
   public:
-    QCoro::Task<void> Warn(QString text) override;
+    QCoro::Task<void> Warn(QString) override { co_return; }
     QCoro::Task<Answer> AskYesNoCancel(QString, PromptIcon) override { co_return Answer::Cancel; }
     QCoro::Task<int> AskOneOf(QString, QStringList choices) override
     {
@@ -27,8 +27,6 @@ class DecliningPrompts : public Prompts
     QCoro::Task<QString> AskOpenFile(QString, QString) override { co_return QString(); }
     QCoro::Task<QString> AskSaveFile(QString, QString) override { co_return QString(); }
     void DismissAll() override {}
-
-    QString told; ///< the last text
 };
 
 /// One line on the terminal that counts up.
@@ -57,7 +55,7 @@ enum ExitCode : int {
 /// In place of the name of a file to be written: the standard output.
 inline constexpr QStringView ToOutput = u"-";
 
-/// Nothing but the one sentence is to stand on the error stream, unless somebody asks for more.
+/// Only the one sentence is to appear on the error stream, unless somebody asks for more.
 void KeepLogsQuiet();
 
 /// What is wrong with a file or folder, and which one.

@@ -9,8 +9,8 @@ namespace px40 {
 struct CommandLine;
 struct Services;
 
-/// Puts behind the ports what the command line says, the simulated instrument too, which is to be kept as
-/// long as the ports are used; null without one.
+/// Assigns the devices that the command line names to their ports. Gives the simulated instrument, if it asks
+/// for that, which is to be kept as long as the ports are used; else null.
 Result<std::shared_ptr<void>> TakePorts(const CommandLine &line, Services &services);
 
 } // namespace px40
