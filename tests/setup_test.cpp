@@ -246,7 +246,7 @@ class SetupTest : public QObject
         const QString before = rig.Settings();
         GraphForm form = Form(QString::fromLatin1(automatic), QString::fromLatin1(texts));
         const auto stored = StoreGraphForm(&form, rig.dataSet.get());
-        QCOMPARE(stored ? std::optional<GraphField>() : stored.error().field, fault);
+        QCOMPARE(stored ? std::optional<GraphField>() : static_cast<GraphField>(stored.error().field), fault);
         QCOMPARE(QStringList(form.texts.begin(), form.texts.end()).join(u'|'), QString::fromLatin1(after));
         QCOMPARE(rig.Settings() == before, !stored);
     }
