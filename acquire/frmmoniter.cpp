@@ -64,7 +64,7 @@ frmMoniter::frmMoniter(const InstrumentLink &link, UserStore &store, QWidget *pa
 
     // The click returns first; the command is sent on the tick, when the link is free.
     connect(btMeasOnOff_, &QPushButton::clicked, this, [this] {
-        // Of more than two that wait only the last ones count: on and off again is where it was.
+        // Of more than two presses that wait only the last ones count: on and off again changes nothing.
         presses_ = presses_ < 2 ? presses_ + 1 : 1;
         tmMeasInter_.SetInterval(ClickDelayMs);
     });

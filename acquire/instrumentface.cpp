@@ -48,7 +48,7 @@ class IconLabel : public QLabel
     }
 
   protected:
-    /// It lies on the display's ground, not on the window's, and its ink is opaque.
+    /// On the display's background, not on the window's, and in an opaque colour.
     void paintEvent(QPaintEvent *) override
     {
         QPalette ground = palette();

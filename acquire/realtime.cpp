@@ -100,7 +100,7 @@ QCoro::Task<void> Realtime::RequestSample()
     ShowProgress();
 }
 
-/// The port of the run, also when another one was chosen in vain meanwhile.
+/// The port of the run, even when another one was chosen meanwhile that could not be opened.
 void Realtime::OpenPortAgain()
 {
     if (link_.comm.IsOpen()) {

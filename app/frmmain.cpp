@@ -266,8 +266,7 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
         workspace_->MoveIntoView(window);
     }
     window->show();
-    if (!fromFile &&
-        window->isMaximized()) { // as the one before it was, and nobody has asked for anything else
+    if (!fromFile && window->isMaximized()) { // as the one before it was
         WindowShape shape = dataSet->Shape();
         shape.state = WindowShape::Maximised;
         dataSet->SetShape(shape);
@@ -339,7 +338,7 @@ void frmMain::dragEnterEvent(QDragEnterEvent *event)
     TakeDrop(event);
 }
 
-/// True when there are files to be opened. They stay where they are, whatever the user's hand suggests.
+/// True when there are files to be opened. They are not moved, even if the user drags them so.
 bool frmMain::TakeDrop(QDropEvent *event) const
 {
     // Not while a long operation has the program to itself.

@@ -32,7 +32,7 @@ QString UnitText(const SourceDisplay &display)
 /// Stays above the other one, even when that is clicked.
 void KeepAbove(QWidget *window, const QWidget *other)
 {
-    window->winId(); // a window of the desktop from here on
+    window->winId(); // makes it a native window
     window->windowHandle()->setTransientParent(other->windowHandle());
 }
 
@@ -154,7 +154,7 @@ void Live::OpenValueEntry()
     valueEntry_->move(OntoScreen(place, UsableScreens()).topLeft());
     KeepAbove(valueEntry_, source_);
     valueEntry_->show();
-    // As it was told last: what the user has asked for since is not yet what the instrument does.
+    // By the last status: what the user has asked for since is not yet what the instrument does.
     const InstrumentStatus &told = services_->instrument.PreviousStatus;
     if (told != InstrumentStatus())
         valueEntry_->ShowUnit(UnitText(px40::ShowSource(told, services_->ranges, false)));
@@ -207,7 +207,7 @@ void Live::OnRunChanged()
     if (services_->state.RealtimeRun || (!moniter_ && !source_))
         return;
     if (services_->comm.IsLost())
-        static_cast<void>(services_->comm.OpenPort()); // how the run ended stays to be read
+        static_cast<void>(services_->comm.OpenPort()); // the status bar goes on saying how the run ended
     StartChecking();
 }
 
@@ -261,8 +261,8 @@ void Live::NoteNewStatus()
     ShowNotes();
 }
 
-/// In a download, or from a slow instrument, something comes though no new status is there yet. Where the
-/// last status came to nothing, the one before it is not kept alive by that.
+/// In a download, or with a slow instrument, lines come without a new status: they, too, keep the value from
+/// fading, unless the last reply was no status.
 void Live::OnLineReceived()
 {
     const InstrumentState &instrument = services_->instrument;

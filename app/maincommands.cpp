@@ -174,7 +174,7 @@ QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<
     StoredData download(services_->link, *progress_, mode, dataSet);
     const Result<> received = co_await download.Receive();
     if (!received) {
-        QString &error = services_->state.ErrorMessage; // after a cancel that of the last failure
+        QString &error = services_->state.ErrorMessage; // after a cancel it is still that of the last failure
         if (received.error().code != FailureCode::Cancelled)
             error = received.error().text;
         co_await services_->prompts.Warn(error);

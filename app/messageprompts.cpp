@@ -66,7 +66,7 @@ void KeepClearOfField(QMessageBox *box)
         return;
     box->ensurePolished();
     box->adjustSize();
-    // The frame is known once the box is shown; its own window's is like it, where that is known.
+    // The frame of the box is known only once it is shown; until then that of its window serves, if known.
     const QRect inner = window->geometry();
     const QRect outer = window->frameGeometry();
     const int title =

@@ -193,7 +193,7 @@ void Reader::ReadRows(DataFile *data)
             throw Failure{Text(Str::TableFull)};
         const RowStore::Bytes fields = Fields<RowStore::Texts>();
         if (fields[1].empty() && !emptyRowsCount)
-            continue; // only a row of the table more
+            continue; // only one more row of the table
         data->rows.AppendLatin1(fields);
         data->readings.Count(ReadingOf(fields[1]));
     }

@@ -127,7 +127,7 @@ QString NothingSaved(const QString &name)
 
 Result<> DataSet::OpenFile(const QString &name)
 {
-    // It would be taken away from under the user.
+    // The work file is removed after use, and the user's data would be gone.
     if (SameFile(name, shared_->WorkPath))
         return Fail(Text(Str::FileIsWorkFile));
     try {

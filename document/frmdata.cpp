@@ -188,7 +188,7 @@ void frmData::TakeShape()
         setWindowState(windowState() | Qt::WindowMaximized);
     else if (shape.state == WindowShape::Minimised)
         setWindowState(windowState() | Qt::WindowMinimized);
-    data_->SetShape(shape); // on the way there the window stood otherwise
+    data_->SetShape(shape); // resizing has changed what it says
 }
 
 /// When a window becomes the active one where the one before was maximised, the workspace restores that one
@@ -216,7 +216,7 @@ void frmData::KeepState(Qt::WindowStates before)
     data_->SetShape(shape);
 }
 
-/// A length that only the minimum of the window has changed stays what it was.
+/// A length that changed only because of the window's minimum size is kept as it was.
 void frmData::KeepSize()
 {
     const QSize before = std::exchange(normalSize_, size());
@@ -278,7 +278,7 @@ void frmData::resizeEvent(QResizeEvent *event)
 
 void frmData::changeEvent(QEvent *event)
 {
-    // First: a window that has been minimised lets another one become active.
+    // Before the base class, which makes another window active when this one is minimised.
     if (event->type() == QEvent::WindowStateChange)
         KeepState(static_cast<QWindowStateChangeEvent *>(event)->oldState());
     QMdiSubWindow::changeEvent(event);

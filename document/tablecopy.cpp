@@ -63,7 +63,7 @@ std::optional<NumberForm> FormOf(QStringView text)
 /// Excel takes a cell's value from x:num and its number format from the style; x:str is a text. LibreOffice
 /// takes them from sdval and sdnum, whose first number is the language in which both are written (1033, with
 /// a decimal point). Of formats LibreOffice keeps only those that it has built in: for any other it takes one
-/// of the target's own, whichever that may be. So there a reading has the decimals shown where these are two.
+/// of the target's own, whichever that may be. So there only readings with two decimals keep both.
 class HtmlTable
 {
   public:

@@ -186,7 +186,7 @@ void Chart::mouseMoveEvent(QMouseEvent *event)
 {
     pointer_ = event->position().toPoint();
     if (drag_ && !(event->buttons() & Qt::LeftButton))
-        StopDrag(); // it went up where nobody told us
+        StopDrag(); // it was released outside the window
     if (drag_) {
         drag_->toX = std::clamp(pointer_->x(), PlotRect().left(), PlotRect().right());
         update();
@@ -214,7 +214,7 @@ void Chart::mouseDoubleClickEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton)
         return;
     if (const std::optional<Drawing> drawing = LegendAt(event->position()))
-        ToggleHidden(*drawing); // two clicks
+        ToggleHidden(*drawing); // a double click there is two clicks
     else
         ZoomBack();
 }

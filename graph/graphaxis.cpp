@@ -57,7 +57,7 @@ QString StepNumber(double value, double step)
 {
     const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 1e-6)));
     if (std::abs(value) < step / 2)
-        value = 0; // rounding dirt, and no negative zero
+        value = 0; // a rounding error; and no negative zero
     if (decimals <= 7 && std::abs(value) < 1e8)
         return QString::number(value, 'f', decimals);
     const double digits = value == 0 ? 1 : std::log10(std::abs(value) / step) + 2;
@@ -127,7 +127,7 @@ ValueRange AutomaticValueRange(double lowest, double highest)
         highest += room;
         span = highest - lowest;
     }
-    // Limits lie on a coarse raster, so that the axis rests while similar readings come in.
+    // Limits are multiples of a coarse step, so that the axis keeps still while similar readings come in.
     const double raster = NiceStep(span / 5) / 5;
     const double margin = span * 0.02;
     return {std::floor((lowest - margin) / raster) * raster, std::ceil((highest + margin) / raster) * raster};

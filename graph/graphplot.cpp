@@ -240,7 +240,7 @@ void GraphPlot::FillLines(double density)
     Line marks = fill(Readings, &GraphPoint::reading);
     if (place_.Width() < MarkRoom * style_.lineWidth)
         marks = LonePoints(marks);
-    // A mark that is nowhere would still be drawn in some corner.
+    // A mark outside the range, or without a value, would still be drawn somewhere.
     erase_if(marks, [&](const QCPGraphData &mark) { return !range.contains(mark.value); });
     graph(Marks)->data()->set(marks, true);
 

@@ -63,7 +63,8 @@ PendingReplies::Verdict PendingReplies::Receive(const QString &line)
     const auto fits = [&line](const Entry &entry) { return Fits(line, entry.form); };
     auto owner = std::find_if(entries_.begin(), entries_.end(), fits);
     const bool waiting = present_ < entries_.size();
-    if (owner == entries_.end() && !FitsAll(line) && present_ > 0) { // it is of none of these: none is struck
+    if (owner == entries_.end() && !FitsAll(line) &&
+        present_ > 0) { // it belongs to none of these: none is struck off
         if (!waiting || !anyReplyDoes_)
             return Verdict::Dropped;
         End();

@@ -87,7 +87,7 @@ QBoxLayout *frmSource::BuildButtons()
     connect(btSrcOnOff, &QPushButton::clicked, commands_, &SourceCommands::SwitchOnOff);
     btInput_ = NewNamed<QPushButton>("btInput", Text(Str::SourceValueTitle), this);
     btInput_->setToolTip(Text(Str::TipSourceValue));
-    btInput_->setFocus(); // of all controls the one that changes nothing by a key pressed in passing
+    btInput_->setFocus(); // of all controls the one in which a key pressed in passing changes nothing
     connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
     auto *const btNm = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
     btNm->setToolTip(Text(Str::TipSourceRatio));

@@ -112,7 +112,7 @@ void SourceCommands::Store(LinkCommand command)
     pending_ = std::move(command);
     asked_ = !loading_;
     Arm();
-    // Not for the moment that a status check takes.
+    // Not while it only waits for a status check, which takes a moment.
     const bool waits =
         LinkInUse(link_.state) ? !MayClose(link_.state) : !link_.state.StatusPolled && !link_.comm.IsOpen();
     if (asked_ && waits)

@@ -43,7 +43,7 @@ QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSe
     if (QFileInfo::exists(workbook))
         choice.fileName = std::exchange(choice.newName, QString());
     Result<ForwardOutcome> outcome = co_await forwarder.ForwardData(dataSet, choice);
-    if (!outcome && outcome.error().code == FailureCode::FileTaken) { // made meanwhile: it grows
+    if (!outcome && outcome.error().code == FailureCode::FileTaken) { // it was made meanwhile: add a sheet
         choice.fileName = std::exchange(choice.newName, QString());
         outcome = co_await forwarder.ForwardData(dataSet, choice);
     }
