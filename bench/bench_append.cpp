@@ -3,8 +3,6 @@
 
 #include "bench/windowrig.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 
 #include <chrono>
@@ -20,7 +18,6 @@ constexpr int ManyRows = 1'000'000;
 constexpr int Batches = 200; ///< of each size, in turn
 constexpr int BatchRows = 100;
 constexpr int Turns = 200; ///< rows that come in one by one, each shown before the next
-constexpr int Repetitions = 9;
 
 struct Reading
 {
@@ -72,11 +69,6 @@ void AppendBatch(DataSet *data)
         AppendRow(data, reading);
 }
 
-double Nanoseconds(Clock::duration time)
-{
-    return std::chrono::duration<double, std::nano>(time).count();
-}
-
 enum class Shown { No, Yes };
 
 /// A data set that holds so many rows, shown in a data window or alone.
@@ -124,7 +116,7 @@ double TimedBatch(DataSet *data)
 {
     const Clock::time_point begin = Clock::now();
     AppendBatch(data);
-    return Nanoseconds(Clock::now() - begin) / BatchRows;
+    return Elapsed<std::nano>(begin) / BatchRows;
 }
 
 /// The calls alone, 100 rows in one turn of the event loop. The small set begins anew each time, so it holds
@@ -161,7 +153,7 @@ class Acquisition
             data->AddRealtimedata(reading.time, reading.data, reading.meas, reading.srcData, reading.srcMeas,
                                   true);
         QCoreApplication::processEvents();
-        const double taken = Nanoseconds(Clock::now() - begin);
+        const double taken = Elapsed<std::nano>(begin);
         if (paints_.Count() != paintsBefore + 1)
             return std::nullopt;
         Settle();
@@ -207,7 +199,7 @@ void Memory(benchmark::State &state, Shown shown)
         const std::size_t before = ResidentBytes();
         const Clock::time_point begin = Clock::now();
         const Holder many(shown, ManyRows);
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+        state.SetIterationTime(Elapsed<std::ratio<1>>(begin));
         const auto resident = static_cast<double>(ResidentBytes() - before);
         state.counters["characters_per_row"] = characters;
         state.counters["resident_bytes_per_row"] = resident / rows - characters;
@@ -216,27 +208,14 @@ void Memory(benchmark::State &state, Shown shown)
 }
 
 // The memory comes first: later the process has freed memory at hand, and would seem to grow less.
-BENCHMARK_CAPTURE(Memory, alone, Shown::No)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Memory, window, Shown::Yes)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Append, alone, Shown::No)
-    ->Iterations(1)
-    ->Repetitions(Repetitions)
-    ->ReportAggregatesOnly()
-    ->UseManualTime();
-BENCHMARK_CAPTURE(Append, window, Shown::Yes)
-    ->Iterations(1)
-    ->Repetitions(Repetitions)
-    ->ReportAggregatesOnly()
-    ->UseManualTime();
-BENCHMARK(AppendAndPaint)->Iterations(1)->Repetitions(Repetitions)->ReportAggregatesOnly()->UseManualTime();
+BENCHMARK_CAPTURE(Memory, alone, Shown::No)->Apply(Measured);
+BENCHMARK_CAPTURE(Memory, window, Shown::Yes)->Apply(Measured);
+BENCHMARK_CAPTURE(Append, alone, Shown::No)->Apply(Measured<benchmark::kNanosecond, 9>);
+BENCHMARK_CAPTURE(Append, window, Shown::Yes)->Apply(Measured<benchmark::kNanosecond, 9>);
+BENCHMARK(AppendAndPaint)->Apply(Measured<benchmark::kNanosecond, 9>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, None)

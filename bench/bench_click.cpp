@@ -10,8 +10,6 @@
 #include "source/frmsource.h"
 #include "source/sourcecommands.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
@@ -245,21 +243,11 @@ void Click(benchmark::State &state, Refresh refresh)
     state.SetLabel("aim: 15 ms; on " + QGuiApplication::platformName().toStdString());
 }
 
-void Configure(benchmark::internal::Benchmark *click)
-{
-    click->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-}
-BENCHMARK_CAPTURE(Click, idle, Refresh::No)->Apply(Configure);
-BENCHMARK_CAPTURE(Click, behind_a_status, Refresh::Yes)->Apply(Configure);
+BENCHMARK_CAPTURE(Click, idle, Refresh::No)->Apply(Measured);
+BENCHMARK_CAPTURE(Click, behind_a_status, Refresh::Yes)->Apply(Measured);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, IfThere)

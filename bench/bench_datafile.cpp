@@ -6,8 +6,6 @@
 #include "document/datafile.h"
 #include "platform/files.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 #include <QFile>
 
@@ -26,7 +24,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int Rows = 1'000'000;
 constexpr int FewRows = 1000;
-constexpr int Repetitions = 15;
 
 using PlainRow = std::array<std::string, RowStore::Texts>;
 
@@ -301,27 +298,12 @@ void Save(benchmark::State &state)
 }
 
 // The memory comes first: later the process has freed memory at hand, and would seem to grow less.
-BENCHMARK(Memory)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(Open)
-    ->Iterations(1)
-    ->Repetitions(Repetitions)
-    ->ReportAggregatesOnly()
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(Save)
-    ->Iterations(1)
-    ->Repetitions(Repetitions)
-    ->ReportAggregatesOnly()
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Memory)->Apply(Measured);
+BENCHMARK(Open)->Apply(Measured<benchmark::kMillisecond, 15>);
+BENCHMARK(Save)->Apply(Measured<benchmark::kMillisecond, 15>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, None)

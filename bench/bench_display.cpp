@@ -142,21 +142,11 @@ void Display(benchmark::State &state, bool paced, std::size_t readings)
     state.SetLabel("aim: 20 ms; on " + QGuiApplication::platformName().toStdString());
 }
 
-void Configure(benchmark::internal::Benchmark *display)
-{
-    display->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-}
-BENCHMARK_CAPTURE(Display, at_once, false, 2000)->Apply(Configure);
-BENCHMARK_CAPTURE(Display, at_9600_baud, true, 400)->Apply(Configure);
+BENCHMARK_CAPTURE(Display, at_once, false, 2000)->Apply(Measured);
+BENCHMARK_CAPTURE(Display, at_9600_baud, true, 400)->Apply(Measured);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    const px40::bench::TimedApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(px40::bench::TimedApplication, IfThere)

@@ -4,8 +4,6 @@
 #include "bench/rig.h"
 #include "document/dataset.h"
 
-#include <benchmark/benchmark.h>
-
 #include <chrono>
 
 namespace px40::bench {
@@ -13,8 +11,6 @@ namespace px40::bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr int Repetitions = 9;
 
 /// What the exchanges of a download take at least. Added to by the server's thread, read when that is gone.
 struct NeededTime
@@ -72,19 +68,10 @@ void Download(benchmark::State &state)
     }
     state.SetLabel("aim: ratio 1.01");
 }
-BENCHMARK(Download)
-    ->Iterations(1)
-    ->Repetitions(Repetitions)
-    ->ReportAggregatesOnly()
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Download)->Apply(Measured<benchmark::kMillisecond, 9>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    const QCoreApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QCoreApplication, None)

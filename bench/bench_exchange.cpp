@@ -3,8 +3,6 @@
 
 #include "bench/rig.h"
 
-#include <benchmark/benchmark.h>
-
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
@@ -18,7 +16,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int Repetitions = 9;
 constexpr double ExchangeUs = 40000; ///< what an exchange takes at 9600 baud
 
 /// The same device without the program: as little as an exchange can be.
@@ -127,20 +124,11 @@ void Exchange(benchmark::State &state, bool paced, int pairs)
     state.SetLabel("aims: 60 us, 0.2 %");
 }
 
-void Configure(benchmark::internal::Benchmark *exchange)
-{
-    exchange->Iterations(1)->Repetitions(Repetitions)->ReportAggregatesOnly()->UseManualTime();
-    exchange->Unit(benchmark::kMicrosecond);
-}
-BENCHMARK_CAPTURE(Exchange, at_once, false, 4000)->Apply(Configure);
-BENCHMARK_CAPTURE(Exchange, at_9600_baud, true, 60)->Apply(Configure);
+BENCHMARK_CAPTURE(Exchange, at_once, false, 4000)->Apply(Measured<benchmark::kMicrosecond, 9>);
+BENCHMARK_CAPTURE(Exchange, at_9600_baud, true, 60)->Apply(Measured<benchmark::kMicrosecond, 9>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    const QCoreApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QCoreApplication, None)

@@ -4,8 +4,6 @@
 #include "bench/windowrig.h"
 #include "graph/graphpane.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 
 #include <cmath>
@@ -20,7 +18,6 @@ constexpr int FewRows = 1000;
 constexpr int ManyRows = 1'000'000;
 constexpr int MostInView = 32767;
 constexpr int FewInView = 20;
-constexpr int Repetitions = 9;
 constexpr int WideSteps = 100;
 constexpr int NarrowSteps = 400;
 
@@ -143,24 +140,15 @@ void Narrow(benchmark::State &state)
     state.SetLabel("aim: ratio 1.2");
 }
 
-void Configure(benchmark::internal::Benchmark *step)
-{
-    step->Iterations(1)->Repetitions(Repetitions)->ReportAggregatesOnly()->UseManualTime();
-    step->Unit(benchmark::kMillisecond);
-}
-BENCHMARK_CAPTURE(Wide, calm, Look::Calm, Axes::Automatic)->Apply(Configure);
-BENCHMARK_CAPTURE(Wide, wild, Look::Wild, Axes::Automatic)->Apply(Configure);
-BENCHMARK_CAPTURE(Wide, torn, Look::Torn, Axes::Automatic)->Apply(Configure);
-BENCHMARK_CAPTURE(Wide, wild_custom_axes, Look::Wild, Axes::Custom)->Apply(Configure);
-BENCHMARK(Narrow)->Apply(Configure);
+BENCHMARK_CAPTURE(Wide, calm, Look::Calm, Axes::Automatic)->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK_CAPTURE(Wide, wild, Look::Wild, Axes::Automatic)->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK_CAPTURE(Wide, torn, Look::Torn, Axes::Automatic)->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK_CAPTURE(Wide, wild_custom_axes, Look::Wild, Axes::Custom)
+    ->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK(Narrow)->Apply(Measured<benchmark::kMillisecond, 9>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, None)

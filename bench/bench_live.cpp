@@ -4,8 +4,6 @@
 
 #include "bench/liverig.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 
 #include <chrono>
@@ -121,20 +119,11 @@ void Day(benchmark::State &state, Shown shown)
     state.SetLabel("aims: 20 MB, ratio 1.2");
 }
 
-void Configure(benchmark::internal::Benchmark *day)
-{
-    day->Iterations(1)->UseManualTime()->Unit(benchmark::kMicrosecond);
-}
-BENCHMARK_CAPTURE(Day, alone, Shown::No)->Apply(Configure);
-BENCHMARK_CAPTURE(Day, window, Shown::Yes)->Apply(Configure);
+BENCHMARK_CAPTURE(Day, alone, Shown::No)->Apply(Measured<benchmark::kMicrosecond>);
+BENCHMARK_CAPTURE(Day, window, Shown::Yes)->Apply(Measured<benchmark::kMicrosecond>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, None)

@@ -11,8 +11,6 @@
 #include "platform/files.h"
 #include "testing/program.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -239,31 +237,19 @@ void Pauses(benchmark::State &state, Book book)
     state.SetLabel("aim: 50 ms");
 }
 
-template <int Times>
-void Repeat(benchmark::internal::Benchmark *one)
-{
-    one->Iterations(1)->Repetitions(Times)->ReportAggregatesOnly(Times > 1);
-    one->UseManualTime()->Unit(benchmark::kMillisecond);
-}
-
 // The memory comes first: later the process has freed memory at hand, and would seem to grow less.
-BENCHMARK(Memory)->Apply(Repeat<1>);
+BENCHMARK(Memory)->Apply(Measured<benchmark::kMillisecond, 1>);
 #ifdef PX40_OTHERBOOK
-BENCHMARK_CAPTURE(Write, 1000, 1000, 9)->Apply(Repeat<9>);
-BENCHMARK_CAPTURE(Write, 32000, 32'000, 1)->Apply(Repeat<9>);
-BENCHMARK_CAPTURE(Write, 1000000, ManyRows, 1)->Apply(Repeat<3>);
+BENCHMARK_CAPTURE(Write, 1000, 1000, 9)->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK_CAPTURE(Write, 32000, 32'000, 1)->Apply(Measured<benchmark::kMillisecond, 9>);
+BENCHMARK_CAPTURE(Write, 1000000, ManyRows, 1)->Apply(Measured<benchmark::kMillisecond, 3>);
 #endif
-BENCHMARK(Add)->Apply(Repeat<3>);
-BENCHMARK_CAPTURE(Pauses, new, Book::New)->Apply(Repeat<1>);
-BENCHMARK_CAPTURE(Pauses, existing, Book::Existing)->Apply(Repeat<1>);
+BENCHMARK(Add)->Apply(Measured<benchmark::kMillisecond, 3>);
+BENCHMARK_CAPTURE(Pauses, new, Book::New)->Apply(Measured<benchmark::kMillisecond, 1>);
+BENCHMARK_CAPTURE(Pauses, existing, Book::Existing)->Apply(Measured<benchmark::kMillisecond, 1>);
 
 } // namespace
 
 } // namespace px40::bench
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    return px40::bench::RunBenchmarks(argc, argv);
-}
+PX40_BENCHMARKS(QApplication, None)

@@ -17,6 +17,14 @@ double Median(std::vector<double> values)
     return (*middle + *std::max_element(values.begin(), middle)) / 2;
 }
 
+void ChooseScreen(Screen screen)
+{
+    const bool there =
+        !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (screen == Screen::None || !there)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 int RunBenchmarks(int argc, char **argv)
 {
     benchmark::Initialize(&argc, argv);

@@ -153,6 +153,18 @@ class RealtimeTest : public QObject
         QVERIFY(rig.prompts.warnings.isEmpty());
     }
 
+    /// The question is asked again within its second.
+    void LostReplyCostsNoRow()
+    {
+        LiveRig rig(60);
+        const auto dataSet = rig.NewSet(1);
+        QVERIFY(rig.Start(dataSet));
+        rig.Fault("drop-reply=3");
+        QVERIFY(rig.PassSeconds(3));
+        QCOMPARE(Kinds(*dataSet), u"+++"_qs);
+        QCOMPARE(rig.Commands().size(), 3 * 4 + 1);
+    }
+
     /// A reply that comes after a long silence is of the second in which it comes; the silence was missed.
     void LateReplyHasItsOwnTime()
     {

@@ -20,27 +20,27 @@ using namespace Qt::Literals::StringLiterals;
 void UseDarkColours()
 {
     QApplication::setStyle(u"Fusion"_s);
-    const QColor window(45, 45, 48);
-    const QColor base(30, 30, 32);
-    const QColor text(225, 225, 225);
-    const QColor faint(127, 127, 127);
-    QPalette palette(window);
-    palette.setColor(QPalette::Window, window);
-    palette.setColor(QPalette::WindowText, text);
-    palette.setColor(QPalette::Base, base);
-    palette.setColor(QPalette::AlternateBase, QColor(38, 38, 41));
-    palette.setColor(QPalette::ToolTipBase, window);
-    palette.setColor(QPalette::ToolTipText, text);
-    palette.setColor(QPalette::PlaceholderText, QColor(155, 155, 155));
-    palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::Button, QColor(56, 56, 60));
-    palette.setColor(QPalette::ButtonText, text);
-    palette.setColor(QPalette::BrightText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(90, 170, 250));
-    palette.setColor(QPalette::Highlight, QColor(50, 120, 200));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
+    static constexpr std::pair<QPalette::ColorRole, QRgb> Colours[] = {
+        {QPalette::Window, 0x2d2d30},
+        {QPalette::WindowText, 0xe1e1e1},
+        {QPalette::Base, 0x1e1e20},
+        {QPalette::AlternateBase, 0x262629},
+        {QPalette::ToolTipBase, 0x2d2d30},
+        {QPalette::ToolTipText, 0xe1e1e1},
+        {QPalette::PlaceholderText, 0x9b9b9b},
+        {QPalette::Text, 0xe1e1e1},
+        {QPalette::Button, 0x38383c},
+        {QPalette::ButtonText, 0xe1e1e1},
+        {QPalette::BrightText, 0xffffff},
+        {QPalette::Link, 0x5aaafa},
+        {QPalette::Highlight, 0x3278c8},
+        {QPalette::HighlightedText, 0xffffff},
+    };
+    QPalette palette(QColor(0x2d, 0x2d, 0x30));
+    for (const auto &[role, colour] : Colours)
+        palette.setColor(role, QColor(colour));
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, faint);
+        palette.setColor(QPalette::Disabled, role, QColor(127, 127, 127));
     palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 80));
     QApplication::setPalette(palette);
 }
@@ -58,21 +58,31 @@ void MoveHome(const QTemporaryDir &folder)
 
 using Scene = void (*)(px40::Stage &);
 
-/// One run of the program. False when a scene failed; the others go on.
-bool Show(px40::Camera &camera, px40::Program::Port port, const std::vector<Scene> &scenes)
+/// One run of the program.
+void Show(px40::Camera &camera, px40::Program::Port port, const std::vector<Scene> &scenes)
 {
     px40::Stage stage(camera, port);
-    bool good = true;
-    for (const Scene scene : scenes) {
-        try {
-            scene(stage);
-        } catch (const px40::RigError &error) {
-            std::fprintf(stderr, "%s\n", error.what());
-            good = false;
-            stage.Settle();
-        }
-    }
-    return good;
+    for (const Scene scene : scenes)
+        scene(stage);
+}
+
+/// All of them.
+void Tour(px40::Camera &camera)
+{
+    using namespace px40;
+    Show(camera, Program::Port::Unassigned, {FirstStart});
+    const std::vector<std::vector<Scene>> runs = {
+        {Main, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving},
+        {StartWithReadings, GraphHover, GraphSetup, GraphZoom, Copies},
+        {StartWithReadings, Files},
+        {StartLive, MeasureStates, MeasureInUse},
+        {StartLive, SourceStates, SourceInUse, SourceValue},
+        {StartLive, Run, RunInGaps},
+        {StartWithReadings, ForwardDownload, ForwardManyRows},
+        {StartLive, ForwardRun, DrawWorkbooks},
+    };
+    for (const std::vector<Scene> &scenes : runs)
+        Show(camera, Program::Port::Simulated, scenes);
 }
 
 } // namespace
@@ -115,19 +125,12 @@ int main(int argc, char *argv[])
         UseDarkColours();
 
     Camera camera(folder);
-    bool good = Show(camera, Program::Port::Unassigned, {FirstStart});
-    const std::vector<std::vector<Scene>> runs = {
-        {Main, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving},
-        {StartWithReadings, GraphHover, GraphSetup, GraphZoom, Copies},
-        {StartWithReadings, Files},
-        {StartLive, MeasureStates, MeasureInUse},
-        {StartLive, SourceStates, SourceInUse, SourceValue},
-        {StartLive, Run, RunInGaps},
-        {StartWithReadings, ForwardDownload, ForwardManyRows},
-        {StartLive, ForwardRun, DrawWorkbooks},
-    };
-    for (const std::vector<Scene> &scenes : runs)
-        good = Show(camera, Program::Port::Simulated, scenes) && good;
+    try {
+        Tour(camera);
+    } catch (const RigError &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
     std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
-    return good ? 0 : 1;
+    return 0;
 }

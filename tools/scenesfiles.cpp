@@ -36,7 +36,7 @@ void Files(Stage &stage)
     const QString locked = Stage::Document(u"reference.CSV"_s);
     const QString parts = Stage::Document(u"parts.CSV"_s);
 
-    stage.ClickTool("Save"); // without a name as yet
+    stage.Choose("Save"); // without a name as yet
     stage.Take("18a-save-as", {stage.FileDialog()});
     stage.ChooseFile(u"bench 3"_s);
     stage.Idle();
@@ -44,26 +44,26 @@ void Files(Stage &stage)
 
     QFile::copy(first, locked);
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-    stage.Choose("mnuFile", "mnuFileSaveAs");
+    stage.Choose("mnuFileSaveAs");
     stage.ChooseFile(locked);
-    stage.Answer(QMessageBox::Yes); // replace it
+    stage.Answer(u"Yes"_s); // replace it
     stage.Take("18c-save-read-only", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
+    stage.Answer(u"OK"_s);
     stage.CancelFile();
     stage.Idle();
 
     Require(Put(second, "old"), u"A file cannot be made."_s);
-    stage.Choose("mnuFile", "mnuFileSaveAs");
+    stage.Choose("mnuFileSaveAs");
     QDialog *const dialog = stage.FileDialog();
     stage.ChooseFile(second);
     stage.Take("18d-save-replace", {dialog, stage.Box()});
-    stage.Answer(QMessageBox::No);
+    stage.Answer(u"No"_s);
     stage.ChooseFile(second);
-    stage.Answer(QMessageBox::Yes);
+    stage.Answer(u"Yes"_s);
     stage.Idle();
-    stage.Choose("mnuFile", "mnuFileClose");
+    stage.Choose("mnuFileClose");
 
-    stage.ClickTool("Open");
+    stage.Choose("Open");
     AwaitList(stage, {u"bench 3 again.CSV"_s, u"bench 3.CSV"_s, u"reference.CSV"_s});
     stage.Take("19a-open", {stage.FileDialog()});
     stage.CancelFile();
@@ -74,18 +74,17 @@ void Files(Stage &stage)
     stage.Take("19b-two-files");
 
     Require(Put(parts, "part,quantity\r\nfuse 63 mA,2\r\ntest lead,4\r\n"), u"A file cannot be made."_s);
-    stage.Choose("mnuFile", "mnuFileOpen");
+    stage.Choose("mnuFileOpen");
     stage.ChooseFile(parts);
     stage.Take("19c-open-another-type", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
 
-    stage.ClickTool("Mdata");
-    stage.Answer(QMessageBox::No);
+    stage.Choose("Mdata");
+    stage.Answer(u"No"_s);
     stage.Idle();
-    stage.Choose("mnuFile", "mnuFileClose");
+    stage.Choose("mnuFileClose");
     stage.Take("19d-close-question", {stage.Box()});
-    stage.Answer(QMessageBox::Cancel);
+    stage.Answer(u"Cancel"_s);
 }
 
 } // namespace px40

@@ -44,7 +44,7 @@ void ForwardToNew(Stage &stage, const QString &title, const QString &book)
 {
     QDialog *const dialog = stage.Dialog("frmForward");
     stage.Click("obNew", dialog); // also if a workbook is remembered
-    stage.Type("tbTitle", title, dialog);
+    stage.Type(dialog, {{"tbTitle", title}});
     stage.CloseDialog(dialog, "btOk");
     stage.ChooseFile(book);
 }
@@ -53,10 +53,10 @@ void ForwardToNew(Stage &stage, const QString &title, const QString &book)
 void TakeRefused(Stage &stage, const char *picture, const QString &file)
 {
     QDialog *const dialog = stage.Dialog("frmForward");
-    stage.Type("tbFile", file, dialog);
+    stage.Type(dialog, {{"tbFile", file}});
     stage.Click("btOk", dialog);
     stage.Take(picture, {dialog, stage.Box()});
-    stage.Answer(QMessageBox::Ok);
+    stage.Answer(u"OK"_s);
 }
 
 /// A data file of more than a day, as a run leaves it: an oven that is switched on and off.
@@ -90,14 +90,13 @@ void TakeProgress(Stage &stage, const char *picture)
 /// A new data set of three rows, Start and Yes; until the second row has come.
 void StartForwardedRun(Stage &stage, const QString &book)
 {
-    stage.ClickTool("New");
-    stage.ClickTool("Interval");
+    stage.Choose("New");
+    stage.Choose("Interval");
     QDialog *const interval = stage.Dialog("frmInterval");
-    stage.Type("tbIsec", u"1"_s, interval);
-    stage.Type("tbPsec", u"2"_s, interval);
+    stage.Type(interval, {{"tbIsec", u"1"_s}, {"tbPsec", u"2"_s}});
     stage.CloseDialog(interval, "btOk");
-    stage.ClickTool("Start");
-    stage.Answer(QMessageBox::Yes);
+    stage.Choose("Start");
+    stage.Answer(u"Yes"_s);
     ForwardToNew(stage, u"Oven 2, warming up"_s, book);
     stage.Idle();
     stage.SecondsUntil([&] { return stage.Rows() == 2; }, u"No row comes."_s);
@@ -117,12 +116,12 @@ void ForwardDownload(Stage &stage)
 {
     const QString folder = QFileInfo(LoopBook()).path();
     QDir().mkpath(folder);
-    stage.ClickTool("Mdata");
+    stage.Choose("Mdata");
     stage.Take("27a-download-question", {stage.Box()});
-    stage.Answer(QMessageBox::Yes);
+    stage.Answer(u"Yes"_s);
     QDialog *dialog = stage.Dialog("frmForward");
     stage.Take("27b-forward-new", {dialog});
-    stage.Type("tbTitle", u"Loop 7, as found"_s, dialog);
+    stage.Type(dialog, {{"tbTitle", u"Loop 7, as found"_s}});
     stage.CloseDialog(dialog, "btOk");
     stage.Take("27c-forward-new-workbook", {stage.FileDialog()});
     stage.ChooseFile(LoopBook());
@@ -133,14 +132,14 @@ void ForwardDownload(Stage &stage)
     const QString old = Stage::Document(u"reference 1998.xls"_s);
     const QByteArray signature("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
     Write(old, signature + QByteArray(504, '\0') + QByteArray("W\0o\0r\0k\0b\0o\0o\0k\0", 16));
-    stage.Choose("mnuFile", "mnuFileForward");
+    stage.Choose("mnuFileForward");
     TakeRefused(stage, "27e-forward-file-missing", folder + u"/loop 17.xlsx"_s);
     TakeRefused(stage, "27f-forward-older-kind", old);
 
     // A second sheet in the same workbook, which is not to be opened this time.
     dialog = stage.Dialog("frmForward");
-    stage.Type("tbTitle", u"Loop 7, as left"_s, dialog);
-    stage.Type("tbFile", LoopBook(), dialog);
+    stage.Type(dialog, {{"tbTitle", u"Loop 7, as left"_s}});
+    stage.Type(dialog, {{"tbFile", LoopBook()}});
     QTest::keyClick(stage.Find<QWidget>("cbShow", dialog), Qt::Key_Space);
     stage.CloseDialog(dialog, "btOk");
     stage.Idle();
@@ -148,13 +147,13 @@ void ForwardDownload(Stage &stage)
     // And a third, while LibreOffice on another computer has the workbook open.
     const QString lock = folder + u"/.~lock.loop 7.xlsx#"_s;
     Write(lock, "A. Meyer,meyer,bench-pc-2,21.11.2026 09:12,file:///home/meyer/.config/libreoffice/4;");
-    stage.ClickTool("Forward");
+    stage.Choose("Forward");
     dialog = stage.Dialog("frmForward");
     stage.Take("27g-forward-remembered", {dialog});
     stage.CloseDialog(dialog, "btOk");
     stage.Take("27h-forward-workbook-in-use", {stage.Box()});
     QFile::remove(lock);
-    stage.Answer(Text(Str::Retry));
+    stage.Answer(Text(Str::Retry).remove(u'&'));
     stage.Idle();
     stage.Take("27i-forwarded-after-retry");
 }
@@ -163,14 +162,13 @@ void ForwardManyRows(Stage &stage)
 {
     Write(Stage::Document(u"night.CSV"_s), Night());
     stage.Open(Stage::Document(u"night.CSV"_s));
-    stage.ClickTool("Forward");
+    stage.Choose("Forward");
     ForwardToNew(stage, u"Oven 2, night of November 20"_s, Stage::Document(u"night.xlsx"_s));
     stage.Wait([&stage] { return stage.Cancel()->isVisible(); }, u"Nothing is forwarded."_s);
     stage.Click("btCancel", stage.Cancel()); // at once: the writing does not wait for it
     stage.Take("28b-forwarding-canceled", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
-    stage.ClickTool("Forward");
+    stage.Dismiss();
+    stage.Choose("Forward");
     ForwardToNew(stage, u"Oven 2, night of November 20"_s, Stage::Document(u"night.xlsx"_s));
     TakeProgress(stage, "28a-forwarding");
     stage.Idle();
@@ -191,8 +189,7 @@ void ForwardRun(Stage &stage)
     Require(QDir().rmdir(stick), u"The folder \"%1\" cannot be removed."_s.arg(stick));
     stage.BeginSecond();
     stage.TakeAll("29c-run-not-forwarded", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
 }
 
 void DrawWorkbooks(Stage &stage)

@@ -26,12 +26,7 @@ QPoint PlaceOf(const Chart *graph, int sample)
 
 QWidget *ToolTip()
 {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *const one : windows) {
-        if (one->windowType() == Qt::ToolTip && one->isVisible())
-            return one;
-    }
-    return nullptr;
+    return OpenOne<QWidget>("qtooltip_label");
 }
 
 void TurnWheel(Chart *graph, int notches)
@@ -45,7 +40,7 @@ void TurnWheel(Chart *graph, int notches)
 
 QDialog *OpenSetup(Stage &stage)
 {
-    stage.Choose("mnuSetup", "mnuSetupGraph");
+    stage.Choose("mnuSetupGraph");
     return stage.Dialog("frmSetting");
 }
 
@@ -55,16 +50,14 @@ void GraphSetup(Stage &stage)
 {
     QDialog *dialog = OpenSetup(stage);
     stage.Take("15a-graph-setup", {dialog});
-    stage.Type("tbEnd", u"10"_s, dialog);
+    stage.Type(dialog, {{"tbEnd", u"10"_s}});
     stage.Take("15b-graph-setup-custom", {dialog});
-    stage.Type("tbTick", u"none"_s, dialog);
+    stage.Type(dialog, {{"tbTick", u"none"_s}});
     stage.Click("btOk", dialog);
     stage.Take("15c-graph-setup-illegal", {dialog, stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     stage.Take("15d-graph-setup-refused", {stage.Dialog("frmSetting")});
-    stage.Type("tbTick", u"1"_s, dialog);
-    stage.Type("tbLabel", u"2"_s, dialog);
+    stage.Type(dialog, {{"tbTick", u"1"_s}, {"tbLabel", u"2"_s}});
     stage.Click("btApply", dialog);
     stage.Graph()->repaint();
     stage.Take("15e-graph-setup-applied", {dialog});
@@ -80,10 +73,7 @@ void GraphSetup(Stage &stage)
 
     dialog = OpenSetup(stage);
     stage.Click("obXauto", dialog);
-    stage.Type("tbMin", u"-5"_s, dialog);
-    stage.Type("tbMax", u"15"_s, dialog);
-    stage.Type("tbMajor", u"4"_s, dialog);
-    stage.Type("tbMinor", u"5"_s, dialog);
+    stage.Type(dialog, {{"tbMin", u"-5"_s}, {"tbMax", u"15"_s}, {"tbMajor", u"4"_s}, {"tbMinor", u"5"_s}});
     stage.Take("15f-graph-setup-custom-y", {dialog});
     stage.CloseDialog(dialog, "btOk");
     stage.Take("16c-graph-custom-y");

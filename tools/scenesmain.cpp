@@ -25,21 +25,16 @@ constexpr QPoint FarRight(1280, 67);
 
 QWidget *Splash()
 {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *const one : windows) {
-        if (one->objectName() == "frmSplash"_L1 && one->isVisible())
-            return one;
-    }
-    return nullptr;
+    return OpenOne<QWidget>("frmSplash");
 }
 
 /// Begins a download that is not to be forwarded; a fault of the instrument counts from here on.
 void BeginDownload(Stage &stage, const char *fault = "none")
 {
-    stage.ClickTool("Mdata");
+    stage.Choose("Mdata");
     stage.Box();
     stage.Fault(fault);
-    stage.Answer(QMessageBox::No);
+    stage.Answer(u"No"_s);
 }
 
 void Download(Stage &stage)
@@ -51,21 +46,20 @@ void Download(Stage &stage)
 
 void DiscardData(Stage &stage)
 {
-    stage.Choose("mnuFile", "mnuFileClose");
-    stage.Answer(QMessageBox::No);
+    stage.Choose("mnuFileClose");
+    stage.Answer(u"No"_s);
     stage.Idle();
 }
 
 /// OK in the port dialog opens the port again, and brings MEASURE and SOURCE back.
 void OpenPortAgain(Stage &stage)
 {
-    stage.Choose("mnuSetup", "mnuSetupCommport");
-    stage.Send([&] {
+    stage.Choose("mnuSetupCommport");
+    stage.See([&] {
         stage.CloseDialog(stage.Dialog("frmPort"), "btOk");
         stage.Idle();
         stage.Second();
     });
-    stage.Second();
 }
 
 } // namespace
@@ -77,20 +71,19 @@ void FirstStart(Stage &stage)
     stage.Wait([] { return Splash() != nullptr; }, u"The splash window did not appear."_s);
     stage.TakeOnly(u"01-splash"_s, {Splash()});
     stage.TakeAll("05a-port-error-unassigned", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
+    stage.Answer(u"OK"_s);
     QDialog *dialog = stage.Dialog("frmPort");
     stage.Take("04a-port-dialog-unassigned", {dialog});
     QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), stage.Device());
-    stage.Send([&] {
+    stage.See([&] {
         stage.CloseDialog(dialog, "btOk");
         stage.Idle();
         stage.Second();
     });
-    stage.Second();
     stage.TakeAll("02a-first-start");
 
-    stage.Choose("mnuView", "mnuViewSource");
-    stage.Choose("mnuSetup", "mnuSetupCommport");
+    stage.Choose("mnuViewSource");
+    stage.Choose("mnuSetupCommport");
     dialog = stage.Dialog("frmPort");
     stage.Take("04b-port-dialog-assigned", {dialog});
     QTest::keyClick(stage.Find<QComboBox>("cbPort", dialog), Qt::Key_Down);
@@ -98,7 +91,7 @@ void FirstStart(Stage &stage)
     stage.Take("04c-port-dialog-unplugged-device", {dialog});
     stage.Click("btOk", dialog);
     stage.TakeAll("05b-port-error-unplugged-device", {dialog, stage.Box()});
-    stage.Answer(QMessageBox::Ok);
+    stage.Answer(u"OK"_s);
     stage.CloseDialog(dialog, "btCancel");
 }
 
@@ -113,7 +106,7 @@ void Main(Stage &stage)
         stage.Take(picture.constData(), {menu});
         stage.CloseMenu(menu);
     }
-    stage.Choose("mnuSetup", "mnuSetupCommport");
+    stage.Choose("mnuSetupCommport");
     QDialog *const dialog = stage.Dialog("frmPort");
     stage.Take("04d-port-dialog-simulated", {dialog});
     stage.CloseDialog(dialog, "btCancel");
@@ -127,8 +120,7 @@ void CancelledDownload(Stage &stage)
     stage.Take("07a-download-canceling", {stage.Cancel()});
     stage.Take("07b-download-cancelled", {stage.Box()});
     stage.Fault("none");
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     DiscardData(stage);
 }
 
@@ -151,9 +143,9 @@ void Downloads(Stage &stage)
 
 void DataWindows(Stage &stage)
 {
-    stage.Choose("mnuRealtime", "mnuRealtimeNew");
+    stage.Choose("mnuRealtimeNew");
     stage.Take("09a-realtime-window-new");
-    stage.ClickTool("New");
+    stage.Choose("New");
     stage.Take("09b-data-windows-cascaded");
     stage.Data()->close();
     stage.Wait([&] { return stage.DataWindows().size() == 2; }, u"The empty window did not close."_s);
@@ -169,14 +161,12 @@ void SilentInstrument(Stage &stage)
 {
     BeginDownload(stage, "silent-from=12");
     stage.Take("10a-time-out", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     stage.BeginSecond();
     QMessageBox *const box = stage.Box();
     stage.Fade();
     stage.TakeAll("10b-no-answer", {box});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     stage.Fault("none");
     DiscardData(stage);
     OpenPortAgain(stage);
@@ -187,15 +177,13 @@ void Unplugged(Stage &stage)
 {
     BeginDownload(stage, "hang-up=28");
     stage.Take("11a-unplugged-half-way", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     stage.Fault("none");
     stage.BeginSecond();
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
     stage.Take("11b-unplugged-status-bar");
     // Opened too early MEASURE stays empty, until OK in the port dialog finds the instrument.
-    stage.Choose("mnuView", "mnuViewMoniter");
+    stage.Choose("mnuViewMoniter");
     stage.TakeAll("11c-unplugged-measure");
     stage.server.PlugIn();
     OpenPortAgain(stage);
@@ -204,7 +192,7 @@ void Unplugged(Stage &stage)
 
 void Leaving(Stage &stage)
 {
-    stage.Choose("mnuHelp", "mnuHelpAbout");
+    stage.Choose("mnuHelpAbout");
     const QPointer<QDialog> about = stage.Dialog("frmAbout");
     stage.Take("13-about", {about});
     QTest::keyClick(about, Qt::Key_Escape);
@@ -212,15 +200,15 @@ void Leaving(Stage &stage)
     stage.window->close();
     stage.Take("12-unsaved-question", {stage.Box()});
     for (qsizetype i = stage.DataWindows().size(); i > 0; --i)
-        stage.Answer(QMessageBox::No);
+        stage.Answer(u"No"_s);
     stage.Wait([&] { return stage.hasLeft; }, u"The program did not end."_s);
 }
 
 void StartWithReadings(Stage &stage)
 {
     stage.StartUp(FarRight);
-    stage.Choose("mnuView", "mnuViewMoniter");
-    stage.ClickTool("Source");
+    stage.Choose("mnuViewMoniter");
+    stage.Choose("Source");
     stage.window->resize(RoomyWindow);
     Download(stage);
 }

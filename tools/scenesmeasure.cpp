@@ -5,6 +5,8 @@
 
 #include <QScreen>
 
+#include <tuple>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace px40 {
@@ -24,57 +26,38 @@ void StartLive(Stage &stage)
 
 void MeasureStates(Stage &stage)
 {
-    struct Range
-    {
-        const char16_t *name;
-        int function;
-        int range;
+    // The pictures, the keys pressed before each, and what the reading is like.
+    static constexpr std::tuple<const char *, const char *, char> States[] = {
+        {"20b-measure-dc-volts", "measure 1 0", sim::NormalState},
+        {"20b-measure-dc-millivolts", "measure 4 0", sim::NormalState},
+        {"20b-measure-ac-volts", "measure 0 0", sim::NormalState},
+        {"20b-measure-thermocouple", "measure 4 1", sim::NormalState},
+        {"20b-measure-pt100", "measure 5 0", sim::NormalState},
+        {"20b-measure-jpt100", "measure 5 1", sim::NormalState},
+        {"20b-measure-kilohertz", "measure 6 2", sim::NormalState},
+        {"20b-measure-counts", "measure 6 3", sim::NormalState},
+        {"20b-measure-milliamperes", "measure 7 0", sim::NormalState},
+        {"20c-measure-over-range", "measure 3 0", sim::OverState},
+        {"20d-measure-burn-out", "measure 4 1", sim::BurnOutState},
+        {"20e-measure-off", "MO0", sim::NormalState},
     };
-    static constexpr Range Ranges[] = {
-        {u"dc-volts", 1, 0},     {u"dc-millivolts", 4, 0}, {u"ac-volts", 0, 0},
-        {u"thermocouple", 4, 1}, {u"pt100", 5, 0},         {u"jpt100", 5, 1},
-        {u"kilohertz", 6, 2},    {u"counts", 6, 3},        {u"milliamperes", 7, 0},
-    };
-    for (const Range &range : Ranges) {
-        stage.Set([&](sim::Instrument &i) { i.SetMeasure(range.function, range.range); });
-        stage.TakeOnly(u"20b-measure-"_s + QString::fromUtf16(range.name), {stage.Moniter()});
+    for (const auto &[picture, orders, state] : States) {
+        stage.server.WithInstrument([state = state](sim::Instrument &i) { i.SetMeasureState(state); });
+        stage.Set(orders);
+        stage.TakeOnly(QString::fromLatin1(picture), {stage.Moniter()});
     }
-    stage.Set([](sim::Instrument &i) {
-        i.SetMeasure(3, 0);
-        i.SetMeasureState(sim::OverState);
-    });
-    stage.TakeOnly(u"20c-measure-over-range"_s, {stage.Moniter()});
-    stage.Set([](sim::Instrument &i) {
-        i.SetMeasure(4, 1);
-        i.SetMeasureState(sim::BurnOutState);
-    });
-    stage.TakeOnly(u"20d-measure-burn-out"_s, {stage.Moniter()});
-    stage.Set([](sim::Instrument &i) {
-        i.SetMeasureState(sim::NormalState);
-        i.SetMeasureOn(false);
-    });
-    stage.TakeOnly(u"20e-measure-off"_s, {stage.Moniter()});
 }
 
 void MeasureInUse(Stage &stage)
 {
-    stage.Send([&] { stage.Click("btMeasOnOff", stage.Moniter()); });
-    stage.Second();
+    stage.See([&] { stage.Click("btMeasOnOff", stage.Moniter()); });
     // The source side has just taken measuring away, of which the program does not know yet.
     stage.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(9); });
     stage.Send([&] { stage.Click("btMeasOnOff", stage.Moniter()); });
     stage.TakeOnly(u"20j-measure-refused"_s, {stage.Moniter()});
-    stage.Set([](sim::Instrument &i) {
-        i.SetMeasure(6, 1);
-        i.SetSource(3, 1);
-        i.SetSourceMode(1);
-        i.SetOptionFlags("10000000");
-    });
+    stage.Set("measure 6 1; source 3 1; mode 1; options 10000000");
     stage.TakeAll("20f-measure-source-mode");
-    stage.Set([](sim::Instrument &i) {
-        i.SetSourceMode(0);
-        i.SetMeasure(1, 0);
-    });
+    stage.Set("mode 0; measure 1 0");
 
     QWidget *const moniter = stage.Moniter();
     const QRect before = moniter->geometry();
@@ -87,8 +70,7 @@ void MeasureInUse(Stage &stage)
     stage.server.WithInstrument([](sim::Instrument &i) { i.SetCommMode(sim::CommMode::Printer); });
     stage.BeginSecond();
     stage.TakeAll("20i-printer-mode", {stage.Box()});
-    stage.Answer(QMessageBox::Ok);
-    stage.Idle();
+    stage.Dismiss();
 }
 
 } // namespace px40

@@ -3,6 +3,7 @@
 #include "acquire/frmmoniter.h"
 #include "document/frmdata.h"
 #include "graph/chart.h"
+#include "simulator/keyorders.h"
 #include "source/frmsource.h"
 
 #include <QAction>
@@ -19,7 +20,6 @@
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
-#include <QToolBar>
 #include <QWindow>
 
 #include <algorithm>
@@ -33,19 +33,6 @@ namespace {
 constexpr int HourMs = 3600 * 1000;
 /// Three silent attempts do not take long; an instrument that answers does so much sooner.
 constexpr int ReplyTimeoutMs = 400;
-
-/// The top-level window of that kind and object name that is open; another one may be about to go.
-template <typename Window>
-Window *OpenOne(const char *name = nullptr)
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *const one : windows) {
-        auto *const window = qobject_cast<Window *>(one);
-        if (window && window->isVisible() && (!name || window->objectName() == QLatin1StringView(name)))
-            return window;
-    }
-    return nullptr;
-}
 
 } // namespace
 
@@ -62,11 +49,6 @@ Desktop::~Desktop()
 Stage::Stage(Camera &camera, Port port)
     : Program(prompts, Unpaced(), &clock, port, ReplyTimeoutMs), camera_(&camera)
 {
-}
-
-Stage::~Stage()
-{
-    Settle();
 }
 
 QString Stage::Document(const QString &name)
@@ -108,6 +90,12 @@ void Stage::BeginSecond()
         Q_EMIT window->tmRealtime.tick();
 }
 
+void Stage::Seconds(int count)
+{
+    for (int second = 0; second < count; ++second)
+        Second();
+}
+
 void Stage::Fade()
 {
     Q_EMIT window->findChild<Timer *>(u"tmFade"_s)->tick();
@@ -129,12 +117,11 @@ void Stage::SecondsUntil(const std::function<bool()> &done, const QString &sente
 
 void Stage::StartUp(const QPoint &sourcePlace)
 {
-    Send([this] {
+    See([this] {
         Program::StartUp();
         Idle();
         Second();
     });
-    Second();
     Source()->move(sourcePlace);
 }
 
@@ -150,31 +137,25 @@ void Stage::Send(const std::function<void()> &act)
     Idle();
 }
 
-void Stage::Set(const std::function<void(sim::Instrument &)> &change)
+void Stage::See(const std::function<void()> &act)
 {
-    server.WithInstrument([&](sim::Instrument &instrument) { change(instrument); });
+    Send(act);
     Second();
 }
 
-void Stage::Settle()
+void Stage::Set(const char *orders)
 {
-    server.SetFaults({});
-    const auto settled = [this] {
-        if (QWidget *const popup = QApplication::activePopupWidget())
-            popup->close();
-        if (QWidget *const modal = QApplication::activeModalWidget())
-            modal->close();
-        for (const char *const name : {"frmCancel", "frmSrcValueSet"}) {
-            if (auto *const dialog = OpenOne<QDialog>(name))
-                dialog->close();
-        }
-        if (Action("Stop")->isEnabled()) {
-            Action("Stop")->trigger();
-            BeginSecond();
-        }
-        return services.jobs.Running() == 0;
-    };
-    WaitUntil(settled);
+    const QList<QByteArray> all = QByteArray(orders).split(';');
+    for (const QByteArray &one : all) {
+        const std::string order = one.trimmed().toStdString();
+        std::string error;
+        const bool done = server.WithInstrument([&](sim::Instrument &instrument) {
+            return sim::IsKeyOrder(order) ? sim::ObeyKeys(order, instrument, &error)
+                                          : instrument.Answer(order) == "OK";
+        });
+        Require(done, u"The instrument does not obey \"%1\"."_s.arg(QString::fromStdString(order)));
+    }
+    Second();
 }
 
 QWidget *Stage::Moniter() const
@@ -189,7 +170,7 @@ QWidget *Stage::Source() const
 
 void Stage::Open(const QString &name)
 {
-    Choose("mnuFile", "mnuFileOpen");
+    Choose("mnuFileOpen");
     ChooseFile(name);
     Idle();
 }
@@ -252,18 +233,20 @@ void Stage::Click(QWidget *widget)
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-void Stage::ClickTool(const char *name)
+void Stage::Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts)
 {
-    auto *const main = Find<QToolBar>("tbMain")->widgetForAction(Action(name));
-    Click(main ? main : Find<QToolBar>("tbSub")->widgetForAction(Action(name)));
+    for (const auto &[field, text] : texts) {
+        auto *const edit = Find<QLineEdit>(field, parent);
+        Click(edit);
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+    }
 }
 
-void Stage::Type(const char *field, const QString &text, const QObject *parent)
+void Stage::Choose(const char *action)
 {
-    auto *const edit = Find<QLineEdit>(field, parent);
-    Click(edit);
-    edit->selectAll();
-    QTest::keyClicks(edit, text);
+    Require(Action(action)->isEnabled(), u"\"%1\" cannot be chosen."_s.arg(QLatin1StringView(action)));
+    Action(action)->trigger();
 }
 
 QMenu *Stage::OpenMenu(const char *name)
@@ -279,14 +262,7 @@ void Stage::CloseMenu(QMenu *menu)
 {
     QTest::keyClick(menu, Qt::Key_Escape);
     QTest::keyClick(window->menuBar(), Qt::Key_Escape); // the highlight in the menu bar
-    AwaitClosed(menu);
-}
-
-void Stage::Choose(const char *menu, const char *item)
-{
-    QMenu *const opened = OpenMenu(menu);
-    QTest::mouseClick(opened, Qt::LeftButton, {}, opened->actionGeometry(Action(item)).center());
-    AwaitClosed(opened);
+    Wait([menu] { return !menu->isVisible(); }, u"The menu %1 did not close."_s.arg(menu->objectName()));
 }
 
 QMenu *Stage::OpenContextMenu(QWidget *widget, const QPoint &place)
@@ -307,50 +283,33 @@ void Stage::ChooseItem(QMenu *menu, const QString &text)
     QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
 }
 
-QMessageBox *Stage::Box()
+void Stage::Close(QWidget *closing, const std::function<void()> &act)
 {
-    Wait([] { return OpenOne<QMessageBox>() != nullptr; }, u"No message box appeared."_s);
-    auto *const box = OpenOne<QMessageBox>();
-    BringToFront(box);
-    return box;
+    const QPointer<QWidget> open = closing;
+    const QString name = closing->objectName();
+    act();
+    Wait([open] { return !open; }, u"The window \"%1\" did not close."_s.arg(name));
 }
 
-void Stage::Answer(QMessageBox::StandardButton button, QMessageBox *box)
+void Stage::Answer(const QString &button)
 {
-    QMessageBox *const asked = box ? box : Box();
-    ClickAnswer(asked, asked->button(button));
+    QMessageBox *const box = Box();
+    const QList<QAbstractButton *> all = box->buttons();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](auto *one) { return one->text().remove(u'&') == button; });
+    Require(found != all.end(), u"The message box lacks the button: %1"_s.arg(box->text()));
+    Close(box, [&] { Click(*found); });
 }
 
-void Stage::Answer(const QString &button, QMessageBox *box)
+void Stage::Dismiss()
 {
-    QMessageBox *const asked = box ? box : Box();
-    const QList<QAbstractButton *> all = asked->buttons();
-    const auto found = std::find_if(all.begin(), all.end(), [&](auto *one) { return one->text() == button; });
-    ClickAnswer(asked, found == all.end() ? nullptr : *found);
-}
-
-void Stage::ClickAnswer(QMessageBox *box, QWidget *button)
-{
-    Require(button, u"The message box lacks the button: %1"_s.arg(box->text()));
-    const QPointer<QWidget> open = box;
-    Click(button);
-    Wait([open] { return !open; }, u"The message box did not close."_s);
-}
-
-QDialog *Stage::Dialog(const char *name)
-{
-    const auto opened = [&] { return OpenOne<QDialog>(name) != nullptr; };
-    Wait(opened, u"The dialog %1 did not open."_s.arg(QLatin1StringView(name)));
-    auto *const dialog = OpenOne<QDialog>(name);
-    BringToFront(dialog);
-    return dialog;
+    Answer(u"OK"_s);
+    Idle();
 }
 
 void Stage::CloseDialog(QDialog *dialog, const char *button)
 {
-    const QPointer<QDialog> open = dialog;
-    Click(button, dialog);
-    Wait([open] { return !open; }, u"The dialog did not close."_s);
+    Close(dialog, [&] { Click(button, dialog); });
 }
 
 void Stage::ChooseFile(const QString &name)
@@ -366,14 +325,8 @@ void Stage::ChooseFile(const QString &name)
 
 void Stage::CancelFile()
 {
-    const QPointer<QDialog> open = FileDialog();
-    QTest::keyClick(open, Qt::Key_Escape);
-    Wait([open] { return !open; }, u"The file dialog did not close."_s);
-}
-
-void Stage::AwaitClosed(QWidget *closing)
-{
-    Wait([closing] { return !closing->isVisible(); }, u"\"%1\" did not close."_s.arg(closing->objectName()));
+    QDialog *const dialog = FileDialog();
+    Close(dialog, [dialog] { QTest::keyClick(dialog, Qt::Key_Escape); });
 }
 
 } // namespace px40

@@ -5,12 +5,16 @@
 #include "testing/program.h"
 #include "tools/camera.h"
 
+#include <QApplication>
+#include <QDialog>
 #include <QList>
 #include <QMessageBox>
 #include <QStringList>
 #include <QWidget>
 
-class QDialog;
+#include <utility>
+#include <vector>
+
 class QMenu;
 class QUrl;
 
@@ -19,6 +23,21 @@ namespace px40 {
 class Chart;
 
 using Widgets = QList<QWidget *>;
+
+/// The top-level window of that kind, and of that object name if there is one, that is open; another one may
+/// be about to go.
+template <typename Window>
+Window *OpenOne(const char *name = "")
+{
+    const QString wanted = QString::fromLatin1(name);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *const one : windows) {
+        auto *const window = qobject_cast<Window *>(one);
+        if (window && window->isVisible() && (wanted.isEmpty() || window->objectName() == wanted))
+            return window;
+    }
+    return nullptr;
+}
 
 /// Stands in for the desktop when a file is to be shown: no program is started, as long as this lives.
 class Desktop : public QObject
@@ -49,7 +68,6 @@ class Stage : public StageParts, public Program
 {
   public:
     Stage(Camera &camera, Port port);
-    ~Stage();
 
     /// Below the user's documents.
     static QString Document(const QString &name);
@@ -69,19 +87,20 @@ class Stage : public StageParts, public Program
     /// The next second begins; whatever it brings may still be under way.
     void BeginSecond();
     void Second();
+    void Seconds(int count);
     /// Nothing new has come for a while.
     void Fade();
     /// The same until the condition holds.
     void SecondsUntil(const std::function<bool()> &done, const QString &sentence);
     /// Does what makes the program send a command to switch or set something, and waits until it has its
-    /// reply.
+    /// reply; then a second passes, so that the windows show what came of it.
     void Send(const std::function<void()> &act);
+    void See(const std::function<void()> &act);
     /// Starts the program, waits for the first status and moves the SOURCE window to that place.
     void StartUp(const QPoint &sourcePlace);
-    /// Lets somebody turn the instrument's knobs, and a status come.
-    void Set(const std::function<void(sim::Instrument &)> &change);
-    /// Ends whatever a failed scenario has left open.
-    void Settle();
+    /// Lets somebody turn the instrument's knobs, and a status come. `orders`: its keys
+    /// (simulator/keyorders.h) and its own commands, with semicolons between.
+    void Set(const char *orders);
 
     /// The MEASURE or the SOURCE window; null while it is closed.
     QWidget *Moniter() const;
@@ -109,21 +128,22 @@ class Stage : public StageParts, public Program
     void BringToFront(QWidget *window);
     void Click(QWidget *widget);
     void Click(const char *name, const QObject *parent) { Click(Find<QWidget>(name, parent)); }
-    void ClickTool(const char *name);
-    /// Types a text in place of the one in that field.
-    void Type(const char *field, const QString &text, const QObject *parent);
+    /// Types texts in place of those in the fields of that name.
+    void Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts);
+    /// Chooses the item of a menu or the tool of that name.
+    void Choose(const char *action);
     QMenu *OpenMenu(const char *name);
     void CloseMenu(QMenu *menu);
-    void Choose(const char *menu, const char *item);
     /// Opens the menu that a widget has for that place, with the right mouse button.
     QMenu *OpenContextMenu(QWidget *widget, const QPoint &place);
     void ChooseItem(QMenu *menu, const QString &text);
 
-    QMessageBox *Box();
-    /// Clicks the button of a message box and waits until the box is gone; the box that opens, or that one.
-    void Answer(QMessageBox::StandardButton button, QMessageBox *box = nullptr);
-    void Answer(const QString &button, QMessageBox *box = nullptr);
-    QDialog *Dialog(const char *name);
+    QMessageBox *Box() { return AwaitOpen<QMessageBox>(); }
+    /// Clicks the button of the message box that is open or opens, and waits until the box is gone.
+    void Answer(const QString &button);
+    /// The same with OK, until the procedure that has shown the box has ended.
+    void Dismiss();
+    QDialog *Dialog(const char *name) { return AwaitOpen<QDialog>(name); }
     /// Clicks the button and waits until the dialog is gone.
     void CloseDialog(QDialog *dialog, const char *button);
     /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
@@ -135,8 +155,18 @@ class Stage : public StageParts, public Program
   private:
     /// The next tick of the status check and the fading of old values come by hand.
     void HoldTimers();
-    void ClickAnswer(QMessageBox *box, QWidget *button);
-    void AwaitClosed(QWidget *closing);
+    /// The window of that kind and name, in front, when it has opened.
+    template <typename Window>
+    Window *AwaitOpen(const char *name = "")
+    {
+        Wait([name] { return OpenOne<Window>(name) != nullptr; },
+             QStringLiteral("No window %1 opened.").arg(QString::fromLatin1(name)));
+        auto *const opened = OpenOne<Window>(name);
+        BringToFront(opened);
+        return opened;
+    }
+    /// Does what closes a window, and waits until it has gone.
+    void Close(QWidget *window, const std::function<void()> &act);
 
     Camera *camera_;
 };
