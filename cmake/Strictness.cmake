@@ -16,6 +16,10 @@ target_compile_options(px40_plain INTERFACE -Wall -Wextra -Wconversion -Wshadow 
 if(PX40_WERROR)
   target_compile_options(px40_plain INTERFACE -Werror)
 endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A source that is included into another one counts as a header, whose coroutines must not hold what only it knows.
+  target_compile_options(px40_plain INTERFACE -Wno-subobject-linkage)
+endif()
 if(PX40_SANITIZE)
   # What the sanitizers put into the code makes g++ see uninitialised values where there are none.
   target_compile_options(px40_plain INTERFACE -fsanitize=${PX40_SANITIZE} -fno-omit-frame-pointer
