@@ -268,9 +268,9 @@ class DataSetFileTest : public QObject
         int pauses = 0;
         Renaming renaming = Renaming::OfTheSystem();
         renaming.pause = [&pauses](int) { ++pauses; };
-        renaming.rename = [&tried, e = error, n = failures](const QString &from, const QString &to,
-                                                            bool mayReplace) {
-            return ++tried > n ? Renaming::OfTheSystem().rename(from, to, mayReplace) : e;
+        renaming.rename = [&tried, code = error, most = failures](const QString &from, const QString &to,
+                                                                  bool mayReplace) {
+            return ++tried > most ? Renaming::OfTheSystem().rename(from, to, mayReplace) : code;
         };
         {
             Replacement file(name, renaming);

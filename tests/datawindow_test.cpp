@@ -8,6 +8,7 @@
 #include "testing/program.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
@@ -353,6 +354,9 @@ class DataWindowTest : public QObject
         QTRY_VERIFY(!dialog);
         QCOMPARE(bar->value(), 0); // drawn from the first sample again
         QVERIFY(data->Data()->Saved());
+
+        QMetaObject::invokeMethod(program.Find("chData"), "copyRequested");
+        QVERIFY(QGuiApplication::clipboard()->mimeData()->hasImage());
 
         program.prompts.files = {program.Path("gone/graph.pdf")};
         QMetaObject::invokeMethod(program.Find("chData"), "saveAsRequested");

@@ -103,16 +103,16 @@ class DownloadTest : public QObject
             {"err=6", {Memory, 3, command, 0}},
             {"hang-up=1", {Memory, 0, lost, 0}},
             {"hang-up=30,half", {Memory, 27, lost, 0}},
-            {"silent ", {Save, 0, timeout, 10}}, // five tries to begin, five to end
-            {"wrong-check", {Save, 0, badData, 3}},
-            {"garbage=2", {Save, 0, badData, 3}},
+            {"SAVE silent", {Save, 0, timeout, 10}}, // five tries to begin, five to end
+            {"SAVE wrong-check", {Save, 0, badData, 3}},
+            {"SAVE garbage=2", {Save, 0, badData, 3}},
         });
     }
 
     void FaultsEndInAFailureOrInAllRows()
     {
         const auto [mode, rows, failure, commands] = ThisRow<Faulty>();
-        const QByteArray fault = QByteArray(QTest::currentDataTag()).trimmed(); // the row's name
+        const QByteArray fault = QByteArray(QTest::currentDataTag()).split(' ').last();
         DownloadRig rig(fault.constData());
         const Result<> received = rig.Fetch(mode);
         QCOMPARE(received ? QString() : received.error().text, failure);

@@ -100,14 +100,13 @@ class MainCommandsTest : public QObject
 
     void LeavingAsksAboutEachWindow()
     {
-        const auto [answers, questions, leaves, whatElse] = ThisRow<Asked>();
-        const Meanwhile meanwhile = whatElse;
+        const auto [answers, questions, leaves, meanwhile] = ThisRow<Asked>();
         Rig rig;
         for (const bool answer : answers) {
             rig.commands.AddDataSet(KindMemory);
             rig.mayClose.push_back(answer);
         }
-        rig.onQuestion = [&] { meanwhile(&rig); };
+        rig.onQuestion = [&rig, happen = meanwhile] { happen(&rig); };
         rig.commands.Leave();
         QVERIFY(rig.NoJobLeft());
         if (leaves)

@@ -66,6 +66,9 @@ class WindowTest : public QObject
         // What needs a data window is shown but cannot be chosen.
         for (const char *const item : {"mnuFileForward", "mnuRealtimeStart", "Stop"})
             QVERIFY2(!program.Action(item)->isEnabled(), item);
+        ScriptedPrompts prompts;
+        const Program demo(prompts, Program::Unpaced(), nullptr, Program::Port::Simulated);
+        QVERIFY(demo.window->windowTitle().contains(u"DEMO"));
         // The same drawing in other colours on a dark ground.
         const QImage light = MakeIcon(u"open", QPalette(Qt::white)).pixmap(24).toImage();
         QVERIFY(light != MakeIcon(u"open", QPalette(Qt::black)).pixmap(24).toImage());
