@@ -43,6 +43,9 @@ QString EnabledCommands(const CommandRules &rules, bool (CommandRules::*isEnable
 
 using Enabled = std::tuple<Situation, const char *, const char *>; // with the items and the buttons
 
+using Placed = std::pair<QRect, QRect>;       // as wanted, and as it is placed
+using Box = std::tuple<QRect, QRect, QPoint>; // the window, its field, where a box comes to stand
+
 } // namespace
 
 class AppTest : public QObject
@@ -168,37 +171,42 @@ class AppTest : public QObject
         QCOMPARE(ProgressValue(true, 1, 99, 100), 1);
     }
 
+    void PlacementIsBroughtOntoAScreen_data()
+    {
+        AddRows<Placed>({
+            {"on the second one", {{1400, 50, 800, 600}, {1400, 50, 800, 600}}},
+            {"its screen is gone", {{5000, 3000, 800, 600}, {480, 200, 800, 600}}},
+            {"above", {{100, -500, 800, 600}, {100, 0, 800, 600}}},
+            {"too large", {{0, 0, 9000, 9000}, {0, 0, 1280, 800}}},
+            {"too small", {{10, 10, 0, 0}, {10, 10, 200, 200}}},
+        });
+    }
+
     void PlacementIsBroughtOntoAScreen()
     {
-        const std::pair<QRect, QRect> cases[] = {
-            {QRect(1400, 50, 800, 600), QRect(1400, 50, 800, 600)},
-            {QRect(5000, 3000, 800, 600), QRect(480, 200, 800, 600)}, // its screen is gone
-            {QRect(100, -500, 800, 600), QRect(100, 0, 800, 600)},
-            {QRect(0, 0, 9000, 9000), QRect(0, 0, 1280, 800)},
-            {QRect(10, 10, 0, 0), QRect(10, 10, 200, 200)},
-        };
-        for (const auto &[wanted, placed] : cases)
-            QCOMPARE(OntoScreen(wanted, {QRect(0, 0, 1280, 800), QRect(1280, 0, 1920, 1080)}), placed);
+        const auto [wanted, placed] = ThisRow<Placed>();
+        QCOMPARE(OntoScreen(wanted, {QRect(0, 0, 1280, 800), QRect(1280, 0, 1920, 1080)}), placed);
+    }
+
+    void BoxesKeepClearOfTheirField_data()
+    {
+        const QRect dialog(400, 300, 480, 240);
+        AddRows<Box>({
+            {"in the middle", {dialog, {420, 320, 100, 24}, {490, 360}}},
+            {"below", {dialog, {600, 400, 100, 24}, {490, 436}}},
+            {"in the middle, above it", {dialog, {600, 500, 100, 24}, {490, 360}}},
+            {"above", {dialog, {600, 370, 100, 360}, {490, 238}}},
+            {"beside the window", {dialog, {420, 10, 440, 780}, {892, 360}}},
+            {"nowhere", {dialog, {0, 0, 1280, 800}, {490, 360}}},
+            {"on another screen", {dialog, {2000, 400, 100, 24}, {490, 360}}},
+            {"at the edge", {{1000, 560, 270, 230}, {1010, 670, 200, 24}, {980, 538}}},
+        });
     }
 
     void BoxesKeepClearOfTheirField()
     {
-        const QRect screen(0, 0, 1280, 800);
-        const QRect dialog(400, 300, 480, 240);
-        const QSize box(300, 120);
-        // The field; where the box comes to stand.
-        const std::pair<QRect, QPoint> rows[] = {
-            {{420, 320, 100, 24}, {490, 360}}, // in the middle, which is clear of it
-            {{600, 400, 100, 24}, {490, 436}}, // below
-            {{600, 500, 100, 24}, {490, 360}},  {{600, 370, 100, 360}, {490, 238}}, // above
-            {{420, 10, 440, 780}, {892, 360}},                                      // beside the window
-            {{0, 0, 1280, 800}, {490, 360}},                                        // nowhere
-            {{2000, 400, 100, 24}, {490, 360}},                                     // on another screen
-        };
-        for (const auto &[field, place] : rows)
-            QCOMPARE(PlaceClearOf(box, dialog, field, {screen}), place);
-        // A window at the edge of the screen.
-        QCOMPARE(PlaceClearOf(box, {1000, 560, 270, 230}, {1010, 670, 200, 24}, {screen}), QPoint(980, 538));
+        const auto [dialog, field, place] = ThisRow<Box>();
+        QCOMPARE(PlaceClearOf(QSize(300, 120), dialog, field, {QRect(0, 0, 1280, 800)}), place);
     }
 
     void RecentFilesAreKept()

@@ -3,16 +3,15 @@
 #include "simulator/keyorders.h"
 #include "simulator/ptyserver.h"
 #include "simulator/statusfile.h"
+#include "testing/rows.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QtTest>
 
 #include <optional>
-#include <tuple>
 
+using namespace px40;
 using namespace px40::sim;
 
 namespace {
@@ -28,6 +27,11 @@ QByteArray Columns(const QByteArray &reply, int first, int width)
     return reply.mid(first - 1, width);
 }
 
+/// The source's function and range, commands, a column of the status and what stands there.
+using Column = std::tuple<int, int, QByteArrayList, int, QByteArray>;
+/// The source and its digits, a command, its reply and the value afterwards.
+using Digits = std::tuple<int, int, int, QByteArray, QByteArray, QByteArray>;
+
 } // namespace
 
 class SimulatorTest : public QObject
@@ -35,30 +39,36 @@ class SimulatorTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void StatusFollowsTheState_data()
+    {
+        AddRows<Column>({
+            {"measuring off", {3, 1, {"MO0"}, 1, "0100              "}},
+            {"output on", {3, 1, {"SO1"}, 19, "1301T  N 0100.0E+0"}},
+            {"millivolts", {3, 0, {"SD-12.3"}, 19, "0300VDCN-012.30E-3"}},
+            {"range of the list", {3, 0, {"SR10"}, 21, "10T  N 0100.0E+0"}},
+            {"thermocouple as voltage", {3, 1, {"TE1"}, 23, "T  N 04.000E-3"}},
+            {"thermometer as resistance", {4, 2, {"TE1"}, 49, "1 00"}},
+            {"frequency", {5, 2, {"SD2.5"}, 23, "F  N 002.50E+3"}},
+            {"ratio", {1, 0, {"ND0412", "NM1"}, 28, "01.667"}},
+            {"ratio beyond the range", {1, 0, {"ND9901", "NM1"}, 26, "O"}},
+            {"ratio off again", {1, 0, {"ND0412", "NM1", "NM0"}, 28, "05.000"}},
+        });
+    }
+
     void StatusFollowsTheState()
     {
-        // The source, commands, a column of the status and what stands there.
-        const std::tuple<int, int, QByteArrayList, int, QByteArray> rows[] = {
-            {3, 1, {"MO0"}, 1, "0100              "},      // measuring off
-            {3, 1, {"SO1"}, 19, "1301T  N 0100.0E+0"},     // output on
-            {3, 0, {"SD-12.3"}, 19, "0300VDCN-012.30E-3"}, // millivolts
-            {3, 0, {"SR10"}, 21, "10T  N 0100.0E+0"},      // range of the list
-            {3, 1, {"TE1"}, 23, "T  N 04.000E-3"},         // thermocouple as voltage
-            {4, 2, {"TE1"}, 49, "1 00"},
-            {5, 2, {"SD2.5"}, 23, "F  N 002.50E+3"}, // frequency
-            {1, 0, {"ND0412", "NM1"}, 28, "01.667"}, // ratio
-            {1, 0, {"ND9901", "NM1"}, 26, "O"},      // ratio beyond the range
-            {1, 0, {"ND0412", "NM1", "NM0"}, 28, "05.000"},
-        };
-        for (const auto &[function, range, commands, column, expected] : rows) {
-            Instrument instrument;
-            instrument.SetSource(function, range);
-            for (const QByteArray &command : commands)
-                QCOMPARE(Ask(instrument, command), "OK");
-            const QByteArray status = Ask(instrument, "OC");
-            QCOMPARE(status.size(), 52);
-            QCOMPARE(Columns(status, column, int(expected.size())), expected);
-        }
+        const auto [function, range, commands, column, expected] = ThisRow<Column>();
+        Instrument instrument;
+        instrument.SetSource(function, range);
+        for (const QByteArray &command : commands)
+            QCOMPARE(Ask(instrument, command), "OK");
+        const QByteArray status = Ask(instrument, "OC");
+        QCOMPARE(status.size(), 52);
+        QCOMPARE(Columns(status, column, int(expected.size())), expected);
+    }
+
+    void OptionsAndModeStandInTheStatus()
+    {
         Instrument instrument;
         instrument.SetOptionBit(7, true);
         instrument.SetCommMode(CommMode::TalkOnly);
@@ -118,25 +128,27 @@ class SimulatorTest : public QObject
         QCOMPARE(ReadStatusFile(file.fileName().toStdString(), &error), std::string(" 1 "));
     }
 
+    void DigitsCarryAndStopAtTheLimits_data()
+    {
+        AddRows<Digits>({
+            {"rightmost digit", {3, 1, 1000, "UP5", "OK", " 0100.1"}},
+            {"carry", {3, 1, 1999, "UP5", "OK", " 0200.0"}},
+            {"up from below zero", {3, 1, -5, "UP4", "OK", " 0000.5"}},
+            {"beyond the upper limit", {3, 1, 13720, "UP5", "ERR", " 1372.0"}},
+            {"beyond the lower limit", {3, 1, -2000, "DW3", "ERR", "-0200.0"}},
+            {"value", {1, 0, 0, "SD+5.1234", "OK", " 05.123"}},
+            {"value beyond the limit", {1, 0, 0, "SD12.001", "ERR", " 00.000"}},
+        });
+    }
+
     void DigitsCarryAndStopAtTheLimits()
     {
-        // The source and its digits, a command, its reply and the value afterwards.
-        const std::tuple<int, int, int, QByteArray, QByteArray, QByteArray> rows[] = {
-            {3, 1, 1000, "UP5", "OK", " 0100.1"},    // rightmost digit
-            {3, 1, 1999, "UP5", "OK", " 0200.0"},    // carry
-            {3, 1, -5, "UP4", "OK", " 0000.5"},      // up from below zero
-            {3, 1, 13720, "UP5", "ERR", " 1372.0"},  // beyond the upper limit
-            {3, 1, -2000, "DW3", "ERR", "-0200.0"},  // beyond the lower limit
-            {1, 0, 0, "SD+5.1234", "OK", " 05.123"}, // value
-            {1, 0, 0, "SD12.001", "ERR", " 00.000"}, // value beyond the limit
-        };
-        for (const auto &[function, range, counts, command, reply, value] : rows) {
-            Instrument instrument;
-            instrument.SetSource(function, range);
-            instrument.SetSourceCounts(counts);
-            QCOMPARE(Ask(instrument, command), reply);
-            QCOMPARE(Columns(Ask(instrument, "OC"), 27, 7), value);
-        }
+        const auto [function, range, counts, command, reply, value] = ThisRow<Digits>();
+        Instrument instrument;
+        instrument.SetSource(function, range);
+        instrument.SetSourceCounts(counts);
+        QCOMPARE(Ask(instrument, command), reply);
+        QCOMPARE(Columns(Ask(instrument, "OC"), 27, 7), value);
     }
 
     void RefusedCommandsChangeNothing()
