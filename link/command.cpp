@@ -2,6 +2,8 @@
 
 #include "resources/strings.h"
 
+#include <iterator>
+
 namespace px40 {
 
 namespace {
@@ -11,6 +13,7 @@ constexpr int RecordAttempts = 5;
 
 /// In the order of `SourceSetting`.
 constexpr const char *SourceTexts[] = {"SO", "UP", "DW", "NM1", "NM0", "ND", "SR", "TE", "PU", "SD"};
+static_assert(std::size(SourceTexts) == static_cast<std::size_t>(SourceSetting::Value) + 1);
 
 LinkCommand Question(const QString &text, ReplyForm reply, int attempts = Attempts)
 {

@@ -48,6 +48,8 @@ constexpr Column Columns[] = {
     {51, 1, &InstrumentStatus::SourceMode},
     {52, 1, &InstrumentStatus::CommMode},
 };
+static_assert(std::get<0>(std::end(Columns)[-1].member) == &InstrumentStatus::CommMode,
+              "CheckCommMode takes the last character of a reply for it");
 constexpr int FullLength = std::end(Columns)[-1].first + std::end(Columns)[-1].width - 1;
 
 bool Read(const QString &field, const Column &column, int *number)
