@@ -153,22 +153,6 @@ class RealtimeTest : public QObject
         QVERIFY(rig.prompts.warnings.isEmpty());
     }
 
-    /// The question is asked again within its second.
-    void LostReplyCostsNoRow()
-    {
-        LiveRig rig(OneHour);
-        const auto dataSet = rig.NewSet(1);
-        QVERIFY(rig.Start(dataSet));
-        rig.Fault("drop-reply=3");
-        rig.Tick(1000);
-        QTRY_COMPARE(rig.Commands().size(), 6);
-        Q_EMIT rig.comm.tmTimeout().tick();
-        QVERIFY(rig.Settled());
-        QVERIFY(rig.Pass(1000));
-        QCOMPARE(Kinds(*dataSet), u"++"_qs);
-        QCOMPARE(rig.Commands().size(), 3 + 4 + 3);
-    }
-
     /// A reply that comes after a long silence is of the second in which it comes; the silence was missed.
     void LateReplyHasItsOwnTime()
     {
