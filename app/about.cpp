@@ -36,7 +36,7 @@ QWidget *MakeContent(QWidget *parent)
     row->setContentsMargins(24, 24, 24, 24);
     row->setSpacing(24);
     auto *const picture = new QLabel(content);
-    picture->setPixmap(ApplicationPixmap(PictureSize, content->devicePixelRatioF()));
+    picture->setPixmap(ApplicationIcon().pixmap({PictureSize, PictureSize}, content->devicePixelRatioF()));
     picture->setFixedSize(PictureSize, PictureSize);
     row->addWidget(picture, 0, Qt::AlignTop);
 

@@ -48,7 +48,7 @@ QString OutcomeText(const ForwardOutcome &outcome)
 ForwardMemory Remembered(const Services &services)
 {
     return {services.settings.ForwardFileText, services.settings.ForwardTitleText,
-            services.store.Get(ForwardSection, OpenAfterKey, QString()) != No};
+            services.store.Get(ForwardSection, OpenAfterKey) != No};
 }
 
 void Remember(const ForwardMemory &memory, Services &services)

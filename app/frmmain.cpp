@@ -69,8 +69,7 @@ frmMain::frmMain(Services &services)
     const auto pixels = [this](double twips) { return TwipsToPixels(twips, logicalDpiX()); };
     const QRect usual(pixels(1000), pixels(1000), pixels(10000), pixels(6500));
     RestoreGeometry(*this, QStringLiteral("Main"), usual, services.store);
-    const QString state =
-        services.store.Get(QStringLiteral("Settings"), QStringLiteral("MainState"), QString());
+    const QString state = services.store.Get(QStringLiteral("Settings"), QStringLiteral("MainState"));
     if (state.toInt() == WindowShape::Maximised)
         setWindowState(Qt::WindowMaximized);
 }

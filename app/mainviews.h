@@ -17,9 +17,6 @@ class DataSet;
 class MainViews
 {
   public:
-    MainViews() = default;
-    MainViews(const MainViews &) = delete;
-    MainViews &operator=(const MainViews &) = delete;
     virtual ~MainViews() = default;
 
     /// The data sets that have a window.

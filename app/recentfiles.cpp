@@ -21,7 +21,7 @@ QString Key(qsizetype place)
 RecentFiles::RecentFiles(UserStore &store) : store_(&store)
 {
     for (int place = 0; place < Most; ++place) {
-        const QString name = store.Get(RecentFilesSection, Key(place), QString());
+        const QString name = store.Get(RecentFilesSection, Key(place));
         if (!name.isEmpty())
             names_.append(name);
     }

@@ -98,10 +98,10 @@ bool WriteOtherBook(const SheetSource &source, const std::string &name)
     for (int row = 2; row < samples; ++row)
         WriteRow(sheet, source, row, inner);
     WriteRow(sheet, source, samples, last);
-    for (int which = 0; which < 3; ++which) {
-        const lxw_row_t row = StatisticsRow + static_cast<lxw_row_t>(which);
-        worksheet_write_string(sheet, row, StatisticsColumn, source.StatisticName(which).c_str(), text);
-        worksheet_write_string(sheet, row, StatisticsColumn + 1, source.StatisticText(which).c_str(), text);
+    lxw_row_t row = StatisticsRow;
+    for (const auto &[what, value] : source.Statistics()) {
+        worksheet_write_string(sheet, row, StatisticsColumn, what.c_str(), text);
+        worksheet_write_string(sheet, row++, StatisticsColumn + 1, value.c_str(), text);
     }
     worksheet_set_selection(sheet, StatisticsRow, StatisticsColumn, StatisticsRow, StatisticsColumn);
     AddChart(book, sheet, source);

@@ -29,7 +29,7 @@ struct RemoveFile
     {
         file->close();
         if (file->exists()) {
-            ClearAttributes(file->fileName());
+            SetHidden(file->fileName(), false);
             file->remove(); // one that stays is overwritten the next time
         }
         delete file;
@@ -47,11 +47,11 @@ Result<WorkFile> FilledFile(const QString &path, const WriteTo &write)
     WorkFile file(path.isEmpty() ? new QTemporaryFile(QDir::tempPath() + QStringLiteral("/px40-XXXXXX.tmp"))
                                  : new QFile(path));
     if (!path.isEmpty())
-        ClearAttributes(path);
+        SetHidden(path, false);
     if (!file->open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered))
         return Fail(file->errorString());
     if (!path.isEmpty())
-        SetHidden(path);
+        SetHidden(path, true);
     const Result<> written = write(*file);
     if (!written)
         return Fail(written.error());

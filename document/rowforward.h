@@ -19,9 +19,6 @@ class RowForward
         Full,  ///< there is no room for it: to be closed
     };
 
-    RowForward() = default;
-    RowForward(const RowForward &) = delete;
-    RowForward &operator=(const RowForward &) = delete;
     virtual ~RowForward() = default;
 
     /// Before the first row of a run. Fails also when the run is to stop (`RealtimeStop`) meanwhile.

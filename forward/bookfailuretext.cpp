@@ -13,63 +13,60 @@ namespace px40 {
 namespace {
 
 /// With a place for the detail where the problem has one.
-Str SentenceOf(BookProblem problem)
+struct Sentence
 {
-    static const std::map<BookProblem, Str> sentences = {
-        {BookProblem::Missing, Str::ForwardFileNotFound},
-        {BookProblem::NoWorkbook, Str::BookNone},
-        {BookProblem::OlderKind, Str::BookLegacy},
-        {BookProblem::Encrypted, Str::BookEncrypted},
-        {BookProblem::Binary, Str::BookBinary},
-        {BookProblem::OpenDocument, Str::BookOpenDocument},
-        {BookProblem::Signed, Str::BookSigned},
-        {BookProblem::Protected, Str::BookProtected},
-        {BookProblem::TooLarge, Str::BookTooLarge},
-        {BookProblem::Unreadable, Str::BookNotRead},
-        {BookProblem::Damaged, Str::BookDamaged},
-        {BookProblem::EndMissing, Str::BookDamaged},
-        {BookProblem::DirectoryDamaged, Str::BookDamaged},
-        {BookProblem::PartDamaged, Str::BookDamaged},
-        {BookProblem::PartTwice, Str::BookDamaged},
-        {BookProblem::FolderMissing, Str::FolderNotThere},
-        {BookProblem::NoFile, Str::FileNotRegular},
-        {BookProblem::ReadOnly, Str::BookReadOnly},
-        {BookProblem::NewReadOnly, Str::FileReadOnly},
-        {BookProblem::FolderReadOnly, Str::BookFolderReadOnly},
-        {BookProblem::FolderClosed, Str::BookFolderClosed},
-        {BookProblem::NotReplaced, Str::BookNotWritten},
-        {BookProblem::NotMade, Str::BookNotMade},
-        {BookProblem::InUse, Str::BookInUse},
-        {BookProblem::Taken, Str::BookTaken},
-        {BookProblem::KeepsChanging, Str::BookKeepsChanging},
-        {BookProblem::Cancelled, Str::Canceled},
-        {BookProblem::Failed, Str::ExportFailed},
+    Str text;
+    Str detail = {}; ///< what is said in that place, around a name; none: the detail itself
+};
+
+Sentence SentenceOf(BookProblem problem)
+{
+    static const std::map<BookProblem, Sentence> sentences = {
+        {BookProblem::Missing, {Str::ForwardFileNotFound}},
+        {BookProblem::NoWorkbook, {Str::BookNone}},
+        {BookProblem::OlderKind, {Str::BookLegacy}},
+        {BookProblem::Encrypted, {Str::BookEncrypted}},
+        {BookProblem::Binary, {Str::BookBinary}},
+        {BookProblem::OpenDocument, {Str::BookOpenDocument}},
+        {BookProblem::Signed, {Str::BookSigned}},
+        {BookProblem::Protected, {Str::BookProtected}},
+        {BookProblem::TooLarge, {Str::BookTooLarge}},
+        {BookProblem::Unreadable, {Str::BookNotRead}},
+        {BookProblem::Damaged, {Str::BookDamaged}},
+        {BookProblem::EndMissing, {Str::BookDamaged, Str::BookEndMissing}},
+        {BookProblem::DirectoryDamaged, {Str::BookDamaged, Str::BookDirectoryDamaged}},
+        {BookProblem::PartDamaged, {Str::BookDamaged, Str::BookPartBroken}},
+        {BookProblem::PartTwice, {Str::BookDamaged, Str::BookPartTwice}},
+        {BookProblem::FolderMissing, {Str::FolderNotThere}},
+        {BookProblem::NoFile, {Str::FileNotRegular}},
+        {BookProblem::ReadOnly, {Str::BookReadOnly}},
+        {BookProblem::NewReadOnly, {Str::FileReadOnly}},
+        {BookProblem::FolderReadOnly, {Str::BookFolderReadOnly}},
+        {BookProblem::FolderClosed, {Str::BookFolderClosed}},
+        {BookProblem::NotReplaced, {Str::BookNotWritten}},
+        {BookProblem::NotMade, {Str::BookNotMade}},
+        {BookProblem::InUse, {Str::BookInUse}},
+        {BookProblem::Taken, {Str::BookTaken}},
+        {BookProblem::KeepsChanging, {Str::BookKeepsChanging}},
+        {BookProblem::Cancelled, {Str::Canceled}},
+        {BookProblem::Failed, {Str::ExportFailed}},
     };
     return sentences.at(problem);
 }
 
-QString DetailOf(const BookFailure &failure)
+/// `text` with the detail in its place, if it has one.
+QString With(const QString &detail, const QString &text)
 {
-    switch (failure.problem) {
-    case BookProblem::EndMissing:
-        return Text(Str::BookEndMissing);
-    case BookProblem::DirectoryDamaged:
-        return Text(Str::BookDirectoryDamaged);
-    case BookProblem::PartDamaged:
-        return Text(Str::BookPartBroken).arg(failure.detail);
-    case BookProblem::PartTwice:
-        return Text(Str::BookPartTwice).arg(failure.detail);
-    default:
-        return failure.detail;
-    }
+    return text.contains(u"%1") ? text.arg(detail) : text;
 }
 
 } // namespace
 
 QString BookFailureText(const BookFailure &failure)
 {
-    const QString sentence = Text(SentenceOf(failure.problem));
-    return sentence.contains(u"%1") ? sentence.arg(DetailOf(failure)) : sentence;
+    const Sentence sentence = SentenceOf(failure.problem);
+    const QString around = Text(sentence.detail);
+    return With(around.isEmpty() ? failure.detail : With(failure.detail, around), Text(sentence.text));
 }
 
 QString BookHolderText(const BookHolder &holder)

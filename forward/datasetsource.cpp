@@ -75,18 +75,13 @@ std::shared_ptr<TableRows> DataSetSource::Rows(bool numbers) const
     return std::make_shared<StoredRows>(data_->Table().Rows(), numbers);
 }
 
-std::string DataSetSource::StatisticName(int which) const
+std::array<std::pair<std::string, std::string>, 3> DataSetSource::Statistics() const
 {
-    constexpr std::array Names = {Str::StatisticMax, Str::StatisticMin, Str::StatisticAvg};
-    return Text(Names.at(static_cast<std::size_t>(which))).toStdString();
-}
-
-std::string DataSetSource::StatisticText(int which) const
-{
-    const QString text = which == 0   ? data_->GetDispmax(true)
-                         : which == 1 ? data_->GetDispmin(true)
-                                      : data_->GetDispavg();
-    return text.toStdString();
+    const auto named = [](Str name, const QString &text) {
+        return std::pair(Text(name).toStdString(), text.toStdString());
+    };
+    return {named(Str::StatisticMax, data_->GetDispmax(true)),
+            named(Str::StatisticMin, data_->GetDispmin(true)), named(Str::StatisticAvg, data_->GetDispavg())};
 }
 
 } // namespace px40

@@ -11,7 +11,7 @@ namespace px40 {
 
 class DataSet;
 
-/// A data set of the program as what is forwarded.
+/// A data set of the program, as forwarding sees it.
 class DataSetSource : public SheetSource
 {
   public:
@@ -20,12 +20,11 @@ class DataSetSource : public SheetSource
     int Samples() const override;
     bool IsSaveMode() const override;
     std::string Cell(int row, int column) const override;
-    std::string StatisticName(int which) const override;
-    std::string StatisticText(int which) const override;
+    std::array<std::pair<std::string, std::string>, 3> Statistics() const override;
     std::string Title() const override { return title_; }
 
-    /// The rows as they are now, however the data set goes on: five columns, the first one the numbers of the
-    /// samples or else their second column.
+    /// The rows as they are now, however the data set goes on: five columns from the second on, the first of
+    /// which gives way to the numbers of the samples where `numbers` says so.
     std::shared_ptr<TableRows> Rows(bool numbers) const;
 
   private:

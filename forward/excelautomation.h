@@ -17,7 +17,7 @@ class ExcelAutomation : public Spreadsheet
     ExcelAutomation();
     ~ExcelAutomation() override;
 
-    /// Whether there is an Excel to be had.
+    /// Whether Excel is installed here.
     static bool IsInstalled();
 
     /// `Busy` for as long as the instance that runs is a hidden one, which another program works with.

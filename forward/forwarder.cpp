@@ -74,7 +74,7 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     co_return ForwardOutcome{samples, *written, choice.openAfter};
 }
 
-/// The name of the file that was written, which a spreadsheet program has not.
+/// Gives the name of the file that was written; empty with a spreadsheet program.
 QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSource> source,
                                               ForwardSteps *forward, WorkbookFile file)
 {
@@ -105,7 +105,7 @@ Result<SheetStep> Forwarder::Step(ForwardSteps *forward, int rows)
     return step;
 }
 
-/// Whatever has happened. The focus is the program's own again by then: the spreadsheet comes up behind it.
+/// Also after a failure. The focus is the program's own again by then: the spreadsheet comes up behind it.
 QCoro::Task<void> Forwarder::ShowSpreadsheet(ForwardSteps *forward)
 {
     co_await NextEventLoopTurn();

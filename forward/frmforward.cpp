@@ -36,25 +36,17 @@ class FileBox : public QLineEdit
     using QLineEdit::QLineEdit;
 
   protected:
-    void dragEnterEvent(QDragEnterEvent *event) override
+    bool event(QEvent *event) override
     {
-        if (TakeFile(event).isEmpty())
-            QLineEdit::dragEnterEvent(event);
-    }
-
-    void dragMoveEvent(QDragMoveEvent *event) override
-    {
-        if (TakeFile(event).isEmpty())
-            QLineEdit::dragMoveEvent(event);
-    }
-
-    void dropEvent(QDropEvent *event) override
-    {
-        const QString file = TakeFile(event);
+        const bool drops = event->type() == QEvent::Drop;
+        if (!drops && event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove)
+            return QLineEdit::event(event);
+        const QString file = TakeFile(static_cast<QDropEvent *>(event));
         if (file.isEmpty())
-            QLineEdit::dropEvent(event);
-        else
+            return QLineEdit::event(event);
+        if (drops)
             setText(QDir::toNativeSeparators(file));
+        return true;
     }
 
   private:
@@ -73,7 +65,7 @@ class FileBox : public QLineEdit
     }
 };
 
-/// Without waiting, as a pipe would have us do.
+/// A pipe is not tried: opening it would wait for its other end.
 bool CanBeOpened(const QString &path)
 {
     QFile file(path);

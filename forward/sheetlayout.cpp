@@ -38,7 +38,7 @@ void WriteRow(SheetTarget &target, const SheetSource &source, int tableRow, bool
     }
 }
 
-/// Takes down what is laid out.
+/// Keeps what is laid out, as a sheet that can be written to a file.
 class SheetNotes : public SheetTarget
 {
   public:
@@ -94,9 +94,10 @@ void WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int
     target.SetBorder(rows, Edge::InsideHorizontal, BorderWeight::Thin);
     target.SetBorder(rows, Edge::InsideVertical, BorderWeight::Thin);
     target.Activate(StatisticsRow, H);
-    for (int which = 0; which < 3; ++which) {
-        target.SetCell(StatisticsRow + which, H, CellFormat::Text, source.StatisticName(which));
-        target.SetCell(StatisticsRow + which, I, CellFormat::Text, source.StatisticText(which));
+    int row = StatisticsRow;
+    for (const auto &[name, text] : source.Statistics()) {
+        target.SetCell(row, H, CellFormat::Text, name);
+        target.SetCell(row++, I, CellFormat::Text, text);
     }
 }
 

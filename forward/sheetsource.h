@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <string>
+#include <utility>
 
 namespace px40 {
 
@@ -8,9 +10,6 @@ namespace px40 {
 class SheetSource
 {
   public:
-    SheetSource() = default;
-    SheetSource(const SheetSource &) = delete;
-    SheetSource &operator=(const SheetSource &) = delete;
     virtual ~SheetSource() = default;
 
     virtual int Samples() const = 0;
@@ -21,9 +20,8 @@ class SheetSource
     /// Cell of the table as the user sees it: `row` 0 is the heading, 1 the first sample; `column` 0 to 5.
     virtual std::string Cell(int row, int column) const = 0;
 
-    /// Maximum, minimum and average (0, 1, 2): what each is called, and its text.
-    virtual std::string StatisticName(int which) const = 0;
-    virtual std::string StatisticText(int which) const = 0;
+    /// Maximum, minimum and average: what each is called, and its text.
+    virtual std::array<std::pair<std::string, std::string>, 3> Statistics() const = 0;
 
     /// Above the table, and on the chart.
     virtual std::string Title() const = 0;

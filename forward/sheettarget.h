@@ -27,9 +27,6 @@ struct SpreadsheetError : std::runtime_error
 class SheetTarget
 {
   public:
-    SheetTarget() = default;
-    SheetTarget(const SheetTarget &) = delete;
-    SheetTarget &operator=(const SheetTarget &) = delete;
     virtual ~SheetTarget() = default;
 
     /// Format first, then value; an empty text leaves an empty cell.

@@ -13,7 +13,7 @@ namespace px40 {
 /// Whether this computer has the spreadsheet program that sheets are written to by automation.
 bool HasSpreadsheet();
 
-/// Its automation; null where it does not have it.
+/// Its automation; null where there is none.
 std::unique_ptr<Spreadsheet> MakeSpreadsheet();
 
 constexpr int BusySpreadsheetMs = 250; ///< after which a busy one is asked again

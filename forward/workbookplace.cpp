@@ -147,7 +147,7 @@ QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, Workboo
 
 void SweepWorkbooks(UserStore &store)
 {
-    const QString name = store.Get(Section, WritingKey, QString());
+    const QString name = store.Get(Section, WritingKey);
     if (name.isEmpty())
         return;
     SweepWorkbook(name);

@@ -5,13 +5,10 @@
 
 namespace px40 {
 
-/// Time of day and time that only runs on. Handed in, so that a test can be a day long.
+/// The time of day, and a time that only runs forward. Handed in, so that a test can be a day long.
 class Clock
 {
   public:
-    Clock() = default;
-    Clock(const Clock &) = delete;
-    Clock &operator=(const Clock &) = delete;
     virtual ~Clock() = default;
 
     /// Milliseconds since the beginning of 1970, UTC, as the computer's clock has it: it may be set.

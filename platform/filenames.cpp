@@ -26,30 +26,23 @@ constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
 constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
 #endif
 
-/// The file system itself knows best: it sees through links and through the case of the name.
-bool SameEntry(const std::filesystem::path &one, const std::filesystem::path &other)
-{
-    std::error_code absent;
-    return std::filesystem::equivalent(one, other, absent);
-}
-
 } // namespace
 
 bool SameFile(const QString &one, const QString &other)
 {
     if (one.isEmpty() || other.isEmpty())
         return false;
-    const QFileInfo first(one);
-    const QFileInfo second(other);
-    if (first.exists() || second.exists())
-        return SameEntry(first.filesystemAbsoluteFilePath(), second.filesystemAbsoluteFilePath());
+    const std::filesystem::path first = QFileInfo(one).filesystemAbsoluteFilePath();
+    const std::filesystem::path second = QFileInfo(other).filesystemAbsoluteFilePath();
+    std::error_code absent;
+    // The file system itself knows best: it sees through links and through the case of the name.
+    if (std::filesystem::exists(first, absent) || std::filesystem::exists(second, absent))
+        return std::filesystem::equivalent(first, second, absent);
     // What is not there yet would lie in its folder.
-    if (first.fileName().compare(second.fileName(), NameCase) != 0)
-        return false;
-    if (SameEntry(first.filesystemAbsolutePath(), second.filesystemAbsolutePath()))
-        return true;
-    const QString path = QDir::cleanPath(first.absoluteFilePath());
-    return path.compare(QDir::cleanPath(second.absoluteFilePath()), NameCase) == 0;
+    const auto path = [&absent](const std::filesystem::path &name) {
+        return QFileInfo(std::filesystem::weakly_canonical(name, absent)).filePath();
+    };
+    return path(first).compare(path(second), NameCase) == 0;
 }
 
 bool MayBeWritten(const QString &name)

@@ -12,29 +12,12 @@
 
 namespace px40 {
 
-namespace {
-
-#ifdef Q_OS_WIN
-void SetAttributes(const QString &name, unsigned long attributes)
+void SetHidden([[maybe_unused]] const QString &name, [[maybe_unused]] bool hidden)
 {
+#ifdef Q_OS_WIN
     const QString native = QDir::toNativeSeparators(name);
-    SetFileAttributesW(reinterpret_cast<const wchar_t *>(native.utf16()), attributes);
-}
-#endif
-
-} // namespace
-
-void SetHidden([[maybe_unused]] const QString &name)
-{
-#ifdef Q_OS_WIN
-    SetAttributes(name, FILE_ATTRIBUTE_HIDDEN);
-#endif
-}
-
-void ClearAttributes([[maybe_unused]] const QString &name)
-{
-#ifdef Q_OS_WIN
-    SetAttributes(name, FILE_ATTRIBUTE_NORMAL);
+    SetFileAttributesW(reinterpret_cast<const wchar_t *>(native.utf16()),
+                       hidden ? FILE_ATTRIBUTE_HIDDEN : FILE_ATTRIBUTE_NORMAL);
 #endif
 }
 

@@ -8,11 +8,9 @@ class QIODevice;
 
 namespace px40 {
 
-/// Gives a file the hidden attribute, where files have one; elsewhere nothing is done.
-void SetHidden(const QString &name);
-
-/// Takes all attributes (hidden, read-only, system) from a file, where files have them.
-void ClearAttributes(const QString &name);
+/// Hides a file where files have attributes for that, or takes all of these from it: hidden, read-only and
+/// system. Elsewhere nothing is done.
+void SetHidden(const QString &name, bool hidden);
 
 /// Writes all the bytes. A write that took only some of them, which is how a full disk shows first, is taken
 /// up again, so that the reason comes out.

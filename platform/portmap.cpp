@@ -10,6 +10,8 @@ namespace px40 {
 
 namespace {
 
+const QString Section = QStringLiteral("Settings");
+
 QString StoreKey(int number)
 {
     return QStringLiteral("PortDevice%1").arg(number);
@@ -19,12 +21,6 @@ QString StoreKey(int number)
 QString KnownKey(int number)
 {
     return QStringLiteral("PortKnown%1").arg(number);
-}
-
-const QString &Section()
-{
-    static const QString section = QStringLiteral("Settings");
-    return section;
 }
 
 } // namespace
@@ -45,13 +41,13 @@ QString PortMap::Device(int number) const
     if (!CanAssign())
         return QStringLiteral("COM%1").arg(number);
     const auto passing = passing_.find(number);
-    return passing != passing_.end() ? *passing : store_->Get(Section(), StoreKey(number), QString());
+    return passing != passing_.end() ? *passing : store_->Get(Section, StoreKey(number));
 }
 
 void PortMap::Assign(int number, const QString &path)
 {
     if (keeps_)
-        store_->Save(Section(), StoreKey(number), LastingName(path));
+        store_->Save(Section, StoreKey(number), LastingName(path));
     else
         passing_.insert(number, LastingName(path));
 }
@@ -60,15 +56,14 @@ void PortMap::KeepAsKnown(int number)
 {
     const QString device = Device(number);
     known_.insert(device);
-    if (keeps_ && CanAssign() && !IsFixed(number) &&
-        store_->Get(Section(), KnownKey(number), QString()) != device)
-        store_->Save(Section(), KnownKey(number), device);
+    if (keeps_ && CanAssign() && !IsFixed(number) && store_->Get(Section, KnownKey(number)) != device)
+        store_->Save(Section, KnownKey(number), device);
 }
 
 bool PortMap::IsKnown(int number) const
 {
     const QString device = Device(number);
-    return known_.contains(device) || store_->Get(Section(), KnownKey(number), QString()) == device;
+    return known_.contains(device) || store_->Get(Section, KnownKey(number)) == device;
 }
 
 QList<PortDevice> PortMap::LiveDevices()

@@ -43,9 +43,10 @@ class PortMap
     void KeepNothing() { keeps_ = false; }
     bool Keeps() const { return keeps_; }
 
-    /// The device of that number could be opened: when it is not there the next time, it has gone.
+    /// Remembers that the device of that number could be opened: if it is missing the next time, it was
+    /// there before.
     void KeepAsKnown(int number);
-    /// It could be opened once, in this run or in one before.
+    /// Whether it could be opened once, in this run or an earlier one.
     bool IsKnown(int number) const;
 
     void Fix(int number, const QString &path) { fixed_.insert(number, path); }

@@ -11,9 +11,6 @@ namespace px40 {
 class ProgressView
 {
   public:
-    ProgressView() = default;
-    ProgressView(const ProgressView &) = delete;
-    ProgressView &operator=(const ProgressView &) = delete;
     virtual ~ProgressView() = default;
 
     virtual void Show() = 0;

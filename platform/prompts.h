@@ -14,9 +14,6 @@ enum class PromptIcon { Question, Exclamation };
 class Prompts
 {
   public:
-    Prompts() = default;
-    Prompts(const Prompts &) = delete;
-    Prompts &operator=(const Prompts &) = delete;
     virtual ~Prompts() = default;
 
     /// A box with the exclamation icon and OK; done when the user has closed it.

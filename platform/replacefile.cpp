@@ -32,12 +32,6 @@ namespace {
 const QString NeighbourBegin = QStringLiteral(".px40-");
 const QString NeighbourEnd = QStringLiteral(".tmp");
 
-QString NeighbourName(const QString &folder, const QString &random)
-{
-    return folder + u'/' + NeighbourBegin + QString::number(QCoreApplication::applicationPid()) + u'-' +
-           random + NeighbourEnd;
-}
-
 #ifdef Q_OS_WIN
 
 /// The system's number of the error, or 0.
@@ -167,11 +161,6 @@ bool IsLeftover(const QString &name)
 
 } // namespace
 
-QString NeighbourTemplate(const QString &folder)
-{
-    return NeighbourName(folder, QStringLiteral("XXXXXX"));
-}
-
 QString RealName(const QString &name)
 {
     QFileInfo info(name);
@@ -237,8 +226,9 @@ Result<> Replacement::Open()
                                      QFile::WriteOther; // less the bits that the user's mask takes away
     constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered;
 
+    const QString pid = QString::number(QCoreApplication::applicationPid());
     const QString random = QString::number(QRandomGenerator::global()->generate(), 16);
-    file_.setFileName(NeighbourName(QFileInfo(name_).path(), random));
+    file_.setFileName(QFileInfo(name_).path() + u'/' + NeighbourBegin + pid + u'-' + random + NeighbourEnd);
     if (!file_.open(mode, replaces ? ours : usual)) {
         const QString reason = file_.errorString();
         file_.setFileName({});

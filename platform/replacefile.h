@@ -24,10 +24,6 @@ struct FilePrint
 
 FilePrint PrintOf(const QString &name);
 
-/// Names in that folder, with letters for "XXXXXX", for what `Replacement::Sweep` removes if it is left
-/// there.
-QString NeighbourTemplate(const QString &folder);
-
 /// How files are renamed; tests put another one in.
 struct Renaming
 {

@@ -25,7 +25,7 @@ struct Failure
 };
 
 /// What an operation gives that may fail: the value, or why there is none. The compiler complains where one
-/// is dropped unseen. `Why` is another than `Failure` where a room has no sentences of its own.
+/// is dropped unseen. `Why` is not `Failure` only where a room knows no sentences, as xlsx/.
 template <typename T = void, typename Why = Failure>
 class [[nodiscard]] Result : public tl::expected<T, Why>
 {

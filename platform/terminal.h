@@ -8,8 +8,8 @@ class QFile;
 
 namespace px40 {
 
-// What is said on the terminal from which the program was started, in the encoding of that, and what goes out
-// on its standard output in place of a file.
+// What is said on the terminal from which the program was started, in its encoding, and what goes to the
+// standard output in place of a file.
 
 /// To be called before anything is opened: a standard stream that is closed would be the next file's number,
 /// and what is printed would go there. A reader that has gone is a failure to write like any other.

@@ -30,27 +30,27 @@ UserStore UserStore::InFile(const QString &path)
     return UserStore(std::make_unique<QSettings>(path, QSettings::IniFormat));
 }
 
-QString UserStore::Get(const QString &section, const QString &key, const QString &fallback) const
+QString UserStore::Get(const QString &section, const QString &key) const
 {
-    return settings_->value(FullKey(section, key), fallback).toString();
+    return settings_->value(FullKey(section, key)).toString();
 }
 
 double UserStore::GetNumber(const QString &section, const QString &key, double fallback) const
 {
     bool ok = false;
-    const double value = Get(section, key, QString()).toDouble(&ok);
+    const double value = Get(section, key).toDouble(&ok);
     return ok && std::isfinite(value) ? value : fallback;
 }
 
 void UserStore::Save(const QString &section, const QString &key, const QString &text)
 {
-    if (Get(section, key, QString()) != text) // a file that stays as it is need not be written
+    if (Get(section, key) != text) // a file that stays as it is need not be written
         Put(*settings_, FullKey(section, key), text);
 }
 
 void UserStore::SaveNow(const QString &section, const QString &key, const QString &text) const
 {
-    // Settings of their own, as each thread must have; those of one file know of each other.
+    // Each thread must have settings of its own; those of one file know of each other.
     QSettings settings(settings_->fileName(), settings_->format());
     Put(settings, FullKey(section, key), text);
     settings.sync();

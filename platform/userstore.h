@@ -17,7 +17,8 @@ class UserStore
     /// A store in a file of its own, for tests.
     static UserStore InFile(const QString &path);
 
-    QString Get(const QString &section, const QString &key, const QString &fallback) const;
+    /// Empty when nothing is kept.
+    QString Get(const QString &section, const QString &key) const;
 
     /// The kept text as a number; `fallback` when there is none or it is not a finite number.
     double GetNumber(const QString &section, const QString &key, double fallback) const;

@@ -132,8 +132,6 @@ class DrawnIconEngine final : public QIconEngine
     }
 
     QIconEngine *clone() const override { return new DrawnIconEngine(*this); }
-    QString key() const override { return u"px40drawn"_s; }
-    bool isNull() override { return false; }
 
   private:
     DrawnIconEngine(const DrawnIconEngine &) = default;
@@ -210,11 +208,6 @@ QIcon MakeIcon(QStringView name, const QPalette &palette)
 QIcon ApplicationIcon()
 {
     return LoadIcon(Kind::Application, u"px40", {});
-}
-
-QPixmap ApplicationPixmap(int size, qreal ratio)
-{
-    return ApplicationIcon().pixmap(QSize(size, size), ratio);
 }
 
 } // namespace px40

@@ -2,7 +2,6 @@
 
 #include <QColor>
 #include <QIcon>
-#include <QPixmap>
 #include <QStringView>
 
 class QPalette;
@@ -22,10 +21,6 @@ QIcon MakeIcon(QStringView name, const QPalette &palette);
 
 /// The program's own icon, for windows and the task bar. Its colours are its own, whatever the palette.
 QIcon ApplicationIcon();
-
-/// The program's own icon as a picture of `size` x `size` device-independent pixels, drawn for a screen of
-/// `ratio` device pixels to each: what a splash or an About window shows.
-QPixmap ApplicationPixmap(int size, qreal ratio);
 
 /// `palette` with hints (QPalette::PlaceholderText) that can be read on its windows: some desktops set dark
 /// colours and leave the hints black.

@@ -309,9 +309,6 @@ PX40_TEXT(BookFolderClosed, 1129, u"Nothing can be written into this folder. Cho
 PX40_TEXT(BookTaken, 1130, u"There is another file under this name by now. Take a new workbook.")
 PX40_TEXT(BookHolderOn, 1131, u"%1 on %2")
 PX40_TEXT(BookOtherProgram, 1132, u"Another program")
-PX40_TEXT(SheetNoRoom, 1133,
-          u"Nothing was saved. There is no room for the rows of the worksheet, neither in the folder for "
-          u"temporary files nor beside the workbook: %1")
 PX40_TEXT(ExportFailed, 1134, u"The worksheet could not be written.")
 PX40_TEXT(ExportInUse, 1135, u"%1 has this workbook open. Close it there first.")
 PX40_TEXT(FieldAllows, 1136, u"%1, %2: %3.")

@@ -56,11 +56,9 @@ QByteArray Numbers(Number... numbers)
     return bytes;
 }
 
-/// The archive with sizes and checksum behind each entry, as whoever cannot seek writes it. `large`: with all
-/// numbers in 8 bytes, as for an archive beyond 4 GB.
-void PutSizesBehind(Archive &archive, bool inHeaderToo, bool large)
+/// The archive with sizes and checksum behind each entry, as whoever cannot seek writes it.
+void PutSizesBehind(Archive &archive)
 {
-    const QByteArray past(8, '\xFF');
     const QByteArray versionAndFlags = Numbers(quint16{20}, quint16{8});
     QByteArray entries;
     QByteArray directory;
@@ -70,29 +68,16 @@ void PutSizesBehind(Archive &archive, bool inHeaderToo, bool large)
         const QByteArray name = archive.bytes.mid(at + 46, nameSize);
         const QByteArray kind = archive.bytes.mid(at + 10, 6);   // method and date
         const QByteArray sizes = archive.bytes.mid(at + 16, 12); // and before them the checksum
-        const quint64 packed = archive.Get<quint32>(at + 20);
-        const quint64 size = archive.Get<quint32>(at + 24);
-        const auto begin = static_cast<quint32>(entries.size());
-        const QByteArray numbers = Numbers(quint16{1}, quint16{24}, size, packed, quint64{begin});
-        const QByteArray extra = large ? numbers : QByteArray();
-        const QByteArray lengths = Numbers(nameSize, static_cast<quint16>(extra.size()));
-        const QByteArray shown = large ? sizes.left(4) + past : sizes;
-        entries += "PK\3\4" + versionAndFlags + kind + (inHeaderToo ? shown : QByteArray(12, '\0')) +
-                   lengths + name + extra + archive.Packed(name) + "PK\7\10" + sizes;
-        directory += "PK\1\2" + Numbers(quint16{20}) + versionAndFlags + kind + shown + lengths +
-                     QByteArray(10, '\0') + (large ? past.left(4) : Numbers(begin)) + name + extra;
+        const QByteArray lengths = Numbers(nameSize, quint16{0});
+        directory += "PK\1\2" + Numbers(quint16{20}) + versionAndFlags + kind + sizes + lengths +
+                     QByteArray(10, '\0') + Numbers(static_cast<quint32>(entries.size())) + name;
+        entries += "PK\3\4" + versionAndFlags + kind + QByteArray(12, '\0') + lengths + name +
+                   archive.Packed(name) + "PK\7\10" + sizes;
         at += 46 + nameSize + archive.Get<quint16>(at + 30);
     }
-    const quint64 begin = static_cast<quint64>(entries.size());
-    const quint64 size = static_cast<quint64>(directory.size());
-    archive.bytes = entries + directory;
-    if (large)
-        archive.bytes +=
-            "PK\6\6" +
-            Numbers(quint64{44}, quint32{45}, quint64{0}, quint64{count}, quint64{count}, size, begin) +
-            "PK\6\7" + Numbers(quint32{0}, begin + size, quint32{1});
-    archive.bytes += "PK\5\6" + Numbers(quint32{0}, count, count, static_cast<quint32>(size),
-                                        static_cast<quint32>(begin), quint16{0});
+    archive.bytes = entries + directory + "PK\5\6" +
+                    Numbers(quint32{0}, count, count, static_cast<quint32>(directory.size()),
+                            static_cast<quint32>(entries.size()), quint16{0});
 }
 
 using Change = std::function<void(Archive &)>;
@@ -113,155 +98,145 @@ class BookArchiveTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void TakesWhatOthersUnpack_data();
-    void TakesWhatOthersUnpack();
-    void RefusesWhatIsDamaged_data();
-    void RefusesWhatIsDamaged();
+    void TakesWhatOthersUnpack_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const auto row = [](const char *name, const Change &change) {
+            QTest::newRow(name) << Changed(change);
+        };
+        row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(60'000, 'x'); });
+        row("comment", [](Archive &book) {
+            book.Set<quint16>(book.End() + 20, 5);
+            book.bytes += "hello";
+        });
+        row("gap before the directory", [](Archive &book) {
+            const qsizetype at = book.Directory();
+            book.Set(book.End() + 16, static_cast<quint32>(at + 9));
+            book.bytes.insert(at, "PK\5\6 gap.");
+        });
+        row("another date", [](Archive &book) { book.Set<quint32>(book.Header(Workbook) + 10, 1234); });
+        for (const int at :
+             {0, 8, 14, 18, 30}) // mark, method, checksum, size, name: the directory has them, too
+            QTest::addRow("header at %d", at)
+                << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; });
+        row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
+        row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
+        for (const int at : {8, 10}) // encrypted, and packed in a way that nobody here knows
+            QTest::addRow("picture's %d", at) << Changed([at](Archive &book) {
+                book.Set<quint16>(book.Entry(Image) + at, at == 8 ? 1 : 97);
+                book.Set<quint16>(book.Header(Image) + at - 2, at == 8 ? 1 : 97);
+            });
+        row("sizes behind", PutSizesBehind);
+        QTest::newRow("archive within") << Contents(
+            BookRig(PlainBook() << std::pair{QByteArray("xl/inner.xlsx"), Contents(BookRig().name)}).name);
+        QTest::newRow("twice what nobody reads") << Changed([](Archive &book) {
+            const QByteArray name = "xl/calcChain.xml"; // gets the name of its neighbour
+            for (const qsizetype at : {book.Entry(Image) + 46, book.Header(Image) + 30})
+                book.bytes.replace(at, Image.size(), QByteArray(Image).replace(0, name.size(), name));
+        });
+    }
+
+    void TakesWhatOthersUnpack()
+    {
+        QFETCH(QByteArray, bytes);
+        const BookRig rig;
+        const Archive book{bytes};
+        QVERIFY(Put(rig.name, bytes.left(book.End() + 22 + book.Get<quint16>(book.End() + 20))));
+        const auto before = ReadPackage(rig.name, false);
+        QVERIFY(before.size() > 8 && Put(rig.name, bytes));
+        QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
+        QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
+        QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+
+        const auto after = ReadPackage(rig.name);
+        const Archive now{Contents(rig.name)};
+        int kept = 0;
+        for (auto entry = before.begin(); entry != before.end(); ++entry) {
+            const bool same = after.value(entry.key()).kept == entry->kept;
+            QVERIFY(!same || bytes.contains(now.Packed(entry.key())));
+            kept += same ? 1 : 0;
+        }
+        QCOMPARE(kept, before.size() - 4);
+    }
+
+    void RefusesWhatIsDamaged_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("damage");
+        const auto row = [](const char *name, const QString &damage, const Change &change) {
+            QTest::newRow(name) << Changed(change) << damage;
+        };
+        const QString nowhere = u"its directory cannot be found"_qs;
+        const QString directory = u"its directory is damaged"_qs;
+        const QString image = u"the contents of xl/media/image1.png are damaged"_qs;
+        row("cut off", nowhere, [](Archive &book) { book.bytes.chop(30); });
+        row("cut in the end", nowhere, [](Archive &book) { book.bytes.chop(1); });
+        row("too far behind", nowhere, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
+        row("a piece is missing", directory,
+            [](Archive &book) { book.bytes.remove(book.Header(Image) + 99, 500); });
+        row("directory elsewhere", nowhere, [](Archive &book) {
+            book.Set<quint32>(book.End() + 16, static_cast<quint32>(book.Directory() - 7));
+        });
+        row("directory past the end", directory,
+            [](Archive &book) { book.Set<quint32>(book.End() + 16, 0x7FFFFFFF); });
+        for (const int by : {10, -10})
+            QTest::addRow("directory longer by %d", by) << Changed([by](Archive &book) {
+                book.Set(book.End() + 12,
+                         static_cast<quint32>(static_cast<int>(book.Get<quint32>(book.End() + 12)) + by));
+            }) << directory;
+        row("fewer entries", nowhere, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
+        row("entry", nowhere, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
+        row("entry past the end", image,
+            [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0x7FFFFFFF); });
+        row("one place for two", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
+        for (const int by : {1, 0x7FFFF})
+            QTest::addRow("entry longer by %d", by) << Changed([by](Archive &book) {
+                for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
+                    book.Set(at, static_cast<quint32>(static_cast<int>(book.Get<quint32>(at)) + by));
+            }) << (by == 1 ? image : directory);
+        row("one place for many", directory, [](Archive &book) {
+            const qsizetype at = book.Entry(Image);
+            const QByteArray entry = book.bytes.mid(at, 46 + Image.size() + book.Get<quint16>(at + 30));
+            constexpr quint16 more = 100;
+            const qsizetype end = book.End();
+            for (const int field : {8, 10})
+                book.Set<quint16>(end + field, book.Get<quint16>(end + field) + more);
+            book.Set(end + 12, static_cast<quint32>(book.Get<quint32>(end + 12) + more * entry.size()));
+            for (quint16 i = 0; i < more; ++i)
+                book.bytes.insert(end,
+                                  QByteArray(entry).replace("image1", "i" + QByteArray::number(10000 + i)));
+        });
+        for (const int at : {26, 28}) // lengths
+            QTest::addRow("header at %d", at)
+                << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << image;
+        const auto broken = u"the contents of %1 are damaged"_qs;
+        for (const QByteArray &name : {Image, Workbook}) {
+            const QString damage = broken.arg(QString::fromLatin1(name));
+            row((name + ": contents").constData(), damage,
+                [&name](Archive &book) { book.bytes.data()[book.Header(name) + 99] ^= 0x55; });
+            row((name + ": checksum").constData(), damage, [&name](Archive &book) {
+                for (const qsizetype at : {book.Entry(name) + 16, book.Header(name) + 14})
+                    ++book.bytes.data()[at];
+            });
+        }
+        row("packed size", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 20, 77); });
+        QTest::newRow("twice")
+            << Contents(BookRig(PlainBook() << std::pair{QByteArray("XL/Styles.xml"), QByteArray()}).name)
+            << u"xl/styles.xml is there twice"_qs;
+    }
+
+    void RefusesWhatIsDamaged()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, damage);
+        const BookRig rig;
+        QVERIFY(Put(rig.name, bytes));
+        const QString told = AddTo(rig.name, u"T"_qs);
+        QVERIFY2(told.startsWith(u"This workbook is damaged ("_qs + damage + u"). "_qs), qPrintable(told));
+        QCOMPARE(Contents(rig.name), bytes);
+        QCOMPARE(rig.Neighbours(), QStringList());
+    }
 };
-
-void BookArchiveTest::TakesWhatOthersUnpack_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << Changed(change); };
-    row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(60'000, 'x'); });
-    row("comment", [](Archive &book) {
-        book.Set<quint16>(book.End() + 20, 5);
-        book.bytes += "hello";
-    });
-    row("gap before the directory", [](Archive &book) {
-        const qsizetype at = book.Directory();
-        book.Set(book.End() + 16, static_cast<quint32>(at + 9));
-        book.bytes.insert(at, "PK\5\6 gap.");
-    });
-    row("another date", [](Archive &book) { book.Set<quint32>(book.Header(Workbook) + 10, 1234); });
-    for (const int at : {0, 8, 14, 18, 30}) // mark, method, checksum, size, name: the directory has them, too
-        QTest::addRow("header at %d", at)
-            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; });
-    row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
-    row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
-    for (const int at : {8, 10}) // encrypted, and packed in a way that nobody here knows
-        QTest::addRow("picture's %d", at) << Changed([at](Archive &book) {
-            book.Set<quint16>(book.Entry(Image) + at, at == 8 ? 1 : 97);
-            book.Set<quint16>(book.Header(Image) + at - 2, at == 8 ? 1 : 97);
-        });
-    row("sizes behind", [](Archive &book) { PutSizesBehind(book, false, false); });
-    row("sizes behind and before", [](Archive &book) { PutSizesBehind(book, true, false); });
-    row("large numbers", [](Archive &book) { PutSizesBehind(book, true, true); });
-    QTest::newRow("archive within") << Contents(
-        BookRig(PlainBook() << std::pair{QByteArray("xl/inner.xlsx"), Contents(BookRig().name)}).name);
-    QTest::newRow("twice what nobody reads") << Changed([](Archive &book) {
-        const QByteArray name = "xl/calcChain.xml"; // gets the name of its neighbour
-        for (const qsizetype at : {book.Entry(Image) + 46, book.Header(Image) + 30})
-            book.bytes.replace(at, Image.size(), QByteArray(Image).replace(0, name.size(), name));
-    });
-}
-
-void BookArchiveTest::TakesWhatOthersUnpack()
-{
-    QFETCH(QByteArray, bytes);
-    const BookRig rig;
-    const Archive book{bytes};
-    QVERIFY(Put(rig.name, bytes.left(book.End() + 22 + book.Get<quint16>(book.End() + 20))));
-    const auto before = ReadPackage(rig.name, false);
-    QVERIFY(before.size() > 8 && Put(rig.name, bytes));
-    QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
-    QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
-    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
-
-    const auto after = ReadPackage(rig.name);
-    const Archive now{Contents(rig.name)};
-    int kept = 0;
-    for (auto entry = before.begin(); entry != before.end(); ++entry) {
-        const bool same = after.value(entry.key()).kept == entry->kept;
-        QVERIFY(!same || bytes.contains(now.Packed(entry.key())));
-        kept += same ? 1 : 0;
-    }
-    QCOMPARE(kept, before.size() - 4);
-}
-
-void BookArchiveTest::RefusesWhatIsDamaged_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("damage");
-    const auto row = [](const char *name, const QString &damage, const Change &change) {
-        QTest::newRow(name) << Changed(change) << damage;
-    };
-    const QString nowhere = u"its directory cannot be found"_qs;
-    const QString directory = u"its directory is damaged"_qs;
-    const QString image = u"the contents of xl/media/image1.png are damaged"_qs;
-    row("cut off", nowhere, [](Archive &book) { book.bytes.chop(30); });
-    row("cut in the end", nowhere, [](Archive &book) { book.bytes.chop(1); });
-    row("too far behind", nowhere, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
-    row("a piece is missing", directory,
-        [](Archive &book) { book.bytes.remove(book.Header(Image) + 99, 500); });
-    row("directory elsewhere", nowhere, [](Archive &book) {
-        book.Set<quint32>(book.End() + 16, static_cast<quint32>(book.Directory() - 7));
-    });
-    row("directory past the end", directory,
-        [](Archive &book) { book.Set<quint32>(book.End() + 16, 0x7FFFFFFF); });
-    for (const int by : {10, -10})
-        QTest::addRow("directory longer by %d", by) << Changed([by](Archive &book) {
-            book.Set(book.End() + 12,
-                     static_cast<quint32>(static_cast<int>(book.Get<quint32>(book.End() + 12)) + by));
-        }) << directory;
-    row("fewer entries", nowhere, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
-    row("entry", nowhere, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
-    row("no large end", directory, [](Archive &book) {
-        PutSizesBehind(book, true, true);
-        book.bytes.replace("PK\6\6", "PK\6\5");
-    });
-    row("entry past the end", image,
-        [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0x7FFFFFFF); });
-    row("one place for two", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
-    for (const int by : {1, 0x7FFFF})
-        QTest::addRow("entry longer by %d", by) << Changed([by](Archive &book) {
-            for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
-                book.Set(at, static_cast<quint32>(static_cast<int>(book.Get<quint32>(at)) + by));
-        }) << (by == 1 ? image : directory);
-    row("one place for many", directory, [](Archive &book) {
-        const qsizetype at = book.Entry(Image);
-        const QByteArray entry = book.bytes.mid(at, 46 + Image.size() + book.Get<quint16>(at + 30));
-        constexpr quint16 more = 100;
-        const qsizetype end = book.End();
-        for (const int field : {8, 10})
-            book.Set<quint16>(end + field, book.Get<quint16>(end + field) + more);
-        book.Set(end + 12, static_cast<quint32>(book.Get<quint32>(end + 12) + more * entry.size()));
-        for (quint16 i = 0; i < more; ++i)
-            book.bytes.insert(end, QByteArray(entry).replace("image1", "i" + QByteArray::number(10000 + i)));
-    });
-    for (const int at : {26, 28}) // lengths
-        QTest::addRow("header at %d", at)
-            << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << image;
-    const auto broken = u"the contents of %1 are damaged"_qs;
-    for (const QByteArray &name : {Image, Workbook}) {
-        const QString damage = broken.arg(QString::fromLatin1(name));
-        row((name + ": contents").constData(), damage,
-            [&name](Archive &book) { book.bytes.data()[book.Header(name) + 99] ^= 0x55; });
-        row((name + ": checksum").constData(), damage, [&name](Archive &book) {
-            for (const qsizetype at : {book.Entry(name) + 16, book.Header(name) + 14})
-                ++book.bytes.data()[at];
-        });
-    }
-    row("packed size", broken.arg(u"xl/media/image1.png"), [](Archive &book) {
-        PutSizesBehind(book, true, false);
-        book.Set<quint32>(book.Entry(Image) + 20, 77);
-    });
-    QTest::newRow("twice")
-        << Contents(BookRig(PlainBook() << std::pair{QByteArray("XL/Styles.xml"), QByteArray()}).name)
-        << u"xl/styles.xml is there twice"_qs;
-}
-
-void BookArchiveTest::RefusesWhatIsDamaged()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, damage);
-    const BookRig rig;
-    QVERIFY(Put(rig.name, bytes));
-    const QString told = AddTo(rig.name, u"T"_qs);
-    QVERIFY2(told.startsWith(u"This workbook is damaged ("_qs + damage + u"). "_qs), qPrintable(told));
-    QCOMPARE(Contents(rig.name), bytes);
-    QCOMPARE(rig.Neighbours(), QStringList());
-}
 
 QTEST_GUILESS_MAIN(BookArchiveTest)
 #include "bookarchive_test.moc"

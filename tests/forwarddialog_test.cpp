@@ -15,7 +15,6 @@
 #include <QUrl>
 
 #include <optional>
-#include <tuple>
 #include <utility>
 
 using namespace px40;
@@ -77,126 +76,144 @@ class ForwardDialogTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void ChoiceAndMemoryFollowTheBoxes();
-    void AnyChangeOfTheFileChoosesCustom();
-    void UnusableFileIsReturnedTo();
-    void EveryOtherWayOutCancels();
-};
+    void ChoiceAndMemoryFollowTheBoxes_data()
+    {
+        QTest::addColumn<QByteArray>("way");
+        QTest::addColumn<QByteArrayList>("boxes"); // that are clicked, all checked before
+        QTest::addColumn<QString>("memory");
+        const auto row = [](const char *name, const char *way, const QByteArrayList &boxes,
+                            const QString &memory) {
+            QTest::newRow(name) << QByteArray(way) << boxes << memory;
+        };
+        row("custom", "obOpen", {}, u"BOOK|new|open"_qs);
+        row("custom, the file not kept", "obOpen", {"cbFile"}, u"|new|open"_qs);
+        row("custom, the file alone", "obOpen", {"cbTitle", "cbShow"}, u"BOOK|"_qs);
+        row("new", "obNew", {}, u"OLD|new|open"_qs);
+        row("new, nothing", "obNew", {"cbFile", "cbTitle", "cbShow"}, u"OLD|"_qs);
+    }
 
-void ForwardDialogTest::ChoiceAndMemoryFollowTheBoxes()
-{
-    // Way; the boxes that are clicked, all checked before; what is remembered.
-    const std::tuple<const char *, QStringList, QString> rows[] = {
-        {"obOpen", {}, u"BOOK|new|open"_qs},
-        {"obOpen", {u"cbFile"_qs}, u"|new|open"_qs},
-        {"obOpen", {u"cbTitle"_qs, u"cbShow"_qs}, u"BOOK|"_qs},
-        {"obNew", {}, u"OLD|new|open"_qs},
-        {"obNew", {u"cbFile"_qs, u"cbTitle"_qs, u"cbShow"_qs}, u"OLD|"_qs},
-    };
-    for (auto [way, boxes, memory] : rows) {
+    void ChoiceAndMemoryFollowTheBoxes()
+    {
+        QFETCH(QByteArray, way);
+        QFETCH(QByteArrayList, boxes);
+        QFETCH(QString, memory);
         ForwardRig rig;
         QVERIFY(rig.IsCustom());
         QTest::keyClicks(rig.dialog->focusWidget(), u"new"_qs); // in place of the title that was there
         rig.Find("tbFile")->setText(QDir::current().relativeFilePath(rig.book));
-        rig.Find<QRadioButton>(way)->click();
-        for (const QString &box : boxes)
-            rig.Find<QCheckBox>(box.toLatin1().constData())->click();
-        const QString file = rig.IsCustom() ? rig.book : QString();
+        rig.Find<QRadioButton>(way.constData())->click();
+        for (const QByteArray &box : boxes)
+            rig.Find<QCheckBox>(box.constData())->click();
         rig.state.CancelRequest = true;
         QTest::keyClick(rig.dialog->focusWidget(), Qt::Key_Return);
         QVERIFY(rig.choice && !rig.state.CancelRequest);
         QCOMPARE(rig.choice->title, u"new"_qs);
-        QCOMPARE(rig.choice->openAfter, !boxes.contains(u"cbShow"_qs));
-        QCOMPARE(QDir::cleanPath(rig.choice->fileName), file);
+        QCOMPARE(rig.choice->openAfter, !boxes.contains("cbShow"));
+        QCOMPARE(QDir::cleanPath(rig.choice->fileName), way == "obOpen" ? rig.book : QString());
         memory.replace(u"BOOK"_qs, rig.choice->fileName).replace(u"OLD"_qs, rig.remembered);
         QCOMPARE(rig.Memory(), memory);
     }
-    ForwardRig rig(true);
-    QVERIFY(!rig.Find<QCheckBox>("cbShow"));
-    rig.Click("btOk");
-    QVERIFY(!rig.choice->openAfter && rig.memory.openAfter); // a spreadsheet shows it anyway
-    rig.memory = {{}, {}, false};
-    rig.Open(false);
-    QVERIFY(!rig.IsCustom() && !rig.Find<QCheckBox>("cbShow")->isChecked());
-}
 
-void ForwardDialogTest::AnyChangeOfTheFileChoosesCustom()
-{
-    ForwardRig rig;
-    QMimeData files;
-    files.setUrls({QUrl(u"http://x/y.xlsx"_qs), QUrl::fromLocalFile(rig.book)});
-    QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QDropEvent drop(QPointF(2, 2), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    const std::pair<std::function<void()>, QString> changes[] = {
-        {[&] { rig.Browse(rig.remembered); }, rig.remembered}, // the same again
-        {[&] { rig.Browse(rig.book); }, rig.book},
-        {[&] { rig.Find("tbFile")->clear(); }, {}},
-        {[&] { rig.Type("tbFile", "b"); }, u"b"_qs},
-        {[&] {
-             for (QEvent *const event : {static_cast<QEvent *>(&enter), static_cast<QEvent *>(&drop)})
-                 QVERIFY(QCoreApplication::sendEvent(rig.Find("tbFile"), event) && event->isAccepted());
-         },
-         rig.book},
-    };
-    for (const auto &[change, file] : changes) {
-        rig.Find<QRadioButton>("obNew")->click();
-        rig.Browse({}); // cancelled
-        QVERIFY(!rig.IsCustom());
-        change();
-        QVERIFY(rig.IsCustom());
-        QCOMPARE(rig.Find("tbFile")->text(), file);
+    void SpreadsheetShowsTheSheetAnyway()
+    {
+        ForwardRig rig(true);
+        QVERIFY(!rig.Find<QCheckBox>("cbShow"));
+        rig.Click("btOk");
+        QVERIFY(!rig.choice->openAfter && rig.memory.openAfter);
+        rig.memory = {{}, {}, false};
+        rig.Open(false);
+        QVERIFY(!rig.IsCustom() && !rig.Find<QCheckBox>("cbShow")->isChecked());
     }
-    QCOMPARE(rig.prompts.fileQuestions.constFirst(),
-             u"open:Microsoft Excel Files (*.xls);;Excel Workbooks (*.xlsx *.xlsm)"_qs);
-    QGuiApplication::clipboard()->setText(u"two\r\nlines\n"_qs);
-    rig.Find("tbTitle")->selectAll();
-    QTest::keySequence(rig.Find("tbTitle"), QKeySequence::Paste);
-    QCOMPARE(rig.Find("tbTitle")->text(), u"two lines"_qs);
-}
 
-void ForwardDialogTest::UnusableFileIsReturnedTo()
-{
-    ForwardRig rig;
-    const QString before = rig.Memory();
-    const QString noFile = u"This file cannot be found."_qs;
-    rig.faults[rig.book] = u"Not that one."_qs;
-    rig.prompts.onWarn = [&] { // neither a second message nor a file dialog over the first
-        if (rig.prompts.warnings.size() == 1) {
+    void AnyChangeOfTheFileChoosesCustom()
+    {
+        ForwardRig rig;
+        QMimeData files;
+        files.setUrls({QUrl(u"http://x/y.xlsx"_qs), QUrl::fromLocalFile(rig.book)});
+        QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QDropEvent drop(QPointF(2, 2), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        const std::pair<std::function<void()>, QString> changes[] = {
+            {[&] { rig.Browse(rig.remembered); }, rig.remembered}, // the same again
+            {[&] { rig.Browse(rig.book); }, rig.book},
+            {[&] { rig.Find("tbFile")->clear(); }, {}},
+            {[&] { rig.Type("tbFile", "b"); }, u"b"_qs},
+            {[&] {
+                 for (QEvent *const event : {static_cast<QEvent *>(&enter), static_cast<QEvent *>(&drop)})
+                     QVERIFY(QCoreApplication::sendEvent(rig.Find("tbFile"), event) && event->isAccepted());
+             },
+             rig.book},
+        };
+        for (const auto &[change, file] : changes) {
+            rig.Find<QRadioButton>("obNew")->click();
+            rig.Browse({}); // cancelled
+            QVERIFY(!rig.IsCustom());
+            change();
+            QVERIFY(rig.IsCustom());
+            QCOMPARE(rig.Find("tbFile")->text(), file);
+        }
+        QCOMPARE(rig.prompts.fileQuestions.constFirst(),
+                 u"open:Microsoft Excel Files (*.xls);;Excel Workbooks (*.xlsx *.xlsm)"_qs);
+        QGuiApplication::clipboard()->setText(u"two\r\nlines\n"_qs);
+        rig.Find("tbTitle")->selectAll();
+        QTest::keySequence(rig.Find("tbTitle"), QKeySequence::Paste);
+        QCOMPARE(rig.Find("tbTitle")->text(), u"two lines"_qs);
+    }
+
+    void UnusableFileIsReturnedTo_data()
+    {
+        QTest::addColumn<QString>("name"); // in the folder
+        QTest::newRow("none") << QString();
+        QTest::newRow("absent") << u"gone.xls"_qs;
+        QTest::newRow("a folder") << u"./"_qs;
+        QTest::newRow("unfit") << u"Größe \"1\".xlsx"_qs;
+    }
+
+    void UnusableFileIsReturnedTo()
+    {
+        QFETCH(QString, name);
+        ForwardRig rig;
+        const QString before = rig.Memory();
+        rig.faults[rig.book] = u"Not that one."_qs;
+        rig.prompts.onWarn = [&] { // neither a second message nor a file dialog over the first
             rig.Click("btOk");
             rig.Click("btBrawse");
-        }
-    };
-    rig.Type("tbTitle", "new");
-    for (const QString &name :
-         {rig.folder.filePath(u"gone.xls"_qs), rig.folder.path(), QString(), rig.book}) {
+        };
+        if (!name.isEmpty())
+            name = rig.folder.filePath(name);
+        rig.Type("tbTitle", "new");
         rig.Find("tbFile")->setText(name);
-        rig.Find("tbTitle")->setFocus();
         rig.Click("btOk");
         QTRY_COMPARE(rig.jobs.Running(), 0);
-        const QString told =
-            rig.faults.value(name, noFile) + u"\r\n"_qs + name + u"\r\nMicrosoft Excel File, Custom: "_qs;
         QCOMPARE(rig.prompts.warnings.size(), 1);
-        const QString box = rig.prompts.warnings.takeFirst();
-        QVERIFY2(box.startsWith(told) && box.contains(u".xlsx or .xlsm"), qPrintable(box));
+        const QStringList told = rig.prompts.warnings.constFirst().split(u"\r\n"_qs);
+        QCOMPARE(told.mid(0, 2),
+                 QStringList({rig.faults.value(name, u"This file cannot be found."_qs), name}));
+        QVERIFY(told[2].startsWith(u"Microsoft Excel File, Custom: ") && told[2].contains(u".xlsx or .xlsm"));
         QVERIFY(rig.prompts.fileQuestions.isEmpty());
         QCOMPARE(rig.dialog->focusWidget(), rig.Find("tbFile"));
         QCOMPARE(rig.Find("tbFile")->selectedText(), name);
         QVERIFY(rig.dialog->isVisible() && !rig.choice);
         QCOMPARE(rig.Memory(), before);
+        rig.Find<QRadioButton>("obNew")->click(); // then it does not matter
+        rig.Click("btOk");
+        QVERIFY(rig.choice && rig.choice->fileName.isEmpty());
     }
-    rig.Find<QRadioButton>("obNew")->click(); // then it does not matter
-    rig.Click("btOk");
-    QVERIFY(rig.choice && rig.choice->fileName.isEmpty());
-}
 
-void ForwardDialogTest::EveryOtherWayOutCancels()
-{
-    for (const bool told : {false, true}) {
+    void EveryOtherWayOutCancels_data()
+    {
+        QTest::addColumn<bool>("told");
+        QTest::newRow("Escape") << false;
+        QTest::newRow("the program leaves during a message") << true;
+    }
+
+    void EveryOtherWayOutCancels()
+    {
+        QFETCH(bool, told);
         ForwardRig rig;
         const QString before = rig.Memory();
         rig.Type("tbTitle", "new");
         rig.Type("tbFile", "gone");
-        if (told) { // as when the program leaves during the message
+        if (told) {
             rig.Click("btOk");
             rig.dialog->close();
         } else {
@@ -206,7 +223,7 @@ void ForwardDialogTest::EveryOtherWayOutCancels()
         QVERIFY(rig.state.CancelRequest && !rig.choice);
         QCOMPARE(rig.Memory(), before);
     }
-}
+};
 
 QTEST_MAIN(ForwardDialogTest)
 #include "forwarddialog_test.moc"

@@ -29,14 +29,6 @@ using namespace Qt::Literals::StringLiterals;
 
 constexpr int FullSheet = 1'048'572;
 
-/// Of a task that comes to its end by itself.
-template <typename T>
-T ResultOf(QCoro::Task<T> task)
-{
-    const Running<T> running(std::move(task));
-    return running.Finish() ? running.Value() : T();
-}
-
 struct Rig
 {
     Rig() { dataSet->OpenNew(KindRealtime); }
@@ -59,7 +51,7 @@ struct Rig
 
     ForwardServices Services()
     {
-        return {state, store, spreadsheet, AskForFileBy(prompts, clock),
+        return {state, store, spreadsheet, isThere ? AskForFileBy(prompts, clock) : AskForFile(),
                 [this](const QString &text) { return prompts.Warn(text); }};
     }
 
@@ -67,10 +59,33 @@ struct Rig
     Result<ForwardOutcome> Forward(const ForwardChoice &choice)
     {
         Forwarder forwarder(Services(), gate, progress);
-        return ResultOf(forwarder.ForwardData(dataSet, choice));
+        return Finish(forwarder.ForwardData(dataSet, choice));
+    }
+
+    /// To a file, without a spreadsheet. Once that is chosen, something happens.
+    bool ForwardTo(
+        const QString &name, const std::function<void()> &happens = [] {})
+    {
+        spreadsheet = nullptr;
+        Forwarder forwarder(Services(), gate, progress);
+        std::optional<LinkUse> exchange(std::in_place, gate, ActivityStatusCheck);
+        const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(dataSet, {name, {}, true}));
+        if (WaitUntil([&] { return progress.shown || running.Done(); }))
+            happens();
+        exchange.reset();
+        return running.Finish() && running.Value();
+    }
+
+    /// The workbook, under the last of the names that are ready for the file dialog.
+    bool MakeBook()
+    {
+        prompts.files.push_back(book);
+        return ForwardTo({});
     }
 
     QTemporaryDir folder;
+    const QString book = folder.filePath(u"book.xlsx"_s);
+    bool isThere = true; ///< the user, who can be asked
     UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_s));
     HeldClock clock;
     LinkState state;
@@ -92,256 +107,266 @@ class ForwarderTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void WholeSetIsForwarded();
-    void StatusCheckGoesOnBeside();
-    void CancelAndFailureAreTold_data();
-    void CancelAndFailureAreTold();
-    void BusySpreadsheetGetsItsRowsLater();
-    void FailedRunGivesTheSpreadsheetBack_data();
-    void FailedRunGivesTheSpreadsheetBack();
-    void HiddenSpreadsheetHoldsTheStart();
-    void HeldWorkbookIsAskedAbout();
-    void TooManyRowsAreRefused();
-    void FullSheetIsFinishedWhileTheRunGoesOn();
-};
+    void WholeSetIsForwarded()
+    {
+        Rig rig;
+        rig.AddRows(3);
+        rig.script.answers[u"attach"_s] = {Reply::Busy, Reply::Again};
+        rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy};
+        rig.script.answers[u"visible"_s] = {Reply::Done, Reply::Busy};
+        rig.script.onCall = [&](const QString &call) {
+            if (!call.startsWith(u"cell")) // each in a row of its own
+                QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
+            // The dialog is gone before the spreadsheet comes up.
+            QCOMPARE(rig.progress.shown, call != u"visible 1");
+            QVERIFY(!MayClose(rig.state));
+            if (call.startsWith(u"cell 6"))
+                const LinkUse command(rig.gate, ActivitySourceCommand); // forwarding takes it up again
+        };
+        const Result<ForwardOutcome> outcome = rig.Forward({QString(), u"Loop 7"_s, true});
+        QVERIFY(outcome);
+        QCOMPARE(outcome->samples, 3);
+        QVERIFY(outcome->file.isEmpty());
+        QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
+        QVERIFY(!rig.progress.shown);
+        QCOMPARE(rig.progress.steps,
+                 QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
+        QCOMPARE(rig.script.calls.mid(0, 5),
+                 QStringList({u"attach"_s, u"attach"_s, u"attach"_s, u"visible 0"_s, u"open"_s}));
+        QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 3),
+                 QStringList({u"chart"_s, u"visible 1"_s, u"visible 1"_s}));
+        QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
+        QVERIFY(MayClose(rig.state));
+        QVERIFY(rig.prompts.warnings.isEmpty());
+    }
 
-void ForwarderTest::WholeSetIsForwarded()
-{
-    Rig rig;
-    rig.AddRows(3);
-    rig.script.answers[u"attach"_s] = {Reply::Busy, Reply::Again};
-    rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy};
-    rig.script.answers[u"visible"_s] = {Reply::Done, Reply::Busy};
-    rig.script.onCall = [&](const QString &call) {
-        if (!call.startsWith(u"cell")) // each in a row of its own
-            QCOMPARE(rig.state.LinkActivity, int(ActivityForwarding));
-        // The dialog is gone before the spreadsheet comes up.
-        QCOMPARE(rig.progress.shown, call != u"visible 1");
-        QVERIFY(!MayClose(rig.state));
-        if (call.startsWith(u"cell 6"))
-            const LinkUse command(rig.gate, ActivitySourceCommand); // forwarding takes it up again
-    };
-    const Result<ForwardOutcome> outcome = rig.Forward({QString(), u"Loop 7"_s, true});
-    QVERIFY(outcome);
-    QCOMPARE(outcome->samples, 3);
-    QVERIFY(outcome->file.isEmpty());
-    QCOMPARE(rig.progress.caption, u"Forward data to Microsoft Excel"_s);
-    QVERIFY(!rig.progress.shown);
-    QCOMPARE(rig.progress.steps, QStringList({u"true 1/4"_s, u"true 2/4"_s, u"true 3/4"_s, u"false 4/4"_s}));
-    QCOMPARE(rig.script.calls.mid(0, 5),
-             QStringList({u"attach"_s, u"attach"_s, u"attach"_s, u"visible 0"_s, u"open"_s}));
-    QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 3),
-             QStringList({u"chart"_s, u"visible 1"_s, u"visible 1"_s}));
-    QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
-    QVERIFY(MayClose(rig.state));
-    QVERIFY(rig.prompts.warnings.isEmpty());
-}
+    /// One that begins meanwhile has the link beyond the end of forwarding.
+    void StatusCheckGoesOnBeside()
+    {
+        Rig rig;
+        std::optional<LinkUse> check;
+        rig.script.onCall = [&](const QString &call) {
+            if (call == u"chart")
+                check.emplace(rig.gate, ActivityStatusCheck);
+        };
+        Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
+        const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(rig.dataSet, {}));
+        QVERIFY(running.Finish() && running.Value());
+        QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
+        check.reset();
+        QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
+    }
 
-/// One that begins meanwhile has the link beyond the end of forwarding.
-void ForwarderTest::StatusCheckGoesOnBeside()
-{
-    Rig rig;
-    std::optional<LinkUse> check;
-    rig.script.onCall = [&](const QString &call) {
-        if (call == u"chart")
-            check.emplace(rig.gate, ActivityStatusCheck);
-    };
-    Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-    const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(rig.dataSet, {}));
-    QVERIFY(running.Finish() && running.Value());
-    QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
-    check.reset();
-    QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
-}
+    void CancelAndFailureAreTold_data()
+    {
+        QTest::addColumn<QString>("at"); // the call at which it is cancelled, or fails
+        QTest::addColumn<bool>("cancels");
+        QTest::addColumn<bool>("shownAgain");
+        QTest::newRow("cancelled: the only instance is hidden") << u"attach"_s << true << false;
+        QTest::newRow("cancelled at a row") << u"cell 6,2 10:00:01"_s << true << true;
+        QTest::newRow("not attached") << u"attach"_s << false << false;
+        QTest::newRow("not opened") << u"open"_s << false << true;
+        QTest::newRow("no chart") << u"chart"_s << false << true;
+        QTest::newRow("memory is short") << u"cell 5,3 0"_s << false << true;
+    }
 
-void ForwarderTest::CancelAndFailureAreTold_data()
-{
-    QTest::addColumn<QString>("at"); // the call at which it is cancelled, or fails
-    QTest::addColumn<bool>("cancels");
-    QTest::addColumn<bool>("shownAgain");
-    QTest::newRow("cancelled: the only instance is hidden") << u"attach"_s << true << false;
-    QTest::newRow("cancelled at a row") << u"cell 6,2 10:00:01"_s << true << true;
-    QTest::newRow("not attached") << u"attach"_s << false << false;
-    QTest::newRow("not opened") << u"open"_s << false << true;
-    QTest::newRow("no chart") << u"chart"_s << false << true;
-    QTest::newRow("memory is short") << u"cell 5,3 0"_s << false << true;
-}
+    void CancelAndFailureAreTold()
+    {
+        QFETCH(QString, at);
+        QFETCH(bool, cancels);
+        QFETCH(bool, shownAgain);
+        Rig rig;
+        rig.AddRows(3);
+        rig.script.onCall = [&](const QString &call) {
+            if (call != at)
+                return;
+            if (call.endsWith(u" 0"))
+                throw std::runtime_error("The server is gone.");
+            const Reply held = call == u"attach" ? Reply::Busy : Reply::Done;
+            rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : Reply::Failed};
+            rig.state.CancelRequest = cancels;
+            if (cancels)
+                rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
+        };
+        rig.prompts.onWarn = [&] {
+            rig.script.calls << u"box"_s;
+            QVERIFY(!rig.progress.shown && !MayClose(rig.state));
+        };
+        const Result<ForwardOutcome> outcome = rig.Forward({});
+        QVERIFY(!outcome && (outcome.error().code == FailureCode::Cancelled) == cancels);
+        QCOMPARE(rig.prompts.warnings, QStringList(cancels ? u"Canceled."_s : u"The server is gone."_s));
+        const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 2);
+        QCOMPARE(end.constLast(), u"box"_s);
+        QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
+        if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
+            QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
+        QVERIFY(!rig.progress.shown && MayClose(rig.state));
+    }
 
-void ForwarderTest::CancelAndFailureAreTold()
-{
-    QFETCH(QString, at);
-    QFETCH(bool, cancels);
-    QFETCH(bool, shownAgain);
-    Rig rig;
-    rig.AddRows(3);
-    rig.script.onCall = [&](const QString &call) {
-        if (call != at)
-            return;
-        if (call.endsWith(u" 0"))
-            throw std::runtime_error("The server is gone.");
-        const Reply held = call == u"attach" ? Reply::Busy : Reply::Done;
-        rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : Reply::Failed};
-        rig.state.CancelRequest = cancels;
-        if (cancels)
-            rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
-    };
-    rig.prompts.onWarn = [&] {
-        rig.script.calls << u"box"_s;
-        QVERIFY(!rig.progress.shown && !MayClose(rig.state));
-    };
-    const Result<ForwardOutcome> outcome = rig.Forward({});
-    QVERIFY(!outcome && (outcome.error().code == FailureCode::Cancelled) == cancels);
-    QCOMPARE(rig.prompts.warnings, QStringList(cancels ? u"Canceled."_s : u"The server is gone."_s));
-    const QStringList end = rig.script.calls.mid(rig.script.calls.size() - 2);
-    QCOMPARE(end.constLast(), u"box"_s);
-    QCOMPARE(end.constFirst() == u"visible 1", shownAgain);
-    if (at.startsWith(u"cell 6")) // the row is finished, and no other begun
-        QVERIFY(rig.script.Cells().constLast().startsWith(u"cell 6,6 "));
-    QVERIFY(!rig.progress.shown && MayClose(rig.state));
-}
+    void BusySpreadsheetGetsItsRowsLater()
+    {
+        Rig rig;
+        rig.AddRows(2); // of an earlier run: table and statistics are those of the whole set
+        RowForwarder rows(rig.Services());
+        Result<ForwardOutcome> outcome;
+        connect(&rows, &RowForwarder::closed, &rows, [&](const auto &closed) { outcome = closed; });
+        QVERIFY(Finish(rows.Prepare({QString(), u"Run"_s, true})));
+        QVERIFY(Finish(rows.Open(rig.dataSet)));
+        QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
 
-void ForwarderTest::BusySpreadsheetGetsItsRowsLater()
-{
-    Rig rig;
-    rig.AddRows(2); // of an earlier run: table and statistics are those of the whole set
-    RowForwarder rows(rig.Services());
-    Result<ForwardOutcome> outcome;
-    connect(&rows, &RowForwarder::closed, &rows, [&](const auto &closed) { outcome = closed; });
-    QVERIFY(ResultOf(rows.Prepare({QString(), u"Run"_s, true})));
-    QVERIFY(ResultOf(rows.Open(rig.dataSet)));
-    QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
+        rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy, Reply::Busy, Reply::Busy};
+        for (int row = 1; row <= 3; ++row) {
+            rig.AddRows(1);
+            QCOMPARE(*rows.Write(), RowForward::Row::Taken);
+        }
+        QVERIFY(Finish(rows.Close()));
+        QCOMPARE(outcome.value_or(ForwardOutcome()).samples, 5);
+        QCOMPARE(rig.script.held, 0); // the user may close it
+        const QStringList cells = rig.script.Cells();
+        QVERIFY(cells.contains(u"cell 4,2 TIME"_s));
+        QCOMPARE(cells.filter(u",2 10:00:01"_s), QStringList(u"cell 6,2 10:00:01"_s));
+        QCOMPARE(cells.filter(u",2 10:00:00"_s).constLast(), u"cell 9,2 10:00:00"_s);
+        QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 2),
+                 QStringList({u"chart"_s, u"interactive 1"_s}));
+    }
 
-    rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy, Reply::Busy, Reply::Busy};
-    for (int row = 1; row <= 3; ++row) {
+    void FailedRunGivesTheSpreadsheetBack_data()
+    {
+        QTest::addColumn<QString>("at");
+        QTest::addColumn<bool>("busy"); // before it fails
+        QTest::newRow("not opened") << u"open"_s << false;
+        QTest::newRow("at a row") << u"cell"_s << false;
+        QTest::newRow("between two rows") << u"cell"_s << true;
+    }
+
+    void FailedRunGivesTheSpreadsheetBack()
+    {
+        QFETCH(QString, at);
+        QFETCH(bool, busy);
+        Rig rig;
+        RowForwarder rows(rig.Services());
+        QVERIFY(Finish(rows.Prepare({})));
+        rig.script.answers[at] = {Reply::Failed};
+        if (busy)
+            rig.script.answers[at].prepend(Reply::Busy);
+        rig.script.answers[u"interactive"_s] = {Reply::Done, Reply::Busy}; // at first
+        QCOMPARE(Finish(rows.Open(rig.dataSet)).has_value(), at == u"cell");
+        rig.AddRows(1);
+        const Result<RowForward::Row> written = rows.Write();
+        QCOMPARE(written.has_value(), busy);
+        QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
+        QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
+        const Result<> closed = Finish(rows.Close());
+        QVERIFY(!closed);
+        QCOMPARE(closed.error().text, u"The server is gone."_s);
+    }
+
+    /// Until the user stops the run.
+    void HiddenSpreadsheetHoldsTheStart()
+    {
+        Rig rig;
+        RowForwarder rows(rig.Services());
+        QVERIFY(Finish(rows.Prepare({})));
+        rig.script.onCall = [&](const QString &call) {
+            rig.script.answers[call] = {Reply::Busy};
+            rig.state.RealtimeStop = rig.script.calls.size() == 2;
+        };
+        QVERIFY(!Finish(rows.Open(rig.dataSet)));
+        QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"attach"_s}));
+    }
+
+    /// Another program has it open, or opens it before it is written.
+    void HeldWorkbookIsAskedAbout()
+    {
+        Rig rig;
+        rig.AddRows(1);
+        const QString other = rig.folder.filePath(u"other.xlsx"_s);
+        const QString lock = rig.folder.filePath(u".~lock.book.xlsx#"_s);
+        QVERIFY(rig.MakeBook());
+        const QByteArray before = Contents(rig.book);
+
+        QVERIFY(Put(lock, ",ada,bench,21.11.2026 10:00,;"));
+        rig.prompts.choices = {0, 2};
+        QVERIFY(!rig.ForwardTo(rig.book));
+        QCOMPARE(rig.prompts.questions.size(), 2);
+        QVERIFY(rig.prompts.questions.constFirst().contains(u"ada"));
+        QCOMPARE(Contents(rig.book), before);
+        rig.prompts.choices = {1, 1};
+        rig.prompts.files = {QString(), other}; // back to the question, then a name
+        QVERIFY(rig.ForwardTo(rig.book));
+        QCOMPARE(Contents(rig.book), before);
+        QVERIFY(QFile::exists(other));
+
+        QVERIFY(QFile::remove(lock));
+        rig.prompts.choices = {2};
+        QVERIFY(!rig.ForwardTo(rig.book, [&] { Put(lock, {}); }));
+        QCOMPARE(rig.prompts.warnings.constLast(), u"Canceled."_s);
+        QCOMPARE(Contents(rig.book), before);
+        QVERIFY(QFile::remove(lock));
+        QVERIFY(rig.ForwardTo(rig.book));
+        QVERIFY(Contents(rig.book) != before);
+    }
+
+    /// What is no name for a new workbook is asked again, and so is one under which a file has come
+    /// meanwhile.
+    void NewNameIsAskedFor()
+    {
+        Rig rig;
+        rig.AddRows(1);
+        const QString other = rig.folder.filePath(u"other.xlsx"_s);
+        rig.prompts.files = {rig.folder.filePath(u"book.ods"_s),
+                             u"/proc/new.xlsx"_s}; // nobody makes one there
+        QVERIFY(rig.MakeBook());
+        QCOMPARE(rig.prompts.warnings.size(), 2);
+        QVERIFY(rig.prompts.warnings.constLast().endsWith(u"\r\n/proc/new.xlsx"));
+
+        rig.prompts.choices = {0, 0};
+        rig.prompts.files = {rig.book, QString(), other}; // back to the question, then a name
+        QVERIFY(rig.ForwardTo({}, [&] { Put(rig.book, "theirs"); }));
+        QCOMPARE(rig.prompts.questions.size(), 2);
+        QVERIFY(rig.prompts.questions.constFirst().contains(u" name by now."));
+        QCOMPARE(Contents(rig.book), QByteArray("theirs"));
+        QCOMPARE(SheetNames(other), QStringList(u"PX40 1"_s));
+
+        rig.isThere = false;
+        const Result<ForwardOutcome> alone = rig.Forward({{}, {}, true, rig.book});
+        QVERIFY(!alone && alone.error().code == FailureCode::FileTaken);
+        QCOMPARE(Contents(rig.book), QByteArray("theirs"));
+    }
+
+    void TooManyRowsAreRefused()
+    {
+        Rig rig;
+        rig.AdoptRows(FullSheet + 1);
+        QVERIFY(!rig.Forward({}));
+        QCOMPARE(rig.prompts.warnings.size(), 1);
+        QVERIFY(rig.prompts.warnings.constFirst().contains(u"1,048,573"));
+        QVERIFY(rig.script.calls.isEmpty());
+    }
+
+    void FullSheetIsFinishedWhileTheRunGoesOn()
+    {
+        Rig rig;
+        rig.spreadsheet = nullptr;
+        const QString book = rig.folder.filePath(u"book.xlsx"_s);
+        rig.prompts.files = {book};
+        RowForwarder rows(rig.Services());
+        QVERIFY(Finish(rows.Prepare({})));
+        rig.AdoptRows(FullSheet - 1);
+        QVERIFY(Finish(rows.Open(rig.dataSet)));
         rig.AddRows(1);
         QCOMPARE(*rows.Write(), RowForward::Row::Taken);
+        rig.AddRows(1);
+        QCOMPARE(*rows.Write(), RowForward::Row::Full);
+        const Running<Result<>> closing(rows.Close());
+        constexpr int LongEnough = 120'000;
+        rig.AddRows(1000);
+        QVERIFY(WaitUntil([&] { return closing.Done(); }, LongEnough) && closing.Value());
+        const QByteArray sheet = ReadPackage(book)["xl/worksheets/sheet1.xml"].text;
+        QCOMPARE(sheet.count("<row "), FullSheet + 2); // and the title, and the heading
+        QVERIFY(sheet.contains("<row r=\"1048576\"><c r=\"B1048576\""));
     }
-    QVERIFY(ResultOf(rows.Close()));
-    QCOMPARE(outcome.value_or(ForwardOutcome()).samples, 5);
-    QCOMPARE(rig.script.held, 0); // the user may close it
-    const QStringList cells = rig.script.Cells();
-    QVERIFY(cells.contains(u"cell 4,2 TIME"_s));
-    QCOMPARE(cells.filter(u",2 10:00:01"_s), QStringList(u"cell 6,2 10:00:01"_s));
-    QCOMPARE(cells.filter(u",2 10:00:00"_s).constLast(), u"cell 9,2 10:00:00"_s);
-    QCOMPARE(rig.script.calls.mid(rig.script.calls.size() - 2),
-             QStringList({u"chart"_s, u"interactive 1"_s}));
-}
-
-void ForwarderTest::FailedRunGivesTheSpreadsheetBack_data()
-{
-    QTest::addColumn<QString>("at");
-    QTest::addColumn<bool>("busy"); // before it fails
-    QTest::newRow("not opened") << u"open"_s << false;
-    QTest::newRow("at a row") << u"cell"_s << false;
-    QTest::newRow("between two rows") << u"cell"_s << true;
-}
-
-void ForwarderTest::FailedRunGivesTheSpreadsheetBack()
-{
-    QFETCH(QString, at);
-    QFETCH(bool, busy);
-    Rig rig;
-    RowForwarder rows(rig.Services());
-    QVERIFY(ResultOf(rows.Prepare({})));
-    rig.script.answers[at] = {Reply::Failed};
-    if (busy)
-        rig.script.answers[at].prepend(Reply::Busy);
-    rig.script.answers[u"interactive"_s] = {Reply::Done, Reply::Busy}; // at first
-    QCOMPARE(ResultOf(rows.Open(rig.dataSet)).has_value(), at == u"cell");
-    rig.AddRows(1);
-    const Result<RowForward::Row> written = rows.Write();
-    QCOMPARE(written.has_value(), busy);
-    QVERIFY(WaitUntil([&] { return rig.script.held == 0; }));
-    QCOMPARE(rig.script.calls.count(u"interactive 1"_s), 2);
-    const Result<> closed = ResultOf(rows.Close());
-    QVERIFY(!closed);
-    QCOMPARE(closed.error().text, u"The server is gone."_s);
-}
-
-/// Until the user stops the run.
-void ForwarderTest::HiddenSpreadsheetHoldsTheStart()
-{
-    Rig rig;
-    RowForwarder rows(rig.Services());
-    QVERIFY(ResultOf(rows.Prepare({})));
-    rig.script.onCall = [&](const QString &call) {
-        rig.script.answers[call] = {Reply::Busy};
-        rig.state.RealtimeStop = rig.script.calls.size() == 2;
-    };
-    QVERIFY(!ResultOf(rows.Open(rig.dataSet)));
-    QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"attach"_s}));
-}
-
-void ForwarderTest::HeldWorkbookIsAskedAbout()
-{
-    Rig rig;
-    rig.AddRows(1);
-    const QString book = rig.folder.filePath(u"book.xlsx"_s);
-    const QString other = rig.folder.filePath(u"other.xlsx"_s);
-    const QString lock = rig.folder.filePath(u".~lock.book.xlsx#"_s);
-    rig.spreadsheet = nullptr;
-    const auto forward = [&](const QString &name) { return rig.Forward({name, {}, true}).has_value(); };
-    rig.prompts.files = {rig.folder.filePath(u"book.ods"_s), book}; // what is no name for it is asked again
-    QVERIFY(forward(QString()));
-    QCOMPARE(rig.prompts.warnings.size(), 1);
-    const QByteArray before = Contents(book);
-
-    QVERIFY(Put(lock, ",ada,bench,21.11.2026 10:00,;"));
-    rig.prompts.choices = {0, 2};
-    QVERIFY(!forward(book));
-    QCOMPARE(rig.prompts.questions.size(), 2);
-    QVERIFY(rig.prompts.questions.constFirst().contains(u"ada"));
-    QCOMPARE(Contents(book), before);
-    rig.prompts.choices = {1};
-    rig.prompts.files = {other};
-    QVERIFY(forward(book));
-    QCOMPARE(Contents(book), before);
-    QVERIFY(QFile::exists(other));
-
-    QVERIFY(QFile::remove(lock)); // and somebody opens it while the rows are written
-    rig.progress.onStep = [&](int) { QVERIFY(Put(lock, {})); };
-    rig.prompts.choices = {2};
-    QVERIFY(!forward(book));
-    QCOMPARE(rig.prompts.warnings.constLast(), u"Canceled."_s);
-    QCOMPARE(Contents(book), before);
-    QVERIFY(QFile::remove(lock));
-    rig.progress.onStep = nullptr;
-    QVERIFY(forward(book));
-    QVERIFY(Contents(book) != before);
-}
-
-void ForwarderTest::TooManyRowsAreRefused()
-{
-    Rig rig;
-    rig.AdoptRows(FullSheet + 1);
-    QVERIFY(!rig.Forward({}));
-    QCOMPARE(rig.prompts.warnings.size(), 1);
-    QVERIFY(rig.prompts.warnings.constFirst().contains(u"1,048,573"));
-    QVERIFY(rig.script.calls.isEmpty());
-}
-
-void ForwarderTest::FullSheetIsFinishedWhileTheRunGoesOn()
-{
-    Rig rig;
-    rig.spreadsheet = nullptr;
-    const QString book = rig.folder.filePath(u"book.xlsx"_s);
-    rig.prompts.files = {book};
-    RowForwarder rows(rig.Services());
-    QVERIFY(ResultOf(rows.Prepare({})));
-    rig.AdoptRows(FullSheet - 1);
-    QVERIFY(ResultOf(rows.Open(rig.dataSet)));
-    rig.AddRows(1);
-    QCOMPARE(*rows.Write(), RowForward::Row::Taken);
-    rig.AddRows(1);
-    QCOMPARE(*rows.Write(), RowForward::Row::Full);
-    const Running<Result<>> closing(rows.Close());
-    constexpr int LongEnough = 120'000;
-    rig.AddRows(1000);
-    QVERIFY(WaitUntil([&] { return closing.Done(); }, LongEnough) && closing.Value());
-    const QByteArray sheet = ReadPackage(book)["xl/worksheets/sheet1.xml"].text;
-    QCOMPARE(sheet.count("<row "), FullSheet + 2); // and the title, and the heading
-    QVERIFY(sheet.contains("<row r=\"1048576\"><c r=\"B1048576\""));
-}
+};
 
 } // namespace px40
 

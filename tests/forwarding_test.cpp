@@ -75,145 +75,140 @@ class ForwardingTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void DownloadAndCommandAddSheets();
-    void RunIsForwarded();
-    void FailureCostsNoReading();
-    void FocusReturnsBeforeTheSpreadsheet();
-};
+    void DownloadAndCommandAddSheets()
+    {
+        ForwardingProgram program;
+        program.prompts.answers = {Answer::Yes, Answer::Yes};
+        program.Forward("Mdata", u"Loop/7"_qs, QString(), "btCancel");
+        QVERIFY(program.DataWindows().isEmpty());
+        program.prompts.files = {program.book};
+        program.Forward("Mdata", u"Loop/7"_qs);
+        QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
+        QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + program.folder.path() + u'.');
+        QCOMPARE(program.desktop.shown, QStringList(program.book));
+        const frmData *const data = program.DataWindows().first();
+        QVERIFY(WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
+        const std::shared_ptr<DataSet> dataSet = data->Data();
+        QCOMPARE(dataSet->GetDatacount(), 50);
+        QCOMPARE(program.services.settings.ForwardTitleText, u"Loop/7"_qs); // for the next time
+        program.Forward("Forward", u"Loop/7"_qs, program.book);
+        QCOMPARE(SheetNames(program.book), QStringList({u"Loop 7"_qs, u"Loop 7 (2)"_qs}));
 
-void ForwardingTest::DownloadAndCommandAddSheets()
-{
-    ForwardingProgram program;
-    program.prompts.answers = {Answer::Yes, Answer::Yes};
-    program.Forward("Mdata", u"Loop/7"_qs, QString(), "btCancel");
-    QVERIFY(program.DataWindows().isEmpty());
-    program.prompts.files = {program.book};
-    program.Forward("Mdata", u"Loop/7"_qs);
-    QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
-    QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + program.folder.path() + u'.');
-    QCOMPARE(program.desktop.shown, QStringList(program.book));
-    const frmData *const data = program.DataWindows().first();
-    QVERIFY(WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
-    const std::shared_ptr<DataSet> dataSet = data->Data();
-    QCOMPARE(dataSet->GetDatacount(), 50);
-    QCOMPARE(program.services.settings.ForwardTitleText, u"Loop/7"_qs); // for the next time
-    program.Forward("Forward", u"Loop/7"_qs, program.book);
-    QCOMPARE(SheetNames(program.book), QStringList({u"Loop 7"_qs, u"Loop 7 (2)"_qs}));
-
-    const QByteArray before = Contents(program.book);
-    for (int row = 0; row < 50'000; ++row) // long enough for a click
-        dataSet->AddData(QString(), u"1.5"_qs, QString(), QString(), QString());
-    program.whileForwarding = [&] {
-        QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
-        QVERIFY(!program.window->close());
-        Press(program.Cancel(), "btCancel");
-    };
-    program.Forward("Forward", QString(), program.book);
-    QCOMPARE(program.prompts.warnings, QStringList(u"Canceled."_qs));
-    QCOMPARE(Contents(program.book), before);
-    QVERIFY(program.Message().isEmpty()); // and nothing of the one before it
-
-    program.whileForwarding = nullptr;
-    program.prompts.answers = {Answer::Yes, Answer::Yes};
-    program.Forward("Sdata", u"Saved"_qs, program.book, "btCancel");
-    QCOMPARE(program.DataWindows().size(), 1);
-    program.Forward("Sdata", u"Saved"_qs, program.book); // whatever comes of it
-    QCOMPARE(SheetNames(program.book).last(), u"Saved"_qs);
-    const QByteArray after = Contents(program.book);
-
-    program.Fault("hang-up=12"); // what comes of a broken download is not forwarded
-    program.prompts.answers = {Answer::Yes};
-    program.Forward("Mdata", u"Broken"_qs, program.book);
-    QCOMPARE(Contents(program.book), after);
-}
-
-void ForwardingTest::RunIsForwarded()
-{
-    ForwardingProgram program;
-    program.Action("New")->trigger();
-    for (const char *const button : {"btCancel", "btOk"}) { // of the dialog, then of the file dialog
-        program.prompts.answers = {Answer::Yes};
-        program.Forward("Start", QString(), QString(), button);
-        QVERIFY(!program.services.state.RealtimeRun);
-    }
-    QCOMPARE(program.prompts.fileQuestions.size(), 1);
-
-    program.StartRun(u"Night"_qs, program.book);
-    for (int second = 0; second < 3; ++second)
-        QVERIFY(program.PassSecond());
-    QVERIFY(!QFile::exists(program.book));
-    program.Action("Forward")->trigger(); // not now
-    QVERIFY(program.NoJobLeft());
-    QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
-    program.Action("Stop")->trigger();
-    QVERIFY(program.PassSecond());
-    QCOMPARE(SheetNames(program.book), QStringList(u"Night"_qs));
-    QVERIFY2(program.Message().startsWith(u"1 row forwarded to book.xlsx in "),
-             qPrintable(program.Message()));
-    QVERIFY(program.Message().contains(u".  1New was stopped: "));
-    QCOMPARE(program.desktop.shown, QStringList(program.book));
-    QVERIFY(MayClose(program.services.state));
-
-    program.desktop.Use("None"); // opens nothing
-    const QString there = program.folder.filePath(u"second.xlsx"_qs);
-    program.StartRun(QString(), there);
-    QVERIFY(program.PassSecond());
-    program.Action("Stop")->trigger();
-    QVERIFY(program.PassSecond());
-    const QString told = u"No program of this desktop opens the worksheet.  2 rows forwarded to "_qs;
-    QVERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
-    QVERIFY(program.Message().contains(u".  1New was stopped: "));
-    program.Forward("Forward", QString(), program.book);
-    QVERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));
-}
-
-void ForwardingTest::FailureCostsNoReading()
-{
-    ForwardingProgram program;
-    program.Action("New")->trigger();
-    QVERIFY(QDir(program.folder.path()).mkdir(u"stick"_qs));
-    program.StartRun(QString(), program.folder.filePath(u"stick/book.xlsx"_qs));
-    QVERIFY(program.PassSecond());
-    QVERIFY(QDir(program.folder.path()).rmdir(u"stick"_qs));
-    program.Action("Stop")->trigger();
-    QVERIFY(program.PassSecond());
-    QVERIFY2(
-        program.Message().startsWith(u"Forward error occurred. (1New)  This folder does not exist.  1New "),
-        qPrintable(program.Message()));
-    QCOMPARE(program.prompts.warnings.size(), 1);
-    QVERIFY(program.prompts.warnings.constFirst().endsWith(u"stick/book.xlsx"));
-    QVERIFY(program.desktop.shown.isEmpty());
-    QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
-    program.prompts.files = {program.book}; // and forwarded again
-    program.Forward("mnuFileForward", QString());
-    QCOMPARE(SheetNames(program.book), QStringList(u"PX40 1"_qs));
-}
-
-/// Where there is one.
-void ForwardingTest::FocusReturnsBeforeTheSpreadsheet()
-{
-    ForwardingProgram program;
-    program.Action("New")->trigger();
-    program.Action("New")->trigger();
-    auto *const progress = program.window->findChild<frmCancel *>();
-    for (frmData *const data : program.DataWindows()) {
-        program.Find<QMdiArea>("workspace")->setActiveSubWindow(data);
-        const auto hasFocus = [data] { return data->isAncestorOf(QApplication::focusWidget()); };
-        QVERIFY(WaitUntil(hasFocus));
-        Script script;
-        script.onCall = [&](const QString &call) {
-            const bool back = call == u"visible 1";
-            QCOMPARE(progress->isVisible(), !back);
-            QCOMPARE(hasFocus(), back);
+        const QByteArray before = Contents(program.book);
+        for (int row = 0; row < 50'000; ++row) // long enough for a click
+            dataSet->AddData(QString(), u"1.5"_qs, QString(), QString(), QString());
+        program.whileForwarding = [&] {
+            QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
+            QVERIFY(!program.window->close());
+            Press(program.Cancel(), "btCancel");
         };
-        const auto spreadsheet = [&] { return std::make_unique<ScriptedSheet>(script); };
-        Services &own = program.services;
-        Forwarder forwarder({own.state, own.store, spreadsheet}, own.gate, *progress);
-        const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(data->Data(), {}));
-        QVERIFY(running.Finish() && running.Value());
-        QVERIFY(script.calls.contains(u"visible 1"_qs) && hasFocus());
+        program.Forward("Forward", QString(), program.book);
+        QCOMPARE(program.prompts.warnings, QStringList(u"Canceled."_qs));
+        QCOMPARE(Contents(program.book), before);
+        QVERIFY(program.Message().isEmpty()); // and nothing of the one before it
+
+        program.whileForwarding = nullptr;
+        program.prompts.answers = {Answer::Yes, Answer::Yes};
+        program.Forward("Sdata", u"Saved"_qs, program.book, "btCancel");
+        QCOMPARE(program.DataWindows().size(), 1);
+        program.Forward("Sdata", u"Saved"_qs, program.book); // whatever comes of it
+        QCOMPARE(SheetNames(program.book).last(), u"Saved"_qs);
+        const QByteArray after = Contents(program.book);
+
+        program.Fault("hang-up=12"); // what comes of a broken download is not forwarded
+        program.prompts.answers = {Answer::Yes};
+        program.Forward("Mdata", u"Broken"_qs, program.book);
+        QCOMPARE(Contents(program.book), after);
     }
-}
+
+    void RunIsForwarded()
+    {
+        ForwardingProgram program;
+        program.Action("New")->trigger();
+        for (const char *const button : {"btCancel", "btOk"}) { // of the dialog, then of the file dialog
+            program.prompts.answers = {Answer::Yes};
+            program.Forward("Start", QString(), QString(), button);
+            QVERIFY(!program.services.state.RealtimeRun);
+        }
+        QCOMPARE(program.prompts.fileQuestions.size(), 1);
+
+        program.StartRun(u"Night"_qs, program.book);
+        for (int second = 0; second < 3; ++second)
+            QVERIFY(program.PassSecond());
+        QVERIFY(!QFile::exists(program.book));
+        program.Action("Forward")->trigger(); // not now
+        QVERIFY(program.NoJobLeft());
+        QCOMPARE(program.Message(), u"Real-time receive is running. Stop it first."_qs);
+        program.Action("Stop")->trigger();
+        QVERIFY(program.PassSecond());
+        QCOMPARE(SheetNames(program.book), QStringList(u"Night"_qs));
+        QVERIFY2(program.Message().startsWith(u"1 row forwarded to book.xlsx in "),
+                 qPrintable(program.Message()));
+        QVERIFY(program.Message().contains(u".  1New was stopped: "));
+        QCOMPARE(program.desktop.shown, QStringList(program.book));
+        QVERIFY(MayClose(program.services.state));
+
+        program.desktop.Use("None"); // opens nothing
+        const QString there = program.folder.filePath(u"second.xlsx"_qs);
+        program.StartRun(QString(), there);
+        QVERIFY(program.PassSecond());
+        program.Action("Stop")->trigger();
+        QVERIFY(program.PassSecond());
+        const QString told = u"No program of this desktop opens the worksheet.  2 rows forwarded to "_qs;
+        QVERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
+        QVERIFY(program.Message().contains(u".  1New was stopped: "));
+        program.Forward("Forward", QString(), program.book);
+        QVERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));
+    }
+
+    void FailureCostsNoReading()
+    {
+        ForwardingProgram program;
+        program.Action("New")->trigger();
+        QVERIFY(QDir(program.folder.path()).mkdir(u"stick"_qs));
+        program.StartRun(QString(), program.folder.filePath(u"stick/book.xlsx"_qs));
+        QVERIFY(program.PassSecond());
+        QVERIFY(QDir(program.folder.path()).rmdir(u"stick"_qs));
+        program.Action("Stop")->trigger();
+        QVERIFY(program.PassSecond());
+        QVERIFY2(program.Message().startsWith(
+                     u"Forward error occurred. (1New)  This folder does not exist.  1New "),
+                 qPrintable(program.Message()));
+        QCOMPARE(program.prompts.warnings.size(), 1);
+        QVERIFY(program.prompts.warnings.constFirst().endsWith(u"stick/book.xlsx"));
+        QVERIFY(program.desktop.shown.isEmpty());
+        QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
+        program.prompts.files = {program.book}; // and forwarded again
+        program.Forward("mnuFileForward", QString());
+        QCOMPARE(SheetNames(program.book), QStringList(u"PX40 1"_qs));
+    }
+
+    /// Where there is one.
+    void FocusReturnsBeforeTheSpreadsheet()
+    {
+        ForwardingProgram program;
+        program.Action("New")->trigger();
+        program.Action("New")->trigger();
+        auto *const progress = program.window->findChild<frmCancel *>();
+        for (frmData *const data : program.DataWindows()) {
+            program.Find<QMdiArea>("workspace")->setActiveSubWindow(data);
+            const auto hasFocus = [data] { return data->isAncestorOf(QApplication::focusWidget()); };
+            QVERIFY(WaitUntil(hasFocus));
+            Script script;
+            script.onCall = [&](const QString &call) {
+                const bool back = call == u"visible 1";
+                QCOMPARE(progress->isVisible(), !back);
+                QCOMPARE(hasFocus(), back);
+            };
+            const auto spreadsheet = [&] { return std::make_unique<ScriptedSheet>(script); };
+            Services &own = program.services;
+            Forwarder forwarder({own.state, own.store, spreadsheet}, own.gate, *progress);
+            const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(data->Data(), {}));
+            QVERIFY(running.Finish() && running.Value());
+            QVERIFY(script.calls.contains(u"visible 1"_qs) && hasFocus());
+        }
+    }
+};
 
 } // namespace px40
 

@@ -101,149 +101,142 @@ class SheetXmlTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void SharesLinesBetweenNeighbours();
-    void MakesValues_data();
-    void MakesValues();
-    void TellsItsSizeBeforehand_data();
-    void TellsItsSizeBeforehand();
-    void PutsCellsAmongTheRows();
-    void DrawsTheChart();
-};
-
-void SheetXmlTest::SharesLinesBetweenNeighbours()
-{
-    Sheet sheet;
-    sheet.cells[2][1] = {CellFormat::Text, "beside"};
-    sheet.cells[4][2] = {CellFormat::Text, "below"};
-    sheet.cells[5][2] = {CellFormat::General, ""};
-    sheet.borders = {{{3, 3, 2, 2}, Edge::Left, BorderWeight::Medium},
-                     {{2, 2, 3, 3}, Edge::InsideHorizontal, BorderWeight::Medium},
-                     {{3, 2, 3, 2}, Edge::Top, BorderWeight::Thin},
-                     {{2, 3, 2, 3}, Edge::InsideVertical, BorderWeight::Thin},
-                     {{3, 2, 3, 2}, Edge::Bottom, BorderWeight::Medium}};
-    sheet.centred = {{3, 3, 3, 3}};
-    // A cell that was never set is there for its lines, but not for those of its neighbours alone.
-    QCOMPARE(Written(sheet).looks.join(' '),
-             "A2 -M--@ B2 M--tG C2 ---MG B3 M-tMG C3 --M-Gc B4 --M-@ B5 ----G");
-}
-
-void SheetXmlTest::MakesValues_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("general");
-    const auto row = [](const char *name, const QByteArray &text, const QByteArray &general) {
-        QTest::newRow(name) << text << general;
-    };
-    const QByteArray no = "\xEF\xBF\xBD"; // in place of what is no character
-    row("empty", "", {});
-    row("controls", QByteArray("a\rb\x1F\0z", 6), "s:a_x000D_b_x001F__x0000_z");
-    row("like escapes", "_x0041_x00e9_ _x004_ _X0041_", "s:_x005F_x0041_x005F_x00e9_ _x004_ _X0041_");
-    row("no UTF-8", "\xC3(\xED\xA0\x80\xF8", "s:" + no + '(' + no.repeated(4));
-    row("cut off", "a\xE2\x82", "s:a" + no.repeated(2));
-    row("no character", "\xEF\xBF\xBE", "s:" + no);
-    row("mark of the byte order", "\xEF\xBB\xBF", "s:\xEF\xBB\xBF");
-    row("long", QByteArray(40'000, '&'), "s:" + QByteArray(32'767, '&'));
-    row("cut between halves", QByteArray(32'766, 'a') + "\xF0\x9D\x84\x9E.", "s:" + QByteArray(32'766, 'a'));
-    const QByteArrayList numbers = QByteArray("1.0023 -0.50 +7. .25 007 1E-3 -2.5e+10").split(' ');
-    const QByteArrayList values = QByteArray("1.0023 -0.5 7 0.25 7 0.001 -2.5e+10").split(' ');
-    for (qsizetype i = 0; i < numbers.size(); ++i)
-        row(numbers[i].constData(), numbers[i], "n:" + values[i]);
-    const QByteArray texts =
-        "1,5|+-1|++1|.|-|e5|1e|1e+|1.2.3| 1|1 |0x10|inf|nan|1e400|+OL|=1+1|\xD9\xA1|  a  b |"
-        "a\nb\tc|<a b=\"x\">&amp;</a>]]>|\xCE\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E";
-    for (const QByteArray &text : texts.split('|'))
-        row(text.constData(), text, "s:" + text);
-}
-
-void SheetXmlTest::MakesValues()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, general);
-    Sheet sheet;
-    sheet.cells[1][1] = {CellFormat::General, text.toStdString()};
-    sheet.cells[1][28] = {CellFormat::Text, text.toStdString()};
-    const Written written(sheet);
-    QCOMPARE(written.looks, QByteArrayList({"A1 ----G", "AB1 ----@"}));
-    QCOMPARE(written.values["A1"], general);
-    // As a text it is what it is even when it looks like a number.
-    QCOMPARE(written.values["AB1"], general.startsWith("n:") ? "s:" + text : general);
-}
-
-void SheetXmlTest::TellsItsSizeBeforehand_data()
-{
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<int>("length"); // of the texts
-    QTest::newRow("nothing") << 0 << 3 << 0;
-    QTest::newRow("empty cells") << 2 << 3 << 0;
-    QTest::newRow("many") << 12'000 << 3 << 100;
-    QTest::newRow("large") << 4 << 40 << 32'767;
-}
-
-void SheetXmlTest::TellsItsSizeBeforehand()
-{
-    QFETCH(int, rows);
-    QFETCH(int, columns);
-    QFETCH(int, length);
-    Sheet sheet;
-    sheet.table = {1, 1, rows, {}, std::make_shared<SameRows>(columns, length)};
-    sheet.table.formats.resize(static_cast<std::size_t>(columns), CellFormat::Text);
-    sheet.table.formats[1] = CellFormat::General;
-    sheet.cells[1'048'576][3] = {CellFormat::Text, "last"};
-    sheet.borders = {{{2, 2, 5, 30}, Edge::InsideVertical, BorderWeight::Thin}};
-
-    Text text(sheet);
-    const QByteArray once = text.Read(60'000);
-    QCOMPARE(once.size(), text.xml.Size());
-    text.xml.Rewind();
-    QByteArray begin(once.size() / 2, '\0');
-    QCOMPARE(text.xml.Read(begin.data(), begin.size()), begin.size());
-    QVERIFY2(begin + text.Read(999) == once, "it depends on how much is read at a time");
-    text.xml.Rewind();
-    QCOMPARE(text.xml.Read(begin.data(), 1), 1);
-    text.xml.Rewind(); // with much that was made and not taken
-    QVERIFY(text.Read(1'234'567) == once);
-    const Written written(sheet);
-    for (int row = 1; row <= rows; ++row) {
-        const QByteArray number = QByteArray::number(row);
-        QCOMPARE(written.values.value("B" + number), "n:" + number);
-        QCOMPARE(written.values.value("C" + number).size(), length == 0 ? 0 : 2 + length);
+    void SharesLinesBetweenNeighbours()
+    {
+        Sheet sheet;
+        sheet.cells[2][1] = {CellFormat::Text, "beside"};
+        sheet.cells[4][2] = {CellFormat::Text, "below"};
+        sheet.cells[5][2] = {CellFormat::General, ""};
+        sheet.borders = {{{3, 3, 2, 2}, Edge::Left, BorderWeight::Medium},
+                         {{2, 2, 3, 3}, Edge::InsideHorizontal, BorderWeight::Medium},
+                         {{3, 2, 3, 2}, Edge::Top, BorderWeight::Thin},
+                         {{2, 3, 2, 3}, Edge::InsideVertical, BorderWeight::Thin},
+                         {{3, 2, 3, 2}, Edge::Bottom, BorderWeight::Medium}};
+        sheet.centred = {{3, 3, 3, 3}};
+        // A cell that was never set is there for its lines, but not for those of its neighbours alone.
+        QCOMPARE(Written(sheet).looks.join(' '),
+                 "A2 -M--@ B2 M--tG C2 ---MG B3 M-tMG C3 --M-Gc B4 --M-@ B5 ----G");
     }
-}
 
-void SheetXmlTest::PutsCellsAmongTheRows()
-{
-    Sheet sheet;
-    sheet.table = {5, 2, 2, {CellFormat::Text, CellFormat::General}, std::make_shared<SameRows>(2, 1)};
-    sheet.cells[5][3] = {CellFormat::Text, "instead"};
-    sheet.cells[6][1] = {CellFormat::Text, "before"};
-    sheet.cells[4][2] = {CellFormat::Text, "above"};
-    const Written written(sheet);
-    QCOMPARE(written.looks.join(' '), "B4 ----@ B5 ----@ C5 ----@ A6 ----@ B6 ----@ C6 ----G");
-    QCOMPARE(written.values["C5"], "s:instead");
-    QCOMPARE(written.values["C6"], "n:2");
-}
+    void MakesValues_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("general");
+        const auto row = [](const char *name, const QByteArray &text, const QByteArray &general) {
+            QTest::newRow(name) << text << general;
+        };
+        const QByteArray no = "\xEF\xBF\xBD"; // in place of what is no character
+        row("empty", "", {});
+        row("controls", QByteArray("a\rb\x1F\0z", 6), "s:a_x000D_b_x001F__x0000_z");
+        row("like escapes", "_x0041_x00e9_ _x004_ _X0041_", "s:_x005F_x0041_x005F_x00e9_ _x004_ _X0041_");
+        row("no UTF-8", "\xC3(\xED\xA0\x80\xF8", "s:" + no + '(' + no.repeated(4));
+        row("cut off", "a\xE2\x82", "s:a" + no.repeated(2));
+        row("no character", "\xEF\xBF\xBE", "s:" + no);
+        row("mark of the byte order", "\xEF\xBB\xBF", "s:\xEF\xBB\xBF");
+        row("long", QByteArray(40'000, '&'), "s:" + QByteArray(32'767, '&'));
+        row("cut between halves", QByteArray(32'766, 'a') + "\xF0\x9D\x84\x9E.",
+            "s:" + QByteArray(32'766, 'a'));
+        const QByteArrayList numbers = QByteArray("1.0023 -0.50 +7. .25 007 1E-3 -2.5e+10").split(' ');
+        const QByteArrayList values = QByteArray("1.0023 -0.5 7 0.25 7 0.001 -2.5e+10").split(' ');
+        for (qsizetype i = 0; i < numbers.size(); ++i)
+            row(numbers[i].constData(), numbers[i], "n:" + values[i]);
+        const QByteArray texts =
+            "1,5|+-1|++1|.|-|e5|1e|1e+|1.2.3| 1|1 |0x10|inf|nan|1e400|+OL|=1+1|\xD9\xA1|  a  b |"
+            "a\nb\tc|<a b=\"x\">&amp;</a>]]>|\xCE\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E";
+        for (const QByteArray &text : texts.split('|'))
+            row(text.constData(), text, "s:" + text);
+    }
 
-/// What the sheets of data sets have none of: names and titles that need care, and ranges upside down.
-void SheetXmlTest::DrawsTheChart()
-{
-    SheetChart chart = {{5, 2, 4, 4}, 8, 8, 400, 200, "A < B & \x07 C"};
-    const SheetVocabulary words = SheetVocabulary::Strict();
-    pugi::xml_document document;
-    const auto at = [&document](const char *path) { return document.select_node(path).node(); };
-    QVERIFY(document.load_string(ChartXml(chart, "O'Neil & <1>", words).c_str()));
-    QCOMPARE(at("/c:chartSpace").attribute("xmlns:c").value(), words.chart.c_str());
-    QCOMPARE(at("//c:title//a:t").child_value(), "A < B &   C");
-    QCOMPARE(at("//c:ser[1]/c:cat//c:f").child_value(), "'O''Neil & <1>'!$B$4:$B$5");
-    QCOMPARE(at("//c:ser[2]/c:val//c:f").child_value(), "'O''Neil & <1>'!$D$4:$D$5");
-    QVERIFY(document.load_string(DrawingXml(chart, "rId1", words).c_str()));
-    QCOMPARE(at("//a:graphicData").attribute("uri").value(), words.chart.c_str());
+    void MakesValues()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QByteArray, general);
+        Sheet sheet;
+        sheet.cells[1][1] = {CellFormat::General, text.toStdString()};
+        sheet.cells[1][28] = {CellFormat::Text, text.toStdString()};
+        const Written written(sheet);
+        QCOMPARE(written.looks, QByteArrayList({"A1 ----G", "AB1 ----@"}));
+        QCOMPARE(written.values["A1"], general);
+        // As a text it is what it is even when it looks like a number.
+        QCOMPARE(written.values["AB1"], general.startsWith("n:") ? "s:" + text : general);
+    }
 
-    chart.title.clear();
-    QVERIFY(document.load_string(ChartXml(chart, "1", words).c_str()));
-    QVERIFY(!at("//c:title"));
-    QCOMPARE(at("//c:autoTitleDeleted").attribute("val").as_int(), 1);
-}
+    void TellsItsSizeBeforehand_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("columns");
+        QTest::addColumn<int>("length"); // of the texts
+        QTest::newRow("nothing") << 0 << 3 << 0;
+        QTest::newRow("empty cells") << 2 << 3 << 0;
+        QTest::newRow("many") << 12'000 << 3 << 100;
+        QTest::newRow("large") << 4 << 40 << 32'767;
+    }
+
+    void TellsItsSizeBeforehand()
+    {
+        QFETCH(int, rows);
+        QFETCH(int, columns);
+        QFETCH(int, length);
+        Sheet sheet;
+        sheet.table = {1, 1, rows, {}, std::make_shared<SameRows>(columns, length)};
+        sheet.table.formats.resize(static_cast<std::size_t>(columns), CellFormat::Text);
+        sheet.table.formats[1] = CellFormat::General;
+        sheet.cells[1'048'576][3] = {CellFormat::Text, "last"};
+        sheet.borders = {{{2, 2, 5, 30}, Edge::InsideVertical, BorderWeight::Thin}};
+
+        Text text(sheet);
+        const QByteArray once = text.Read(60'000);
+        QCOMPARE(once.size(), text.xml.Size());
+        text.xml.Rewind();
+        QByteArray begin(once.size() / 2, '\0');
+        QCOMPARE(text.xml.Read(begin.data(), begin.size()), begin.size());
+        QVERIFY2(begin + text.Read(999) == once, "it depends on how much is read at a time");
+        text.xml.Rewind();
+        QCOMPARE(text.xml.Read(begin.data(), 1), 1);
+        text.xml.Rewind(); // with much that was made and not taken
+        QVERIFY(text.Read(1'234'567) == once);
+        const Written written(sheet);
+        for (int row = 1; row <= rows; ++row) {
+            const QByteArray number = QByteArray::number(row);
+            QCOMPARE(written.values.value("B" + number), "n:" + number);
+            QCOMPARE(written.values.value("C" + number).size(), length == 0 ? 0 : 2 + length);
+        }
+    }
+
+    void PutsCellsAmongTheRows()
+    {
+        Sheet sheet;
+        sheet.table = {5, 2, 2, {CellFormat::Text, CellFormat::General}, std::make_shared<SameRows>(2, 1)};
+        sheet.cells[5][3] = {CellFormat::Text, "instead"};
+        sheet.cells[6][1] = {CellFormat::Text, "before"};
+        sheet.cells[4][2] = {CellFormat::Text, "above"};
+        const Written written(sheet);
+        QCOMPARE(written.looks.join(' '), "B4 ----@ B5 ----@ C5 ----@ A6 ----@ B6 ----@ C6 ----G");
+        QCOMPARE(written.values["C5"], "s:instead");
+        QCOMPARE(written.values["C6"], "n:2");
+    }
+
+    /// What the sheets of data sets have none of: names and titles that need care, and ranges upside down.
+    void DrawsTheChart()
+    {
+        SheetChart chart = {{5, 2, 4, 4}, 8, 8, 400, 200, "A < B & \x07 C"};
+        const SheetVocabulary words = SheetVocabulary::Strict();
+        pugi::xml_document document;
+        const auto at = [&document](const char *path) { return document.select_node(path).node(); };
+        QVERIFY(document.load_string(ChartXml(chart, "O'Neil & <1>", words).c_str()));
+        QCOMPARE(at("/c:chartSpace").attribute("xmlns:c").value(), words.chart.c_str());
+        QCOMPARE(at("//c:title//a:t").child_value(), "A < B &   C");
+        QCOMPARE(at("//c:ser[1]/c:cat//c:f").child_value(), "'O''Neil & <1>'!$B$4:$B$5");
+        QCOMPARE(at("//c:ser[2]/c:val//c:f").child_value(), "'O''Neil & <1>'!$D$4:$D$5");
+        QVERIFY(document.load_string(DrawingXml(chart, "rId1", words).c_str()));
+        QCOMPARE(at("//a:graphicData").attribute("uri").value(), words.chart.c_str());
+
+        chart.title.clear();
+        QVERIFY(document.load_string(ChartXml(chart, "1", words).c_str()));
+        QVERIFY(!at("//c:title"));
+        QCOMPARE(at("//c:autoTitleDeleted").attribute("val").as_int(), 1);
+    }
+};
 
 QTEST_GUILESS_MAIN(SheetXmlTest)
 #include "sheetxml_test.moc"

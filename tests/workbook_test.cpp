@@ -95,232 +95,222 @@ class WorkbookTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
-    void AddsASheet_data();
-    void AddsASheet();
-    void NamesTheSheet_data();
-    void NamesTheSheet();
-    void GoesThroughLinks();
-    void FullDisk_data();
-    void FullDisk();
-    void Refuses_data();
-    void Refuses();
-    void KeepsOffOpenWorkbooks_data();
-    void KeepsOffOpenWorkbooks();
-};
-
-void WorkbookTest::AddsASheet_data()
-{
-    QTest::addColumn<int>("additions");
-    for (const char *guise : {"plain", "prefixed", "strict", "macros", "chart sheet", "absolute targets",
-                              "prefix on each sheet", "bare styles", "names taken", "other case"})
-        QTest::newRow(guise) << 5;
-    QTest::newRow("without styles") << 6;
-}
-
-void WorkbookTest::AddsASheet()
-{
-    QFETCH(int, additions);
-    int changes = 9 - additions;
-    const QByteArrayList mayChange = {"[content_types].xml", "xl/_rels/workbook.xml.rels", "xl/styles.xml",
-                                      "xl/workbook.xml"};
-    BookRig rig(BookLike(QTest::currentDataTag()), u"it's a \"book\" αβγ.xlsm"_qs);
-    QFile::setPermissions(rig.name, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
-    const QFile::Permissions permissions = QFile::permissions(rig.name);
-    const QStringList names = SheetNames(rig.name);
-    const auto before = ReadPackage(rig.name);
-    QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
-    QCOMPARE(AddTo(rig.name, u"One"_qs), QString());
-
-    const auto after = ReadPackage(rig.name);
-    QCOMPARE(after.size(), before.size() + additions);
-    for (auto entry = before.begin(); entry != before.end(); ++entry) {
-        if (after.value(entry.key()).kept == entry->kept)
-            continue;
-        --changes;
-        QVERIFY2(mayChange.contains(entry.key().toLower()), entry.key().constData());
-        pugi::xml_document was;
-        pugi::xml_document now;
-        Load(was, entry->text);
-        Load(now, after[entry.key()].text);
-        QVERIFY2(Extends(was.document_element(), now.document_element()), entry.key().constData());
-        for (const pugi::xpath_node &list : now.select_nodes("//*[@count]"))
-            QCOMPARE(list.node().attribute("count").as_llong(),
-                     std::distance(list.node().begin(), list.node().end()));
+    void AddsASheet_data()
+    {
+        QTest::addColumn<int>("additions");
+        for (const char *guise : {"plain", "prefixed", "strict", "macros", "chart sheet", "absolute targets",
+                                  "prefix on each sheet", "bare styles", "names taken", "other case"})
+            QTest::newRow(guise) << 5;
+        QTest::newRow("without styles") << 6;
     }
-    QCOMPARE(changes, 0);
-    QCOMPARE(SheetNames(rig.name), names + QStringList{u"One (2)"_qs});
-    QCOMPARE(QFile::permissions(rig.name), permissions);
-    QCOMPARE(rig.Neighbours(), QStringList());
 
-    // Another sheet finds the looks that it needs.
-    QCOMPARE(AddTo(rig.name, {}), QString());
-    const auto both = ReadPackage(rig.name);
-    QCOMPARE(both["xl/styles.xml"].kept, after["xl/styles.xml"].kept);
-    QCOMPARE(Faults(both), QStringList());
-}
+    void AddsASheet()
+    {
+        QFETCH(int, additions);
+        int changes = 9 - additions;
+        const QByteArrayList mayChange = {"[content_types].xml", "xl/_rels/workbook.xml.rels",
+                                          "xl/styles.xml", "xl/workbook.xml"};
+        BookRig rig(BookLike(QTest::currentDataTag()), u"it's a \"book\" αβγ.xlsm"_qs);
+        QFile::setPermissions(rig.name, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+        const QFile::Permissions permissions = QFile::permissions(rig.name);
+        const QStringList names = SheetNames(rig.name);
+        const auto before = ReadPackage(rig.name);
+        QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
+        QCOMPARE(AddTo(rig.name, u"One"_qs), QString());
 
-void WorkbookTest::NamesTheSheet_data()
-{
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << u"Furnace 3"_qs << u"Furnace 3"_qs;
-    QTest::newRow("taken") << u"oNE"_qs << u"oNE (2)"_qs;
-    QTest::newRow("none") << QString() << u"PX40 1"_qs;
-    QTest::newRow("nothing left") << u" '[]:*?/\\'\u0001\t"_qs << u"PX40 1"_qs;
-    QTest::newRow("forbidden") << u"'a[b]:c*d?e/f\\g\u0007h'"_qs << u"a b c d e f g h"_qs;
-    QTest::newRow("reserved") << u"history"_qs << u"history (2)"_qs;
-    QTest::newRow("marks") << u"<&>\"=1+1"_qs << u"<&>\"=1+1"_qs;
-    QTest::newRow("long") << QString(300, u'x') << QString(31, u'x');
-    QTest::newRow("what the cut leaves at the end") << QString(30, u'x') + u"'y"_qs << QString(30, u'x');
-    QTest::newRow("half") << QString(30, u'x') + u"\U0001F600"_qs << QString(30, u'x');
-}
+        const auto after = ReadPackage(rig.name);
+        QCOMPARE(after.size(), before.size() + additions);
+        for (auto entry = before.begin(); entry != before.end(); ++entry) {
+            if (after.value(entry.key()).kept == entry->kept)
+                continue;
+            --changes;
+            QVERIFY2(mayChange.contains(entry.key().toLower()), entry.key().constData());
+            pugi::xml_document was;
+            pugi::xml_document now;
+            Load(was, entry->text);
+            Load(now, after[entry.key()].text);
+            QVERIFY2(Extends(was.document_element(), now.document_element()), entry.key().constData());
+            for (const pugi::xpath_node &list : now.select_nodes("//*[@count]"))
+                QCOMPARE(list.node().attribute("count").as_llong(),
+                         std::distance(list.node().begin(), list.node().end()));
+        }
+        QCOMPARE(changes, 0);
+        QCOMPARE(SheetNames(rig.name), names + QStringList{u"One (2)"_qs});
+        QCOMPARE(QFile::permissions(rig.name), permissions);
+        QCOMPARE(rig.Neighbours(), QStringList());
 
-void WorkbookTest::NamesTheSheet()
-{
-    QFETCH(QString, title);
-    QFETCH(QString, name);
-    const BookRig rig;
-    QCOMPARE(AddTo(rig.name, title), QString());
-    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, name}));
-}
-
-void WorkbookTest::GoesThroughLinks()
-{
-    BookRig rig;
-    const QTemporaryDir elsewhere;
-    const QString link = elsewhere.filePath(u"link.xlsx"_qs);
-    QVERIFY(QFile::link(rig.name, link));
-    for (const QString &lock :
-         {rig.folder.filePath(u".~lock.book.xlsx#"_qs), elsewhere.filePath(u"~$link.xlsx"_qs)}) {
-        QVERIFY(Put(lock, {}));
-        QCOMPARE(AddTo(link, u"T"_qs), Why(BookProblem::InUse));
-        QVERIFY(QFile::remove(lock));
+        // Another sheet finds the looks that it needs.
+        QCOMPARE(AddTo(rig.name, {}), QString());
+        const auto both = ReadPackage(rig.name);
+        QCOMPARE(both["xl/styles.xml"].kept, after["xl/styles.xml"].kept);
+        QCOMPARE(Faults(both), QStringList());
     }
-    QCOMPARE(AddTo(link, u"T"_qs), QString());
-    QVERIFY(QFileInfo(link).isSymbolicLink());
-    QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
 
-    // A link to what is not there yet; a new workbook.
-    QVERIFY(QFile::remove(rig.name));
-    QCOMPARE(Write(WorkbookFile::New(link)), QString());
-    QVERIFY(QFileInfo(link).isSymbolicLink());
-    QCOMPARE(SheetNames(rig.name), QStringList(u"PX40 1"_qs));
-    QVERIFY(ReadPackage(rig.name)["[Content_Types].xml"].text.contains("Extension=\"rels\""));
-    QCOMPARE(rig.Neighbours(), QStringList());
-}
+    void NamesTheSheet_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("plain") << u"Furnace 3"_qs << u"Furnace 3"_qs;
+        QTest::newRow("taken") << u"oNE"_qs << u"oNE (2)"_qs;
+        QTest::newRow("none") << QString() << u"PX40 1"_qs;
+        QTest::newRow("nothing left") << u" '[]:*?/\\'\u0001\t"_qs << u"PX40 1"_qs;
+        QTest::newRow("forbidden") << u"'a[b]:c*d?e/f\\g\u0007h'"_qs << u"a b c d e f g h"_qs;
+        QTest::newRow("reserved") << u"history"_qs << u"history (2)"_qs;
+        QTest::newRow("marks") << u"<&>\"=1+1"_qs << u"<&>\"=1+1"_qs;
+        QTest::newRow("long") << QString(300, u'x') << QString(31, u'x');
+        QTest::newRow("what the cut leaves at the end") << QString(30, u'x') + u"'y"_qs << QString(30, u'x');
+        QTest::newRow("half") << QString(30, u'x') + u"\U0001F600"_qs << QString(30, u'x');
+    }
 
-void WorkbookTest::FullDisk_data()
-{
-    QTest::addColumn<bool>("isNew");
-    QTest::newRow("existing") << false;
-    QTest::newRow("new") << true;
-}
+    void NamesTheSheet()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, name);
+        const BookRig rig;
+        QCOMPARE(AddTo(rig.name, title), QString());
+        QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, name}));
+    }
 
-void WorkbookTest::FullDisk()
-{
-    QFETCH(bool, isNew);
-    const BookRig rig;
-    const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
-    if (isNew)
+    void GoesThroughLinks()
+    {
+        BookRig rig;
+        const QTemporaryDir elsewhere;
+        const QString link = elsewhere.filePath(u"link.xlsx"_qs);
+        QVERIFY(QFile::link(rig.name, link));
+        for (const QString &lock :
+             {rig.folder.filePath(u".~lock.book.xlsx#"_qs), elsewhere.filePath(u"~$link.xlsx"_qs)}) {
+            QVERIFY(Put(lock, {}));
+            QCOMPARE(AddTo(link, u"T"_qs), Why(BookProblem::InUse));
+            QVERIFY(QFile::remove(lock));
+        }
+        QCOMPARE(AddTo(link, u"T"_qs), QString());
+        QVERIFY(QFileInfo(link).isSymbolicLink());
+        QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+
+        // A link to what is not there yet; a new workbook.
         QVERIFY(QFile::remove(rig.name));
-    const px40::FullDisk disk(1000);
-    QCOMPARE(Write(isNew ? WorkbookFile::New(rig.name) : WorkbookFile::Existing(rig.name)),
-             Why(isNew ? BookProblem::NotMade : BookProblem::NotReplaced, qt_error_string(EFBIG)));
-    QCOMPARE(Contents(rig.name), before);
-    QCOMPARE(QFile::exists(rig.name), !isNew);
-    QCOMPARE(rig.Neighbours(), QStringList());
-}
+        QCOMPARE(Write(WorkbookFile::New(link)), QString());
+        QVERIFY(QFileInfo(link).isSymbolicLink());
+        QCOMPARE(SheetNames(rig.name), QStringList(u"PX40 1"_qs));
+        QVERIFY(ReadPackage(rig.name)["[Content_Types].xml"].text.contains("Extension=\"rels\""));
+        QCOMPARE(rig.Neighbours(), QStringList());
+    }
 
-void WorkbookTest::Refuses_data()
-{
-    const BookParts plain = PlainBook();
-    const QByteArray good = BytesOf(plain);
-    const QByteArray book = "xl/workbook.xml";
-    const auto changed = [&](const QByteArray &before, const QByteArray &after) {
-        return BytesOf(Changed(plain, book, before, after));
-    };
-    const auto with = [&](const QByteArray &part, const QByteArray &text) {
-        return BytesOf(BookParts(plain) << std::pair{part, text});
-    };
-    BookParts binary = Changed(plain, "_rels/.rels", "workbook.xml", "workbook.bin");
-    binary.emplace_back("xl/workbook.bin", "\x83\x01");
+    void FullDisk_data()
+    {
+        QTest::addColumn<bool>("isNew");
+        QTest::newRow("existing") << false;
+        QTest::newRow("new") << true;
+    }
 
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("sentence");
-    const auto row = [](const char *name, const QByteArray &bytes, BookProblem problem,
-                        const QString &detail = {}) { QTest::newRow(name) << bytes << Why(problem, detail); };
-    row("missing", {}, BookProblem::Missing);
-    row("text", "1,2,3", BookProblem::NoWorkbook);
-    row("older kind", Compound(u"Workbook"), BookProblem::OlderKind);
-    row("password", Compound(u"EncryptedPackage"), BookProblem::Encrypted);
-    row("other compound file", Compound(u"WordDocument"), BookProblem::NoWorkbook);
-    row("zip without a workbook", BytesOf({{"a", "b"}}), BookProblem::NoWorkbook);
-    row("other document", changed("workbook", "document"), BookProblem::NoWorkbook);
-    row("binary", BytesOf(binary), BookProblem::Binary);
-    row("OpenDocument", with("mimetype", "application/vnd.oasis.opendocument.spreadsheet"),
-        BookProblem::OpenDocument);
-    row("signed", with("_xmlsignatures/sig1.xml", "<Signature/>"), BookProblem::Signed);
-    row("protected", changed("<bookViews>", "<workbookProtection lockStructure='1'/><bookViews>"),
-        BookProblem::Protected);
-    row("no list of sheets", changed("sheets>", "shoots>"), BookProblem::Damaged, u"xl/workbook.xml"_qs);
-    row("no relationships", BytesOf(Without("xl/_rels/workbook.xml.rels")), BookProblem::Damaged,
-        u"xl/_rels/workbook.xml.rels"_qs);
-    row("cut off", good.left(good.size() / 2), BookProblem::EndMissing);
-    row("huge part", changed("<bookViews>", QByteArray(65 << 20, ' ') + "<bookViews>"),
-        BookProblem::TooLarge);
-    row("read-only", good, BookProblem::ReadOnly);
-}
+    void FullDisk()
+    {
+        QFETCH(bool, isNew);
+        const BookRig rig;
+        const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
+        if (isNew)
+            QVERIFY(QFile::remove(rig.name));
+        const px40::FullDisk disk(1000);
+        QCOMPARE(Write(isNew ? WorkbookFile::New(rig.name) : WorkbookFile::Existing(rig.name)),
+                 Why(isNew ? BookProblem::NotMade : BookProblem::NotReplaced, qt_error_string(EFBIG)));
+        QCOMPARE(Contents(rig.name), before);
+        QCOMPARE(QFile::exists(rig.name), !isNew);
+        QCOMPARE(rig.Neighbours(), QStringList());
+    }
 
-void WorkbookTest::Refuses()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, sentence);
-    const QTemporaryDir folder;
-    const QString name = folder.filePath(u"book.xlsx"_qs);
-    if (!bytes.isEmpty())
-        QVERIFY(Put(name, bytes));
-    if (sentence == Why(BookProblem::ReadOnly))
-        QFile::setPermissions(name, QFile::ReadOwner | QFile::ReadGroup);
-    QCOMPARE(Why(CheckWorkbook(name)), sentence);
-    QCOMPARE(AddTo(name, u"T"_qs), sentence);
-    QCOMPARE(Contents(name), bytes);
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), bytes.isEmpty() ? 0 : 1);
-}
+    void Refuses_data()
+    {
+        const BookParts plain = PlainBook();
+        const QByteArray good = BytesOf(plain);
+        const QByteArray book = "xl/workbook.xml";
+        const auto changed = [&](const QByteArray &before, const QByteArray &after) {
+            return BytesOf(Changed(plain, book, before, after));
+        };
+        const auto with = [&](const QByteArray &part, const QByteArray &text) {
+            return BytesOf(BookParts(plain) << std::pair{part, text});
+        };
+        BookParts binary = Changed(plain, "_rels/.rels", "workbook.xml", "workbook.bin");
+        binary.emplace_back("xl/workbook.bin", "\x83\x01");
 
-void WorkbookTest::KeepsOffOpenWorkbooks_data()
-{
-    const QString libreOffice = u".~lock.book.xlsx#"_qs;
-    const QString excel = u"~$book.xlsx"_qs;
-    QTest::addColumn<QString>("lock");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("holder");
-    const auto row = [](const char *name, const QString &lock, const QByteArray &bytes,
-                        const QString &holder) { QTest::newRow(name) << lock << bytes << holder; };
-    row("name and host", libreOffice, "Ann\\, B,ann,bench,20.11.2026 10:00,file:///x;",
-        u"Ann, B on bench"_qs);
-    row("login", libreOffice, ",ann,bench,,;", u"ann on bench"_qs);
-    row("host alone", libreOffice, ",,bench,,;", u"Another program on bench"_qs);
-    row("LibreOffice", libreOffice, {}, u"LibreOffice"_qs);
-    row("wide name", excel, ExcelOwner(u"Ζωή"_qs), u"Ζωή"_qs);
-    row("narrow name alone", excel, ExcelOwner(u"Zoë"_qs).left(55), u"Zoë"_qs);
-    row("Excel", excel, {}, u"Excel"_qs);
-}
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("sentence");
+        const auto row = [](const char *name, const QByteArray &bytes, BookProblem problem,
+                            const QString &detail = {}) {
+            QTest::newRow(name) << bytes << Why(problem, detail);
+        };
+        row("missing", {}, BookProblem::Missing);
+        row("text", "1,2,3", BookProblem::NoWorkbook);
+        row("older kind", Compound(u"Workbook"), BookProblem::OlderKind);
+        row("password", Compound(u"EncryptedPackage"), BookProblem::Encrypted);
+        row("other compound file", Compound(u"WordDocument"), BookProblem::NoWorkbook);
+        row("zip without a workbook", BytesOf({{"a", "b"}}), BookProblem::NoWorkbook);
+        row("other document", changed("workbook", "document"), BookProblem::NoWorkbook);
+        row("binary", BytesOf(binary), BookProblem::Binary);
+        row("OpenDocument", with("mimetype", "application/vnd.oasis.opendocument.spreadsheet"),
+            BookProblem::OpenDocument);
+        row("signed", with("_xmlsignatures/sig1.xml", "<Signature/>"), BookProblem::Signed);
+        row("protected", changed("<bookViews>", "<workbookProtection lockStructure='1'/><bookViews>"),
+            BookProblem::Protected);
+        row("no list of sheets", changed("sheets>", "shoots>"), BookProblem::Damaged, u"xl/workbook.xml"_qs);
+        row("no relationships", BytesOf(Without("xl/_rels/workbook.xml.rels")), BookProblem::Damaged,
+            u"xl/_rels/workbook.xml.rels"_qs);
+        row("cut off", good.left(good.size() / 2), BookProblem::EndMissing);
+        row("huge part", changed("<bookViews>", QByteArray(65 << 20, ' ') + "<bookViews>"),
+            BookProblem::TooLarge);
+        row("read-only", good, BookProblem::ReadOnly);
+    }
 
-void WorkbookTest::KeepsOffOpenWorkbooks()
-{
-    QFETCH(QString, lock);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, holder);
-    const BookRig rig;
-    const QByteArray before = Contents(rig.name);
-    QVERIFY(!HolderOf(rig.name));
-    QVERIFY(Put(rig.folder.filePath(lock), bytes));
-    const std::optional<BookHolder> found = HolderOf(rig.name);
-    QVERIFY(found);
-    QCOMPARE(BookHolderText(*found), holder);
-    QCOMPARE(AddTo(rig.name, u"T"_qs), Why(BookProblem::InUse));
-    QCOMPARE(Contents(rig.name), before);
-}
+    void Refuses()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, sentence);
+        const QTemporaryDir folder;
+        const QString name = folder.filePath(u"book.xlsx"_qs);
+        if (!bytes.isEmpty())
+            QVERIFY(Put(name, bytes));
+        if (sentence == Why(BookProblem::ReadOnly))
+            QFile::setPermissions(name, QFile::ReadOwner | QFile::ReadGroup);
+        QCOMPARE(Why(CheckWorkbook(name)), sentence);
+        QCOMPARE(AddTo(name, u"T"_qs), sentence);
+        QCOMPARE(Contents(name), bytes);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), bytes.isEmpty() ? 0 : 1);
+    }
+
+    void KeepsOffOpenWorkbooks_data()
+    {
+        const QString libreOffice = u".~lock.book.xlsx#"_qs;
+        const QString excel = u"~$book.xlsx"_qs;
+        QTest::addColumn<QString>("lock");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("holder");
+        const auto row = [](const char *name, const QString &lock, const QByteArray &bytes,
+                            const QString &holder) { QTest::newRow(name) << lock << bytes << holder; };
+        row("name and host", libreOffice, "Ann\\, B,ann,bench,20.11.2026 10:00,file:///x;",
+            u"Ann, B on bench"_qs);
+        row("login", libreOffice, ",ann,bench,,;", u"ann on bench"_qs);
+        row("host alone", libreOffice, ",,bench,,;", u"Another program on bench"_qs);
+        row("LibreOffice", libreOffice, {}, u"LibreOffice"_qs);
+        row("wide name", excel, ExcelOwner(u"Ζωή"_qs), u"Ζωή"_qs);
+        row("narrow name alone", excel, ExcelOwner(u"Zoë"_qs).left(55), u"Zoë"_qs);
+        row("Excel", excel, {}, u"Excel"_qs);
+    }
+
+    void KeepsOffOpenWorkbooks()
+    {
+        QFETCH(QString, lock);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, holder);
+        const BookRig rig;
+        const QByteArray before = Contents(rig.name);
+        QVERIFY(!HolderOf(rig.name));
+        QVERIFY(Put(rig.folder.filePath(lock), bytes));
+        const std::optional<BookHolder> found = HolderOf(rig.name);
+        QVERIFY(found);
+        QCOMPARE(BookHolderText(*found), holder);
+        QCOMPARE(AddTo(rig.name, u"T"_qs), Why(BookProblem::InUse));
+        QCOMPARE(Contents(rig.name), before);
+    }
+};
 
 QTEST_GUILESS_MAIN(WorkbookTest)
 #include "workbook_test.moc"

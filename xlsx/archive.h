@@ -36,9 +36,6 @@ class ArchiveFile : public ZipSource
     /// reads. It must not outlive this.
     BookResult<Zip> Open();
 
-    /// Lets go of the file that is read, once the archive is closed.
-    void Close() { file_.close(); }
-
     /// Of the archive that is read.
     qint64 Size() const { return size_; }
 

@@ -1,6 +1,7 @@
 #include "xlsx/book.h"
 
 #include "xlsx/bookstyles.h"
+#include "xlsx/celltext.h"
 #include "xlsx/sheetname.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
     return "r:";
 }
 
-/// What is no name that a part can have is not given to one.
+/// A name that no part can have is given to none.
 BookResult<std::string> CheckName(const std::string &part)
 {
     if (!std::all_of(part.begin(), part.end(), [](char one) { return one > ' ' && one <= '~'; }))
@@ -109,37 +110,36 @@ BookResult<Book> Book::Open(Package &package)
 void Book::PutNew(Package &package)
 {
     const SheetVocabulary vocabulary = SheetVocabulary::Transitional();
-    const std::string declaration = R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)";
-    const std::string relationships =
+    const auto put = [&](const char *part, std::string_view form) {
+        package.Put(part, Filled(form, {vocabulary.main, vocabulary.relationships, ContentType, StylesType}));
+    };
+    put("[Content_Types].xml",
+        R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+        R"(<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">)"
+        R"(<Default Extension="xml" ContentType="application/xml"/>)"
+        R"(<Override PartName="/xl/workbook.xml" ContentType="%3spreadsheetml.sheet.main+xml"/>)"
+        R"(<Override PartName="/xl/styles.xml" ContentType="%4"/></Types>)");
+    put("_rels/.rels",
         R"(<?xml version="1.0"?>)"
         R"(<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">)"
-        R"(<Relationship Id="rId1" Type=")" +
-        vocabulary.relationships;
-    package.Put("[Content_Types].xml",
-                declaration +
-                    R"(<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">)"
-                    R"(<Default Extension="xml" ContentType="application/xml"/>)"
-                    R"(<Override PartName="/xl/workbook.xml" ContentType=")" +
-                    ContentType + R"(spreadsheetml.sheet.main+xml"/>)" +
-                    R"(<Override PartName="/xl/styles.xml" ContentType=")" + StylesType + R"("/></Types>)");
-    package.Put("_rels/.rels",
-                relationships + R"(/officeDocument" Target="xl/workbook.xml"/></Relationships>)");
-    package.Put("xl/workbook.xml", declaration + "<workbook xmlns=\"" + vocabulary.main + "\" xmlns:r=\"" +
-                                       vocabulary.relationships +
-                                       "\"><bookViews><workbookView/></bookViews><sheets/></workbook>");
-    package.Put("xl/_rels/workbook.xml.rels",
-                relationships + R"(/styles" Target="styles.xml"/></Relationships>)");
-    package.Put(
-        "xl/styles.xml",
-        declaration + "<styleSheet xmlns=\"" + vocabulary.main + "\">" +
-            R"(<fonts count="1"><font><sz val="11"/><name val="Calibri"/><family val="2"/></font></fonts>)"
-            R"(<fills count="2"><fill><patternFill patternType="none"/></fill>)"
-            R"(<fill><patternFill patternType="gray125"/></fill></fills>)"
-            R"(<borders count="1"><border><left/><right/><top/><bottom/><diagonal/></border></borders>)"
-            R"(<cellStyleXfs count="1"><xf numFmtId="0" fontId="0" fillId="0" borderId="0"/></cellStyleXfs>)"
-            R"(<cellXfs count="1"><xf numFmtId="0" fontId="0" fillId="0" borderId="0" xfId="0"/></cellXfs>)"
-            R"(<cellStyles count="1"><cellStyle name="Normal" xfId="0" builtinId="0"/></cellStyles>)"
-            R"(</styleSheet>)");
+        R"(<Relationship Id="rId1" Type="%2/officeDocument" Target="xl/workbook.xml"/></Relationships>)");
+    put("xl/workbook.xml",
+        R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><workbook xmlns="%1" xmlns:r="%2">)"
+        R"(<bookViews><workbookView/></bookViews><sheets/></workbook>)");
+    put("xl/_rels/workbook.xml.rels",
+        R"(<?xml version="1.0"?>)"
+        R"(<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">)"
+        R"(<Relationship Id="rId1" Type="%2/styles" Target="styles.xml"/></Relationships>)");
+    put("xl/styles.xml",
+        R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><styleSheet xmlns="%1">)"
+        R"(<fonts count="1"><font><sz val="11"/><name val="Calibri"/><family val="2"/></font></fonts>)"
+        R"(<fills count="2"><fill><patternFill patternType="none"/></fill>)"
+        R"(<fill><patternFill patternType="gray125"/></fill></fills>)"
+        R"(<borders count="1"><border><left/><right/><top/><bottom/><diagonal/></border></borders>)"
+        R"(<cellStyleXfs count="1"><xf numFmtId="0" fontId="0" fillId="0" borderId="0"/></cellStyleXfs>)"
+        R"(<cellXfs count="1"><xf numFmtId="0" fontId="0" fillId="0" borderId="0" xfId="0"/></cellXfs>)"
+        R"(<cellStyles count="1"><cellStyle name="Normal" xfId="0" builtinId="0"/></cellStyles>)"
+        R"(</styleSheet>)");
 }
 
 QStringList Book::SheetNames() const

@@ -38,6 +38,8 @@ enum class BookProblem {
     Failed, ///< for want of memory, or the like
 };
 
+/// Not a `Failure`, whose sentence nobody in this room could write: who asked for the sheet makes one of
+/// this.
 struct BookFailure
 {
     BookProblem problem = BookProblem::NoWorkbook;

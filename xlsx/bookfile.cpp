@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringEncoder>
 #include <QtEndian>
 
 namespace px40 {
@@ -14,12 +15,7 @@ namespace {
 /// A name as it stands in the directory of a compound file.
 QByteArray Wide(QStringView name)
 {
-    QByteArray bytes;
-    for (const QChar character : name) {
-        bytes += static_cast<char>(character.unicode() & 0xFF);
-        bytes += static_cast<char>(character.unicode() >> 8);
-    }
-    return bytes;
+    return QStringEncoder(QStringEncoder::Utf16LE)(name);
 }
 
 /// The beginning of a compound file and, where its header leads elsewhere, that of its directory.
@@ -50,6 +46,18 @@ BookProblem CompoundProblem(QFile &file, const QByteArray &header)
     return BookProblem::NoWorkbook;
 }
 
+BookResult<> CheckPlace(const QString &name, BookProblem readOnly)
+{
+    const QFileInfo info(name);
+    if (!QFileInfo::exists(info.absolutePath()))
+        return Refuse(BookProblem::FolderMissing);
+    if (info.isDir())
+        return Refuse(BookProblem::NoFile);
+    if (!MayBeWritten(name))
+        return Refuse(readOnly);
+    return {};
+}
+
 } // namespace
 
 BookResult<> CheckPackage(const QString &name)
@@ -73,34 +81,20 @@ BookResult<> CheckPackage(const QString &name)
 
 BookResult<> CheckReplaceable(const QString &name)
 {
-    const QFileInfo info(name);
-    const QFileInfo folder(info.absolutePath());
-    if (!folder.exists())
-        return Refuse(BookProblem::FolderMissing);
-    if (info.isDir())
-        return Refuse(BookProblem::NoFile);
-    if (!MayBeWritten(name))
-        return Refuse(BookProblem::ReadOnly);
+    const BookResult<> place = CheckPlace(name, BookProblem::ReadOnly);
 #ifndef Q_OS_WIN // where it says nothing about the right to make a file
-    if (!folder.isWritable())
+    if (place && !QFileInfo(QFileInfo(name).absolutePath()).isWritable())
         return Refuse(BookProblem::FolderReadOnly);
 #endif
-    return {};
+    return place;
 }
 
 BookResult<> CheckMakeable(const QString &name)
 {
-    const QFileInfo info(name);
-    if (!QFileInfo::exists(info.absolutePath()))
-        return Refuse(BookProblem::FolderMissing);
-    if (info.isDir())
-        return Refuse(BookProblem::NoFile);
-    if (!MayBeWritten(name))
-        return Refuse(BookProblem::NewReadOnly);
-    Replacement trial(name);
-    if (!trial.Open())
+    const BookResult<> place = CheckPlace(name, BookProblem::NewReadOnly);
+    if (place && !Replacement(name).Open())
         return Refuse(BookProblem::FolderClosed);
-    return {};
+    return place;
 }
 
 } // namespace px40

@@ -6,7 +6,7 @@ namespace px40 {
 
 // What can be told of the file of a workbook without looking into it. Names are real ones, see `RealName`.
 
-/// Whether it may be a package, as far as its first bytes tell, which alone count, not its name.
+/// Whether it may be a package: its first bytes decide, not its name.
 BookResult<> CheckPackage(const QString &name);
 
 /// Whether something can be put in the place of a workbook.

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
@@ -21,7 +22,7 @@ QByteArray Beginning(const QString &name)
     return file.open(QIODevice::ReadOnly) ? file.read(LongestLock) : QByteArray();
 }
 
-/// Fields with commas between them and a semicolon behind the last; a backslash takes their meaning away.
+/// Fields with commas between them and a semicolon behind the last; behind a backslash both are plain text.
 QStringList Fields(const QString &text)
 {
     QStringList fields = {QString()};
@@ -53,8 +54,8 @@ BookHolder LibreOfficeHolder(const QByteArray &lock)
     return holder;
 }
 
-/// One byte that counts, then that many of the name in the system's own letters, filled up to 54; after these
-/// the same in UTF-16, with two bytes that count.
+/// One byte for the length, then the name in the system's own letters, filled up to 54 bytes; after these the
+/// same in UTF-16, with two bytes for the length.
 BookHolder ExcelHolder(const QByteArray &lock)
 {
     constexpr qsizetype room = 54;
@@ -64,12 +65,10 @@ BookHolder ExcelHolder(const QByteArray &lock)
     };
     const qsizetype length = std::min<qsizetype>(byte(0), room);
     QString name;
-    if (byte(wideAt) == length && lock.size() >= wideAt + 2 + 2 * length) {
-        for (qsizetype i = 0; i < length; ++i)
-            name += QChar(byte(wideAt + 2 + 2 * i) | byte(wideAt + 3 + 2 * i) << 8);
-    } else {
+    if (byte(wideAt) == length && lock.size() >= wideAt + 2 + 2 * length)
+        name = QStringDecoder(QStringDecoder::Utf16LE)(lock.mid(wideAt + 2, 2 * length));
+    else
         name = QString::fromLatin1(lock.mid(1, length));
-    }
     name = name.simplified();
     return {name.isEmpty() ? QStringLiteral("Excel") : name, {}};
 }

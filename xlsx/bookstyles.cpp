@@ -24,7 +24,8 @@ std::ptrdiff_t RankOf(std::string_view list)
     return std::find(ListOrder.begin(), ListOrder.end(), list) - ListOrder.begin();
 }
 
-void Set(pugi::xml_node node, const char *name, int value)
+template <typename Value>
+void Set(pugi::xml_node node, const char *name, const Value &value)
 {
     pugi::xml_attribute attribute = node.attribute(name);
     if (!attribute)
@@ -89,8 +90,8 @@ void AppendLine(pugi::xml_node border, std::string_view side, Line line)
     pugi::xml_node node = AppendNamed(border, side);
     if (line == Line::None)
         return;
-    node.append_attribute("style").set_value(line == Line::Thin ? "thin" : "medium");
-    AppendNamed(node, "color").append_attribute("auto").set_value(1);
+    Set(node, "style", line == Line::Thin ? "thin" : "medium");
+    AppendNamed(node, "color", {{"auto", "1"}});
 }
 
 int BorderOf(const CellStyle &look, Entries &borders, bool *changed)
@@ -104,7 +105,7 @@ int BorderOf(const CellStyle &look, Entries &borders, bool *changed)
     return borders.Keep(border, changed);
 }
 
-/// Number 0 of each list is what a cell has that says nothing.
+/// Number 0 of each list is what a cell has that names none.
 void AddDefaults(pugi::xml_node styles, Entries &borders, Entries &formats, bool *changed)
 {
     if (borders.IsEmpty())
@@ -120,7 +121,7 @@ void AddDefaults(pugi::xml_node styles, Entries &borders, Entries &formats, bool
         if (!noFills)
             break;
         const pugi::xml_node fill = fills.Append();
-        AppendNamed(fill, "patternFill").append_attribute("patternType").set_value(pattern);
+        AppendNamed(fill, "patternFill", {{"patternType", pattern}});
         fills.Keep(fill, changed);
     }
     const pugi::xml_node format = formats.Append();
@@ -149,7 +150,7 @@ int FormatOf(const CellStyle &look, Entries &borders, Entries &formats, bool *ch
         if (!alignment)
             alignment = InsertNamed(format, "alignment", format.first_child());
         alignment.remove_attribute("horizontal");
-        alignment.append_attribute("horizontal").set_value("center");
+        Set(alignment, "horizontal", "center");
         Set(format, "applyAlignment", 1);
     }
     return formats.Keep(format, changed);

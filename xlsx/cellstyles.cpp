@@ -13,12 +13,6 @@ bool Contains(const CellRange &range, int row, int column)
            column <= range.lastColumn;
 }
 
-bool ContainAny(const std::vector<CellRange> &ranges, int row, int column)
-{
-    return std::any_of(ranges.begin(), ranges.end(),
-                       [=](const CellRange &range) { return Contains(range, row, column); });
-}
-
 } // namespace
 
 CellRange InOrder(const CellRange &range)
@@ -90,7 +84,8 @@ CellStyle CellStyles::At(int row, int column) const
     style.right = LineAt(false, row, column + 1);
     style.top = LineAt(true, row, column);
     style.bottom = LineAt(true, row + 1, column);
-    style.centred = ContainAny(centred_, row, column);
+    style.centred = std::any_of(centred_.begin(), centred_.end(),
+                                [=](const CellRange &range) { return Contains(range, row, column); });
     return style;
 }
 

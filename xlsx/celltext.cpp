@@ -1,11 +1,13 @@
 #include "xlsx/celltext.h"
 
+#include <QRegularExpression>
 #include <QString>
 #include <QStringDecoder>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace px40 {
 
@@ -34,18 +36,6 @@ bool IsPlain(char c)
     return c >= ' ' && c < 0x7F && c != '&' && c != '<' && c != '>' && c != '_' && c != '"';
 }
 
-bool IsHexDigit(QChar c)
-{
-    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
-}
-
-/// "_x0041_" in a text would be read as the character of that number.
-bool LooksEscaped(QStringView text)
-{
-    return text.size() >= 7 && text[1] == u'x' && text[6] == u'_' &&
-           std::all_of(text.begin() + 2, text.begin() + 6, IsHexDigit);
-}
-
 /// A line break or a tab stays as it is; a carriage return would be read back as a line break.
 QString Control(QChar c)
 {
@@ -61,10 +51,9 @@ QString Wide(std::string_view utf8)
     return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
-/// One unit as it stands in XML; `rest` begins with it.
-QString Escaped(QStringView rest, bool inCell)
+/// One unit as it stands in XML.
+QString Escaped(QChar c, bool inCell)
 {
-    const QChar c = rest.front();
     switch (c.unicode()) {
     case u'&':
         return QStringLiteral("&amp;");
@@ -74,8 +63,6 @@ QString Escaped(QStringView rest, bool inCell)
         return QStringLiteral("&gt;");
     case u'"':
         return inCell ? QString(c) : QStringLiteral("&quot;");
-    case u'_':
-        return inCell && LooksEscaped(rest) ? QStringLiteral("_x005F_") : QString(c);
     case 0xFFFE: // no characters
     case 0xFFFF:
         return QString(QChar::ReplacementCharacter);
@@ -87,17 +74,29 @@ QString Escaped(QStringView rest, bool inCell)
     return inCell ? Control(c) : QStringLiteral(" ");
 }
 
-void AppendText(QStringView text, bool inCell, std::string &out)
+void AppendText(QString text, bool inCell, std::string &out)
 {
+    // "_x0041_" in a cell would be read as the character of that number.
+    static const QRegularExpression likeEscape(QStringLiteral("_(?=x[0-9A-Fa-f]{4}_)"));
+    if (inCell && text.contains(u'_'))
+        text.replace(likeEscape, QStringLiteral("_x005F_"));
     QString escaped;
-    while (!text.empty()) {
-        escaped += Escaped(text, inCell);
-        text = text.mid(1);
-    }
+    for (const QChar c : std::as_const(text))
+        escaped += Escaped(c, inCell);
     out += escaped.toStdString();
 }
 
 } // namespace
+
+std::string Filled(std::string_view form, std::initializer_list<std::string_view> texts)
+{
+    std::string filled;
+    for (std::size_t at = form.find('%'); at != std::string_view::npos; at = form.find('%')) {
+        filled.append(form.substr(0, at)).append(texts.begin()[form[at + 1] - '1']);
+        form.remove_prefix(at + 2);
+    }
+    return filled.append(form);
+}
 
 void AppendCellContent(CellFormat format, std::string_view text, std::string &out)
 {

@@ -2,12 +2,18 @@
 
 #include "xlsx/sheet.h"
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
 namespace px40 {
 
-/// What a cell holds as it stands in a worksheet, from behind the attributes of its element on, to its end.
+inline const std::string XmlDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
+
+/// `form` with the texts in place of its "%1" to "%9".
+std::string Filled(std::string_view form, std::initializer_list<std::string_view> texts);
+
+/// Appends the rest of a cell's element in a worksheet, from behind the number of its style on.
 ///
 /// Under `General` a plain decimal within the range of a double is a number, whatever the locale. A text
 /// keeps the 32,767 UTF-16 units that a cell has room for; what is no UTF-8 in it becomes U+FFFD.

@@ -2,7 +2,8 @@
 
 #include "xlsx/zipsource.h"
 
-#include <algorithm>
+#include <QDir>
+
 #include <memory>
 
 namespace px40 {
@@ -19,30 +20,16 @@ std::string_view LastPiece(std::string_view uri)
     return uri.substr(uri.rfind('/') + 1);
 }
 
-std::vector<std::string> Pieces(std::string_view path)
-{
-    std::vector<std::string> pieces;
-    std::size_t at = 0;
-    while (at <= path.size()) {
-        const std::size_t end = std::min(path.find('/', at), path.size());
-        const std::string_view piece = path.substr(at, end - at);
-        if (piece == ".." && !pieces.empty())
-            pieces.pop_back();
-        else if (!piece.empty() && piece != "." && piece != "..")
-            pieces.emplace_back(piece);
-        at = end + 1;
-    }
-    return pieces;
-}
-
 /// The part that a target leads to as seen from a part in that folder.
-std::string Resolve(const std::string &folder, std::string target)
+std::string Resolve(const std::string &folder, const std::string &target)
 {
-    std::replace(target.begin(), target.end(), '\\', '/');
-    std::string part;
-    for (const std::string &piece : Pieces(target.starts_with('/') ? target : folder + target))
-        part += (part.empty() ? "" : "/") + piece;
-    return part;
+    QString path = QString::fromStdString(target).replace(u'\\', u'/');
+    if (!path.startsWith(u'/'))
+        path.prepend(u'/' + QString::fromStdString(folder));
+    path = QDir::cleanPath(path);
+    while (path.startsWith(u"/../")) // there is nothing above
+        path.remove(0, 3);
+    return path.mid(1).toStdString();
 }
 
 struct FileClose
@@ -207,17 +194,8 @@ BookResult<std::vector<Relationship>> Package::Relationships(const std::string &
 
 std::string Package::Target(const std::string &from, const std::string &to)
 {
-    const std::vector<std::string> start = Pieces(FolderOf(from));
-    const std::vector<std::string> end = Pieces(to);
-    std::size_t same = 0;
-    while (same < start.size() && same + 1 < end.size() && start[same] == end[same])
-        ++same;
-    std::string target;
-    for (std::size_t i = same; i < start.size(); ++i)
-        target += "../";
-    for (std::size_t i = same; i < end.size(); ++i)
-        target += (i > same ? "/" : "") + end[i];
-    return target;
+    const QDir folder(u'/' + QString::fromStdString(FolderOf(from)));
+    return folder.relativeFilePath(u'/' + QString::fromStdString(to)).toStdString();
 }
 
 void Package::Put(const std::string &name, std::string text)
@@ -259,9 +237,7 @@ void Package::Declare(const std::string &name, const std::string &contentType)
         root.remove_child(root.find_child([&key](const pugi::xml_node &one) {
             return LocalName(one) == "Override" && Key(one.attribute("PartName").value()) == key;
         }));
-    pugi::xml_node node = AppendNamed(root, "Override");
-    node.append_attribute("PartName").set_value(("/" + name).c_str());
-    node.append_attribute("ContentType").set_value(contentType.c_str());
+    AppendNamed(root, "Override", {{"PartName", '/' + name}, {"ContentType", contentType}});
 }
 
 BookResult<std::string> Package::Relate(const std::string &part, const std::string &vocabulary,
@@ -285,10 +261,7 @@ BookResult<std::string> Package::Relate(const std::string &part, const std::stri
     for (std::size_t number = 1; id.empty() || taken.contains(id); ++number)
         id = "rId" + std::to_string(number);
 
-    pugi::xml_node node = AppendNamed(root, "Relationship");
-    node.append_attribute("Id").set_value(id.c_str());
-    node.append_attribute("Type").set_value((vocabulary + '/' + kind).c_str());
-    node.append_attribute("Target").set_value(target.c_str());
+    AppendNamed(root, "Relationship", {{"Id", id}, {"Type", vocabulary + '/' + kind}, {"Target", target}});
     Put(name, TextOf(document));
     return id;
 }
@@ -299,12 +272,10 @@ void Package::DeclareRelationships()
     const bool known = !!root.find_child([](const pugi::xml_node &node) {
         return LocalName(node) == "Default" && Key(node.attribute("Extension").value()) == "rels";
     });
-    if (known)
-        return;
-    pugi::xml_node node = AppendNamed(root, "Default");
-    node.append_attribute("Extension").set_value("rels");
-    node.append_attribute("ContentType")
-        .set_value("application/vnd.openxmlformats-package.relationships+xml");
+    if (!known)
+        AppendNamed(root, "Default",
+                    {{"Extension", "rels"},
+                     {"ContentType", "application/vnd.openxmlformats-package.relationships+xml"}});
 }
 
 BookResult<zip_uint64_t> Package::StoreSource(const std::string &name, zip_source_t *source)

@@ -76,9 +76,6 @@ struct SheetChart
 class TableRows
 {
   public:
-    TableRows() = default;
-    TableRows(const TableRows &) = delete;
-    TableRows &operator=(const TableRows &) = delete;
     virtual ~TableRows() = default;
 
     /// Back to the first row.

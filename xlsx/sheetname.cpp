@@ -1,5 +1,6 @@
 #include "xlsx/sheetname.h"
 
+#include <QRegularExpression>
 #include <QSet>
 
 namespace px40 {
@@ -10,7 +11,7 @@ constexpr qsizetype LongestName = 31; // UTF-16 units
 
 bool MayStand(char32_t character)
 {
-    // XML has no way to write those that are none.
+    // XML cannot hold what is no character.
     return QChar::category(character) != QChar::Other_Control && !QChar::isNonCharacter(character) &&
            !QStringView(u"[]:*?/\\").contains(QChar::fromUcs4(character));
 }
@@ -26,11 +27,8 @@ QString Cut(QString name, qsizetype length)
 
 QString WithoutOuterApostrophes(QString name)
 {
-    while (name.startsWith(u'\'') || name.startsWith(u' '))
-        name.remove(0, 1);
-    while (name.endsWith(u'\'') || name.endsWith(u' '))
-        name.chop(1);
-    return name;
+    static const QRegularExpression outer(QStringLiteral("^[' ]+|[' ]+$"));
+    return name.remove(outer);
 }
 
 QString LegalName(const QString &title)

@@ -35,12 +35,12 @@ bool SheetRows::Next()
         if (tableRow == next)
             PutTable();
         if (cellRow == next) {
-            PutAmong(next_->second, true, [](const auto &cell) {
-                return Content{cell.first, cell.second.format, cell.second.text};
-            });
+            for (const auto &[column, cell] : next_->second)
+                PutAmong(column, cell.format, cell.text, true);
             ++next_;
         }
-        PutAmong(seen_, false, [](int column) { return Content{column, CellFormat::General, {}}; });
+        for (const int column : seen_)
+            PutAmong(column, CellFormat::General, {}, false);
     }
     return true;
 }
@@ -69,9 +69,9 @@ std::size_t SheetRows::StyleNumber(int column, CellFormat format)
     return number;
 }
 
-SheetRows::Cell SheetRows::MakeCell(const Content &content)
+SheetRows::Cell SheetRows::MakeCell(int column, CellFormat format, std::string_view text)
 {
-    return {content.column, StyleNumber(content.column, content.format), content.format, content.text};
+    return {column, StyleNumber(column, format), format, text};
 }
 
 void SheetRows::PutTable()
@@ -80,23 +80,18 @@ void SheetRows::PutTable()
     int column = table.column;
     std::size_t place = 0;
     for (const std::string_view text : table.texts->Next())
-        cells_.push_back(MakeCell({column++, table.formats[place++], text}));
+        cells_.push_back(MakeCell(column++, table.formats[place++], text));
 }
 
-/// Puts cells, which come by column, where they belong; those that are there stay unless it replaces them.
-template <typename Range, typename ToContent>
-void SheetRows::PutAmong(const Range &range, bool replaces, const ToContent &toContent)
+/// Puts a cell where it belongs; one that is there stays unless this one replaces it.
+void SheetRows::PutAmong(int column, CellFormat format, std::string_view text, bool replaces)
 {
-    auto at = cells_.begin();
-    for (const auto &one : range) {
-        const Content content = toContent(one);
-        while (at != cells_.end() && at->column < content.column)
-            ++at;
-        if (at == cells_.end() || at->column != content.column)
-            at = cells_.insert(at, MakeCell(content));
-        else if (replaces)
-            *at = MakeCell(content);
-    }
+    const auto at = std::find_if(cells_.begin(), cells_.end(),
+                                 [column](const Cell &cell) { return cell.column >= column; });
+    if (at == cells_.end() || at->column != column)
+        cells_.insert(at, MakeCell(column, format, text));
+    else if (replaces)
+        *at = MakeCell(column, format, text);
 }
 
 } // namespace px40

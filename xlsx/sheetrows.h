@@ -32,12 +32,6 @@ class SheetRows
     const std::vector<Cell> &Cells() const { return cells_; }
 
   private:
-    struct Content
-    {
-        int column;
-        CellFormat format;
-        std::string_view text;
-    };
     struct KnownStyle
     {
         int column;
@@ -46,10 +40,9 @@ class SheetRows
     };
     int NextTableRow() const;
     std::size_t StyleNumber(int column, CellFormat format);
-    Cell MakeCell(const Content &content);
+    Cell MakeCell(int column, CellFormat format, std::string_view text);
     void PutTable();
-    template <typename Range, typename ToContent>
-    void PutAmong(const Range &range, bool replaces, const ToContent &toContent);
+    void PutAmong(int column, CellFormat format, std::string_view text, bool replaces);
 
     const Sheet *sheet_;
     std::vector<CellStyle> *styles_;

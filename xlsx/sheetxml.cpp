@@ -14,22 +14,21 @@ constexpr std::size_t PieceBytes = 60'000;
 std::string Head(const Sheet &sheet, const SheetFrame &frame)
 {
     const CellRange active = {sheet.activeRow, sheet.activeColumn, sheet.activeRow, sheet.activeColumn};
-    const std::string cell = RangeName(active);
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<worksheet xmlns=\"" +
-           frame.vocabulary.main + "\" xmlns:r=\"" + frame.vocabulary.relationships +
-           "\"><sheetPr><pageSetUpPr fitToPage=\"1\"/></sheetPr><sheetViews><sheetView" +
-           (frame.selected ? " tabSelected=\"1\"" : "") + " workbookViewId=\"0\"><selection activeCell=\"" +
-           cell + "\" sqref=\"" + cell +
-           "\"/></sheetView></sheetViews><sheetFormatPr defaultRowHeight=\"15\"/><sheetData>";
+    return XmlDeclaration +
+           Filled(R"(<worksheet xmlns="%1" xmlns:r="%2"><sheetPr><pageSetUpPr fitToPage="1"/></sheetPr>)"
+                  R"(<sheetViews><sheetView%3 workbookViewId="0"><selection activeCell="%4" sqref="%4"/>)"
+                  R"(</sheetView></sheetViews><sheetFormatPr defaultRowHeight="15"/><sheetData>)",
+                  {frame.vocabulary.main, frame.vocabulary.relationships,
+                   frame.selected ? R"( tabSelected="1")" : "", RangeName(active)});
 }
 
 /// On paper table and chart stand side by side.
 std::string Tail(const std::string &drawingId)
 {
-    const std::string drawing = drawingId.empty() ? "" : "<drawing r:id=\"" + drawingId + "\"/>";
-    return "</sheetData><pageMargins left=\"0.7\" right=\"0.7\" top=\"0.75\" bottom=\"0.75\" header=\"0.3\" "
-           "footer=\"0.3\"/><pageSetup orientation=\"landscape\" fitToHeight=\"0\"/>" +
-           drawing + "</worksheet>";
+    const std::string drawing = drawingId.empty() ? "" : Filled(R"(<drawing r:id="%1"/>)", {drawingId});
+    return Filled(R"(</sheetData><pageMargins left="0.7" right="0.7" top="0.75" bottom="0.75" header="0.3" )"
+                  R"(footer="0.3"/><pageSetup orientation="landscape" fitToHeight="0"/>%1</worksheet>)",
+                  {drawing});
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "xlsx/archive.h"
 #include "xlsx/book.h"
 #include "xlsx/bookfile.h"
-#include "xlsx/sheetpart.h"
+#include "xlsx/sheetxml.h"
 
 #include <utility>
 
@@ -11,12 +11,58 @@ namespace px40 {
 
 namespace {
 
+/// A sheet on its way into an archive: its text is made as libzip takes it.
+class SheetPart : public ZipSource
+{
+  public:
+    /// Both must outlive it.
+    SheetPart(SheetXml &xml, WriteWatch &watch) : xml_(&xml), watch_(&watch) {}
+
+    /// How much work it is, in bytes that are copied.
+    qint64 Work() const { return xml_->Size() * Weight; }
+
+  protected:
+    zip_int64_t Do(zip_source_cmd_t command, void *data, zip_uint64_t length) override
+    {
+        switch (command) {
+        case ZIP_SOURCE_SUPPORTS:
+            return ZIP_SOURCE_SUPPORTS_READABLE;
+        case ZIP_SOURCE_STAT: // without it a header for more than 4 GB is written, which strict readers
+                              // object to
+            return TellSize(data, xml_->Size());
+        case ZIP_SOURCE_OPEN:
+            xml_->Rewind();
+            return 0;
+        case ZIP_SOURCE_READ:
+            return Read(static_cast<char *>(data), static_cast<qint64>(length));
+        case ZIP_SOURCE_CLOSE:
+        case ZIP_SOURCE_FREE:
+            return 0;
+        default:
+            return Fail(ZIP_ER_OPNOTSUPP);
+        }
+    }
+
+  private:
+    /// A byte of a sheet, made and compressed, takes as long as this many that are copied.
+    static constexpr qint64 Weight = 6;
+
+    zip_int64_t Read(char *to, qint64 room)
+    {
+        const qint64 made = xml_->Read(to, room);
+        return watch_->Advance(made * Weight) ? made : Fail(ZIP_ER_CANCELLED);
+    }
+
+    SheetXml *xml_;
+    WriteWatch *watch_;
+};
+
 bool Exists(const FilePrint &print)
 {
     return print.size >= 0;
 }
 
-/// What that means for the file of that name.
+/// A failure to write: the file of that name is as it was, or there is still none.
 tl::unexpected<BookFailure> NotWritten(const QString &reason, const QString &name)
 {
     return Refuse(Exists(PrintOf(name)) ? BookProblem::NotReplaced : BookProblem::NotMade, reason);
@@ -36,7 +82,10 @@ class Attempt
         BookResult<> done = Check();
         if (!done)
             return done;
-        done = Write();
+        Replacement to(name_);
+        done = WriteArchive(to);
+        if (done)
+            done = TakePlace(to);
         if (!done && watch_->cancelled)
             return Refuse(BookProblem::Cancelled);
         return done;
@@ -48,7 +97,6 @@ class Attempt
   private:
     BookResult<> Check() const;
     BookResult<> CheckOthers(const FilePrint &now) const;
-    BookResult<> Write();
     BookResult<> WriteArchive(Replacement &to);
     BookResult<> TakePlace(Replacement &from);
 
@@ -78,13 +126,6 @@ BookResult<> Attempt::CheckOthers(const FilePrint &now) const
     if (file_->isNew && Exists(now) && now != file_->replaced)
         return Refuse(BookProblem::Taken);
     return {};
-}
-
-BookResult<> Attempt::Write()
-{
-    Replacement to(name_);
-    const BookResult<> written = WriteArchive(to);
-    return written ? TakePlace(to) : written;
 }
 
 BookResult<> Attempt::WriteArchive(Replacement &to)

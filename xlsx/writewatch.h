@@ -14,7 +14,7 @@ class WriteWatch
     std::atomic<bool> cancelled = false;
     std::atomic<int> permille = 0;
 
-    // For who writes: before the beginning nothing is counted.
+    // For the writer; nothing is counted before `Begin`.
 
     void Begin(qint64 total)
     {

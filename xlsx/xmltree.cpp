@@ -1,5 +1,7 @@
 #include "xlsx/xmltree.h"
 
+#include <sstream>
+
 namespace px40 {
 
 namespace {
@@ -10,15 +12,6 @@ std::string PrefixOf(const pugi::xml_node &node)
     const std::size_t colon = name.find(':');
     return std::string(colon == std::string_view::npos ? std::string_view() : name.substr(0, colon + 1));
 }
-
-struct StringWriter : pugi::xml_writer
-{
-    void write(const void *data, std::size_t size) override
-    {
-        text.append(static_cast<const char *>(data), size);
-    }
-    std::string text;
-};
 
 } // namespace
 
@@ -35,9 +28,12 @@ pugi::xml_node ChildNamed(const pugi::xml_node &parent, std::string_view name)
     });
 }
 
-pugi::xml_node AppendNamed(pugi::xml_node parent, std::string_view name)
+pugi::xml_node AppendNamed(pugi::xml_node parent, std::string_view name, XmlAttributes attributes)
 {
-    return parent.append_child((PrefixOf(parent) += name).c_str());
+    pugi::xml_node node = InsertNamed(parent, name, {});
+    for (const auto &[attribute, value] : attributes)
+        node.append_attribute(attribute).set_value(value.c_str());
+    return node;
 }
 
 pugi::xml_node InsertNamed(pugi::xml_node parent, std::string_view name, const pugi::xml_node &before)
@@ -61,9 +57,9 @@ std::string NamespaceOf(const pugi::xml_node &node)
 
 std::string TextOf(const pugi::xml_node &node)
 {
-    StringWriter writer;
-    node.print(writer, "", pugi::format_raw);
-    return std::move(writer.text);
+    std::ostringstream text;
+    node.print(text, "", pugi::format_raw);
+    return text.str();
 }
 
 std::string TextOf(pugi::xml_document &document)
@@ -73,9 +69,9 @@ std::string TextOf(pugi::xml_document &document)
         if (node.type() == pugi::node_declaration && encoding)
             encoding.set_value("UTF-8");
     }
-    StringWriter writer;
-    document.save(writer, "", pugi::format_raw, pugi::encoding_utf8);
-    return std::move(writer.text);
+    std::ostringstream text;
+    document.save(text, "", pugi::format_raw, pugi::encoding_utf8);
+    return text.str();
 }
 
 } // namespace px40

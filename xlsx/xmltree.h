@@ -2,8 +2,10 @@
 
 #include <pugixml.hpp>
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace px40 {
 
@@ -14,8 +16,10 @@ std::string_view LocalName(const pugi::xml_node &node);
 /// The first child element of that name; an empty node if there is none.
 pugi::xml_node ChildNamed(const pugi::xml_node &parent, std::string_view name);
 
+using XmlAttributes = std::initializer_list<std::pair<const char *, std::string>>;
+
 /// A new last child, with the prefix of its parent.
-pugi::xml_node AppendNamed(pugi::xml_node parent, std::string_view name);
+pugi::xml_node AppendNamed(pugi::xml_node parent, std::string_view name, XmlAttributes attributes = {});
 
 /// A new child in front of `before`, or the last one if that is empty; with the prefix of its parent.
 pugi::xml_node InsertNamed(pugi::xml_node parent, std::string_view name, const pugi::xml_node &before);

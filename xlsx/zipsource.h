@@ -21,7 +21,7 @@ class ZipSource
     }
 
   protected:
-    /// The answer to a command; for one that it does not know and for its mistakes `Fail`.
+    /// The answer to a command; `Fail` where it does not know the command or cannot do it.
     virtual zip_int64_t Do(zip_source_cmd_t command, void *data, zip_uint64_t length) = 0;
 
     zip_int64_t Fail(int error, int systemError = 0)

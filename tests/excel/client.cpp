@@ -36,13 +36,9 @@ class Sample : public SheetSource
         };
         return Cells[row][column];
     }
-    std::string StatisticName(int which) const override
+    std::array<std::pair<std::string, std::string>, 3> Statistics() const override
     {
-        return which == 0 ? "MAX" : which == 1 ? "MIN" : "AVG";
-    }
-    std::string StatisticText(int which) const override
-    {
-        return which == 0 ? "1.0023" : which == 1 ? "-5E-04" : "0.5009";
+        return {{{"MAX", "1.0023"}, {"MIN", "-5E-04"}, {"AVG", "0.5009"}}};
     }
     std::string Title() const override { return "=\"Pump\" \u2013 7 \u00b0C"; }
 

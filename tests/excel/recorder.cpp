@@ -1,8 +1,7 @@
 // A server by the name of Excel.Application that records what it is asked to do, for tests under wine.
-//   recorder register|unregister   in the registry
-//   recorder running               is the running instance, tells "ready", and ends with its input
-// Without an argument COM has started it. Beside the program stand calls.txt, the record, and scenario.txt,
-// of which the first line that fits a call says what becomes of it:
+// As "recorder running" it is the running instance, tells "ready", and ends with its input. Without an
+// argument COM has started it. Beside the program stand calls.txt, the record, and scenario.txt, of which the
+// first line that fits a call says what becomes of it:
 //   refuse               each call is refused as busy when it is made for the first time
 //   fail CALL => TEXT    calls that begin so fail with that description; without a text access is denied
 //   die CALL             the program ends at that call
@@ -22,8 +21,6 @@
 namespace {
 
 constexpr CLSID ClassId = {0x3d6f9a52, 0x81c4, 0x4f1e, {0xa7, 0x0b, 0x52, 0x6e, 0x90, 0xd1, 0x3c, 0x48}};
-constexpr wchar_t ProgKey[] = L"Software\\Classes\\Excel.Application";
-constexpr wchar_t ClassKey[] = L"Software\\Classes\\CLSID\\{3D6F9A52-81C4-4F1E-A70B-526E90D13C48}";
 constexpr LCID English = 0x0409;
 
 /// What the real program gives for almost anything that it will not do.
@@ -45,18 +42,13 @@ BSTR Utf16(const std::string &utf8)
     return SysAllocString(text);
 }
 
-std::wstring ProgramPath()
-{
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return path;
-}
-
 /// A file beside the program.
 std::string Beside(const char *name)
 {
-    const std::string path = Utf8(ProgramPath().c_str());
-    return path.substr(0, path.rfind('\\') + 1) + name;
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::string program = Utf8(path);
+    return program.substr(0, program.rfind('\\') + 1) + name;
 }
 
 std::vector<std::string> ReadScenario()
@@ -261,13 +253,6 @@ HRESULT Object::Invoke(DISPID id, REFIID none, LCID language, WORD flags, DISPPA
     return S_OK;
 }
 
-bool SetKey(const std::wstring &key, const std::wstring &text)
-{
-    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), nullptr, REG_SZ, text.c_str(), bytes) ==
-           ERROR_SUCCESS;
-}
-
 class Factory : public IClassFactory
 {
   public:
@@ -300,18 +285,6 @@ void HandleMessages()
 int wmain(int count, wchar_t **words)
 {
     const std::wstring task = count > 1 ? words[1] : L"";
-    if (task == L"register") {
-        const std::wstring classText = std::wstring(ClassKey).substr(std::wstring(ClassKey).rfind(L'{'));
-        const bool done = SetKey(std::wstring(ProgKey) + L"\\CLSID", classText) &&
-                          SetKey(std::wstring(ClassKey) + L"\\LocalServer32", L'"' + ProgramPath() + L'"');
-        return done ? 0 : 1;
-    }
-    if (task == L"unregister") {
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, ProgKey);
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClassKey);
-        return 0;
-    }
-
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     DWORD registration = 0;
     if (task == L"running") {
