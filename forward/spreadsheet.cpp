@@ -14,7 +14,7 @@ namespace px40 {
 
 namespace {
 
-Result<SheetStep> Attempt(const std::function<Result<SheetStep>()> &next)
+Result<SheetStep> TryStep(const std::function<Result<SheetStep>()> &next)
 {
     try {
         return next();
@@ -56,7 +56,7 @@ QCoro::Task<Result<>> TakeSteps(std::function<Result<SheetStep>()> next)
             co_await NextEventLoopTurn();
             stretch.restart();
         }
-        step = Attempt(next);
+        step = TryStep(next);
     }
     if (!step)
         co_return Fail(step.error());

@@ -3,7 +3,6 @@
 // with lines of "====" between them, so that the checksums of a package do not stop what they hold.
 
 #include "fuzz/check.h"
-#include "testing/files.h"
 #include "xlsx/workbook.h"
 
 #include <QByteArray>
@@ -57,7 +56,17 @@ bool WriteParts(const QString &name, const QByteArray &bytes)
 
 bool WriteFile(const QString &name, const QByteArray &bytes)
 {
-    return IsPackage(bytes) ? Put(name, bytes) : WriteParts(name, bytes);
+    if (!IsPackage(bytes))
+        return WriteParts(name, bytes);
+    QFile file(name);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray Contents(const QString &name)
+{
+    QFile file(name);
+    PX40_CHECK(file.open(QIODevice::ReadOnly));
+    return file.readAll();
 }
 
 /// Names, sizes and checksums of the entries, in their order.

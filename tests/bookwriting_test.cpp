@@ -1,12 +1,12 @@
 // How a workbook takes its place: over which file, in which folder, and what lies beside it.
 
 #include "testing/books.h"
+#include "testing/rows.h"
 #include "testing/wait.h"
 
 #include <QDateTime>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <functional>
 #include <thread>
@@ -44,6 +44,8 @@ class FolderWatch
   private:
     int queue_ = ::inotify_init1(IN_NONBLOCK);
 };
+
+using Styles = std::pair<BookParts, QByteArray>; // a workbook, and where its styles stand afterwards
 
 /// The name of a file that a program which is gone has left beside a workbook.
 QString Leftover()
@@ -193,22 +195,20 @@ class BookWritingTest : public QObject
 
     void StylesWhereTheyAreLookedFor_data()
     {
-        QTest::addColumn<BookParts>("parts");
-        QTest::addColumn<QByteArray>("name");
         const QByteArray links = "xl/_rels/workbook.xml.rels";
         const BookParts dangling = Without("xl/styles.xml");
-        QTest::newRow("none") << Changed(dangling, links, "/styles\"", "/other\"")
-                              << QByteArray("xl/styles.xml");
-        QTest::newRow("dangling") << dangling << QByteArray("xl/styles.xml");
-        QTest::newRow("dangling, another name")
-            << Changed(dangling, links, "\"styles.xml", "\"looks/s.xml") << QByteArray("xl/looks/s.xml");
-        QTest::newRow("name taken") << BookLike("without styles") << QByteArray("xl/styles1.xml");
+        AddRows<Styles>({
+            {"none", {Changed(dangling, links, "/styles\"", "/other\""), "xl/styles.xml"}},
+            {"dangling", {dangling, "xl/styles.xml"}},
+            {"dangling, another name",
+             {Changed(dangling, links, "\"styles.xml", "\"looks/s.xml"), "xl/looks/s.xml"}},
+            {"name taken", {BookLike("without styles"), "xl/styles1.xml"}},
+        });
     }
 
     void StylesWhereTheyAreLookedFor()
     {
-        QFETCH(BookParts, parts);
-        QFETCH(QByteArray, name);
+        const auto [parts, name] = ThisRow<Styles>();
         const BookRig rig(parts);
         QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
         const auto entries = ReadPackage(rig.name);

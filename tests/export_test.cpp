@@ -2,11 +2,16 @@
 #include "simulator/ptyserver.h"
 #include "testing/books.h"
 #include "testing/programrun.h"
+#include "testing/rows.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace px40;
+
+namespace {
+using Output = std::tuple<QString, int, QString>;      // where it leads, how it ends, and what is said
+using Refusal = std::tuple<QString, QString, QString>; // from where, to where, and what is said
+} // namespace
 
 class ExportTest : public QObject
 {
@@ -47,27 +52,26 @@ class ExportTest : public QObject
 
     void BookGoesToTheStandardOutput_data()
     {
-        QTest::addColumn<QString>("output"); // where it leads
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("said");
-        QTest::newRow("file") << u">out.xlsx"_qs << 0 << QString();
-        QTest::newRow("full") << u">/dev/full"_qs << 1 << u"Standard output: No space left on device\n"_qs;
-        QTest::newRow("closed") << u">&-"_qs << 1 << u"Standard output: Bad file descriptor\n"_qs;
-        QTest::newRow("terminal") << u">TERMINAL"_qs << 2 << Text(Str::WorkbookOnTerminal) + u'\n';
+        AddRows<Output>({
+            {"file", {u">out.xlsx"_qs, 0, QString()}},
+            {"full", {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs}},
+            {"closed", {u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs}},
+            {"terminal", {u">TERMINAL"_qs, 2, Text(Str::WorkbookOnTerminal) + u'\n'}},
+        });
     }
 
     void BookGoesToTheStandardOutput()
     {
-        QFETCH(QString, output);
+        auto [output, code, said] = ThisRow<Output>();
         sim::PtyServer terminal;
         output.replace(u"TERMINAL"_qs, QString::fromStdString(terminal.DevicePath()));
         const QTemporaryDir folder;
         QVERIFY(Put(folder.filePath(u"three.CSV"_qs), SampleFile()));
         const ProgramRun run(folder.path(), {u"--export"_qs, u"three.CSV"_qs, u"--to"_qs, u"-"_qs}, output);
         QVERIFY(run.ended);
-        QTEST(run.said, "said");
-        QTEST(run.code, "code");
-        if (run.code == 0)
+        QCOMPARE(run.said, said);
+        QCOMPARE(run.code, code);
+        if (code == 0)
             QCOMPARE(SheetNames(folder.filePath(u"out.xlsx"_qs)), QStringList(u"PX40 1"_qs));
     }
 
@@ -90,28 +94,24 @@ class ExportTest : public QObject
 
     void RefusalsLeaveTheBook_data()
     {
-        QTest::addColumn<QString>("from");
-        QTest::addColumn<QString>("to");
-        QTest::addColumn<QString>("error");
-        const auto row = [](const char *name, const QString &from, const QString &to, const QString &error) {
-            QTest::newRow(name) << from << to << error;
-        };
-        const QString three = u"three.CSV"_qs;
-        row("no data", u"gone.CSV"_qs, u"book.xlsx"_qs, u"gone.CSV: No such file"_qs);
-        row("other data", u"book.xlsx"_qs, u"new.xlsx"_qs,
-            u"book.xlsx: This file is a different data type."_qs);
-        row("no workbook", three, u"book.xlsx"_qs, u"book.xlsx: This file is no Excel workbook."_qs);
-        row("held", three, u"held.xlsx"_qs, u"held.xlsx: Ann on bench has this workbook open."_qs);
-        row("kind", three, u"new.xls"_qs, u"new.xls: The name of a new workbook ends in .xlsx."_qs);
-        row("no folder", three, u"gone/new.xlsx"_qs, u"gone: This folder does not exist."_qs);
-        row("a folder", three, u"sub"_qs, u"sub: This is not a file."_qs);
+        AddRows<Refusal>({
+            {"no data", {u"gone.CSV"_qs, u"book.xlsx"_qs, u"gone.CSV: No such file"_qs}},
+            {"other data",
+             {u"book.xlsx"_qs, u"new.xlsx"_qs, u"book.xlsx: This file is a different data type."_qs}},
+            {"no workbook",
+             {u"three.CSV"_qs, u"book.xlsx"_qs, u"book.xlsx: This file is no Excel workbook."_qs}},
+            {"held",
+             {u"three.CSV"_qs, u"held.xlsx"_qs, u"held.xlsx: Ann on bench has this workbook open."_qs}},
+            {"kind",
+             {u"three.CSV"_qs, u"new.xls"_qs, u"new.xls: The name of a new workbook ends in .xlsx."_qs}},
+            {"no folder", {u"three.CSV"_qs, u"gone/new.xlsx"_qs, u"gone: This folder does not exist."_qs}},
+            {"a folder", {u"three.CSV"_qs, u"sub"_qs, u"sub: This is not a file."_qs}},
+        });
     }
 
     void RefusalsLeaveTheBook()
     {
-        QFETCH(QString, from);
-        QFETCH(QString, to);
-        QFETCH(QString, error);
+        const auto [from, to, error] = ThisRow<Refusal>();
         const QTemporaryDir folder;
         const QDir dir(folder.path());
         QVERIFY(Put(dir.filePath(u"three.CSV"_qs), SampleFile()) &&

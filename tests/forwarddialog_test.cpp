@@ -1,6 +1,7 @@
 #include "forward/frmforward.h"
 #include "link/linkstate.h"
 #include "testing/books.h"
+#include "testing/rows.h"
 #include "tests/dialogrig.h"
 
 #include <QCheckBox>
@@ -69,6 +70,9 @@ struct ForwardRig : DialogRig<frmForward>
     std::optional<ForwardChoice> choice;
 };
 
+/// The way, the boxes that are clicked, all checked before, and what is remembered.
+using Clicks = std::tuple<QByteArray, QByteArrayList, QString>;
+
 } // namespace
 
 class ForwardDialogTest : public QObject
@@ -78,25 +82,18 @@ class ForwardDialogTest : public QObject
   private Q_SLOTS:
     void ChoiceAndMemoryFollowTheBoxes_data()
     {
-        QTest::addColumn<QByteArray>("way");
-        QTest::addColumn<QByteArrayList>("boxes"); // that are clicked, all checked before
-        QTest::addColumn<QString>("memory");
-        const auto row = [](const char *name, const char *way, const QByteArrayList &boxes,
-                            const QString &memory) {
-            QTest::newRow(name) << QByteArray(way) << boxes << memory;
-        };
-        row("custom", "obOpen", {}, u"BOOK|new|open"_qs);
-        row("custom, the file not kept", "obOpen", {"cbFile"}, u"|new|open"_qs);
-        row("custom, the file alone", "obOpen", {"cbTitle", "cbShow"}, u"BOOK|"_qs);
-        row("new", "obNew", {}, u"OLD|new|open"_qs);
-        row("new, nothing", "obNew", {"cbFile", "cbTitle", "cbShow"}, u"OLD|"_qs);
+        AddRows<Clicks>({
+            {"custom", {"obOpen", {}, u"BOOK|new|open"_qs}},
+            {"custom, the file not kept", {"obOpen", {"cbFile"}, u"|new|open"_qs}},
+            {"custom, the file alone", {"obOpen", {"cbTitle", "cbShow"}, u"BOOK|"_qs}},
+            {"new", {"obNew", {}, u"OLD|new|open"_qs}},
+            {"new, nothing", {"obNew", {"cbFile", "cbTitle", "cbShow"}, u"OLD|"_qs}},
+        });
     }
 
     void ChoiceAndMemoryFollowTheBoxes()
     {
-        QFETCH(QByteArray, way);
-        QFETCH(QByteArrayList, boxes);
-        QFETCH(QString, memory);
+        auto [way, boxes, memory] = ThisRow<Clicks>();
         ForwardRig rig;
         QVERIFY(rig.IsCustom());
         QTest::keyClicks(rig.dialog->focusWidget(), u"new"_qs); // in place of the title that was there
@@ -161,16 +158,15 @@ class ForwardDialogTest : public QObject
 
     void UnusableFileIsReturnedTo_data()
     {
-        QTest::addColumn<QString>("name"); // in the folder
-        QTest::newRow("none") << QString();
-        QTest::newRow("absent") << u"gone.xls"_qs;
-        QTest::newRow("a folder") << u"./"_qs;
-        QTest::newRow("unfit") << u"Größe \"1\".xlsx"_qs;
+        AddRows<QString>({{"none", {}},
+                          {"absent", u"gone.xls"_qs},
+                          {"a folder", u"./"_qs},
+                          {"unfit", u"Größe \"1\".xlsx"_qs}});
     }
 
     void UnusableFileIsReturnedTo()
     {
-        QFETCH(QString, name);
+        QString name = ThisRow<QString>();
         ForwardRig rig;
         const QString before = rig.Memory();
         rig.faults[rig.book] = u"Not that one."_qs;
@@ -201,14 +197,12 @@ class ForwardDialogTest : public QObject
 
     void EveryOtherWayOutCancels_data()
     {
-        QTest::addColumn<bool>("told");
-        QTest::newRow("Escape") << false;
-        QTest::newRow("the program leaves during a message") << true;
+        AddRows<bool>({{"Escape", false}, {"the program leaves during a message", true}});
     }
 
     void EveryOtherWayOutCancels()
     {
-        QFETCH(bool, told);
+        const bool told = ThisRow<bool>();
         ForwardRig rig;
         const QString before = rig.Memory();
         rig.Type("tbTitle", "new");

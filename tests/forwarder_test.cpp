@@ -11,12 +11,12 @@
 #include "testing/books.h"
 #include "testing/heldclock.h"
 #include "testing/prompts.h"
+#include "testing/rows.h"
 #include "testing/wait.h"
 #include "tests/scriptedsheet.h"
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 #include <stdexcept>
@@ -28,6 +28,8 @@ namespace {
 using namespace Qt::Literals::StringLiterals;
 
 constexpr int FullSheet = 1'048'572;
+
+using FailingCall = std::pair<QString, bool>; // busy at first
 
 struct Rig
 {
@@ -232,17 +234,14 @@ class ForwarderTest : public QObject
 
     void FailedRunGivesTheSpreadsheetBack_data()
     {
-        QTest::addColumn<QString>("at");
-        QTest::addColumn<bool>("busy"); // before it fails
-        QTest::newRow("not opened") << u"open"_s << false;
-        QTest::newRow("at a row") << u"cell"_s << false;
-        QTest::newRow("between two rows") << u"cell"_s << true;
+        AddRows<FailingCall>({{"not opened", {u"open"_s, false}},
+                              {"at a row", {u"cell"_s, false}},
+                              {"between two rows", {u"cell"_s, true}}});
     }
 
     void FailedRunGivesTheSpreadsheetBack()
     {
-        QFETCH(QString, at);
-        QFETCH(bool, busy);
+        const auto [at, busy] = ThisRow<FailingCall>();
         Rig rig;
         RowForwarder rows(rig.Services());
         QVERIFY(Finish(rows.Prepare({})));

@@ -1,6 +1,5 @@
+#include "testing/rows.h"
 #include "xlsx/sheetxml.h"
-
-#include <QTest>
 
 #include <pugixml.hpp>
 
@@ -69,6 +68,8 @@ struct Written
     QByteArrayList looks;                 ///< "B4 MtMM@c"
     QHash<QByteArray, QByteArray> values; ///< "n:" and the number, or "s:" and the text as XML gives it
 };
+
+using Size = std::tuple<int, int, int>; // rows, columns, and the length of the texts
 
 /// Each row has its number in its second column, and the same text in all others.
 class SameRows : public TableRows
@@ -163,20 +164,15 @@ class SheetXmlTest : public QObject
 
     void TellsItsSizeBeforehand_data()
     {
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<int>("columns");
-        QTest::addColumn<int>("length"); // of the texts
-        QTest::newRow("nothing") << 0 << 3 << 0;
-        QTest::newRow("empty cells") << 2 << 3 << 0;
-        QTest::newRow("many") << 12'000 << 3 << 100;
-        QTest::newRow("large") << 4 << 40 << 32'767;
+        AddRows<Size>({{"nothing", {0, 3, 0}},
+                       {"empty cells", {2, 3, 0}},
+                       {"many", {12'000, 3, 100}},
+                       {"large", {4, 40, 32'767}}});
     }
 
     void TellsItsSizeBeforehand()
     {
-        QFETCH(int, rows);
-        QFETCH(int, columns);
-        QFETCH(int, length);
+        const auto [rows, columns, length] = ThisRow<Size>();
         Sheet sheet;
         sheet.table = {1, 1, rows, {}, std::make_shared<SameRows>(columns, length)};
         sheet.table.formats.resize(static_cast<std::size_t>(columns), CellFormat::Text);

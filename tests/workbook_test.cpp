@@ -1,10 +1,10 @@
 #include "forward/bookfailuretext.h"
 #include "testing/books.h"
+#include "testing/rows.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <pugixml.hpp>
 
@@ -81,6 +81,9 @@ QByteArray Compound(QStringView stream)
     return bytes.leftJustified(512 * 4, '\0') + Wide(stream);
 }
 
+using Names = std::pair<QString, QString>;             // a title, and the name of its sheet
+using Lock = std::tuple<QString, QByteArray, QString>; // its name and bytes, and who holds the workbook
+
 QByteArray BytesOf(const BookParts &parts)
 {
     const BookRig rig(parts);
@@ -148,24 +151,23 @@ class WorkbookTest : public QObject
 
     void NamesTheSheet_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("plain") << u"Furnace 3"_qs << u"Furnace 3"_qs;
-        QTest::newRow("taken") << u"oNE"_qs << u"oNE (2)"_qs;
-        QTest::newRow("none") << QString() << u"PX40 1"_qs;
-        QTest::newRow("nothing left") << u" '[]:*?/\\'\u0001\t"_qs << u"PX40 1"_qs;
-        QTest::newRow("forbidden") << u"'a[b]:c*d?e/f\\g\u0007h'"_qs << u"a b c d e f g h"_qs;
-        QTest::newRow("reserved") << u"history"_qs << u"history (2)"_qs;
-        QTest::newRow("marks") << u"<&>\"=1+1"_qs << u"<&>\"=1+1"_qs;
-        QTest::newRow("long") << QString(300, u'x') << QString(31, u'x');
-        QTest::newRow("what the cut leaves at the end") << QString(30, u'x') + u"'y"_qs << QString(30, u'x');
-        QTest::newRow("half") << QString(30, u'x') + u"\U0001F600"_qs << QString(30, u'x');
+        AddRows<Names>({
+            {"plain", {u"Furnace 3"_qs, u"Furnace 3"_qs}},
+            {"taken", {u"oNE"_qs, u"oNE (2)"_qs}},
+            {"none", {QString(), u"PX40 1"_qs}},
+            {"nothing left", {u" '[]:*?/\\'\u0001\t"_qs, u"PX40 1"_qs}},
+            {"forbidden", {u"'a[b]:c*d?e/f\\g\u0007h'"_qs, u"a b c d e f g h"_qs}},
+            {"reserved", {u"history"_qs, u"history (2)"_qs}},
+            {"marks", {u"<&>\"=1+1"_qs, u"<&>\"=1+1"_qs}},
+            {"long", {QString(300, u'x'), QString(31, u'x')}},
+            {"what the cut leaves at the end", {QString(30, u'x') + u"'y"_qs, QString(30, u'x')}},
+            {"half", {QString(30, u'x') + u"\U0001F600"_qs, QString(30, u'x')}},
+        });
     }
 
     void NamesTheSheet()
     {
-        QFETCH(QString, title);
-        QFETCH(QString, name);
+        const auto [title, name] = ThisRow<Names>();
         const BookRig rig;
         QCOMPARE(AddTo(rig.name, title), QString());
         QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, name}));
@@ -196,16 +198,11 @@ class WorkbookTest : public QObject
         QCOMPARE(rig.Neighbours(), QStringList());
     }
 
-    void FullDisk_data()
-    {
-        QTest::addColumn<bool>("isNew");
-        QTest::newRow("existing") << false;
-        QTest::newRow("new") << true;
-    }
+    void FullDisk_data() { AddRows<bool>({{"existing", false}, {"new", true}}); }
 
     void FullDisk()
     {
-        QFETCH(bool, isNew);
+        const bool isNew = ThisRow<bool>();
         const BookRig rig;
         const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
         if (isNew)
@@ -280,26 +277,21 @@ class WorkbookTest : public QObject
     {
         const QString libreOffice = u".~lock.book.xlsx#"_qs;
         const QString excel = u"~$book.xlsx"_qs;
-        QTest::addColumn<QString>("lock");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("holder");
-        const auto row = [](const char *name, const QString &lock, const QByteArray &bytes,
-                            const QString &holder) { QTest::newRow(name) << lock << bytes << holder; };
-        row("name and host", libreOffice, "Ann\\, B,ann,bench,20.11.2026 10:00,file:///x;",
-            u"Ann, B on bench"_qs);
-        row("login", libreOffice, ",ann,bench,,;", u"ann on bench"_qs);
-        row("host alone", libreOffice, ",,bench,,;", u"Another program on bench"_qs);
-        row("LibreOffice", libreOffice, {}, u"LibreOffice"_qs);
-        row("wide name", excel, ExcelOwner(u"Ζωή"_qs), u"Ζωή"_qs);
-        row("narrow name alone", excel, ExcelOwner(u"Zoë"_qs).left(55), u"Zoë"_qs);
-        row("Excel", excel, {}, u"Excel"_qs);
+        AddRows<Lock>({
+            {"name and host",
+             {libreOffice, "Ann\\, B,ann,bench,20.11.2026 10:00,file:///x;", u"Ann, B on bench"_qs}},
+            {"login", {libreOffice, ",ann,bench,,;", u"ann on bench"_qs}},
+            {"host alone", {libreOffice, ",,bench,,;", u"Another program on bench"_qs}},
+            {"LibreOffice", {libreOffice, {}, u"LibreOffice"_qs}},
+            {"wide name", {excel, ExcelOwner(u"Ζωή"_qs), u"Ζωή"_qs}},
+            {"narrow name alone", {excel, ExcelOwner(u"Zoë"_qs).left(55), u"Zoë"_qs}},
+            {"Excel", {excel, {}, u"Excel"_qs}},
+        });
     }
 
     void KeepsOffOpenWorkbooks()
     {
-        QFETCH(QString, lock);
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, holder);
+        const auto [lock, bytes, holder] = ThisRow<Lock>();
         const BookRig rig;
         const QByteArray before = Contents(rig.name);
         QVERIFY(!HolderOf(rig.name));

@@ -38,8 +38,7 @@ enum class BookProblem {
     Failed, ///< for want of memory, or the like
 };
 
-/// Not a `Failure`, whose sentence nobody in this room could write: who asked for the sheet makes one of
-/// this.
+/// Not a `Failure`, because this folder has no sentences: whoever asked for the sheet writes one.
 struct BookFailure
 {
     BookProblem problem = BookProblem::NoWorkbook;
