@@ -64,14 +64,14 @@ QCoro::Task<void> Realtime::Begin(bool forward)
 /// An exception ends a run like a row that cannot be stored.
 QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
 {
-    QString trouble;
+    std::optional<QString> trouble;
     try {
         co_await work;
     } catch (const std::exception &error) {
         trouble = QString::fromLocal8Bit(error.what());
     }
-    if (!trouble.isEmpty() && data_)
-        co_await FinishRealtime(trouble);
+    if (trouble && data_)
+        co_await FinishRealtime(*trouble);
 }
 
 void Realtime::Stop()
@@ -121,7 +121,7 @@ QCoro::Task<void> Realtime::Ask()
         reply = co_await link_.comm.SendCommand(command);
     progress_.answered = reply.has_value();
     replySecond_ = SecondOf(clock_->UtcMs());
-    if (reply && CheckCommMode(*reply))
+    if (reply && *reply != NoReplyText() && CheckCommMode(*reply))
         link_.instrument.Take(*reply);
     else
         link_.instrument.Miss();
@@ -271,7 +271,6 @@ void Realtime::ForwardFailed(const Failure &failure)
     ForwardOff_ = true;
     progress_.forwardFailed = true;
     progress_.forwardReason = FirstLine(failure.text);
-    link_.state.ForwardErrorText = failure.text;
 }
 
 void Realtime::ShowProgress()

@@ -28,10 +28,13 @@ QCoro::Task<Result<>> StoredData::Receive()
     progress_->SetCaption(Text(mode_ == Mode::Memory ? Str::ReceiveMemoryMode : Str::ReceiveSaveMode));
     progress_->SetMessage(Text(Str::Receiving));
     data_->ShowGrid(false); // while rows stream in
-    const Result<> fetched = co_await Fetch();
-    if (mode_ == Mode::Save)
-        const Result<QString> ended =
-            co_await Ask(EndRecords()); // whatever came before, and whatever comes of it
+    Result<> fetched = co_await Fetch();
+    if (mode_ == Mode::Save) { // whatever came before
+        const Result<QString> ended = co_await Ask(EndRecords());
+        const bool toldLast = !fetched && fetched.error().code != FailureCode::Cancelled;
+        if (toldLast && !ended && ended.error().code != FailureCode::Cancelled)
+            fetched = Fail(ended.error());
+    }
     progress_->Unload();
     const int count = data_->GetDatacount();
     if (count > 2)

@@ -15,6 +15,9 @@ namespace {
 
 const QString Suffix = QStringLiteral("xlsx");
 
+/// The choices of the question, counted from the last one: Retry is not always among them.
+enum Choice { Cancel = 1, NewWorkbook, Retry };
+
 /// A new workbook under a name that can be used.
 QCoro::Task<Result<WorkbookFile>> AskForNew(Prompts *prompts, const Clock *clock, QString title)
 {
@@ -48,12 +51,12 @@ QCoro::Task<Result<WorkbookFile>> Ask(Prompts *prompts, const Clock *clock, Work
             choices.prepend(Text(Str::Retry));
         }
         const int answer = co_await prompts->AskOneOf(AboutFile(text, file.name), choices);
-        const QString choice = choices.value(answer);
-        if (choice == Text(Str::NewWorkbook)) {
+        const qsizetype choice = choices.size() - answer;
+        if (choice == NewWorkbook) {
             const Result<WorkbookFile> other = co_await AskForNew(prompts, clock, title);
             taken = taken && !other;
             file = other.value_or(file); // back to the question without one
-        } else if (choice != Text(Str::Retry)) {
+        } else if (choice == Cancel) {
             co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
         }
         holder = HolderOf(file.name);

@@ -92,7 +92,6 @@ void frmCancel::PressCancel()
         return;
     btCancel_->setEnabled(false);
     SetMessage(Text(Str::Canceling));
-    state_->ForwardErrorText = Text(Str::Canceled);
     if (state_->LinkActivity == ActivityDownload) {
         state_->DownloadCancel = true;
         comm_->FlagsChanged();

@@ -8,6 +8,7 @@
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
+#include <QPointer>
 #include <QScopedValueRollback>
 
 namespace px40 {
@@ -282,7 +283,10 @@ QCoro::Task<void> MainCommands::AskAndLeave()
     services_->comm.Shut();
     services_->prompts.DismissAll();
     views_->CloseAll();
-    services_->jobs.WhenNone([this] { Q_EMIT left(); });
+    services_->jobs.WhenNone([self = QPointer(this)] {
+        if (self)
+            Q_EMIT self->left();
+    });
 }
 
 } // namespace px40

@@ -26,6 +26,12 @@ class RowStore
     using Row = std::array<QStringView, Texts>;
     using Bytes = std::array<std::string_view, Texts>;
 
+    RowStore() = default;
+    RowStore(const RowStore &) = delete; // two would append to the same memory
+    RowStore &operator=(const RowStore &) = delete;
+    RowStore(RowStore &&) = default;
+    RowStore &operator=(RowStore &&) = default;
+
     qsizetype Count() const { return static_cast<qsizetype>(rows_.size()); }
 
     /// Throws std::bad_alloc when memory is short; the store is then as it was.

@@ -67,8 +67,7 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     progress_->Unload();
     co_await ShowSpreadsheet(steps);
     if (!written) {
-        state.ForwardErrorText = written.error().text;
-        co_await TellFailure(state.ForwardErrorText);
+        co_await TellFailure(written.error().text);
         co_return Fail(written.error());
     }
     co_return ForwardOutcome{samples, *written, choice.openAfter};
@@ -97,7 +96,7 @@ QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSourc
 Result<SheetStep> Forwarder::Step(ForwardSteps *forward, int rows)
 {
     if (services_.state.CancelRequest)
-        return Fail(services_.state.ForwardErrorText, FailureCode::Cancelled);
+        return Fail(Text(Str::Canceled), FailureCode::Cancelled);
     const int before = forward->Rows();
     const SheetStep step = forward->Next(rows);
     if (const int written = forward->Rows(); written != before)

@@ -136,7 +136,7 @@ QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, Workboo
         else if (written.error().problem == BookProblem::Taken)
             other = co_await OtherFile(services, file, title, taken);
         else if (written.error().problem == BookProblem::Cancelled)
-            other = Fail(services->state.ForwardErrorText, FailureCode::Cancelled);
+            other = Fail(Text(Str::Canceled), FailureCode::Cancelled);
         if (!other)
             co_return Fail(other.error());
         file = *other;

@@ -119,7 +119,8 @@ void CheckDisplay(const InstrumentStatus &status)
 
 void CheckReply(const QString &reply)
 {
-    PX40_CHECK(!CheckCommMode(reply) || (reply.size() == 52 && reply.endsWith(u'0')));
+    PX40_CHECK(!CheckCommMode(reply) || reply == NoReplyText() ||
+               (reply.size() == 52 && reply.endsWith(u'0')));
     const DecodedCondition decoded = DecodeCondition(reply, Before());
     PX40_CHECK(decoded.sample.measureUnit.size() <= 6 && decoded.sample.sourceUnit.size() <= 6);
     if (!decoded.status)

@@ -157,6 +157,8 @@ bool HasConditionLength(qsizetype length)
 Result<> CheckCommMode(const QString &reply)
 {
     const QString mode = HasConditionLength(reply.size()) ? reply.last(1) : QString();
+    if (reply == NoReplyText()) // no status, but no reason to stop asking either
+        return {};
     const QString remedy = QStringLiteral("\r\n") + Text(Str::ChangeMode);
     if (mode == u"1")
         return Fail(Text(Str::PrinterMode) + remedy);

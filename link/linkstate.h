@@ -21,8 +21,7 @@ enum LinkActivityCode : int {
 /// Plain values without behaviour.
 struct LinkState
 {
-    QString ErrorMessage;     ///< why the last procedure failed; shown once by the operation that started it
-    QString ForwardErrorText; ///< why the last forwarding failed
+    QString ErrorMessage; ///< why the last procedure failed; shown once by the operation that started it
     int LinkActivity = ActivityIdle; ///< this and the next two are changed by `LinkUse` alone
 
     bool LinkBusy = false;       ///< somebody has the link alone; see `LinkInUse`

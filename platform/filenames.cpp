@@ -39,8 +39,10 @@ bool SameFile(const QString &one, const QString &other)
     if (std::filesystem::exists(first, absent) || std::filesystem::exists(second, absent))
         return std::filesystem::equivalent(first, second, absent);
     // What is not there yet would lie in its folder.
-    const auto path = [&absent](const std::filesystem::path &name) {
-        return QFileInfo(std::filesystem::weakly_canonical(name, absent)).filePath();
+    const auto path = [](const std::filesystem::path &name) {
+        std::error_code unreadable; // then its name is all that is known of it
+        const std::filesystem::path real = std::filesystem::weakly_canonical(name, unreadable);
+        return QDir::cleanPath(QFileInfo(unreadable ? name : real).filePath());
     };
     return path(first).compare(path(second), NameCase) == 0;
 }

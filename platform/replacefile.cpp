@@ -32,6 +32,12 @@ namespace {
 const QString NeighbourBegin = QStringLiteral(".px40-");
 const QString NeighbourEnd = QStringLiteral(".tmp");
 
+/// The process that has made that neighbour; 0 where its name does not say so.
+int PidOf(const QString &name)
+{
+    return QFileInfo(name).fileName().mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
+}
+
 #ifdef Q_OS_WIN
 
 /// The system's number of the error, or 0.
@@ -46,10 +52,10 @@ void SyncFolder(const QString &) {}
 
 void Mark(QFile &) {}
 
-/// An open file cannot be removed, and one that is finished is renamed at once.
-bool IsUnused(const QString &)
+/// An open file cannot be removed; one of this process may be closed and about to be renamed.
+bool IsUnused(const QString &name)
 {
-    return true;
+    return PidOf(name) != QCoreApplication::applicationPid();
 }
 
 bool IsGone(qint64 pid)
@@ -153,8 +159,7 @@ void TakeModeOf(const QString &name, QFile &file)
 
 bool IsLeftover(const QString &name)
 {
-    const QString fileName = QFileInfo(name).fileName();
-    const int pid = fileName.mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
+    const int pid = PidOf(name);
     // A number that is in use again, by this very process too, says nothing; then the mark decides.
     return pid > 0 && (pid == QCoreApplication::applicationPid() || IsGone(pid)) && IsUnused(name);
 }

@@ -192,7 +192,7 @@ class FileCommandsTest : public QObject
             {u"a.CSV"_qs, u"sub/../a.CSV"_qs, true},      {u"a.CSV"_qs, u"way/link.CSV"_qs, true},
             {u"a.CSV"_qs, u"sub/a.CSV"_qs, false},        {u"a.CSV"_qs, u"new.CSV"_qs, false},
             {u"sub/new.CSV"_qs, u"way/new.CSV"_qs, true}, {u"sub/new.CSV"_qs, u"new.CSV"_qs, false},
-            {u"no/../new.CSV"_qs, u"new.CSV"_qs, true},
+            {u"no/../new.CSV"_qs, u"new.CSV"_qs, true},   {QString(300, u'a'), QString(300, u'b'), false},
         };
         for (const auto &[one, other, same] : rows)
             QVERIFY2(SameFile(desk.Path(one), desk.Path(other)) == same, qPrintable(other));

@@ -187,8 +187,6 @@ class ForwarderTest : public QObject
             const Reply held = call == u"attach" ? Reply::Busy : Reply::Done;
             rig.script.answers[call.section(u' ', 0, 0)] = {cancels ? held : Reply::Failed};
             rig.state.CancelRequest = cancels;
-            if (cancels)
-                rig.state.ForwardErrorText = u"Canceled."_s; // by the progress dialog
         };
         rig.prompts.onWarn = [&] {
             rig.script.calls << u"box"_s;

@@ -118,7 +118,6 @@ class WindowTest : public QObject
         QTest::keyClick(program.Cancel(), Qt::Key_Escape); // the same as the button
         QVERIFY(!button->isEnabled());
         QCOMPARE(program.Cancel()->findChild<QLabel *>(u"llMsg"_qs)->text(), u"Canceling..."_qs);
-        QCOMPARE(program.services.state.ForwardErrorText, u"Canceled."_qs);
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 7);
         QCOMPARE(program.prompts.warnings, QStringList(QString()));
