@@ -13,8 +13,8 @@ namespace px40 {
 
 /// "Interval and period setup": the time between two readings of one data set and the time after which its
 /// acquisition ends. OK complains of the first faulty field and changes nothing then. Typing in a field of
-/// the period chooses "Custom". The interval is closed to changes as soon as the data set has readings, also
-/// when the first one comes while the dialog is open.
+/// the period chooses "Custom". The interval cannot be changed once the data set has readings, even if the
+/// first one comes while the dialog is open.
 class frmInterval : public FormDialog
 {
     Q_OBJECT

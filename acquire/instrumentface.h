@@ -17,7 +17,7 @@ class IconLabel;
 class ReadingLabel;
 
 /// How the display of one side of the instrument is laid out. Lengths are in pixels of 1/96 inch and hold for
-/// the size for which the string table's font sizes are meant; nothing is cut from there on upwards.
+/// the size for which the string table's font sizes are meant; at that size and above nothing is cut off.
 struct FaceDesign
 {
     struct Cell
@@ -27,7 +27,7 @@ struct FaceDesign
     };
 
     QSizeF size;
-    QString side;                      ///< what the lamp tells the state of
+    QString side;                      ///< whose state the lamp shows
     std::array<const char *, 2> lamps; ///< the controls for off and on, which may be the same one
     QList<Cell> reading;               ///< from the left; characters are at the right end of the first
                                        ///< cell, in the middle of the others

@@ -37,7 +37,7 @@ class LiveWindow : public QWidget
     /// the caller.
     LiveWindow(const QString &name, UserStore &store, QWidget *parent);
 
-    /// Puts the window where it stood last, or to `usual`, always wholly onto a screen.
+    /// Puts the window where it was last, or at `usual`, always wholly on a screen.
     void Place(const QRect &usual);
 
     /// The line, for the subclass to place.
@@ -54,7 +54,7 @@ class LiveWindow : public QWidget
     ElidedLabel *llMessage_;
     QString text_;
     QString note_;
-    bool noteFirst_ = false; ///< it is the newer one
+    bool noteFirst_ = false; ///< the note is newer than the message
     bool open_ = true;
 };
 

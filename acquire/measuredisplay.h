@@ -36,7 +36,7 @@ Captions ThermometerCaptions(int position, const RangeLists &ranges, bool asSign
 /// What the display of each side of the instrument shows beside its value.
 struct SideDisplay : Captions
 {
-    bool known = false; ///< a status has told it: otherwise there is no lamp at all
+    bool known = false; ///< from a status; otherwise no lamp is shown
     bool on = false;    ///< the lamp
     OptionIndicators indicators;
 

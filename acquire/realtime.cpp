@@ -96,7 +96,7 @@ QCoro::Task<void> Realtime::RequestSample()
     OpenPortAgain();
     ShowProgress(); // a silent instrument may take its time now
     co_await Ask();
-    Q_EMIT asked();
+    Q_EMIT requestEnded();
     ShowProgress();
 }
 

@@ -24,11 +24,11 @@ class Timer;
 /// Real-time receive: asks for the instrument's status once a second and stores every interval-th one as a
 /// row until the period is over or the user stops.
 ///
-/// A second's status is requested when it begins and stored when the next one begins, whose time the row
-/// bears. Rows are in the order of their seconds, the interval apart; one whose second brought no answer is
-/// a row "ERROR", and an answer that comes late is stored as of the last sampling second before it. The timer
-/// `tmRealtime` only samples the clock. While the port is closed it is opened again, the same assigned
-/// device, each second.
+/// A second's status is requested when it begins and stored when the next one begins, and the row has the
+/// time of that next one. Rows are in the order of their seconds, the interval apart; a second without an
+/// answer gives a row "ERROR", and an answer that comes late is stored as of the last sampling second before
+/// it. The timer `tmRealtime` only samples the clock. While the port is closed it is opened again, the same
+/// assigned device, each second.
 ///
 /// What is handed in must outlive the runs. The data set is shared, so it stays until its run is over.
 class Realtime : public QObject
@@ -36,14 +36,14 @@ class Realtime : public QObject
     Q_OBJECT
 
   public:
-    /// `tell`: why a run has ended, before it is over for the rest of the program.
+    /// `tell` tells the user why a run has ended, before the rest of the program sees it as over.
     Realtime(const InstrumentLink &link, const Clock &clock, Timer &tmRealtime, Tell tell);
 
     /// Where rows are forwarded to: to be set before a run that asks for it, which it must outlive.
     void SetForward(RowForward *forward) { forward_ = forward; }
 
     /// Starts a run into `dataSet`, after the rows that it holds, and returns after the first request. The
-    /// caller has found the link idle and free.
+    /// link must be idle and free.
     QCoro::Task<void> StartRealtime(std::shared_ptr<DataSet> dataSet, bool forward);
 
     /// The run ends at the next second.
@@ -55,7 +55,7 @@ class Realtime : public QObject
   Q_SIGNALS:
     void runChanged(); ///< a run has begun or ended (`RealtimeRun`)
     void progressed(const px40::RunProgress &progress);
-    void asked(); ///< the instrument has been, for this second: the link is free until the next one
+    void requestEnded(); ///< this second's request is over; the link is free until the next one
 
   private:
     QCoro::Task<void> Begin(bool forward);
@@ -93,10 +93,10 @@ class Realtime : public QObject
     RunProgress progress_;
     qint64 replySecond_ = 0; ///< in which the last reply came, since the beginning of 1970, UTC
     qint32 ElapsedSeconds_ = 0;
-    int port_ = 0; ///< the port number that the run had last; 0: none yet
+    int port_ = 0; ///< the port number that the run used last; 0: none yet
     int barRows_ = 0;
     bool ForwardOff_ = true;
-    bool ticking_ = false; ///< a tick is at work, its request included: further ticks stay out
+    bool ticking_ = false; ///< a tick, or the request it made, is under way: further ticks are ignored
 };
 
 } // namespace px40

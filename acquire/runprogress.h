@@ -11,7 +11,7 @@ struct RunProgress
     qint32 elapsedSeconds = 0; ///< since the start
     int rows = 0;              ///< stored in this run
     int errorRows = 0;         ///< of these: seconds without an answer
-    bool answered = true;      ///< the last request
+    bool answered = true;      ///< the last request was
     bool portOpen = true;
     bool portLost = false; ///< the device has gone
     bool stopping = false; ///< the user has asked for the end

@@ -22,7 +22,7 @@ class InstrumentState : public QObject
     /// A condition line has come from an instrument in normal mode.
     void Take(const QString &reply);
 
-    /// The instrument was asked in vain.
+    /// A request gave no usable answer, or could not be made.
     void Miss();
 
     /// What was received last is shown once more, if it was a status.
@@ -32,13 +32,13 @@ class InstrumentState : public QObject
     InstrumentStatus PreviousStatus; ///< as received
     ReadingTexts Sample;             ///< what a row keeps of the last reply; "ERROR" after `Miss`
     bool Known = false;              ///< the last reply was a status
-    qint64 Accepted = 0;             ///< how many replies were taken: what changes with it is new
+    qint64 Accepted = 0;             ///< how many replies were taken; when it changes there is a new one
 
   Q_SIGNALS:
     void statusReceived(); ///< it may be shown
 };
 
-/// What everything needs that talks to the instrument, and that outlives it.
+/// Needed by every part that talks to the instrument; must outlive them all.
 struct InstrumentLink
 {
     LinkState &state;

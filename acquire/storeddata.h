@@ -23,8 +23,8 @@ class StoredData
     static constexpr int Entries = 50;
     enum class Mode { Memory, Save };
 
-    /// The link must be free, and what is handed in outlive the download. In SAVE mode it leaves `LinkBusy`
-    /// alone: that a download is under way keeps others from the link. A record only makes room in the table.
+    /// The link must be free, and what is handed in outlive the download. In SAVE mode it does
+    /// not set `LinkBusy`: its activity alone keeps others from the link. A record only adds an empty row.
     StoredData(const InstrumentLink &link, ProgressView &progress, Mode mode,
                std::shared_ptr<DataSet> dataSet);
 

@@ -40,12 +40,13 @@ class Forwarding : public QObject
     /// Where a run's rows go after `AskForRun`.
     RowForwarder &Rows() { return rows_; }
 
-    /// How the last run's forwarding ended, once: empty if there was none.
+    /// How the last run's forwarding ended; empty if there was none, and from the second call on.
     QString TakeRunOutcome() { return std::exchange(runOutcome_, QString()); }
 
   private:
     void OnRunClosed(const Result<ForwardOutcome> &outcome);
-    /// Opens the file if it is to be seen. What there is to tell: first that no program opens it.
+    /// Opens the file if it is to be seen. Returns what to tell the user, first of all if no program opens
+    /// it.
     QString ShowFile(const ForwardOutcome &outcome);
 
     Services *services_;

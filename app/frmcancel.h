@@ -18,7 +18,7 @@ struct LinkState;
 
 /// The small dialog beside every long operation: caption, message, progress bar, Cancel. While it is open
 /// the rest of the program is disabled. Cancel only sets flags of the link state; the operation sees them
-/// at its next look, ends and unloads the dialog.
+/// at its next check, ends and unloads the dialog.
 class frmCancel : public QDialog, public ProgressView
 {
     Q_OBJECT

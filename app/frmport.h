@@ -12,7 +12,7 @@ class Timer;
 struct Services;
 
 /// "Communications Port setup": chooses the port, 1 to 16, and, where numbers are slots of our own, the
-/// device behind it. OK opens the port; the dialog stays until that succeeds or the user cancels.
+/// device assigned to it. OK opens the port; the dialog stays until that succeeds or the user cancels.
 class frmPort : public FormDialog
 {
     Q_OBJECT

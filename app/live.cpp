@@ -54,7 +54,7 @@ Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidg
     connect(&tmFade_, &Timer::tick, this, &Live::Fade);
     connect(&tmCheckStat, &Timer::tick, this, [this] { services_->jobs.Launch(Check(), "status check"); });
     connect(&services.instrument, &InstrumentState::statusReceived, this, &Live::ShowStatus);
-    connect(&commands.RealtimeRun(), &Realtime::asked, this, &Live::SendWaiting);
+    connect(&commands.RealtimeRun(), &Realtime::requestEnded, this, &Live::SendWaiting);
     connect(&commands.RealtimeRun(), &Realtime::runChanged, this, &Live::OnRunChanged);
     connect(&sourceCommands_, &SourceCommands::failed, this, &Live::OnCommandFailed);
     connect(&sourceCommands_, &SourceCommands::recovered, this, &Live::OnCommandRecovered);

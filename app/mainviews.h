@@ -13,7 +13,8 @@ namespace px40 {
 
 class DataSet;
 
-/// The windows as the commands of the user see them. The main window has them; a test does without.
+/// The windows as the commands of the user see them. The main window implements this; tests do
+/// without a main window.
 class MainViews
 {
   public:

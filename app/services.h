@@ -17,8 +17,8 @@ namespace px40 {
 
 class Prompts;
 
-/// Everything that the program has one of, in the order in which it is made. Windows and procedures get it
-/// handed down; there are no globals beside it.
+/// Everything of which the program has exactly one, in the order of construction. It is handed down to
+/// windows and procedures; there are no other globals.
 struct Services
 {
     /// `otherClock`: one in place of the computer's own; must outlive this.

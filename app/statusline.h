@@ -15,11 +15,11 @@ class StatusLine : public QObject
     const QString &Text() const { return text_; }
 
     void Show(const QString &text);
-    /// Must be seen: the messages of a run leave it standing for a while.
+    /// Must be seen: the progress of a run does not replace it for a while.
     void Warn(const QString &text);
-    /// How a run is getting on, each second of it.
+    /// For the progress of a run, which is shown every second.
     void ShowOfRun(const QString &text);
-    /// That text is no longer true: takes it away if it is still shown.
+    /// Clears that text, which is no longer true, if it is still shown.
     void TakeBack(const QString &text);
 
   Q_SIGNALS:

@@ -49,8 +49,8 @@ class DataSet : public QObject
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
 
-    /// Makes this, which must be as just made, the data set of a data file. Returns when it is read. A data
-    /// set that could not be read is of no use.
+    /// Makes this, which must be newly constructed, the data set of a data file. Returns when it is read. A
+    /// data set that could not be read is of no use.
     Result<> OpenFile(const QString &name);
 
     /// Writes the data set to a file, through the work file. Returns when the disk has it. Where that fails

@@ -18,7 +18,7 @@ class DataTable : public QTableView
 
     void CopySelection() const;
 
-    /// Scrolls, up or down alone, until that row (0-based) is seen, as the first one if it was not.
+    /// Scrolls vertically until that row (0-based) is seen, as the first one if it was out of view.
     void ShowRow(int row);
 
   protected:

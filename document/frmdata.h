@@ -52,8 +52,8 @@ class frmData : public QMdiSubWindow
     /// Takes size and state from the data set, as its file had them.
     void TakeShape();
 
-    /// Asks about unsaved readings, if there are any; true when the window may go, and the caller then lets
-    /// it go. The link's part in that is the caller's.
+    /// Asks about unsaved readings, if there are any; true when the window may close, which is left to the
+    /// caller. So is the check whether the link allows it (`MayClose`).
     static QCoro::Task<bool> ConfirmClose(QPointer<frmData> window);
 
     /// What is to be told about the selected rows of the table; empty when there is nothing to tell.

@@ -61,7 +61,7 @@ class Value
     Value &operator=(Value &&) = delete;
     ~Value() { VariantClear(&variant_); }
 
-    /// In place of an optional argument that has others behind it.
+    /// In place of an optional argument that others follow.
     static Value Omitted();
 
     /// These throw when the value is of no such kind.

@@ -35,8 +35,8 @@ class ForwardSteps
     /// Rows written so far.
     int Rows() const { return rows_; }
 
-    /// The next step of all on the way to a finished sheet with so many rows: one that grows gets a frame,
-    /// statistics and a chart only if it has a row, and is the user's again then.
+    /// The next step towards a finished sheet of `rows` rows. A growing sheet gets its frame, statistics and
+    /// chart only if it has a row; after that the user has the spreadsheet back.
     SheetStep Next(int rows);
 
     /// The spreadsheet is the user's again, whatever happened. Only `Busy` matters.

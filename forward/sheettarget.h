@@ -52,7 +52,7 @@ class Spreadsheet : public SheetTarget
     /// Gets hold of the program.
     virtual SheetStep Attach() = 0;
 
-    /// Makes the sheet: the first one of a new workbook if `workbook` is empty, else one behind the last of
+    /// Makes the sheet: the first one of a new workbook if `workbook` is empty, else one after the last of
     /// the workbook of that full path, which is opened unless it is open.
     virtual SheetStep OpenOrAdd(const std::string &workbook) = 0;
 

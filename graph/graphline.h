@@ -18,7 +18,7 @@ using Line = QVector<QCPGraphData>;
 Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 first, qint32 last,
                 int perColumn);
 
-/// The points that lie alone between two gaps, where a line shows nothing.
+/// Isolated points, each between two gaps, of which a line would show nothing.
 Line LonePoints(const Line &line);
 
 /// Cuts the line off at the limits: not every picture format can do that by itself.

@@ -27,7 +27,7 @@ class GraphModel : public QObject
     Q_OBJECT
 
   public:
-    /// `series` is the owner's, who emits `changed` when it has.
+    /// `series` belongs to the owner, who emits `changed` when it has changed.
     GraphModel(const GraphSeries &series, GraphTexts texts);
 
     const GraphSeries &Series() const { return *series_; }
@@ -45,7 +45,7 @@ class GraphModel : public QObject
     void Follow(int samples);
 
   Q_SIGNALS:
-    void begun();   ///< shown from the first sample again: whatever part was looked at, that is over
+    void begun();   ///< shown from the first sample again: a zoom ends
     void changed(); ///< settings, scroll or points: at most one repaint for however many of these
 
   private:

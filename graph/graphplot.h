@@ -21,10 +21,10 @@ namespace px40 {
 /// The horizontal axis has each sample at its own number. What is zoomed to and what is hidden belongs to
 /// the picture alone: the model knows nothing of it.
 ///
-/// Where it does without QCustomPlot: that draws into buffers of its own whenever anything changes, so its
-/// protected `draw` is called instead, once for each paint event. Its tickers know no labels that are chosen
-/// by their width, and its legend takes room beside the lines, is not level with the caption and cannot show
-/// what is hidden.
+/// Where it bypasses QCustomPlot, and why: the library draws into buffers of its own whenever anything
+/// changes, so its protected `draw` is called instead, once for each paint event. Its tickers know no labels
+/// that are chosen by their width, and its legend takes room beside the lines, is not level with the caption
+/// and cannot show what is hidden.
 class GraphPlot : public QCustomPlot
 {
   public:
@@ -60,7 +60,7 @@ class GraphPlot : public QCustomPlot
     qint32 Samples() const { return model_ ? model_->Series().Count() : 0; }
     /// Null when it is gone.
     GraphModel *Model() const { return model_; }
-    /// Where the samples stood in view at the last `Fill`; x counts from the left edge of `PlotRect`.
+    /// Where the samples were drawn at the last `Fill`; x counts from the left edge of `PlotRect`.
     const CategoryPlace &Place() const { return place_; }
     QRect PlotRect() const { return axisRect()->rect(); }
     /// From the upper edge of the picture.

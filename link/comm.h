@@ -107,12 +107,12 @@ class Comm : public QObject
     PendingReplies pending_;
     std::optional<OneShot<bool>> waiting_;
     std::deque<OneShot<bool>> turns_;
-    QString command_;              ///< of the exchange under way
-    std::optional<QString> reply_; ///< to it
-    bool timedOut_ = false;        ///< its present attempt
+    QString command_;              ///< that of the exchange under way
+    std::optional<QString> reply_; ///< the reply to `command_`, once it has come
+    bool timedOut_ = false;        ///< the present attempt has timed out
     int portNumber_ = 1;
-    int connection_ = 0; ///< an exchange belongs to one
-    QString lostDevice_; ///< the port is closed because this device has gone; empty: it has not
+    int connection_ = 0; ///< counts connections; an exchange belongs to one of them
+    QString lostDevice_; ///< the device whose loss closed the port; empty: none
 
     bool exchanging_ = false;
     bool shut_ = false;

@@ -8,8 +8,7 @@
 
 namespace px40 {
 
-/// What the reply to a command looks like: it is all by which a reply can be told, for replies bear no
-/// number.
+/// What the reply to a command looks like. It is the only way to tell replies apart: they carry no number.
 enum class ReplyForm {
     Acknowledgement, ///< a few characters
     Condition,       ///< 52 or 44 characters
@@ -63,8 +62,8 @@ enum class SourceSetting {
 };
 LinkCommand SetSource(SourceSetting setting, const QString &argument);
 
-/// What has come of a command that the instrument may refuse, by what `SendCommand` gave: the failure is one
-/// sentence for the user.
+/// Whether the instrument has obeyed a command that it may refuse, judged by the result of `SendCommand`. The
+/// failure is one sentence for the user.
 Result<> Obeyed(const LinkCommand &command, const Result<QString> &reply);
 
 } // namespace px40

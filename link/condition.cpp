@@ -32,7 +32,7 @@ struct Column
     Rule rule = Always;
 };
 
-/// From left to right. What is not listed here nobody looks at.
+/// From left to right. Columns not listed are ignored.
 constexpr Column Columns[] = {
     {1, 1, &InstrumentStatus::MeasureOn},
     {2, 1, &InstrumentStatus::MeasureFunction, Column::WhileMeasuring},

@@ -32,7 +32,7 @@ struct InstrumentStatus
     bool operator==(const InstrumentStatus &) const = default;
 };
 
-/// Source modes that the measuring side looks at; the others are of the SOURCE window alone.
+/// Source modes that the measuring side looks at; the others matter only to the SOURCE window.
 inline bool HidesMeasurement(int sourceMode)
 {
     return sourceMode == 1 || sourceMode == 3;

@@ -15,9 +15,9 @@ class LineBuffer
     /// Longest line kept; what follows up to the LF is noise and is dropped.
     static constexpr int MaxLength = 4096;
 
-    /// A command is about to be written. What has come of a line by now is the beginning of a slow reply, or
-    /// the rest of one that broke off, followed by another one: which of them shows when the line is
-    /// complete.
+    /// Call this before a command is written. A line received in part so far is either the beginning of a
+    /// slow reply or a fragment that will run into the next reply; which of the two is decided when the line
+    /// is complete.
     void BeginAttempt() { before_ = line_.size(); }
 
     /// The lines that these bytes end.

@@ -25,7 +25,7 @@ struct LinkState
     int LinkActivity = ActivityIdle; ///< this and the next two are changed by `LinkUse` alone
 
     bool LinkBusy = false;       ///< somebody has the link alone; see `LinkInUse`
-    bool StatusYield = false;    ///< a command waits for the link: the status check gives way
+    bool StatusYield = false;    ///< a command waits for the link, so the status check is to let go of it
     bool StatusPolled = false;   ///< a status cycle has begun since start-up
     bool DownloadCancel = false; ///< Cancel was pressed during a download
     bool CancelRequest = false;  ///< Cancel was pressed during forwarding
@@ -40,8 +40,8 @@ inline bool LinkInUse(const LinkState &state)
     return state.LinkBusy || state.LinkActivity == ActivityDownload;
 }
 
-/// Windows may close only while the link is idle or a timer has it for a moment. A real-time run holds them
-/// also in the second after such a moment, in which the link looks idle; so does forwarding.
+/// Windows may close only while the link is idle or a timer uses it briefly. A real-time run keeps them open
+/// between its requests too, when the link looks idle; so does forwarding.
 inline bool MayClose(const LinkState &state)
 {
     return state.LinkActivity >= ActivityIdle && state.LinkActivity <= ActivitySourceCommand &&

@@ -22,7 +22,7 @@ class LinkGate
     /// free. True: it is free now, so take it before the next wait. False: the program is leaving.
     QCoro::Task<bool> WaitUntilFree();
 
-    /// Whether somebody has asked the status check to give way since the call before.
+    /// Whether somebody has asked the status check to give way since the last call.
     bool TakeYield();
 
     /// From now on every wait ends with false.
@@ -37,7 +37,7 @@ class LinkGate
     void WakeAll();
 
     LinkState *state_;
-    std::vector<LinkUse *> uses_; ///< the last one gives the activity
+    std::vector<LinkUse *> uses_; ///< the last one determines `LinkActivity`
     std::vector<OneShot<bool>> waiters_;
     bool shut_ = false;
 };
@@ -58,7 +58,7 @@ class LinkUse
     LinkUse(const LinkUse &) = delete;
     LinkUse &operator=(const LinkUse &) = delete;
 
-    /// Goes on as another activity.
+    /// Changes the activity; the use goes on.
     void Become(LinkActivityCode activity);
 
   private:

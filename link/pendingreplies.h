@@ -11,11 +11,12 @@ namespace px40 {
 /// The commands that were written and have no reply yet, and which of them a reply belongs to.
 ///
 /// The instrument answers in the order in which it was asked, or not at all. So a reply belongs to the oldest
-/// listed command whose form it fits ("ERR" and noise fit all), and whatever stands before that one will not
-/// be answered any more: both are struck off. The list may hold a command whose reply was lost, which at
-/// worst costs a question asked again; it never lets a reply pass for the answer to a later question.
+/// listed command whose form it fits ("ERR" and noise fit all), and those listed before that one will not
+/// be answered any more: all of them are struck off. The list may hold a command whose reply was lost, which
+/// at worst costs a question asked again; it never lets a reply pass for the answer to a later question.
 ///
-/// Knows no port and no timer: whoever writes and receives tells it. Times are milliseconds of any clock.
+/// Knows no port and no timer: its caller reports what is written and received. Times are milliseconds of any
+/// clock.
 class PendingReplies
 {
   public:
@@ -25,9 +26,10 @@ class PendingReplies
         Answer,   ///< it completes the exchange, which is over with it
     };
 
-    /// An exchange begins: what is listed by now is older. Before a command that changes the instrument the
-    /// caller has waited for `LastAcknowledgementAsked`; what was not acknowledged by now will hardly be, so
-    /// the next acknowledgement is taken for its own: to send a step once more would be worse.
+    /// An exchange begins; the commands listed so far are older ones. Before a command that changes the
+    /// instrument the caller has waited (`LastAcknowledgementAsked`). Older acknowledgements that are still
+    /// missing are unlikely to come, so the next one is taken to be this command's: sending a step twice
+    /// would be worse.
     void Begin(const LinkCommand &command);
 
     /// The command of the exchange was written, for the first time or again.
@@ -57,9 +59,9 @@ class PendingReplies
     };
 
     std::deque<Entry> entries_; ///< oldest first
-    std::size_t present_ = 0;   ///< from here on they are attempts of the exchange under way
+    std::size_t present_ = 0;   ///< index of the first attempt of the exchange under way
     ReplyForm form_ = ReplyForm::Acknowledgement;
-    bool anyReplyDoes_ = false; ///< nobody looks at the reply
+    bool anyReplyDoes_ = false; ///< what the reply says does not matter
     bool changes_ = false;      ///< the older acknowledgements were waited for in vain
 };
 

@@ -38,7 +38,7 @@ bool SameFile(const QString &one, const QString &other)
     // The file system itself knows best: it sees through links and through the case of the name.
     if (std::filesystem::exists(first, absent) || std::filesystem::exists(second, absent))
         return std::filesystem::equivalent(first, second, absent);
-    // What is not there yet would lie in its folder.
+    // Files that do not exist yet are compared by their resolved paths.
     const auto path = [](const std::filesystem::path &name) {
         std::error_code unreadable; // then its name is all that is known of it
         const std::filesystem::path real = std::filesystem::weakly_canonical(name, unreadable);

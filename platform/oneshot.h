@@ -13,7 +13,7 @@ namespace px40 {
 ///
 /// A copy is another handle on the same value, so the waiting and the completing side each hold one and
 /// neither needs to outlive the other. It is completed exactly once; later completions change nothing.
-/// The waiter goes on from the event loop, never from inside `Complete`, so whoever completes (a port that
+/// The waiter is resumed by the event loop, never from inside `Complete`, so whoever completes (a port that
 /// has just read, a dialog that is about to close) has returned by then. A waiter that is never completed
 /// stays suspended: every owner completes what it handed out before it goes.
 template <typename T>

@@ -17,11 +17,11 @@ struct PortDevice
     QString serialNumber; ///< may be empty
 };
 
-/// Which device stands behind a port number, 1 to 16.
+/// Which device is assigned to a port number, 1 to 16.
 ///
 /// On Windows number N is COMN. Elsewhere a number is a slot to which the user assigns a device; the
 /// assignment is kept in the per-user store and stays when other devices come and go. A device fixed for
-/// this run (from the command line, or the simulated instrument) goes before it and is not kept.
+/// this run (from the command line, or the simulated instrument) takes precedence and is not saved.
 class PortMap
 {
   public:
@@ -39,7 +39,7 @@ class PortMap
 
     void Assign(int number, const QString &path);
 
-    /// From here on what is chosen, assigned or known is for this run only.
+    /// From now on nothing is saved for later runs.
     void KeepNothing() { keeps_ = false; }
     bool Keeps() const { return keeps_; }
 

@@ -142,7 +142,8 @@ bool IsHeld(int error)
     return error == EBUSY || error == ETXTBSY;
 }
 
-/// As far as this user may: another's file stays his if the administrator changes it.
+/// Owner, group and mode, as far as this user may set them: so a file keeps its owner when an administrator
+/// changes it.
 void TakeModeOf(const QString &name, QFile &file)
 {
     struct stat was = {};

@@ -36,8 +36,8 @@ struct Renaming
 };
 
 /// A file that is to take the place of another, or to be a new one: written as a temporary neighbour, which
-/// is gone when this goes, unless it has taken its place. So whatever happens the name holds either what it
-/// held or all of the new. Why not `QSaveFile`: it replaces a file that has come meanwhile, does not say
+/// is removed on destruction unless it was renamed into place. So whatever happens the name holds either what
+/// it held or all of the new. Why not `QSaveFile`: it replaces a file that has come meanwhile, does not say
 /// whether the disk has the bytes, and leaves its neighbour behind after a crash.
 class Replacement
 {
@@ -73,8 +73,8 @@ class Replacement
 /// Gives an open device all that it is to hold.
 using WriteTo = std::function<Result<>(QIODevice &to)>;
 
-/// Puts what `write` writes in the place of the file `name`, or makes that anew. Leads through a link to what
-/// it names. Nothing is replaced without the right to write in the folder and to the file.
+/// Puts what `write` writes in the place of the file `name`, or creates it. Follows symbolic links. Nothing
+/// is replaced without the right to write in the folder and to the file.
 Result<> ReplaceFile(const QString &name, const WriteTo &write);
 
 } // namespace px40

@@ -7,7 +7,8 @@
 
 namespace px40 {
 
-/// Texts kept per user between runs, by section and key (window positions, the devices behind the ports).
+/// Texts kept per user between runs, by section and key (window positions, the devices assigned to the
+/// ports).
 class UserStore
 {
   public:

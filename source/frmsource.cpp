@@ -200,13 +200,13 @@ void frmSource::EnableRangeLists(bool enabled)
 bool frmSource::eventFilter(QObject *watched, QEvent *event)
 {
     const auto *const control = static_cast<QWidget *>(watched);
-    // Whoever clicks at a control that is disabled takes it for the one that has the keys now; they must not
-    // step a digit on which the focus has stayed, or to which it comes back.
+    // A user who clicks a disabled control expects it to have the focus; the keys that follow must not step a
+    // digit that still has the focus or would get it back.
     if (event->type() == QEvent::MouseButtonPress && !control->isEnabled()) {
         btInput_->setFocus();
         disabledFocus_ = nullptr;
     }
-    // Nor may they find their way to one from a button beside it.
+    // Nor may an arrow key move the focus from a nearby button to a digit.
     if (IsArrowKey(event) && qobject_cast<QPushButton *>(watched) && !face_->isAncestorOf(control))
         return true;
     // A wheel turned over a list on the way to something else must not change the instrument's range.

@@ -23,8 +23,8 @@ class SourceCommands : public QObject
   public:
     explicit SourceCommands(const InstrumentLink &link);
 
-    /// The other one of on and off, by what the last status said. That state is then taken for the present
-    /// one, so that the next call goes the other way even before a status has come.
+    /// Switches the output on or off, the opposite of what the last status said. The new state is then
+    /// assumed, so that the next call switches back even before another status has come.
     void SwitchOnOff();
 
     /// `digit` is 0-based from the left, 0 to 4.
@@ -50,7 +50,7 @@ class SourceCommands : public QObject
     /// A command waits for the link, or is being sent.
     bool IsWaiting() const { return tmSrcInter.Interval() > 0; }
 
-    /// And the user has asked for it.
+    /// A command that the user asked for waits for the link, or is being sent.
     bool IsUserWaiting() const { return asked_ && IsWaiting(); }
 
     /// The link may be free: what waits is sent at once instead of on the next tick.
@@ -61,7 +61,7 @@ class SourceCommands : public QObject
   Q_SIGNALS:
     /// A command that the user asked for was not obeyed, or cannot be sent yet: why, in one sentence.
     void failed(const QString &reason);
-    /// It was, or the next one: `reason` is over.
+    /// That command was obeyed after all, or a later one was: `reason` no longer applies.
     void recovered(const QString &reason);
 
   private:
@@ -75,8 +75,8 @@ class SourceCommands : public QObject
     LinkCommand pending_;  ///< asked for last, sent or not; without text before the first one
     QString reason_;       ///< what the user was told about the last command that was not obeyed
     QString replaced_;     ///< the same about one that was never sent, until the next one is done
-    bool loading_ = false; ///< what comes now was not asked for by the user
-    bool asked_ = false;   ///< the pending command was: the user is told what came of it
+    bool loading_ = false; ///< the commands queued now are not the user's own
+    bool asked_ = false;   ///< the pending command is the user's own: the user is told how it ended
     bool armed_ = false;   ///< since the last command went out
 };
 

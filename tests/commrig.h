@@ -43,7 +43,7 @@ inline LinkCommand Step(int attempts = 3)
     return step;
 }
 
-/// The question for a stored reading, so often.
+/// The question for a stored reading, with that many attempts.
 inline LinkCommand Reading(int n, int attempts = 3)
 {
     LinkCommand reading = AskReading(n);

@@ -21,8 +21,8 @@ class Book
     /// Puts what makes a new workbook without any sheet into an empty package.
     static void PutNew(Package &package);
 
-    /// Adds the sheet behind the last one; the name of its part, which is left to be stored. `xml` is the
-    /// text of that part, and is told how it stands in the workbook.
+    /// Adds the sheet after the last one and returns the name of its part, which the caller is to store.
+    /// `xml` is the text of that part, and is given what ties it to the workbook.
     BookResult<std::string> AddSheet(const Sheet &sheet, SheetXml &xml);
 
   private:

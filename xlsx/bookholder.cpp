@@ -22,7 +22,7 @@ QByteArray Beginning(const QString &name)
     return file.open(QIODevice::ReadOnly) ? file.read(LongestLock) : QByteArray();
 }
 
-/// Fields with commas between them and a semicolon behind the last; behind a backslash both are plain text.
+/// Fields separated by commas and ended by a semicolon; after a backslash both are plain text.
 QStringList Fields(const QString &text)
 {
     QStringList fields = {QString()};

@@ -31,13 +31,13 @@ class CellStyles
     /// All but the number format.
     CellStyle At(int row, int column) const;
 
-    /// Whether all rows from behind `row` up to `last` look like that one.
+    /// Whether all rows after `row`, up to `last`, look like that one.
     bool LookAlike(int row, int last) const;
 
     /// The columns in which cells of a row are seen even if they were never set.
     std::vector<int> SeenColumns(int row) const;
 
-    /// The first row behind that one in which there may be such cells.
+    /// The first row after that one in which there may be such cells.
     int NextSeenRow(int row) const;
 
   private:

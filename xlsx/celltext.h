@@ -13,7 +13,7 @@ inline const std::string XmlDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-
 /// `form` with the texts in place of its "%1" to "%9".
 std::string Filled(std::string_view form, std::initializer_list<std::string_view> texts);
 
-/// Appends the rest of a cell's element in a worksheet, from behind the number of its style on.
+/// Appends the rest of a cell's element in a worksheet, which follows the number of its style.
 ///
 /// Under `General` a plain decimal within the range of a double is a number, whatever the locale. A text
 /// keeps the 32,767 UTF-16 units that a cell has room for; what is no UTF-8 in it becomes U+FFFD.

@@ -82,7 +82,7 @@ class TableRows
     virtual void Rewind() = 0;
 
     /// One text for each column of the next row, the first one after `Rewind`. They hold until the next call;
-    /// each time the same texts come. Not called behind the last row.
+    /// each time the same texts come. Not called after the last row.
     virtual std::span<const std::string_view> Next() = 0;
 };
 

@@ -23,7 +23,7 @@ struct SheetVocabulary
     static SheetVocabulary Strict();
 };
 
-/// How a sheet stands in its workbook.
+/// What ties a sheet to its workbook.
 struct SheetFrame
 {
     /// For each of the sheet's styles, in their order, its number among the workbook's cell formats.

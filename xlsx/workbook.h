@@ -11,7 +11,7 @@
 namespace px40 {
 
 /// Workbooks of the kinds .xlsx and .xlsm, which are packages of XML parts, take one more sheet here without
-/// any spreadsheet program. In this header and in sheet.h stands all that others need of this folder.
+/// any spreadsheet program. Other folders need only this header and sheet.h.
 
 /// The file that a sheet goes into.
 struct WorkbookFile
@@ -20,7 +20,7 @@ struct WorkbookFile
     bool isNew = false;      ///< is to be made
     FilePrint replaced = {}; ///< what a new one may replace
 
-    /// One that gets another sheet behind its last one; nothing else in it changes.
+    /// One that gets another sheet after its last one; nothing else in it changes.
     static WorkbookFile Existing(const QString &name) { return {name}; }
 
     /// One that replaces the file that is there now, but none that comes later.

@@ -73,7 +73,7 @@ Result<> TakePortDevices(const QStringList &values, CommandLine *line)
     return {};
 }
 
-/// That the options get along with each other.
+/// Checks that the options may be combined.
 Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line)
 {
     // None but --port-device may be given again: of two values one would be lost.

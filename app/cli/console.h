@@ -44,7 +44,7 @@ class ProgressLine : public ProgressView
     QString message_;
 };
 
-/// What the program ends with.
+/// The program's exit codes.
 enum ExitCode : int {
     ExitDone = 0,
     ExitNothingChanged = 1,
@@ -69,19 +69,19 @@ struct Target
     QFile output;
 };
 
-/// Looks at it before the work, after which there would be data that nobody can keep. The folder of a file
-/// must be there, and the file be no folder or device itself.
+/// Fills in and checks the target before the work, so that nothing is fetched that cannot be saved. The
+/// folder of a file must exist, and the name must not be that of a folder or a device.
 Result<> Prepare(const QString &to, Target *target);
 
 /// Runs a task to its end in an event loop of its own. `otherwise`: what is told where it ends without a
 /// reason.
 Result<> RunToEnd(Jobs &jobs, QCoro::Task<Result<>> task, const QString &otherwise);
 
-/// Says on the error stream, a sentence each, what is to be said of a file that was written: that the result
-/// could not be `printed`, and noise among its readings. Gives the program's exit code.
+/// Reports on the error stream, a sentence each, what is wrong although the file was written: the result
+/// could not be `printed`, or there is noise among its readings. Returns the program's exit code.
 ExitCode EndWritten(const QString &file, const DataSet &dataSet, bool printed);
 
-/// Says why nothing came of it.
+/// Reports why the job failed.
 ExitCode EndFailed(const Failure &failure);
 
 } // namespace px40
