@@ -77,9 +77,10 @@ struct Times
 /// False when an exchange got no reply.
 QCoro::Task<bool> TakeTurns(Comm *comm, BareLine *bare, int pairs, Times *times)
 {
+    const LinkCommand question = AskReading(1);
     for (int i = 0; i < pairs; ++i) {
         const Clock::time_point programBegin = Clock::now();
-        const Result<QString> reply = co_await comm->SendCommand(AskReading(1));
+        const Result<QString> reply = co_await comm->SendCommand(question);
         times->program.push_back(Elapsed<std::micro>(programBegin));
         const Clock::time_point bareBegin = Clock::now();
         const bool bareAnswered = bare->Exchange("OM1\r\n");

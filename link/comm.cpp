@@ -123,7 +123,7 @@ QCoro::Task<Result<QString>> Comm::SendCommand(LinkCommand command)
     const bool mine = co_await TakeTurn();
     if (!mine)
         co_return Fail({}, FailureCode::Cancelled);
-    const Result<QString> reply = co_await Exchange(command);
+    Result<QString> reply = co_await Exchange(command);
     pending_.End();
     EndTurn();
     co_return reply;
