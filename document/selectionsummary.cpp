@@ -9,52 +9,29 @@
 
 namespace px40 {
 
-namespace {
-
-/// Of the valid readings in these rows.
-Statistics StatisticsOf(const GraphSeries &series, const std::vector<RowRange> &rows)
+std::vector<int> SelectedRows(const QItemSelection &selection, int last)
 {
-    Statistics statistics;
-    for (const RowRange &range : rows) {
-        for (qint32 sample = range.first + 1; sample <= range.last + 1; ++sample) {
-            const GraphPoint &point = series.At(sample);
-            if (point.HasReading())
-                statistics.Add(point.reading, sample);
-        }
-    }
-    return statistics;
-}
-
-} // namespace
-
-std::vector<RowRange> SelectedRows(const QItemSelection &selection, int last)
-{
-    std::vector<RowRange> all;
+    std::vector<int> rows;
     for (const QItemSelectionRange &range : selection) {
-        if (range.top() <= last)
-            all.push_back({range.top(), std::min(range.bottom(), last)});
+        for (int row = range.top(); row <= std::min(range.bottom(), last); ++row)
+            rows.push_back(row);
     }
-    std::sort(all.begin(), all.end(), [](const RowRange &a, const RowRange &b) { return a.first < b.first; });
-    std::vector<RowRange> rows;
-    for (const RowRange &range : all) {
-        if (!rows.empty() && range.first <= rows.back().last + 1)
-            rows.back().last = std::max(rows.back().last, range.last);
-        else
-            rows.push_back(range);
-    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     return rows;
 }
 
 QString SelectionText(const DataSet &set, const QItemSelection &selection)
 {
-    const std::vector<RowRange> rows = SelectedRows(selection, set.GetDatacount() - 1);
-    qint64 count = 0;
-    for (const RowRange &range : rows)
-        count += range.last - range.first + 1;
-    if (count < 2)
+    const std::vector<int> rows = SelectedRows(selection, set.GetDatacount() - 1);
+    if (rows.size() < 2)
         return {};
-    const Statistics statistics = StatisticsOf(set.Graph().Series(), rows);
-    QStringList parts{Text(Str::SelectionRows).arg(count).arg(statistics.validCount)};
+    Statistics statistics; // of the valid readings in these rows
+    for (const int row : rows) {
+        if (const GraphPoint &point = set.Graph().Series().At(row + 1); point.HasReading())
+            statistics.Add(point.reading, row + 1);
+    }
+    QStringList parts{Text(Str::SelectionRows).arg(rows.size()).arg(statistics.validCount)};
     const auto add = [&parts](Str name, const QString &value) { parts << Text(name) + u' ' + value; };
     if (statistics.validCount > 0) {
         add(Str::StatisticMin, set.Table().Cell(statistics.minRow, 2).trimmed());

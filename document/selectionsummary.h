@@ -10,17 +10,8 @@ namespace px40 {
 
 class DataSet;
 
-/// Rows of a table, 0-based, both included.
-struct RowRange
-{
-    int first;
-    int last;
-
-    bool operator==(const RowRange &) const = default;
-};
-
-/// The rows up to `last` of which a cell is selected: in order, each once, in as few ranges as there are.
-std::vector<RowRange> SelectedRows(const QItemSelection &selection, int last);
+/// The rows up to `last` of which a cell is selected, 0-based: in order, each once.
+std::vector<int> SelectedRows(const QItemSelection &selection, int last);
 
 /// Rows, readings, minimum, maximum, average and deviation of a selection, as the status bar tells them.
 /// Empty for fewer than two rows: one is no selection, since one cell is always marked.

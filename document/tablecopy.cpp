@@ -172,14 +172,11 @@ QString TableText(const TableModel &table, const QItemSelection &selection)
         cells << OneLine(table.Heading(column));
     }
     QString text = cells.join(u'\t') + u'\n';
-    for (const RowRange &rows : SelectedRows(selection, table.Samples() - 1)) {
-        for (int row = rows.first; row <= rows.last; ++row) {
-            cells.clear();
-            for (const int column : columns)
-                cells << (IsSelected(selection, row, column) ? OneLine(table.Cell(row + 1, column))
-                                                             : QString());
-            text += cells.join(u'\t') + u'\n';
-        }
+    for (const int row : SelectedRows(selection, table.Samples() - 1)) {
+        cells.clear();
+        for (const int column : columns)
+            cells << (IsSelected(selection, row, column) ? OneLine(table.Cell(row + 1, column)) : QString());
+        text += cells.join(u'\t') + u'\n';
     }
     return text;
 }
