@@ -14,6 +14,7 @@
 #include <QLocale>
 #include <QScopedValueRollback>
 
+#include <exception>
 #include <optional>
 
 namespace px40 {
@@ -62,7 +63,11 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     std::optional<LinkUse> use;
     if (allowed) {
         use.emplace(*gate_, ActivityForwarding, LinkUse::Sharing::Shared);
-        written = co_await Write(source, steps, workbook->file);
+        try {
+            written = co_await Write(source, steps, workbook->file);
+        } catch (const std::exception &error) { // no memory
+            written = Fail(QString::fromUtf8(error.what()));
+        }
     }
     progress_->Unload();
     co_await ShowSpreadsheet(steps);

@@ -133,7 +133,12 @@ QCoro::Task<Result<>> RowForwarder::Close()
 {
     const QScopedValueRollback<bool> closing(closing_, true);
     services_.state.CancelRequest = false;
-    const Result<ForwardOutcome> outcome = co_await Finish();
+    Result<ForwardOutcome> outcome = Fail(QString());
+    try {
+        outcome = co_await Finish();
+    } catch (const std::exception &error) { // no memory
+        outcome = Fail(QString::fromUtf8(error.what()));
+    }
     if (outcome)
         Release();
     else
