@@ -95,17 +95,21 @@ void Camera::Take(const QString &name, const QList<QWidget *> &windows)
     }
     painter.end();
 
-    const QString path = QDir(folder_).filePath(name + QStringLiteral(".png"));
-    Require(picture.save(path), QStringLiteral("The picture \"%1\" cannot be written.").arg(path));
-    ++pictures_;
+    Require(picture.save(Next(name)), QStringLiteral("%1 cannot be written.").arg(name));
 }
 
 void Camera::Keep(const QString &name, const QString &file)
 {
-    const QString path = QDir(folder_).filePath(name + QStringLiteral(".png"));
+    const QString path = Next(name);
     QFile::remove(path); // of the run before
-    Require(QFile::copy(file, path), QStringLiteral("The picture \"%1\" cannot be written.").arg(path));
+    Require(QFile::copy(file, path), QStringLiteral("%1 cannot be written.").arg(name));
+}
+
+QString Camera::Next(const QString &name)
+{
+    last_ = name;
     ++pictures_;
+    return QDir(folder_).filePath(name + QStringLiteral(".png"));
 }
 
 } // namespace px40

@@ -23,9 +23,15 @@ class Camera
     void Keep(const QString &name, const QString &file);
 
     int Pictures() const { return pictures_; }
+    /// The name of the picture taken last.
+    QString Last() const { return last_; }
 
   private:
+    /// Where the picture goes that is taken now.
+    QString Next(const QString &name);
+
     QString folder_;
+    QString last_;
     int pictures_ = 0;
 };
 

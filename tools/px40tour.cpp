@@ -11,7 +11,6 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
-#include <vector>
 
 namespace {
 
@@ -56,33 +55,14 @@ void MoveHome(const QTemporaryDir &folder)
         qunsetenv(variable);
 }
 
-using Scene = void (*)(px40::Stage &);
-
-/// One run of the program.
-void Show(px40::Camera &camera, px40::Program::Port port, const std::vector<Scene> &scenes)
-{
-    px40::Stage stage(camera, port);
-    for (const Scene scene : scenes)
-        scene(stage);
-}
-
-/// All of them.
 void Tour(px40::Camera &camera)
 {
     using namespace px40;
-    Show(camera, Program::Port::Unassigned, {FirstStart});
-    const std::vector<std::vector<Scene>> runs = {
-        {Main, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving},
-        {StartWithReadings, GraphHover, GraphSetup, GraphZoom, Copies},
-        {StartWithReadings, Files},
-        {StartLive, MeasureStates, MeasureInUse},
-        {StartLive, SourceStates, SourceInUse, SourceValue},
-        {StartLive, Run, RunInGaps},
-        {StartWithReadings, ForwardDownload, ForwardManyRows},
-        {StartLive, ForwardRun, DrawWorkbooks},
-    };
-    for (const std::vector<Scene> &scenes : runs)
-        Show(camera, Program::Port::Simulated, scenes);
+    for (const auto scene :
+         {FirstStart, MainWindow, Graph, Files, Measure, Source, Runs, ForwardReadings, ForwardRuns}) {
+        Stage stage(camera, scene == FirstStart ? Program::Port::Unassigned : Program::Port::Simulated);
+        scene(stage);
+    }
 }
 
 } // namespace
@@ -128,7 +108,7 @@ int main(int argc, char *argv[])
     try {
         Tour(camera);
     } catch (const RigError &error) {
-        std::fprintf(stderr, "%s\n", error.what());
+        std::fprintf(stderr, "After the picture %s: %s\n", qPrintable(camera.Last()), error.what());
         return 1;
     }
     std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));

@@ -4,42 +4,20 @@ namespace px40 {
 
 class Stage;
 
-// The scenarios of the tour: each does one thing that the program does, and takes the pictures of it. Those
-// of one run of the program follow each other; the first one starts it.
+// The scenarios of the tour, each a run of the program: it does one of the program's jobs and takes the
+// pictures of it. All but the first have the simulated instrument on the program's own port.
 
 void FirstStart(Stage &stage);
-
-void Main(Stage &stage);
-void CancelledDownload(Stage &stage);
-void Downloads(Stage &stage);
-void DataWindows(Stage &stage);
-void SilentInstrument(Stage &stage);
-void Unplugged(Stage &stage);
-void Leaving(Stage &stage);
-
-/// A finished download in a roomy window, which nothing covers; with it the next four begin.
-void StartWithReadings(Stage &stage);
-void GraphHover(Stage &stage);
-void GraphSetup(Stage &stage);
-void GraphZoom(Stage &stage);
-void Copies(Stage &stage);
+void MainWindow(Stage &stage);
+void Graph(Stage &stage);
 void Files(Stage &stage);
-void ForwardDownload(Stage &stage);
-void ForwardManyRows(Stage &stage);
+void Measure(Stage &stage);
+void Source(Stage &stage);
+void Runs(Stage &stage);
+void ForwardReadings(Stage &stage);
+void ForwardRuns(Stage &stage);
 
-/// Where the live windows begin: nothing has been done yet, MEASURE stands beside the main window.
-void StartLive(Stage &stage);
-void MeasureStates(Stage &stage);
-void MeasureInUse(Stage &stage);
-
-void SourceStates(Stage &stage);
-void SourceInUse(Stage &stage);
-void SourceValue(Stage &stage);
-
-void Run(Stage &stage);
-void RunInGaps(Stage &stage);
-void ForwardRun(Stage &stage);
-/// What a spreadsheet program makes of the workbooks.
-void DrawWorkbooks(Stage &stage);
+/// What several of them begin with: a finished download in a roomy window, which nothing covers.
+void StartWithReadings(Stage &stage);
 
 } // namespace px40

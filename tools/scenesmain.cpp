@@ -8,8 +8,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMdiArea>
-#include <QMenu>
-#include <QPointer>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -51,10 +49,9 @@ void DiscardData(Stage &stage)
     stage.Idle();
 }
 
-/// OK in the port dialog opens the port again, and brings MEASURE and SOURCE back.
-void OpenPortAgain(Stage &stage)
+/// OK in the port dialog opens the port, and brings MEASURE and SOURCE back.
+void OpenPort(Stage &stage)
 {
-    stage.Choose("mnuSetupCommport");
     stage.See([&] {
         stage.CloseDialog(stage.Dialog("frmPort"), "btOk");
         stage.Idle();
@@ -62,49 +59,14 @@ void OpenPortAgain(Stage &stage)
     });
 }
 
-} // namespace
-
-/// A new user: nothing is known yet, so the first thing to be told is which device to use.
-void FirstStart(Stage &stage)
-{
-    stage.Begin(true);
-    stage.Wait([] { return Splash() != nullptr; }, u"The splash window did not appear."_s);
-    stage.TakeOnly(u"01-splash"_s, {Splash()});
-    stage.TakeAll("05a-port-error-unassigned", {stage.Box()});
-    stage.Answer(u"OK"_s);
-    QDialog *dialog = stage.Dialog("frmPort");
-    stage.Take("04a-port-dialog-unassigned", {dialog});
-    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), stage.Device());
-    stage.See([&] {
-        stage.CloseDialog(dialog, "btOk");
-        stage.Idle();
-        stage.Second();
-    });
-    stage.TakeAll("02a-first-start");
-
-    stage.Choose("mnuViewSource");
-    stage.Choose("mnuSetupCommport");
-    dialog = stage.Dialog("frmPort");
-    stage.Take("04b-port-dialog-assigned", {dialog});
-    QTest::keyClick(stage.Find<QComboBox>("cbPort", dialog), Qt::Key_Down);
-    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), u"/dev/ttyUSB99"_s);
-    stage.Take("04c-port-dialog-unplugged-device", {dialog});
-    stage.Click("btOk", dialog);
-    stage.TakeAll("05b-port-error-unplugged-device", {dialog, stage.Box()});
-    stage.Answer(u"OK"_s);
-    stage.CloseDialog(dialog, "btCancel");
-}
-
-void Main(Stage &stage)
+void Menus(Stage &stage)
 {
     stage.StartUp(FarRight);
     stage.Take("02-main-window-empty");
     char part = 'a';
     for (const char *const name : {"mnuFile", "mnuRealtime", "mnuData", "mnuSetup", "mnuView", "mnuHelp"}) {
-        QMenu *const menu = stage.OpenMenu(name);
         const QByteArray picture = QByteArray("03") + part++ + "-menu-" + QByteArray(name).mid(3).toLower();
-        stage.Take(picture.constData(), {menu});
-        stage.CloseMenu(menu);
+        stage.TakeMenu(picture.constData(), name);
     }
     stage.Choose("mnuSetupCommport");
     QDialog *const dialog = stage.Dialog("frmPort");
@@ -148,11 +110,11 @@ void DataWindows(Stage &stage)
     stage.Choose("New");
     stage.Take("09b-data-windows-cascaded");
     stage.Data()->close();
-    stage.Wait([&] { return stage.DataWindows().size() == 2; }, u"The empty window did not close."_s);
+    stage.Wait([&] { return stage.DataWindows().size() == 2; });
     stage.SideBySide();
     stage.Take("09c-data-windows-side-by-side");
     stage.Data()->close();
-    stage.Wait([&] { return stage.DataWindows().size() == 1; }, u"The empty window did not close."_s);
+    stage.Wait([&] { return stage.DataWindows().size() == 1; });
     DiscardData(stage);
 }
 
@@ -169,7 +131,8 @@ void SilentInstrument(Stage &stage)
     stage.Dismiss();
     stage.Fault("none");
     DiscardData(stage);
-    OpenPortAgain(stage);
+    stage.Choose("mnuSetupCommport");
+    OpenPort(stage);
     stage.TakeAll("10c-answers-again");
 }
 
@@ -186,22 +149,58 @@ void Unplugged(Stage &stage)
     stage.Choose("mnuViewMoniter");
     stage.TakeAll("11c-unplugged-measure");
     stage.server.PlugIn();
-    OpenPortAgain(stage);
+    stage.Choose("mnuSetupCommport");
+    OpenPort(stage);
     Download(stage);
 }
 
 void Leaving(Stage &stage)
 {
     stage.Choose("mnuHelpAbout");
-    const QPointer<QDialog> about = stage.Dialog("frmAbout");
+    QDialog *const about = stage.Dialog("frmAbout");
     stage.Take("13-about", {about});
-    QTest::keyClick(about, Qt::Key_Escape);
-    stage.Wait([about] { return !about; }, u"The About window did not close."_s);
+    stage.Escape(about);
     stage.window->close();
     stage.Take("12-unsaved-question", {stage.Box()});
     for (qsizetype i = stage.DataWindows().size(); i > 0; --i)
         stage.Answer(u"No"_s);
-    stage.Wait([&] { return stage.hasLeft; }, u"The program did not end."_s);
+    stage.Wait([&] { return stage.hasLeft; });
+}
+
+} // namespace
+
+/// A new user: nothing is known yet, so the first thing to be told is which device to use.
+void FirstStart(Stage &stage)
+{
+    stage.Begin(true);
+    stage.Wait([] { return Splash() != nullptr; });
+    stage.TakeOnly(u"01-splash"_s, {Splash()});
+    stage.TakeAll("05a-port-error-unassigned", {stage.Box()});
+    stage.Answer(u"OK"_s);
+    QDialog *dialog = stage.Dialog("frmPort");
+    stage.Take("04a-port-dialog-unassigned", {dialog});
+    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), stage.Device());
+    OpenPort(stage);
+    stage.TakeAll("02a-first-start");
+
+    stage.Choose("mnuViewSource");
+    stage.Choose("mnuSetupCommport");
+    dialog = stage.Dialog("frmPort");
+    stage.Take("04b-port-dialog-assigned", {dialog});
+    QTest::keyClick(stage.Find<QComboBox>("cbPort", dialog), Qt::Key_Down);
+    QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), u"/dev/ttyUSB99"_s);
+    stage.Take("04c-port-dialog-unplugged-device", {dialog});
+    stage.Click("btOk", dialog);
+    stage.TakeAll("05b-port-error-unplugged-device", {dialog, stage.Box()});
+    stage.Answer(u"OK"_s);
+    stage.CloseDialog(dialog, "btCancel");
+}
+
+void MainWindow(Stage &stage)
+{
+    for (const auto scene :
+         {Menus, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving})
+        scene(stage);
 }
 
 void StartWithReadings(Stage &stage)

@@ -11,21 +11,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace px40 {
 
-namespace {
-
-/// Where SOURCE covers nothing, beside the main window as it comes.
-constexpr QPoint BelowMeasure(742, 384);
-
-} // namespace
-
-void StartLive(Stage &stage)
+void Measure(Stage &stage)
 {
-    stage.StartUp(BelowMeasure);
+    stage.StartUp();
     stage.TakeAll("20a-measure-at-start");
-}
-
-void MeasureStates(Stage &stage)
-{
     // The pictures, the keys pressed before each, and what the reading is like.
     static constexpr std::tuple<const char *, const char *, char> States[] = {
         {"20b-measure-dc-volts", "measure 1 0", sim::NormalState},
@@ -46,10 +35,7 @@ void MeasureStates(Stage &stage)
         stage.Set(orders);
         stage.TakeOnly(QString::fromLatin1(picture), {stage.Moniter()});
     }
-}
 
-void MeasureInUse(Stage &stage)
-{
     stage.See([&] { stage.Click("btMeasOnOff", stage.Moniter()); });
     // The source side has just taken measuring away, of which the program does not know yet.
     stage.server.WithInstrument([](sim::Instrument &i) { i.SetSourceMode(9); });

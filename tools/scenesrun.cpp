@@ -4,8 +4,6 @@
 #include "tools/stage.h"
 
 #include <QDialog>
-#include <QMenu>
-#include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -24,13 +22,14 @@ void BeginRun(Stage &stage, int seconds)
 
 void AwaitEnd(Stage &stage)
 {
-    stage.SecondsUntil([&] { return !stage.Action("Stop")->isEnabled(); }, u"The run does not end."_s);
+    stage.SecondsUntil([&] { return !stage.Action("Stop")->isEnabled(); });
 }
 
 } // namespace
 
-void Run(Stage &stage)
+void Runs(Stage &stage)
 {
+    stage.StartUp();
     stage.Choose("New");
     stage.Choose("Interval");
     QDialog *dialog = stage.Dialog("frmInterval");
@@ -47,11 +46,9 @@ void Run(Stage &stage)
     stage.TakeAll("22a-run-question", {stage.Box()});
     stage.Answer(u"No"_s);
     stage.Idle();
-    stage.SecondsUntil([&] { return stage.Rows() == 5; }, u"No rows come."_s);
+    stage.SecondsUntil([&] { return stage.Rows() == 5; });
     stage.TakeAll("22b-run-in-the-middle");
-    QMenu *const menu = stage.OpenMenu("mnuRealtime");
-    stage.Take("22c-run-menu", {menu});
-    stage.CloseMenu(menu);
+    stage.TakeMenu("22c-run-menu", "mnuRealtime");
     stage.Send([&] { stage.Click("btSrcOnOff", stage.Source()); }); // each row shows it from now on
     stage.Seconds(2);
     stage.TakeAll("22b-run-with-source");
@@ -78,14 +75,11 @@ void Run(Stage &stage)
     stage.Choose("mnuFileClose");
     stage.Open(Stage::Document(u"run 1.CSV"_s));
     stage.TakeAll("22h-run-opened-again");
-}
 
-/// Unplugged and plugged in again: the run goes on by itself.
-void RunInGaps(Stage &stage)
-{
+    // Unplugged and plugged in again: the run goes on by itself.
     BeginRun(stage, 2);
     stage.server.HangUp();
-    stage.Wait([&] { return !stage.services.comm.IsOpen(); }, u"The port is not lost."_s);
+    stage.Wait([&] { return !stage.services.comm.IsOpen(); });
     stage.Seconds(3);
     stage.Fade();
     stage.TakeAll("23a-run-unplugged");

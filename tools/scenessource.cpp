@@ -36,9 +36,7 @@ QDialog *OpenValueDialog(Stage &stage)
     return stage.Dialog("frmSrcValueSet");
 }
 
-} // namespace
-
-void SourceStates(Stage &stage)
+void States(Stage &stage)
 {
     // The pictures, and what is pressed and sent before each.
     static constexpr std::pair<const char *, const char *> States[] = {
@@ -75,7 +73,7 @@ void SourceStates(Stage &stage)
 }
 
 /// From 4 mA to 20 mA digit by digit, with the mouse and with keys; then a half of it; then thermocouples.
-void SourceInUse(Stage &stage)
+void Controls(Stage &stage)
 {
     stage.Set("source 6 0; mode 0; SO0; SD4.000");
     Press(stage, "btUp0");
@@ -107,7 +105,7 @@ void SourceInUse(Stage &stage)
     QTest::keyClick(list->view(), Qt::Key_Escape);
 }
 
-void SourceValue(Stage &stage)
+void Value(Stage &stage)
 {
     stage.Set("source 6 0; mode 0; SO0; SD20.000");
     QDialog *dialog = OpenValueDialog(stage);
@@ -124,6 +122,16 @@ void SourceValue(Stage &stage)
     stage.Click("btSet", dialog);
     stage.TakeAll("26c-source-value-character", {dialog});
     stage.CloseDialog(dialog, "btCancel");
+}
+
+} // namespace
+
+void Source(Stage &stage)
+{
+    stage.StartUp();
+    States(stage);
+    Controls(stage);
+    Value(stage);
 }
 
 } // namespace px40

@@ -33,6 +33,7 @@ namespace {
 constexpr int HourMs = 3600 * 1000;
 /// Three silent attempts do not take long; an instrument that answers does so much sooner.
 constexpr int ReplyTimeoutMs = 400;
+const QString NothingCame = u"What was to come next did not."_s;
 
 } // namespace
 
@@ -64,18 +65,18 @@ void Stage::HoldTimers()
     }
 }
 
-void Stage::Wait(const std::function<bool()> &done, const QString &sentence)
+void Stage::Wait(const std::function<bool()> &done)
 {
     const auto held = [&] {
         HoldTimers();
         return done();
     };
-    Await(held, sentence);
+    Await(held, NothingCame);
 }
 
 void Stage::Idle()
 {
-    Wait([this] { return services.jobs.Running() == 0; }, u"The procedure under way did not end."_s);
+    Wait([this] { return services.jobs.Running() == 0; });
     for (int turn = 0; turn < 3; ++turn) // what windows put off until the next turn: scrolling, layouts
         QCoreApplication::processEvents();
 }
@@ -107,17 +108,17 @@ void Stage::Second()
     Idle();
 }
 
-void Stage::SecondsUntil(const std::function<bool()> &done, const QString &sentence)
+void Stage::SecondsUntil(const std::function<bool()> &done)
 {
     for (int second = 0; !done(); ++second) {
-        Require(second < 60, sentence);
+        Require(second < 60, NothingCame);
         Second();
     }
 }
 
 void Stage::StartUp(const QPoint &sourcePlace)
 {
-    See([this] {
+    Send([this] {
         Program::StartUp();
         Idle();
         Second();
@@ -133,7 +134,7 @@ void Stage::Send(const std::function<void()> &act)
     };
     const qsizetype before = sent();
     act();
-    Wait([&] { return sent() > before; }, u"No command was sent."_s);
+    Wait([&] { return sent() > before; });
     Idle();
 }
 
@@ -201,8 +202,7 @@ int Stage::Rows() const
 
 void Stage::AwaitRows(int rows)
 {
-    Wait([&] { return !DataWindows().isEmpty() && Rows() >= rows; },
-         u"The %1. reading did not arrive."_s.arg(rows));
+    Wait([&] { return !DataWindows().isEmpty() && Rows() >= rows; });
 }
 
 void Stage::Take(const char *name, const Widgets &inFront)
@@ -249,20 +249,16 @@ void Stage::Choose(const char *action)
     Action(action)->trigger();
 }
 
-QMenu *Stage::OpenMenu(const char *name)
+void Stage::TakeMenu(const char *picture, const char *name)
 {
     auto *const menu = Find<QMenu>(name);
     QMenuBar *const bar = window->menuBar();
     QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
-    Wait([menu] { return menu->isVisible(); }, u"The menu %1 did not open."_s.arg(menu->objectName()));
-    return menu;
-}
-
-void Stage::CloseMenu(QMenu *menu)
-{
+    Wait([menu] { return menu->isVisible(); });
+    Take(picture, {menu});
     QTest::keyClick(menu, Qt::Key_Escape);
     QTest::keyClick(window->menuBar(), Qt::Key_Escape); // the highlight in the menu bar
-    Wait([menu] { return !menu->isVisible(); }, u"The menu %1 did not close."_s.arg(menu->objectName()));
+    Wait([menu] { return !menu->isVisible(); });
 }
 
 QMenu *Stage::OpenContextMenu(QWidget *widget, const QPoint &place)
@@ -270,7 +266,7 @@ QMenu *Stage::OpenContextMenu(QWidget *widget, const QPoint &place)
     QWidget *const top = widget->window();
     QTest::mouseClick(top->windowHandle(), Qt::RightButton, {}, widget->mapTo(top, place));
     const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
-    Wait([&] { return menu() != nullptr; }, u"No context menu opened."_s);
+    Wait([&] { return menu() != nullptr; });
     return menu();
 }
 
@@ -288,7 +284,7 @@ void Stage::Close(QWidget *closing, const std::function<void()> &act)
     const QPointer<QWidget> open = closing;
     const QString name = closing->objectName();
     act();
-    Wait([open] { return !open; }, u"The window \"%1\" did not close."_s.arg(name));
+    Wait([open] { return !open; });
 }
 
 void Stage::Answer(const QString &button)
@@ -318,14 +314,13 @@ void Stage::ChooseFile(const QString &name)
     edit->activateWindow();
     edit->setFocus();
     // The dialog takes what is marked in its list for the answer unless the user is in this field.
-    Wait([edit] { return edit->hasFocus(); }, u"The file dialog's name field does not get the focus."_s);
+    Wait([edit] { return edit->hasFocus(); });
     edit->setText(name); // at once: the list of proposals would take the keys
     QTest::keyClick(edit, Qt::Key_Return);
 }
 
-void Stage::CancelFile()
+void Stage::Escape(QDialog *dialog)
 {
-    QDialog *const dialog = FileDialog();
     Close(dialog, [dialog] { QTest::keyClick(dialog, Qt::Key_Escape); });
 }
 

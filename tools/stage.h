@@ -81,7 +81,7 @@ class Stage : public StageParts, public Program
         return found;
     }
 
-    void Wait(const std::function<bool()> &done, const QString &sentence);
+    void Wait(const std::function<bool()> &done);
     /// Until no procedure is under way.
     void Idle();
     /// The next second begins; whatever it brings may still be under way.
@@ -91,13 +91,14 @@ class Stage : public StageParts, public Program
     /// Nothing new has come for a while.
     void Fade();
     /// The same until the condition holds.
-    void SecondsUntil(const std::function<bool()> &done, const QString &sentence);
+    void SecondsUntil(const std::function<bool()> &done);
     /// Does what makes the program send a command to switch or set something, and waits until it has its
     /// reply; then a second passes, so that the windows show what came of it.
     void Send(const std::function<void()> &act);
     void See(const std::function<void()> &act);
-    /// Starts the program, waits for the first status and moves the SOURCE window to that place.
-    void StartUp(const QPoint &sourcePlace);
+    /// Starts the program, waits for the first status and moves the SOURCE window to that place, where it
+    /// covers nothing: below MEASURE, which stands beside the main window as it comes.
+    void StartUp(const QPoint &sourcePlace = {742, 384});
     /// Lets somebody turn the instrument's knobs, and a status come. `orders`: its keys
     /// (simulator/keyorders.h) and its own commands, with semicolons between.
     void Set(const char *orders);
@@ -121,6 +122,8 @@ class Stage : public StageParts, public Program
     // stands before them, from back to front.
     void Take(const char *name, const Widgets &inFront = {});
     void TakeAll(const char *name, const Widgets &inFront = {});
+    /// Of the main window with that menu open.
+    void TakeMenu(const char *picture, const char *name);
     void TakeOnly(const QString &name, const Widgets &windows) { camera_->Take(name, windows); }
     void Keep(const char *name, const QString &file) { camera_->Keep(QString::fromLatin1(name), file); }
 
@@ -132,8 +135,6 @@ class Stage : public StageParts, public Program
     void Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts);
     /// Chooses the item of a menu or the tool of that name.
     void Choose(const char *action);
-    QMenu *OpenMenu(const char *name);
-    void CloseMenu(QMenu *menu);
     /// Opens the menu that a widget has for that place, with the right mouse button.
     QMenu *OpenContextMenu(QWidget *widget, const QPoint &place);
     void ChooseItem(QMenu *menu, const QString &text);
@@ -146,11 +147,12 @@ class Stage : public StageParts, public Program
     QDialog *Dialog(const char *name) { return AwaitOpen<QDialog>(name); }
     /// Clicks the button and waits until the dialog is gone.
     void CloseDialog(QDialog *dialog, const char *button);
+    /// The same with the Escape key.
+    void Escape(QDialog *dialog);
     /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
     QDialog *FileDialog() { return Dialog("dlgCommon"); }
     /// Puts a name in place of the one that the file dialog proposes, and goes on with Return.
     void ChooseFile(const QString &name);
-    void CancelFile();
 
   private:
     /// The next tick of the status check and the fading of old values come by hand.
@@ -159,8 +161,7 @@ class Stage : public StageParts, public Program
     template <typename Window>
     Window *AwaitOpen(const char *name = "")
     {
-        Wait([name] { return OpenOne<Window>(name) != nullptr; },
-             QStringLiteral("No window %1 opened.").arg(QString::fromLatin1(name)));
+        Wait([name] { return OpenOne<Window>(name) != nullptr; });
         auto *const opened = OpenOne<Window>(name);
         BringToFront(opened);
         return opened;
