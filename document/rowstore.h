@@ -9,7 +9,6 @@
 #include <deque>
 #include <memory>
 #include <memory_resource>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -50,13 +49,13 @@ class RowStore
     friend class RowReader;
     static constexpr std::size_t FirstBytes = 64 * 1024;
 
-    void Keep();
+    /// The memory of one more row, which is the caller's to fill.
+    char *NewRow(std::size_t size);
 
     std::shared_ptr<std::pmr::monotonic_buffer_resource> bytes_ = // readers have it too
         std::make_shared<std::pmr::monotonic_buffer_resource>(FirstBytes);
     /// The five texts, each followed by a byte that UTF-8 does not use.
     std::deque<const char *> rows_;
-    std::string record_; ///< the row that is being appended
 };
 
 /// The rows of a store as they are at one moment, one after the other. Another thread may read them while
