@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,3 +13,10 @@
             std::abort();                                                                                    \
         }                                                                                                    \
     } while (false)
+
+namespace px40 {
+
+/// Tries one input; each program has its own.
+void CheckInput(const QByteArray &input);
+
+} // namespace px40

@@ -3,32 +3,13 @@
 
 #include "document/datafile.h"
 #include "fuzz/check.h"
-
-#include <QBuffer>
+#include "testing/datafiles.h"
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
+
+namespace px40 {
 
 namespace {
-
-using namespace px40;
-
-Result<DataFile> Read(QByteArray bytes)
-{
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    return ReadDataFile(buffer);
-}
-
-QByteArray Written(const DataFile &file)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    PX40_CHECK(WriteDataFile(file.header, file.rows, file.tableRows, buffer));
-    return bytes;
-}
 
 /// A reading is the number that Qt reads in it.
 void CheckReadings(const DataFile &file)
@@ -45,13 +26,12 @@ void CheckReadings(const DataFile &file)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void CheckInput(const QByteArray &input)
 {
-    const QByteArray input(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     const Result<DataFile> file = Read(input);
     if (!file) {
         PX40_CHECK(!file.error().text.isEmpty());
-        return 0;
+        return;
     }
     PX40_CHECK(file->tableRows >= file->rows.Count() && file->readings.series.Count() == file->rows.Count());
     CheckReadings(*file);
@@ -59,5 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const Result<DataFile> again = Read(once);
     PX40_CHECK(again.has_value());
     PX40_CHECK(Written(*again) == once);
-    return 0;
 }
+
+} // namespace px40

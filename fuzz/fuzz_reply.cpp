@@ -7,12 +7,9 @@
 
 #include <QString>
 
-#include <cstddef>
-#include <cstdint>
+namespace px40 {
 
 namespace {
-
-using namespace px40;
 
 constexpr int NumberWidth = 6;
 constexpr int LastColumn = 60; // some way behind the longest reply
@@ -46,10 +43,9 @@ void CheckRecord(const QString &reply)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void CheckInput(const QByteArray &input)
 {
-    const QString reply =
-        QString::fromLatin1(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const QString reply = QString::fromLatin1(input);
     for (int column = 1; column <= LastColumn; ++column)
         CheckValue(reply, column);
     PX40_CHECK(DecodeMeasureReply(reply).has_value() != reply.startsWith(u"ERR"));
@@ -60,5 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         accepted += CheckedRecord(reply + digit) ? 1 : 0;
     }
     PX40_CHECK(accepted == 1);
-    return 0;
 }
+
+} // namespace px40

@@ -10,12 +10,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
+
+namespace px40 {
 
 namespace {
-
-using namespace px40;
 
 /// A state that no reply leaves behind unnoticed: function, range and value are kept while nothing is
 /// measured.
@@ -117,8 +115,11 @@ void CheckDisplay(const InstrumentStatus &status)
     PX40_CHECK(shown.indicators == (hidden ? ShowOptionIndicators(status) : OptionIndicators()));
 }
 
-void CheckReply(const QString &reply)
+} // namespace
+
+void CheckInput(const QByteArray &input)
 {
+    const QString reply = QString::fromLatin1(input);
     PX40_CHECK(!CheckCommMode(reply) || reply == NoReplyText() ||
                (reply.size() == 52 && reply.endsWith(u'0')));
     const DecodedCondition decoded = DecodeCondition(reply, Before());
@@ -132,10 +133,4 @@ void CheckReply(const QString &reply)
     CheckSource(status);
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
-{
-    CheckReply(QString::fromLatin1(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)));
-    return 0;
-}
+} // namespace px40

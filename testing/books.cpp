@@ -6,21 +6,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <zip.h>
 
 namespace px40 {
-
-namespace {
-
-const QByteArray Office = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
-const QByteArray Main = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
-const QByteArray Types = "[Content_Types].xml";
-const QByteArray Book = "xl/workbook.xml";
-const QByteArray Links = "xl/_rels/workbook.xml.rels";
-
-} // namespace
 
 BookParts PlainBook()
 {
@@ -50,48 +39,6 @@ BookParts Without(const QByteArray &name)
 {
     BookParts parts = PlainBook();
     parts.removeIf([&name](const auto &part) { return part.first == name; });
-    return parts;
-}
-
-BookParts BookLike(const QByteArray &guise)
-{
-    BookParts parts = PlainBook();
-    if (guise == "prefixed") {
-        static const QRegularExpression tag(QStringLiteral("<(/?)(?=[A-Za-z])"));
-        for (auto &[name, text] : parts)
-            text = QString::fromUtf8(text).replace(tag, QStringLiteral("<\\1x:")).toUtf8();
-        parts = Changed(parts, {}, "xmlns=", "xmlns:x=");
-    } else if (guise == "strict") {
-        parts = Changed(parts, {}, Main, "http://purl.oclc.org/ooxml/spreadsheetml/main");
-        parts = Changed(parts, {}, Office, "http://purl.oclc.org/ooxml/officeDocument/relationships");
-    } else if (guise == "without styles") {
-        parts = Changed(parts, Links, "/styles\"", "/other\"");
-    } else if (guise == "bare styles") {
-        parts[4].second = "<styleSheet xmlns=\"" + Main + "\"/>";
-    } else if (guise == "macros") {
-        parts = Changed(parts, Types, "vnd.openxmlformats-officedocument.spreadsheetml.sheet.main",
-                        "vnd.ms-excel.sheet.macroEnabled.main");
-    } else if (guise == "chart sheet") {
-        parts =
-            Changed(parts, Book, "</sheets>", R"(<sheet name="PX40 1" sheetId="9" r:id="rId9"/></sheets>)");
-        parts =
-            Changed(parts, Links, "</R", R"(<Relationship Id="rId9" Target="chartsheets/sheet1.xml"/></R)");
-        parts.emplace_back("xl/chartsheets/sheet1.xml", "<chartsheet/>");
-    } else if (guise == "absolute targets") {
-        parts = Changed(Changed(parts, {}, "Target=\"", "Target=\"/xl/"), {}, "/xl/xl/", "/xl/");
-    } else if (guise == "other case") {
-        for (auto &[name, text] : parts)
-            name = name == Book ? name : name.toUpper();
-    } else if (guise == "names taken") {
-        parts =
-            Changed(parts, Types, "</Types>", R"(<Override PartName="/xl/worksheets/sheet3.xml"/></Types>)");
-        for (const char *name :
-             {"xl/worksheets/Sheet2.xml", "xl/charts/chart1.xml", "xl/drawings/_rels/drawing1.xml.rels"})
-            parts.emplace_back(name, "<Relationships/>");
-    } else if (guise == "prefix on each sheet") {
-        parts = Changed(parts, Book, " xmlns:r=\"" + Office + '"', {});
-        parts = Changed(parts, Book, "r:id=", "xmlns:d=\"" + Office + "\" d:id=");
-    }
     return parts;
 }
 

@@ -24,10 +24,6 @@ BookParts PlainBook();
 /// That workbook without the part of that name.
 BookParts Without(const QByteArray &name);
 
-/// That workbook in another guise: "prefixed", "strict", "without styles", "bare styles", "macros", "chart
-/// sheet", "absolute targets", "other case", "names taken", "prefix on each sheet".
-BookParts BookLike(const QByteArray &guise);
-
 /// The parts with `after` in place of `before`, which must be there, in the part of that name; an empty name:
 /// in all of them.
 BookParts Changed(BookParts parts, const QByteArray &name, const QByteArray &before, const QByteArray &after);

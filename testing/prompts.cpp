@@ -1,20 +1,20 @@
 #include "testing/prompts.h"
 
-#include "platform/oneshot.h"
-
-#include <QCoreApplication>
+#include "platform/waiting.h"
 
 namespace px40 {
 
 namespace {
 
-/// Completed by the event loop, as a user's answer is.
-OneShot<bool> NextEventLoopTurn()
+/// The next answer of a script, or `otherwise` when there is none left.
+template <typename T>
+T Next(std::deque<T> &script, T otherwise)
 {
-    OneShot<bool> turn;
-    const auto complete = [turn] { turn.Complete(true); };
-    QMetaObject::invokeMethod(QCoreApplication::instance(), complete, Qt::QueuedConnection);
-    return turn;
+    if (script.empty())
+        return otherwise;
+    const T next = script.front();
+    script.pop_front();
+    return next;
 }
 
 } // namespace
@@ -24,33 +24,22 @@ QCoro::Task<void> ScriptedPrompts::Warn(QString text)
     warnings.append(text);
     if (onWarn)
         onWarn();
-    const OneShot<bool> turn = NextEventLoopTurn();
-    co_await turn;
+    co_await NextEventLoopTurn();
 }
 
 QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon)
 {
     questions.append(text);
-    Answer answer = Answer::Cancel;
-    if (!answers.empty()) {
-        answer = answers.front();
-        answers.pop_front();
-    }
-    const OneShot<bool> turn = NextEventLoopTurn();
-    co_await turn;
+    const Answer answer = Next(answers, Answer::Cancel);
+    co_await NextEventLoopTurn();
     co_return answer;
 }
 
 QCoro::Task<int> ScriptedPrompts::AskOneOf(QString text, QStringList options)
 {
     questions.append(text);
-    int choice = static_cast<int>(options.size()) - 1;
-    if (!choices.empty()) {
-        choice = choices.front();
-        choices.pop_front();
-    }
-    const OneShot<bool> turn = NextEventLoopTurn();
-    co_await turn;
+    const int choice = Next(choices, static_cast<int>(options.size()) - 1);
+    co_await NextEventLoopTurn();
     co_return choice;
 }
 
@@ -67,13 +56,8 @@ QCoro::Task<QString> ScriptedPrompts::AskSaveFile(QString name, QString filter)
 QCoro::Task<QString> ScriptedPrompts::AnswerFile(QString question)
 {
     fileQuestions.append(question);
-    QString file;
-    if (!files.empty()) {
-        file = files.front();
-        files.pop_front();
-    }
-    const OneShot<bool> turn = NextEventLoopTurn();
-    co_await turn;
+    const QString file = Next(files, QString());
+    co_await NextEventLoopTurn();
     co_return file;
 }
 

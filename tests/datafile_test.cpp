@@ -1,6 +1,5 @@
-#include "document/datafile.h"
+#include "testing/datafiles.h"
 
-#include <QBuffer>
 #include <QTest>
 
 #include <tuple>
@@ -13,29 +12,11 @@ const QByteArray Realtime =
     "2\r\n9600,5400,0\r\n00,00,00,05\r\nTrue,,,,\r\n20\r\nTrue,1,1\r\nTrue,0,10,1,1\r\n"
     "10:00:00,1.0023,,,\r\n10:00:05,1.0031,,,\r\n10:00:10,+OL,,,\r\n,,,,\r\n";
 
-std::optional<DataFile> Read(QByteArray bytes, QString *error = nullptr)
-{
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    Result<DataFile> file = ReadDataFile(buffer);
-    if (error && !file)
-        *error = file.error().text;
-    return file ? std::optional(std::move(*file)) : std::nullopt;
-}
-
-QByteArray Written(const DataFile &file)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    return WriteDataFile(file.header, file.rows, file.tableRows, buffer) ? bytes : QByteArray();
-}
-
 /// Whether what is read from then on is written as it was.
 bool StaysAsWritten(const DataFile &file)
 {
     const QByteArray once = Written(file);
-    const std::optional<DataFile> again = Read(once);
+    const Result<DataFile> again = Read(once);
     return again && Written(*again) == once;
 }
 
@@ -60,7 +41,7 @@ class DataFileTest : public QObject
             QByteArray bytes = Realtime;
             if (lineFeedsAlone)
                 bytes.replace("\r\n", "\n");
-            const std::optional<DataFile> file = Read(bytes);
+            const Result<DataFile> file = Read(bytes);
             QVERIFY(file);
             QCOMPARE(file->readings.statistics.validCount, 2);
             QCOMPARE(file->readings.statistics.maxRow, 2);
@@ -80,7 +61,7 @@ class DataFileTest : public QObject
               "4" + QByteArray(rest).replace('%', ""), WithLine(4, "False,99,23,59,59"),
               WithLine(8, "10:00:00,1.0023,\xb0"
                           "C,\xb5\xff,\x80 x ")}) {
-            const std::optional<DataFile> file = Read(bytes);
+            const Result<DataFile> file = Read(bytes);
             QVERIFY2(file, bytes.constData());
             QCOMPARE(Written(*file), bytes);
         }
@@ -90,7 +71,7 @@ class DataFileTest : public QObject
     {
         const QByteArray rows = "a,1,,,\r\n\r\nlost,,x,,\r\nb,2,,,\r\n";
         for (const char *const kind : {"0", "2", "4"}) {
-            const std::optional<DataFile> file = Read(WithLine(1, kind).chopped(4 + 2) + rows);
+            const Result<DataFile> file = Read(WithLine(1, kind).chopped(4 + 2) + rows);
             QVERIFY(file);
             const bool samples = *kind == '4';
             QCOMPARE(file->rows.Count(), samples ? 7 : 5);
@@ -102,7 +83,7 @@ class DataFileTest : public QObject
 
     void MissingFieldsBeginAgain()
     {
-        const std::optional<DataFile> file = Read(Realtime + "A\r\n1,2\r\n1,2,3,4,5,6,7");
+        const Result<DataFile> file = Read(Realtime + "A\r\n1,2\r\n1,2,3,4,5,6,7");
         QVERIFY(file);
         QCOMPARE(file->rows.Count(), 6);
         const auto row = [&](int number) {
@@ -150,8 +131,8 @@ class DataFileTest : public QObject
         };
         for (const auto &[line, texts, error] : rows) {
             for (const QByteArray &text : texts) {
-                QString reason;
-                const std::optional<DataFile> file = Read(WithLine(line, text), &reason);
+                const Result<DataFile> file = Read(WithLine(line, text));
+                const QString reason = file ? QString() : file.error().text;
                 QVERIFY2(reason == error, (text + ": " + reason.toUtf8()).constData());
                 QVERIFY2(file.has_value() == error.isEmpty(), text.constData());
                 if (file)
@@ -164,14 +145,11 @@ class DataFileTest : public QObject
     {
         const qsizetype header = Realtime.indexOf("10:00:00");
         for (qsizetype length = 0; length < Realtime.size(); ++length) {
-            QString reason;
-            const std::optional<DataFile> file = Read(Realtime.left(length), &reason);
-            QVERIFY2(file || !reason.isEmpty(), qPrintable(QString::number(length)));
-            if (length >= header)
-                QVERIFY(file);
-            if (length == 0)
-                QCOMPARE(reason, u"The file ends before its line 1."_qs);
+            const Result<DataFile> file = Read(Realtime.left(length));
+            QVERIFY2(file || !file.error().text.isEmpty(), qPrintable(QString::number(length)));
+            QVERIFY(file || length < header);
         }
+        QCOMPARE(Read({}).error().text, u"The file ends before its line 1."_qs);
     }
 
     void OddContentsAreBounded()
@@ -188,9 +166,8 @@ class DataFileTest : public QObject
             {Realtime + "x," + QByteArray(DataFile::LongestLine - 2, '1') + "\n", {}}, // as long as may be
         };
         for (const auto &[bytes, error] : rows) {
-            QString reason;
-            const std::optional<DataFile> file = Read(bytes, &reason);
-            QCOMPARE(reason, error);
+            const Result<DataFile> file = Read(bytes);
+            QCOMPARE(file ? QString() : file.error().text, error);
             QCOMPARE(file.has_value(), error.isEmpty());
             QVERIFY(!file || file->rows.Count() >= 3);
         }

@@ -196,27 +196,17 @@ class DocumentTest : public QObject
         QCOMPARE(add(u"\u03a9"_qs), u"\u03a9"_qs);
     }
 
-    void PanelsShowDefaultsAndWhatIsSet()
+    void PanelsShowWhatIsSet()
     {
         DataRig rig(KindRealtime);
         DataSet &realtime = rig.data;
-        QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
-        QCOMPARE(realtime.PanelText(Panel::Period), QString());
         QVERIFY(realtime.Saved());
-        QCOMPARE(realtime.Graph().Settings().count, 20);
-        QCOMPARE(realtime.PanelText(Panel::X), u"Automatic"_qs);
-        QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
-        // What is set is shown as it was given.
-        realtime.SetInterval({u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs});
-        QCOMPARE(realtime.PanelText(Panel::Interval), u"1d +02h +3m +04s"_qs);
-        QCOMPARE(realtime.GetIntervalcount(), 86400 + 7200 + 180 + 4);
-        realtime.SetPeriod(false, {u"99"_qs, u"23"_qs, u"59"_qs, u"59"_qs});
-        QCOMPARE(realtime.PanelText(Panel::Period), u"99d +23h +59m +59s"_qs);
-        QCOMPARE(realtime.GetPeriodcount(), 100 * 86400 - 1);
+        QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
+        realtime.SetPeriod(false, {u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs}); // shown as it was given
+        QCOMPARE(realtime.PanelText(Panel::Period), u"1d +02h +3m +04s"_qs);
+        QCOMPARE(realtime.GetPeriodcount(), 86400 + 7200 + 180 + 4);
         realtime.SetPeriod(true, realtime.GetPeriod());
         QCOMPARE(realtime.PanelText(Panel::Period), QString());
-
-        QCOMPARE(DataRig(KindMemory).data.PanelText(Panel::Interval), QString());
         for (const auto &[kind, label] :
              {std::pair(KindRealtime, u"REAL-TIME DATA"_qs), std::pair(KindMemory, u"MEMORY-mode DATA"_qs),
               std::pair(KindSave, u"SAVE-mode DATA"_qs)})

@@ -55,7 +55,6 @@ class ExportTest : public QObject
         AddRows<Output>({
             {"file", {u">out.xlsx"_qs, 0, QString()}},
             {"full", {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs}},
-            {"closed", {u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs}},
             {"terminal", {u">TERMINAL"_qs, 2, Text(Str::WorkbookOnTerminal) + u'\n'}},
         });
     }
@@ -80,16 +79,13 @@ class ExportTest : public QObject
         const QTemporaryDir folder;
         QByteArray noisy = SampleFile();
         QVERIFY(Put(folder.filePath(u"noisy.CSV"_qs), noisy.replace("2.5", "2.?")));
-        for (const bool printed : {true, false}) {
-            const ProgramRun run(folder.path(),
-                                 {u"--export"_qs, u"noisy.CSV"_qs, u"--to"_qs, u"book.xlsx"_qs},
-                                 printed ? QString() : u">/dev/full"_qs);
-            QVERIFY(run.ended);
-            QCOMPARE(run.code, 3);
-            QVERIFY(run.said.contains(u"book.xlsx: Written, but with 1 unreadable of 3 readings"));
-            QCOMPARE(run.said.contains(Text(Str::NotPrinted)), !printed);
-        }
-        QCOMPARE(SheetNames(folder.filePath(u"book.xlsx"_qs)).size(), 2);
+        const ProgramRun run(folder.path(), {u"--export"_qs, u"noisy.CSV"_qs, u"--to"_qs, u"book.xlsx"_qs},
+                             u">/dev/full"_qs);
+        QVERIFY(run.ended);
+        QCOMPARE(run.code, 3);
+        QVERIFY(run.said.startsWith(Text(Str::NotPrinted)));
+        QVERIFY(run.said.contains(u"book.xlsx: Written, but with 1 unreadable of 3 readings"));
+        QCOMPARE(SheetNames(folder.filePath(u"book.xlsx"_qs)).size(), 1);
     }
 
     void RefusalsLeaveTheBook_data()

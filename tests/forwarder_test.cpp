@@ -29,6 +29,8 @@ using namespace Qt::Literals::StringLiterals;
 
 constexpr int FullSheet = 1'048'572;
 
+/// The call at which it is cancelled, or else fails; whether the spreadsheet is shown again.
+using Ending = std::tuple<QString, bool, bool>;
 using FailingCall = std::pair<QString, bool>; // busy at first
 
 struct Rig
@@ -142,44 +144,22 @@ class ForwarderTest : public QObject
         QVERIFY(rig.prompts.warnings.isEmpty());
     }
 
-    /// One that begins meanwhile has the link beyond the end of forwarding.
-    void StatusCheckGoesOnBeside()
-    {
-        Rig rig;
-        std::optional<LinkUse> check;
-        rig.script.onCall = [&](const QString &call) {
-            if (call == u"chart")
-                check.emplace(rig.gate, ActivityStatusCheck);
-        };
-        Forwarder forwarder(rig.Services(), rig.gate, rig.progress);
-        const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(rig.dataSet, {}));
-        QVERIFY(running.Finish() && running.Value());
-        QCOMPARE(rig.state.LinkActivity, int(ActivityStatusCheck));
-        check.reset();
-        QCOMPARE(rig.state.LinkActivity, int(ActivityIdle));
-    }
-
     void CancelAndFailureAreTold_data()
     {
-        QTest::addColumn<QString>("at"); // the call at which it is cancelled, or fails
-        QTest::addColumn<bool>("cancels");
-        QTest::addColumn<bool>("shownAgain");
-        QTest::newRow("cancelled: the only instance is hidden") << u"attach"_s << true << false;
-        QTest::newRow("cancelled at a row") << u"cell 6,2 10:00:01"_s << true << true;
-        QTest::newRow("not attached") << u"attach"_s << false << false;
-        QTest::newRow("not opened") << u"open"_s << false << true;
-        QTest::newRow("no chart") << u"chart"_s << false << true;
-        QTest::newRow("memory is short") << u"cell 5,3 0"_s << false << true;
+        AddRows<Ending>({{"cancelled: the only instance is hidden", {u"attach"_s, true, false}},
+                         {"cancelled at a row", {u"cell 6,2 10:00:01"_s, true, true}},
+                         {"not attached", {u"attach"_s, false, false}},
+                         {"not opened", {u"open"_s, false, true}},
+                         {"no chart", {u"chart"_s, false, true}},
+                         {"memory is short", {u"cell 5,3 0"_s, false, true}}});
     }
 
     void CancelAndFailureAreTold()
     {
-        QFETCH(QString, at);
-        QFETCH(bool, cancels);
-        QFETCH(bool, shownAgain);
+        const auto [at, cancels, shownAgain] = ThisRow<Ending>();
         Rig rig;
         rig.AddRows(3);
-        rig.script.onCall = [&](const QString &call) {
+        rig.script.onCall = [&, at = at, cancels = cancels](const QString &call) {
             if (call != at)
                 return;
             if (call.endsWith(u" 0"))
@@ -345,8 +325,7 @@ class ForwarderTest : public QObject
     {
         Rig rig;
         rig.spreadsheet = nullptr;
-        const QString book = rig.folder.filePath(u"book.xlsx"_s);
-        rig.prompts.files = {book};
+        rig.prompts.files = {rig.book};
         RowForwarder rows(rig.Services());
         QVERIFY(Finish(rows.Prepare({})));
         rig.AdoptRows(FullSheet - 1);
@@ -359,7 +338,7 @@ class ForwarderTest : public QObject
         constexpr int LongEnough = 120'000;
         rig.AddRows(1000);
         QVERIFY(WaitUntil([&] { return closing.Done(); }, LongEnough) && closing.Value());
-        const QByteArray sheet = ReadPackage(book)["xl/worksheets/sheet1.xml"].text;
+        const QByteArray sheet = ReadPackage(rig.book)["xl/worksheets/sheet1.xml"].text;
         QCOMPARE(sheet.count("<row "), FullSheet + 2); // and the title, and the heading
         QVERIFY(sheet.contains("<row r=\"1048576\"><c r=\"B1048576\""));
     }

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <pugixml.hpp>
@@ -51,7 +52,8 @@ QStringList Faults(const QMap<QByteArray, EntryState> &entries)
                                  "//*[@PartName = preceding-sibling::*/@PartName] | "
                                  "//*[@sheetId = preceding-sibling::*/@sheetId] | "
                                  "//*[@Extension = preceding-sibling::*/@Extension] | "
-                                 "//*[@quotePrefix = preceding-sibling::*/@quotePrefix]"))
+                                 "//*[@quotePrefix = preceding-sibling::*/@quotePrefix] | "
+                                 "/*[local-name()='Types'][not(*[@Extension='rels'])]"))
             faults += name;
     }
     return faults;
@@ -81,6 +83,7 @@ QByteArray Compound(QStringView stream)
     return bytes.leftJustified(512 * 4, '\0') + Wide(stream);
 }
 
+using Guise = std::pair<BookParts, int>;               // a workbook, and how many parts are added to it
 using Names = std::pair<QString, QString>;             // a title, and the name of its sheet
 using Lock = std::tuple<QString, QByteArray, QString>; // its name and bytes, and who holds the workbook
 
@@ -100,20 +103,65 @@ class WorkbookTest : public QObject
   private Q_SLOTS:
     void AddsASheet_data()
     {
-        QTest::addColumn<int>("additions");
-        for (const char *guise : {"plain", "prefixed", "strict", "macros", "chart sheet", "absolute targets",
-                                  "prefix on each sheet", "bare styles", "names taken", "other case"})
-            QTest::newRow(guise) << 5;
-        QTest::newRow("without styles") << 6;
+        const QByteArray office = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+        const QByteArray main = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
+        const QByteArray types = "[Content_Types].xml";
+        const QByteArray book = "xl/workbook.xml";
+        const QByteArray links = "xl/_rels/workbook.xml.rels";
+        const BookParts plain = PlainBook();
+
+        BookParts prefixed = plain;
+        static const QRegularExpression tag(u"<(/?)(?=[A-Za-z])"_qs);
+        for (auto &[name, text] : prefixed)
+            text = QString::fromUtf8(text).replace(tag, u"<\\1x:"_qs).toUtf8();
+        BookParts strict = Changed(plain, {}, main, "http://purl.oclc.org/ooxml/spreadsheetml/main");
+        strict = Changed(strict, {}, office, "http://purl.oclc.org/ooxml/officeDocument/relationships");
+        BookParts chartSheet =
+            Changed(plain, book, "</sheets>", R"(<sheet name="PX40 1" sheetId="9" r:id="rId9"/></sheets>)");
+        chartSheet = Changed(chartSheet, links, "</R",
+                             R"(<Relationship Id="rId9" Target="chartsheets/sheet1.xml"/></R)");
+        chartSheet.emplace_back("xl/chartsheets/sheet1.xml", "<chartsheet/>");
+        BookParts taken =
+            Changed(plain, types, "</Types>", R"(<Override PartName="/xl/worksheets/sheet3.xml"/></Types>)");
+        for (const char *name :
+             {"xl/worksheets/Sheet2.xml", "xl/charts/chart1.xml", "xl/drawings/_rels/drawing1.xml.rels"})
+            taken.emplace_back(name, "<Relationships/>");
+        BookParts bare = plain;
+        bare[4].second = "<styleSheet xmlns=\"" + main + "\"/>";
+        BookParts otherCase = plain;
+        for (auto &[name, text] : otherCase)
+            name = name == book ? name : name.toUpper();
+
+        AddRows<Guise>({
+            {"plain", {plain, 5}},
+            {"prefixed", {Changed(prefixed, {}, "xmlns=", "xmlns:x="), 5}},
+            {"strict", {strict, 5}},
+            {"macros",
+             {Changed(plain, types, "vnd.openxmlformats-officedocument.spreadsheetml.sheet.main",
+                      "vnd.ms-excel.sheet.macroEnabled.main"),
+              5}},
+            {"chart sheet", {chartSheet, 5}},
+            {"absolute targets",
+             {Changed(Changed(plain, {}, "Target=\"", "Target=\"/xl/"), {}, "/xl/xl/", "/xl/"), 5}},
+            {"prefix on each sheet",
+             {Changed(Changed(plain, book, " xmlns:r=\"" + office + '"', {}), book,
+                      "r:id=", "xmlns:d=\"" + office + "\" d:id="),
+              5}},
+            {"bare styles", {bare, 5}},
+            {"names taken", {taken, 5}},
+            {"other case", {otherCase, 5}},
+            {"no kind of relationships", {Changed(plain, types, "\"rels\"", "\"other\""), 5}},
+            {"without styles", {Changed(plain, links, "/styles\"", "/other\""), 6}},
+        });
     }
 
     void AddsASheet()
     {
-        QFETCH(int, additions);
+        const auto [parts, additions] = ThisRow<Guise>();
         int changes = 9 - additions;
         const QByteArrayList mayChange = {"[content_types].xml", "xl/_rels/workbook.xml.rels",
                                           "xl/styles.xml", "xl/workbook.xml"};
-        BookRig rig(BookLike(QTest::currentDataTag()), u"it's a \"book\" αβγ.xlsm"_qs);
+        BookRig rig(parts, u"it's a \"book\" αβγ.xlsm"_qs);
         QFile::setPermissions(rig.name, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
         const QFile::Permissions permissions = QFile::permissions(rig.name);
         const QStringList names = SheetNames(rig.name);
