@@ -103,22 +103,84 @@ HRESULT Admit(const std::string &call, EXCEPINFO *error)
     return S_OK;
 }
 
+std::string TextOf(const VARIANT &argument);
+bool Answer(const std::string &call, VARIANT *result);
+
 /// An object of the model, alive while somebody holds it. `name` stands for it in the record.
 class Object : public IDispatch
 {
   public:
     Object(const std::string &name, bool isPart) : name_(name), isPart_(isPart) { ++Objects; }
-    virtual ~Object();
+    virtual ~Object()
+    {
+        if (!isPart_)
+            Write(name_ + " released");
+        else if (!isUsed_)
+            Write(name_);
+        if (--Objects > 0)
+            return;
+        Write("Nothing is left");
+        if (EndsByItself)
+            PostQuitMessage(0);
+    }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void **object) override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void **object) override
+    {
+        *object = id == IID_IUnknown || id == IID_IDispatch ? this : nullptr;
+        if (!*object)
+            return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override;
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const ULONG left = --references_;
+        if (left == 0)
+            delete this;
+        return left;
+    }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT *) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo **) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID none, wchar_t **names, UINT count, LCID language,
-                                            DISPID *ids) override;
+                                            DISPID *ids) override
+    {
+        if (none != IID_NULL || language != English || count != 1)
+            return DISP_E_UNKNOWNNAME;
+        const auto known = std::find(Names.begin(), Names.end(), Utf8(names[0]));
+        ids[0] = static_cast<DISPID>(known - Names.begin());
+        if (known == Names.end())
+            Names.push_back(Utf8(names[0]));
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID none, LCID language, WORD flags, DISPPARAMS *given,
-                                     VARIANT *result, EXCEPINFO *error, UINT *) override;
+                                     VARIANT *result, EXCEPINFO *error, UINT *) override
+    {
+        if (none != IID_NULL || language != English)
+            return DISP_E_MEMBERNOTFOUND;
+        const bool puts = flags == DISPATCH_PROPERTYPUT;
+        if (puts ? given->cNamedArgs != 1 || given->rgdispidNamedArgs[0] != DISPID_PROPERTYPUT
+                 : flags != (DISPATCH_PROPERTYGET | DISPATCH_METHOD))
+            return DISP_E_PARAMNOTFOUND;
+        std::string arguments;
+        for (UINT left = given->cArgs; left > 0; --left)
+            arguments += TextOf(given->rgvarg[left - 1]) + (left > 1 ? ", " : "");
+        std::string call = Use() + '.' + Names.at(static_cast<std::size_t>(id));
+        if (puts)
+            call += " = " + arguments;
+        else if (given->cArgs > 0)
+            call += '(' + arguments + ')';
+        const HRESULT admitted = Admit(call, error);
+        if (FAILED(admitted))
+            return admitted;
+        if (puts) {
+            Write(call);
+        } else if (!Answer(call, result)) {
+            result->vt = VT_DISPATCH;
+            result->pdispVal = new Object(call, true);
+        }
+        return S_OK;
+    }
 
     /// Its name, for what is done with it.
     const std::string &Use()
@@ -181,76 +243,6 @@ bool Answer(const std::string &call, VARIANT *result)
         result->pdispVal = new Object(answer, false);
     }
     return true;
-}
-
-Object::~Object()
-{
-    if (!isPart_)
-        Write(name_ + " released");
-    else if (!isUsed_)
-        Write(name_);
-    if (--Objects > 0)
-        return;
-    Write("Nothing is left");
-    if (EndsByItself)
-        PostQuitMessage(0);
-}
-
-HRESULT Object::QueryInterface(REFIID id, void **object)
-{
-    *object = id == IID_IUnknown || id == IID_IDispatch ? this : nullptr;
-    if (!*object)
-        return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-}
-
-ULONG Object::Release()
-{
-    const ULONG left = --references_;
-    if (left == 0)
-        delete this;
-    return left;
-}
-
-HRESULT Object::GetIDsOfNames(REFIID none, wchar_t **names, UINT count, LCID language, DISPID *ids)
-{
-    if (none != IID_NULL || language != English || count != 1)
-        return DISP_E_UNKNOWNNAME;
-    const auto known = std::find(Names.begin(), Names.end(), Utf8(names[0]));
-    ids[0] = static_cast<DISPID>(known - Names.begin());
-    if (known == Names.end())
-        Names.push_back(Utf8(names[0]));
-    return S_OK;
-}
-
-HRESULT Object::Invoke(DISPID id, REFIID none, LCID language, WORD flags, DISPPARAMS *given, VARIANT *result,
-                       EXCEPINFO *error, UINT *)
-{
-    if (none != IID_NULL || language != English)
-        return DISP_E_MEMBERNOTFOUND;
-    const bool puts = flags == DISPATCH_PROPERTYPUT;
-    if (puts ? given->cNamedArgs != 1 || given->rgdispidNamedArgs[0] != DISPID_PROPERTYPUT
-             : flags != (DISPATCH_PROPERTYGET | DISPATCH_METHOD))
-        return DISP_E_PARAMNOTFOUND;
-    std::string arguments;
-    for (UINT left = given->cArgs; left > 0; --left)
-        arguments += TextOf(given->rgvarg[left - 1]) + (left > 1 ? ", " : "");
-    std::string call = Use() + '.' + Names.at(static_cast<std::size_t>(id));
-    if (puts)
-        call += " = " + arguments;
-    else if (given->cArgs > 0)
-        call += '(' + arguments + ')';
-    const HRESULT admitted = Admit(call, error);
-    if (FAILED(admitted))
-        return admitted;
-    if (puts) {
-        Write(call);
-    } else if (!Answer(call, result)) {
-        result->vt = VT_DISPATCH;
-        result->pdispVal = new Object(call, true);
-    }
-    return S_OK;
 }
 
 class Factory : public IClassFactory
