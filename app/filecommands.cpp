@@ -158,6 +158,38 @@ QCoro::Task<bool> FileCommands::Write(std::shared_ptr<DataSet> set, QString name
     co_return false;
 }
 
+QCoro::Task<bool> FileCommands::ConfirmClose(std::shared_ptr<DataSet> set)
+{
+    if (set->Saved())
+        co_return true;
+    views_->Activate(set);
+    const QString question = Lines({Text(Str::AskSaveChanges), set->Caption()});
+    const Answer answer = co_await services_->prompts.AskYesNoCancel(question, PromptIcon::Exclamation);
+    if (answer != Answer::Yes)
+        co_return answer == Answer::No;
+    co_await Save(set);
+    co_return set->Saved();
+}
+
+QCoro::Task<void> FileCommands::SaveGraph(std::shared_ptr<DataSet> set,
+                                          std::function<Result<>(const QString &)> write)
+{
+    const QFileInfo file(set->GetFilename());
+    const QString proposal =
+        file.fileName().isEmpty() ? set->Caption() : file.path() + u'/' + file.completeBaseName();
+    const QString filter = Text(Str::GraphFilePng) + QStringLiteral(" (*.png);;") + Text(Str::GraphFileSvg) +
+                           QStringLiteral(" (*.svg);;") + Text(Str::GraphFilePdf) +
+                           QStringLiteral(" (*.pdf)");
+    const QString name = co_await services_->prompts.AskSaveFile(proposal, filter);
+    if (name.isEmpty())
+        co_return;
+    const Result<> written = write(name);
+    if (written)
+        co_return;
+    const QString text = Lines({written.error().text, name, NothingSaved(name)});
+    co_await services_->prompts.Warn(text);
+}
+
 /// Adds what there is to say about the work file, and shows that for a while even in a run.
 void FileCommands::Tell(const QString &text) const
 {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/recentfiles.h"
+#include "platform/result.h"
 
 #include <QCoro/QCoroTask>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace px40 {
@@ -44,6 +46,13 @@ class FileCommands
     /// when there is none, it may not be written, or `underNewName`. True only when saved; a failure was told
     /// to the user. False at once while the same data set is being saved.
     QCoro::Task<bool> Save(std::shared_ptr<DataSet> set, bool underNewName = false);
+
+    /// Asks about unsaved readings, if there are any; true when their window may go. Whether the link allows
+    /// it (`MayClose`) is left to the caller.
+    QCoro::Task<bool> ConfirmClose(std::shared_ptr<DataSet> set);
+
+    /// Asks for the name of a picture of the data set's graph, which `write` writes.
+    QCoro::Task<void> SaveGraph(std::shared_ptr<DataSet> set, std::function<Result<>(const QString &)> write);
 
   private:
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);

@@ -252,11 +252,13 @@ std::shared_ptr<DataSet> frmMain::ActiveData() const
 
 void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
 {
-    const auto save = [this](std::shared_ptr<DataSet> set) {
-        return commands_->Files().Save(std::move(set));
+    const auto confirmClose = [this](std::shared_ptr<DataSet> set) {
+        return commands_->Files().ConfirmClose(std::move(set));
     };
-    auto *const window =
-        new frmData(dataSet, {&services_->state, &services_->prompts, &services_->jobs, save});
+    const auto saveGraph = [this](std::shared_ptr<DataSet> set, WriteTheGraph write) {
+        return commands_->Files().SaveGraph(std::move(set), std::move(write));
+    };
+    auto *const window = new frmData(dataSet, {&services_->state, &services_->jobs, confirmClose, saveGraph});
     workspace_->addSubWindow(window);
     workspace_->Place(window);
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);
@@ -273,17 +275,17 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
     OnWindowActivated();
 }
 
+void frmMain::Activate(const std::shared_ptr<DataSet> &dataSet)
+{
+    workspace_->setActiveSubWindow(WindowOf(dataSet));
+}
+
 void frmMain::BringToFront(const std::shared_ptr<DataSet> &dataSet)
 {
     frmData *const window = WindowOf(dataSet);
     if (window->isMinimized())
         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-    workspace_->setActiveSubWindow(window);
-}
-
-QCoro::Task<bool> frmMain::ConfirmClose(std::shared_ptr<DataSet> dataSet)
-{
-    return frmData::ConfirmClose(WindowOf(dataSet));
+    Activate(dataSet);
 }
 
 bool frmMain::ShowFile(const QString &name)

@@ -70,8 +70,8 @@ class frmMain : public QMainWindow, private MainViews
     QList<std::shared_ptr<DataSet>> DataSets() const override;
     std::shared_ptr<DataSet> ActiveData() const override;
     void AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile) override;
+    void Activate(const std::shared_ptr<DataSet> &dataSet) override;
     void BringToFront(const std::shared_ptr<DataSet> &dataSet) override;
-    QCoro::Task<bool> ConfirmClose(std::shared_ptr<DataSet> dataSet) override;
     QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) override;
     bool ShowFile(const QString &name) override;
     void ShowBusy(bool busy) override;

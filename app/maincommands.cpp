@@ -272,7 +272,7 @@ QCoro::Task<void> MainCommands::AskAndLeave()
     for (int i = 0; mayGo && i < sets.size(); ++i) {
         const std::shared_ptr<DataSet> dataSet = sets.at(i);
         if (views_->DataSets().contains(dataSet))
-            mayGo = co_await views_->ConfirmClose(dataSet);
+            mayGo = co_await files_.ConfirmClose(dataSet);
     }
     // The link may have been taken while the questions stood open; then the user leaves once more.
     if (!mayGo || !MayClose(services_->state))

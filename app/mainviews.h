@@ -27,9 +27,10 @@ class MainViews
 
     /// Gives a data set a window. `fromFile`: of the size and state that it has itself.
     virtual void AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile) = 0;
+    /// Makes the window of that data set the active one, as it stands.
+    virtual void Activate(const std::shared_ptr<DataSet> &dataSet) = 0;
+    /// The same, and restores it when it is minimised.
     virtual void BringToFront(const std::shared_ptr<DataSet> &dataSet) = 0;
-    /// Asks about unsaved readings, if there are any; true when the window may go.
-    virtual QCoro::Task<bool> ConfirmClose(std::shared_ptr<DataSet> dataSet) = 0;
 
     /// Shows the forward dialog; nothing when it is cancelled. OK brings `memory` up to date.
     virtual QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) = 0;

@@ -14,7 +14,7 @@ void SetRig::Show()
 {
     area_ = std::make_unique<QMdiArea>();
     area_->resize(1000, 700);
-    auto *const window = new frmData(data, {&state, &prompts, &jobs, nullptr});
+    auto *const window = new frmData(data, {&state, &jobs, nullptr, nullptr});
     area_->addSubWindow(window); // which the area owns from here on
     area_->show();
     window->show();

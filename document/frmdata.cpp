@@ -10,7 +10,6 @@
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/jobs.h"
-#include "platform/prompts.h"
 #include "resources/strings.h"
 
 #include <QAction>
@@ -162,8 +161,7 @@ QWidget *frmData::BuildViews(QWidget *parent)
     place->setMinimumHeight(fgData_->minimumHeight());
     graph_ = new GraphPane(&data_->Graph(), views);
     connect(graph_->Graph(), &Chart::copyRequested, this, &frmData::CopyGraph);
-    connect(graph_->Graph(), &Chart::saveAsRequested, this,
-            [this] { services_.jobs->Launch(SaveGraph(this), "saving a graph"); });
+    connect(graph_->Graph(), &Chart::saveAsRequested, this, &frmData::SaveGraph);
     views->setStretchFactor(0, RoomyRows);
     views->setStretchFactor(1, RoomyGraphRows);
     return views;
@@ -302,7 +300,9 @@ void frmData::closeEvent(QCloseEvent *event)
 QCoro::Task<void> frmData::AskAndClose(QPointer<frmData> window)
 {
     window->asking_ = true;
-    const bool mayGo = co_await ConfirmClose(window);
+    const auto confirm = window->services_.confirmClose;
+    const std::shared_ptr<DataSet> set = window->data_;
+    const bool mayGo = co_await confirm(set);
     if (!window)
         co_return;
     window->asking_ = false;
@@ -311,23 +311,6 @@ QCoro::Task<void> frmData::AskAndClose(QPointer<frmData> window)
         co_return;
     window->data_->MarkSaved();
     window->close();
-}
-
-QCoro::Task<bool> frmData::ConfirmClose(QPointer<frmData> window)
-{
-    if (window->data_->Saved())
-        co_return true;
-    if (window->mdiArea())
-        window->mdiArea()->setActiveSubWindow(window);
-    const QString question = Text(Str::AskSaveChanges) + QStringLiteral("\r\n") + window->data_->Caption();
-    const auto save = window->services_.save;
-    const std::shared_ptr<DataSet> set = window->data_;
-    const Answer answer =
-        co_await window->services_.prompts->AskYesNoCancel(question, PromptIcon::Exclamation);
-    if (answer != Answer::Yes)
-        co_return answer == Answer::No;
-    co_await save(set);
-    co_return set->Saved();
 }
 
 void frmData::CopyGraph()
@@ -340,24 +323,12 @@ QString frmData::GraphCaption() const
     return QFileInfo(data_->Caption()).fileName();
 }
 
-QCoro::Task<void> frmData::SaveGraph(QPointer<frmData> window)
+void frmData::SaveGraph()
 {
-    Prompts *const prompts = window->services_.prompts;
-    const QFileInfo file(window->data_->GetFilename());
-    const QString proposal =
-        file.fileName().isEmpty() ? window->data_->Caption() : file.path() + u'/' + file.completeBaseName();
-    const QString filter = Text(Str::GraphFilePng) + QStringLiteral(" (*.png);;") + Text(Str::GraphFileSvg) +
-                           QStringLiteral(" (*.svg);;") + Text(Str::GraphFilePdf) +
-                           QStringLiteral(" (*.pdf)");
-    const QString name = co_await prompts->AskSaveFile(proposal, filter);
-    if (name.isEmpty() || !window)
-        co_return;
-    const Result<> written = WriteGraphFile(*window->graph_->Graph(), name, window->GraphCaption());
-    if (written)
-        co_return;
-    const QString text =
-        QStringList{written.error().text, name, NothingSaved(name)}.join(QStringLiteral("\r\n"));
-    co_await prompts->Warn(text);
+    const auto write = [window = QPointer(this)](const QString &name) {
+        return window ? WriteGraphFile(*window->graph_->Graph(), name, window->GraphCaption()) : Result<>();
+    };
+    services_.jobs->Launch(services_.saveGraph(data_, write), "saving a graph");
 }
 
 } // namespace px40

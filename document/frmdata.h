@@ -21,18 +21,20 @@ class DataTable;
 class ElidedLabel;
 class GraphPane;
 class Jobs;
-class Prompts;
 struct LinkState;
+
+/// Writes the picture of a graph under that name.
+using WriteTheGraph = std::function<Result<>(const QString &)>;
 
 /// What a data window needs from the program; all of it outlives the window.
 struct DataWindowServices
 {
     LinkState *state = nullptr;
-    Prompts *prompts = nullptr;
     Jobs *jobs = nullptr;
-    /// Saves under the data set's own name, or asks for one when there is none or it may not be written.
-    /// True only when saved; a failure was told to the user.
-    std::function<QCoro::Task<bool>(std::shared_ptr<DataSet>)> save;
+    /// Asks about unsaved readings, if there are any; true when the window may close.
+    std::function<QCoro::Task<bool>(std::shared_ptr<DataSet>)> confirmClose;
+    /// Asks for the name of a picture, and has it written.
+    std::function<QCoro::Task<void>(std::shared_ptr<DataSet>, WriteTheGraph)> saveGraph;
 };
 
 /// A child window that shows one data set: table, graph, statistics and settings, progress.
@@ -52,10 +54,6 @@ class frmData : public QMdiSubWindow
     /// Takes size and state from the data set, as its file had them.
     void TakeShape();
 
-    /// Asks about unsaved readings, if there are any; true when the window may close, which is left to the
-    /// caller. So is the check whether the link allows it (`MayClose`).
-    static QCoro::Task<bool> ConfirmClose(QPointer<frmData> window);
-
     /// What is to be told about the selected rows of the table; empty when there is nothing to tell.
     const QString &SelectionText() const { return selectionText_; }
 
@@ -69,7 +67,6 @@ class frmData : public QMdiSubWindow
 
   private:
     static QCoro::Task<void> AskAndClose(QPointer<frmData> window);
-    static QCoro::Task<void> SaveGraph(QPointer<frmData> window);
     QWidget *BuildContent();
     QWidget *BuildViews(QWidget *parent);
     void LeaveShortcutsToTheMenus();
@@ -86,6 +83,7 @@ class frmData : public QMdiSubWindow
     void KeepState(Qt::WindowStates before);
     void KeepSize();
     void CopyGraph();
+    void SaveGraph();
     QString GraphCaption() const;
 
     std::shared_ptr<DataSet> data_;

@@ -30,6 +30,8 @@ QCoro::Task<void> ScriptedPrompts::Warn(QString text)
 QCoro::Task<Answer> ScriptedPrompts::AskYesNoCancel(QString text, PromptIcon)
 {
     questions.append(text);
+    if (onQuestion)
+        onQuestion();
     const Answer answer = Next(answers, Answer::Cancel);
     co_await NextEventLoopTurn();
     co_return answer;

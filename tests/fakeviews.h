@@ -5,9 +5,6 @@
 
 #include <QStringList>
 
-#include <deque>
-#include <functional>
-
 namespace px40 {
 
 /// Stands for the main window in tests of its commands: data sets without windows, of which the last one is
@@ -18,21 +15,10 @@ class FakeViews : public MainViews
     QList<std::shared_ptr<DataSet>> DataSets() const override { return sets; }
     std::shared_ptr<DataSet> ActiveData() const override { return sets.isEmpty() ? nullptr : sets.last(); }
     void AddDataWindow(std::shared_ptr<DataSet> dataSet, bool) override { sets << dataSet; }
+    void Activate(const std::shared_ptr<DataSet> &) override {}
     void BringToFront(const std::shared_ptr<DataSet> &dataSet) override
     {
         sets.append(sets.takeAt(sets.indexOf(dataSet)));
-    }
-    QCoro::Task<bool> ConfirmClose(std::shared_ptr<DataSet>) override
-    {
-        ++questions;
-        if (onQuestion)
-            onQuestion();
-        co_await NextEventLoopTurn();
-        if (mayClose.empty())
-            co_return true;
-        const bool may = mayClose.front();
-        mayClose.pop_front();
-        co_return may;
     }
     QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory>) override
     {
@@ -49,11 +35,8 @@ class FakeViews : public MainViews
     void CloseAll() override { sets.clear(); }
 
     QList<std::shared_ptr<DataSet>> sets;
-    std::function<void()> onQuestion; ///< called while it stands
-    std::deque<bool> mayClose;        ///< answers about closing; true when there is none left
     std::optional<ForwardChoice> forward;
     QStringList shown;
-    int questions = 0;
 };
 
 } // namespace px40

@@ -21,8 +21,8 @@ struct Rig : InstrumentRig, FakeViews
     {
         services.state.RealtimeRun = false;
         services.state.LinkActivity = ActivityIdle;
-        mayClose.clear();
-        onQuestion = nullptr;
+        for (const std::shared_ptr<DataSet> &set : sets)
+            set->MarkSaved();
         commands.Leave();
         WaitUntil([this] { return hasLeft; });
     }
@@ -104,14 +104,15 @@ class MainCommandsTest : public QObject
         Rig rig;
         for (const bool answer : answers) {
             rig.commands.AddDataSet(KindMemory);
-            rig.mayClose.push_back(answer);
+            rig.sets.last()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
+            rig.prompts.answers.push_back(answer ? Answer::No : Answer::Cancel);
         }
-        rig.onQuestion = [&rig, happen = meanwhile] { happen(&rig); };
+        rig.prompts.onQuestion = [&rig, happen = meanwhile] { happen(&rig); };
         rig.commands.Leave();
         QVERIFY(rig.NoJobLeft());
         if (leaves)
             QTRY_VERIFY(rig.hasLeft);
-        QCOMPARE(rig.questions, questions);
+        QCOMPARE(rig.prompts.questions.size(), questions);
         QCOMPARE(rig.hasLeft, leaves);
         QCOMPARE(rig.services.leaving, leaves);
         QCOMPARE(rig.sets.isEmpty(), leaves);
@@ -122,8 +123,8 @@ class MainCommandsTest : public QObject
         // The user may do so once more.
         rig.services.state.RealtimeRun = false;
         rig.services.state.LinkActivity = ActivityIdle;
-        rig.onQuestion = nullptr;
-        rig.mayClose.clear();
+        rig.prompts.onQuestion = nullptr;
+        rig.prompts.answers = {Answer::No, Answer::No};
         rig.commands.Leave();
         QTRY_VERIFY(rig.hasLeft);
     }
