@@ -42,9 +42,6 @@ QMap<QByteArray, EntryState> ReadPackage(const QString &file, bool strict = true
 /// The sheets of a workbook, in their order.
 QStringList SheetNames(const QString &workbook);
 
-/// Throws RigError if it is no XML.
-void Load(pugi::xml_document &document, const QByteArray &text);
-
 /// A sheet of so many rows with a chart.
 Sheet SampleSheet(const QString &title, int rows = 1);
 

@@ -201,6 +201,7 @@ class DocumentTest : public QObject
         DataRig rig(KindRealtime);
         DataSet &realtime = rig.data;
         QVERIFY(realtime.Saved());
+        QCOMPARE(realtime.Graph().Settings().yMaximum, u"10"_qs);
         QCOMPARE(realtime.PanelText(Panel::Interval), u"00d +00h +00m +05s"_qs);
         realtime.SetPeriod(false, {u"1"_qs, u"02"_qs, u"3"_qs, u"04"_qs}); // shown as it was given
         QCOMPARE(realtime.PanelText(Panel::Period), u"1d +02h +3m +04s"_qs);

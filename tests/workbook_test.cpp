@@ -53,7 +53,7 @@ QStringList Faults(const QMap<QByteArray, EntryState> &entries)
                                  "//*[@sheetId = preceding-sibling::*/@sheetId] | "
                                  "//*[@Extension = preceding-sibling::*/@Extension] | "
                                  "//*[@quotePrefix = preceding-sibling::*/@quotePrefix] | "
-                                 "/*[local-name()='Types'][not(*[@Extension='rels'])]"))
+                                 "//*[local-name()='Types'][not(*[@Extension='rels'])]"))
             faults += name;
     }
     return faults;
@@ -178,8 +178,8 @@ class WorkbookTest : public QObject
             QVERIFY2(mayChange.contains(entry.key().toLower()), entry.key().constData());
             pugi::xml_document was;
             pugi::xml_document now;
-            Load(was, entry->text);
-            Load(now, after[entry.key()].text);
+            was.load_string(entry->text.constData());
+            now.load_string(after[entry.key()].text.constData());
             QVERIFY2(Extends(was.document_element(), now.document_element()), entry.key().constData());
             for (const pugi::xpath_node &list : now.select_nodes("//*[@count]"))
                 QCOMPARE(list.node().attribute("count").as_llong(),
