@@ -2,10 +2,6 @@
 
 #include <QFile>
 
-#ifdef Q_OS_UNIX
-#include <csignal>
-#endif
-
 namespace px40 {
 
 bool Put(const QString &name, const QByteArray &bytes)
@@ -26,20 +22,5 @@ QByteArray SampleFile(const char *kind, const char *shape)
            "\r\n00,00,00,05\r\nTrue,,,,\r\n2\r\nFalse,1,1\r\nTrue,0,10,1,1\r\n"
            "10:00:00,1.5,VDC,,\r\n10:00:05,+OL,VDC,,\r\n10:00:10,2.5,VDC,,\r\n,,,,\r\n";
 }
-
-#ifdef Q_OS_UNIX
-FullDisk::FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
-{
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit little{bytes, before_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &little);
-}
-
-FullDisk::~FullDisk()
-{
-    ::setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-}
-#endif
 
 } // namespace px40

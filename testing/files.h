@@ -1,11 +1,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QScopeGuard>
 #include <QString>
 
-#ifdef Q_OS_UNIX
+#include <csignal>
+
 #include <sys/resource.h>
-#endif
 
 namespace px40 {
 
@@ -19,20 +20,18 @@ QByteArray Contents(const QString &name);
 /// `shape` are its first two lines.
 QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
 
-#ifdef Q_OS_UNIX
-/// While it lives no file grows beyond that size, as on a disk that is full.
-class FullDisk
+/// While what it gives lives no file grows beyond that size, as on a disk that is full.
+[[nodiscard]] inline auto FullDisk(rlim_t bytes)
 {
-  public:
-    explicit FullDisk(rlim_t bytes);
-    ~FullDisk();
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-#endif
+    rlimit before = {};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit little = {bytes, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &little);
+    return qScopeGuard([=] {
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    });
+}
 
 } // namespace px40

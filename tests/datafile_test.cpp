@@ -373,7 +373,7 @@ class DataFileTest : public QObject
             QVERIFY(set->AddGridrow());
             set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});
         }
-        const FullDisk disk(target == u"given.CSV" ? 8192 : RLIM_INFINITY);
+        const auto disk = FullDisk(target == u"given.CSV" ? 8192 : RLIM_INFINITY);
         QCOMPARE(Why(set->SaveFile(rig.folder.filePath(target))), error);
         QVERIFY(!set->Saved());
         QCOMPARE(set->GetFilename(), name);
@@ -391,7 +391,7 @@ class DataFileTest : public QObject
             return WriteBytes(to, bytes.constData(), bytes.size());
         };
         for (const rlim_t room : {rlim_t{0}, rlim_t{5000}}) {
-            const FullDisk disk(room);
+            const auto disk = FullDisk(room);
             QCOMPARE(Why(ReplaceFile(name, write)), u"File too large"_qs);
             QCOMPARE(Contents(name), SampleFile());
         }

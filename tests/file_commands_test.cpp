@@ -83,10 +83,9 @@ class FileCommandsTest : public QObject
         const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
         QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
         QCOMPARE(desk.prompts.warnings.size(), 1);
-#ifdef Q_OS_UNIX
         // A set with a name keeps it. What was saved before is whole when there is no room for the new.
         const QByteArray before = Contents(name);
-        const FullDisk disk(10);
+        const auto disk = FullDisk(10);
         desk.prompts.files = {name};
         QVERIFY(!desk.Run(desk.commands.Save(set, true)));
         QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
@@ -94,7 +93,6 @@ class FileCommandsTest : public QObject
                  u"File too large\r\n"_qs + name +
                      u"\r\nNothing was saved; the file that was there is whole."_qs);
         QCOMPARE(Contents(name), before);
-#endif
     }
 
     void ProposedNamesAreNames()

@@ -1,15 +1,11 @@
 // Forwarding as the user of the whole program has it: after a download, from the menu, during a run.
 
-#include "app/frmcancel.h"
-#include "forward/forwarder.h"
 #include "forward/frmforward.h"
 #include "testing/books.h"
 #include "testing/liveprogram.h"
-#include "tests/scriptedsheet.h"
 
 #include <QDesktopServices>
 #include <QLineEdit>
-#include <QMdiArea>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
@@ -181,32 +177,6 @@ class ForwardingTest : public QObject
         program.prompts.files = {program.book}; // and forwarded again
         program.Forward("mnuFileForward", QString());
         QCOMPARE(SheetNames(program.book), QStringList(u"PX40 1"_qs));
-    }
-
-    /// Where there is one.
-    void FocusReturnsBeforeTheSpreadsheet()
-    {
-        ForwardingProgram program;
-        program.Action("New")->trigger();
-        program.Action("New")->trigger();
-        auto *const progress = program.window->findChild<frmCancel *>();
-        for (frmData *const data : program.DataWindows()) {
-            program.Find<QMdiArea>("workspace")->setActiveSubWindow(data);
-            const auto hasFocus = [data] { return data->isAncestorOf(QApplication::focusWidget()); };
-            QVERIFY(WaitUntil(hasFocus));
-            Script script;
-            script.onCall = [&](const QString &call) {
-                const bool back = call == u"visible 1";
-                QCOMPARE(progress->isVisible(), !back);
-                QCOMPARE(hasFocus(), back);
-            };
-            const auto spreadsheet = [&] { return std::make_unique<ScriptedSheet>(script); };
-            Services &own = program.services;
-            Forwarder forwarder({own.state, own.store, spreadsheet}, own.gate, *progress);
-            const Running<Result<ForwardOutcome>> running(forwarder.ForwardData(data->Data(), {}));
-            QVERIFY(running.Finish() && running.Value());
-            QVERIFY(script.calls.contains(u"visible 1"_qs) && hasFocus());
-        }
     }
 };
 

@@ -255,7 +255,7 @@ class WorkbookTest : public QObject
         const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
         if (isNew)
             QVERIFY(QFile::remove(rig.name));
-        const px40::FullDisk disk(1000);
+        const auto disk = px40::FullDisk(1000);
         QCOMPARE(Write(isNew ? WorkbookFile::New(rig.name) : WorkbookFile::Existing(rig.name)),
                  Why(isNew ? BookProblem::NotMade : BookProblem::NotReplaced, qt_error_string(EFBIG)));
         QCOMPARE(Contents(rig.name), before);
