@@ -10,6 +10,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -231,6 +232,9 @@ bool Answer(const std::string &call, VARIANT *result)
     } else if (answer[0] == '"') {
         result->vt = VT_BSTR;
         result->bstrVal = Utf16(answer.substr(1, answer.size() - 2));
+    } else if (*end == '\0' && number == std::floor(number)) {
+        result->vt = VT_I4;
+        result->lVal = static_cast<LONG>(number);
     } else if (*end == '\0') {
         result->vt = VT_R8;
         result->dblVal = number;
