@@ -118,8 +118,7 @@ class FileCommandsTest : public QObject
         for (const auto &[title, name] : rows) {
             const QString proposed = ProposedName(title, clock, u"CSV"_qs);
             QCOMPARE(proposed, name + u" 2026-03-05 070809.CSV"_qs);
-            QFile file(folder.filePath(proposed));
-            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(Put(folder.filePath(proposed), {}));
         }
     }
 

@@ -1,10 +1,10 @@
 #include "app/messageprompts.h"
+#include "testing/files.h"
 #include "testing/wait.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -67,8 +67,7 @@ class FileDialogTest : public QObject
         // The toolkit keeps the dialog's look there.
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-        QFile file(old_);
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(Put(old_, {}));
     }
 
     void OpenStaysUntilTheFileIsThere()

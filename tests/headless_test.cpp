@@ -93,11 +93,9 @@ class HeadlessTest : public QObject
             const QString work = folder.filePath(u"WORK.~~~"_qs);
             const QString file = trouble == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
             said.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
-            QFile old(file);
-            QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
-            old.close();
+            QVERIFY(Put(file, "old"));
             if (trouble == u"read-only") {
-                QVERIFY(old.setPermissions(QFile::ReadOwner));
+                QVERIFY(QFile::setPermissions(file, QFile::ReadOwner));
             } else if (trouble == u"work file") {
                 QVERIFY(QDir().mkdir(work));
             } else if (trouble == u"empty") {
