@@ -1,4 +1,5 @@
-// How a workbook takes its place: over which file, in which folder, and what lies beside it.
+// Workbooks as other programs pack them, and such as a disk or a cable has damaged. How one takes its place:
+// over which file, in which folder, and what lies beside it.
 
 #include "testing/books.h"
 #include "testing/rows.h"
@@ -7,6 +8,7 @@
 #include <QDateTime>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <functional>
 #include <thread>
@@ -17,6 +19,86 @@
 using namespace px40;
 
 namespace {
+
+const QByteArray Image = "xl/media/image1.png"; // stored, and nobody here reads it
+const QByteArray Workbook = "xl/workbook.xml";
+
+/// The bytes of an archive, and the numbers in them.
+struct Archive
+{
+    template <typename Number>
+    Number Get(qsizetype at) const
+    {
+        return qFromLittleEndian<Number>(bytes.constData() + at);
+    }
+    template <typename Number>
+    void Set(qsizetype at, Number number)
+    {
+        qToLittleEndian(number, bytes.data() + at);
+    }
+    qsizetype End() const { return bytes.lastIndexOf("PK\5\6"); }
+    qsizetype Directory() const { return Get<quint32>(End() + 16); }
+    /// Where the directory has that part, and where its header is.
+    qsizetype Entry(const QByteArray &name) const { return bytes.indexOf(name, Directory()) - 46; }
+    qsizetype Header(const QByteArray &name) const { return Get<quint32>(Entry(name) + 42); }
+    /// A part as it is packed.
+    QByteArray Packed(const QByteArray &name) const
+    {
+        const qsizetype at = Header(name);
+        return bytes.mid(at + 30 + Get<quint16>(at + 26) + Get<quint16>(at + 28),
+                         Get<quint32>(Entry(name) + 20));
+    }
+
+    QByteArray bytes;
+};
+
+template <typename... Number>
+QByteArray Numbers(Number... numbers)
+{
+    QByteArray bytes;
+    const auto append = [&bytes](auto number) {
+        char one[sizeof number];
+        qToLittleEndian(number, one);
+        bytes.append(one, sizeof number);
+    };
+    (append(numbers), ...);
+    return bytes;
+}
+
+/// The archive with sizes and checksum behind each entry, as whoever cannot seek writes it.
+void PutSizesBehind(Archive &archive)
+{
+    const QByteArray versionAndFlags = Numbers(quint16{20}, quint16{8});
+    QByteArray entries;
+    QByteArray directory;
+    quint16 count = 0;
+    for (qsizetype at = archive.Directory(); at < archive.End(); ++count) {
+        const auto nameSize = archive.Get<quint16>(at + 28);
+        const QByteArray name = archive.bytes.mid(at + 46, nameSize);
+        const QByteArray kind = archive.bytes.mid(at + 10, 6);   // method and date
+        const QByteArray sizes = archive.bytes.mid(at + 16, 12); // and before them the checksum
+        const QByteArray lengths = Numbers(nameSize, quint16{0});
+        directory += "PK\1\2" + Numbers(quint16{20}) + versionAndFlags + kind + sizes + lengths +
+                     QByteArray(10, '\0') + Numbers(static_cast<quint32>(entries.size())) + name;
+        entries += "PK\3\4" + versionAndFlags + kind + QByteArray(12, '\0') + lengths + name +
+                   archive.Packed(name) + "PK\7\10" + sizes;
+        at += 46 + nameSize + archive.Get<quint16>(at + 30);
+    }
+    archive.bytes = entries + directory + "PK\5\6" +
+                    Numbers(quint32{0}, count, count, static_cast<quint32>(directory.size()),
+                            static_cast<quint32>(entries.size()), quint16{0});
+}
+
+using Change = std::function<void(Archive &)>;
+
+/// The plain workbook after a change.
+QByteArray Changed(const Change &change)
+{
+    const BookRig rig;
+    Archive archive{Contents(rig.name)};
+    change(archive);
+    return archive.bytes;
+}
 
 /// What happens meanwhile, what is told of it, and the sheets that are there then.
 using During = std::tuple<QString, QString, QStringList>;
@@ -59,6 +141,149 @@ class BookWritingTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void TakesWhatOthersUnpack_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const auto row = [](const char *name, const Change &change) {
+            QTest::newRow(name) << Changed(change);
+        };
+        row("bytes behind the end", [](Archive &book) { book.bytes += QByteArray(60'000, 'x'); });
+        row("comment", [](Archive &book) {
+            book.Set<quint16>(book.End() + 20, 5);
+            book.bytes += "hello";
+        });
+        row("gap before the directory", [](Archive &book) {
+            const qsizetype at = book.Directory();
+            book.Set(book.End() + 16, static_cast<quint32>(at + 9));
+            book.bytes.insert(at, "PK\5\6 gap.");
+        });
+        row("another date", [](Archive &book) { book.Set<quint32>(book.Header(Workbook) + 10, 1234); });
+        for (const int at :
+             {0, 8, 14, 18, 30}) // mark, method, checksum, size, name: the directory has them, too
+            QTest::addRow("header at %d", at)
+                << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; });
+        row("another version", [](Archive &book) { book.Set<quint16>(book.Header(Image) + 4, 63); });
+        row("another size", [](Archive &book) { book.Set<quint32>(book.Header(Image) + 22, 63); });
+        for (const int at : {8, 10}) // encrypted, and packed in a way that nobody here knows
+            QTest::addRow("picture's %d", at) << Changed([at](Archive &book) {
+                book.Set<quint16>(book.Entry(Image) + at, at == 8 ? 1 : 97);
+                book.Set<quint16>(book.Header(Image) + at - 2, at == 8 ? 1 : 97);
+            });
+        row("sizes behind", PutSizesBehind);
+        QTest::newRow("archive within") << Contents(
+            BookRig(PlainBook() << std::pair{QByteArray("xl/inner.xlsx"), Contents(BookRig().name)}).name);
+        QTest::newRow("twice what nobody reads") << Changed([](Archive &book) {
+            const QByteArray name = "xl/calcChain.xml"; // gets the name of its neighbour
+            for (const qsizetype at : {book.Entry(Image) + 46, book.Header(Image) + 30})
+                book.bytes.replace(at, Image.size(), QByteArray(Image).replace(0, name.size(), name));
+        });
+    }
+
+    void TakesWhatOthersUnpack()
+    {
+        QFETCH(QByteArray, bytes);
+        const BookRig rig;
+        const Archive book{bytes};
+        QVERIFY(Put(rig.name, bytes.left(book.End() + 22 + book.Get<quint16>(book.End() + 20))));
+        const auto before = ReadPackage(rig.name, false);
+        QVERIFY(before.size() > 8 && Put(rig.name, bytes));
+        QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
+        QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
+        QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+
+        const auto after = ReadPackage(rig.name);
+        const Archive now{Contents(rig.name)};
+        // The sheet has a header of the plain kind: it needs version 2.0 and has nothing extra.
+        const qsizetype sheet = now.Header("xl/worksheets/sheet2.xml");
+        QCOMPARE(now.Get<quint16>(sheet + 4), 20);
+        QCOMPARE(now.Get<quint16>(sheet + 28), 0);
+        int kept = 0;
+        for (auto entry = before.begin(); entry != before.end(); ++entry) {
+            const bool same = after.value(entry.key()).kept == entry->kept;
+            QVERIFY(!same || bytes.contains(now.Packed(entry.key())));
+            kept += same ? 1 : 0;
+        }
+        QCOMPARE(kept, before.size() - 4);
+    }
+
+    void RefusesWhatIsDamaged_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("damage");
+        const auto row = [](const char *name, const QString &damage, const Change &change) {
+            QTest::newRow(name) << Changed(change) << damage;
+        };
+        const QString nowhere = u"its directory cannot be found"_qs;
+        const QString directory = u"its directory is damaged"_qs;
+        const QString image = u"the contents of xl/media/image1.png are damaged"_qs;
+        row("cut off", nowhere, [](Archive &book) { book.bytes.chop(30); });
+        row("cut in the end", nowhere, [](Archive &book) { book.bytes.chop(1); });
+        row("too far behind", nowhere, [](Archive &book) { book.bytes += QByteArray(200'000, 'x'); });
+        row("a piece is missing", directory,
+            [](Archive &book) { book.bytes.remove(book.Header(Image) + 99, 500); });
+        row("directory elsewhere", nowhere, [](Archive &book) {
+            book.Set<quint32>(book.End() + 16, static_cast<quint32>(book.Directory() - 7));
+        });
+        row("directory past the end", directory,
+            [](Archive &book) { book.Set<quint32>(book.End() + 16, 0x7FFFFFFF); });
+        for (const int by : {10, -10})
+            QTest::addRow("directory longer by %d", by) << Changed([by](Archive &book) {
+                book.Set(book.End() + 12,
+                         static_cast<quint32>(static_cast<int>(book.Get<quint32>(book.End() + 12)) + by));
+            }) << directory;
+        row("fewer entries", nowhere, [](Archive &book) { book.Set<quint16>(book.End() + 10, 2); });
+        row("entry", nowhere, [](Archive &book) { book.bytes[book.Entry(Image)] = 'x'; });
+        row("entry past the end", image,
+            [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0x7FFFFFFF); });
+        row("one place for two", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 42, 0); });
+        for (const int by : {1, 0x7FFFF})
+            QTest::addRow("entry longer by %d", by) << Changed([by](Archive &book) {
+                for (const qsizetype at : {book.Entry(Image) + 20, book.Header(Image) + 18})
+                    book.Set(at, static_cast<quint32>(static_cast<int>(book.Get<quint32>(at)) + by));
+            }) << (by == 1 ? image : directory);
+        row("one place for many", directory, [](Archive &book) {
+            const qsizetype at = book.Entry(Image);
+            const QByteArray entry = book.bytes.mid(at, 46 + Image.size() + book.Get<quint16>(at + 30));
+            constexpr quint16 more = 100;
+            const qsizetype end = book.End();
+            for (const int field : {8, 10})
+                book.Set<quint16>(end + field, book.Get<quint16>(end + field) + more);
+            book.Set(end + 12, static_cast<quint32>(book.Get<quint32>(end + 12) + more * entry.size()));
+            for (quint16 i = 0; i < more; ++i)
+                book.bytes.insert(end,
+                                  QByteArray(entry).replace("image1", "i" + QByteArray::number(10000 + i)));
+        });
+        for (const int at : {26, 28}) // lengths
+            QTest::addRow("header at %d", at)
+                << Changed([at](Archive &book) { ++book.bytes.data()[book.Header(Image) + at]; }) << image;
+        const auto broken = u"the contents of %1 are damaged"_qs;
+        for (const QByteArray &name : {Image, Workbook}) {
+            const QString damage = broken.arg(QString::fromLatin1(name));
+            row((name + ": contents").constData(), damage,
+                [&name](Archive &book) { book.bytes.data()[book.Header(name) + 99] ^= 0x55; });
+            row((name + ": checksum").constData(), damage, [&name](Archive &book) {
+                for (const qsizetype at : {book.Entry(name) + 16, book.Header(name) + 14})
+                    ++book.bytes.data()[at];
+            });
+        }
+        row("packed size", image, [](Archive &book) { book.Set<quint32>(book.Entry(Image) + 20, 77); });
+        QTest::newRow("twice")
+            << Contents(BookRig(PlainBook() << std::pair{QByteArray("XL/Styles.xml"), QByteArray()}).name)
+            << u"xl/styles.xml is there twice"_qs;
+    }
+
+    void RefusesWhatIsDamaged()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, damage);
+        const BookRig rig;
+        QVERIFY(Put(rig.name, bytes));
+        const QString told = AddTo(rig.name, u"T"_qs);
+        QVERIFY2(told.startsWith(u"This workbook is damaged ("_qs + damage + u"). "_qs), qPrintable(told));
+        QCOMPARE(Contents(rig.name), bytes);
+        QCOMPARE(rig.Neighbours(), QStringList());
+    }
+
     void LetsGoOfTheOldFileFirst()
     {
         BookRig rig;
