@@ -47,7 +47,7 @@ std::shared_ptr<DataSet> SetMaker::Make(int rows)
 bool ForwardTo(const QString &name, Book book, const std::shared_ptr<const DataSet> &data)
 {
     const DataSetSource source(data, SheetTitle());
-    const Sheet sheet = LayOut(source, source.Samples(), false, source.Rows(false));
+    const Sheet sheet = LayOut(source, source.Samples(), false, source.Rows());
     WriteWatch watch;
     const WorkbookFile file = book == Book::New ? WorkbookFile::New(name) : WorkbookFile::Existing(name);
     const BookResult<> added = AddSheet(file, sheet, &watch);

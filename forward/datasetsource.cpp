@@ -3,6 +3,7 @@
 #include "document/dataset.h"
 #include "resources/strings.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <span>
@@ -16,7 +17,7 @@ namespace {
 class StoredRows : public TableRows
 {
   public:
-    StoredRows(const RowStore &store, bool numbers) : rows_(store), numbers_(numbers) {}
+    explicit StoredRows(const RowStore &store) : rows_(store) {}
 
     void Rewind() override
     {
@@ -26,20 +27,18 @@ class StoredRows : public TableRows
 
     std::span<const std::string_view> Next() override
     {
-        texts_ = rows_.Next();
-        if (numbers_) {
-            char *const end = std::to_chars(digits_.begin(), digits_.end(), ++number_).ptr;
-            texts_.front() = {digits_.begin(), end};
-        }
-        return texts_;
+        const RowStore::Bytes texts = rows_.Next();
+        char *const end = std::to_chars(digits_.begin(), digits_.end(), ++number_).ptr;
+        columns_.front() = {digits_.begin(), end};
+        std::copy(texts.begin(), texts.end(), columns_.begin() + 1);
+        return columns_;
     }
 
   private:
     RowReader rows_;
-    bool numbers_;
     int number_ = 0;
     std::array<char, 12> digits_;
-    RowStore::Bytes texts_;
+    std::array<std::string_view, RowStore::Texts + 1> columns_;
 };
 
 } // namespace
@@ -70,9 +69,9 @@ std::string DataSetSource::Cell(int row, int column) const
     return std::string(table.Rows().Utf8(row - 1).at(static_cast<std::size_t>(column) - 1));
 }
 
-std::shared_ptr<TableRows> DataSetSource::Rows(bool numbers) const
+std::shared_ptr<TableRows> DataSetSource::Rows() const
 {
-    return std::make_shared<StoredRows>(data_->Table().Rows(), numbers);
+    return std::make_shared<StoredRows>(data_->Table().Rows());
 }
 
 std::array<std::pair<std::string, std::string>, 3> DataSetSource::Statistics() const

@@ -23,9 +23,8 @@ class DataSetSource : public SheetSource
     std::array<std::pair<std::string, std::string>, 3> Statistics() const override;
     std::string Title() const override { return title_; }
 
-    /// The rows as they are now, however the data set goes on: five columns from the second on, the first of
-    /// which gives way to the numbers of the samples where `numbers` says so.
-    std::shared_ptr<TableRows> Rows(bool numbers) const;
+    /// The rows as they are now, however the data set goes on: all columns of the table, the number first.
+    std::shared_ptr<TableRows> Rows() const;
 
   private:
     std::shared_ptr<const DataSet> data_;

@@ -85,8 +85,7 @@ QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSourc
     const int samples = source->Samples();
     if (!forward) {
         const bool numbers = source->IsSaveMode();
-        const auto sheet =
-            std::make_shared<const Sheet>(LayOut(*source, samples, numbers, source->Rows(numbers)));
+        const auto sheet = std::make_shared<const Sheet>(LayOut(*source, samples, numbers, source->Rows()));
         const Result<QString> written = co_await WriteSheet(&services_, file, sheet, progress_);
         co_return written;
     }

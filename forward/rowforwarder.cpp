@@ -165,7 +165,7 @@ QCoro::Task<Result<ForwardOutcome>> RowForwarder::Finish()
     outcome.file = workbook_->file.name;
     if (wanted_ == 0)
         co_return outcome;
-    const auto sheet = std::make_shared<const Sheet>(LayOut(*source_, wanted_, false, source_->Rows(false)));
+    const auto sheet = std::make_shared<const Sheet>(LayOut(*source_, wanted_, false, source_->Rows()));
     const Result<QString> written = co_await WriteSheet(&services_, workbook_->file, sheet, nullptr);
     if (!written)
         co_return Fail(written.error());

@@ -29,11 +29,16 @@ CellFormat FormatOf(int column, int tableRow, bool saveMode)
     return numbers && tableRow > 0 ? CellFormat::General : CellFormat::Text;
 }
 
+/// What stands in a column of the sheet: the column of the table, 0 for the number of the row.
+int TableColumn(int column, bool saveMode)
+{
+    return column == B && saveMode ? 0 : column - B + 1;
+}
+
 void WriteRow(SheetTarget &target, const SheetSource &source, int tableRow, bool saveMode)
 {
     for (int column = B; column <= F; ++column) {
-        const int tableColumn = column == B && saveMode ? 0 : column - B + 1;
-        const std::string text = source.Cell(tableRow, tableColumn);
+        const std::string text = source.Cell(tableRow, TableColumn(column, saveMode));
         target.SetCell(SheetRow(tableRow), column, FormatOf(column, tableRow, saveMode), text);
     }
 }
@@ -123,7 +128,8 @@ Sheet LayOut(const SheetSource &source, int samples, bool numbers, std::shared_p
     sheet.title = source.Title();
     sheet.table = {SheetRow(1), B, samples, {}, std::move(rows)};
     for (int column = B; column <= F; ++column)
-        sheet.table.formats.push_back(FormatOf(column, 1, numbers));
+        sheet.table.columns.push_back(
+            {FormatOf(column, 1, numbers), static_cast<std::size_t>(TableColumn(column, numbers))});
     return sheet;
 }
 

@@ -199,8 +199,8 @@ class WorksheetTest : public QObject
         const auto [rows, columns, length] = ThisRow<Size>();
         Sheet sheet;
         sheet.table = {1, 1, rows, {}, std::make_shared<SameRows>(columns, length)};
-        sheet.table.formats.resize(static_cast<std::size_t>(columns), CellFormat::Text);
-        sheet.table.formats[1] = CellFormat::General;
+        for (std::size_t column = 0; column < static_cast<std::size_t>(columns); ++column)
+            sheet.table.columns.push_back({column == 1 ? CellFormat::General : CellFormat::Text, column});
         sheet.cells[1'048'576][3] = {CellFormat::Text, "last"};
         sheet.borders = {{{2, 2, 5, 30}, Edge::InsideVertical, BorderWeight::Thin}};
 
@@ -220,7 +220,8 @@ class WorksheetTest : public QObject
     void PutsCellsAmongTheRows()
     {
         Sheet sheet;
-        sheet.table = {5, 2, 2, {CellFormat::Text, CellFormat::General}, std::make_shared<SameRows>(2, 1)};
+        sheet.table = {
+            5, 2, 2, {{CellFormat::Text, 0}, {CellFormat::General, 1}}, std::make_shared<SameRows>(2, 1)};
         sheet.cells[5][3] = {CellFormat::Text, "instead"};
         sheet.cells[6][1] = {CellFormat::Text, "before"};
         sheet.cells[4][2] = {CellFormat::Text, "above"};
@@ -293,7 +294,7 @@ class WorksheetTest : public QObject
         const std::shared_ptr<DataSet> set = MakeDataSet(shared, kind, samples);
         const DataSetSource source(set, u"Probe"_qs);
         const bool numbers = source.IsSaveMode();
-        const Sheet sheet = LayOut(source, samples, numbers, source.Rows(numbers));
+        const Sheet sheet = LayOut(source, samples, numbers, source.Rows());
         QCOMPARE(Write(book.isEmpty() ? WorkbookFile::New(name) : WorkbookFile::Existing(name), sheet),
                  QString());
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -81,18 +82,24 @@ class TableRows
     /// Back to the first row.
     virtual void Rewind() = 0;
 
-    /// One text for each column of the next row, the first one after `Rewind`. They hold until the next call;
-    /// each time the same texts come. Not called after the last row.
+    /// The texts of the next row, the first one after `Rewind`. They hold until the next call; each time the
+    /// same texts come. Not called after the last row.
     virtual std::span<const std::string_view> Next() = 0;
 };
 
 /// Many rows of cells, which are read where they lie.
 struct SheetTable
 {
+    struct Column
+    {
+        CellFormat format = CellFormat::Text;
+        std::size_t text = 0; ///< which of a row's texts
+    };
+
     int row = 1; ///< its top left corner
     int column = 1;
     int rows = 0;
-    std::vector<CellFormat> formats;  ///< one for each column
+    std::vector<Column> columns;
     std::shared_ptr<TableRows> texts; ///< may be null without rows
 };
 

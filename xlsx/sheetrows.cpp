@@ -77,10 +77,10 @@ SheetRows::Cell SheetRows::MakeCell(int column, CellFormat format, std::string_v
 void SheetRows::PutTable()
 {
     const SheetTable &table = sheet_->table;
-    int column = table.column;
-    std::size_t place = 0;
-    for (const std::string_view text : table.texts->Next())
-        cells_.push_back(MakeCell(column++, table.formats[place++], text));
+    const std::span<const std::string_view> texts = table.texts->Next();
+    int place = table.column;
+    for (const SheetTable::Column &column : table.columns)
+        cells_.push_back(MakeCell(place++, column.format, texts[column.text]));
 }
 
 /// Puts a cell where it belongs; one that is there stays unless this one replaces it.
