@@ -18,6 +18,11 @@ struct ProgramClock
 struct LiveProgram : ProgramClock, StartedProgram
 {
     LiveProgram() : StartedProgram(&clock) { Require(Check(), u"The first status check does not end."_qs); }
+    ~LiveProgram()
+    {
+        if (services.state.RealtimeRun && Do("Stop"))
+            PassSecond();
+    }
 
     bool Check() const
     {

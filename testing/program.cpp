@@ -25,8 +25,6 @@ Program::Program(Prompts &prompts, sim::ServerOptions options, const Clock *cloc
 Program::~Program()
 {
     // The way out is the user's, so that nothing waits when the window goes.
-    services.state.LinkActivity = ActivityIdle;
-    services.state.RealtimeRun = false;
     for (frmData *const data : DataWindows())
         data->Data()->MarkSaved();
     window->close();

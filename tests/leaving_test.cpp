@@ -31,10 +31,10 @@ class LeavingTest : public QObject
             if (unsaved)
                 data->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
 
-            program.services.state.LinkActivity = ActivityDownload;
+            LinkUse use(program.services.gate, ActivityDownload);
             data->close(); // refused without a question while the link is in use
             QVERIFY(data && program.prompts.questions.isEmpty());
-            program.services.state.LinkActivity = ActivityStatusCheck;
+            use.Become(ActivityStatusCheck);
             QVERIFY(program.Do("mnuFileClose"));
             QTRY_COMPARE(data.isNull(), closes);
             const QString question = u"Do you want to save the changes you made to this file?\r\n1New"_qs;

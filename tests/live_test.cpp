@@ -24,9 +24,9 @@ class LiveTest : public QObject
     {
         const QString allButStop = u"New mnuRealtimeNew Start mnuRealtimeStart Mdata mnuDataMemory"_qs;
         LiveProgram program;
-        program.services.state.LinkActivity = ActivityStatusCheck; // at whatever moment it is pressed
-        program.Action("New")->trigger();
-        program.services.state.LinkActivity = ActivityIdle;
+        std::optional<LinkUse> use(std::in_place, program.services.gate, ActivityStatusCheck);
+        program.Action("New")->trigger(); // at whatever moment it is pressed
+        use.reset();
         frmData *const first = program.DataWindows().first();
         QCOMPARE(program.Runnable(), allButStop);
         QVERIFY(program.Start(Answer::Cancel));
@@ -38,7 +38,8 @@ class LiveTest : public QObject
 
         // Whatever becomes active meanwhile, and whatever the link is used for.
         const std::shared_ptr<DataSet> other = program.window->Commands().AddDataSet(KindRealtime);
-        program.services.state.LinkActivity = ActivityIdle;
+        use.emplace(program.services.gate, ActivitySourceCommand);
+        use.reset();
         Q_EMIT program.Find<QMenu>("mnuRealtime")->aboutToShow();
         QCOMPARE(program.Runnable(), u"Stop mnuRealtimeStop"_qs);
         program.Action("Moniter")->trigger();
@@ -259,6 +260,7 @@ class LiveTest : public QObject
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().size(), 1);
         QVERIFY(!window->Data()->Saved());
+        program.services.state.RealtimeRun = false;
     }
 
     /// Values that are not refreshed do not look like the present ones.

@@ -19,12 +19,9 @@ struct Rig : InstrumentRig, FakeViews
     }
     ~Rig() override
     {
-        services.state.RealtimeRun = false;
-        services.state.LinkActivity = ActivityIdle;
-        for (const std::shared_ptr<DataSet> &set : sets)
-            set->MarkSaved();
-        commands.Leave();
-        WaitUntil([this] { return hasLeft; });
+        services.gate.Shut();
+        services.comm.Shut();
+        NoJobLeft();
     }
 
     bool NoJobLeft() const
@@ -37,6 +34,7 @@ struct Rig : InstrumentRig, FakeViews
     Services services{UserStore::InFile(folder.filePath(u"user.ini"_qs)), PathsIn(folder.path()), prompts};
     Timer tmRealtime{100, false};
     MainCommands commands{services, *this, progress, tmRealtime};
+    std::optional<LinkUse> use;
     bool hasLeft = false;
 };
 
@@ -47,7 +45,7 @@ void Nothing(Rig *) {}
 template <LinkActivityCode activity>
 void UseLink(Rig *rig)
 {
-    rig->services.state.LinkActivity = activity;
+    rig->use.emplace(rig->services.gate, activity);
 }
 
 template <Command command>
@@ -122,7 +120,7 @@ class MainCommandsTest : public QObject
             return;
         // The user may do so once more.
         rig.services.state.RealtimeRun = false;
-        rig.services.state.LinkActivity = ActivityIdle;
+        rig.use.reset();
         rig.prompts.onQuestion = nullptr;
         rig.prompts.answers = {Answer::No, Answer::No};
         rig.commands.Leave();
@@ -151,13 +149,13 @@ class MainCommandsTest : public QObject
         Rig rig;
         QVERIFY(rig.services.comm.OpenPort());
         rig.commands.AddDataSet(KindRealtime);
-        std::optional<LinkUse> check(std::in_place, rig.services.gate, ActivityStatusCheck);
+        UseLink<ActivityStatusCheck>(&rig);
         rig.prompts.answers = {Answer::No};
         rig.commands.Run(command);
         QVERIFY(WaitUntil([&] { return rig.services.state.StatusYield; }));
         meanwhile(&rig);
         QVERIFY(rig.sets.size() <= 1 && !rig.services.state.RealtimeRun);
-        check.reset();
+        rig.use.reset();
         QVERIFY(rig.NoJobLeft());
         QCOMPARE(rig.sets.size(), windows);
         QCOMPARE(rig.services.state.RealtimeRun, runs);

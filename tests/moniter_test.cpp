@@ -100,11 +100,11 @@ class MoniterTest : public QObject
         desk.setGeometry(QRect(screen.topLeft(), QSize(screen.width() - 100, 500)));
         rig.Show(&desk);
         for (const LinkActivityCode activity : {ActivityRealtime, ActivityDownload}) {
-            rig.state.LinkActivity = activity;
+            const LinkUse use(rig.gate, activity);
             rig.window->close();
             QVERIFY(rig.window->isVisible());
         }
-        rig.state.LinkActivity = ActivityStatusCheck;
+        const LinkUse check(rig.gate, ActivityStatusCheck);
         QVERIFY(screen.contains(rig.window->geometry()));
         QVERIFY(rig.window->geometry().right() < desk.frameGeometry().right()); // there is no room beside it
         const QRect place(screen.topLeft() + QPoint(20, 30), QSize(400, 250));
