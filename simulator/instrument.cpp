@@ -185,12 +185,6 @@ void Instrument::SetSourceMode(int mode)
     sourceMode_ = mode;
 }
 
-void Instrument::SetOptionBit(int bit, bool on)
-{
-    Require(bit >= 0 && bit < static_cast<int>(OptionCount), "no such option bit");
-    optionFlags_.at(OptionCount - 1 - static_cast<std::size_t>(bit)) = on ? '1' : '0';
-}
-
 void Instrument::SetOptionFlags(std::string_view flags)
 {
     Require(flags.size() == OptionCount && flags.find_first_not_of("01") == std::string_view::npos,

@@ -81,8 +81,6 @@ class Instrument
     int RatioN() const { return ratioN_; }
     int RatioM() const { return ratioM_; }
 
-    /// Bits 0 to 7; bit 7 is the first flag character of the status reply.
-    void SetOptionBit(int bit, bool on);
     /// Eight characters "0" or "1", bit 7 first.
     void SetOptionFlags(std::string_view flags);
     const std::string &OptionFlags() const { return optionFlags_; }

@@ -8,14 +8,12 @@
 #include "platform/geometry.h"
 #include "platform/portmap.h"
 #include "platform/singleinstance.h"
-#include "platform/timer.h"
 #include "platform/userstore.h"
 #include "testing/files.h"
 #include "testing/rows.h"
 #include "testing/wait.h"
 
 #include <QDir>
-#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -297,21 +295,6 @@ class AppTest : public QObject
                 QCOMPARE(line->portDevices.last(), std::pair(4, u"/a=b"_qs));
             }
         }
-    }
-
-    void TimerIsSilentAtZero()
-    {
-        Timer timer(1, true);
-        Timer silent(0, true);
-        const QSignalSpy ticks(&timer, &Timer::tick);
-        const QSignalSpy none(&silent, &Timer::tick);
-        QTRY_VERIFY(ticks.count() >= 3); // it goes on by itself
-        QCOMPARE(none.count(), 0);
-        timer.SetInterval(0);
-        silent.SetInterval(1);
-        const qsizetype before = ticks.count();
-        QTRY_VERIFY(none.count() >= 3);
-        QCOMPARE(ticks.count(), before);
     }
 
     void SecondCopyIsNoticed()

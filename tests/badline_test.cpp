@@ -1,8 +1,8 @@
 #include "testing/liverig.h"
+#include "testing/rows.h"
 
 #include <QDeadlineTimer>
 #include <QLoggingCategory>
-#include <QTest>
 #include <QThread>
 
 #include <deque>
@@ -118,6 +118,13 @@ struct SteppedRun : LiveRig
     qsizetype seen_ = 0;
 };
 
+struct Case
+{
+    Trouble trouble;
+    int interval;
+    QString errors; ///< seconds of the run
+};
+
 } // namespace
 
 class BadLineTest : public QObject
@@ -134,37 +141,30 @@ class BadLineTest : public QObject
 
     void RowsOfABadLine_data()
     {
-        QTest::addColumn<Trouble>("trouble");
-        QTest::addColumn<int>("interval");
-        QTest::addColumn<QString>("errors"); // seconds of the run
-        struct Case
-        {
-            const char *name;
-            Trouble trouble;
-            QString eachSecond;
-            QString eachFifth;
-        };
-        const Case cases[] = {
-            {"healthy", {}, {}, {}},
-            {"0.4 s a reply", {.replyMs = 400}, u"4 10 16 22 28 34 40 46 52 58"_qs, {}}, // 1.2 s a row
-            {"one lost reply", {.lostReplies = 1}, {}, {}},
-            {"two lost replies", {.lostReplies = 2}, u"10"_qs, {}},
-            {"three lost replies", {.lostReplies = 3}, u"10 11 12"_qs, u"10"_qs},
-            {"silent for 5 s", {.silentFrom = 18'000, .silentUntil = 23'000}, u"18 19 20 21"_qs, {}},
-            {"cable out", {.unpluggedAt = 29'500, .pluggedAt = 34'500}, u"30 31 32 33 34"_qs, u"30"_qs},
-        };
-        for (const Case &one : cases) {
-            QTest::addRow("%s, each second", one.name) << one.trouble << 1 << one.eachSecond;
-            QTest::addRow("%s, each fifth second", one.name) << one.trouble << 5 << one.eachFifth;
-        }
-        QTest::newRow("0.9 s a reply, each fifth second") << Trouble{.replyMs = 900} << 5 << QString();
+        const Trouble silent{.silentFrom = 18'000, .silentUntil = 23'000};
+        const Trouble unplugged{.unpluggedAt = 29'500, .pluggedAt = 34'500};
+        AddRows<Case>({
+            {"healthy", {{}, 1, {}}},
+            {"healthy, each fifth second", {{}, 5, {}}},
+            {"0.4 s a reply", {{.replyMs = 400}, 1, u"4 10 16 22 28 34 40 46 52 58"_qs}}, // 1.2 s a row
+            {"0.4 s a reply, each fifth second", {{.replyMs = 400}, 5, {}}},
+            {"0.9 s a reply, each fifth second", {{.replyMs = 900}, 5, {}}},
+            {"one lost reply", {{.lostReplies = 1}, 1, {}}},
+            {"one lost reply, each fifth second", {{.lostReplies = 1}, 5, {}}},
+            {"two lost replies", {{.lostReplies = 2}, 1, u"10"_qs}},
+            {"two lost replies, each fifth second", {{.lostReplies = 2}, 5, {}}},
+            {"three lost replies", {{.lostReplies = 3}, 1, u"10 11 12"_qs}},
+            {"three lost replies, each fifth second", {{.lostReplies = 3}, 5, u"10"_qs}},
+            {"silent for 5 s", {silent, 1, u"18 19 20 21"_qs}},
+            {"silent for 5 s, each fifth second", {silent, 5, {}}},
+            {"cable out", {unplugged, 1, u"30 31 32 33 34"_qs}},
+            {"cable out, each fifth second", {unplugged, 5, u"30"_qs}},
+        });
     }
 
     void RowsOfABadLine()
     {
-        QFETCH(Trouble, trouble);
-        QFETCH(int, interval);
-        QFETCH(QString, errors);
+        const auto [trouble, interval, errors] = ThisRow<Case>();
         SteppedRun run(trouble);
         const auto dataSet = run.NewSet(interval);
         dataSet->SetPeriod(false, {u"0"_qs, u"0"_qs, u"1"_qs, u"0"_qs});

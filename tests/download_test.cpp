@@ -15,8 +15,7 @@ namespace {
 /// A download on the simulated instrument into a real data set.
 struct DownloadRig : LinkRig
 {
-    explicit DownloadRig(const char *fault = "none", int replyTimeoutMs = ReplyTimeoutMs)
-        : LinkRig(Unpaced(), replyTimeoutMs)
+    explicit DownloadRig(const char *fault = "none")
     {
         Fault(fault);
         Open();
@@ -97,13 +96,15 @@ class DownloadTest : public QObject
         const QString lost = Text(Str::PortLost);
         AddRows<Faulty>({
             {"silent", {Memory, 0, timeout, 9}},
-            {"silent-from=13", {Memory, 10, timeout, 0}},
+            {"silent-from=13", {Memory, 10, timeout, 15}},
+            {"half-line", {Memory, 0, timeout, 9}},
             {"garbage=5", {Memory, 50, {}, 0}},
             {"err=5", {Memory, 2, command, 0}},
             {"err=6", {Memory, 3, command, 0}},
             {"hang-up=1", {Memory, 0, lost, 0}},
             {"hang-up=30,half", {Memory, 27, lost, 0}},
             {"SAVE silent", {Save, 0, timeout, 10}}, // five tries to begin, five to end
+            {"SAVE silent-from=4", {Save, 0, timeout, 13}},
             {"SAVE wrong-check", {Save, 0, badData, 3}},
             {"SAVE garbage=2", {Save, 0, badData, 3}},
         });
@@ -132,27 +133,6 @@ class DownloadTest : public QObject
         QVERIFY(statistics.validCount >= 2 && statistics.validCount < 50);
         QVERIFY(rig.data->UnreadableCount() > 0);
         QVERIFY(!rig.data->Table().Cell(50, 2).isEmpty());
-    }
-
-    void CancelKeepsTheRowsReceived()
-    {
-        DownloadRig rig("none", 3600 * 1000);
-        rig.progress.onStep = [&](int position) {
-            if (position == 20) {
-                rig.state.DownloadCancel = true;
-                rig.comm.FlagsChanged();
-            }
-        };
-        const Result<> received = rig.Fetch(Memory);
-        QVERIFY(!received);
-        QCOMPARE(received.error().code, FailureCode::Cancelled);
-        QCOMPARE(rig.data->GetDatacount(), 20);
-        QVERIFY(!rig.data->PanelText(Panel::Avg).isEmpty());
-
-        // The flag of the last download does not end the next one.
-        rig.progress.onStep = nullptr;
-        rig.download.reset();
-        QVERIFY(rig.Fetch(Memory));
     }
 
     void SaveModeMakesRoomButAddsNothing()

@@ -4,8 +4,6 @@
 #include "testing/liveprogram.h"
 
 #include <QComboBox>
-#include <QDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>

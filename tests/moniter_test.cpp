@@ -1,6 +1,5 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
-#include "acquire/status.h"
 #include "platform/geometry.h"
 #include "testing/linkrig.h"
 

@@ -11,9 +11,8 @@ using namespace px40;
 
 namespace {
 
-const QString Condition(52, u'1');
-const QString Reading(29, u'1');
-const QString Record = u"RS5"_qs;
+/// What the instrument answers, in the order of `ReplyForm`.
+const QString Replies[] = {u"OK"_qs, QString(52, u'1'), QString(29, u'1'), u"RS5"_qs};
 
 /// A line with its instrument, in a time of its own. Everything is answered in order or not at all; commands
 /// and replies get lost, the instrument stalls and then answers all that it was asked, some replies are late.
@@ -40,7 +39,8 @@ class ModelLine
         const qint64 late = Chance(0.02) ? Between(200, 2500) : 0;
         lastReply_ = std::max({lastReply_, now, stalledUntil_}) + Between(15, 80) + late;
         if (!Chance(0.03))
-            replies_.push_back({lastReply_, exchange, Chance(0.01) ? u"ERR"_qs : TextFor(command)});
+            replies_.push_back(
+                {lastReply_, exchange, Chance(0.01) ? u"ERR"_qs : Replies[static_cast<int>(command.reply)]});
     }
 
     /// The next reply if it comes until then; otherwise it is then.
@@ -62,21 +62,6 @@ class ModelLine
     qint64 now = 0;
 
   private:
-    static QString TextFor(const LinkCommand &command)
-    {
-        switch (command.reply) {
-        case ReplyForm::Condition:
-            return Condition;
-        case ReplyForm::Reading:
-            return Reading;
-        case ReplyForm::Record:
-            return Record;
-        case ReplyForm::Acknowledgement:
-            break;
-        }
-        return u"OK"_qs;
-    }
-
     std::mt19937 random_;
     std::deque<Reply> replies_;
     qint64 lastReply_ = 0;

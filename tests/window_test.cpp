@@ -5,12 +5,13 @@
 #include "testing/program.h"
 #include "testing/rows.h"
 
-#include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
@@ -26,6 +27,7 @@ using States =
 
 } // namespace
 
+/// The main window, its way in and out, and its port.
 class WindowTest : public QObject
 {
     Q_OBJECT
@@ -49,20 +51,10 @@ class WindowTest : public QObject
         QCOMPARE(menu("mnuView"), u"&Tool bar|&Status bar|-|&MEASURE Window|&SOURCE Window"_qs);
         QCOMPARE(menu("mnuHelp"), u"&About PX40 Communication Software..."_qs);
 
-        QStringList tips;
         for (const char *const bar : {"tbMain", "tbSub"}) {
-            for (const QAction *const button : program.Find<QToolBar>(bar)->actions()) {
-                if (button->isSeparator())
-                    continue;
-                tips << button->objectName() + u'=' + button->toolTip();
-                QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
-            }
+            for (const QAction *const button : program.Find<QToolBar>(bar)->actions())
+                QVERIFY2(button->isSeparator() || !button->icon().isNull(), qPrintable(button->objectName()));
         }
-        QCOMPARE(tips.join(u'|'),
-                 u"Open=Open|Save=Save|Forward=Forward to Microsoft Excel|New=New|Start=Start real-time data "
-                 u"receive|"
-                 "Mdata=Start MEMORY-mode data receive|Interval=Interval and Period setup|Graph=Graph setup|"
-                 "Moniter=MEASURE Window ON/OFF|Source=SOURECE Window ON/OFF|Stop=Stop"_qs);
         // What needs a data window is shown but cannot be chosen.
         for (const char *const item : {"mnuFileForward", "mnuRealtimeStart", "Stop"})
             QVERIFY2(!program.Action(item)->isEnabled(), item);
@@ -86,24 +78,17 @@ class WindowTest : public QObject
         QVERIFY(!program.DataWindows().first()->isEnabled());
         QVERIFY(program.NoJobLeft());
 
-        QVERIFY(!program.Cancel()->isVisible());
         QVERIFY(program.Find<QMenu>("mnuHelp")->isEnabled());
         QVERIFY(program.Find<QToolBar>("tbMain")->isEnabled());
-        QCOMPARE(program.DataWindows().size(), 1);
         frmData *const data = program.DataWindows().first();
         QVERIFY(data->isEnabled());
-        QCOMPARE(data->Data()->Caption(), u"1New"_qs);
-        QVERIFY(data->isWindowModified());
         const auto *const table = data->findChild<QTableView *>(u"fgData"_qs);
         QVERIFY(table->isVisible());
         QCOMPARE(table->model()->rowCount(), 50);
-        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), u"No."_qs);
         for (const auto &[bar, key] : {std::pair(u"stBar1"_qs, u"Max"_qs), std::pair(u"stBar2"_qs, u"Min"_qs),
                                        std::pair(u"stBar3"_qs, u"Avg"_qs)})
             QVERIFY(!data->findChild<QWidget *>(bar)->findChild<QLabel *>(key)->text().isEmpty());
         QCOMPARE(program.Message(), u"50 stored readings received."_qs);
-        QVERIFY(program.Action("mnuFileClose")->isEnabled());
-        QCOMPARE(program.Find<QMdiArea>("workspace")->activeSubWindow(), data);
         program.Action("New")->trigger();
         QCOMPARE(program.DataWindows().last()->Data()->Table().Heading(1), u"TIME"_qs);
     }
@@ -147,7 +132,6 @@ class WindowTest : public QObject
         frmData *const window = program.DataWindows().first();
         const auto *const table = window->findChild<QTableView *>(u"fgData"_qs);
         QCOMPARE(table->currentIndex(), table->model()->index(0, 1));
-        QCOMPARE(table->model()->headerData(1, Qt::Horizontal).toString(), u"TIME"_qs);
         window->resize(320, window->height()); // too narrow for all columns
         QScrollBar *const sideways = table->horizontalScrollBar();
         for (const int part : {0, 1, 2}) { // to the left, the right and the middle
@@ -238,6 +222,150 @@ class WindowTest : public QObject
         const frmMain again(program.services);
         QCOMPARE(again.normalGeometry().isEmpty() ? again.geometry() : again.normalGeometry(), place);
         QCOMPARE(again.windowState(), Qt::WindowStates(after));
+    }
+
+    void UnsavedWindowsAsk()
+    {
+        using Case = std::tuple<bool, Answer, bool>;
+        for (const auto &[unsaved, answer, closes] :
+             {Case{false, Answer::Cancel, true}, Case{true, Answer::Cancel, false},
+              Case{true, Answer::No, true}}) {
+            StartedProgram program;
+            program.prompts.answers = {answer};
+            program.Action("New")->trigger();
+            const QPointer<frmData> data = program.DataWindows().first();
+            if (unsaved)
+                data->Data()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
+
+            LinkUse use(program.services.gate, ActivityDownload);
+            data->close(); // refused without a question while the link is in use
+            QVERIFY(data && program.prompts.questions.isEmpty());
+            use.Become(ActivityStatusCheck);
+            QVERIFY(program.Do("mnuFileClose"));
+            QTRY_COMPARE(data.isNull(), closes);
+            const QString question = u"Do you want to save the changes you made to this file?\r\n1New"_qs;
+            QCOMPARE(program.prompts.questions, unsaved ? QStringList(question) : QStringList());
+        }
+    }
+
+    void LeavingStopsWhatWaits()
+    {
+        StartedProgram program;
+        program.Fault("silent");
+        const Running exchange(program.services.comm.SendCommand(AskReading(1)));
+        const LinkUse use(program.services.gate, ActivityStatusCheck);
+        program.prompts.answers = {Answer::No};
+        program.Action("Mdata")->trigger(); // waits for the link
+        program.Action("mnuSetupCommport")->trigger();
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        program.window->close();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(exchange.Finish());
+        QVERIFY(!exchange.Value());
+        QVERIFY(program.prompts.warnings.isEmpty());
+        QVERIFY(program.DataWindows().isEmpty());
+    }
+
+    void PortDialogKeepsTheOldPortUntilOneOpens()
+    {
+        StartedProgram program;
+        program.services.settings.PortNumberText = u"1"_qs;
+        QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+        QVERIFY(program.window->tmCheckStat.Enabled());
+        program.Action("mnuSetupCommport")->trigger();
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        const QPointer<QDialog> dialog = program.Find<QDialog>("frmPort");
+        auto *const number = program.Find<QComboBox>("cbPort");
+        QCOMPARE(number->count(), 16);
+        QCOMPARE(number->currentText(), u"1"_qs);
+
+        number->setCurrentIndex(4);
+        Press(dialog, "btOk");
+        QTRY_COMPARE(program.prompts.warnings, QStringList(u"No device is assigned to port 5."_qs));
+        QTRY_VERIFY(dialog->findChild<QPushButton *>(u"btOk"_qs)->isEnabled());
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(program.services.settings.PortNumberText, u"1"_qs);
+        QVERIFY(!program.window->tmCheckStat.Enabled());
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+
+        program.Find<QComboBox>("cbDevice")->setEditText(program.services.ports.Device(1));
+        Press(dialog, "btOk");
+        QTRY_VERIFY(dialog.isNull());
+        QVERIFY(program.services.comm.IsOpen());
+        QCOMPARE(program.services.settings.PortNumberText, u"5"_qs);
+        QCOMPARE(program.services.ports.Device(5), program.services.ports.Device(1));
+        QVERIFY(program.NoJobLeft());
+        QVERIFY(program.window->tmCheckStat.Enabled()); // for the MEASURE and SOURCE windows
+        QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
+
+        // Once both windows are closed there is nothing to check for; opening one of them begins it again.
+        for (const bool first : {true, false}) {
+            program.Action(first ? "Moniter" : "Source")->trigger();
+            program.Action("mnuSetupCommport")->trigger();
+            Press(program.Find<QDialog>("frmPort"), "btOk");
+            QVERIFY(program.NoJobLeft());
+            QCOMPARE(program.window->tmCheckStat.Enabled(), first);
+        }
+        program.Action("mnuViewSource")->trigger();
+        QVERIFY(program.window->tmCheckStat.Enabled());
+    }
+
+    void FailedStartAsksForAPort()
+    {
+        ScriptedProgram program;
+        program.services.ports.Fix(1, u"/dev/px40-none"_qs);
+        program.Begin(false);
+        QTRY_VERIFY(program.Find<QDialog>("frmPort"));
+        QCOMPARE(program.prompts.warnings, QStringList(Text(Str::PortNoDevice).arg(u"/dev/px40-none"_qs)));
+        QVERIFY(program.window->isVisible());
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+        Press(program.Find<QDialog>("frmPort"), "btCancel");
+        QVERIFY(program.NoJobLeft());
+        QVERIFY(
+            program.window->tmCheckStat.Enabled()); // but silent until the port dialog gives it an interval
+        QCOMPARE(program.window->tmCheckStat.Interval(), 0);
+    }
+
+    void StartUpCanBeLeft()
+    {
+        ScriptedProgram program;
+        program.Begin(true);
+        QTRY_VERIFY(program.window->isVisible()); // the splash window stands before it for its second wait
+        program.window->close();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(!program.services.comm.IsOpen() && !program.window->isVisible());
+    }
+
+    void LeavingClosesAnOpenBox()
+    {
+        MessagePrompts prompts;
+        Program program(prompts);
+        program.services.ports.Fix(1, u"/dev/px40-none"_qs);
+        program.Begin(false);
+        QTRY_VERIFY(QApplication::activeModalWidget());
+        program.window->close();
+        QTRY_VERIFY(program.hasLeft);
+        QVERIFY(!program.Find<QDialog>("frmPort")); // which would have come next
+    }
+
+    void LeavingClosesAnOpenFileDialog()
+    {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        for (const char *const command : {"mnuFileOpen", "mnuFileSaveAs", "saveAsRequested"}) {
+            MessagePrompts prompts;
+            Program program(prompts);
+            program.StartUp();
+            program.Action("New")->trigger();
+            program.DataWindows().first()->Data()->MarkSaved();
+            if (auto *const action = program.Action(command))
+                action->trigger();
+            else
+                QMetaObject::invokeMethod(program.Find("chData"), command); // the graph's
+            QTRY_VERIFY2(QApplication::activeModalWidget(), command);
+            program.window->close();
+            QTRY_VERIFY2(program.hasLeft, command);
+            QTRY_VERIFY(!QApplication::activeModalWidget());
+        }
     }
 };
 
