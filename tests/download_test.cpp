@@ -28,8 +28,7 @@ struct DownloadRig : LinkRig
         data = std::make_shared<DataSet>(shared);
         data->OpenNew(saveMode ? KindSave : KindMemory);
         download.emplace(link, progress, mode, data);
-        if (state.LinkBusy == saveMode || !LinkInUse(state))
-            qFatal("Who has the link?");
+        Require(state.LinkBusy != saveMode && LinkInUse(state), u"Who has the link?"_qs);
         return Running<Result<>>(download->Receive());
     }
 
@@ -37,8 +36,7 @@ struct DownloadRig : LinkRig
     Result<> Fetch(StoredData::Mode mode)
     {
         const Running<Result<>> running = Begin(mode);
-        if (!running.Finish() || !LinkInUse(state))
-            qFatal("The download does not end, or has lost the link.");
+        Require(running.Finish() && LinkInUse(state), u"The download does not end, or has lost the link."_qs);
         return running.Value();
     }
 

@@ -54,6 +54,12 @@ void Also(Rig *rig)
     rig->commands.Run(command);
 }
 
+void AddThirdWindow(Rig *rig)
+{
+    if (rig->sets.size() == 2)
+        rig->commands.AddDataSet(KindRealtime);
+}
+
 void LeaveMeanwhile(Rig *rig)
 {
     rig->commands.Leave();
@@ -81,14 +87,7 @@ class MainCommandsTest : public QObject
             {"the second may not", {{true, false}, 2, false, Nothing}},
             {"asked to leave once more", {{true, true}, 2, true, [](Rig *rig) { rig->commands.Leave(); }}},
             {"the other window goes", {{true, false}, 1, true, [](Rig *rig) { rig->sets.removeLast(); }}},
-            {"a window comes",
-             {{true, true},
-              2,
-              true,
-              [](Rig *rig) {
-                  if (rig->sets.size() == 2)
-                      rig->commands.AddDataSet(KindRealtime);
-              }}},
+            {"a window comes", {{true, true}, 2, true, AddThirdWindow}},
             {"a run begins",
              {{true, true}, 2, false, [](Rig *rig) { rig->services.state.RealtimeRun = true; }}},
             {"a download begins", {{true, true}, 2, false, UseLink<ActivityDownload>}},
