@@ -21,12 +21,12 @@ qint64 SystemClock::MonotonicMs() const
     return static_cast<qint64>(GetTickCount64());
 #else
 #ifdef CLOCK_BOOTTIME
-    constexpr clockid_t RunsOnInSleep = CLOCK_BOOTTIME;
+    constexpr clockid_t CountsSleep = CLOCK_BOOTTIME;
 #else
-    constexpr clockid_t RunsOnInSleep = CLOCK_MONOTONIC; // does so where there is no other
+    constexpr clockid_t CountsSleep = CLOCK_MONOTONIC; // counts sleep on systems without CLOCK_BOOTTIME
 #endif
     timespec now{};
-    clock_gettime(RunsOnInSleep, &now);
+    clock_gettime(CountsSleep, &now);
     return static_cast<qint64>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
 #endif
 }

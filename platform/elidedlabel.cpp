@@ -14,21 +14,21 @@ ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
 void ElidedLabel::SetText(const QString &text)
 {
     constexpr int LongestToolTip = 500; // noise can be any length
-    const QString told = text.left(LongestToolTip);
+    const QString toolTip = text.left(LongestToolTip);
     setText(text);
-    setToolTip(Qt::mightBeRichText(told) ? told.toHtmlEscaped() : told);
+    setToolTip(Qt::mightBeRichText(toolTip) ? toolTip.toHtmlEscaped() : toolTip);
 }
 
 void ElidedLabel::paintEvent(QPaintEvent *event)
 {
-    const QRect room = contentsRect();
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());
+    const QRect area = contentsRect();
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, area.width());
     if (wordWrap() || shown == text() || hasSelectedText()) {
         QLabel::paintEvent(event);
         return;
     }
     QPainter painter(this);
-    style()->drawItemText(&painter, room, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), shown,
+    style()->drawItemText(&painter, area, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), shown,
                           foregroundRole());
 }
 

@@ -35,12 +35,12 @@ bool SameFile(const QString &one, const QString &other)
     const std::filesystem::path first = QFileInfo(one).filesystemAbsoluteFilePath();
     const std::filesystem::path second = QFileInfo(other).filesystemAbsoluteFilePath();
     std::error_code absent;
-    // The file system itself knows best: it sees through links and through the case of the name.
+    // The file system decides: it resolves links and knows whether case matters.
     if (std::filesystem::exists(first, absent) || std::filesystem::exists(second, absent))
         return std::filesystem::equivalent(first, second, absent);
     // Files that do not exist yet are compared by their resolved paths.
     const auto path = [](const std::filesystem::path &name) {
-        std::error_code unreadable; // then its name is all that is known of it
+        std::error_code unreadable; // then the name is compared as it is
         const std::filesystem::path real = std::filesystem::weakly_canonical(name, unreadable);
         return QDir::cleanPath(QFileInfo(unreadable ? name : real).filePath());
     };
@@ -54,14 +54,15 @@ bool MayBeWritten(const QString &name)
     const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t *>(path.utf16()));
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return true;
-    constexpr DWORD against =
+    constexpr DWORD protecting =
         FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY;
-    return (attributes & against) == 0;
+    return (attributes & protecting) == 0;
 #else
     const QFileInfo info(name);
     if (!info.exists())
         return true;
-    // The administrator may write everything; a file that nobody may write is still meant to be kept.
+    // For an administrator isWritable() is always true; a file that nobody may write is protected all the
+    // same.
     constexpr QFile::Permissions anybody = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     return info.isFile() && (info.permissions() & anybody) && info.isWritable();
 #endif
@@ -70,9 +71,9 @@ bool MayBeWritten(const QString &name)
 QString ProposedName(const QString &title, const Clock &clock, const QString &suffix)
 {
     constexpr int LongestTitle = 80;     // characters
-    constexpr qsizetype MostBytes = 200; // a name has room for 255, and a neighbour's is a bit longer
+    constexpr qsizetype MostBytes = 200; // of the 255 of a file name: time, suffix and lock files add some
     static const QString Forbidden = QStringLiteral("/\\:*?\"<>|");
-    // What begins like this is a device on Windows.
+    // Windows takes such names for devices, whatever follows the dot.
     static const QRegularExpression device(
         QStringLiteral("^(CON|PRN|AUX|NUL|(COM|LPT)[0-9\u00b9\u00b2\u00b3])\\s*\\."),
         QRegularExpression::CaseInsensitiveOption);

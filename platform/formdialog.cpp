@@ -64,13 +64,13 @@ void FormDialog::Refuse(QLineEdit *field, const QString &complaint)
 QCoro::Task<void> FormDialog::WarnAndReturn(QPointer<FormDialog> dialog, QLineEdit *field, QString complaint)
 {
     dialog->asking_ = true;
-    Enter(field); // the message keeps clear of it
+    Enter(field); // a box is placed clear of the field that has the focus
     Prompts *const prompts = dialog->prompts_;
     co_await prompts->Warn(complaint);
     if (!dialog)
         co_return;
     dialog->asking_ = false;
-    Enter(field); // lives as long as the dialog
+    Enter(field); // the field lives as long as the dialog
 }
 
 } // namespace px40

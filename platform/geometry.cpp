@@ -16,13 +16,13 @@ namespace {
 constexpr double TwipsPerInch = 1440;
 constexpr int SmallestWindow = 200;
 constexpr int TitleBarHeight = 32;
-constexpr int GraspableWidth = 80;
+constexpr int ReachableWidth = 80;
 
-bool CanBeGrasped(const QRect &window, const QRect &screen)
+bool IsTitleBarReachable(const QRect &window, const QRect &screen)
 {
     const QRect titleBar(window.left(), window.top(), window.width(), TitleBarHeight);
     const QRect seen = titleBar.intersected(screen);
-    return seen.height() == TitleBarHeight && seen.width() >= std::min(GraspableWidth, window.width());
+    return seen.height() == TitleBarHeight && seen.width() >= std::min(ReachableWidth, window.width());
 }
 
 const QString Section = QStringLiteral("Settings");
@@ -54,7 +54,7 @@ QRect OntoScreen(const QRect &wanted, const QList<QRect> &screens)
     if (screens.isEmpty())
         return wanted;
     const auto found = std::find_if(screens.begin(), screens.end(),
-                                    [&](const QRect &screen) { return CanBeGrasped(wanted, screen); });
+                                    [&](const QRect &screen) { return IsTitleBarReachable(wanted, screen); });
     const QRect screen = found != screens.end() ? *found : screens.first();
     QRect window = wanted;
     window.setWidth(std::clamp(window.width(), std::min(SmallestWindow, screen.width()), screen.width()));
@@ -84,7 +84,7 @@ QPoint PlaceClearOf(const QSize &size, const QRect &window, const QRect &field, 
         QRect place(corner, size);
         if (place.intersects(field))
             continue;
-        // Along the field it may be pushed onto the screen, across it would be pushed back onto the field.
+        // Moved sideways onto the screen; where that covers the field again, the next place is tried.
         place.moveLeft(std::clamp(place.left(), found->left(),
                                   std::max(found->left(), found->right() + 1 - size.width())));
         if (found->contains(place) && !place.intersects(field))

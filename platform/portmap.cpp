@@ -17,7 +17,7 @@ QString StoreKey(int number)
     return QStringLiteral("PortDevice%1").arg(number);
 }
 
-/// The device that could be opened under that number.
+/// Where the device is kept that was last opened under that number.
 QString KnownKey(int number)
 {
     return QStringLiteral("PortKnown%1").arg(number);
@@ -40,8 +40,8 @@ QString PortMap::Device(int number) const
         return *fixed;
     if (!CanAssign())
         return QStringLiteral("COM%1").arg(number);
-    const auto passing = passing_.find(number);
-    return passing != passing_.end() ? *passing : store_->Get(Section, StoreKey(number));
+    const auto temporary = temporary_.find(number);
+    return temporary != temporary_.end() ? *temporary : store_->Get(Section, StoreKey(number));
 }
 
 void PortMap::Assign(int number, const QString &path)
@@ -49,7 +49,7 @@ void PortMap::Assign(int number, const QString &path)
     if (keeps_)
         store_->Save(Section, StoreKey(number), LastingName(path));
     else
-        passing_.insert(number, LastingName(path));
+        temporary_.insert(number, LastingName(path));
 }
 
 void PortMap::KeepAsKnown(int number)

@@ -60,8 +60,8 @@ class PortMap
   private:
     UserStore *store_;
     QMap<int, QString> fixed_;
-    QMap<int, QString> passing_; ///< assigned while nothing is kept
-    QSet<QString> known_;        ///< in this run
+    QMap<int, QString> temporary_; ///< assigned while nothing is kept
+    QSet<QString> known_;          ///< in this run
     bool keeps_ = true;
 };
 

@@ -29,13 +29,13 @@ namespace px40 {
 
 namespace {
 
-const QString NeighbourBegin = QStringLiteral(".px40-");
-const QString NeighbourEnd = QStringLiteral(".tmp");
+const QString TemporaryPrefix = QStringLiteral(".px40-");
+const QString TemporarySuffix = QStringLiteral(".tmp");
 
-/// The process that has made that neighbour; 0 where its name does not say so.
+/// The process that made that temporary file; 0 when its name does not say so.
 int PidOf(const QString &name)
 {
-    return QFileInfo(name).fileName().mid(NeighbourBegin.size()).section(u'-', 0, 0).toInt();
+    return QFileInfo(name).fileName().mid(TemporaryPrefix.size()).section(u'-', 0, 0).toInt();
 }
 
 #ifdef Q_OS_WIN
@@ -47,12 +47,12 @@ int SyncToDisk(QFile &file)
     return FlushFileBuffers(handle) ? 0 : static_cast<int>(GetLastError());
 }
 
-/// The renaming has done it.
+/// `Rename` has waited for the disk.
 void SyncFolder(const QString &) {}
 
-void Mark(QFile &) {}
+void LockAsInUse(QFile &) {}
 
-/// An open file cannot be removed; one of this process may be closed and about to be renamed.
+/// Windows does not remove an open file. One of this process may be closed and about to be renamed.
 bool IsUnused(const QString &name)
 {
     return PidOf(name) != QCoreApplication::applicationPid();
@@ -88,13 +88,13 @@ void TakeModeOf(const QString &, QFile &) {}
 
 #else
 
-/// The system's number of the error, or 0; file systems that cannot tell count as good.
+/// The system's number of the error, or 0, also on a file system without fsync.
 int SyncToDisk(QFile &file)
 {
     return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
 }
 
-/// What is renamed stays so after a loss of power. If this fails, either of the two files is there, whole.
+/// Lets the renaming survive a loss of power. Where this fails, one of the two files is there, complete.
 void SyncFolder(const QString &name)
 {
     const int folder = ::open(QFile::encodeName(name).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -104,8 +104,8 @@ void SyncFolder(const QString &name)
     ::close(folder);
 }
 
-/// Shows other processes, in containers of their own too, that somebody is still at work.
-void Mark(QFile &file)
+/// Tells other processes that the file is in use, also those in a container, where process ids differ.
+void LockAsInUse(QFile &file)
 {
     ::flock(file.handle(), LOCK_EX | LOCK_NB);
 }
@@ -136,14 +136,14 @@ int Rename(const QString &from, const QString &to, bool mayReplace)
     return ::rename(fromName.constData(), toName.constData()) == 0 ? 0 : errno;
 }
 
-/// So a server tells that a program on another machine has the file open.
+/// A file server answers with these when a program on another machine has the file open.
 bool IsHeld(int error)
 {
     return error == EBUSY || error == ETXTBSY;
 }
 
-/// Owner, group and mode, as far as this user may set them: so a file keeps its owner when an administrator
-/// changes it.
+/// Copies owner, group and mode, as far as this user may set them, so that a file keeps its owner when an
+/// administrator saves it.
 void TakeModeOf(const QString &name, QFile &file)
 {
     struct stat was = {};
@@ -161,7 +161,7 @@ void TakeModeOf(const QString &name, QFile &file)
 bool IsLeftover(const QString &name)
 {
     const int pid = PidOf(name);
-    // A number that is in use again, by this very process too, says nothing; then the mark decides.
+    // Our own process id may have been that of a program that crashed; then the lock decides.
     return pid > 0 && (pid == QCoreApplication::applicationPid() || IsGone(pid)) && IsUnused(name);
 }
 
@@ -173,21 +173,21 @@ QString RealName(const QString &name)
     const QString canonical = info.canonicalFilePath();
     if (!canonical.isEmpty())
         return canonical;
-    // A link to what is not there yet.
+    // A link to a file that does not exist yet.
     constexpr int longestChain = 40;
     for (int i = 0; i < longestChain && info.isSymbolicLink(); ++i)
         info.setFile(info.symLinkTarget());
     return QDir::cleanPath(info.absoluteFilePath());
 }
 
-FilePrint PrintOf(const QString &name)
+FileFingerprint FingerprintOf(const QString &name)
 {
-    FilePrint print;
+    FileFingerprint fingerprint;
 #ifdef Q_OS_WIN
     const QFileInfo info(name);
     if (info.exists()) {
-        print.size = info.size();
-        print.time = info.lastModified().toMSecsSinceEpoch();
+        fingerprint.size = info.size();
+        fingerprint.time = info.lastModified().toMSecsSinceEpoch();
     }
 #else
     struct stat now = {};
@@ -198,12 +198,12 @@ FilePrint PrintOf(const QString &name)
 #else
         const timespec &time = now.st_mtim;
 #endif
-        print.size = now.st_size;
-        print.time = time.tv_sec * second + time.tv_nsec;
-        print.number = now.st_ino;
+        fingerprint.size = now.st_size;
+        fingerprint.time = time.tv_sec * second + time.tv_nsec;
+        fingerprint.number = now.st_ino;
     }
 #endif
-    return print;
+    return fingerprint;
 }
 
 Renaming Renaming::OfTheSystem()
@@ -225,22 +225,23 @@ Replacement::~Replacement()
 
 Result<> Replacement::Open()
 {
-    // What it replaces may be nobody else's to read.
+    // The old file may be private: until `Finish` copies its mode, only this user may read the new one.
     const bool replaces = QFileInfo::exists(name_);
     const QFile::Permissions ours = QFile::ReadOwner | QFile::WriteOwner;
     const QFile::Permissions usual = ours | QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther |
-                                     QFile::WriteOther; // less the bits that the user's mask takes away
+                                     QFile::WriteOther; // less the bits of the umask
     constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered;
 
     const QString pid = QString::number(QCoreApplication::applicationPid());
     const QString random = QString::number(QRandomGenerator::global()->generate(), 16);
-    file_.setFileName(QFileInfo(name_).path() + u'/' + NeighbourBegin + pid + u'-' + random + NeighbourEnd);
+    file_.setFileName(QFileInfo(name_).path() + u'/' + TemporaryPrefix + pid + u'-' + random +
+                      TemporarySuffix);
     if (!file_.open(mode, replaces ? ours : usual)) {
         const QString reason = file_.errorString();
         file_.setFileName({});
         return Fail(reason);
     }
-    Mark(file_);
+    LockAsInUse(file_);
     return {};
 }
 
@@ -276,7 +277,7 @@ Result<> Replacement::TakePlace(bool mayReplace)
 void Replacement::Sweep(const QString &name)
 {
     const QDir folder(QFileInfo(name).path());
-    const QStringList names = folder.entryList({NeighbourBegin + u'*' + NeighbourEnd},
+    const QStringList names = folder.entryList({TemporaryPrefix + u'*' + TemporarySuffix},
                                                QDir::Files | QDir::Hidden | QDir::NoSymLinks);
     for (const QString &one : names) {
         const QString path = folder.filePath(one);

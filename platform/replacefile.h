@@ -12,33 +12,34 @@ namespace px40 {
 /// The file that a name leads to through symbolic links, as an absolute name; it need not exist.
 QString RealName(const QString &name);
 
-/// What tells one state of a file from another: new content comes with a new print.
-struct FilePrint
+/// What tells one state of a file from another: new content comes with a new fingerprint.
+struct FileFingerprint
 {
     qint64 size = -1; ///< -1: there is no such file
     qint64 time = 0;
     quint64 number = 0; ///< of the file in its file system, where it has one
 
-    bool operator==(const FilePrint &) const = default;
+    bool operator==(const FileFingerprint &) const = default;
 };
 
-FilePrint PrintOf(const QString &name);
+FileFingerprint FingerprintOf(const QString &name);
 
 /// How files are renamed; tests put another one in.
 struct Renaming
 {
-    /// Gives 0, or the system's number of what was in the way. Without `mayReplace` nothing that is there is
-    /// replaced, not even what came this very moment, unless the file system knows no way to do that.
+    /// Gives 0, or the system's number of the error. Without `mayReplace` no file is replaced, not even one
+    /// that is created at this very moment, unless the file system has no way to ensure that.
     std::function<int(const QString &from, const QString &to, bool mayReplace)> rename;
     std::function<void(int milliseconds)> pause;
 
     static Renaming OfTheSystem();
 };
 
-/// A file that is to take the place of another, or to be a new one: written as a temporary neighbour, which
-/// is removed on destruction unless it was renamed into place. So whatever happens the name holds either what
-/// it held or all of the new. Why not `QSaveFile`: it replaces a file that has come meanwhile, does not say
-/// whether the disk has the bytes, and leaves its neighbour behind after a crash.
+/// A file that is to take the place of another, or to be a new one: written as a temporary file in the same
+/// folder, which is removed on destruction unless it was renamed into place. So whatever happens, the name
+/// stands for the old file or for the complete new one. Why not `QSaveFile`: it replaces a file that was
+/// created meanwhile, does not say whether the disk has the bytes, and leaves its temporary file behind after
+/// a crash.
 class Replacement
 {
   public:
@@ -48,10 +49,10 @@ class Replacement
     Replacement(const Replacement &) = delete;
     Replacement &operator=(const Replacement &) = delete;
 
-    /// Makes the neighbour.
+    /// Creates the temporary file.
     Result<> Open();
 
-    /// The neighbour, to be written, by `WriteBytes`: it has no buffer.
+    /// The temporary file, to be written by `WriteBytes`: it has no buffer.
     QFile &File() { return file_; }
 
     /// The disk has every byte, and the file the owner and the permissions of the one that it is to replace.
@@ -61,7 +62,7 @@ class Replacement
     /// elsewhere, holds one of the two. Afterwards the folder is on the disk too.
     Result<> TakePlace(bool mayReplace);
 
-    /// Removes the neighbours of that file which a program that is gone has left there.
+    /// Removes temporary files that programs which have ended left beside the file of that name.
     static void Sweep(const QString &name);
 
   private:

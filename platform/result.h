@@ -25,7 +25,7 @@ struct Failure
 };
 
 /// What an operation gives that may fail: the value, or why there is none. The compiler complains where one
-/// is dropped unseen. `Why` is not `Failure` only where a room knows no sentences, as xlsx/.
+/// is dropped unseen. `Why` is `Failure` except in xlsx/, which has no texts for the user.
 template <typename T = void, typename Why = Failure>
 class [[nodiscard]] Result : public tl::expected<T, Why>
 {

@@ -11,15 +11,15 @@ namespace px40 {
 
 namespace {
 
-/// Judges the device before the serial class does, whose words do not tell these cases apart.
-PortTrouble LookAt(const QString &device, QString *group)
+/// Checks the device beforehand: the errors of QSerialPort do not tell these cases apart.
+PortTrouble CheckDevice(const QString &device, QString *group)
 {
 #ifdef Q_OS_UNIX
     const QFileInfo info(device);
     if (!info.exists())
         return PortTrouble::NotThere;
     if (!info.isReadable() || !info.isWritable()) {
-        // Only a group that may use the device is worth being in.
+        // Joining the group helps only if the group may use the device.
         const QFileInfo node(info.canonicalFilePath());
         if (node.permission(QFile::ReadGroup | QFile::WriteGroup))
             *group = node.group();
@@ -44,7 +44,7 @@ PortTrouble FromError(QSerialPort::SerialPortError error)
     }
 }
 
-/// Flushing into a full line would be taken for its end.
+/// A flush that a full line does not take reports an error, as if the device were gone.
 template <typename Handle>
 bool TakesBytes(Handle handle)
 {
@@ -77,11 +77,11 @@ PortOpenResult SerialPort::Open(const QString &device)
     Drop();
     PortOpenResult result;
     result.device = device;
-    result.trouble = LookAt(device, &result.group);
+    result.trouble = CheckDevice(device, &result.group);
     if (result.trouble != PortTrouble::None)
         return result;
 
-    // One device must have one name, or the lock against a second program does not hold.
+    // The lock against a second program goes by the name, so a device must always have the same one.
     const QString canonical = QFileInfo(device).canonicalFilePath();
     auto port = std::make_unique<QSerialPort>();
     port->setPortName(canonical.isEmpty() ? device : canonical);
@@ -102,7 +102,7 @@ PortOpenResult SerialPort::Open(const QString &device)
         if (!port_ || !EndsTheLine(error))
             return;
         const QString reason = port_->errorString();
-        Drop(); // left open it would signal the same error without pause
+        Drop(); // left open, the port would signal the same error over and over
         Q_EMIT lost(reason);
     });
     port_ = std::move(port);
@@ -119,7 +119,7 @@ bool SerialPort::Write(const QByteArray &bytes)
     if (!port_ || port_->write(bytes) != bytes.size())
         return false;
     if (TakesBytes(port_->handle()))
-        port_->flush(); // now, not after another turn of the event loop; a dead line may show itself in it
+        port_->flush(); // now instead of in the next event loop turn; if the device is gone, `Drop` is called
     return port_ != nullptr;
 }
 

@@ -20,7 +20,7 @@ QString LockPath(const QString &name)
 
 SingleInstance::SingleInstance(const QString &name) : lock_(LockPath(name))
 {
-    // No age makes a lock stale, only the death of the process that holds it.
+    // A lock never becomes stale by its age, only when the process that holds it has died.
     lock_.setStaleLockTime(0);
 }
 
@@ -28,7 +28,7 @@ bool SingleInstance::Acquire()
 {
     if (lock_.tryLock(0) || lock_.error() != QLockFile::LockFailedError)
         return true;
-    // A file that names nobody was left half-written, unless somebody is writing it right now.
+    // A lock file without a process id was left half-written, unless another copy is writing it right now.
     constexpr int WritingMs = 100;
     qint64 pid = 0;
     QString host;

@@ -44,13 +44,13 @@ double UserStore::GetNumber(const QString &section, const QString &key, double f
 
 void UserStore::Save(const QString &section, const QString &key, const QString &text)
 {
-    if (Get(section, key) != text) // a file that stays as it is need not be written
+    if (Get(section, key) != text) // do not rewrite the file for nothing
         Put(*settings_, FullKey(section, key), text);
 }
 
 void UserStore::SaveNow(const QString &section, const QString &key, const QString &text) const
 {
-    // Each thread must have settings of its own; those of one file know of each other.
+    // A QSettings belongs to one thread; those of the same file share their contents.
     QSettings settings(settings_->fileName(), settings_->format());
     Put(settings, FullKey(section, key), text);
     settings.sync();

@@ -30,7 +30,7 @@ OneShot<bool> RunInThread(std::function<void()> work)
         try {
             work();
         } catch (...) {
-            good = false; // what it was is of no use to the waiter
+            good = false; // the waiter needs to know no more than that
         }
         const auto complete = [ended, good] { ended.Complete(good); };
         QMetaObject::invokeMethod(QCoreApplication::instance(), complete, Qt::QueuedConnection);

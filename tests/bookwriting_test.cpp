@@ -449,10 +449,10 @@ class BookWritingTest : public QObject
             return file.open(QIODevice::ReadWrite) && file.setFileTime(to, QFile::FileModificationTime);
         };
         QVERIFY(Put(one, "1") && Put(two, "2") && setTime(one, time) && setTime(two, time));
-        const FilePrint print = PrintOf(one);
-        QVERIFY(PrintOf(two) != print); // another file of the same size and time
+        const FileFingerprint fingerprint = FingerprintOf(one);
+        QVERIFY(FingerprintOf(two) != fingerprint); // another file of the same size and time
         QVERIFY(setTime(one, time.addMSecs(1)));
-        QVERIFY(PrintOf(one) != print);
+        QVERIFY(FingerprintOf(one) != fingerprint);
     }
 };
 

@@ -11,14 +11,14 @@ namespace px40 {
 
 namespace {
 
-/// A sheet on its way into an archive: its text is made as libzip takes it.
+/// The source from which libzip reads the sheet; its text is made as it is read.
 class SheetPart : public ZipSource
 {
   public:
     /// Both must outlive it.
     SheetPart(SheetXml &xml, WriteWatch &watch) : xml_(&xml), watch_(&watch) {}
 
-    /// How much work it is, in bytes that are copied.
+    /// How much work the sheet is, in the time of copying a byte.
     qint64 Work() const { return xml_->Size() * Weight; }
 
   protected:
@@ -27,8 +27,8 @@ class SheetPart : public ZipSource
         switch (command) {
         case ZIP_SOURCE_SUPPORTS:
             return ZIP_SOURCE_SUPPORTS_READABLE;
-        case ZIP_SOURCE_STAT: // without it a header for more than 4 GB is written, which strict readers
-                              // object to
+        case ZIP_SOURCE_STAT:
+            // Without the size libzip writes a header for more than 4 GB, which strict readers refuse.
             return TellSize(data, xml_->Size());
         case ZIP_SOURCE_OPEN:
             xml_->Rewind();
@@ -44,12 +44,12 @@ class SheetPart : public ZipSource
     }
 
   private:
-    /// A byte of a sheet, made and compressed, takes as long as this many that are copied.
+    /// Making and compressing a byte of the sheet takes as long as copying this many.
     static constexpr qint64 Weight = 6;
 
-    zip_int64_t Read(char *to, qint64 room)
+    zip_int64_t Read(char *to, qint64 size)
     {
-        const qint64 made = xml_->Read(to, room);
+        const qint64 made = xml_->Read(to, size);
         return watch_->Advance(made * Weight) ? made : Fail(ZIP_ER_CANCELLED);
     }
 
@@ -57,15 +57,15 @@ class SheetPart : public ZipSource
     WriteWatch *watch_;
 };
 
-bool Exists(const FilePrint &print)
+bool Exists(const FileFingerprint &fingerprint)
 {
-    return print.size >= 0;
+    return fingerprint.size >= 0;
 }
 
-/// A failure to write: the file of that name is as it was, or there is still none.
+/// The failure to write: tells whether an old file is unchanged or there is still none.
 tl::unexpected<BookFailure> NotWritten(const QString &reason, const QString &name)
 {
-    return Refuse(Exists(PrintOf(name)) ? BookProblem::NotReplaced : BookProblem::NotMade, reason);
+    return Refuse(Exists(FingerprintOf(name)) ? BookProblem::NotReplaced : BookProblem::NotMade, reason);
 }
 
 /// One attempt to write a sheet into a file.
@@ -73,7 +73,8 @@ class Attempt
 {
   public:
     Attempt(const WorkbookFile &file, const Sheet &sheet, WriteWatch *watch)
-        : file_(&file), sheet_(&sheet), watch_(watch), name_(RealName(file.name)), before_(PrintOf(name_))
+        : file_(&file), sheet_(&sheet), watch_(watch), name_(RealName(file.name)),
+          before_(FingerprintOf(name_))
     {
     }
 
@@ -92,11 +93,11 @@ class Attempt
     }
 
     /// Somebody else has written to the workbook since the attempt began.
-    bool IsOvertaken() const { return !file_->isNew && PrintOf(name_) != before_; }
+    bool IsOvertaken() const { return !file_->isNew && FingerprintOf(name_) != before_; }
 
   private:
     BookResult<> Check() const;
-    BookResult<> CheckOthers(const FilePrint &now) const;
+    BookResult<> CheckOthers(const FileFingerprint &now) const;
     BookResult<> WriteArchive(Replacement &to);
     BookResult<> TakePlace(Replacement &from);
 
@@ -104,7 +105,7 @@ class Attempt
     const Sheet *sheet_;
     WriteWatch *watch_;
     QString name_;
-    FilePrint before_;
+    FileFingerprint before_;
 };
 
 BookResult<> Attempt::Check() const
@@ -118,8 +119,8 @@ BookResult<> Attempt::Check() const
     return CheckOthers(before_);
 }
 
-/// Whether another program has to do with the file.
-BookResult<> Attempt::CheckOthers(const FilePrint &now) const
+/// Refuses a file that another program has open or has just created.
+BookResult<> Attempt::CheckOthers(const FileFingerprint &now) const
 {
     if (HolderOf(file_->name))
         return Refuse(BookProblem::InUse);
@@ -150,7 +151,7 @@ BookResult<> Attempt::WriteArchive(Replacement &to)
     if (!stored)
         return stored;
 
-    watch_->Begin(2 * from.Size() + part.Work()); // it is read twice
+    watch_->Begin(2 * from.Size() + part.Work()); // read twice: to be checked and to be copied
     const BookResult<> whole = package.CheckContents(from.Size());
     if (!whole)
         return whole;
@@ -172,14 +173,14 @@ BookResult<> Attempt::TakePlace(Replacement &from)
 {
     if (watch_->cancelled)
         return Refuse(BookProblem::Cancelled);
-    const FilePrint now = PrintOf(name_);
+    const FileFingerprint now = FingerprintOf(name_);
     const BookResult<> others = CheckOthers(now);
     if (!others)
         return others;
     if (IsOvertaken())
         return Refuse(BookProblem::KeepsChanging);
     const Result<> placed = from.TakePlace(Exists(now));
-    if (!placed && !Exists(now) && Exists(PrintOf(name_)))
+    if (!placed && !Exists(now) && Exists(FingerprintOf(name_)))
         return Refuse(BookProblem::Taken);
     if (!placed)
         return NotWritten(placed.error().text, name_);
@@ -192,7 +193,7 @@ BookResult<> Attempt::TakePlace(Replacement &from)
 
 WorkbookFile WorkbookFile::New(const QString &name)
 {
-    return {name, true, PrintOf(RealName(name))};
+    return {name, true, FingerprintOf(RealName(name))};
 }
 
 BookResult<> CheckWorkbook(const QString &name)

@@ -17,8 +17,8 @@ namespace px40 {
 struct WorkbookFile
 {
     QString name;
-    bool isNew = false;      ///< is to be made
-    FilePrint replaced = {}; ///< what a new one may replace
+    bool isNew = false;            ///< is to be made
+    FileFingerprint replaced = {}; ///< what a new one may replace
 
     /// One that gets another sheet after its last one; nothing else in it changes.
     static WorkbookFile Existing(const QString &name) { return {name}; }
@@ -33,9 +33,9 @@ BookResult<> CheckWorkbook(const QString &name);
 /// Whether a new workbook can be made there.
 BookResult<> CheckNewWorkbook(const QString &name);
 
-/// Writes the sheet into the file, which is made as a temporary neighbour and renamed at the very end: until
-/// then, and whatever happens, an existing workbook is as it was. Where somebody else changes it meanwhile,
-/// the sheet goes into what it is then. May be called on any thread, as `sheet` is used by no other one.
+/// Writes the sheet into the file, which is made as a temporary file and renamed at the very end: until
+/// then, and whatever happens, an existing workbook is as it was. If another program changes it meanwhile,
+/// the sheet is added to what that has written. May be called on any thread if no other one uses `sheet`.
 BookResult<> AddSheet(const WorkbookFile &file, const Sheet &sheet, WriteWatch *watch);
 
 /// Removes what a program that was killed while it wrote that workbook has left beside it.
