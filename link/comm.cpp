@@ -14,10 +14,10 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcLink, "px40.link", QtWarningMsg)
 
-// In time-outs. A stalled instrument answers all that it was asked as soon as it goes on; beyond this it was
-// off, and what it was asked is lost.
+// How long a reply may be late, in time-outs. An instrument that was only held up answers every command once
+// it goes on; one that is silent for longer was switched off and has lost them.
 constexpr int OldestReply = 60;
-// How long a command that changes the instrument waits for the acknowledgement of an older one.
+// How long a command that changes the instrument waits for the acknowledgement of an older one, in time-outs.
 constexpr int OldestAcknowledgement = 2;
 
 QString OpenErrorText(const PortOpenResult &result, int number, bool known)
@@ -47,8 +47,8 @@ Comm::Comm(LinkState &state, PortMap &ports, int replyTimeoutMs, QObject *parent
     connect(&port_, &SerialPort::arrived, this, &Comm::Receive);
     connect(&port_, &SerialPort::lost, this, &Comm::OnLost);
     connect(&timeout_, &Timer::tick, this, &Comm::OnTimeout);
-    connect(&acknowledgements_, &Timer::tick, this, &Comm::Wake);
-    running_.start();
+    connect(&acknowledgementTimer_, &Timer::tick, this, &Comm::Wake);
+    uptime_.start();
 }
 
 void Comm::SetPortNumber(int number)
@@ -91,7 +91,7 @@ void Comm::ClosePort()
     Q_EMIT portChanged();
 }
 
-/// Nobody waits on a closed port.
+/// Forgets what is outstanding, and wakes a waiting exchange so that it ends.
 void Comm::EndConnection()
 {
     ++connection_;
@@ -180,7 +180,8 @@ QCoro::Task<Result<QString>> Comm::Exchange(LinkCommand command)
     co_return Fail(Text(Str::CommandNoAnswer).arg(command_), FailureCode::NoAnswer);
 }
 
-/// Writes, and then looks at the conditions in their order each time something has happened.
+/// Writes the command and waits for the attempt to end. After each event a cancel is looked for before a
+/// reply, and a reply before the time-out.
 QCoro::Task<Comm::AttemptEnd> Comm::Attempt(int connection)
 {
     if (connection_ != connection || !port_.IsOpen())
@@ -204,40 +205,40 @@ QCoro::Task<Comm::AttemptEnd> Comm::Attempt(int connection)
     co_return AttemptEnd::Closed;
 }
 
-/// Until they are in, or will not come any more, or the work is cancelled.
+/// Waits until the acknowledgements of older commands have come or are overdue, or the work is cancelled.
 QCoro::Task<void> Comm::AwaitAcknowledgements()
 {
     const int connection = connection_;
     while (connection_ == connection && !IsCancelled()) {
         const qint64 asked = pending_.LastAcknowledgementAsked();
-        const qint64 left = asked + qint64{OldestAcknowledgement} * timeout_.Interval() - running_.elapsed();
+        const qint64 left = asked + qint64{OldestAcknowledgement} * timeout_.Interval() - uptime_.elapsed();
         if (asked < 0 || left <= 0)
             break;
-        acknowledgements_.SetInterval(static_cast<int>(left));
-        acknowledgements_.SetEnabled(true);
+        acknowledgementTimer_.SetInterval(static_cast<int>(left));
+        acknowledgementTimer_.SetEnabled(true);
         co_await NextEvent();
     }
-    acknowledgements_.SetEnabled(false);
+    acknowledgementTimer_.SetEnabled(false);
 }
 
 void Comm::Write()
 {
-    const bool written = port_.Write(command_.toLatin1() + "\r\n"); // the rest is done while it is on its way
+    const bool written = port_.Write(command_.toLatin1() + "\r\n"); // first: the rest is done meanwhile
     if (!port_.IsOpen())
         return;
     timedOut_ = false;
     timeout_.SetEnabled(true);
     sentAt_.start();
-    pending_.Written(running_.elapsed());
-    pending_.ForgetBefore(running_.elapsed() - qint64{OldestReply} * timeout_.Interval());
+    pending_.Written(uptime_.elapsed());
+    pending_.ForgetBefore(uptime_.elapsed() - qint64{OldestReply} * timeout_.Interval());
     qCDebug(lcLink).noquote() << command_ << "sent";
     if (!written) {
-        // A line that takes no more bytes is a silent one: the time-out judges it.
+        // A port that takes no more bytes is like a silent instrument: the time-out ends the attempt.
         qCWarning(lcLink).noquote() << command_ << "could not be written";
     }
 }
 
-/// Takes what has come, whether or not somebody waits for it: it may be a late reply.
+/// Reads what has come even when no exchange waits for it: it may be a late reply.
 void Comm::Receive()
 {
     bool askAgain = false;
@@ -269,7 +270,7 @@ void Comm::OnTimeout()
     Wake();
 }
 
-/// The work under way is not wanted any more.
+/// Of all work only a download can be cancelled; closing the channel cancels everything.
 bool Comm::IsCancelled() const
 {
     return shut_ || (state_->LinkActivity == ActivityDownload && state_->DownloadCancel);

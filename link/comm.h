@@ -100,8 +100,8 @@ class Comm : public QObject
     PortMap *ports_;
     SerialPort port_;
     Timer timeout_;
-    Timer acknowledgements_; ///< bounds the wait for those of older commands
-    QElapsedTimer running_;
+    Timer acknowledgementTimer_; ///< bounds the wait for acknowledgements of older commands
+    QElapsedTimer uptime_;
     QElapsedTimer sentAt_;
     LineBuffer lines_;
     PendingReplies pending_;

@@ -22,7 +22,7 @@ struct Column
 {
     enum Rule {
         Always,
-        WhileMeasuring, ///< otherwise the member keeps what it held
+        WhileMeasuring, ///< otherwise the member keeps its value
         MayBeBlank,
     };
 
@@ -115,7 +115,7 @@ ReadingTexts SampleOf(const InstrumentStatus &status, int sourceFunction)
     ReadingTexts sample;
     if (status.MeasureOn != 0)
         ShowMeasuredValue(SplitValue(status.MeasureValue), &sample);
-    // The source side shows its number whatever its state letter says.
+    // The source value is shown as a number whatever its state letter says.
     const ValueField source = SplitValue(status.SourceField);
     sample.sourceValue = FormatReplyNumber(source);
     sample.sourceUnit = PrefixText(source) + SourceUnitText(status, source.unit, sourceFunction);
@@ -129,22 +129,22 @@ DecodedCondition DecodeCondition(const QString &reply, const InstrumentStatus &b
     if (reply.startsWith(u"ERR"))
         return {std::nullopt, {NoReplyText(), {}, {}, {}}};
     InstrumentStatus status = before;
-    bool whole = true;
+    bool readable = true;
     for (const Column &column : Columns) {
         if (column.rule == Column::WhileMeasuring && status.MeasureOn == 0)
             continue;
         const QString field = Field(reply, column.first, column.width);
         const auto read = [&](auto member) { return Read(field, column, &(status.*member)); };
-        whole = std::visit(read, column.member) && whole;
+        readable = std::visit(read, column.member) && readable;
     }
     const ValueField source = SplitValue(status.SourceField);
     status.SourceValue = source.sign + source.number;
     DecodedCondition decoded;
-    // Where noise has hit the reply the source's function is the one known before.
-    decoded.sample = SampleOf(status, whole ? status.SourceFunction : before.SourceFunction);
+    // In a reply damaged by noise the source function cannot be trusted either: the one before is used.
+    decoded.sample = SampleOf(status, readable ? status.SourceFunction : before.SourceFunction);
     status.SourceSubMode = std::max(status.SourceSubMode, 0); // blank
     status.PulseSubMode = std::max(status.PulseSubMode, 0);
-    if (whole)
+    if (readable)
         decoded.status = status;
     return decoded;
 }

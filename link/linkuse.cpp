@@ -44,7 +44,8 @@ void LinkGate::Begin(LinkUse *use)
 void LinkGate::End(const LinkUse *use)
 {
     uses_.erase(std::find(uses_.begin(), uses_.end(), use));
-    // A run takes the link up again by itself: it does not count the second in which somebody else had it.
+    // A real-time run takes the link again on its next tick. Until then it shows as idle, so that the run
+    // does not count the second in which somebody else had the link.
     if (!uses_.empty() && uses_.back()->activity_ == ActivityRealtime && use->activity_ != ActivityRealtime)
         uses_.back()->activity_ = ActivityIdle;
     Apply();

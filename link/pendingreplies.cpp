@@ -34,8 +34,8 @@ bool Fits(const QString &line, ReplyForm form)
     return line.size() <= LongestAcknowledgement;
 }
 
-/// It may be the answer to anything: a refusal, or noise.
-bool FitsAll(const QString &line)
+/// A refusal, or noise: it may be the answer to any command.
+bool MayAnswerAny(const QString &line)
 {
     return !Fits(line, ReplyForm::Condition) && !Fits(line, ReplyForm::Reading) &&
            !Fits(line, ReplyForm::Record) && !Fits(line, ReplyForm::Acknowledgement);
@@ -45,7 +45,7 @@ bool FitsAll(const QString &line)
 
 void PendingReplies::Begin(const LinkCommand &command)
 {
-    present_ = entries_.size();
+    firstPresent_ = entries_.size();
     form_ = command.reply;
     anyReplyDoes_ = form_ == ReplyForm::Acknowledgement && !command.changes;
     changes_ = command.changes;
@@ -62,9 +62,9 @@ PendingReplies::Verdict PendingReplies::Receive(const QString &line)
         return Verdict::Dropped;
     const auto fits = [&line](const Entry &entry) { return Fits(line, entry.form); };
     auto owner = std::find_if(entries_.begin(), entries_.end(), fits);
-    const bool waiting = present_ < entries_.size();
-    if (owner == entries_.end() && !FitsAll(line) &&
-        present_ > 0) { // it belongs to none of these: none is struck off
+    const bool waiting = firstPresent_ < entries_.size();
+    // A reply of a form that no listed command asked for answers none of them, so none is struck off.
+    if (owner == entries_.end() && !MayAnswerAny(line) && firstPresent_ > 0) {
         if (!waiting || !anyReplyDoes_)
             return Verdict::Dropped;
         End();
@@ -73,16 +73,16 @@ PendingReplies::Verdict PendingReplies::Receive(const QString &line)
     if (owner == entries_.end())
         owner = entries_.begin();
     const auto struck = static_cast<std::size_t>(owner - entries_.begin()) + 1;
-    const bool givenUp = changes_ && owner->form == ReplyForm::Acknowledgement;
-    const bool answers = waiting && (struck > present_ || anyReplyDoes_ || givenUp);
+    const bool takenAsOurs = changes_ && owner->form == ReplyForm::Acknowledgement;
+    const bool answers = waiting && (struck > firstPresent_ || anyReplyDoes_ || takenAsOurs);
     entries_.erase(entries_.begin(), owner + 1);
-    present_ -= std::min(struck, present_);
+    firstPresent_ -= std::min(struck, firstPresent_);
     if (answers) {
         End();
         return Verdict::Answer;
     }
     const bool isQuestion = form_ != ReplyForm::Acknowledgement;
-    const bool couldAnswer = waiting && isQuestion && (Fits(line, form_) || FitsAll(line));
+    const bool couldAnswer = waiting && isQuestion && (Fits(line, form_) || MayAnswerAny(line));
     return couldAnswer ? Verdict::AskAgain : Verdict::Dropped;
 }
 
@@ -104,14 +104,14 @@ void PendingReplies::ForgetBefore(qint64 ms)
 {
     while (!entries_.empty() && entries_.front().writtenMs < ms) {
         entries_.pop_front();
-        present_ -= std::min<std::size_t>(1, present_);
+        firstPresent_ -= std::min<std::size_t>(1, firstPresent_);
     }
 }
 
 void PendingReplies::Clear()
 {
     entries_.clear();
-    present_ = 0;
+    firstPresent_ = 0;
 }
 
 } // namespace px40

@@ -39,7 +39,7 @@ class PendingReplies
     Verdict Receive(const QString &line);
 
     /// The exchange is over, whatever came of it.
-    void End() { present_ = entries_.size(); }
+    void End() { firstPresent_ = entries_.size(); }
 
     /// Whether the line has the form of a reply that is still to come.
     bool Expects(const QString &line) const;
@@ -58,8 +58,8 @@ class PendingReplies
         qint64 writtenMs;
     };
 
-    std::deque<Entry> entries_; ///< oldest first
-    std::size_t present_ = 0;   ///< index of the first attempt of the exchange under way
+    std::deque<Entry> entries_;    ///< oldest first
+    std::size_t firstPresent_ = 0; ///< index of the first attempt of the exchange under way
     ReplyForm form_ = ReplyForm::Acknowledgement;
     bool anyReplyDoes_ = false; ///< what the reply says does not matter
     bool changes_ = false;      ///< the older acknowledgements were waited for in vain

@@ -12,7 +12,7 @@ constexpr int NumberWidth = 6;
 constexpr int MeasureColumn = 1;
 constexpr int SourceColumn = 16;
 
-/// How many leading characters of a number may be dropped, by the 1-based position of its point.
+/// How many leading characters of a number may be dropped, by the 1-based position of its decimal point.
 int DroppableCount(qsizetype pointPosition)
 {
     const bool digitsBeforeAndAfter = pointPosition >= 2 && pointPosition <= 5;
@@ -74,7 +74,7 @@ Result<ReadingTexts> DecodeMeasureReply(const QString &reply)
     const auto value = [&reply](int column) { return SplitValue(Field(reply, column, ValueField::Width)); };
     ReadingTexts reading;
     ShowMeasuredValue(value(MeasureColumn), &reading);
-    // The source side knows no burn-out.
+    // The source side has no burn-out state.
     ShowValue(value(SourceColumn), false, &reading.sourceValue, &reading.sourceUnit);
     return reading;
 }
