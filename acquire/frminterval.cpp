@@ -18,7 +18,7 @@ namespace px40 {
 
 namespace {
 
-constexpr int FieldWidth = 6; // digits: two are usual, and room to see a slip
+constexpr int FieldWidth = 6; // digits: two are usual, the others make a typing slip visible
 constexpr int LongestText = 64;
 
 /// Day, hour, minute and second side by side, each below its label. `letter` tells the names of the two
@@ -115,7 +115,7 @@ QGroupBox *frmInterval::BuildPeriod()
     return group;
 }
 
-/// A new set has no period texts at all: a user who enters the first one need not enter the others.
+/// A new data set has no period texts. They are filled with zeros, so that the user need enter only one.
 void frmInterval::BeginPeriod()
 {
     const auto given = [](const QLineEdit *box) { return !box->text().isEmpty(); };
@@ -143,7 +143,7 @@ void frmInterval::FollowReadings()
     const bool entering = frInterval_->isAncestorOf(focusWidget());
     Show(dataSet_->GetInterval(), interval_);
     frInterval_->setEnabled(false);
-    if (entering) // what is being typed must not go on in a field of the period
+    if (entering) // what is being typed must not end up in a field of the period
         (obNone_->isChecked() ? obNone_ : obUser_)->setFocus();
 }
 
@@ -155,7 +155,7 @@ void frmInterval::Confirm()
         accept();
         return;
     }
-    Load(form); // what passed is shown with two digits
+    Load(form); // the valid fields now have two digits
     const auto [field, complaint] = stored.error();
     Refuse(field < interval_.size() ? interval_[field] : period_.at(field - interval_.size()), complaint);
 }

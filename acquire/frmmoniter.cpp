@@ -32,8 +32,8 @@ constexpr double ButtonHeight = 38;
 constexpr QSizeF DesignSize{FaceSize.width() + 2 * Margin, FaceSize.height() + 3 * Margin + ButtonHeight};
 constexpr double UsualScale = 1.6;
 
-// Where a window opens that was never moved: beside the main window where the screen has room, else at its
-// right edge, and far enough below its top to leave menus and tool bar free. In pixels.
+// Where the window opens first: beside the main window if the screen is wide enough, else inside its right
+// edge, far enough down to leave menus and tool bar free. In pixels.
 constexpr int Beside = 8;
 constexpr int FromRight = 24;
 constexpr int FromTop = 128;
@@ -60,11 +60,11 @@ frmMoniter::frmMoniter(const InstrumentLink &link, UserStore &store, QWidget *pa
     btMeasOnOff_->setAccessibleName(Text(Str::MeasCaption) + u' ' + Text(Str::OnCaption));
     btMeasOnOff_->setFocus();
 
-    MessageLine()->setWordWrap(true); // beside the button there is room for two lines
+    MessageLine()->setWordWrap(true); // two lines fit beside the button
 
     // The click returns first; the command is sent on the tick, when the link is free.
     connect(btMeasOnOff_, &QPushButton::clicked, this, [this] {
-        // Of more than two presses that wait only the last ones count: on and off again changes nothing.
+        // Two waiting presses cancel each other out, so a third one replaces them.
         presses_ = presses_ < 2 ? presses_ + 1 : 1;
         tmMeasInter_.SetInterval(ClickDelayMs);
     });
@@ -100,7 +100,7 @@ QCoro::Task<void> frmMoniter::SwitchMeasuring(QPointer<frmMoniter> window, Instr
     link.instrument.Status.MeasureOn = measureOn == 0 ? 1 : 0;
     const LinkCommand command = SetMeasuring(measureOn != 1);
 
-    // Whether it succeeded is seen in the next status; why not, here.
+    // The next status shows whether it worked; why it did not is shown here.
     const Result<QString> reply = co_await link.comm.SendCommand(command);
     const Result<> obeyed = Obeyed(command, reply);
     if (window)

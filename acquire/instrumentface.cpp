@@ -22,20 +22,20 @@ constexpr double TopRow = 8;
 constexpr double TopHeight = 18;
 constexpr double LampSide = 14;
 constexpr double LampGap = 4;
-constexpr double Overhang = 4; // room for letters that reach to the left of their place
+constexpr double Overhang = 4; // for letters that reach beyond their left edge
 constexpr double IndicatorHeight = 14;
 constexpr double IndicatorBottom = 6;
 constexpr double UnitGap = 8;
 constexpr double SymbolSide = 42;
 
-/// Each indicator keeps a place as wide as the longest text it can show; the fifth never shows any.
+/// Each indicator keeps a place as wide as the longest text it can show; the sixth never shows any.
 constexpr std::array<double, 7> IndicatorWidths = {54, 26, 32, 44, 52, 8, 60};
 
 constexpr double PixelsPerPoint = 96.0 / 72.0;
 
 } // namespace
 
-/// A drawing that fills its place, sharp on any screen.
+/// An icon that fills the label, sharp on any screen.
 class IconLabel : public QLabel
 {
   public:

@@ -37,7 +37,7 @@ struct FaceDesign
 
 /// The display of one side of the instrument: function and lamp above, the reading with its unit or
 /// temperature symbol in the middle, the option indicators below. Everything on it grows with the widget;
-/// the room by which it is larger than the design lies on all sides of the reading.
+/// if the widget has other proportions than the design, the extra space is left around the reading.
 class InstrumentFace : public QWidget
 {
     Q_OBJECT

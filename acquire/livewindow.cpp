@@ -14,7 +14,7 @@ namespace px40 {
 
 namespace {
 
-// A dialog's window is kept above the main window; this one can be made as large as the screen as well.
+// Being a dialog keeps the window above the main window; unlike most dialogs it can be maximized.
 constexpr Qt::WindowFlags Flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                                   Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
 
@@ -24,7 +24,7 @@ LiveWindow::LiveWindow(const QString &name, UserStore &store, QWidget *parent)
     : QWidget(parent, Flags), name_(name), store_(&store),
       llMessage_(NewNamed<ElidedLabel>("llMessage", this))
 {
-    llMessage_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text widens no window
+    llMessage_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text must not widen it
     setObjectName(QStringLiteral("frm") + name);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(ApplicationIcon());
@@ -62,7 +62,7 @@ void LiveWindow::Place(const QRect &usual)
     RestoreGeometry(*this, name_, usual, *store_);
 }
 
-/// Escape is no shortcut: it would take the key from an open list.
+/// Escape is handled here, because as a shortcut it would not reach an open list.
 void LiveWindow::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape)

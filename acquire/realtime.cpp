@@ -61,7 +61,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     co_await RequestSample();
 }
 
-/// An exception ends a run like a row that cannot be stored.
+/// An exception ends the run, as a row that cannot be stored does.
 QCoro::Task<void> Realtime::Guarded(QCoro::Task<void> work)
 {
     std::optional<QString> trouble;
@@ -81,7 +81,7 @@ void Realtime::Stop()
         ShowProgress();
 }
 
-/// The request of a second.
+/// Asks for the sample of the second that has begun.
 QCoro::Task<void> Realtime::RequestSample()
 {
     if (!tmRealtime_->Enabled()) {
@@ -90,17 +90,17 @@ QCoro::Task<void> Realtime::RequestSample()
     }
     use_->Become(ActivityRealtime);
     if (link_.state.LinkBusy) {
-        link_.instrument.Miss(); // not the status of the second before
+        link_.instrument.Miss(); // or the previous status would be stored again
         co_return;
     }
     OpenPortAgain();
-    ShowProgress(); // a silent instrument may take its time now
+    ShowProgress(); // now, because the instrument may take long to answer
     co_await Ask();
     Q_EMIT requestEnded();
     ShowProgress();
 }
 
-/// The port of the run, even when another one was chosen meanwhile that could not be opened.
+/// Opens the port that the run began on, even if the user has chosen another that could not be opened.
 void Realtime::OpenPortAgain()
 {
     if (link_.comm.IsOpen()) {
@@ -109,7 +109,7 @@ void Realtime::OpenPortAgain()
     }
     if (port_ != 0 && port_ != link_.comm.PortNumber())
         link_.comm.SetPortNumber(port_);
-    static_cast<void>(link_.comm.OpenPort()); // the progress tells that it is closed
+    static_cast<void>(link_.comm.OpenPort()); // a failure shows in the run's progress
 }
 
 QCoro::Task<void> Realtime::Ask()
@@ -133,7 +133,7 @@ void Realtime::OnTick()
         return;
     const qint32 seconds = seconds_.Count();
     if (seconds < 1 || link_.state.LinkBusy)
-        return; // seconds in which another part has the link are dropped
+        return; // seconds in which somebody else has the link are not counted
     ticking_ = true;
     link_.jobs.Launch(Tick(seconds), "real-time tick");
 }
@@ -161,7 +161,7 @@ QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
 /// False when the period is over; it may be changed while the run is under way.
 QCoro::Task<Result<bool>> Realtime::StoreSeconds(qint32 seconds)
 {
-    std::optional<LinkUse> alone; // between the rows of a very late tick nobody else gets the link
+    std::optional<LinkUse> alone; // keeps the link while a very late tick lets the windows respond
     if (seconds >= RowsAtATime)
         alone.emplace(link_.gate, ActivityRealtime);
     const qint64 firstSecond = seconds_.Second() - seconds + 1;
@@ -187,21 +187,21 @@ QCoro::Task<Result<bool>> Realtime::StoreSeconds(qint32 seconds)
 
 /// Which of the seconds of a tick the reply belongs to, from 1.
 ///
-/// One that came in its own second is stored when the next one begins: that is the first one counted, and the
-/// program was late with the others. One that came later is of the last sampling second that had begun by
-/// then, whichever second it was asked for: the instrument was late, and missed those before.
+/// A reply that came in the second in which it was asked for belongs to the first of them; if there are more,
+/// the program was late. A reply that came later belongs to the last sampling second that had begun by then,
+/// whichever second asked for it: the instrument was late, and missed the seconds before.
 qint32 Realtime::SecondOfReply(qint64 firstSecond, qint32 seconds) const
 {
     const qint64 arrived = replySecond_ - firstSecond + 1;
     qint64 last = std::min<qint64>(seconds, arrived);
-    if (!data_->GetPeriodnone()) // the run ends with its period
+    if (!data_->GetPeriodnone()) // no second is stored after the end of the period
         last = std::min<qint64>(last, qint64{data_->GetPeriodcount()} - ElapsedSeconds_ + 1);
     if (last > 1)
         last -= (ElapsedSeconds_ + last - 1) % Interval();
     return static_cast<qint32>(std::max<qint64>(last, 1));
 }
 
-/// Another part has used the link since the last second and left it idle: this second is not counted.
+/// Somebody else has used the link since the last tick: the second is not counted.
 QCoro::Task<void> Realtime::OnIdleTick()
 {
     if (link_.state.RealtimeStop)
@@ -212,9 +212,9 @@ QCoro::Task<void> Realtime::OnIdleTick()
 
 Result<> Realtime::AddSample(const ReadingTexts &sample, qint64 second)
 {
-    Result<> room = data_->AddGridrow();
-    if (!room)
-        return room;
+    Result<> rowAdded = data_->AddGridrow();
+    if (!rowAdded)
+        return rowAdded;
     data_->AddRealtimedata(TimeOfDay(second), sample.measureValue, sample.measureUnit, sample.sourceValue,
                            sample.sourceUnit, IsValidReading(sample.measureValue));
     ++progress_.rows;
@@ -257,7 +257,7 @@ qint32 Realtime::Interval() const
     return std::max(1, data_->GetIntervalcount());
 }
 
-/// The data window's bar runs towards the last row of the period, as it is set now.
+/// The data window's progress bar is full at the last row of the period, which may be changed during the run.
 void Realtime::ShowBar()
 {
     const int rows = data_->GetPeriodnone() ? 0 : RunRows(Interval(), data_->GetPeriodcount());
@@ -286,7 +286,7 @@ void Realtime::ShowProgress()
     Q_EMIT progressed(progress_);
 }
 
-/// `trouble`: what has ended the run; empty: nothing has.
+/// `trouble`: the failure that has ended the run; empty when there was none.
 QCoro::Task<void> Realtime::FinishRealtime(QString trouble)
 {
     tmRealtime_->SetEnabled(false);

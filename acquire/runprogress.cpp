@@ -25,7 +25,7 @@ QString RunText(const RunProgress &progress, const QString &forwarded)
     const QString errors = progress.errorRows == 0   ? Text(Str::NoErrorRows)
                            : progress.errorRows == 1 ? Text(Str::OneErrorRow)
                                                      : Text(Str::ErrorRows).arg(progress.errorRows);
-    QStringList parts; // what must be seen in a narrow window as well comes first
+    QStringList parts; // the most important first: a narrow window cuts off the end
     if (progress.forwardFailed)
         parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')'
               << progress.forwardReason;

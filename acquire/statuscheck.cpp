@@ -44,7 +44,7 @@ QCoro::Task<bool> StatusCheck::CheckStatus()
     co_return reply || reply.error().code == FailureCode::Cancelled;
 }
 
-/// Cancelled when it has given way.
+/// Ends as cancelled when it gives way to a command of the user.
 QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
 {
     const int connection = link_.comm.Connection();
@@ -59,8 +59,7 @@ QCoro::Task<Result<QString>> StatusCheck::FetchStatus()
             co_return Fail({}, FailureCode::Cancelled);
     }
     if (!reply) {
-        // Another port chosen meanwhile, or while the box is open, is no failure: what follows is the new
-        // port's.
+        // If another port was chosen meanwhile, or while the box is open, this failure no longer matters.
         if (!IsReplaced(connection))
             co_await tell_(NoAnswerMessage());
         if (IsReplaced(connection))

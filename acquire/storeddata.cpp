@@ -29,10 +29,10 @@ QCoro::Task<Result<>> StoredData::Receive()
     progress_->SetMessage(Text(Str::Receiving));
     data_->ShowGrid(false); // while rows stream in
     Result<> fetched = co_await Fetch();
-    if (mode_ == Mode::Save) { // whatever came before
+    if (mode_ == Mode::Save) { // also after a failure
         const Result<QString> ended = co_await Ask(EndRecords());
-        const bool toldLast = !fetched && fetched.error().code != FailureCode::Cancelled;
-        if (toldLast && !ended && ended.error().code != FailureCode::Cancelled)
+        const bool failed = !fetched && fetched.error().code != FailureCode::Cancelled;
+        if (failed && !ended && ended.error().code != FailureCode::Cancelled)
             fetched = Fail(ended.error());
     }
     progress_->Unload();
@@ -45,7 +45,7 @@ QCoro::Task<Result<>> StoredData::Receive()
     co_return fetched;
 }
 
-/// Memory that runs out ends a download like any other failure.
+/// Running out of memory ends a download like any other failure.
 QCoro::Task<Result<>> StoredData::Fetch()
 {
     Result<> fetched;
@@ -62,8 +62,7 @@ QCoro::Task<Result<>> StoredData::FetchAll()
     if (mode_ == Mode::Memory) {
         const auto preparations = Preparations();
         for (const LinkCommand &command : preparations)
-            const Result<QString> taken =
-                co_await Ask(command); // what comes of it shows in the first reading
+            const Result<QString> taken = co_await Ask(command); // a failure shows in the first reading
     } else {
         const Result<QString> begun = co_await Ask(BeginRecords());
         if (!begun)
@@ -87,11 +86,11 @@ Result<> StoredData::StoreReading(int n, const QString &reply)
     const Result<ReadingTexts> reading = DecodeMeasureReply(reply);
     if (!reading)
         return Fail(reading.error());
-    Result<> room = data_->AddGridrow();
-    if (room)
+    Result<> added = data_->AddGridrow();
+    if (added)
         data_->AddData(QStringLiteral("No.%1").arg(n), reading->measureValue, reading->measureUnit,
                        reading->sourceValue, reading->sourceUnit);
-    return room;
+    return added;
 }
 
 Result<> StoredData::StoreRecord(const QString &reply)

@@ -24,9 +24,9 @@ namespace px40 {
 
 namespace {
 
-constexpr double FirstTopTwips = 1600; // of a window that was never moved, at the screen's left edge
-constexpr int RatioDigits = 4;         // two are usual
-constexpr int SignalEntry = 1;         // of the temperature mode list
+constexpr double FirstTopTwips = 1600; // where the window opens first, at the left edge of the screen
+constexpr int RatioDigits = 4;         // width of an entry; two are usual
+constexpr int SignalEntry = 1;         // entry of the temperature list that is named after the signal
 
 bool IsArrowKey(const QEvent *event)
 {
@@ -74,7 +74,7 @@ frmSource::frmSource(SourceCommands &commands, const RangeLists &ranges, UserSto
         control->installEventFilter(this);
     commands_->LoadLists();
 
-    column->activate(); // the smallest size is known from here on
+    column->activate(); // makes the minimum size known
     Place(QRect(QPoint(0, TwipsToPixels(FirstTopTwips, logicalDpiX())), sizeHint()));
 }
 
@@ -87,7 +87,7 @@ QBoxLayout *frmSource::BuildButtons()
     connect(btSrcOnOff, &QPushButton::clicked, commands_, &SourceCommands::SwitchOnOff);
     btInput_ = NewNamed<QPushButton>("btInput", Text(Str::SourceValueTitle), this);
     btInput_->setToolTip(Text(Str::TipSourceValue));
-    btInput_->setFocus(); // of all controls the one in which a key pressed in passing changes nothing
+    btInput_->setFocus(); // the one control in which a stray key changes nothing
     connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
     auto *const btNm = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
     btNm->setToolTip(Text(Str::TipSourceRatio));
@@ -165,8 +165,8 @@ void frmSource::Show(const SourceDisplay &display)
     KeepFocusSafe(focused);
 }
 
-/// A control that is disabled hands the focus on to whichever is next, where the next key would step a digit.
-/// The focus goes where keys do no harm, and comes back.
+/// When a control is disabled, Qt moves the focus to the next one, where a key could step a digit. Moves it
+/// to a button where keys do no harm instead, and back when the control is enabled again.
 void frmSource::KeepFocusSafe(QWidget *focused)
 {
     if (focused && !focused->isEnabled()) {
@@ -186,8 +186,9 @@ void frmSource::ShowLists(const SourceDisplay &display)
         cbTemp->setItemText(SignalEntry, display.signalEntry);
     for (std::size_t list = 0; list < lists_.size(); ++list) {
         const int position = display.positions[list];
+        // This sends nothing: only `activated` does, which the user alone causes.
         if (position != SourceDisplay::KeepPosition && !IsOpen(lists_[list]))
-            lists_[list]->setCurrentIndex(position); // tells nobody: only the user's choice is a command
+            lists_[list]->setCurrentIndex(position);
     }
 }
 

@@ -16,9 +16,9 @@ namespace px40 {
 
 namespace {
 
-constexpr int FieldWidth = 24; // digits: a value has seven, and there is room for a sentence below it
+constexpr int FieldWidth = 24; // digits: a value has seven, but the note below it is a sentence
 
-QString Note(const QString &character)
+QString UnknownCharacterText(const QString &character)
 {
     return Text(Str::SourceUnknownCharacter).arg(character);
 }
@@ -61,7 +61,8 @@ void frmSrcValueSet::ShowUnit(const QString &unit)
     llUnit_->setText(unit);
 }
 
-/// The dialog must not jump when the note comes: its room is kept, also for a script with higher lines.
+/// Reserves the height of the note, so that the dialog does not jump when it appears. It may quote a
+/// character of a script with higher lines, such as Chinese.
 void frmSrcValueSet::BuildNote()
 {
     llRefused_->setTextFormat(Qt::PlainText);
@@ -69,7 +70,8 @@ void frmSrcValueSet::BuildNote()
     llRefused_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     const QRect narrowest(0, 0, tbSrcValue_->minimumWidth(), 0);
     const QFontMetrics metrics = llRefused_->fontMetrics();
-    const QRect lines = metrics.boundingRect(narrowest, Qt::TextWordWrap, Note(QStringLiteral("\u4e2d")));
+    const QRect lines =
+        metrics.boundingRect(narrowest, Qt::TextWordWrap, UnknownCharacterText(QStringLiteral("\u4e2d")));
     llRefused_->setMinimumHeight(lines.height() + metrics.leading() + metrics.descent());
     llRefused_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
 }
@@ -95,7 +97,7 @@ void frmSrcValueSet::Submit()
         return;
     }
     const QString unknown = Unsendable(value);
-    llRefused_->setText(Note(unknown));
+    llRefused_->setText(UnknownCharacterText(unknown));
     tbSrcValue_->setFocus();
     tbSrcValue_->setSelection(static_cast<int>(value.indexOf(unknown)), static_cast<int>(unknown.size()));
 }

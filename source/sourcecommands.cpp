@@ -56,7 +56,7 @@ void SourceCommands::StepDown(int digit)
 void SourceCommands::SwitchRatio()
 {
     Queue(SourceControl::Nm);
-    asked_ = true;
+    fromUser_ = true;
     Arm();
 }
 
@@ -72,7 +72,7 @@ void SourceCommands::Select(SourceControl list, int position)
 
 void SourceCommands::LoadLists()
 {
-    // An instrument whose function has no such list refuses it; that is no news to the user.
+    // An instrument whose function has no such list refuses the command; the user need not know.
     loading_ = true;
     for (int list = 0; list < SourceLists; ++list)
         Select(SourceList(list), 0);
@@ -105,17 +105,17 @@ void SourceCommands::Store(LinkCommand command)
     }
     if (reason_.endsWith(WaitingText(pending_.text)))
         Report(QString());
-    if (armed_ && asked_ && pending_.text != command.text) {
+    if (armed_ && fromUser_ && pending_.text != command.text) {
         replaced_ = Text(Str::SourceReplaced).arg(pending_.text, command.text);
         Q_EMIT failed(replaced_);
     }
     pending_ = std::move(command);
-    asked_ = !loading_;
+    fromUser_ = !loading_;
     Arm();
-    // Not while it only waits for a status check, which takes a moment.
+    // A wait for a status check takes only a moment and is not reported.
     const bool waits =
         LinkInUse(link_.state) ? !MayClose(link_.state) : !link_.state.StatusPolled && !link_.comm.IsOpen();
-    if (asked_ && waits)
+    if (fromUser_ && waits)
         Report(WaitingText(pending_.text));
 }
 
@@ -136,14 +136,14 @@ void SourceCommands::SendNow()
     if (!link_.state.StatusPolled || LinkInUse(link_.state))
         return; // the timer goes on
     armed_ = false;
-    link_.jobs.Launch(Send(pending_, asked_), "a source command");
+    link_.jobs.Launch(Send(pending_, fromUser_), "a source command");
 }
 
 QCoro::Task<void> SourceCommands::Send(LinkCommand command, bool asked)
 {
     const LinkUse use(link_.gate, ActivitySourceCommand);
     const Result<QString> reply = co_await link_.comm.SendCommand(command);
-    if (!armed_) // what was asked for during the exchange is sent next
+    if (!armed_) // else a command came during the exchange: the timer sends it
         tmSrcInter.SetInterval(0);
     const Result<> obeyed = Obeyed(command, reply);
     if (asked)
@@ -159,7 +159,7 @@ void SourceCommands::Report(const QString &reason)
             Q_EMIT recovered(before);
         return;
     }
-    if (!replaced.isEmpty()) // what became of the command before is not to be hidden
+    if (!replaced.isEmpty()) // do not hide that an earlier command was never sent
         reason_ = replaced + QStringLiteral("  ") + reason;
     Q_EMIT failed(reason_);
 }

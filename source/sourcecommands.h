@@ -51,7 +51,7 @@ class SourceCommands : public QObject
     bool IsWaiting() const { return tmSrcInter.Interval() > 0; }
 
     /// A command that the user asked for waits for the link, or is being sent.
-    bool IsUserWaiting() const { return asked_ && IsWaiting(); }
+    bool IsUserWaiting() const { return fromUser_ && IsWaiting(); }
 
     /// The link may be free: what waits is sent at once instead of on the next tick.
     void SendNow();
@@ -72,12 +72,12 @@ class SourceCommands : public QObject
     void Report(const QString &reason);
 
     InstrumentLink link_;
-    LinkCommand pending_;  ///< asked for last, sent or not; without text before the first one
-    QString reason_;       ///< what the user was told about the last command that was not obeyed
-    QString replaced_;     ///< the same about one that was never sent, until the next one is done
-    bool loading_ = false; ///< the commands queued now are not the user's own
-    bool asked_ = false;   ///< the pending command is the user's own: the user is told how it ended
-    bool armed_ = false;   ///< since the last command went out
+    LinkCommand pending_;   ///< asked for last, sent or not; without text before the first one
+    QString reason_;        ///< what the user was told about the last command that was not obeyed
+    QString replaced_;      ///< the same about one that was never sent, until the next one is done
+    bool loading_ = false;  ///< the commands queued now are not the user's own
+    bool fromUser_ = false; ///< the pending command is the user's own: the user is told how it ended
+    bool armed_ = false;    ///< the pending command is to be sent
 };
 
 /// The text as the number format "00" gives it: a number is rounded to a whole one, a half away from zero,

@@ -96,7 +96,7 @@ void ShowValue(const InstrumentStatus &status, SourceDisplay *display)
         ShowNumber(status.SourceValue, display);
 }
 
-/// `position` if the list has it.
+/// `position` if the list has it, else `KeepPosition`.
 int PositionIn(const QStringList &list, int position)
 {
     return position >= 0 && position < list.size() ? position : SourceDisplay::KeepPosition;

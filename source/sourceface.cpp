@@ -64,7 +64,7 @@ class ReadingFrame : public ShapeLabel
     }
 };
 
-// In the units of the design.
+// In the units of `DesignSize`.
 constexpr QSizeF DesignSize{352, 172};
 constexpr double UsualScale = 1.2;
 constexpr double ButtonsTop = 32;

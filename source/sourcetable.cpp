@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view AnyMode = "0123456789";
 
-/// In which modes, of one digit each, a control sets what.
+/// What a control sets in certain source modes; each digit of `modes` is one of them.
 struct Row
 {
     SourceControl control;
