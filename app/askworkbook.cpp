@@ -15,7 +15,7 @@ namespace {
 
 const QString Suffix = QStringLiteral("xlsx");
 
-/// The choices of the question, counted from the last one: Retry is not always among them.
+/// The buttons of the question, counted from the last: the first one, Retry, is not always there.
 enum Choice { Cancel = 1, NewWorkbook, Retry };
 
 /// A new workbook under a name that can be used.
@@ -55,7 +55,7 @@ QCoro::Task<Result<WorkbookFile>> Ask(Prompts *prompts, const Clock *clock, Work
         if (choice == NewWorkbook) {
             const Result<WorkbookFile> other = co_await AskForNew(prompts, clock, title);
             taken = taken && !other;
-            file = other.value_or(file); // back to the question without one
+            file = other.value_or(file); // without one the question is asked again
         } else if (choice == Cancel) {
             co_return Fail(Text(Str::Canceled), FailureCode::Cancelled);
         }

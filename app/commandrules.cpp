@@ -63,7 +63,7 @@ void CommandRules::AllowReceiving(bool allowed)
         Enable(states, {Command::RealtimeNew, Command::DataMemory}, allowed);
 }
 
-/// While a run is under way there is nothing to start, and it alone can be stopped.
+/// During a run nothing can be started, and only a run can be stopped.
 bool CommandRules::IsEnabled(const States &states, Command command) const
 {
     switch (command) {

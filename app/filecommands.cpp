@@ -65,7 +65,7 @@ QCoro::Task<void> FileCommands::Open(QStringList names)
             co_return;
         if (IsFileOpen(name))
             continue;
-        // The window comes when there is something to show: a file that cannot be read leaves none.
+        // The window is made after the file was read, so that an unreadable one leaves no empty window.
         const auto dataSet = std::make_shared<DataSet>(services_->shared);
         views_->ShowBusy(true);
         const Result<> opened = dataSet->OpenFile(name);
@@ -119,7 +119,7 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
 {
     const QString own = set->GetFilename();
     const QString filter = DataFilter();
-    // A name from the command line may be relative, while a new one goes into the dialog's own folder.
+    // A name from the command line may be relative, but only a new name is meant for the dialog's folder.
     QString proposed = own.isEmpty() ? ProposedName(set->Caption(), services_->clock, DataSuffix)
                                      : QFileInfo(own).absoluteFilePath();
     bool saved = false;
@@ -138,7 +138,7 @@ QCoro::Task<bool> FileCommands::AskAndSave(std::shared_ptr<DataSet> set)
             co_return saved;
         }
         co_await services_->prompts.Warn(refusal);
-        proposed = name; // to be changed
+        proposed = name; // for the user to change
     }
 }
 
@@ -190,7 +190,7 @@ QCoro::Task<void> FileCommands::SaveGraph(std::shared_ptr<DataSet> set,
     co_await services_->prompts.Warn(text);
 }
 
-/// Adds what there is to say about the work file, and shows that for a while even in a run.
+/// Shows the text in the status bar; with a note about the work file for a while even during a run.
 void FileCommands::Tell(const QString &text) const
 {
     const QString note = std::exchange(services_->shared.WorkNote, QString());

@@ -25,7 +25,7 @@ FileDialog::FileDialog(AcceptMode mode, const QString &folder, const QString &fi
     setAcceptMode(mode);
     setFileMode(opening ? ExistingFile : AnyFile);
     setOption(ReadOnly, opening);
-    setOption(DontConfirmOverwrite); // the owner asks
+    setOption(DontConfirmOverwrite); // the owner of the dialog asks
     setNameFilters(filter.split(QStringLiteral(";;")));
     setDirectory(folder);
     connect(this, &QDialog::finished, this, [this] { chosen_.Complete(QString()); });
@@ -60,7 +60,7 @@ void FileDialog::FitIn()
         button->setIcon(QIcon());
     if (acceptMode() == AcceptSave)
         setLabelText(LookIn, Text(Str::SaveIn));
-    // The kind of file is in its name, the date would be cut.
+    // Without the column for the kind, which the name tells anyway, the date is not cut off.
     if (auto *const tree = findChild<QTreeView *>(QStringLiteral("treeView"))) {
         constexpr int Kind = 2;
         constexpr int Date = 3;
@@ -69,8 +69,7 @@ void FileDialog::FitIn()
         tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
         tree->header()->setSectionResizeMode(Date, QHeaderView::ResizeToContents);
     }
-    // Deleting files is no business of this program, and Qt's dialog would ask back in an event loop of its
-    // own.
+    // This program need not delete files, and Qt would ask for confirmation in a nested event loop.
     if (auto *const action = findChild<QAction *>(QStringLiteral("qt_delete_action")))
         action->setVisible(false);
     const QList<QShortcut *> shortcuts = findChildren<QShortcut *>();
@@ -103,7 +102,7 @@ void FileDialog::accept()
 void FileDialog::Enter(const QString &folder)
 {
     setDirectory(folder);
-    // Qt's dialog would go on taking the selected folder for the answer.
+    // Otherwise Qt would go on taking the selected folder for the answer.
     if (const auto *const list = findChild<QAbstractItemView *>(QStringLiteral("listView")))
         list->selectionModel()->clear();
     if (auto *const edit = findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
@@ -112,9 +111,9 @@ void FileDialog::Enter(const QString &folder)
 
 QString FileDialog::WithSuffix(const QString &name) const
 {
-    // "run 2.5" has none, though Qt takes ".5" for one.
+    // "run 2.5" has no suffix, though Qt takes ".5" for one.
     static const QRegularExpression realSuffix(QStringLiteral(R"(\.[A-Za-z]\w{0,7}$)"));
-    // With several kinds of files the proposal has no suffix either, whatever dots are in it.
+    // Nor has the proposal if there are several kinds of files, whatever dots are in it.
     const bool proposed = nameFilters().size() > 1 && name == QDir::cleanPath(proposal_);
     if (acceptMode() == AcceptOpen || (!proposed && realSuffix.match(name).hasMatch()))
         return name;

@@ -19,7 +19,7 @@ const QString ForwardSection = QStringLiteral("Forward");
 const QString OpenAfterKey = QStringLiteral("OpenAfter");
 const QString No = QStringLiteral("0");
 
-/// A spreadsheet may have come to the front.
+/// Comes to the front first, where a spreadsheet may be by now.
 QCoro::Task<void> TellInFront(Prompts *prompts, MainViews *views, QString text)
 {
     views->TakeFocus();
@@ -79,7 +79,7 @@ QCoro::Task<std::optional<ForwardChoice>> Forwarding::Ask()
 
 QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardChoice choice)
 {
-    services_->statusLine.TakeBack(told_); // it is of an earlier forwarding
+    services_->statusLine.TakeBack(told_); // the outcome of an earlier forwarding
     const Result<ForwardOutcome> outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome)
         co_return;
@@ -98,7 +98,7 @@ QCoro::Task<bool> Forwarding::AskForRun()
 
 void Forwarding::OnRunClosed(const Result<ForwardOutcome> &outcome)
 {
-    // The status bar of a narrow window does not hold the reason; a run goes on under the box.
+    // In a box, because the status bar of a narrow window cuts the reason off. A run goes on meanwhile.
     if (!outcome)
         services_->jobs.Launch(services_->prompts.Warn(outcome.error().text), "telling of a run");
     else if (outcome->samples > 0)

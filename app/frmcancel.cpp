@@ -41,7 +41,7 @@ void frmCancel::Show()
     pbNow_->setValue(0);
     if (!std::exchange(open_, true))
         enableApplication_(false);
-    LayOut(); // the desktop places it by its size
+    LayOut(); // first: the desktop places the dialog by its size
     show();
     btCancel_->setFocus();
 }
@@ -73,7 +73,7 @@ void frmCancel::Unload()
 {
     if (!std::exchange(open_, false))
         return;
-    const bool focused = QApplication::activeWindow(); // else the user works in another program
+    const bool focused = QApplication::activeWindow(); // none while the user works in another program
     hide();
     enableApplication_(true);
     if (focused)
@@ -115,7 +115,7 @@ void frmCancel::LayOut()
     llMsg_->move(pixels(240), pixels(360));
     pbNow_->setGeometry(pixels(240), barTop, barWidth, barHeight);
     btCancel_->setGeometry(QRect(QPoint((width - cancel.width()) / 2, cancelTop), cancel));
-    // The height is the frame's, title bar included.
+    // The height was designed with the title bar included.
     const int titleBar = style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, this);
     setFixedSize(width, cancelTop + cancel.height() + pixels(600) - titleBar);
 }

@@ -218,7 +218,7 @@ QCoro::Task<std::optional<ForwardChoice>> frmMain::AskForward(std::shared_ptr<Fo
 
 frmData *frmMain::ActiveWindow() const
 {
-    // Also while the MEASURE or SOURCE window is the active one.
+    // The current one, because none is active while MEASURE or SOURCE has the focus.
     return qobject_cast<frmData *>(workspace_->currentSubWindow());
 }
 
@@ -263,11 +263,11 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
     workspace_->Place(window);
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);
     if (fromFile) {
-        window->TakeShape();
+        window->ApplyShape();
         workspace_->MoveIntoView(window);
     }
     window->show();
-    if (!fromFile && window->isMaximized()) { // as the one before it was
+    if (!fromFile && window->isMaximized()) { // because the active one was
         WindowShape shape = dataSet->Shape();
         shape.state = WindowShape::Maximised;
         dataSet->SetShape(shape);
@@ -303,7 +303,7 @@ void frmMain::ShowBusy(bool busy)
 
 void frmMain::CloseAll()
 {
-    if (!isMinimized()) { // which leaves the state that was kept last
+    if (!isMinimized()) { // if it is, the saved state stays
         const int state = isMaximized() ? WindowShape::Maximised : WindowShape::Normal;
         services_->store.Save(QStringLiteral("Settings"), QStringLiteral("MainState"),
                               QString::number(state));
@@ -339,10 +339,10 @@ void frmMain::dragEnterEvent(QDragEnterEvent *event)
     TakeDrop(event);
 }
 
-/// True when there are files to be opened. They are not moved, even if the user drags them so.
+/// True when the drop brings files to open. They are never moved, even if the user asks for that.
 bool frmMain::TakeDrop(QDropEvent *event) const
 {
-    // Not while a long operation has the program to itself.
+    // Not while a long operation has disabled the menus.
     if (!actions_->Menu(MainMenu::File)->isEnabled() || LocalFiles(event->mimeData()).isEmpty() ||
         !(event->possibleActions() & Qt::CopyAction))
         return false;

@@ -53,8 +53,8 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
     llPort->setBuddy(cbPort_);
     for (int number = PortMap::First; number <= PortMap::Last; ++number)
         cbPort_->addItem(QString::number(number));
-    // A simulated instrument has a port of its own, whatever the settings say. A text that is not the number
-    // of a port leaves the first one.
+    // A simulated instrument has a port of its own, whatever the settings say. If their text is no port
+    // number, the first one stays.
     cbPort_->setCurrentText(services.simulated ? QString::number(services.comm.PortNumber())
                                                : services.settings.PortNumberText);
     cbPort_->setMaxVisibleItems(PortMap::Last);
@@ -178,7 +178,7 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     const Result<> opened = services->comm.OpenPort();
     if (!opened)
         co_await services->prompts.Warn(opened.error().text);
-    if (opened && services->ports.Keeps()) // a demo leaves the kept port as it is
+    if (opened && services->ports.Keeps()) // --demo does not change the saved port
         services->settings.PortNumberText = chosen;
     if (!dialog)
         co_return;

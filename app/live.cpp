@@ -29,10 +29,10 @@ QString UnitText(const SourceDisplay &display)
     return display.symbol == MeasureDisplay::NoSymbol ? display.unit : Text(Str::UnitCelsius);
 }
 
-/// Stays above the other one, even when that is clicked.
+/// Keeps a window above another one, even when that is clicked.
 void KeepAbove(QWidget *window, const QWidget *other)
 {
-    window->winId(); // makes it a native window
+    window->winId(); // creates the `windowHandle`
     window->windowHandle()->setTransientParent(other->windowHandle());
 }
 
@@ -62,7 +62,7 @@ Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidg
     connect(&services.comm, &Comm::portChanged, this, &Live::OnPortChanged);
 }
 
-/// Without taking the focus: the user goes on in the main window.
+/// Shows a window without giving it the focus: the user goes on in the main window.
 void Live::ShowWindow(LiveWindow *window)
 {
     connect(window, &LiveWindow::closed, this, &Live::windowsChanged);
@@ -70,7 +70,7 @@ void Live::ShowWindow(LiveWindow *window)
     window->show();
     window_->activateWindow();
     ShowNotes();
-    // A lost instrument that has been plugged in again is found again.
+    // The device may have been plugged in again.
     if (services_->comm.IsLost() && !services_->state.RealtimeRun) {
         const Result<> opened = services_->comm.OpenPort();
         services_->statusLine.Show(opened ? QString() : FirstLine(opened.error().text));
@@ -137,8 +137,8 @@ void Live::CloseWindows()
         source_->close();
 }
 
-/// It belongs to the main window: it stays when the SOURCE window is closed. It opens where it leaves the
-/// digits to be seen.
+/// The dialog is a child of the main window, so that it stays when the SOURCE window is closed. It opens
+/// where it does not cover the digits.
 void Live::OpenValueEntry()
 {
     if (valueEntry_ && valueEntry_->isVisible()) {
@@ -154,10 +154,10 @@ void Live::OpenValueEntry()
     valueEntry_->move(OntoScreen(place, UsableScreens()).topLeft());
     KeepAbove(valueEntry_, source_);
     valueEntry_->show();
-    // By the last status: what the user has asked for since is not yet what the instrument does.
-    const InstrumentStatus &told = services_->instrument.PreviousStatus;
-    if (told != InstrumentStatus())
-        valueEntry_->ShowUnit(UnitText(px40::ShowSource(told, services_->ranges, false)));
+    // From the last status received: commands that the instrument has not obeyed yet do not count.
+    const InstrumentStatus &received = services_->instrument.PreviousStatus;
+    if (received != InstrumentStatus())
+        valueEntry_->ShowUnit(UnitText(px40::ShowSource(received, services_->ranges, false)));
 }
 
 void Live::PortChosen()
@@ -223,7 +223,8 @@ QCoro::Task<void> Live::Check()
     CloseWindows();
 }
 
-/// At once: with a slow instrument the next question would follow before the timers of these tick.
+/// Sends waiting commands at once: with a slow instrument their timers would tick only after the next status
+/// check has begun.
 void Live::SendWaiting()
 {
     if (services_->leaving)
@@ -241,7 +242,7 @@ void Live::ShowStatus()
         NoteNewStatus();
     if (moniter_)
         moniter_->Show(ShowMeasure(status, services_->ranges));
-    if (moniter_ && faded_) // it is the old one, shown again
+    if (moniter_ && faded_) // the old status is shown again
         moniter_->Fade();
     if (source_)
         ShowSource(px40::ShowSource(status, services_->ranges, moniter_ && hidden));
@@ -257,12 +258,12 @@ void Live::NoteNewStatus()
         return;
     since_ = TimeOfDay(SecondOf(services_->clock.UtcMs()));
     faded_ = false;
-    tmFade_.SetEnabled(true); // from now on
+    tmFade_.SetEnabled(true); // begins its interval anew
     ShowNotes();
 }
 
-/// In a download, or with a slow instrument, lines come without a new status: they, too, keep the value from
-/// fading, unless the last reply was no status.
+/// In a download, or with a slow instrument, lines come without a new status. They keep the value from
+/// fading, too, unless the last status could not be read.
 void Live::OnLineReceived()
 {
     const InstrumentState &instrument = services_->instrument;
@@ -299,7 +300,7 @@ void Live::ShowSource(const SourceDisplay &display)
         valueEntry_->ShowUnit(UnitText(display));
 }
 
-/// In the SOURCE window as well: the main window's line may be covered.
+/// Shows it in the SOURCE window as well: the status bar may be covered.
 void Live::OnCommandFailed(const QString &reason)
 {
     services_->statusLine.Warn(reason);

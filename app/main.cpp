@@ -19,7 +19,7 @@ int main(int argc, char *argv[])
     using namespace px40;
 
     KeepStandardStreams();
-    // Help, version, mistakes and what is done from file to file need no display.
+    // Without QApplication: help, errors, --download and --export must work without a display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
     Result<CommandLine> parsed;

@@ -78,7 +78,7 @@ void MainCommands::Run(Command command)
     case Command::DataSave:
         jobs.Launch(Receive(StoredData::Mode::Save), "SAVE-mode download");
         break;
-    default: // a matter of the windows alone
+    default: // `frmMain` handles it
         break;
     }
 }
@@ -97,7 +97,7 @@ Situation MainCommands::Now() const
 void MainCommands::RefreshRules()
 {
     Situation situation = Now();
-    // It does not matter to the shortcuts that the status check has the link at this moment.
+    // A shortcut must not be disabled because the status check has the link at this moment.
     if (MayClose(services_->state))
         situation.linkActivity = ActivityIdle;
     rules_.Refresh(situation);
@@ -135,7 +135,7 @@ QCoro::Task<void> MainCommands::SaveActive(bool underNewName)
 
 QCoro::Task<void> MainCommands::Receive(StoredData::Mode mode)
 {
-    // A question is open, or this waits for the link already; or something else holds the windows.
+    // Not while another download is being prepared, nor during a run or a forwarding.
     if (receiving_ || !MayClose(services_->state))
         co_return;
     receiving_ = true;
@@ -152,11 +152,11 @@ QCoro::Task<void> MainCommands::Receive(StoredData::Mode mode)
     if (wanted)
         wanted = co_await services_->gate.WaitUntilFree();
     receiving_ = false;
-    if (wanted && !services_->state.RealtimeRun) // a run was started while this waited
+    if (wanted && !services_->state.RealtimeRun) // a run may have been started meanwhile
         co_await ReceiveAndForward(mode, choice);
 }
 
-/// The link is free.
+/// To be called when the link is free.
 QCoro::Task<void> MainCommands::ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice)
 {
     const bool readings = mode == StoredData::Mode::Memory;
@@ -180,7 +180,7 @@ QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<
             error = received.error().text;
         co_await services_->prompts.Warn(error);
     }
-    // A lost line counts more than what came over it.
+    // That the port was lost is more important than how much was received.
     services_->statusLine.Show(!received && services_->comm.IsLost()
                                    ? FirstLine(Text(Str::PortLost))
                                    : ReceivedText(mode, received.has_value(), download.Records(), *dataSet));
@@ -190,7 +190,7 @@ QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<
 QCoro::Task<void> MainCommands::ForwardActive()
 {
     if (services_->state.RealtimeRun)
-        services_->statusLine.Warn(Text(Str::RunHoldsWindows)); // it needs the link and its cancel flag
+        services_->statusLine.Warn(Text(Str::RunHoldsWindows)); // a run needs the link and the cancel flag
     else if (receiving_ || starting_)
         services_->statusLine.Warn(Text(Str::WaitingForLink));
     const std::shared_ptr<DataSet> dataSet = views_->ActiveData();
@@ -202,8 +202,8 @@ QCoro::Task<void> MainCommands::ForwardActive()
         co_await forwarding_.Forward(dataSet, *choice);
 }
 
-/// Opens the port if it is not open; where that fails the user has been told.
-QCoro::Task<bool> MainCommands::HavePort()
+/// Opens the port if it is not open. If that fails, tells the user and gives false.
+QCoro::Task<bool> MainCommands::EnsurePort()
 {
     if (services_->comm.IsOpen())
         co_return true;
@@ -222,20 +222,20 @@ QCoro::Task<void> MainCommands::Start(std::shared_ptr<DataSet> dataSet)
         co_return;
     }
     const Answer answer = co_await AskToStart();
-    if (answer == Answer::Cancel || !views_->DataSets().contains(dataSet)) // its window has been closed
+    if (answer == Answer::Cancel || !views_->DataSets().contains(dataSet)) // the window was closed
         co_return;
-    // The cable may have gone while the questions stood open.
-    const bool open = co_await HavePort();
+    // The cable may have been pulled out while the questions were open.
+    const bool open = co_await EnsurePort();
     if (open)
         co_await realtime_.StartRealtime(dataSet, answer == Answer::Yes);
 }
 
-/// Opens the port, without which nothing begins, asks about forwarding, also where to, and waits for the
-/// link. Gives the answer about forwarding.
+/// Opens the port, asks whether to forward and where to, and waits for the link. Gives the answer about
+/// forwarding, or Cancel if the run is not to begin.
 QCoro::Task<Answer> MainCommands::AskToStart()
 {
     const QScopedValueRollback<bool> starting(starting_, true);
-    const bool open = co_await HavePort();
+    const bool open = co_await EnsurePort();
     if (!open)
         co_return Answer::Cancel;
     const Answer answer =
@@ -274,7 +274,7 @@ QCoro::Task<void> MainCommands::AskAndLeave()
         if (views_->DataSets().contains(dataSet))
             mayGo = co_await files_.ConfirmClose(dataSet);
     }
-    // The link may have been taken while the questions stood open; then the user leaves once more.
+    // If the link was taken while the questions were open, the user has to try again.
     if (!mayGo || !MayClose(services_->state))
         co_return;
     services_->leaving = true;

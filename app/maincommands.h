@@ -56,7 +56,7 @@ class MainCommands : public QObject
   private:
     Situation Now() const;
     QCoro::Task<void> SaveActive(bool underNewName);
-    QCoro::Task<bool> HavePort();
+    QCoro::Task<bool> EnsurePort();
     QCoro::Task<void> Receive(StoredData::Mode mode);
     QCoro::Task<void> ReceiveAndForward(StoredData::Mode mode, std::optional<ForwardChoice> choice);
     QCoro::Task<bool> Download(StoredData::Mode mode, std::shared_ptr<DataSet> dataSet);

@@ -29,7 +29,7 @@ QWidget *Foremost()
         if (one && one->isVisible())
             return one;
     }
-    // Another program has the focus: the box must still not get lost behind ours.
+    // Another program has the focus: the box must not get lost behind our windows.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *const one : windows) {
         if (one->isVisible() && one->windowType() == Qt::Window)
@@ -57,7 +57,7 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
     return box;
 }
 
-/// A box about a field, which then has the focus, must not cover it.
+/// Keeps a box from covering the field that has the focus, which it may be about.
 void KeepClearOfField(QMessageBox *box)
 {
     const QWidget *const window = box->parentWidget();
@@ -66,7 +66,7 @@ void KeepClearOfField(QMessageBox *box)
         return;
     box->ensurePolished();
     box->adjustSize();
-    // The frame of the box is known only once it is shown; until then that of its window serves, if known.
+    // The frame of the box is known only after it is shown, so that of its parent window is used, if known.
     const QRect inner = window->geometry();
     const QRect outer = window->frameGeometry();
     const int title =
@@ -128,7 +128,7 @@ OneShot<int> MessagePrompts::OpenBox(const QString &text, QMessageBox::Icon icon
     for (const auto &[button, caption] : buttons) {
         QPushButton *const added = box->addButton(button);
         added->setText(Text(caption));
-        added->setIcon(QIcon()); // which some desktops give to standard buttons: no other dialog here has any
+        added->setIcon(QIcon()); // some desktops add one, which no other dialog here has
     }
     box->setDefaultButton(buttons.begin()->first);
     return Open(box);

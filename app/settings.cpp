@@ -18,7 +18,7 @@ constexpr qint64 LongestLine = 32768; // a path is shorter; what is longer is no
 
 bool CanWriteIn(const QString &folder)
 {
-    // Access rights are misleading on network drives and in virtual stores; only a try tells.
+    // Access rights are misleading on network drives and in virtualised folders; only a try tells.
     QTemporaryFile probe(folder + QStringLiteral("/px40"));
     return probe.open();
 }

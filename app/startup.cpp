@@ -16,7 +16,7 @@
 namespace px40 {
 
 namespace {
-constexpr int SplashMs = 1000; // before the main window is there, and the same after that
+constexpr int SplashMs = 1000; // before the main window is shown, and as long after that
 } // namespace
 
 QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, QStringList files)

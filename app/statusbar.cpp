@@ -27,7 +27,7 @@ StatusBar::StatusBar(Services &services, QWidget *parent)
     setObjectName(QStringLiteral("sbMain"));
     for (ElidedLabel *const label : {message_, selection_}) {
         label->setContentsMargins(6, 0, 6, 0);
-        label->setMinimumWidth(1); // a long text widens no window
+        label->setMinimumWidth(1); // a long text must not widen the window
         addWidget(label);
     }
     port_->setContentsMargins(6, 0, 6, 0);
@@ -42,7 +42,7 @@ StatusBar::StatusBar(Services &services, QWidget *parent)
 void StatusBar::ShowMessage(const QString &text)
 {
     message_->SetText(text);
-    // This much of it can be seen even in a narrow window, beside the summary of a selection.
+    // So much of the text is seen even in a narrow window, beside the summary of a selection.
     const QFontMetrics metrics = message_->fontMetrics();
     message_->setMinimumWidth(
         std::min(metrics.horizontalAdvance(text), MessageWidth * metrics.averageCharWidth()));

@@ -21,13 +21,13 @@ Workspace::Workspace(QWidget *parent) : QMdiArea(parent)
 
 void Workspace::Place(QMdiSubWindow *window)
 {
-    constexpr int Steps = 4; // then the cascade begins anew
-    const QRect room = viewport()->rect();
+    constexpr int Steps = 4; // after so many windows the cascade begins again
+    const QRect area = viewport()->rect();
     const int step = window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
     const int offset = static_cast<int>((subWindowList().size() - 1) % Steps) * step;
-    const QSize most = room.size() * 0.85;
-    const QSize wanted = window->size().expandedTo(most).boundedTo(room.size() - QSize(offset, offset));
-    window->setGeometry(QRect(room.topLeft() + QPoint(offset, offset), wanted));
+    const QSize most = area.size() * 0.85;
+    const QSize wanted = window->size().expandedTo(most).boundedTo(area.size() - QSize(offset, offset));
+    window->setGeometry(QRect(area.topLeft() + QPoint(offset, offset), wanted));
 }
 
 void Workspace::MoveIntoView(QMdiSubWindow *window)
@@ -66,7 +66,7 @@ void Workspace::ReturnFocus()
 {
     if (!activeBefore_)
         return;
-    setFocus(); // so that no other data window gets it while the table of this one is hidden
+    setFocus(); // or another data window gets it while the table of this one is hidden
     activeBefore_->setFocus();
 }
 
@@ -79,8 +79,8 @@ void Workspace::paintEvent(QPaintEvent *event)
     QColor ink = palette().windowText().color();
     ink.setAlphaF(0.7F);
     painter.setPen(ink);
-    const QRect room = viewport()->rect().adjusted(40, 40, -40, -40);
-    painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, Text(Str::EmptyWorkspace));
+    const QRect area = viewport()->rect().adjusted(40, 40, -40, -40);
+    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, Text(Str::EmptyWorkspace));
 }
 
 } // namespace px40

@@ -14,7 +14,7 @@ namespace px40 {
 
 namespace {
 
-/// The texts between the commas. A line that has fewer than asked for begins again at its first one.
+/// The texts between the commas. For a line with too few of them, reading begins again at its first one.
 template <std::size_t N>
 std::array<std::string_view, N> Split(std::string_view line)
 {
@@ -162,13 +162,13 @@ void Reader::ReadHeader(DataFileHeader *header)
     const auto period = HeaderFields<5>();
     if (realtime) {
         header->periodNone = Boolean(period[0]);
-        // Without a period its texts mean nothing and are not looked at.
+        // Without a period its texts mean nothing and are not checked.
         const Duration texts = {period[1], period[2], period[3], period[4]};
         header->period = header->periodNone ? texts : CheckedDuration(texts);
     }
 
     GraphSettings &graph = header->graph;
-    graph.count = CheckedNumber(HeaderFields<1>()[0], 2); // fewer make no line
+    graph.count = CheckedNumber(HeaderFields<1>()[0], 2); // a line needs two points
 
     const auto xAxis = HeaderFields<3>();
     graph.xLabels = CheckedNumber(xAxis[1], 1);
@@ -193,7 +193,7 @@ void Reader::ReadRows(DataFile *data)
             throw Failure{Text(Str::TableFull)};
         const RowStore::Bytes fields = Fields<RowStore::Texts>();
         if (fields[1].empty() && !emptyRowsCount)
-            continue; // only one more row of the table
+            continue; // an empty row of the table, not a sample
         data->rows.AppendLatin1(fields);
         data->readings.Count(ReadingOf(fields[1]));
     }

@@ -20,7 +20,7 @@ class Writer
   public:
     explicit Writer(QIODevice &file) : file_(&file) { pending_.reserve(PieceSize + 1024); }
 
-    /// `Texts`: strings of Qt, or of UTF-8.
+    /// `Texts`: a list of QString, or of string views in UTF-8.
     template <typename Texts>
     void Line(const Texts &texts)
     {
@@ -57,7 +57,7 @@ class Writer
             } else if ((byte == 0xC2 || byte == 0xC3) && i + 1 < text.size()) {
                 pending_ += static_cast<char>(byte << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F));
             } else if (byte >= 0xC0) {
-                pending_ += '?'; // no such character there
+                pending_ += '?'; // not in Latin-1
             }
         }
     }

@@ -110,7 +110,7 @@ QString DataSet::ExtremeText(qint32 sample, bool number) const
 {
     if (sample == 0)
         return {};
-    const bool saveMode = kind_ == KindSave; // its second column says nothing
+    const bool saveMode = kind_ == KindSave; // whose second column says nothing
     QStringList parts;
     if (number || saveMode)
         parts << Bracketed(table_.Heading(0), QString::number(sample));

@@ -1,7 +1,7 @@
-// A data set and its file. Both ways lead through the work file: what cannot be written or read to the end
-// never shows under the user's name, and the user's file is never held open. Where the work file cannot be
-// written another one in the folder for temporary files stands in for it, and where that cannot be written
-// either the way leads straight: a file is only ever replaced as a whole.
+// A data set and its file. Reading and writing both go through the work file, so that half a file never
+// appears under the user's name, and the user's file is never held open. If the work file cannot be written,
+// one in the folder for temporary files stands in for it; if that cannot be written either, the data go
+// straight from or to the user's file, which is only ever replaced as a whole.
 
 #include "document/dataset.h"
 
@@ -30,13 +30,13 @@ struct RemoveFile
         file->close();
         if (file->exists()) {
             SetHidden(file->fileName(), false);
-            file->remove(); // one that stays is overwritten the next time
+            file->remove(); // if that fails, the next one overwrites it
         }
         delete file;
     }
 };
 
-/// The work file while it is needed; it is removed with this.
+/// The work file, which is removed when this goes.
 using WorkFile = std::unique_ptr<QFile, RemoveFile>;
 
 /// `path`: empty for one in the folder for temporary files.
@@ -66,7 +66,7 @@ void NoteWork(DocumentShared *shared, Str note, const QString &reason)
     shared->WorkNote = Text(note).arg(shared->WorkPath, reason);
 }
 
-/// The work file with what `write` gives it, or the one that stands in for it; null where there is none.
+/// The work file or its stand-in, filled by `write`; null if neither can be written.
 Result<WorkFile> FilledWork(DocumentShared *shared, const WriteTo &write)
 {
     if (shared->WorkPath.isEmpty())
@@ -127,7 +127,7 @@ QString NothingSaved(const QString &name)
 
 Result<> DataSet::OpenFile(const QString &name)
 {
-    // The work file is removed after use, and the user's data would be gone.
+    // The work file is removed after use, and with it the user's data would be lost.
     if (SameFile(name, shared_->WorkPath))
         return Fail(Text(Str::FileIsWorkFile));
     try {
@@ -135,7 +135,7 @@ Result<> DataSet::OpenFile(const QString &name)
         if (!contents)
             return Fail(contents.error());
         Adopt(std::move(*contents));
-    } catch (const std::exception &problem) { // no memory
+    } catch (const std::exception &problem) { // out of memory
         return Fail(QString::fromLocal8Bit(problem.what()));
     }
     DispCalculation();
@@ -153,11 +153,11 @@ void DataSet::Adopt(DataFile &&file)
         SetInterval(header.interval);
         SetPeriod(header.periodNone, header.period);
     } else if (header.kind == KindMemory) {
-        interval_ = header.interval; // to be written again as it stood there
+        interval_ = header.interval; // saved again as it was read
         if (!header.interval.Sec.isEmpty())
             DispInterval(header.interval.Sec);
     }
-    graph_.SetSettings(header.graph); // also what does not apply to automatic axes
+    graph_.SetSettings(header.graph); // including what automatic axes ignore
     SetPanel(Panel::X, Text(header.graph.xAuto ? Str::Automatic : Str::Custom));
     table_.Adopt(std::move(file.rows), file.tableRows);
     readings_ = std::move(file.readings);

@@ -16,10 +16,10 @@
 namespace px40 {
 
 namespace {
-/// Columns in characters; where there is more room they share it in these proportions.
+/// Columns in characters; a wider table is divided in the same proportions.
 constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
 
-/// A copied table: text, and the same for spreadsheets, which is made when one of them asks for it.
+/// A copied table: as text and, for spreadsheets, as HTML, which is made only when one of them asks for it.
 class TableMime : public QMimeData
 {
   public:
@@ -51,7 +51,7 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setHighlightSections(false);
-    horizontalHeader()->setStretchLastSection(true); // what the rounding leaves, or the user
+    horizontalHeader()->setStretchLastSection(true); // takes the width that rounding or the user leaves
     ShareWidth();
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
         if (!sharing_ && column != TableModel::Columns - 1) // the last one stretches by itself
@@ -65,9 +65,9 @@ void DataTable::ShareWidth()
         return;
     sharing_ = true;
     const int total = std::reduce(ColumnWidths.begin(), ColumnWidths.end());
-    const int room = std::max(viewport()->width(), total * fontMetrics().averageCharWidth());
+    const int width = std::max(viewport()->width(), total * fontMetrics().averageCharWidth());
     for (int column = 0; column < TableModel::Columns; ++column)
-        setColumnWidth(column, room * ColumnWidths.at(static_cast<std::size_t>(column)) / total);
+        setColumnWidth(column, width * ColumnWidths.at(static_cast<std::size_t>(column)) / total);
     sharing_ = false;
 }
 

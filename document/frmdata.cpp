@@ -47,9 +47,9 @@ struct PanelPlace
 constexpr int FirstColumnWidth = 38;
 constexpr int FirstCaptionWidth = 9;
 constexpr int CaptionWidth = 5;
-constexpr int RoomyWidth = 120; // shows the longest text of a panel
-constexpr int RoomyRows = 8;
-constexpr int RoomyGraphRows = 9; // the height of the graph, in rows of the table
+constexpr int InitialWidth = 120; // shows the longest text of a panel
+constexpr int InitialRows = 8;
+constexpr int InitialGraphRows = 9; // the height of the graph, in rows of the table
 
 constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::Label, 0, "Label", Str::LabelKind, FirstCaptionWidth, FirstColumnWidth},
@@ -77,21 +77,22 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     connect(set, &DataSet::gridShown, fgData_, &QWidget::setVisible);
     connect(set, &DataSet::sampleFollowed, this, &frmData::FollowSample);
     connect(set, &DataSet::progressChanged, this, &frmData::ShowProgress);
-    connect(this, &QMdiSubWindow::aboutToActivate, this, &frmData::LeaveStatesAlone);
+    connect(this, &QMdiSubWindow::aboutToActivate, this, &frmData::IgnoreStateChanges);
     ShowTitle();
     for (const PanelPlace &place : PanelPlaces)
         ShowPanel(place.panel, set->PanelText(place.panel));
     ShowProgress();
     connect(&set->Table(), &QAbstractItemModel::modelReset, this, &frmData::SelectFirst);
-    const auto sumUp = [this] { // at most once a turn of the event loop
+    const auto summarise = [this] { // at most once a turn of the event loop
         if (!std::exchange(summing_, true))
-            QMetaObject::invokeMethod(this, &frmData::SumUpSelection, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(this, &frmData::SummariseSelection, Qt::QueuedConnection);
     };
-    connect(fgData_->selectionModel(), &QItemSelectionModel::selectionChanged, this, sumUp);
-    connect(&set->Table(), &QAbstractItemModel::dataChanged, this, sumUp); // a sample in a row that was empty
+    connect(fgData_->selectionModel(), &QItemSelectionModel::selectionChanged, this, summarise);
+    // A sample may have come in a selected row that was empty.
+    connect(&set->Table(), &QAbstractItemModel::dataChanged, this, summarise);
     SelectFirst();
     setFocusProxy(fgData_);
-    resize(RoomySize());
+    resize(InitialSize());
 }
 
 frmData::~frmData()
@@ -100,8 +101,8 @@ frmData::~frmData()
     fgData_->setModel(nullptr);
 }
 
-/// An asterisk after the caption marks unsaved rows; Qt puts it in the place of "[*]". A caption that holds
-/// that text is shown as it is: an invisible character in between keeps Qt from taking it for the place.
+/// An asterisk after the caption marks unsaved rows; Qt puts it in the place of "[*]". That text in a caption
+/// is shown as it is: an invisible character keeps Qt from replacing it.
 void frmData::ShowTitle()
 {
     const QString place = QStringLiteral("[*]");
@@ -109,7 +110,7 @@ void frmData::ShowTitle()
     setWindowModified(!data_->Saved());
 }
 
-/// The frame's own menu would claim Ctrl+W as well, and then neither gets it.
+/// The window frame's own menu has Ctrl+W as well; a shortcut with two owners triggers neither.
 void frmData::LeaveShortcutsToTheMenus()
 {
     const QList<QAction *> actions = systemMenu()->actions();
@@ -145,13 +146,13 @@ QWidget *frmData::BuildContent()
     return content;
 }
 
-/// Table and graph above each other; the border between them can be moved.
+/// The table above the graph; the border between them can be moved.
 QWidget *frmData::BuildViews(QWidget *parent)
 {
     auto *const views = new QSplitter(Qt::Vertical, parent);
     views->setChildrenCollapsible(false);
     views->setHandleWidth(6);
-    auto *const place = new QWidget(views); // keeps its room while the table is hidden
+    auto *const place = new QWidget(views); // keeps its space while the table is hidden
     auto *const layout = new QVBoxLayout(place);
     layout->setContentsMargins(0, 0, 0, 0);
     fgData_ = new DataTable(&data_->Table(), place);
@@ -162,21 +163,21 @@ QWidget *frmData::BuildViews(QWidget *parent)
     graph_ = new GraphPane(&data_->Graph(), views);
     connect(graph_->Graph(), &Chart::copyRequested, this, &frmData::CopyGraph);
     connect(graph_->Graph(), &Chart::saveAsRequested, this, &frmData::SaveGraph);
-    views->setStretchFactor(0, RoomyRows);
-    views->setStretchFactor(1, RoomyGraphRows);
+    views->setStretchFactor(0, InitialRows);
+    views->setStretchFactor(1, InitialGraphRows);
     return views;
 }
 
-QSize frmData::RoomySize() const
+QSize frmData::InitialSize() const
 {
     const int row = fgData_->verticalHeader()->defaultSectionSize();
     const int table = fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth();
-    return {RoomyWidth * fontMetrics().averageCharWidth(),
+    return {InitialWidth * fontMetrics().averageCharWidth(),
             sizeHint().height() - fgData_->sizeHint().height() - graph_->sizeHint().height() + table +
-                (RoomyRows + RoomyGraphRows) * row};
+                (InitialRows + InitialGraphRows) * row};
 }
 
-void frmData::TakeShape()
+void frmData::ApplyShape()
 {
     const WindowShape shape = data_->Shape();
     const QSize size(TwipsToPixels(shape.width, logicalDpiX()), TwipsToPixels(shape.height, logicalDpiY()));
@@ -186,46 +187,46 @@ void frmData::TakeShape()
         setWindowState(windowState() | Qt::WindowMaximized);
     else if (shape.state == WindowShape::Minimised)
         setWindowState(windowState() | Qt::WindowMinimized);
-    data_->SetShape(shape); // resizing has changed what it says
+    data_->SetShape(shape); // resizing has changed it
 }
 
-/// When a window becomes the active one where the one before was maximised, the workspace restores that one
-/// and maximises this one. That is not the user's choice for either of them.
-void frmData::LeaveStatesAlone()
+/// When the active window is maximised and another one is activated, QMdiArea restores the old one and
+/// maximises the new one. The user chose neither, so neither is remembered.
+void frmData::IgnoreStateChanges()
 {
     const QList<QMdiSubWindow *> windows = mdiArea() ? mdiArea()->subWindowList() : QList<QMdiSubWindow *>();
     for (QMdiSubWindow *const one : windows) {
         auto *const window = qobject_cast<frmData *>(one);
-        if (!window || std::exchange(window->arranged_, true))
+        if (!window || std::exchange(window->ignoringStates_, true))
             continue;
-        const auto over = [window] { window->arranged_ = false; };
+        const auto over = [window] { window->ignoringStates_ = false; };
         QMetaObject::invokeMethod(window, over, Qt::QueuedConnection);
     }
 }
 
-/// A window that the user has minimised is kept as a normal one.
-void frmData::KeepState(Qt::WindowStates before)
+/// A minimised window is remembered as a normal one.
+void frmData::RememberState(Qt::WindowStates before)
 {
     constexpr Qt::WindowStates Kept = Qt::WindowMinimized | Qt::WindowMaximized;
-    if (arranged_ || (before & Kept) == (windowState() & Kept))
+    if (ignoringStates_ || (before & Kept) == (windowState() & Kept))
         return;
     WindowShape shape = data_->Shape();
     shape.state = isMaximized() && !isMinimized() ? WindowShape::Maximised : WindowShape::Normal;
     data_->SetShape(shape);
 }
 
-/// A length that changed only because of the window's minimum size is kept as it was.
-void frmData::KeepSize()
+/// A width or height that was changed only by the window's minimum size is remembered as it was.
+void frmData::RememberSize()
 {
     const QSize before = std::exchange(normalSize_, size());
     const QSize least = minimumSizeHint();
-    const auto keep = [](int now, int then, int minimum, double dotsPerInch, int *kept) {
+    const auto remember = [](int now, int then, int minimum, double dotsPerInch, int *kept) {
         if (now != then && now != std::max(TwipsToPixels(*kept, dotsPerInch), minimum))
             *kept = PixelsToTwips(now, dotsPerInch);
     };
     WindowShape shape = data_->Shape();
-    keep(width(), before.width(), least.width(), logicalDpiX(), &shape.width);
-    keep(height(), before.height(), least.height(), logicalDpiY(), &shape.height);
+    remember(width(), before.width(), least.width(), logicalDpiX(), &shape.width);
+    remember(height(), before.height(), least.height(), logicalDpiY(), &shape.height);
     data_->SetShape(shape);
 }
 
@@ -252,7 +253,7 @@ void frmData::ShowFollowed()
     fgData_->ShowRow(std::exchange(followed_, 0) - 1);
 }
 
-void frmData::SumUpSelection()
+void frmData::SummariseSelection()
 {
     summing_ = false;
     const QItemSelectionModel *const selected = fgData_->selectionModel();
@@ -271,14 +272,14 @@ void frmData::resizeEvent(QResizeEvent *event)
 {
     QMdiSubWindow::resizeEvent(event);
     if (!isMinimized() && !isMaximized() && !isShaded())
-        KeepSize();
+        RememberSize();
 }
 
 void frmData::changeEvent(QEvent *event)
 {
     // Before the base class, which makes another window active when this one is minimised.
     if (event->type() == QEvent::WindowStateChange)
-        KeepState(static_cast<QWindowStateChangeEvent *>(event)->oldState());
+        RememberState(static_cast<QWindowStateChangeEvent *>(event)->oldState());
     QMdiSubWindow::changeEvent(event);
 }
 

@@ -52,7 +52,7 @@ class frmData : public QMdiSubWindow
     const std::shared_ptr<DataSet> &Data() const { return data_; }
 
     /// Takes size and state from the data set, as its file had them.
-    void TakeShape();
+    void ApplyShape();
 
     /// What is to be told about the selected rows of the table; empty when there is nothing to tell.
     const QString &SelectionText() const { return selectionText_; }
@@ -70,18 +70,18 @@ class frmData : public QMdiSubWindow
     QWidget *BuildContent();
     QWidget *BuildViews(QWidget *parent);
     void LeaveShortcutsToTheMenus();
-    /// The size in which every text and a good number of rows are seen, outer frame included.
-    QSize RoomySize() const;
+    /// A size that shows every text and a good number of rows, outer frame included.
+    QSize InitialSize() const;
     void ShowTitle();
     void ShowPanel(Panel panel, const QString &text);
     void SelectFirst();
     void FollowSample(int sample);
     void ShowFollowed();
-    void SumUpSelection();
+    void SummariseSelection();
     void ShowProgress();
-    void LeaveStatesAlone();
-    void KeepState(Qt::WindowStates before);
-    void KeepSize();
+    void IgnoreStateChanges();
+    void RememberState(Qt::WindowStates before);
+    void RememberSize();
     void CopyGraph();
     void SaveGraph();
     QString GraphCaption() const;
@@ -95,9 +95,9 @@ class frmData : public QMdiSubWindow
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
     QString selectionText_;
     int followed_ = 0;     ///< the sample to be shown in this turn of the event loop; 0: none
-    bool summing_ = false; ///< the selection will be summed up in this turn
+    bool summing_ = false; ///< the selection will be summarised in this turn
     bool asking_ = false;
-    bool arranged_ = false; ///< in this turn the workspace changes states by itself
+    bool ignoringStates_ = false; ///< in this turn QMdiArea, not the user, changes window states
 };
 
 } // namespace px40

@@ -20,7 +20,7 @@ namespace px40 {
 
 namespace {
 
-constexpr int FieldWidth = 18; // average characters: room for the longest number
+constexpr int FieldWidth = 18; // average characters: the longest number fits
 
 struct FieldRow
 {
@@ -43,8 +43,8 @@ constexpr FieldRow YFields[] = {
     {GraphField::Minor, "llMinor", "tbMinor", Str::GraphMinorUnit},
 };
 
-/// The two options in a row and below them the fields; typing in one of them chooses `custom`. The fields go
-/// into `fields`.
+/// The two options side by side with the fields below; typing in a field chooses `custom`. The fields are
+/// stored in `fields`.
 template <typename Fields>
 QLayout *LayOutAxis(QRadioButton *automatic, QRadioButton *custom, std::span<const FieldRow> rows,
                     Fields *fields)
@@ -132,7 +132,7 @@ bool frmSetting::Apply()
     for (std::size_t i = 0; i < fields_.size(); ++i)
         form.texts[i] = fields_[i]->text();
     const auto stored = StoreGraphForm(&form, dataSet_.get());
-    Load(form); // what passed is shown in its plain form
+    Load(form); // the valid fields now have their normal form
     if (!stored)
         Refuse(fields_.at(stored.error().field), stored.error().complaint);
     return stored.has_value();

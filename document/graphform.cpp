@@ -12,10 +12,10 @@ namespace px40 {
 
 namespace {
 
-constexpr int Most = 32767; // samples in a graph, and whole numbers in a field
+constexpr int Most = 32767; // samples in a graph; also the largest number in a field
 
-/// Which setting a field is for, and what the field is called. A number holds at least `least`, a text is a
-/// limit of the axis.
+/// The setting that a field edits, and the field's name in a message. A whole number must be at least
+/// `least`; a text is a limit of the axis.
 struct FieldRule
 {
     std::variant<int GraphSettings::*, QString GraphSettings::*> setting;
@@ -35,16 +35,16 @@ constexpr FieldRule Rules[GraphFieldCount] = {
     {&GraphSettings::yMinor, Str::GraphYAxis, Str::GraphMinorUnit},
 };
 
-/// Reads a field into its setting and writes it again in its plain form. Gives what is allowed there when it
-/// is faulty, else nothing.
+/// Stores a field in its setting and rewrites its text in the normal form. For a faulty field gives a text
+/// that says what is allowed, else an empty one.
 QString Take(const FieldRule &rule, QString *text, GraphSettings *settings)
 {
     if (const auto *const limit = std::get_if<QString GraphSettings::*>(&rule.setting)) {
-        const std::optional<QString> plain = AxisLimitOf(*text);
-        if (!plain)
+        const std::optional<QString> rewritten = AxisLimitOf(*text);
+        if (!rewritten)
             return Text(Str::NumberAllowed).arg(QStringLiteral("-60000"), QStringLiteral("60000"));
-        settings->**limit = *text = *plain;
-        // As rewritten, since those are what the axis gets: two limits may differ only beyond their digits.
+        settings->**limit = *text = *rewritten;
+        // The axis gets the limits as rewritten: their texts may differ only in digits that are rounded away.
         if (*limit == &GraphSettings::yMinimum &&
             SingleNumber(settings->yMaximum) <= SingleNumber(settings->yMinimum))
             return Text(Str::BelowMaximum).arg(settings->yMaximum);

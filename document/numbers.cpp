@@ -49,7 +49,7 @@ std::optional<QString> AxisLimitOf(QStringView text)
     const std::optional<float> value = SingleNumber(text);
     if (!value || std::abs(*value) > Furthest)
         return std::nullopt;
-    return QString::number(static_cast<double>(*value) + 0.0, 'g', SinglePrecisionDigits); // no negative zero
+    return QString::number(static_cast<double>(*value) + 0.0, 'g', SinglePrecisionDigits); // + 0.0: no "-0"
 }
 
 } // namespace px40

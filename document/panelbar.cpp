@@ -50,7 +50,7 @@ void PanelBar::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
     if (event->type() != QEvent::EnabledChange)
         return;
-    // The pale role of a caption has no disabled shade and would stand out beside its value.
+    // The placeholder colour has no disabled shade: the caption would stand out beside its disabled value.
     for (QLabel *const caption : std::as_const(captions_))
         caption->setForegroundRole(isEnabled() ? QPalette::PlaceholderText : QPalette::WindowText);
 }

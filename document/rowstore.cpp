@@ -16,7 +16,7 @@ bool IsAscii(char character)
     return static_cast<signed char>(character) >= 0;
 }
 
-/// The texts of the row that begins there.
+/// The texts of the row that begins at `at`.
 RowStore::Bytes TextsAt(const char *at)
 {
     RowStore::Bytes texts;
@@ -46,7 +46,7 @@ void RowStore::Append(const Row &row)
     }
 }
 
-// Byte by byte straight to where the row stays: texts of this length take longer to copy twice.
+// Written straight to its final place: texts as short as these take longer when copied twice.
 void RowStore::AppendLatin1(const Bytes &row)
 {
     std::ptrdiff_t size = Texts;

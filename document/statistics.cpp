@@ -18,7 +18,7 @@ bool IsValidReading(std::string_view data)
 
 namespace {
 
-/// Plain numbers, in a fraction of the time that others take.
+/// Reads a plain number, much faster than `SingleNumber`; nothing for any other text.
 std::optional<float> PlainNumber(QLatin1String text)
 {
     if (text.size() > 1 && text.front() == u'+' && text[1] != u'-')
@@ -57,7 +57,7 @@ void Statistics::Add(float value, qint32 row)
     }
     sum += static_cast<double>(value);
     ++validCount;
-    // Differences stay small where sums of squares would lose all their digits.
+    // Welford's method: for readings close together the usual sums of squares would lose all their digits.
     const double difference = static_cast<double>(value) - mean;
     mean += difference / validCount;
     squares += difference * (static_cast<double>(value) - mean);

@@ -45,7 +45,7 @@ struct NumberForm
     }
 };
 
-/// Nothing when the text is no number that a spreadsheet shows in the same way.
+/// Nothing when the text is no number, or one that a spreadsheet would show differently.
 std::optional<NumberForm> FormOf(QStringView text)
 {
     static const QRegularExpression Number(
@@ -63,13 +63,13 @@ std::optional<NumberForm> FormOf(QStringView text)
 /// Excel takes a cell's value from x:num and its number format from the style; x:str is a text. LibreOffice
 /// takes them from sdval and sdnum, whose first number is the language in which both are written (1033, with
 /// a decimal point). Of formats LibreOffice keeps only those that it has built in: for any other it takes one
-/// of the target's own, whichever that may be. So there only readings with two decimals keep both.
+/// of its own instead. So there only readings with two decimals keep both.
 class HtmlTable
 {
   public:
     QByteArray Write(QStringView text)
     {
-        constexpr int BytesToACharacter = 8; // of the text
+        constexpr int BytesToACharacter = 8; // of the text, tags included
         out_.reserve(text.size() * BytesToACharacter);
         bool heading = true;
         for (const QStringView line : text.chopped(1).tokenize(u'\n'))
@@ -79,7 +79,7 @@ class HtmlTable
     }
 
   private:
-    /// When the forms of all numbers are known.
+    /// To be made last, when the forms of all numbers are known.
     QByteArray Head() const
     {
         QByteArray head = "<html xmlns:x=\"urn:schemas-microsoft-com:office:excel\">"
@@ -102,11 +102,11 @@ class HtmlTable
         out_ += "</tr>\n";
     }
 
-    void Cell(QStringView cell, bool asTyped)
+    void Cell(QStringView cell, bool isTime)
     {
         if (const std::optional<NumberForm> form = FormOf(cell.trimmed()))
             NumberTag(cell.trimmed(), *form);
-        else if (cell.isEmpty() || asTyped)
+        else if (cell.isEmpty() || isTime)
             out_ += "<td>";
         else
             TextTag(cell);
@@ -121,13 +121,13 @@ class HtmlTable
             number.chop(1);
         out_ += "<td";
         if (form != NumberForm())
-            out_ += " class=n" + QByteArray::number(Known(form));
+            out_ += " class=n" + QByteArray::number(FormIndex(form));
         const QByteArray plain = Escaped(number);
         out_ += " x:num=\"" + plain + "\" sdval=\"" + plain;
         out_ += form == NumberForm{1, 2} ? "\" sdnum=\"1033;0;0.00\">" : "\" sdnum=\"1033\">";
     }
 
-    qsizetype Known(const NumberForm &form)
+    qsizetype FormIndex(const NumberForm &form)
     {
         if (!forms_.contains(form))
             forms_.append(form);
@@ -137,7 +137,7 @@ class HtmlTable
     void TextTag(QStringView cell)
     {
         out_ += "<td class=t x:str";
-        if (cell.front().isSpace() || cell.back().isSpace()) // lost in HTML
+        if (cell.front().isSpace() || cell.back().isSpace()) // HTML drops these blanks
             out_ += "=\"" + Escaped(cell) + '"';
         out_ += " sdnum=\"1033;0;@\">";
     }

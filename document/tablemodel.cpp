@@ -62,8 +62,8 @@ QString TableModel::SampleText(qint32 sample) const
     const QString value = Cell(sample, 2).trimmed() + u' ' + Cell(sample, 3).trimmed();
     for (const QString &whole : {Cell(sample, 1).trimmed(), value.trimmed()}) {
         const QString line = whole.left(Longest);
-        const bool told = line == Heading(0) + number; // a memory number instead of a time
-        if (!line.isEmpty() && !told)
+        const bool repeatsNumber = line == Heading(0) + number; // a memory number instead of a time
+        if (!line.isEmpty() && !repeatsNumber)
             lines << line;
     }
     return lines.join(u'\n');

@@ -67,7 +67,7 @@ void Chart::Refresh()
     Fill(size(), density);
     QCPPainter painter(&picture_);
     Draw(painter);
-    // The sample under a resting pointer is another one when the view has moved.
+    // If the view has moved, a resting pointer is over another sample now.
     QMetaObject::invokeMethod(this, &Chart::Hover, Qt::QueuedConnection);
 }
 
@@ -107,13 +107,13 @@ void Chart::DrawHover(QPainter &painter) const
     painter.drawEllipse(QPointF(x, y), HoverRadius, HoverRadius);
 }
 
-/// What the mouse is being dragged over, to be zoomed to.
+/// Marks the samples that the mouse is dragged over, to be zoomed to.
 void Chart::DrawBand(QPainter &painter) const
 {
     if (!IsDragged())
         return;
     QRect band = PlotRect();
-    // The samples may have moved on below the mouse.
+    // In a run the samples may have moved since the drag began.
     const double edge = std::clamp<double>(Place().EdgeOf(drag_->at), 0, band.width() - 1);
     const int from = band.left() + static_cast<int>(edge);
     band.setLeft(std::min(from, drag_->toX));

@@ -138,7 +138,7 @@ void Chart::contextMenuEvent(QContextMenuEvent *event)
 {
     auto *const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    // The keys are the graph's; the menu only tells them.
+    // `keyPressEvent` handles the keys; the menu only shows them.
     const auto add = [&](Str name, const QKeySequence &key, auto action) {
         return menu->addAction(Text(name) + u'\t' + key.toString(QKeySequence::NativeText), this, action);
     };
@@ -166,8 +166,8 @@ void Chart::StopDrag()
     update();
 }
 
-// Nothing that the base class knows of can be picked or dragged, so its search for what is under the pointer
-// is left out.
+// None of these calls the base class: it would search for what is under the pointer, but nothing that it
+// knows of can be selected or dragged.
 
 void Chart::mousePressEvent(QMouseEvent *event)
 {

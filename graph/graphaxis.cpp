@@ -7,13 +7,13 @@ namespace px40 {
 
 namespace {
 
-constexpr int SureDigits = 15;        // what a double holds of a number as people write it
-constexpr double LabelGap = 8;        // between two labels
-constexpr double LeastTickGap = 3;    // of divisions that the user set
-constexpr double EasyTickGap = 4;     // of those that we choose
-constexpr double LeastLabelTurn = 12; // from label to label, however short they are
+constexpr int SureDigits = 15;            // decimal digits that a double always keeps
+constexpr double LabelGap = 8;            // between two labels
+constexpr double LeastTickGap = 3;        // where the user set the divisions
+constexpr double AutomaticTickGap = 4;    // where the program chooses them
+constexpr double LeastLabelDistance = 12; // from label to label, however short they are
 
-/// 1, 2, 5, 10, 20, 50 ...
+/// The next step after `step` in the sequence 1, 2, 5, 10, 20, 50 ...
 qint64 NextStep(qint64 step)
 {
     qint64 power = 1;
@@ -22,7 +22,7 @@ qint64 NextStep(qint64 step)
     return step < 2 * power ? 2 * power : step < 5 * power ? 5 * power : 10 * power;
 }
 
-/// The first step of which `width` times the step is at least `least`.
+/// The smallest of these steps for which `width` times the step is at least `least`.
 qint64 StepFor(double width, double least)
 {
     qint64 step = 1;
@@ -42,7 +42,7 @@ QString WithDecimals(double value)
     return text == u"-0.0" ? text.mid(1) : text;
 }
 
-/// 1, 2 or 5 times a power of ten, at least `least`.
+/// The smallest number of at least `least` that is 1, 2 or 5 times a power of ten.
 double NiceStep(double least)
 {
     const double power = std::pow(10.0, std::floor(std::log10(least)));
@@ -57,15 +57,15 @@ QString StepNumber(double value, double step)
 {
     const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 1e-6)));
     if (std::abs(value) < step / 2)
-        value = 0; // a rounding error; and no negative zero
+        value = 0; // a rounding error, or a negative zero
     if (decimals <= 7 && std::abs(value) < 1e8)
         return QString::number(value, 'f', decimals);
     const double digits = value == 0 ? 1 : std::log10(std::abs(value) / step) + 2;
     return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, SureDigits));
 }
 
-/// The first number of the row 1, 1 + step, 1 + 2 step ... that is not below `first`.
-qint64 AnchoredFrom(qint64 first, qint64 step)
+/// The first number of the sequence 1, 1 + step, 1 + 2 step ... that is not below `first`.
+qint64 FirstInSequence(qint64 first, qint64 step)
 {
     return (first - 1 + step - 1) / step * step + 1;
 }
@@ -76,11 +76,12 @@ std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 ste
 {
     std::vector<qint32> samples;
     double taken = -place.reachLeft;
-    for (qint64 at = AnchoredFrom(place.first, step); at <= place.last; at += step) {
+    for (qint64 at = FirstInSequence(place.first, step); at <= place.last; at += step) {
         const auto sample = static_cast<qint32>(at);
         const double x = place.X(sample);
         const double width = labelWidth(sample);
-        if (width <= 0 || x - width / 2 < -place.reachLeft || x + width / 2 > place.room + place.reachRight)
+        if (width <= 0 || x - width / 2 < -place.reachLeft ||
+            x + width / 2 > place.plotWidth + place.reachRight)
             continue;
         if (!samples.empty() && x - width / 2 < taken + LabelGap)
             return std::nullopt;
@@ -100,7 +101,7 @@ QString AxisNumber(double value, AxisFormat format)
     const qsizetype mark = text.indexOf(u'e');
     QString number = WithDecimals(text.left(mark).toDouble());
     int exponent = text.mid(mark + 1).toInt();
-    if (number.endsWith(u"10.0")) { // it was 9.99996
+    if (number.endsWith(u"10.0")) { // rounded up from 9.99996, for example
         number.remove(number.size() - 3, 1);
         ++exponent;
     }
@@ -121,24 +122,24 @@ ValueRange AutomaticValueRange(double lowest, double highest)
         return {0, 10};
     double span = highest - lowest;
     const double size = std::max(std::abs(lowest), std::abs(highest));
-    if (span <= size * 1e-6) { // constant, but for the last digit of single precision
-        const double room = size > 0 ? size / 10 : 1;
-        lowest -= room;
-        highest += room;
+    if (span <= size * 1e-6) { // constant except for the last digit of single precision
+        const double padding = size > 0 ? size / 10 : 1;
+        lowest -= padding;
+        highest += padding;
         span = highest - lowest;
     }
-    // Limits are multiples of a coarse step, so that the axis keeps still while similar readings come in.
-    const double raster = NiceStep(span / 5) / 5;
+    // The limits are multiples of a coarse grid, so that similar new readings do not change the axis.
+    const double grid = NiceStep(span / 5) / 5;
     const double margin = span * 0.02;
-    return {std::floor((lowest - margin) / raster) * raster, std::ceil((highest + margin) / raster) * raster};
+    return {std::floor((lowest - margin) / grid) * grid, std::ceil((highest + margin) / grid) * grid};
 }
 
-ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double room, double labelHeight)
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double length, double labelHeight)
 {
     const AxisFormat format = range.maximum - range.minimum < 0.01 ? AxisFormat::Exponent : AxisFormat::Plain;
     major = std::max(1, major);
     minor = std::max(1, minor);
-    const double width = room / major;
+    const double width = length / major;
     const qint64 labelStep = StepFor(width, labelHeight * 1.5);
     qint64 tickStep = 1;
     while (tickStep < labelStep &&
@@ -166,16 +167,16 @@ ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, doubl
     return ticks;
 }
 
-ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight)
+ValueTicks AutomaticValueTicks(const ValueRange &range, double length, double labelHeight)
 {
     ValueTicks ticks;
     const double span = range.maximum - range.minimum;
-    const double apart = std::max(labelHeight * 1.7, room / 8);
-    const double step = NiceStep(span * std::min(1.0, apart / std::max(1.0, room)));
-    const bool two = std::round(step / std::pow(10.0, std::floor(std::log10(step) + 1e-6))) == 2;
-    const int parts = two ? 4 : 5;
+    const double apart = std::max(labelHeight * 1.7, length / 8);
+    const double step = NiceStep(span * std::min(1.0, apart / std::max(1.0, length)));
+    const bool stepIsTwo = std::round(step / std::pow(10.0, std::floor(std::log10(step) + 1e-6))) == 2;
+    const int parts = stepIsTwo ? 4 : 5;
     const double part = step / parts;
-    const bool small = part / span * room >= EasyTickGap;
+    const bool showMinor = part / span * length >= AutomaticTickGap;
     const auto from = static_cast<qint64>(std::ceil(range.minimum / part - 1e-6));
     const auto to = static_cast<qint64>(std::floor(range.maximum / part + 1e-6));
     for (qint64 k = from; k <= to; ++k) {
@@ -183,7 +184,7 @@ ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labe
         if (k % parts == 0) {
             ticks.labelled.push_back(value);
             ticks.labels.push_back(StepNumber(value, step));
-        } else if (small) {
+        } else if (showMinor) {
             ticks.plain.push_back(value);
         }
     }
@@ -192,7 +193,7 @@ ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labe
 
 std::optional<qint32> CategoryPlace::Nearest(double x) const
 {
-    if (last < first || !(room > 0))
+    if (last < first || !(plotWidth > 0))
         return std::nullopt;
     const double sample = std::floor(x / Width()) + first;
     return static_cast<qint32>(std::clamp(sample, static_cast<double>(first), static_cast<double>(last)));
@@ -211,31 +212,31 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
                                const std::function<double(qint32)> &labelWidth)
 {
     CategoryTicks chosen;
-    if (!(place.room > 0))
+    if (!(place.plotWidth > 0))
         return chosen;
     const double width = place.Width();
     const qint64 labels = settings.xAuto ? 1 : std::max(1, settings.xLabels);
     const qint64 ticks = settings.xAuto ? 1 : std::max(1, settings.xTicks);
 
-    qint64 times = StepFor(width * static_cast<double>(labels), LeastLabelTurn);
-    std::optional<std::vector<qint32>> labelled = Labels(place, labels * times, labelWidth);
+    qint64 multiple = StepFor(width * static_cast<double>(labels), LeastLabelDistance);
+    std::optional<std::vector<qint32>> labelled = Labels(place, labels * multiple, labelWidth);
     while (!labelled) {
-        times = NextStep(times);
-        labelled = Labels(place, labels * times, labelWidth);
+        multiple = NextStep(multiple);
+        labelled = Labels(place, labels * multiple, labelWidth);
     }
     chosen.labelled = *labelled;
-    const qint64 labelStep = labels * times;
+    const qint64 labelStep = labels * multiple;
 
     qint64 tickStep = ticks * StepFor(width * static_cast<double>(ticks), LeastTickGap);
     if (settings.xAuto) { // every label has a tick
-        tickStep = StepFor(width, EasyTickGap);
+        tickStep = StepFor(width, AutomaticTickGap);
         while (tickStep < labelStep && labelStep % tickStep != 0)
             tickStep = NextStep(tickStep);
         tickStep = std::min(tickStep, labelStep);
     }
     chosen.labelsHaveTicks = labelStep % tickStep == 0;
     const qint64 end = qint64(place.first) + place.count;
-    for (qint64 at = AnchoredFrom(place.first, tickStep); at < end; at += tickStep)
+    for (qint64 at = FirstInSequence(place.first, tickStep); at < end; at += tickStep)
         chosen.ticks.push_back(static_cast<qint32>(at));
     return chosen;
 }

@@ -34,7 +34,8 @@ struct ValueRange
 /// minimum, as a data file can have it.
 std::optional<ValueRange> CustomValueRange(const GraphSettings &settings);
 
-/// A calm range that holds all values from `lowest` to `highest`; nothing known: lowest above highest.
+/// A range with round limits that holds all values from `lowest` to `highest`; without any values `lowest` is
+/// above `highest`.
 ValueRange AutomaticValueRange(double lowest, double highest);
 
 struct ValueTicks
@@ -45,23 +46,23 @@ struct ValueTicks
 };
 
 /// Divides the range into `major` parts, and each of these into `minor` ones, and leaves out what would not
-/// be seen in `room`. A narrow range is labelled with exponents.
-ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double room, double labelHeight);
+/// be seen on an axis of that length. A narrow range is labelled with exponents.
+ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, double length, double labelHeight);
 
-ValueTicks AutomaticValueTicks(const ValueRange &range, double room, double labelHeight);
+ValueTicks AutomaticValueTicks(const ValueRange &range, double length, double labelHeight);
 
-/// Where the categories of a graph lie: `count` of them share `room`, and those up to `last` have a sample.
+/// Where the categories of a graph lie: `count` of them share `plotWidth`, those up to `last` have a sample.
 /// Labels may reach beyond it by `reachLeft` and `reachRight`.
 struct CategoryPlace
 {
     qint32 first = 1;
     int count = 1;
     qint32 last = 0; ///< below `first`: no sample is seen
-    double room = 0;
+    double plotWidth = 0;
     double reachLeft = 0;
     double reachRight = 0;
 
-    double Width() const { return room / count; }
+    double Width() const { return plotWidth / count; }
     /// The middle of a sample's category.
     double X(qint32 sample) const { return EdgeOf(sample) + Width() / 2; }
     /// A place among the samples, each of which reaches from its number to the next, and its x.

@@ -21,7 +21,7 @@ namespace {
 
 constexpr QSize PictureSize{1600, 900};
 constexpr int TextHeight = 22;     // about nine points on a page
-constexpr double Density = 2;      // of lines in drawings, against pixels
+constexpr double Density = 2;      // device pixels to a unit, assumed for vector formats
 constexpr int DotsPerMetre = 6000; // as wide as a page
 constexpr int Resolution = 96;     // dots per inch
 constexpr double PageMargin = 15;  // millimetres

@@ -1,4 +1,4 @@
-// The line above the graph: what its lines are called, and the caption.
+// The line of text above the graph: the legend and the caption.
 
 #include "graph/graphplot.h"
 
@@ -13,8 +13,8 @@ namespace px40 {
 
 namespace {
 
-constexpr double LineLength = 1.8; // of the piece of a line, in lines of text
-constexpr double NameGap = 6;      // between that and the name
+constexpr double LineLength = 1.8; // of the sample of a line, in heights of a line of text
+constexpr double NameGap = 6;      // between the sample and the name
 constexpr double Faint = 0.65;     // how much of the background is mixed into the entry of a hidden line
 
 } // namespace
@@ -38,8 +38,8 @@ std::vector<GraphPlot::LegendEntry> GraphPlot::Legend() const
     for (auto drawing = LegendOrder.rbegin(); drawing != LegendOrder.rend(); ++drawing) {
         if (IsHidden(*drawing) && !style_.hiddenInLegend)
             continue;
-        const double words = std::ceil(metrics.horizontalAdvance(NameOf(*drawing))) + 1;
-        const double width = words + lineHeight * LineLength + NameGap;
+        const double nameWidth = std::ceil(metrics.horizontalAdvance(NameOf(*drawing))) + 1;
+        const double width = nameWidth + lineHeight * LineLength + NameGap;
         entries.push_back({*drawing, QRectF(right - width, top, width, lineHeight)});
         right -= width + lineHeight;
     }
@@ -77,11 +77,11 @@ void GraphPlot::DrawLegend(QCPPainter &painter)
         painter.setPen(Mix(style_.text, style_.background, faint));
         painter.drawText(entry.box.adjusted(lineEnd - left + NameGap, 0, 0, 0), Flags, NameOf(entry.drawing));
     }
-    const double room = left - lineHeight - PlotRect().left();
+    const double captionWidth = left - lineHeight - PlotRect().left();
     painter.setPen(style_.text);
-    if (!caption_.isEmpty() && room > lineHeight)
-        painter.drawText(QRectF(PlotRect().left(), Edge(font()) / 2.0, room, lineHeight), Flags,
-                         metrics.elidedText(caption_, Qt::ElideMiddle, room));
+    if (!caption_.isEmpty() && captionWidth > lineHeight)
+        painter.drawText(QRectF(PlotRect().left(), Edge(font()) / 2.0, captionWidth, lineHeight), Flags,
+                         metrics.elidedText(caption_, Qt::ElideMiddle, captionWidth));
 }
 
 } // namespace px40

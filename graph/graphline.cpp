@@ -17,7 +17,7 @@ bool IsGap(const QCPGraphData &point)
     return std::isnan(point.value);
 }
 
-/// Level stretches need no points in between.
+/// Leaves out the points within a level stretch of the line.
 void AppendColumnPoint(Line &line, const QCPGraphData &point)
 {
     const qsizetype size = line.size();
@@ -81,8 +81,8 @@ Line LonePoints(const Line &line)
     Line lone;
     for (qsizetype i = 0; i < line.size(); ++i) {
         const bool before = i > 0 && !IsGap(line[i - 1]);
-        const bool behind = i + 1 < line.size() && !IsGap(line[i + 1]);
-        if (!IsGap(line[i]) && !before && !behind)
+        const bool after = i + 1 < line.size() && !IsGap(line[i + 1]);
+        if (!IsGap(line[i]) && !before && !after)
             lone.push_back(line[i]);
     }
     return lone;

@@ -19,10 +19,10 @@ constexpr int TickLength = 5;
 constexpr int SmallTickLength = 3;
 constexpr int LabelPadding = 3;
 constexpr double MarkSize = 5;
-constexpr double MarkRoom = 11;     // pixels to a sample from which on each reading gets a mark
-constexpr int LowestWithLegend = 9; // in lines of text
-constexpr int SmoothPoints = 4000;  // more of them cost more than smooth lines are worth
-constexpr int StrongPoints = 400;   // more of them would melt into each other as strong lines
+constexpr double MarkRoom = 11;     // pixels to a sample from which each reading gets a mark
+constexpr int LowestWithLegend = 9; // least height that has a legend, in lines of text
+constexpr int SmoothPoints = 4000;  // with more of them smooth lines cost too much time
+constexpr int StrongPoints = 400;   // with more of them thick lines would run together
 
 /// Ticks and labels that were chosen beforehand.
 class ChosenTicker : public QCPAxisTicker
@@ -55,7 +55,7 @@ int GraphPlot::Edge(const QFont &font)
 
 GraphPlot::GraphPlot(GraphModel *model, QWidget *parent) : QCustomPlot(parent), model_(model)
 {
-    mReplotting = true; // nothing is drawn but on request, and never into the buffers of the base class
+    mReplotting = true; // keeps the base class from drawing by itself, into buffers of its own
     setPlottingHints(QCP::phFastPolylines);
     legend->setVisible(false);
     axisRect()->setAutoMargins(QCP::msNone);
@@ -69,7 +69,7 @@ GraphPlot::GraphPlot(GraphModel *model, QWidget *parent) : QCustomPlot(parent), 
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
     for (int i = 0; i < DrawingCount; ++i)
-        addGraph()->setAdaptiveSampling(false); // it drops readings beside gaps; the lines are thin already
+        addGraph()->setAdaptiveSampling(false); // it drops readings beside gaps; `SeriesLine` thins out
     graph(Marks)->setLineStyle(QCPGraph::lsNone);
     SetStyle(GraphStyle::Paper());
 }
@@ -131,7 +131,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     const int right = edge * 2;
     axisRect()->setMargins({left, top, right, bottom});
 
-    place_.room = std::max(1, size.width() - left - right);
+    place_.plotWidth = std::max(1, size.width() - left - right);
     place_.reachLeft = left - 2;
     place_.reachRight = right - 2;
     FillCategoryAxis();
@@ -159,7 +159,7 @@ void GraphPlot::ShowLike(const GraphPlot &other)
         Hide(drawing, other.IsHidden(drawing));
 }
 
-/// Of what is not hidden.
+/// The values that are in view, without hidden lines.
 ValueRange GraphPlot::RangeInView() const
 {
     double lowest = std::numeric_limits<double>::infinity();
@@ -180,27 +180,26 @@ ValueRange GraphPlot::RangeInView() const
     return AutomaticValueRange(lowest, highest);
 }
 
-/// Gives the axis its name if it has one and there is room. Returns what the
-/// name takes from the picture's width.
-int GraphPlot::NameValueAxis(double room)
+/// Gives the axis its name, if it has one that fits. Returns what the name takes from the picture's width.
+int GraphPlot::NameValueAxis(double length)
 {
     const QFontMetricsF metrics(font());
     QString called = model_ ? model_->Texts().valueName() : QString();
-    if (!legendShown_ && metrics.horizontalAdvance(called) > room) // a low picture has it whole or not at all
+    if (!legendShown_ && metrics.horizontalAdvance(called) > length) // in a low picture all of it or nothing
         called.clear();
     yAxis->setLabelFont(font());
-    yAxis->setLabel(metrics.elidedText(called, Qt::ElideRight, room));
+    yAxis->setLabel(metrics.elidedText(called, Qt::ElideRight, length));
     return called.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
 }
 
-void GraphPlot::FillValueAxis(double room)
+void GraphPlot::FillValueAxis(double length)
 {
     const GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     const double labelHeight = QFontMetricsF(font()).height();
     const std::optional<ValueRange> custom = CustomValueRange(settings);
     const ValueRange range = custom ? *custom : RangeInView();
-    TicksOf(yAxis) = custom ? CustomValueTicks(range, settings.yMajor, settings.yMinor, room, labelHeight)
-                            : AutomaticValueTicks(range, room, labelHeight);
+    TicksOf(yAxis) = custom ? CustomValueTicks(range, settings.yMajor, settings.yMinor, length, labelHeight)
+                            : AutomaticValueTicks(range, length, labelHeight);
     yAxis->setRange(range.minimum, range.maximum);
 }
 
@@ -210,11 +209,11 @@ void GraphPlot::FillCategoryAxis()
     constexpr int Longest = 40;
     const auto label = [this](qint32 sample) { return model_->Texts().label(sample).left(Longest); };
     GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
-    settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the user's count
+    settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the unzoomed view
     const CategoryTicks chosen = ChooseCategories(
         place_, settings, [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
-    // A label without a tick is the label of a tick without length.
+    // QCustomPlot labels ticks only, so a label without a tick gets one of no length.
     xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);
     ValueTicks &ticks = TicksOf(xAxis);
     ticks = {
@@ -225,8 +224,8 @@ void GraphPlot::FillCategoryAxis()
 
 void GraphPlot::FillLines(double density)
 {
-    // Finer columns than these would cost much on dense screens and show little.
-    const int perColumn = static_cast<int>(std::ceil(place_.count / place_.room));
+    // Columns of a logical pixel: finer ones would cost much time on dense screens and show little more.
+    const int perColumn = static_cast<int>(std::ceil(place_.count / place_.plotWidth));
     const QCPRange range = yAxis->range();
     const auto fill = [&](Drawing drawing, float GraphPoint::*member) {
         Line line;
@@ -240,12 +239,12 @@ void GraphPlot::FillLines(double density)
     Line marks = fill(Readings, &GraphPoint::reading);
     if (place_.Width() < MarkRoom * style_.lineWidth)
         marks = LonePoints(marks);
-    // A mark outside the range, or without a value, would still be drawn somewhere.
+    // QCustomPlot draws even a mark outside the range or without a value.
     erase_if(marks, [&](const QCPGraphData &mark) { return !range.contains(mark.value); });
     graph(Marks)->data()->set(marks, true);
 
     const int points = graph(Readings)->dataCount();
-    // A width of exactly 1 would be one device pixel, however small these are.
+    // A line of width 1 is drawn one device pixel wide, however small the pixels are.
     const double thin = density > 1 ? style_.lineWidth * 1.01 : style_.lineWidth;
     const auto look = [&](Drawing drawing, double width, bool smooth) {
         QPen pen = graph(drawing)->pen();
@@ -255,7 +254,7 @@ void GraphPlot::FillLines(double density)
     };
     look(Readings, points <= StrongPoints ? thin * 1.5 : thin, points * density <= SmoothPoints);
     look(Marks, thin, true);
-    for (const Drawing drawing : {Maximum, Minimum}) // level lines of a single pixel look best unsmoothed
+    for (const Drawing drawing : {Maximum, Minimum}) // level lines one pixel wide look best unsmoothed
         look(drawing, thin, style_.lineWidth * density > 1);
 }
 

@@ -84,8 +84,8 @@ class GraphPlot : public QCustomPlot
     /// Blank room around the picture, in proportion to its texts.
     static int Edge(const QFont &font);
     void FillLines(double density);
-    void FillValueAxis(double room);
-    int NameValueAxis(double room);
+    void FillValueAxis(double length);
+    int NameValueAxis(double length);
     void FillCategoryAxis();
     ValueRange RangeInView() const;
     std::vector<LegendEntry> Legend() const;

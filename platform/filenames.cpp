@@ -61,8 +61,7 @@ bool MayBeWritten(const QString &name)
     const QFileInfo info(name);
     if (!info.exists())
         return true;
-    // For an administrator isWritable() is always true; a file that nobody may write is protected all the
-    // same.
+    // isWritable() is always true for an administrator, but a file that nobody may write is protected.
     constexpr QFile::Permissions anybody = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     return info.isFile() && (info.permissions() & anybody) && info.isWritable();
 #endif

@@ -76,7 +76,7 @@ Result<> TakePortDevices(const QStringList &values, CommandLine *line)
 /// Checks that the options may be combined.
 Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line)
 {
-    // None but --port-device may be given again: of two values one would be lost.
+    // Only --port-device may be repeated: of two values of any other option one would be lost.
     const QStringList names = parser.optionNames();
     for (const QString &name : names) {
         if (names.count(name) > 1 && name != u"port-device")

@@ -18,7 +18,7 @@ namespace px40 {
 
 namespace {
 
-/// The data set of a file, headed as after a download if it is one.
+/// The data set of a file. Stored readings get the headings that they have after a download.
 Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 {
     auto dataSet = std::make_shared<DataSet>(services->shared);
@@ -36,14 +36,14 @@ Result<std::shared_ptr<DataSet>> Load(const QString &name, Services *services)
 QCoro::Task<Result<>> Export(Services *services, std::shared_ptr<DataSet> dataSet, QString workbook,
                              QString title)
 {
-    const ForwardServices unasked = {services->state, services->store};
+    const ForwardServices askingNothing = {services->state, services->store};
     ProgressLine progress;
-    Forwarder forwarder(unasked, services->gate, progress);
+    Forwarder forwarder(askingNothing, services->gate, progress);
     ForwardChoice choice = {QString(), title, false, workbook};
     if (QFileInfo::exists(workbook))
         choice.fileName = std::exchange(choice.newName, QString());
     Result<ForwardOutcome> outcome = co_await forwarder.ForwardData(dataSet, choice);
-    if (!outcome && outcome.error().code == FailureCode::FileTaken) { // it was made meanwhile: add a sheet
+    if (!outcome && outcome.error().code == FailureCode::FileTaken) { // it was created meanwhile: add a sheet
         choice.fileName = std::exchange(choice.newName, QString());
         outcome = co_await forwarder.ForwardData(dataSet, choice);
     }
@@ -73,12 +73,12 @@ int RunExport(const CommandLine &line)
     Target target;
     if (const Result<> prepared = Prepare(line.exportTo, &target); !prepared)
         return EndFailed(prepared.error());
-    const QTemporaryDir folder; // a workbook is not written from beginning to end, as the output is
+    const QTemporaryDir folder; // a workbook cannot be written straight to the output, from start to end
     if (target.toOutput && !folder.isValid())
         return EndFailed({About(QDir::tempPath(), folder.errorString())});
     const QString workbook = target.toOutput ? folder.filePath(QStringLiteral("PX40.xlsx")) : target.name;
 
-    // Without a work file: a program that is open has the one there is.
+    // Without a work file, because an open program may be using it.
     DecliningPrompts prompts;
     Services services(UserStore(Text(Str::ApplicationTitle)), Paths(), prompts);
     const Result<std::shared_ptr<DataSet>> dataSet =
