@@ -12,11 +12,11 @@ namespace px40 {
 
 namespace {
 
-/// With a place for the detail where the problem has one.
+/// What is said of a problem; "%1" stands for its detail, if it has one.
 struct Sentence
 {
     Str text;
-    Str detail = {}; ///< what is said in that place, around a name; none: the detail itself
+    Str detail = {}; ///< a sentence in place of "%1", which itself names the detail; none: the detail alone
 };
 
 Sentence SentenceOf(BookProblem problem)
@@ -54,7 +54,7 @@ Sentence SentenceOf(BookProblem problem)
     return sentences.at(problem);
 }
 
-/// `text` with the detail in its place, if it has one.
+/// `text` with the detail in place of "%1", if it has one.
 QString With(const QString &detail, const QString &text)
 {
     return text.contains(u"%1") ? text.arg(detail) : text;

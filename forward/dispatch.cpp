@@ -13,8 +13,7 @@ namespace px40 {
 
 namespace {
 
-/// English (United States): decimal points and names of formats are the same whatever language Windows
-/// speaks.
+/// English (United States): decimal points and names of formats are the same in every language of Windows.
 constexpr LCID Language = 0x0409;
 
 std::string Utf8(const wchar_t *text, UINT length)
@@ -34,14 +33,14 @@ std::string Trimmed(std::string text)
     return text;
 }
 
-/// Excel does something else just now: a cell is being edited, a dialog is open, it still starts.
+/// Excel cannot answer now: a cell is being edited, a dialog is open, or Excel is still starting.
 bool IsBusy(HRESULT code)
 {
     constexpr auto ExcelIgnores = static_cast<HRESULT>(0x800AC472);
     return code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER || code == ExcelIgnores;
 }
 
-/// What a server tells of an error.
+/// What the called program says about an error.
 struct ErrorInfo : EXCEPINFO
 {
     ErrorInfo() : EXCEPINFO{} {}
@@ -130,7 +129,7 @@ Value Value::Omitted()
 Value Value::As(VARTYPE type) const
 {
     Value changed;
-    // The source is only read.
+    // The function only reads its source, though its parameter is not const.
     Check(VariantChangeTypeEx(&changed.variant_, const_cast<VARIANT *>(&variant_), Language, 0, type));
     return changed;
 }
@@ -186,7 +185,7 @@ void Dispatch::Invoke(const wchar_t *name, WORD kind, DISPPARAMS *parameters, VA
 
 Value Dispatch::Call(const wchar_t *name, std::initializer_list<Value> arguments) const
 {
-    // The last argument comes first. These are borrowed.
+    // COM takes the last argument first. The texts in them still belong to `arguments`.
     std::vector<VARIANT> reversed;
     for (const Value &argument : arguments)
         reversed.insert(reversed.begin(), *argument.Raw());

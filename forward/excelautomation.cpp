@@ -10,7 +10,7 @@ namespace {
 
 constexpr wchar_t ProgId[] = L"Excel.Application";
 
-// Excel's own numbers.
+// Constants of Excel's object model.
 constexpr int CentreAlignment = -4108;
 constexpr int LineGallery = 4;
 constexpr int LinesWithoutMarkers = 2;
@@ -21,7 +21,7 @@ constexpr int CategoryAxis = 1;
 constexpr int ValueAxis = 2;
 constexpr int PrimaryGroup = 1;
 
-/// Empty when none runs.
+/// Empty when Excel is not running.
 Dispatch RunningInstance(const CLSID &classId)
 {
     IUnknown *running = nullptr;
@@ -42,19 +42,19 @@ Dispatch NewInstance(const CLSID &classId)
 
 } // namespace
 
-/// Released from the last to the first.
+/// The members are released from the last to the first, the apartment after all objects.
 struct ExcelAutomation::Parts
 {
     ComApartment apartment;
-    // A sheet has many cells, so their members are asked for once.
+    // The ids of members, looked up once, because a sheet has many cells.
     DispatchIds sheetIds;
     DispatchIds rangeIds;
     Dispatch application;
     bool started = false; ///< the application is new and perhaps not visible yet
     int nextWorkbook = 1; ///< of the open ones, the next to compare; 1-based
-    Dispatch workbook;    ///< until there is a sheet in its place
+    Dispatch workbook;    ///< until the sheet is there
     Dispatch worksheet;
-    Dispatch chart; ///< until all is set
+    Dispatch chart; ///< while it is being set up
 
     Dispatch Cell(int row, int column) { return worksheet.Object(L"Cells", {row, column}, &rangeIds); }
     Dispatch Range(const CellRange &range)
@@ -140,8 +140,7 @@ void ExcelAutomation::SetCell(int row, int column, CellFormat format, std::strin
 {
     const Dispatch cell = parts_->Cell(row, column);
     cell.Put(L"NumberFormat", format == CellFormat::Text ? "@" : "General");
-    // Always a text: Excel itself makes a number of a plain decimal under "General", and of nothing under
-    // "@".
+    // Always as text: under "General" Excel itself makes a number of a plain decimal, under "@" of nothing.
     cell.Put(L"Value", text);
 }
 

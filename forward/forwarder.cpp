@@ -21,7 +21,7 @@ namespace px40 {
 
 namespace {
 
-constexpr int ShowAttempts = 20; // of a spreadsheet that is busy while it is to be shown again
+constexpr int ShowAttempts = 20; // how often a busy spreadsheet is asked to show itself again
 
 } // namespace
 
@@ -56,16 +56,16 @@ QCoro::Task<Result<ForwardOutcome>> Forwarder::ForwardData(std::shared_ptr<DataS
     progress_->Show();
     progress_->SetCaption(Text(Str::ForwardData));
     progress_->SetMessage(Text(Str::Forwarding));
-    // An exchange under way is not to be taken for input that belongs to nobody.
+    // An exchange under way is completed first.
     const bool free = co_await gate_->WaitUntilFree();
     const bool allowed = free && !state.RealtimeRun;
-    Result<QString> written = Fail(Text(Str::RunHoldsWindows)); // one was started while this waited
+    Result<QString> written = Fail(Text(Str::RunHoldsWindows)); // a run was started meanwhile
     std::optional<LinkUse> use;
     if (allowed) {
         use.emplace(*gate_, ActivityForwarding, LinkUse::Sharing::Shared);
         try {
             written = co_await Write(source, steps, workbook->file);
-        } catch (const std::exception &error) { // no memory
+        } catch (const std::exception &error) { // out of memory
             written = Fail(QString::fromUtf8(error.what()));
         }
     }
@@ -96,7 +96,7 @@ QCoro::Task<Result<QString>> Forwarder::Write(std::shared_ptr<const DataSetSourc
     co_return QString();
 }
 
-/// One step towards a sheet with so many rows, and the bar along with it.
+/// Takes one step towards a sheet with that many rows, and moves the progress bar.
 Result<SheetStep> Forwarder::Step(ForwardSteps *forward, int rows)
 {
     if (services_.state.CancelRequest)
@@ -108,7 +108,8 @@ Result<SheetStep> Forwarder::Step(ForwardSteps *forward, int rows)
     return step;
 }
 
-/// Also after a failure. The focus is the program's own again by then: the spreadsheet comes up behind it.
+/// Shows the spreadsheet again, also after a failure. It comes up behind our window, which has the focus
+/// again after a turn of the event loop.
 QCoro::Task<void> Forwarder::ShowSpreadsheet(ForwardSteps *forward)
 {
     co_await NextEventLoopTurn();

@@ -9,7 +9,7 @@ namespace px40 {
 
 namespace {
 
-/// What the spreadsheet is too busy for is to be done again.
+/// Gives `Busy`, so that the call is repeated later, when the spreadsheet is too busy for it.
 template <typename Call>
 SheetStep Attempt(const Call &call)
 {
@@ -29,7 +29,7 @@ ForwardSteps::ForwardSteps(Kind kind, Spreadsheet &target, const SheetSource &so
 {
 }
 
-/// Takes the spreadsheet from the user, or gives it back.
+/// Keeps the user out of the spreadsheet, or gives it back.
 void ForwardSteps::Hold(bool held)
 {
     if (kind_ == Kind::Whole)
@@ -103,7 +103,7 @@ SheetStep ForwardSteps::Next(int rows)
     }
     if (stage_ == Stage::Rows)
         stage_ = rows_ > 0 ? Stage::Frame : Stage::Release;
-    // A whole data set is shown by its owner, whatever has happened.
+    // With a whole data set the owner gives the spreadsheet back, so that it is shown after a failure, too.
     return GoTowards(kind_ == Kind::Whole ? Stage::Release : Stage::Done);
 }
 

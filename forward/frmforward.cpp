@@ -27,9 +27,9 @@ namespace px40 {
 
 namespace {
 
-constexpr int FieldWidth = 72; // average characters: most paths fit in
+constexpr int FieldWidth = 72; // average characters: most paths fit
 
-/// The name of a file; one that is dropped on it takes the place of what was there.
+/// The name of a file; a file that is dropped on it replaces the name.
 class FileBox : public QLineEdit
 {
   public:
@@ -50,7 +50,7 @@ class FileBox : public QLineEdit
     }
 
   private:
-    /// The first of the files that the event brings, which is accepted then.
+    /// The first local file of the event, which is then accepted.
     static QString TakeFile(QDropEvent *event)
     {
         const QList<QUrl> urls = event->mimeData()->urls();
@@ -65,7 +65,7 @@ class FileBox : public QLineEdit
     }
 };
 
-/// A pipe is not tried: opening it would wait for its other end.
+/// A named pipe is not opened: that would wait for its other end.
 bool CanBeOpened(const QString &path)
 {
     QFile file(path);
@@ -92,7 +92,7 @@ frmForward::frmForward(LinkState &state, Prompts &prompts, Jobs &jobs, ForwardMe
     column->addStretch(1);
     column->addWidget(BuildButtons(Text(Str::Ok), Text(Str::Cancel)));
     Load();
-    Enter(tbTitle_); // what differs most from one forwarding to the next
+    Enter(tbTitle_); // the field that most often changes
 }
 
 QGroupBox *frmForward::BuildFile()
@@ -141,7 +141,7 @@ void frmForward::Load()
     tbFile_->setText(QDir::toNativeSeparators(memory_->file));
     tbTitle_->setText(memory_->title);
     (memory_->file.isEmpty() ? obNew_ : obOpen_)
-        ->setChecked(true); // after the text, whose change chooses too
+        ->setChecked(true); // after the text, whose change chooses Custom
     cbFile_->setChecked(true);
     cbTitle_->setChecked(true);
     if (cbShow_)
@@ -154,7 +154,7 @@ QCoro::Task<void> frmForward::Browse(QPointer<frmForward> dialog)
     Prompts *const prompts = dialog->prompts_;
     const QString workbooks = Text(Str::ExcelWorkbooks) + QStringLiteral(" (*.xlsx *.xlsm)");
     const QString filter = Text(Str::ExcelFiles) + QStringLiteral(" (*.xls);;") + workbooks;
-    // What only a spreadsheet program can write is not shown first where there is none.
+    // Without Excel, .xls files are not offered first: only Excel can write them.
     const QString preferred = dialog->options_.withExcel ? QString() : workbooks;
     const QString name = co_await prompts->AskOpenFile(filter, preferred);
     if (!dialog)
@@ -163,7 +163,7 @@ QCoro::Task<void> frmForward::Browse(QPointer<frmForward> dialog)
     if (name.isEmpty())
         co_return;
     dialog->tbFile_->setText(QDir::toNativeSeparators(name));
-    dialog->obOpen_->setChecked(true); // also if it was there already
+    dialog->obOpen_->setChecked(true); // also if the text is the same
     dialog->tbFile_->setFocus();
 }
 

@@ -49,7 +49,7 @@ QCoro::Task<Result<>> RowForwarder::Open(std::shared_ptr<DataSet> dataSet)
     co_return begun;
 }
 
-/// Makes sure that the workbook takes a sheet.
+/// Checks a workbook file, or begins the sheet in the spreadsheet.
 QCoro::Task<Result<>> RowForwarder::Begin()
 {
     const WorkbookFile &file = workbook_->file;
@@ -76,7 +76,7 @@ Result<RowForward::Row> RowForwarder::Write()
     return rows > MaxSheetSamples ? Row::Full : Row::Taken;
 }
 
-void RowForwarder::WriteWaiting()
+void RowForwarder::WriteWaitingRows()
 {
     SheetStep step = SheetStep::Done;
     QElapsedTimer stretch;
@@ -87,7 +87,7 @@ void RowForwarder::WriteWaiting()
     retry_.SetEnabled(retry_.Interval() > 0);
 }
 
-/// What the spreadsheet was too busy for: rows, or to be given back.
+/// Does again what the spreadsheet was too busy for: takes rows, or is given back to the user.
 void RowForwarder::Retry()
 {
     if (failure_) {
@@ -95,20 +95,20 @@ void RowForwarder::Retry()
         return;
     }
     try {
-        WriteWaiting();
-    } catch (const std::exception &error) { // it must not cost the run its readings
+        WriteWaitingRows();
+    } catch (const std::exception &error) { // a run goes on without the worksheet
         Break({QString::fromUtf8(error.what())});
     }
 }
 
-/// Nothing more is forwarded.
+/// Ends the forwarding after a failure.
 void RowForwarder::Break(const Failure &failure)
 {
     failure_ = failure;
     GiveBack();
 }
 
-/// After a failure; goes on by itself until the spreadsheet has taken it.
+/// Gives the spreadsheet back to the user after a failure; the timer retries while the spreadsheet is busy.
 void RowForwarder::GiveBack()
 {
     if (!forward_ || forward_->GiveBack() != SheetStep::Busy) {
@@ -119,7 +119,7 @@ void RowForwarder::GiveBack()
     retry_.SetEnabled(true);
 }
 
-/// A spreadsheet that somebody still holds cannot be closed by the user.
+/// Lets go of the spreadsheet, which the user cannot close as long as this program refers to it.
 void RowForwarder::Release()
 {
     retry_.SetEnabled(false);
@@ -136,7 +136,7 @@ QCoro::Task<Result<>> RowForwarder::Close()
     Result<ForwardOutcome> outcome = Fail(QString());
     try {
         outcome = co_await Finish();
-    } catch (const std::exception &error) { // no memory
+    } catch (const std::exception &error) { // out of memory
         outcome = Fail(QString::fromUtf8(error.what()));
     }
     if (outcome)
@@ -151,7 +151,7 @@ QCoro::Task<Result<>> RowForwarder::Close()
 
 QCoro::Task<Result<ForwardOutcome>> RowForwarder::Finish()
 {
-    if (failure_) // since the last row came
+    if (failure_) // a retry has failed since the last row
         co_return Fail(*failure_);
     retry_.SetEnabled(false);
     ForwardOutcome outcome = {wanted_, QString(), choice_.openAfter};

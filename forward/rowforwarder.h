@@ -18,8 +18,8 @@ class DataSet;
 
 /// Forwards a data set while it grows: prepared, opened, row by row, closed. What the data set holds before
 /// the run goes into the sheet as well, so that table, statistics and chart are those of one set. A
-/// spreadsheet that is busy makes nobody wait: rows that it does not take now follow later. After a failure
-/// the spreadsheet is given back to the user by itself.
+/// busy spreadsheet does not hold up the run: rows that it does not take now follow later. After a failure
+/// the spreadsheet is given back to the user.
 class RowForwarder : public QObject, public RowForward
 {
     Q_OBJECT
@@ -46,7 +46,7 @@ class RowForwarder : public QObject, public RowForward
 
   private:
     QCoro::Task<Result<>> Begin();
-    void WriteWaiting();
+    void WriteWaitingRows();
     void Retry();
     void Break(const Failure &failure);
     void GiveBack();

@@ -22,7 +22,7 @@ constexpr int ChartRow = 8;
 constexpr int ChartWidth = 400;
 constexpr int ChartHeight = 200;
 
-/// Readings and source values are numbers below their headings; so is the number of SAVE-mode data.
+/// Below the headings, readings and source values are numbers; so are the row numbers of SAVE-mode data.
 CellFormat FormatOf(int column, int tableRow, bool saveMode)
 {
     const bool numbers = column == B + 1 || column == B + 3 || (column == B && saveMode);
@@ -43,8 +43,8 @@ void WriteRow(SheetTarget &target, const SheetSource &source, int tableRow, bool
     }
 }
 
-/// Keeps what is laid out, as a sheet that can be written to a file.
-class SheetNotes : public SheetTarget
+/// Records the layout as a sheet that can be written to a file.
+class SheetRecorder : public SheetTarget
 {
   public:
     void SetCell(int row, int column, CellFormat format, std::string_view text) override
@@ -120,11 +120,11 @@ void WriteChart(SheetTarget &target, const SheetSource &source, int samples)
 
 Sheet LayOut(const SheetSource &source, int samples, bool numbers, std::shared_ptr<TableRows> rows)
 {
-    SheetNotes notes;
-    WriteRow(notes, source, 0, numbers);
-    WriteFrameAndStatistics(notes, source, samples);
-    WriteChart(notes, source, samples);
-    Sheet sheet = std::move(notes.sheet);
+    SheetRecorder recorder;
+    WriteRow(recorder, source, 0, numbers);
+    WriteFrameAndStatistics(recorder, source, samples);
+    WriteChart(recorder, source, samples);
+    Sheet sheet = std::move(recorder.sheet);
     sheet.title = source.Title();
     sheet.table = {SheetRow(1), B, samples, {}, std::move(rows)};
     for (int column = B; column <= F; ++column)

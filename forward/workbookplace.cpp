@@ -23,7 +23,7 @@ constexpr int Permille = 1000;
 const QString Section = QStringLiteral("Forward");
 const QString WritingKey = QStringLiteral("Writing");
 
-/// Another file in place of one that `why` keeps the sheet from, or the same one once it can be used.
+/// Asks for another file when `file` cannot be used; gives the same one if it can be used by then.
 QCoro::Task<Result<WorkbookFile>> OtherFile(const ForwardServices *services, WorkbookFile file, QString title,
                                             Failure why)
 {
@@ -33,7 +33,7 @@ QCoro::Task<Result<WorkbookFile>> OtherFile(const ForwardServices *services, Wor
     co_return other;
 }
 
-/// Another file in place of one that another program has open.
+/// The file itself, or another one if another program has it open.
 QCoro::Task<Result<WorkbookFile>> FileNotHeld(const ForwardServices *services, WorkbookFile file,
                                               QString title)
 {
@@ -45,7 +45,7 @@ QCoro::Task<Result<WorkbookFile>> FileNotHeld(const ForwardServices *services, W
     co_return other;
 }
 
-/// Moves the bar along until the writing has ended.
+/// Passes on a cancel and moves the progress bar until the writing has ended.
 QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> ended,
                                 std::shared_ptr<WriteWatch> watch, ProgressView *progress)
 {
@@ -53,7 +53,7 @@ QCoro::Task<void> FollowWriting(const ForwardServices *services, OneShot<bool> e
         watch->cancelled = services->state.CancelRequest;
         if (progress)
             progress->RenProgress(false, std::max<int>(1, watch->permille),
-                                  Permille); // 0 would leave it full
+                                  Permille); // 0 would be ignored, and the bar stay full
         co_await Delay(ProgressEveryMs);
     }
 }
@@ -64,7 +64,7 @@ QCoro::Task<BookResult<>> WriteOnce(const ForwardServices *services, WorkbookFil
     const auto watch = std::make_shared<WriteWatch>();
     const auto written = std::make_shared<BookResult<>>(Refuse(BookProblem::Failed));
     const UserStore *const store = &services->store;
-    // Keeping the name waits for the disk, as the writing does.
+    // The name is saved on this thread as well, because that waits for the disk.
     const OneShot<bool> ended = RunInThread([file, sheet, watch, written, store] {
         store->SaveNow(Section, WritingKey, file.name);
         *written = AddSheet(file, *sheet, watch.get());

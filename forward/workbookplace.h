@@ -51,14 +51,14 @@ Result<> CheckExistingWorkbook(const QString &name);
 Result<> CheckNewName(const QString &name);
 
 /// Chooses where a sheet goes. Without a spreadsheet program it asks under which name a new workbook is to be
-/// kept, and what to do about one that another program has open, which is `FileInUse` where nobody is there.
+/// kept, and what to do if another program has it open; where nobody can be asked, that is `FileInUse`.
 /// Fails with `Cancelled` when the user gives up. `services` must outlive the task.
 QCoro::Task<Result<Workbook>> ChooseWorkbook(const ForwardServices *services, ForwardChoice choice);
 
-/// Writes the sheet on another thread; asks when another program has the workbook open by now, or another
-/// file has the name of a new one, which is `FileTaken` where nobody is there. With `progress`, which may be
-/// null, the bar moves along. A set `CancelRequest` ends it. Gives the name of the file; after a failure the
-/// workbook is as it was.
+/// Writes the sheet on another thread. Asks when another program has the workbook open by now, or another
+/// file has the name of a new one; where nobody can be asked, the latter is `FileTaken`. With `progress`,
+/// which may be null, the bar moves along. A set `CancelRequest` ends it. Gives the name of the file; after a
+/// failure the workbook is as it was.
 QCoro::Task<Result<QString>> WriteSheet(const ForwardServices *services, WorkbookFile file,
                                         std::shared_ptr<const Sheet> sheet, ProgressView *progress);
 

@@ -14,15 +14,15 @@ namespace {
 const std::string ContentType = "application/vnd.openxmlformats-officedocument.";
 const std::string StylesType = ContentType + "spreadsheetml.styles+xml";
 
-/// Whether that can be a prefix of an attribute: "xmlns:2" is read, but an attribute "2:id" never is.
+/// Whether an attribute can have that prefix: the parser reads "xmlns:2", but no attribute "2:id".
 bool BeginsName(std::string_view prefix)
 {
     constexpr std::string_view never = "0123456789-.";
     return !prefix.empty() && never.find(prefix.front()) == std::string_view::npos;
 }
 
-/// The prefix, with its colon, that the namespace of relationships has in an element; it is declared there if
-/// it has none.
+/// The prefix, with its colon, of the namespace of relationships in an element; declares one there if there
+/// is none.
 std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
 {
     constexpr std::string_view declares = "xmlns:";
@@ -40,7 +40,7 @@ std::string RelationshipPrefix(pugi::xml_node at, const std::string &vocabulary)
     return "r:";
 }
 
-/// A name that no part can have is given to none.
+/// Refuses a name that no part can have, instead of creating it.
 BookResult<std::string> CheckName(const std::string &part)
 {
     if (!std::all_of(part.begin(), part.end(), [](char one) { return one > ' ' && one <= '~'; }))
@@ -48,7 +48,7 @@ BookResult<std::string> CheckName(const std::string &part)
     return part;
 }
 
-/// Whether it is a package of another kind than those that are read here.
+/// Refuses signed packages and those that are no Excel workbooks.
 BookResult<> CheckKind(const Package &package)
 {
     if (package.Has("mimetype")) {
@@ -180,7 +180,7 @@ void Book::Enter(const QString &name, const std::string &relationshipId)
 
 BookResult<std::string> Book::RelateStyles()
 {
-    // Some programs look for no other name.
+    // Some programs look for the styles under this name only.
     std::string part = Package::FolderOf(part_) + "styles.xml";
     if (package_->Has(part))
         part = package_->FreeName(Package::FolderOf(part_) + "styles", ".xml");
@@ -191,7 +191,7 @@ BookResult<std::string> Book::RelateStyles()
     return part;
 }
 
-/// The numbers of the styles among the cell formats.
+/// Adds the styles and gives their numbers among the workbook's cell formats.
 BookResult<std::vector<int>> Book::AddStyles(const std::vector<CellStyle> &styles)
 {
     const BookResult<std::vector<Relationship>> relationships = package_->Relationships(part_);
@@ -220,7 +220,7 @@ BookResult<std::vector<int>> Book::AddStyles(const std::vector<CellStyle> &style
     return formats;
 }
 
-/// The relationship of the sheet to the drawing with its chart.
+/// Adds the chart and gives the id by which the sheet refers to its drawing.
 BookResult<std::string> Book::AddChart(const SheetChart &chart, const std::string &sheetPart,
                                        const QString &sheetName)
 {

@@ -38,7 +38,7 @@ enum class BookProblem {
     Failed, ///< for want of memory, or the like
 };
 
-/// Not a `Failure`, because this folder has no sentences: whoever asked for the sheet writes one.
+/// Not a `Failure`, because this folder has no texts for the user: the caller makes a sentence of it.
 struct BookFailure
 {
     BookProblem problem = BookProblem::NoWorkbook;

@@ -18,21 +18,22 @@ QByteArray Wide(QStringView name)
     return QStringEncoder(QStringEncoder::Utf16LE)(name);
 }
 
-/// The beginning of a compound file and, where its header leads elsewhere, that of its directory.
+/// The beginning of a compound file and, if its header points elsewhere, of its directory, whose names tell
+/// what the file holds.
 QByteArray Directory(QFile &file, const QByteArray &header)
 {
-    constexpr qint64 much = 64 * 1024;
+    constexpr qint64 blockSize = 64 * 1024;
     constexpr qsizetype shiftAt = 30;
     constexpr qsizetype sectorAt = 48;
     constexpr int largestShift = 16;
     file.seek(0);
-    QByteArray bytes = file.read(much);
+    QByteArray bytes = file.read(blockSize);
     if (header.size() < sectorAt + 4)
         return bytes;
     const int shift = qFromLittleEndian<quint16>(header.constData() + shiftAt);
     const qint64 sector = qFromLittleEndian<quint32>(header.constData() + sectorAt);
     if (shift <= largestShift && file.seek((sector + 1) << shift))
-        bytes += file.read(much);
+        bytes += file.read(blockSize);
     return bytes;
 }
 
@@ -82,7 +83,7 @@ BookResult<> CheckPackage(const QString &name)
 BookResult<> CheckReplaceable(const QString &name)
 {
     const BookResult<> place = CheckPlace(name, BookProblem::ReadOnly);
-#ifndef Q_OS_WIN // where it says nothing about the right to make a file
+#ifndef Q_OS_WIN // where isWritable() says nothing about the right to create a file
     if (place && !QFileInfo(QFileInfo(name).absolutePath()).isWritable())
         return Refuse(BookProblem::FolderReadOnly);
 #endif

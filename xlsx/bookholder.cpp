@@ -54,8 +54,8 @@ BookHolder LibreOfficeHolder(const QByteArray &lock)
     return holder;
 }
 
-/// One byte for the length, then the name in the system's own letters, filled up to 54 bytes; after these the
-/// same in UTF-16, with two bytes for the length.
+/// One byte for the length, then the name in the system's encoding, padded to 54 bytes; then the same in
+/// UTF-16, with two bytes for the length.
 BookHolder ExcelHolder(const QByteArray &lock)
 {
     constexpr qsizetype room = 54;
@@ -90,7 +90,7 @@ std::optional<BookHolder> HolderBeside(const QString &workbook)
 
 std::optional<BookHolder> HolderOf(const QString &workbook)
 {
-    // Programs differ in whether they look through a link first.
+    // Programs differ in whether they put the lock beside a link or beside the file that it leads to.
     const std::optional<BookHolder> holder = HolderBeside(RealName(workbook));
     return holder ? holder : HolderBeside(workbook);
 }

@@ -13,7 +13,7 @@ struct BookHolder
     QString host; ///< the user's computer
 };
 
-/// As the file says that such a program lays beside a workbook; none when nobody has it open.
+/// From the lock file that such a program puts beside an open workbook; nothing when there is none.
 std::optional<BookHolder> HolderOf(const QString &workbook);
 
 } // namespace px40

@@ -43,7 +43,7 @@ pugi::xml_node ListIn(pugi::xml_node styles, std::string_view name)
     return InsertNamed(styles, name, next);
 }
 
-/// Entries of one list of the styles, which are told apart by how they are written.
+/// The entries of one list of the styles; two that are written alike are one.
 class Entries
 {
   public:
@@ -65,7 +65,7 @@ class Entries
         return model ? list_.append_copy(model) : AppendNamed(list_, entry_);
     }
 
-    /// The number of the last entry, or of one like it, and then the last one is taken away again.
+    /// The number of the last entry, or of one like it; then the last one is removed again.
     int Keep(pugi::xml_node last, bool *changed)
     {
         const auto [place, isNew] = known_.emplace(TextOf(last), count_);
@@ -105,7 +105,7 @@ int BorderOf(const CellStyle &look, Entries &borders, bool *changed)
     return borders.Keep(border, changed);
 }
 
-/// Number 0 of each list is what a cell has that names none.
+/// A cell that names no style has entry 0 of each list, so each list must have one.
 void AddDefaults(pugi::xml_node styles, Entries &borders, Entries &formats, bool *changed)
 {
     if (borders.IsEmpty())

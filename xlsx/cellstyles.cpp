@@ -33,7 +33,7 @@ CellStyles::CellStyles(const Sheet &sheet)
         centred_.push_back(ranges_.back());
     }
     for (const CellRange &range : ranges_) {
-        // Above a range and below it, cells have its outer line.
+        // The cells above and below a range share its outer lines.
         for (const int row : {range.firstRow - 1, range.firstRow, range.firstRow + 1, range.lastRow,
                               range.lastRow + 1, range.lastRow + 2})
             changes_.insert(row);

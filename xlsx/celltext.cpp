@@ -15,7 +15,7 @@ namespace {
 
 constexpr qsizetype CellUnits = 32'767;
 
-/// The shortest digits that give the same number; nothing where the text is no plain decimal.
+/// Appends the shortest digits that give the same number. False where the text is no plain decimal.
 bool AppendNumber(std::string_view text, std::string &out)
 {
     if (text.starts_with('+') && !text.starts_with("+-"))
@@ -51,7 +51,7 @@ QString Wide(std::string_view utf8)
     return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
-/// One unit as it stands in XML.
+/// A UTF-16 unit as it is written in XML.
 QString Escaped(QChar c, bool inCell)
 {
     switch (c.unicode()) {
@@ -63,7 +63,7 @@ QString Escaped(QChar c, bool inCell)
         return QStringLiteral("&gt;");
     case u'"':
         return inCell ? QString(c) : QStringLiteral("&quot;");
-    case 0xFFFE: // no characters
+    case 0xFFFE: // noncharacters, which XML cannot hold
     case 0xFFFF:
         return QString(QChar::ReplacementCharacter);
     default:

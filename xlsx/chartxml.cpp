@@ -12,8 +12,8 @@ namespace {
 
 constexpr int EmuPerPoint = 12'700;
 
-/// Bytes of a title that stand in one line of a chart of the usual width, about.
-constexpr std::size_t LongTitle = 80;
+/// About as many bytes of a title fit on one line of the chart; a longer one is written smaller.
+constexpr std::size_t TitleLine = 80;
 
 constexpr int MostGridlines = 20;
 
@@ -25,8 +25,8 @@ std::string LineProperties(std::string_view colour, std::string_view width)
                   {width, colour});
 }
 
-/// `size`: of the letters, in hundredths of a point.
-std::string Letters(std::string_view element, std::string_view size)
+/// `size`: in hundredths of a point.
+std::string Font(std::string_view element, std::string_view size)
 {
     return Filled(R"(<a:%1 sz="%2" b="0"><a:solidFill><a:srgbClr val="404040"/></a:solidFill></a:%1>)",
                   {element, size});
@@ -36,11 +36,11 @@ std::string Title(const std::string &title)
 {
     if (title.empty())
         return R"(<c:autoTitleDeleted val="1"/>)";
-    const std::string_view size = title.size() > LongTitle ? "900" : "1200";
+    const std::string_view size = title.size() > TitleLine ? "900" : "1200";
     return Filled(
         R"(<c:title><c:tx><c:rich><a:bodyPr/><a:lstStyle/><a:p><a:pPr>%1</a:pPr><a:r>%2<a:t>%3</a:t>)"
         R"(</a:r></a:p></c:rich></c:tx><c:overlay val="0"/></c:title><c:autoTitleDeleted val="0"/>)",
-        {Letters("defRPr", size), Letters("rPr", size), XmlText(title)});
+        {Font("defRPr", size), Font("rPr", size), XmlText(title)});
 }
 
 /// `'Sheet''s name'!$B$5:$B$9`
@@ -66,8 +66,8 @@ std::string Series(const std::string &sheetName, const CellRange &source, int in
          Formula(sheetName, source.firstColumn + 1 + index, source)});
 }
 
-/// What both axes have, in the order of the format; `own` comes last. Labels stand at the edge of the chart
-/// also where readings are below zero.
+/// What both axes have, in the order of the format; `own` comes last. Labels are at the edge of the chart,
+/// even if there are readings below zero.
 std::string Axis(std::string_view element, std::string_view id, std::string_view crossed,
                  std::string_view place, std::string_view gridColour, std::string_view own)
 {
@@ -79,10 +79,10 @@ std::string Axis(std::string_view element, std::string_view id, std::string_view
         R"(<c:txPr><a:bodyPr/><a:lstStyle/><a:p><a:pPr>%6</a:pPr><a:endParaRPr/></a:p></c:txPr>)"
         R"(<c:crossAx val="%7"/><c:crosses val="autoZero"/>%8</c:%1>)",
         {element, id, place, LineProperties(gridColour, "6350"), LineProperties("7F7F7F", "9525"),
-         Letters("defRPr", "800"), crossed, own});
+         Font("defRPr", "800"), crossed, own});
 }
 
-/// The labels thin themselves out, but a gridline for each of many rows would fill the chart.
+/// Spreadsheets thin out the labels by themselves, but not the gridlines, one for each row.
 std::string Categories(int rows)
 {
     const int skip = (rows + MostGridlines - 1) / MostGridlines;

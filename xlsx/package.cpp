@@ -12,7 +12,7 @@ namespace {
 
 const std::string ContentTypesName = "[Content_Types].xml";
 
-/// Nothing of a workbook that is read here comes near it, but a few bytes can be made to unpack to more.
+/// No part that is read here comes near this size, but a malicious file may unpack to much more.
 constexpr zip_uint64_t LargestPart = 64 * 1024 * 1024;
 
 std::string_view LastPiece(std::string_view uri)
@@ -37,7 +37,7 @@ struct FileClose
     void operator()(zip_file_t *file) const { zip_fclose(file); }
 };
 
-/// An entry could not be read to its end.
+/// The failure to read an entry to its end.
 tl::unexpected<BookFailure> Broken(const char *name, zip_error_t *problem)
 {
     if (zip_error_code_zip(problem) == ZIP_ER_READ)
@@ -91,7 +91,7 @@ BookResult<std::string> Package::Read(const std::string &name) const
     const auto entry = entries_.find(key);
     if (entry == entries_.end())
         return Damaged(name);
-    if (twice_.contains(key)) // nobody knows which of them others read
+    if (twice_.contains(key)) // other programs may read either of the two
         return Refuse(BookProblem::PartTwice, QString::fromStdString(name));
     std::string text;
     const BookResult<> read = ReadEntry(entry->second, 0, &text);
@@ -233,7 +233,7 @@ void Package::Declare(const std::string &name, const std::string &contentType)
 {
     const std::string key = Key(name);
     pugi::xml_node root = contentTypes_.document_element();
-    if (!declared_.insert(key).second) // of a part that is not there
+    if (!declared_.insert(key).second) // declared for a part that is missing
         root.remove_child(root.find_child([&key](const pugi::xml_node &one) {
             return LocalName(one) == "Override" && Key(one.attribute("PartName").value()) == key;
         }));
@@ -303,7 +303,7 @@ BookResult<> Package::Store(const std::string &name, ZipSource &source)
     const auto stored = StoreSource(name, source.Create(zip_get_error(archive_)));
     if (!stored)
         return Refuse(stored.error());
-    /// Fast, and little larger than with the best: rows repeat themselves.
+    // Fast; the best level makes the file little smaller, because rows are so much alike.
     constexpr zip_uint32_t level = 2;
     zip_set_file_compression(archive_, *stored, ZIP_CM_DEFLATE, level);
     return {};

@@ -9,14 +9,14 @@ namespace {
 
 constexpr qsizetype LongestName = 31; // UTF-16 units
 
-bool MayStand(char32_t character)
+bool IsAllowed(char32_t character)
 {
-    // XML cannot hold what is no character.
+    // XML cannot hold control characters and noncharacters.
     return QChar::category(character) != QChar::Other_Control && !QChar::isNonCharacter(character) &&
            !QStringView(u"[]:*?/\\").contains(QChar::fromUcs4(character));
 }
 
-/// At most `length` units, and never one half of a character.
+/// At most `length` UTF-16 units, and no half of a surrogate pair.
 QString Cut(QString name, qsizetype length)
 {
     name.truncate(length);
@@ -36,7 +36,7 @@ QString LegalName(const QString &title)
     QString name;
     const QList<uint> characters = title.toUcs4();
     for (const char32_t character : characters)
-        name += MayStand(character) ? QString::fromUcs4(&character, 1) : QStringLiteral(" ");
+        name += IsAllowed(character) ? QString::fromUcs4(&character, 1) : QStringLiteral(" ");
     name = WithoutOuterApostrophes(name.simplified());
     return WithoutOuterApostrophes(Cut(name, LongestName));
 }
@@ -45,7 +45,7 @@ QString LegalName(const QString &title)
 
 QString NewSheetName(const QString &title, const QStringList &taken)
 {
-    // Spreadsheets keep this name for themselves.
+    // Excel reserves this name.
     QSet<QString> names = {QStringLiteral("history")};
     for (const QString &name : taken)
         names.insert(name.toCaseFolded());

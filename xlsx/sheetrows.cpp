@@ -33,14 +33,14 @@ bool SheetRows::Next()
         }
         row_ = next;
         if (tableRow == next)
-            PutTable();
+            AppendTableCells();
         if (cellRow == next) {
             for (const auto &[column, cell] : next_->second)
-                PutAmong(column, cell.format, cell.text, true);
+                InsertCell(column, cell.format, cell.text, true);
             ++next_;
         }
         for (const int column : seen_)
-            PutAmong(column, CellFormat::General, {}, false);
+            InsertCell(column, CellFormat::General, {}, false);
     }
     return true;
 }
@@ -74,7 +74,7 @@ SheetRows::Cell SheetRows::MakeCell(int column, CellFormat format, std::string_v
     return {column, StyleNumber(column, format), format, text};
 }
 
-void SheetRows::PutTable()
+void SheetRows::AppendTableCells()
 {
     const SheetTable &table = sheet_->table;
     const std::span<const std::string_view> texts = table.texts->Next();
@@ -83,8 +83,8 @@ void SheetRows::PutTable()
         cells_.push_back(MakeCell(place++, column.format, texts[column.text]));
 }
 
-/// Puts a cell where it belongs; one that is there stays unless this one replaces it.
-void SheetRows::PutAmong(int column, CellFormat format, std::string_view text, bool replaces)
+/// Inserts a cell in the order of columns. One that is there already stays unless `replaces`.
+void SheetRows::InsertCell(int column, CellFormat format, std::string_view text, bool replaces)
 {
     const auto at = std::find_if(cells_.begin(), cells_.end(),
                                  [column](const Cell &cell) { return cell.column >= column; });

@@ -41,8 +41,8 @@ class SheetRows
     int NextTableRow() const;
     std::size_t StyleNumber(int column, CellFormat format);
     Cell MakeCell(int column, CellFormat format, std::string_view text);
-    void PutTable();
-    void PutAmong(int column, CellFormat format, std::string_view text, bool replaces);
+    void AppendTableCells();
+    void InsertCell(int column, CellFormat format, std::string_view text, bool replaces);
 
     const Sheet *sheet_;
     std::vector<CellStyle> *styles_;

@@ -22,7 +22,7 @@ std::string Head(const Sheet &sheet, const SheetFrame &frame)
                    frame.selected ? R"( tabSelected="1")" : "", RangeName(active)});
 }
 
-/// On paper table and chart stand side by side.
+/// Printed pages are landscape and as wide as the sheet, so that table and chart stay side by side.
 std::string Tail(const std::string &drawingId)
 {
     const std::string drawing = drawingId.empty() ? "" : Filled(R"(<drawing r:id="%1"/>)", {drawingId});
@@ -33,7 +33,7 @@ std::string Tail(const std::string &drawingId)
 
 } // namespace
 
-/// What says which style a cell has is not known yet, so how often each of them comes is counted.
+/// The attributes that name the styles are not known yet, so the uses of each style are counted for `Size`.
 SheetXml::SheetXml(const Sheet &sheet) : sheet_(&sheet)
 {
     SheetRows rows(sheet, styles_);
@@ -77,7 +77,7 @@ void SheetXml::AppendRow(const SheetRows &rows)
     piece_.append("</row>");
 }
 
-/// Makes the next piece, of which nothing is left.
+/// Makes the next piece when the present one has been read.
 void SheetXml::Fill()
 {
     piece_.clear();
@@ -110,13 +110,13 @@ void SheetXml::Rewind()
     taken_ = 0;
 }
 
-qint64 SheetXml::Read(char *to, qint64 room)
+qint64 SheetXml::Read(char *to, qint64 size)
 {
     qint64 got = 0;
-    while (got < room) {
+    while (got < size) {
         while (taken_ == piece_.size() && stage_ != Stage::End)
             Fill();
-        const std::size_t copied = piece_.copy(to + got, static_cast<std::size_t>(room - got), taken_);
+        const std::size_t copied = piece_.copy(to + got, static_cast<std::size_t>(size - got), taken_);
         if (copied == 0)
             break;
         taken_ += copied;

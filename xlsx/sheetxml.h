@@ -52,8 +52,8 @@ class SheetXml
     /// Back to the beginning.
     void Rewind();
 
-    /// The next up to `room` bytes; 0 at the end.
-    qint64 Read(char *to, qint64 room);
+    /// The next up to `size` bytes; 0 at the end.
+    qint64 Read(char *to, qint64 size);
 
   private:
     enum class Stage { Head, Rows, Tail, End };
