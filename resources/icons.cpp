@@ -93,12 +93,12 @@ std::shared_ptr<QSvgRenderer> LoadDrawing(const QString &path, const Colours &co
     return renderer->isValid() ? renderer : nullptr;
 }
 
-/// What an icon is for decides which of its drawings suits a size.
+/// Decides which of an icon's two drawings suits a size.
 enum class Kind { Tool, Application };
 
-/// Draws an icon at the very size that is asked for, from one of two drawings. Of a tool's icon `normal_`
-/// lies on a grid of 24 with lines of 2 and `small_` on a grid of 16 with lines of 1: at the usual sizes
-/// lines fall on whole pixels, and large icons do not get heavy. The program's own has a simpler `small_`.
+/// Draws an icon at exactly the size that is asked for, from one of two drawings. For tool icons `normal_`
+/// has a grid of 24 and lines 2 wide, `small_` a grid of 16 and lines 1 wide: at the usual sizes lines fall
+/// on whole pixels, and large icons do not look heavy. For the program's own icon `small_` is just simpler.
 class DrawnIconEngine final : public QIconEngine
 {
   public:
@@ -154,7 +154,7 @@ class DrawnIconEngine final : public QIconEngine
         return result;
     }
 
-    // The whole picture fades, not line by line: crossing lines would show.
+    // Fades the picture as a whole: where faded lines crossed, they would be darker.
     static QPixmap Faded(const QPixmap &picture)
     {
         QPixmap result(picture.size());

@@ -29,7 +29,7 @@ Arguments SplitAtCommas(std::string_view text)
     }
 }
 
-// Up to a million of whatever it counts; empty for anything else.
+// A whole number up to a million; empty for anything else.
 std::optional<std::size_t> ParseCount(std::string_view text)
 {
     std::size_t count = 0;
@@ -39,7 +39,7 @@ std::optional<std::size_t> ParseCount(std::string_view text)
     return count;
 }
 
-// A single number, at least 1; `fallback` where no argument is given and one is not needed.
+// Takes a single number, at least 1. Without an argument the number is `fallback`; 0: it must be given.
 bool SetCount(const Arguments &arguments, std::size_t &count, std::size_t fallback = 0)
 {
     const std::optional<std::size_t> given =

@@ -23,7 +23,7 @@ struct Faults
     bool twoLines = false;
     /// The first half of the reply and never its CR LF.
     bool halfLine = false;
-    /// A wrong check character behind each record ("RS,").
+    /// A wrong check character after each record ("RS,").
     bool wrongCheck = false;
     /// "OC" is answered as in `commMode`, in 44 characters where `shortStatus` is set.
     bool otherMode = false;
@@ -37,8 +37,7 @@ struct Faults
     std::size_t errFrom = 0;
     /// From that command on, as many bytes as the reply has, among them NUL and bytes above 0x7F; CR LF.
     std::size_t garbageFrom = 0;
-    /// The replies to that command and those behind it are lost, so many in all; the commands have their
-    /// effect.
+    /// From that command on, `droppedReplies` replies are lost; the commands have their effect.
     std::size_t dropReplyAt = 0;
     std::size_t droppedReplies = 1;
     /// The device disappears when that command has arrived.

@@ -11,7 +11,7 @@ namespace px40::sim {
 
 namespace {
 
-// The room where the simulated instrument stands, in tenths of a degree.
+// The temperature around the simulated instrument, in tenths of a degree.
 constexpr long AmbientCounts = 234;
 constexpr std::size_t OptionCount = 8;
 
@@ -190,11 +190,6 @@ void Instrument::SetOptionFlags(std::string_view flags)
     Require(flags.size() == OptionCount && flags.find_first_not_of("01") == std::string_view::npos,
             "option flags are eight characters 0 or 1");
     optionFlags_ = flags;
-}
-
-void Instrument::SetReading(int n, std::string text)
-{
-    readings_.at(MemoryIndex(n)) = std::move(text);
 }
 
 const std::string &Instrument::Reading(int n) const

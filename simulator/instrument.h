@@ -46,11 +46,7 @@ class Instrument
     std::string Answer(std::string_view command);
 
     /// Measuring side. Functions 0 to 7, ranges 0-based within the function.
-    void SetMeasureOn(bool on) { measureOn_ = on; }
-    bool MeasureOn() const { return measureOn_; }
     void SetMeasure(int function, int range);
-    int MeasureFunction() const { return measure_->function; }
-    int MeasureRangeCode() const { return measure_->range; }
     /// The state letter of the live value: NormalState, OverState, ErrorState, BurnOutState.
     void SetMeasureState(char state);
     /// Replaces the live 14-character value field by a text of any content and length; an empty optional
@@ -63,40 +59,26 @@ class Instrument
     void HoldStatuses(std::vector<std::string> replies);
 
     /// Source side. Functions 0 to 8, ranges 0-based within the function.
-    void SetSourceOn(bool on) { sourceOn_ = on; }
-    bool SourceOn() const { return sourceOn_; }
     void SetSource(int function, int range);
-    int SourceFunction() const { return source_->function; }
-    int SourceRangeCode() const { return source_->range; }
     /// The set value in counts of the range's last digit; it must lie within the range's limits.
     void SetSourceCounts(long counts);
     long SourceCounts() const;
     void SetTemperatureView(TemperatureView view) { temperatureView_ = view; }
-    TemperatureView CurrentTemperatureView() const { return temperatureView_; }
-    void SetPulseView(PulseView view) { pulseView_ = view; }
-    PulseView CurrentPulseView() const { return pulseView_; }
     /// 0 plain, 1 to 3 and 9 measuring side held, 4 and 5 sweep, 6 and 7 automatic step, 8 n/m ratio.
     void SetSourceMode(int mode);
-    int SourceMode() const { return sourceMode_; }
-    int RatioN() const { return ratioN_; }
-    int RatioM() const { return ratioM_; }
 
     /// Eight characters "0" or "1", bit 7 first.
     void SetOptionFlags(std::string_view flags);
-    const std::string &OptionFlags() const { return optionFlags_; }
 
     void SetCommMode(CommMode mode) { commMode_ = mode; }
-    CommMode CurrentCommMode() const { return commMode_; }
     /// Short: the 44-character status of an instrument without option flags.
     void SetShortStatus(bool on) { shortStatus_ = on; }
 
     /// Stored readings and saved records, n from 1 to 50. A text may have any content; a record is given
     /// without its check character.
-    void SetReading(int n, std::string text);
     const std::string &Reading(int n) const;
     void SetRecord(int n, std::string text);
     const std::string &Record(int n) const;
-    bool SaveMode() const { return saveMode_; }
 
   private:
     using Reply = std::string;

@@ -22,7 +22,7 @@ namespace px40::sim {
 
 namespace {
 
-// A signal handler reaches nothing but globals.
+// Global, because a signal handler gets no other data.
 const WakePipe *interruption = nullptr;
 
 void Interrupt(int)
@@ -39,7 +39,7 @@ void CatchSignals(const WakePipe &pipe)
     action.sa_handler = Interrupt;
     ::sigaction(SIGINT, &action, nullptr);
     ::sigaction(SIGTERM, &action, nullptr);
-    // A background job that looks at its terminal would be stopped; so it is told that there is no input.
+    // A background job that reads from its terminal would be stopped; this way the read fails instead.
     struct sigaction ignore
     {
     };
@@ -152,7 +152,7 @@ void ServeUntilInterrupted(PtyServer &server, const WakePipe &interrupted)
             continue;
         char bytes[256];
         const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
-        // Started without an input or by a script that has ended: the device stays.
+        // There is no input, or the script that gave the orders has ended: the device stays.
         if (count <= 0)
             descriptors[1].fd = -1;
         for (const char byte : std::string_view(bytes, count > 0 ? static_cast<std::size_t>(count) : 0)) {

@@ -20,7 +20,7 @@ struct Options
     bool verbose = false;
 };
 
-/// Reads the arguments behind the program's name. False with one sentence in `error` when something is wrong.
+/// Reads the arguments after the program's name. False with one sentence in `error` when something is wrong.
 bool ParseOptions(std::span<char *const> arguments, Options &options, std::string &error);
 
 /// What --help shows.

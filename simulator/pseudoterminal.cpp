@@ -37,8 +37,7 @@ PseudoTerminal PseudoTerminal::Open()
     terminal.master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     Check(terminal.master_ >= 0, "no pseudo-terminal");
     Check(::grantpt(terminal.master_) == 0 && ::unlockpt(terminal.master_) == 0, "pseudo-terminal locked");
-    // A reader that has stopped reading must cost lost bytes, as on a real line, and never stop the
-    // instrument.
+    // When the program stops reading, bytes are lost, as on a real line; the instrument must never block.
     Check(::fcntl(terminal.master_, F_SETFL, O_NONBLOCK) == 0, "pseudo-terminal stays blocking");
     const char *path = ::ptsname(terminal.master_);
     Check(path != nullptr, "pseudo-terminal without a name");
@@ -47,7 +46,7 @@ PseudoTerminal PseudoTerminal::Open()
     Check(terminal.slave_ >= 0, "pseudo-terminal cannot be opened");
     Check(terminal.MakeRaw(), "pseudo-terminal stays out of raw mode");
 #ifdef __linux__
-    // Our own side was opened before and is not counted.
+    // Our own descriptor was opened before and is not counted.
     terminal.watch_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     if (::inotify_add_watch(terminal.watch_, path, IN_OPEN | IN_CLOSE) < 0)
         Close(terminal.watch_);
@@ -67,7 +66,7 @@ bool PseudoTerminal::MakeRaw() const
 void PseudoTerminal::NoticePrograms()
 {
 #ifdef __linux__
-    // A watched file that is no folder gives events without a name, all of the same size.
+    // Events of a watched file, unlike those of a folder, have no name and thus the same size.
     inotify_event events[32];
     ssize_t bytes = 0;
     while ((bytes = ::read(watch_, events, sizeof events)) > 0) {
@@ -76,7 +75,7 @@ void PseudoTerminal::NoticePrograms()
                 ++programs_;
             if ((events[i].mask & IN_CLOSE) == 0 || programs_ == 0 || --programs_ != 0)
                 continue;
-            // Our own open side would keep the unread bytes, and the lock of a program that has died.
+            // Our own descriptor stays open, so unread bytes and the lock of a dead program would remain.
             ::tcflush(slave_, TCIFLUSH);
             ::ioctl(slave_, TIOCNXCL);
             MakeRaw();

@@ -13,7 +13,7 @@ namespace px40::sim {
 
 namespace {
 
-// Far above any command's length; more of a line without end is dropped.
+// Far above the length of any command; the rest of an endless line is dropped.
 constexpr std::size_t MaxCommand = 1000;
 constexpr std::size_t MaxHistory = 10000;
 
@@ -149,7 +149,7 @@ void PtyServer::Unplug(const std::lock_guard<std::mutex> &)
 
 void PtyServer::WaitForInput()
 {
-    // poll() passes over the negative descriptor of an unplugged device.
+    // poll() ignores the negative descriptor of an unplugged device.
     pollfd descriptors[] = {{wake_.Reader(), POLLIN, 0},
                             {terminal_ ? terminal_->Watch() : -1, POLLIN, 0},
                             {terminal_ ? terminal_->Master() : -1, POLLIN, 0}};
@@ -157,7 +157,7 @@ void PtyServer::WaitForInput()
         return;
     if (descriptors[0].revents != 0)
         wake_.Drain();
-    // Before the input is read, which may be that of the next program already.
+    // Before the input is read, which may already come from the next program.
     if (descriptors[1].revents != 0)
         terminal_->NoticePrograms();
     if (descriptors[2].revents != 0)
@@ -208,7 +208,7 @@ void PtyServer::ServeLine(Clock::time_point readAt)
         n = commandCount_ - countAtFaults_;
         faults = faults_;
     }
-    // A pseudo-terminal hands over at once what a cable takes its time for.
+    // A pseudo-terminal delivers at once what takes time over a cable.
     Clock::time_point begin = inputBegin_;
     if (line_.paced) {
         begin = std::max(inputBegin_ + line_.LineTime(inputLength_), readAt + line_.LineTime(1));
@@ -236,7 +236,7 @@ void PtyServer::Send(const Delivery &delivery, Clock::time_point begin)
             return;
         Write(bytes);
     } else {
-        // Every byte has its own moment counted from the begin, so that small delays do not add up.
+        // The time of every byte is counted from the beginning, so that small delays do not add up.
         for (std::size_t i = 0; i < bytes.size(); ++i) {
             const auto offset = line_.paced
                                     ? line_.LineTime(i + 1)

@@ -23,7 +23,7 @@ struct Value
 {
     std::string_view unit; // three-character code, e.g. "VDC", "O  ", "T  ", "F  "
     long counts = 0;       // the digits without their point, -99999 to 99999
-    int decimals = 0;      // digits behind the point, 0 to 4; 0 shows no point
+    int decimals = 0;      // digits after the point, 0 to 4; 0 shows no point
     std::string_view exponent = Unity;
     char state = NormalState;
 };
@@ -41,7 +41,7 @@ std::string MeasureReply(const Value &measured, const Value &source, Padding pad
 /// The check character of a record: the low four bits of the sum of its bytes, "0" to "9" or "A" to "F".
 char CheckCharacter(std::string_view record);
 
-/// The record with its check character behind it.
+/// The record, followed by its check character.
 std::string WithCheck(std::string_view record);
 
 } // namespace px40::sim

@@ -5,9 +5,9 @@
 
 namespace px40::sim {
 
-/// The reply that a status file holds: what stands behind "reply: " in its first line of that kind, blanks
-/// included, any length. All other lines say what a program should make of it and do not count here. Empty
-/// with one sentence in `error` when there is no such file or line.
+/// The reply that a status file holds: what follows "reply: " in the first line that begins so, blanks
+/// included, of any length. All other lines say what a program should make of it and are ignored here. Empty,
+/// with one sentence in `error`, when there is no such file or line.
 std::optional<std::string> ReadStatusFile(const std::string &path, std::string *error);
 
 } // namespace px40::sim

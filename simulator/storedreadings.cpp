@@ -27,7 +27,7 @@ constexpr Series AllSeries[] = {
     // a transmitter's output in V and mA while its thermocouple input was simulated
     {8, Padding::Zeros, {"VDC", 10021, 4}, 4980, 6, {"T  ",      0, 1}, 1000},
     {7, Padding::Zeros, {"ADC",  4003, 3, Milli}, 2667, 4, {"T  ", 0, 1}, 1500},
-    // an amplifier round zero, then a divider fed from the mains
+    // an amplifier around zero, then a divider fed from the mains
     {5, Padding::Blanks, {"VDC", -2002, 2, Milli}, 1001, 3, {"VDC", -2000, 2, Milli}, 1000},
     {4, Padding::Blanks, {"VAC",  1002, 1}, 3, 5, {"VDC", 10000, 3}, 0},
     // resistors; the larger ones in kilo-ohms
@@ -88,7 +88,7 @@ Memory StoredReadings(std::uint64_t seed)
 Memory SavedRecords(const Memory &readings)
 {
     Memory records = readings;
-    // Some were cleared one by one, and nothing was saved behind the fortieth.
+    // Some were cleared one by one, and nothing was saved after the fortieth.
     for (const std::size_t cleared : {6U, 12U, 18U})
         records.at(cleared) = "RS";
     std::fill(records.begin() + 40, records.end(), "RS");
