@@ -69,12 +69,12 @@ SerialPort::SerialPort(QObject *parent) : QObject(parent) {}
 
 SerialPort::~SerialPort()
 {
-    Drop();
+    Close();
 }
 
 PortOpenResult SerialPort::Open(const QString &device)
 {
-    Drop();
+    Close();
     PortOpenResult result;
     result.device = device;
     result.trouble = CheckDevice(device, &result.group);
@@ -102,24 +102,21 @@ PortOpenResult SerialPort::Open(const QString &device)
         if (!port_ || !EndsTheLine(error))
             return;
         const QString reason = port_->errorString();
-        Drop(); // left open, the port would signal the same error over and over
+        Close(); // left open, the port would signal the same error over and over
         Q_EMIT lost(reason);
     });
     port_ = std::move(port);
     return result;
 }
 
-void SerialPort::Close()
-{
-    Drop();
-}
-
 bool SerialPort::Write(const QByteArray &bytes)
 {
     if (!port_ || port_->write(bytes) != bytes.size())
         return false;
+    // Sends now instead of in the next turn of the event loop. A device that is gone is noticed here:
+    // `Close`.
     if (TakesBytes(port_->handle()))
-        port_->flush(); // now instead of in the next event loop turn; if the device is gone, `Drop` is called
+        port_->flush();
     return port_ != nullptr;
 }
 
@@ -128,7 +125,7 @@ QByteArray SerialPort::ReadAll()
     return port_ ? port_->readAll() : QByteArray();
 }
 
-void SerialPort::Drop()
+void SerialPort::Close()
 {
     if (!port_)
         return;

@@ -49,8 +49,6 @@ class SerialPort : public QObject
     void lost(const QString &reason); ///< the port has just been closed because the device is gone
 
   private:
-    void Drop();
-
     std::unique_ptr<QSerialPort> port_;
 };
 

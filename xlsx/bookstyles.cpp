@@ -116,13 +116,12 @@ void AddDefaults(pugi::xml_node styles, Entries &borders, Entries &formats, bool
     if (fonts.IsEmpty())
         fonts.Keep(fonts.Append(), changed);
     Entries fills(styles, "fills", "fill");
-    const bool noFills = fills.IsEmpty();
-    for (const char *pattern : {"none", "gray125"}) {
-        if (!noFills)
-            break;
-        const pugi::xml_node fill = fills.Append();
-        AppendNamed(fill, "patternFill", {{"patternType", pattern}});
-        fills.Keep(fill, changed);
+    if (fills.IsEmpty()) {
+        for (const char *pattern : {"none", "gray125"}) {
+            const pugi::xml_node fill = fills.Append();
+            AppendNamed(fill, "patternFill", {{"patternType", pattern}});
+            fills.Keep(fill, changed);
+        }
     }
     const pugi::xml_node format = formats.Append();
     for (const char *name : {"numFmtId", "fontId", "fillId", "borderId"})
