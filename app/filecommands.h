@@ -17,7 +17,8 @@ class DataSet;
 class MainViews;
 struct Services;
 
-/// The commands of the File menu that work on data files. They ask and tell the user what is needed.
+/// What the user does with data files and with pictures of their graphs. It asks and tells the user what is
+/// needed.
 ///
 /// Must outlive the tasks that it hands out. A task holds its data set, so a window may close meanwhile.
 class FileCommands

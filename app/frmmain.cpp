@@ -255,7 +255,7 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
     const auto confirmClose = [this](std::shared_ptr<DataSet> set) {
         return commands_->Files().ConfirmClose(std::move(set));
     };
-    const auto saveGraph = [this](std::shared_ptr<DataSet> set, WriteTheGraph write) {
+    const auto saveGraph = [this](std::shared_ptr<DataSet> set, GraphWriter write) {
         return commands_->Files().SaveGraph(std::move(set), std::move(write));
     };
     auto *const window = new frmData(dataSet, {&services_->state, &services_->jobs, confirmClose, saveGraph});

@@ -27,7 +27,6 @@ class SetRig
 
     LinkState state;
     DocumentShared shared;
-    ScriptedPrompts prompts;
     Jobs jobs;
     std::shared_ptr<DataSet> data;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/dataset.h"
+#include "platform/result.h"
 
 #include <QCoro/QCoroTask>
 #include <QMdiSubWindow>
@@ -24,7 +25,7 @@ class Jobs;
 struct LinkState;
 
 /// Writes the picture of a graph under that name.
-using WriteTheGraph = std::function<Result<>(const QString &)>;
+using GraphWriter = std::function<Result<>(const QString &)>;
 
 /// What a data window needs from the program; all of it outlives the window.
 struct DataWindowServices
@@ -34,7 +35,7 @@ struct DataWindowServices
     /// Asks about unsaved readings, if there are any; true when the window may close.
     std::function<QCoro::Task<bool>(std::shared_ptr<DataSet>)> confirmClose;
     /// Asks for the name of a picture, and has it written.
-    std::function<QCoro::Task<void>(std::shared_ptr<DataSet>, WriteTheGraph)> saveGraph;
+    std::function<QCoro::Task<void>(std::shared_ptr<DataSet>, GraphWriter)> saveGraph;
 };
 
 /// A child window that shows one data set: table, graph, statistics and settings, progress.

@@ -46,7 +46,7 @@ void RowStore::Append(const Row &row)
     }
 }
 
-// Written straight to its final place: texts as short as these take longer when copied twice.
+// Byte by byte, straight to its final place: the texts are so short that a second copy would cost more.
 void RowStore::AppendLatin1(const Bytes &row)
 {
     std::ptrdiff_t size = Texts;

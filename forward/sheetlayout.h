@@ -31,8 +31,8 @@ void WriteFrameAndStatistics(SheetTarget &target, const SheetSource &source, int
 /// The chart of the first `samples` rows.
 void WriteChart(SheetTarget &target, const SheetSource &source, int samples);
 
-/// The whole sheet of a data set with the first `samples` rows, which are read where they lie: of each row in
-/// `rows` its number and then the texts of its columns. `numbers`: the numbers of SAVE-mode data stand in
+/// The whole sheet of a data set with the first `samples` rows. `rows` gives of each its number and then the
+/// texts of its columns; they are read where they lie. `numbers`: the numbers of SAVE-mode data stand in
 /// place of the second column.
 Sheet LayOut(const SheetSource &source, int samples, bool numbers, std::shared_ptr<TableRows> rows);
 

@@ -20,7 +20,7 @@ QByteArray Contents(const QString &name);
 /// `shape` are its first two lines.
 QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
 
-/// While what it gives lives no file grows beyond that size, as on a disk that is full.
+/// As long as the guard it returns lives, no file grows beyond that size, as on a disk that is full.
 [[nodiscard]] inline auto FullDisk(rlim_t bytes)
 {
     rlimit before = {};

@@ -25,7 +25,7 @@ class ScriptedPrompts : public Prompts
     QStringList questions;
     QStringList fileQuestions;        ///< "open:FILTER" and "save:NAME:FILTER"
     std::function<void()> onWarn;     ///< called while the box is up
-    std::function<void()> onQuestion; ///< the same with one that asks about a yes
+    std::function<void()> onQuestion; ///< called while a question for Yes, No or Cancel is up
     std::deque<Answer> answers;       ///< Cancel when there is none left
     std::deque<int> choices;          ///< which of several buttons; the last one when there is none left
     std::deque<QString> files;        ///< answers to both file questions; cancelled when there is none left

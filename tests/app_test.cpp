@@ -8,12 +8,14 @@
 #include "platform/geometry.h"
 #include "platform/portmap.h"
 #include "platform/singleinstance.h"
+#include "platform/timer.h"
 #include "platform/userstore.h"
 #include "testing/files.h"
 #include "testing/rows.h"
 #include "testing/wait.h"
 
 #include <QDir>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -69,6 +71,7 @@ class AppTest : public QObject
         QCOMPARE(read("7\r\n"), u"7||"_qs);
         QCOMPARE(read("16\r\nC:\\a b.xls\r\nTitle"), u"16|C:\\a b.xls|Title"_qs);
         QCOMPARE(read("2\nf\nt\n"), u"2|f|t"_qs);
+        QCOMPARE(read(" 5 \r\n"), u"5||"_qs);
         QCOMPARE(read("\r\n\r\nt\r\n"), u"1||t"_qs);
         QCOMPARE(read("abc\r\nf\r\nt\r\n"), u"1|f|t"_qs);
         QCOMPARE(read("17\r\n\r\n\r\n"), u"1||"_qs);
@@ -295,6 +298,21 @@ class AppTest : public QObject
                 QCOMPARE(line->portDevices.last(), std::pair(4, u"/a=b"_qs));
             }
         }
+    }
+
+    void TimerTicksUnlessItsIntervalIsZero()
+    {
+        Timer timer(1, true);
+        Timer silent(0, true);
+        const QSignalSpy ticks(&timer, &Timer::tick);
+        const QSignalSpy none(&silent, &Timer::tick);
+        QTRY_VERIFY(ticks.count() >= 3); // it goes on by itself
+        QCOMPARE(none.count(), 0);
+        timer.SetInterval(0);
+        silent.SetInterval(1);
+        const qsizetype before = ticks.count();
+        QTRY_VERIFY(none.count() >= 3);
+        QCOMPARE(ticks.count(), before);
     }
 
     void SecondCopyIsNoticed()

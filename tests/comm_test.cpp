@@ -217,11 +217,12 @@ class CommTest : public QObject
     void ShutEndsEverything()
     {
         CommRig rig("silent", Never);
-        const Exchange first = rig.Send(AskReading(1));
+        const Exchange first = rig.SendOut(AskReading(1));
         const Exchange second = rig.Send(AskReading(2));
         rig.comm.Shut();
         QCOMPARE(CodeOf(first), FailureCode::Cancelled);
         QCOMPARE(CodeOf(second), FailureCode::Cancelled);
+        QCOMPARE(rig.Commands(), QStringList(u"OM1"_qs)); // one at a time
         const Exchange late = rig.Send(AskReading(3));
         QVERIFY(late.Done());
         QCOMPARE(CodeOf(late), FailureCode::Cancelled);

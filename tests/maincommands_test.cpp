@@ -126,6 +126,16 @@ class MainCommandsTest : public QObject
         QTRY_VERIFY(rig.hasLeft);
     }
 
+    void LeavingIsRefusedDuringADownload()
+    {
+        Rig rig;
+        rig.commands.AddDataSet(KindMemory);
+        rig.sets.last()->AddData(QString(), u"1"_qs, QString(), QString(), QString());
+        UseLink<ActivityDownload>(&rig);
+        rig.commands.Leave();
+        QVERIFY(rig.NoJobLeft() && rig.prompts.questions.isEmpty() && !rig.services.leaving);
+    }
+
     void CommandsWaitForTheLink_data()
     {
         AddRows<Waiting>({

@@ -124,8 +124,10 @@ class RealtimeTest : public QObject
         QVERIFY(!rig.Check());
         QCOMPARE(rig.prompts.warnings.size(), 1);
         QVERIFY(rig.prompts.warnings.first().startsWith(box));
-        if (QByteArray(QTest::currentDataTag()) == "silent")
+        if (QByteArray(QTest::currentDataTag()) == "silent") {
             QCOMPARE(rig.Commands().size(), 3 + 3); // three attempts
+            QVERIFY(rig.prompts.warnings.first().endsWith(u"Is the communication mode normal mode?"));
+        }
         QVERIFY(!rig.checkTimer.Enabled());
         QCOMPARE(rig.checkTimer.Interval(), answers ? 1000 : 0);
         QVERIFY(rig.Ended());

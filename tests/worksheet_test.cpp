@@ -207,6 +207,7 @@ class WorksheetTest : public QObject
         Text text(sheet);
         const QByteArray once = text.Read(60'000);
         QCOMPARE(once.size(), text.xml.Size());
+        QVERIFY(rows == 0 || once.contains("<v>" + QByteArray::number(rows) + "</v>"));
         text.xml.Rewind();
         QByteArray begin(once.size() / 2, '\0');
         QCOMPARE(text.xml.Read(begin.data(), begin.size()), begin.size());
