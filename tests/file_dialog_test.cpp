@@ -1,5 +1,6 @@
 #include "app/messageprompts.h"
 #include "testing/files.h"
+#include "testing/operatedprogram.h"
 #include "testing/wait.h"
 
 #include <QAbstractButton>
@@ -18,23 +19,16 @@ using namespace px40;
 
 namespace {
 
-/// The dialog that is open for the user, if it is of that kind.
-template <typename T = QFileDialog>
-T *Open()
-{
-    auto *const dialog = qobject_cast<T *>(QApplication::activeModalWidget());
-    return dialog && dialog->isVisible() ? dialog : nullptr;
-}
-
 QLineEdit *NameField()
 {
-    return Open() ? Open()->findChild<QLineEdit *>(u"fileNameEdit"_qs) : nullptr;
+    return OpenOne<QFileDialog>() ? OpenOne<QFileDialog>()->findChild<QLineEdit *>(u"fileNameEdit"_qs)
+                                  : nullptr;
 }
 
 void Type(const QString &name)
 {
     QTRY_VERIFY(NameField());
-    Open()->activateWindow();
+    OpenOne<QFileDialog>()->activateWindow();
     NameField()->setFocus();
     QTRY_VERIFY(NameField()->hasFocus());
     NameField()->setText(name); // at once: a list of proposals would take the keys
@@ -44,10 +38,10 @@ void Type(const QString &name)
 /// Looks at the box before the dialog and presses a key.
 void AnswerBox(const QString &text, Qt::Key key)
 {
-    QTRY_VERIFY(Open<QMessageBox>());
-    QCOMPARE(Open<QMessageBox>()->text(), text);
-    QTest::keyClick(Open<QMessageBox>(), key);
-    QTRY_VERIFY(!Open<QMessageBox>());
+    QTRY_VERIFY(OpenOne<QMessageBox>());
+    QCOMPARE(OpenOne<QMessageBox>()->text(), text);
+    QTest::keyClick(OpenOne<QMessageBox>(), key);
+    QTRY_VERIFY(!OpenOne<QMessageBox>());
 }
 
 QString Answered(const Running<QString> &asked)
@@ -77,15 +71,15 @@ class FileDialogTest : public QObject
         Type(Path(u"absent.CSV"_qs));
         AnswerBox(u"This file does not exist.\n"_qs + Path(u"absent.CSV"_qs), Qt::Key_Return);
         QVERIFY(!asked.Done());
-        QTRY_VERIFY(Open());
-        QCOMPARE(Open()->objectName(), u"dlgCommon"_qs);
+        QTRY_VERIFY(OpenOne<QFileDialog>());
+        QCOMPARE(OpenOne<QFileDialog>()->objectName(), u"dlgCommon"_qs);
         Type(folder_.path()); // a folder is entered; the filter shows names in either case
-        QTRY_COMPARE(Open()->directory().path(), folder_.path());
-        auto *const names = Open()->findChild<QAbstractItemView *>(u"listView"_qs);
+        QTRY_COMPARE(OpenOne<QFileDialog>()->directory().path(), folder_.path());
+        auto *const names = OpenOne<QFileDialog>()->findChild<QAbstractItemView *>(u"listView"_qs);
         QTRY_COMPARE(names->model()->rowCount(names->rootIndex()), 1);
         Type(u"old.csv"_qs);
         QCOMPARE(Answered(asked), old_);
-        QTRY_VERIFY(!Open());
+        QTRY_VERIFY(!OpenOne<QFileDialog>());
     }
 
     void SaveAsksBeforeReplacing()
@@ -122,8 +116,8 @@ class FileDialogTest : public QObject
                                                   {svg, u"two.pdf"_qs, u"two.pdf"_qs},
                                                   {u"All Files (*)"_qs, u"three"_qs, u"three"_qs}}) {
             const Running<QString> asked(prompts.AskSaveFile(Path(u"graph"_qs), filter));
-            QTRY_VERIFY(Open());
-            Open()->selectNameFilter(chosen);
+            QTRY_VERIFY(OpenOne<QFileDialog>());
+            OpenOne<QFileDialog>()->selectNameFilter(chosen);
             Type(typed);
             QCOMPARE(Answered(asked), Path(name));
         }
@@ -133,18 +127,18 @@ class FileDialogTest : public QObject
     {
         MessagePrompts prompts;
         const Running<QString> cancelled(prompts.AskOpenFile(filter_, QString()));
-        QTRY_VERIFY(Open());
-        QTest::keyClick(Open(), Qt::Key_Escape);
+        QTRY_VERIFY(OpenOne<QFileDialog>());
+        QTest::keyClick(OpenOne<QFileDialog>(), Qt::Key_Escape);
         QCOMPARE(Answered(cancelled), QString());
 
         // With a box before the dialog.
         const Running<QString> dismissed(prompts.AskSaveFile(old_, filter_));
         Type(u"old.csv"_qs);
-        QTRY_VERIFY(Open<QMessageBox>());
+        QTRY_VERIFY(OpenOne<QMessageBox>());
         prompts.DismissAll();
         QCOMPARE(Answered(dismissed), QString());
         const Running<QString> late(prompts.AskOpenFile(filter_, QString()));
-        QVERIFY(!Open());
+        QVERIFY(!OpenOne<QFileDialog>());
         QCOMPARE(Answered(late), QString());
         QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
     }
@@ -153,17 +147,17 @@ class FileDialogTest : public QObject
     {
         const QStringList choices = {u"&Retry"_qs, u"New"_qs, u"Cancel"_qs};
         const std::pair<int, std::function<void()>> rows[] = {
-            {0, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Return); }},
-            {1, [] { Open<QMessageBox>()->buttons().at(1)->click(); }},
-            {2, [] { Open<QMessageBox>()->buttons().at(2)->click(); }},
-            {2, [] { QTest::keyClick(Open<QMessageBox>(), Qt::Key_Escape); }},
-            {2, [] { Open<QMessageBox>()->close(); }},
+            {0, [] { QTest::keyClick(OpenOne<QMessageBox>(), Qt::Key_Return); }},
+            {1, [] { OpenOne<QMessageBox>()->buttons().at(1)->click(); }},
+            {2, [] { OpenOne<QMessageBox>()->buttons().at(2)->click(); }},
+            {2, [] { QTest::keyClick(OpenOne<QMessageBox>(), Qt::Key_Escape); }},
+            {2, [] { OpenOne<QMessageBox>()->close(); }},
         };
         MessagePrompts prompts;
         for (const auto &[index, answer] : rows) {
             const Running<int> asked(prompts.AskOneOf(u"In use.\r\nBook"_qs, choices));
-            QTRY_VERIFY(Open<QMessageBox>());
-            QCOMPARE(Open<QMessageBox>()->text(), u"In use.\nBook"_qs);
+            QTRY_VERIFY(OpenOne<QMessageBox>());
+            QCOMPARE(OpenOne<QMessageBox>()->text(), u"In use.\nBook"_qs);
             answer();
             QVERIFY(asked.Finish());
             QCOMPARE(asked.Value(), index);

@@ -1,179 +1,14 @@
 #include "tools/stage.h"
 
-#include "acquire/frmmoniter.h"
-#include "document/frmdata.h"
-#include "graph/chart.h"
-#include "simulator/keyorders.h"
-#include "source/frmsource.h"
-
-#include <QAction>
-#include <QApplication>
-#include <QDesktopServices>
-#include <QDialog>
-#include <QDir>
-#include <QLineEdit>
 #include <QMdiArea>
 #include <QMenu>
-#include <QMenuBar>
-#include <QPointer>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTableView>
-#include <QTest>
-#include <QWindow>
-
-#include <algorithm>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace px40 {
 
-namespace {
-
-constexpr int HourMs = 3600 * 1000;
-/// Three silent attempts do not take long; an instrument that answers does so much sooner.
-constexpr int ReplyTimeoutMs = 400;
-const QString NothingCame = u"What was to come next did not."_s;
-
-} // namespace
-
-Desktop::Desktop()
-{
-    QDesktopServices::setUrlHandler(u"file"_s, this, "Show");
-}
-
-Desktop::~Desktop()
-{
-    QDesktopServices::unsetUrlHandler(u"file"_s);
-}
-
-Stage::Stage(Camera &camera, Port port)
-    : Program(prompts, Unpaced(), &clock, port, ReplyTimeoutMs), camera_(&camera)
-{
-}
-
-QString Stage::Document(const QString &name)
-{
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).filePath(name);
-}
-
-void Stage::HoldTimers()
-{
-    for (Timer *const timer : {&window->tmCheckStat, window->findChild<Timer *>(u"tmFade"_s)}) {
-        if (timer->Interval() != 0 && timer->Interval() != HourMs)
-            timer->SetInterval(HourMs);
-    }
-}
-
-void Stage::Wait(const std::function<bool()> &done)
-{
-    const auto held = [&] {
-        HoldTimers();
-        return done();
-    };
-    Await(held, NothingCame);
-}
-
-void Stage::Idle()
-{
-    Wait([this] { return services.jobs.Running() == 0; });
-    for (int turn = 0; turn < 3; ++turn) // what windows put off until the next turn: scrolling, layouts
-        QCoreApplication::processEvents();
-}
-
-void Stage::BeginSecond()
-{
-    HoldTimers();
-    clock.Advance(1000);
-    if (window->tmCheckStat.Enabled() && window->tmCheckStat.Interval() != 0)
-        Q_EMIT window->tmCheckStat.tick();
-    if (window->tmRealtime.Enabled())
-        Q_EMIT window->tmRealtime.tick();
-}
-
-void Stage::Seconds(int count)
-{
-    for (int second = 0; second < count; ++second)
-        Second();
-}
-
-void Stage::Fade()
-{
-    Q_EMIT window->findChild<Timer *>(u"tmFade"_s)->tick();
-}
-
-void Stage::Second()
-{
-    BeginSecond();
-    Idle();
-}
-
-void Stage::SecondsUntil(const std::function<bool()> &done)
-{
-    for (int second = 0; !done(); ++second) {
-        Require(second < 60, NothingCame);
-        Second();
-    }
-}
-
 void Stage::StartUp(const QPoint &sourcePlace)
 {
-    Send([this] {
-        Program::StartUp();
-        Idle();
-        Second();
-    });
+    OperatedProgram::StartUp();
     Source()->move(sourcePlace);
-}
-
-void Stage::Send(const std::function<void()> &act)
-{
-    const auto sent = [this] {
-        static const QRegularExpression all(u"^(MO|SO|UP|DW|NM|ND|SR|TE|PU|SD)"_s);
-        return Commands().filter(all).size();
-    };
-    const qsizetype before = sent();
-    act();
-    Wait([&] { return sent() > before; });
-    Idle();
-}
-
-void Stage::See(const std::function<void()> &act)
-{
-    Send(act);
-    Second();
-}
-
-void Stage::Set(const char *orders)
-{
-    const QList<QByteArray> all = QByteArray(orders).split(';');
-    for (const QByteArray &one : all) {
-        const std::string order = one.trimmed().toStdString();
-        std::string error;
-        const bool done = server.WithInstrument([&](sim::Instrument &instrument) {
-            return sim::IsKeyOrder(order) ? sim::ObeyKeys(order, instrument, &error)
-                                          : instrument.Answer(order) == "OK";
-        });
-        Require(done, u"The instrument does not obey \"%1\"."_s.arg(QString::fromStdString(order)));
-    }
-    Second();
-}
-
-QWidget *Stage::Moniter() const
-{
-    return OpenOne<frmMoniter>();
-}
-
-QWidget *Stage::Source() const
-{
-    return OpenOne<frmSource>();
-}
-
-void Stage::Open(const QString &name)
-{
-    Choose("mnuFileOpen");
-    ChooseFile(name);
-    Idle();
 }
 
 void Stage::SideBySide()
@@ -183,26 +18,6 @@ void Stage::SideBySide()
     const QRect half(room.topLeft(), QSize(room.width() / 2, room.height()));
     windows.first()->setGeometry(half);
     windows.last()->setGeometry(half.translated(half.width(), 0));
-}
-
-frmData *Stage::Data() const
-{
-    return DataWindows().last();
-}
-
-Chart *Stage::Graph() const
-{
-    return Find<Chart>("chData", Data());
-}
-
-int Stage::Rows() const
-{
-    return Find<QTableView>("fgData", Data())->model()->rowCount();
-}
-
-void Stage::AwaitRows(int rows)
-{
-    Wait([&] { return !DataWindows().isEmpty() && Rows() >= rows; });
 }
 
 void Stage::Take(const char *name, const Widgets &inFront)
@@ -217,111 +32,11 @@ void Stage::TakeAll(const char *name, const Widgets &inFront)
     Take(name, live + inFront);
 }
 
-void Stage::BringToFront(QWidget *front)
-{
-    static constexpr int LittleMs = 500;
-    front->activateWindow();
-    // Where there is nobody to hand out the focus the picture is good without it.
-    WaitUntil([front] { return front->isActiveWindow(); }, LittleMs);
-}
-
-void Stage::Click(QWidget *widget)
-{
-    const QWidget *const modal = QApplication::activeModalWidget();
-    Require(widget->isVisible() && widget->isEnabled() && (!modal || widget->window() == modal),
-            u"\"%1\" cannot be clicked."_s.arg(widget->objectName()));
-    QTest::mouseClick(widget, Qt::LeftButton);
-}
-
-void Stage::Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts)
-{
-    for (const auto &[field, text] : texts) {
-        auto *const edit = Find<QLineEdit>(field, parent);
-        Click(edit);
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
-}
-
-void Stage::Choose(const char *action)
-{
-    Require(Action(action)->isEnabled(), u"\"%1\" cannot be chosen."_s.arg(QLatin1StringView(action)));
-    Action(action)->trigger();
-}
-
 void Stage::TakeMenu(const char *picture, const char *name)
 {
-    auto *const menu = Find<QMenu>(name);
-    QMenuBar *const bar = window->menuBar();
-    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
-    Wait([menu] { return menu->isVisible(); });
+    QMenu *const menu = OpenMenu(name);
     Take(picture, {menu});
-    QTest::keyClick(menu, Qt::Key_Escape);
-    QTest::keyClick(window->menuBar(), Qt::Key_Escape); // the highlight in the menu bar
-    Wait([menu] { return !menu->isVisible(); });
-}
-
-QMenu *Stage::OpenContextMenu(QWidget *widget, const QPoint &place)
-{
-    QWidget *const top = widget->window();
-    QTest::mouseClick(top->windowHandle(), Qt::RightButton, {}, widget->mapTo(top, place));
-    const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
-    Wait([&] { return menu() != nullptr; });
-    return menu();
-}
-
-void Stage::ChooseItem(QMenu *menu, const QString &text)
-{
-    const QList<QAction *> items = menu->actions();
-    const auto item =
-        std::find_if(items.begin(), items.end(), [&](auto *one) { return one->text().remove(u'&') == text; });
-    Require(item != items.end(), u"The menu has no item \"%1\"."_s.arg(text));
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
-}
-
-void Stage::Close(QWidget *closing, const std::function<void()> &act)
-{
-    const QPointer<QWidget> open = closing;
-    const QString name = closing->objectName();
-    act();
-    Wait([open] { return !open; });
-}
-
-void Stage::Answer(const QString &button)
-{
-    QMessageBox *const box = Box();
-    const QList<QAbstractButton *> all = box->buttons();
-    const auto found =
-        std::find_if(all.begin(), all.end(), [&](auto *one) { return one->text().remove(u'&') == button; });
-    Require(found != all.end(), u"The message box lacks the button: %1"_s.arg(box->text()));
-    Close(box, [&] { Click(*found); });
-}
-
-void Stage::Dismiss()
-{
-    Answer(u"OK"_s);
-    Idle();
-}
-
-void Stage::CloseDialog(QDialog *dialog, const char *button)
-{
-    Close(dialog, [&] { Click(button, dialog); });
-}
-
-void Stage::ChooseFile(const QString &name)
-{
-    auto *const edit = Find<QLineEdit>("fileNameEdit", FileDialog());
-    edit->activateWindow();
-    edit->setFocus();
-    // The dialog takes what is marked in its list for the answer unless the user is in this field.
-    Wait([edit] { return edit->hasFocus(); });
-    edit->setText(name); // at once: the list of proposals would take the keys
-    QTest::keyClick(edit, Qt::Key_Return);
-}
-
-void Stage::Escape(QDialog *dialog)
-{
-    Close(dialog, [dialog] { QTest::keyClick(dialog, Qt::Key_Escape); });
+    CloseMenu(menu);
 }
 
 } // namespace px40

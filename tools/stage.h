@@ -1,120 +1,21 @@
 #pragma once
 
-#include "app/messageprompts.h"
-#include "testing/heldclock.h"
-#include "testing/program.h"
+#include "testing/operatedprogram.h"
 #include "tools/camera.h"
-
-#include <QApplication>
-#include <QDialog>
-#include <QList>
-#include <QMessageBox>
-#include <QStringList>
-#include <QWidget>
-
-#include <utility>
-#include <vector>
-
-class QMenu;
-class QUrl;
 
 namespace px40 {
 
-class Chart;
-
 using Widgets = QList<QWidget *>;
 
-/// The top-level window of that kind, and of that object name if there is one, that is open; another one may
-/// be about to go.
-template <typename Window>
-Window *OpenOne(const char *name = "")
-{
-    const QString wanted = QString::fromLatin1(name);
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *const one : windows) {
-        auto *const window = qobject_cast<Window *>(one);
-        if (window && window->isVisible() && (wanted.isEmpty() || window->objectName() == wanted))
-            return window;
-    }
-    return nullptr;
-}
-
-/// Stands in for the desktop when a file is to be shown: no program is started, as long as this lives.
-class Desktop : public QObject
-{
-    Q_OBJECT
-
-  public:
-    Desktop();
-    ~Desktop() override;
-
-    Q_INVOKABLE void Show(const QUrl &) {}
-};
-
-struct StageParts
-{
-    MessagePrompts prompts;
-    HeldClock clock;
-    Desktop desktop;
-};
-
-/// One run of the whole program in front of the camera: real windows, real message boxes, the real serial
-/// class, and a simulated instrument. Everything that it keeps lies in a temporary folder.
-///
-/// Time goes on only by `Second`, so that two runs give the same pictures however busy the machine is. The
-/// other functions act as a user does, with clicks and keys, and wait for what comes of it; they throw
-/// RigError when they cannot, or when it does not come.
-class Stage : public StageParts, public Program
+/// One run of the program in front of the camera.
+class Stage : public OperatedProgram
 {
   public:
-    Stage(Camera &camera, Port port);
+    Stage(Camera &camera, Port port) : OperatedProgram(port), camera_(&camera) {}
 
-    /// Below the user's documents.
-    static QString Document(const QString &name);
-
-    /// The widget of that name below `parent`, or below the main window; throws RigError when there is none.
-    template <typename T>
-    T *Find(const char *name, const QObject *parent = nullptr) const
-    {
-        T *const found = (parent ? parent : window.get())->findChild<T *>(QString::fromLatin1(name));
-        Require(found, QStringLiteral("There is no \"%1\".").arg(QString::fromLatin1(name)));
-        return found;
-    }
-
-    void Wait(const std::function<bool()> &done);
-    /// Until no procedure is under way.
-    void Idle();
-    /// The next second begins; whatever it brings may still be under way.
-    void BeginSecond();
-    void Second();
-    void Seconds(int count);
-    /// Nothing new has come for a while.
-    void Fade();
-    /// The same until the condition holds.
-    void SecondsUntil(const std::function<bool()> &done);
-    /// Does what makes the program send a command to switch or set something, and waits until it has its
-    /// reply; then a second passes, so that the windows show what came of it.
-    void Send(const std::function<void()> &act);
-    void See(const std::function<void()> &act);
-    /// Starts the program, waits for the first status and moves the SOURCE window to that place, where it
-    /// covers nothing: below MEASURE, which stands beside the main window as it comes.
+    /// Starts the program and moves the SOURCE window to that place, where it covers nothing: below MEASURE,
+    /// which stands beside the main window as it comes.
     void StartUp(const QPoint &sourcePlace = {742, 384});
-    /// Lets somebody turn the instrument's knobs, and a status come. `orders`: its keys
-    /// (simulator/keyorders.h) and its own commands, with semicolons between.
-    void Set(const char *orders);
-
-    /// The MEASURE or the SOURCE window; null while it is closed.
-    QWidget *Moniter() const;
-    QWidget *Source() const;
-    /// The data window opened last, its graph and its number of rows.
-    frmData *Data() const;
-    Chart *Graph() const;
-    int Rows() const;
-    /// Waits for a row of the data window opened last.
-    void AwaitRows(int rows);
-
-    /// Opens a data file by its name.
-    void Open(const QString &name);
     /// The two data windows beside each other, as dragged by their frames.
     void SideBySide();
 
@@ -127,48 +28,7 @@ class Stage : public StageParts, public Program
     void TakeOnly(const QString &name, const Widgets &windows) { camera_->Take(name, windows); }
     void Keep(const char *name, const QString &file) { camera_->Keep(QString::fromLatin1(name), file); }
 
-    /// As the desktop does with a dialog that has just opened, or with a window that is clicked at.
-    void BringToFront(QWidget *window);
-    void Click(QWidget *widget);
-    void Click(const char *name, const QObject *parent) { Click(Find<QWidget>(name, parent)); }
-    /// Types texts in place of those in the fields of that name.
-    void Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts);
-    /// Chooses the item of a menu or the tool of that name.
-    void Choose(const char *action);
-    /// Opens the menu that a widget has for that place, with the right mouse button.
-    QMenu *OpenContextMenu(QWidget *widget, const QPoint &place);
-    void ChooseItem(QMenu *menu, const QString &text);
-
-    QMessageBox *Box() { return AwaitOpen<QMessageBox>(); }
-    /// Clicks the button of the message box that is open or opens, and waits until the box is gone.
-    void Answer(const QString &button);
-    /// The same with OK, until the procedure that has shown the box has ended.
-    void Dismiss();
-    QDialog *Dialog(const char *name) { return AwaitOpen<QDialog>(name); }
-    /// Clicks the button and waits until the dialog is gone.
-    void CloseDialog(QDialog *dialog, const char *button);
-    /// The same with the Escape key.
-    void Escape(QDialog *dialog);
-    /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
-    QDialog *FileDialog() { return Dialog("dlgCommon"); }
-    /// Puts a name in place of the one that the file dialog proposes, and goes on with Return.
-    void ChooseFile(const QString &name);
-
   private:
-    /// The next tick of the status check and the fading of old values come by hand.
-    void HoldTimers();
-    /// The window of that kind and name, in front, when it has opened.
-    template <typename Window>
-    Window *AwaitOpen(const char *name = "")
-    {
-        Wait([name] { return OpenOne<Window>(name) != nullptr; });
-        auto *const opened = OpenOne<Window>(name);
-        BringToFront(opened);
-        return opened;
-    }
-    /// Does what closes a window, and waits until it has gone.
-    void Close(QWidget *window, const std::function<void()> &act);
-
     Camera *camera_;
 };
 
