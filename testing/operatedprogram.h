@@ -78,6 +78,7 @@ class OperatedProgram : public OperatedParts, public Program
         return found;
     }
 
+    /// Until the condition holds; the program's own timers are held meanwhile.
     void Wait(const std::function<bool()> &done);
     /// Until no procedure is under way.
     void Idle();
@@ -85,13 +86,14 @@ class OperatedProgram : public OperatedParts, public Program
     void BeginSecond();
     void Second();
     void Seconds(int count);
+    /// Seconds pass until the condition holds, at most 60.
+    void SecondsUntil(const std::function<bool()> &done);
     /// Nothing new has come for a while.
     void Fade();
-    /// The same until the condition holds.
-    void SecondsUntil(const std::function<bool()> &done);
     /// Does what makes the program send a command to switch or set something, and waits until it has its
-    /// reply; then a second passes, so that the windows show what came of it.
+    /// reply.
     void Send(const std::function<void()> &act);
+    /// The same; then a second passes, so that the windows show what came of it.
     void See(const std::function<void()> &act);
     /// Starts the program and waits for the first status.
     void StartUp();
