@@ -21,10 +21,9 @@ int RunRows(qint32 interval, qint32 period)
 
 QString RunText(const RunProgress &progress, const QString &forwarded)
 {
-    const QString rows = progress.rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(progress.rows);
-    const QString errors = progress.errorRows == 0   ? Text(Str::NoErrorRows)
-                           : progress.errorRows == 1 ? Text(Str::OneErrorRow)
-                                                     : Text(Str::ErrorRows).arg(progress.errorRows);
+    const QString rows = Counted(Str::Rows, progress.rows);
+    const QString errors =
+        progress.errorRows == 0 ? Text(Str::NoErrorRows) : Counted(Str::ErrorRows, progress.errorRows);
     QStringList parts; // the most important first: a narrow window cuts off the end
     if (progress.forwardFailed)
         parts << Text(Str::ForwardError) + QStringLiteral(" (") + progress.name + u')'

@@ -81,7 +81,7 @@ QCoro::Task<void> FileCommands::Open(QStringList names)
         recent_.Add(name);
         views_->AddDataWindow(dataSet, true);
         const QString fileName = QFileInfo(name).fileName();
-        message = Text(Str::FileOpened).arg(fileName, QString::number(dataSet->GetDatacount()));
+        message = Counted(Str::FileOpened, dataSet->GetDatacount()).arg(fileName);
     }
     if (!message.isEmpty())
         Tell(message);

@@ -38,7 +38,7 @@ ForwardServices ServicesOf(Services &services, MainViews &views)
 /// "3 rows forwarded to NAME in FOLDER."
 QString OutcomeText(const ForwardOutcome &outcome)
 {
-    const QString rows = outcome.samples == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(outcome.samples);
+    const QString rows = Counted(Str::Rows, outcome.samples);
     if (outcome.file.isEmpty())
         return Text(Str::ForwardDone).arg(rows, Text(Str::MicrosoftExcel));
     const QFileInfo file(outcome.file);

@@ -20,12 +20,12 @@ QString ReceivedText(StoredData::Mode mode, bool complete, int records, const Da
     if (mode == StoredData::Mode::Save) {
         return complete && records == 0
                    ? Text(Str::SaveModeNone)
-                   : Text(complete ? Str::SaveModeReceived : Str::SaveModeEnded).arg(records);
+                   : Counted(complete ? Str::SaveModeReceived : Str::SaveModeEnded, records);
     }
     const int unreadable = dataSet.UnreadableCount();
     if (complete && unreadable > 0)
-        return Text(Str::MemoryUnreadable).arg(dataSet.GetDatacount()).arg(unreadable);
-    return Text(complete ? Str::MemoryReceived : Str::MemoryEnded).arg(dataSet.GetDatacount());
+        return Counted(Str::MemoryUnreadable, dataSet.GetDatacount()).arg(unreadable);
+    return Counted(complete ? Str::MemoryReceived : Str::MemoryEnded, dataSet.GetDatacount());
 }
 
 } // namespace
@@ -175,10 +175,16 @@ QCoro::Task<bool> MainCommands::Download(StoredData::Mode mode, std::shared_ptr<
     StoredData download(services_->link, *progress_, mode, dataSet);
     const Result<> received = co_await download.Receive();
     if (!received) {
-        QString &error = services_->state.ErrorMessage; // after a cancel it is still that of the last failure
-        if (received.error().code != FailureCode::Cancelled)
+        // After a cancel the first line is still that of the last failure, or empty.
+        const bool cancelled = received.error().code == FailureCode::Cancelled;
+        QString &error = services_->state.ErrorMessage;
+        if (!cancelled)
             error = received.error().text;
-        co_await services_->prompts.Warn(error);
+        const QString kept = ReceivedText(mode, false, download.Records(), *dataSet);
+        const QString text = !cancelled        ? error
+                             : error.isEmpty() ? kept
+                                               : error + QStringLiteral("\r\n") + kept;
+        co_await services_->prompts.Warn(text);
     }
     // That the port was lost is more important than how much was received.
     services_->statusLine.Show(!received && services_->comm.IsLost()

@@ -23,6 +23,12 @@ QString Text(Str id)
     return QString::fromUtf16(Lookup(id));
 }
 
+QString Counted(Str id, qint64 count)
+{
+    QString text = Text(id).replace(QStringLiteral("%n"), QString::number(count));
+    return text.replace(QStringLiteral("(s)"), count == 1 ? QString() : QStringLiteral("s"));
+}
+
 QString FirstLine(const QString &text)
 {
     return text.section(QStringLiteral("\r\n"), 0, 0);

@@ -15,6 +15,10 @@ enum class Str : int {
 /// The text of that number; empty when the table has none.
 QString Text(Str id);
 
+/// The same with `count` in the place of "%n", and "(s)" after a word as that number has it: "1 row", "2
+/// rows".
+QString Counted(Str id, qint64 count);
+
 /// The first line of a text that may have several, divided by CR LF: what of it fits into one line.
 QString FirstLine(const QString &text);
 

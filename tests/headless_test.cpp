@@ -123,7 +123,7 @@ class HeadlessTest : public QObject
             // What is said of it, and of noise as well.
             QCOMPARE(run.printed.count('\n'), !written ? 0 : saveMode ? 1 : 3);
             if (saveMode && written) {
-                QCOMPARE(run.printed, QByteArray("37 SAVE-mode records received; they are no readings.\n"));
+                QCOMPARE(run.printed, QByteArray("37 SAVE-mode records received, which hold no readings.\n"));
                 QVERIFY(Contents(file).startsWith("4\r\n") && Contents(file).endsWith("1,1\r\n,,,,\r\n"));
             }
             const bool oddlyThere = trouble == u"work file" || trouble == u"onto it";

@@ -83,12 +83,12 @@ class LiveTest : public QObject
         const std::shared_ptr<DataSet> dataSet = program.DataWindows().first()->Data();
         QCOMPARE(QString::number(dataSet->Kind()) + dataSet->Table().Heading(1), u"4TIME"_qs);
         QCOMPARE(program.prompts.questions.size(), 1);
-        QCOMPARE(program.Message(), u"37 SAVE-mode records received; they are no readings."_qs);
+        QCOMPARE(program.Message(), u"37 SAVE-mode records received, which hold no readings."_qs);
 
         program.Fault("garbage=3");
         program.StartDownload("Sdata");
         QVERIFY(program.NoJobLeft());
-        QCOMPARE(program.Message(), u"The download ended early: 1 SAVE-mode records received."_qs);
+        QCOMPARE(program.Message(), u"The download ended early: 1 SAVE-mode record received."_qs);
         program.Fault("none");
         for (int n = 1; n <= 50; ++n)
             program.server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });

@@ -105,7 +105,8 @@ class WindowTest : public QObject
         QCOMPARE(program.Cancel()->findChild<QLabel *>(u"llMsg"_qs)->text(), u"Canceling..."_qs);
         QVERIFY(program.NoJobLeft());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 7);
-        QCOMPARE(program.prompts.warnings, QStringList(QString()));
+        QCOMPARE(program.prompts.warnings,
+                 QStringList(u"The download ended early: 7 of 50 stored readings received."_qs));
         QVERIFY(!program.Cancel()->isVisible());
 
         program.Fault("none");

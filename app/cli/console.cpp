@@ -82,7 +82,7 @@ ExitCode EndWritten(const QString &file, const DataSet &dataSet, bool printed)
     const int unreadable = dataSet.UnreadableCount();
     if (unreadable == 0)
         return ExitDone;
-    const QString noise = Text(Str::FileUnreadable).arg(unreadable).arg(dataSet.GetDatacount());
+    const QString noise = Counted(Str::FileUnreadable, dataSet.GetDatacount()).arg(unreadable);
     PrintError(About(file, noise).simplified());
     return ExitWithNoise;
 }

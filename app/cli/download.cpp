@@ -92,7 +92,7 @@ int RunDownload(const CommandLine &line)
     int code = ExitNothingChanged;
     if (kept) {
         const bool printed =
-            target.toOutput || (line.saveMode ? PrintLine(Text(Str::SaveModeReceived).arg(download.Records()))
+            target.toOutput || (line.saveMode ? PrintLine(Counted(Str::SaveModeReceived, download.Records()))
                                               : PrintStatistics(*dataSet));
         code = EndWritten(target.name, *dataSet, printed);
     } else {

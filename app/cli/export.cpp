@@ -94,7 +94,7 @@ int RunExport(const CommandLine &line)
     if (!exported)
         return EndFailed({About(target.name, exported.error().text)});
     const int rows = (*dataSet)->GetDatacount();
-    const QString count = rows == 1 ? Text(Str::OneRow) : Text(Str::Rows).arg(rows);
+    const QString count = Counted(Str::Rows, rows);
     const bool printed = target.toOutput || PrintLine(Text(Str::ForwardDone).arg(count, target.name));
     return EndWritten(target.name, **dataSet, printed);
 }
