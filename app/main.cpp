@@ -9,6 +9,7 @@
 #include "app/startup.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
+#include "resources/housestyle.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
@@ -42,7 +43,7 @@ int main(int argc, char *argv[])
     }
 
     QApplication application(argc, argv);
-    QApplication::setPalette(WithReadableHints(QApplication::palette()));
+    QApplication::setStyle(new HouseStyle);
     QApplication::setWindowIcon(ApplicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -4,6 +4,7 @@
 #include "platform/geometry.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
@@ -38,9 +39,24 @@ QWidget *Foremost()
     return nullptr;
 }
 
+/// Its icon has the colours of the moment.
+class Box : public QMessageBox
+{
+  public:
+    using QMessageBox::QMessageBox;
+
+  protected:
+    void changeEvent(QEvent *event) override
+    {
+        QMessageBox::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange)
+            setIcon(icon());
+    }
+};
+
 QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 {
-    auto *const box = new QMessageBox(Foremost());
+    auto *const box = new Box(Foremost());
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle(Text(Str::ApplicationTitle));
@@ -61,8 +77,8 @@ QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 void KeepClearOfField(QMessageBox *box)
 {
     const QWidget *const window = box->parentWidget();
-    const auto *const field = window ? qobject_cast<const QLineEdit *>(window->focusWidget()) : nullptr;
-    if (!field)
+    const QWidget *const field = window ? window->focusWidget() : nullptr;
+    if (!qobject_cast<const QLineEdit *>(field) && !qobject_cast<const QComboBox *>(field))
         return;
     box->ensurePolished();
     box->adjustSize();

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QFile>
 #include <QIconEngine>
+#include <QImage>
 #include <QLoggingCategory>
 #include <QPainter>
 #include <QPalette>
@@ -154,15 +155,19 @@ class DrawnIconEngine final : public QIconEngine
         return result;
     }
 
-    // Fades the picture as a whole: where faded lines crossed, they would be darker.
+    // Grey first, or a faded red would still call for attention; and the picture as a whole, or faded lines
+    // would be darker where they cross.
     static QPixmap Faded(const QPixmap &picture)
     {
-        QPixmap result(picture.size());
-        result.fill(Qt::transparent);
-        QPainter painter(&result);
-        painter.setOpacity(disabledOpacity);
-        painter.drawPixmap(0, 0, picture);
-        return result;
+        QImage image = picture.toImage().convertToFormat(QImage::Format_ARGB32);
+        for (int y = 0; y < image.height(); ++y) {
+            auto *const line = reinterpret_cast<QRgb *>(image.scanLine(y));
+            std::transform(line, line + image.width(), line, [](QRgb colour) {
+                const int grey = qGray(colour);
+                return qRgba(grey, grey, grey, static_cast<int>(qAlpha(colour) * disabledOpacity));
+            });
+        }
+        return QPixmap::fromImage(image);
     }
 
     Kind kind_;
@@ -186,6 +191,12 @@ QIcon LoadIcon(Kind kind, QStringView name, const Colours &colours)
 }
 
 } // namespace
+
+QColor LampGreen(const QPalette &palette)
+{
+    return palette.color(QPalette::Base).lightness() < 128 ? QColor(0x3f, 0xd0, 0x6a)
+                                                           : QColor(0x1a, 0x9a, 0x42);
+}
 
 QPalette WithReadableHints(QPalette palette)
 {

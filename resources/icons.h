@@ -11,9 +11,12 @@ namespace px40 {
 /// The opaque colour on the way `from` one `to` another; `share` 0 to 1.
 QColor Mix(const QColor &from, const QColor &to, double share);
 
+/// Of a lamp that is on, as a line or a dot on the ground of `palette`.
+QColor LampGreen(const QPalette &palette);
+
 /// The drawn icon `name` (such as u"open") in the colours of `palette`: lines in its window-text colour,
 /// the accent in its highlight colour, both from the active group. Any size and device pixel ratio comes
-/// out sharp; the disabled look is a faded one and needs no second icon.
+/// out sharp; the disabled look is grey and faded and needs no second icon.
 ///
 /// An icon keeps the colours that it was made with: on QEvent::PaletteChange make it again. A name that
 /// does not exist gives an empty icon (isNull()) and a warning in the log. Needs a QGuiApplication.

@@ -1,3 +1,4 @@
+#include "resources/housestyle.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 #include "tools/scenes.h"
@@ -18,7 +19,6 @@ using namespace Qt::Literals::StringLiterals;
 
 void UseDarkColours()
 {
-    QApplication::setStyle(u"Fusion"_s);
     static constexpr std::pair<QPalette::ColorRole, QRgb> Colours[] = {
         {QPalette::Window, 0x2d2d30},
         {QPalette::WindowText, 0xe1e1e1},
@@ -101,6 +101,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "The folder \"%s\" cannot be made.\n", qPrintable(folder));
         return 1;
     }
+    QApplication::setStyle(new HouseStyle);
     if (parser.isSet(dark))
         UseDarkColours();
 

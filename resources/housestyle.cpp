@@ -1,0 +1,257 @@
+#include "resources/housestyle.h"
+
+#include "resources/icons.h"
+
+#include <QPainter>
+#include <QStyleFactory>
+#include <QStyleOption>
+
+#include <array>
+
+namespace px40 {
+
+namespace {
+
+constexpr double InactiveInk = 0.65; // share of the ink in the title of a window that is not active
+constexpr double FrameInk = 0.45;    // share of the ink in the frame of a box on a dark ground
+constexpr double WindowInk = 0.35;   // the same in the frame of a window
+constexpr double UnderTitle = 2;     // height of the line below an active title
+constexpr int TitleMargin = 6;
+constexpr double GlyphSide = 9;
+constexpr int MostFramed = 64; // palettes; the widgets of the program share a few
+
+bool IsDark(const QPalette &palette)
+{
+    return palette.color(QPalette::Window).lightness() < 128;
+}
+
+QColor Ink(const QPalette &palette, double share)
+{
+    return Mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), share);
+}
+
+enum class Glyph { Minimise, Maximise, Restore, Close };
+
+void DrawGlyph(QPainter &painter, const QRect &room, Glyph glyph)
+{
+    QRectF box(0, 0, GlyphSide, GlyphSide);
+    box.moveCenter(QRectF(room).center());
+    box.moveTopLeft(QPointF(box.topLeft().toPoint()) + QPointF(0.5, 0.5));
+    const QRectF inner = box.adjusted(0, 2, -2, 0);
+    switch (glyph) {
+    case Glyph::Minimise:
+        painter.drawLine(box.bottomLeft(), box.bottomRight());
+        break;
+    case Glyph::Maximise:
+        painter.drawRect(box);
+        break;
+    case Glyph::Restore:
+        painter.drawRect(inner);
+        painter.drawPolyline(std::array{inner.topLeft() + QPointF(2, 0), box.topLeft() + QPointF(2, 0),
+                                        box.topRight(), inner.bottomRight() + QPointF(2, -2),
+                                        inner.bottomRight() + QPointF(0, -2)}
+                                 .data(),
+                             5);
+        break;
+    case Glyph::Close:
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.drawLine(box.topLeft(), box.bottomRight());
+        painter.drawLine(box.topRight(), box.bottomLeft());
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        break;
+    }
+}
+
+struct WindowButton
+{
+    QStyle::SubControl inTitleBar;
+    QStyle::SubControl inMenuBar;
+    Glyph glyph;
+};
+
+constexpr WindowButton WindowButtons[] = {
+    {QStyle::SC_TitleBarMinButton, QStyle::SC_MdiMinButton, Glyph::Minimise},
+    {QStyle::SC_TitleBarMaxButton, QStyle::SC_None, Glyph::Maximise},
+    {QStyle::SC_TitleBarNormalButton, QStyle::SC_MdiNormalButton, Glyph::Restore},
+    {QStyle::SC_TitleBarCloseButton, QStyle::SC_MdiCloseButton, Glyph::Close},
+};
+
+bool Has(const QStyleOptionTitleBar &bar, QStyle::SubControl button)
+{
+    const bool minimised = (bar.titleBarState & Qt::WindowMinimized) != 0;
+    const bool maximised = (bar.titleBarState & Qt::WindowMaximized) != 0;
+    const auto may = [&bar](Qt::WindowType hint) { return bar.titleBarFlags.testFlag(hint); };
+    switch (button) {
+    case QStyle::SC_TitleBarMinButton:
+        return may(Qt::WindowMinimizeButtonHint) && !minimised;
+    case QStyle::SC_TitleBarMaxButton:
+        return may(Qt::WindowMaximizeButtonHint) && !maximised;
+    case QStyle::SC_TitleBarNormalButton:
+        return (may(Qt::WindowMinimizeButtonHint) && minimised) ||
+               (may(Qt::WindowMaximizeButtonHint) && maximised);
+    default:
+        return may(Qt::WindowSystemMenuHint);
+    }
+}
+
+} // namespace
+
+HouseStyle::HouseStyle(const QString &base)
+    : QProxyStyle(base.isEmpty() ? nullptr : QStyleFactory::create(base)),
+      ownLook_(baseStyle()->name().compare(u"fusion", Qt::CaseInsensitive) == 0)
+{
+}
+
+void HouseStyle::polish(QPalette &palette)
+{
+    QProxyStyle::polish(palette);
+    palette = WithReadableHints(palette);
+}
+
+QIcon HouseStyle::standardIcon(StandardPixmap icon, const QStyleOption *option, const QWidget *widget) const
+{
+    const QPalette palette = widget ? widget->palette() : QPalette();
+    switch (icon) {
+    case SP_MessageBoxWarning:
+        return MakeIcon(u"warning", palette);
+    case SP_MessageBoxQuestion:
+        return MakeIcon(u"question", palette);
+    default:
+        return QProxyStyle::standardIcon(icon, option, widget);
+    }
+}
+
+int HouseStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    if (metric == PM_MessageBoxIconSize)
+        return 48; // as large as the tool bar's lines are drawn well
+    return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+/// The style draws frames in a shade of the window's colour, which is not seen on a dark one: a palette with
+/// a window colour of which that shade is.
+const QPalette &HouseStyle::WithFrames(const QPalette &palette) const
+{
+    auto known = framed_.constFind(palette.cacheKey());
+    if (known == framed_.constEnd()) {
+        if (framed_.size() >= MostFramed)
+            framed_.clear();
+        constexpr double Darkened = 1.45; // by 1.4 or 1.5, depending on what is drawn
+        QPalette made = palette;
+        for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+            QPalette one = palette;
+            one.setCurrentColorGroup(group);
+            const QColor frame = Ink(one, group == QPalette::Disabled ? FrameInk / 2 : FrameInk);
+            made.setColor(group, QPalette::Window, frame.lighter(static_cast<int>(100 * Darkened)));
+        }
+        known = framed_.insert(palette.cacheKey(), made);
+    }
+    return *known;
+}
+
+template <typename Option>
+void HouseStyle::DrawFramed(PrimitiveElement element, Option option, QPainter *painter,
+                            const QWidget *widget) const
+{
+    if (IsDark(option.palette))
+        option.palette = WithFrames(option.palette);
+    QProxyStyle::drawPrimitive(element, &option, painter, widget);
+}
+
+void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                               const QWidget *widget) const
+{
+    if (!ownLook_)
+        return QProxyStyle::drawPrimitive(element, option, painter, widget);
+    switch (element) {
+    case PE_FrameWindow: // of a window in a workspace
+        painter->setPen(Ink(option->palette, WindowInk));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        return;
+    case PE_FrameLineEdit:
+        if (const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option))
+            return DrawFramed(element, *frame, painter, widget);
+        break;
+    case PE_IndicatorRadioButton:
+    case PE_IndicatorCheckBox:
+        if (const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(option))
+            return DrawFramed(element, *button, painter, widget);
+        break;
+    case PE_FrameGroupBox:
+        painter->setPen(Ink(option->palette, IsDark(option->palette) ? 0.25 : 0.18));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        return;
+    default:
+        break;
+    }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void HouseStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
+                                    QPainter *painter, const QWidget *widget) const
+{
+    if (ownLook_ && control == CC_TitleBar) {
+        if (const auto *const bar = qstyleoption_cast<const QStyleOptionTitleBar *>(option))
+            return DrawTitleBar(*bar, *painter, widget);
+    }
+    if (ownLook_ && control == CC_MdiControls)
+        return DrawWindowButtons(*option, *painter, widget);
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+void HouseStyle::DrawTitleBar(const QStyleOptionTitleBar &bar, QPainter &painter, const QWidget *widget) const
+{
+    const bool active = (bar.titleBarState & State_Active) != 0;
+    const QPalette &palette = bar.palette;
+    painter.save();
+    painter.fillRect(bar.rect, palette.color(QPalette::Window));
+    const QRect whole = bar.rect;
+    painter.setPen(Ink(palette, WindowInk));
+    painter.drawPolyline(
+        std::array{whole.bottomLeft(), whole.topLeft(), whole.topRight(), whole.bottomRight()}.data(), 4);
+    if (active)
+        painter.fillRect(QRectF(whole.left(), whole.bottom() + 1 - UnderTitle, whole.width(), UnderTitle),
+                         palette.color(QPalette::Highlight));
+
+    const QRect menu = subControlRect(CC_TitleBar, &bar, SC_TitleBarSysMenu, widget);
+    if (!bar.icon.isNull() && bar.titleBarFlags.testFlag(Qt::WindowSystemMenuHint)) {
+        QRect icon(QPoint(), QSize(1, 1) * pixelMetric(PM_SmallIconSize, &bar, widget));
+        icon.moveCenter(menu.center());
+        bar.icon.paint(&painter, icon);
+    }
+    QFont font = painter.font();
+    font.setWeight(QFont::DemiBold);
+    painter.setFont(font);
+    painter.setPen(Ink(palette, active ? 1 : InactiveInk));
+    const QRect room =
+        subControlRect(CC_TitleBar, &bar, SC_TitleBarLabel, widget).adjusted(TitleMargin, 0, -TitleMargin, 0);
+    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(bar.text, Qt::ElideRight, room.width()));
+    DrawWindowButtons(bar, painter, widget);
+    painter.restore();
+}
+
+/// Of a title bar, or of a maximised window in the menu bar.
+void HouseStyle::DrawWindowButtons(const QStyleOptionComplex &option, QPainter &painter,
+                                   const QWidget *widget) const
+{
+    const auto *const bar = qstyleoption_cast<const QStyleOptionTitleBar *>(&option);
+    for (const WindowButton &button : WindowButtons) {
+        const SubControl which = bar ? button.inTitleBar : button.inMenuBar;
+        if (which == SC_None || (bar ? !Has(*bar, which) : !option.subControls.testFlag(which)))
+            continue;
+        const QRect room = subControlRect(bar ? CC_TitleBar : CC_MdiControls, &option, which, widget);
+        const bool pointed = option.activeSubControls.testFlag(which);
+        const bool pressed = pointed && option.state.testFlag(State_Sunken);
+        if (pressed || (pointed && option.state.testFlag(State_MouseOver)))
+            painter.fillRect(room, Ink(option.palette, pressed ? 0.25 : 0.12));
+        const bool faint = bar && (bar->titleBarState & State_Active) == 0;
+        painter.setPen(QPen(Ink(option.palette, faint ? InactiveInk : 1), 1));
+        painter.setBrush(Qt::NoBrush);
+        DrawGlyph(painter, room, button.glyph);
+    }
+}
+
+} // namespace px40
