@@ -58,6 +58,10 @@ frmMain::frmMain(Services &services)
     setWindowTitle(Text(Str::ApplicationTitle) +
                    (services.simulated ? Text(Str::DemoTitleSuffix) : QString()));
     setCentralWidget(workspace_);
+    for (const auto &[command, purpose] :
+         {std::pair{Command::RealtimeNew, Str::StartRealtime},
+          std::pair{Command::DataMemory, Str::StartMemory}, std::pair{Command::FileOpen, Str::StartOpen}})
+        workspace_->Offer(actions_->Item(command), Text(purpose));
     setAcceptDrops(true);
     setStatusBar(statusBar_);
     ConnectAll();

@@ -7,10 +7,12 @@ class QLabel;
 namespace px40 {
 
 class ElidedLabel;
+class PortDot;
 struct Services;
 
 /// The status bar of the main window: messages ("Msg"), beside them the summary of the selected rows ("Sel"),
-/// so that neither takes the other away, and the port ("Port").
+/// so that neither takes the other away, and the port ("Port"), which
+/// begins with a dot in the colour of its state.
 class StatusBar : public QStatusBar
 {
     Q_OBJECT
@@ -29,6 +31,7 @@ class StatusBar : public QStatusBar
     Services *services_;
     ElidedLabel *message_;
     ElidedLabel *selection_;
+    PortDot *dot_;
     QLabel *port_;
 };
 

@@ -1,18 +1,96 @@
 #include "app/workspace.h"
 
-#include "resources/strings.h"
+#include "resources/icons.h"
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QMdiSubWindow>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QStyleOption>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
 namespace px40 {
 
-Workspace::Workspace(QWidget *parent) : QMdiArea(parent)
+namespace {
+
+/// Darker than the windows in it.
+QColor Ground(const QPalette &palette)
 {
+    const QColor window = palette.color(QPalette::Window);
+    return window.lightness() < 128 ? Mix(window, Qt::black, 0.45) : window.darker(112);
+}
+
+/// A row of icon, text and shortcut that runs a command.
+class CommandLink : public QAbstractButton
+{
+  public:
+    CommandLink(QAction *command, const QString &purpose, QWidget *parent)
+        : QAbstractButton(parent), command_(command)
+    {
+        setText(purpose);
+        setIconSize(QSize(24, 24));
+        setCursor(Qt::PointingHandCursor);
+        setAttribute(Qt::WA_Hover);
+        connect(this, &QAbstractButton::clicked, command, &QAction::trigger);
+        connect(command, &QAction::changed, this, &CommandLink::Follow);
+        Follow();
+    }
+
+    QSize sizeHint() const override
+    {
+        const int texts = fontMetrics().horizontalAdvance(text()) + fontMetrics().horizontalAdvance(Keys());
+        return {iconSize().width() + texts + 2 * Margin + 4 * Gap, iconSize().height() + Margin};
+    }
+
+  protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        const QColor ground = Ground(palette());
+        const QColor ink = palette().color(QPalette::WindowText);
+        if (isEnabled() && underMouse())
+            painter.fillRect(rect(), Mix(ground, ink, isDown() ? 0.18 : 0.08));
+        if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
+            painter.setPen(palette().color(QPalette::Highlight));
+            painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        }
+        QRect room = rect().adjusted(Margin, 0, -Margin, 0);
+        const QIcon::Mode mode = isEnabled() ? QIcon::Normal : QIcon::Disabled;
+        icon().paint(&painter, QRect(room.topLeft(), QSize(iconSize().width(), height())), Qt::AlignCenter,
+                     mode);
+        room.setLeft(room.left() + iconSize().width() + Gap);
+        painter.setPen(ink);
+        painter.drawText(room, Qt::AlignRight | Qt::AlignVCenter, Keys());
+        room.setRight(room.right() - fontMetrics().horizontalAdvance(Keys()) - Gap);
+        painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
+                         fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+    }
+
+  private:
+    static constexpr int Margin = 12;
+    static constexpr int Gap = 12;
+
+    QString Keys() const { return command_->shortcut().toString(QKeySequence::NativeText); }
+
+    void Follow()
+    {
+        setIcon(command_->icon());
+        setEnabled(command_->isEnabled());
+    }
+
+    QAction *command_;
+};
+
+} // namespace
+
+Workspace::Workspace(QWidget *parent)
+    : QMdiArea(parent), offers_(new QWidget(viewport())), offerRows_(new QVBoxLayout(offers_))
+{
+    offerRows_->setSpacing(4);
     setObjectName(QStringLiteral("workspace"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -70,17 +148,38 @@ void Workspace::ReturnFocus()
     activeBefore_->setFocus();
 }
 
+void Workspace::Offer(QAction *command, const QString &purpose)
+{
+    offerRows_->addWidget(new CommandLink(command, purpose, offers_));
+}
+
+/// In the middle, while there is no data window.
+void Workspace::ShowOffers()
+{
+    QRect room(QPoint(), offers_->sizeHint().boundedTo(viewport()->size()));
+    room.moveCenter(viewport()->rect().center());
+    offers_->setGeometry(room);
+    offers_->lower();
+    offers_->setVisible(subWindowList().isEmpty());
+}
+
+void Workspace::resizeEvent(QResizeEvent *event)
+{
+    QMdiArea::resizeEvent(event);
+    ShowOffers();
+}
+
+bool Workspace::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ChildAdded || event->type() == QEvent::ChildRemoved)
+        QMetaObject::invokeMethod(this, &Workspace::ShowOffers, Qt::QueuedConnection);
+    return QMdiArea::viewportEvent(event);
+}
+
 void Workspace::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    painter.fillRect(event->rect(), palette().window().color().darker(112));
-    if (!subWindowList().isEmpty())
-        return;
-    QColor ink = palette().windowText().color();
-    ink.setAlphaF(0.7F);
-    painter.setPen(ink);
-    const QRect area = viewport()->rect().adjusted(40, 40, -40, -40);
-    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, Text(Str::EmptyWorkspace));
+    painter.fillRect(event->rect(), Ground(palette()));
 }
 
 } // namespace px40

@@ -4,17 +4,22 @@
 #include <QMdiSubWindow>
 #include <QPointer>
 
+class QAction;
 class QPaintEvent;
+class QVBoxLayout;
 
 namespace px40 {
 
-/// The area of the data windows; while there is none it says how to get one.
+/// The area of the data windows; while there is none it offers the ways to get one.
 class Workspace : public QMdiArea
 {
     Q_OBJECT
 
   public:
     explicit Workspace(QWidget *parent = nullptr);
+
+    /// Adds a row to what an empty workspace offers: the command's icon, what it is for, and its shortcut.
+    void Offer(QAction *command, const QString &purpose);
 
     /// Gives a data window that was just added its first place: cascaded after those that are there, most
     /// of the workspace wide and high, never beyond it, and so large that it shows what it holds if there
@@ -31,12 +36,17 @@ class Workspace : public QMdiArea
     void ReturnFocusSoon();
 
   protected:
+    void resizeEvent(QResizeEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
   private:
     void ReturnFocus();
+    void ShowOffers();
 
     QPointer<QMdiSubWindow> activeBefore_;
+    QWidget *offers_;
+    QVBoxLayout *offerRows_;
     bool enabled_ = true;
 };
 
