@@ -24,13 +24,20 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QToolBar>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace px40 {
 
 namespace {
+
+// Of the smallest workspace, in letters and lines.
+constexpr int LeastColumns = 60;
+constexpr int LeastLines = 19;
 
 QStringList LocalFiles(const QMimeData *mime)
 {
@@ -70,12 +77,24 @@ frmMain::frmMain(Services &services)
     actions_->Item(Command::ViewToolbar)->setChecked(true);
     actions_->Item(Command::ViewStatusbar)->setChecked(true);
 
+    SetLeastSize();
     const auto pixels = [this](double twips) { return TwipsToPixels(twips, logicalDpiX()); };
     const QRect usual(pixels(1000), pixels(1000), pixels(10000), pixels(6500));
     RestoreGeometry(*this, QStringLiteral("Main"), usual, services.store);
     const QString state = services.store.Get(QStringLiteral("Settings"), QStringLiteral("MainState"));
     if (state.toInt() == WindowShape::Maximised)
         setWindowState(Qt::WindowMaximized);
+}
+
+/// So that nothing on the bars is cut, and a data window can be seen as a whole.
+void frmMain::SetLeastSize()
+{
+    workspace_->setMinimumSize(LeastColumns * fontMetrics().averageCharWidth(),
+                               LeastLines * fontMetrics().lineSpacing());
+    const int bars = actions_->MainBar()->sizeHint().width() + actions_->SubBar()->sizeHint().width();
+    constexpr int MaximisedButtons = 110; // and the icon of a maximised data window, in the menu bar
+    setMinimumWidth(std::max(menuBar()->sizeHint().width() + MaximisedButtons, bars));
+    setMinimumSize(minimumSize().expandedTo(minimumSizeHint()));
 }
 
 void frmMain::ConnectAll()

@@ -58,6 +58,7 @@ class frmMain : public QMainWindow, private MainViews
 
   private:
     void ConnectAll();
+    void SetLeastSize();
     void ShowSelection();
     void ShowLiveWindows();
     void OnWindowActivated();

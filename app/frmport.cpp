@@ -176,8 +176,11 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     const QString chosen = dialog->cbPort_->currentText();
     services->comm.SetPortNumber(chosen.toInt());
     const Result<> opened = services->comm.OpenPort();
-    if (!opened)
+    if (!opened) {
+        if (dialog->cbDevice_)
+            dialog->cbDevice_->setFocus(); // a box is placed clear of the field that has the focus
         co_await services->prompts.Warn(opened.error().text);
+    }
     if (opened && services->ports.Keeps()) // --demo does not change the saved port
         services->settings.PortNumberText = chosen;
     if (!dialog)

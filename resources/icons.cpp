@@ -203,10 +203,10 @@ QPalette WithReadableHints(QPalette palette)
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         const QColor ground = palette.color(group, QPalette::Window);
         const QColor hint = palette.color(group, QPalette::PlaceholderText);
-        constexpr double leastHintContrast = 2;
+        constexpr double leastHintContrast = 4.5;
         if (Contrast(Mix(ground, hint, hint.alphaF()), ground) < leastHintContrast)
             palette.setColor(group, QPalette::PlaceholderText,
-                             Mix(palette.color(group, QPalette::WindowText), ground, 0.4));
+                             Mix(palette.color(group, QPalette::WindowText), ground, 0.35));
     }
     return palette;
 }

@@ -214,7 +214,7 @@ class WindowTest : public QObject
         QCOMPARE(program.window->x(), TwipsToPixels(1000, inch)); // never moved
         QCOMPARE(program.window->height(), TwipsToPixels(6500, inch));
         store.Save(u"Settings"_qs, u"MainState"_qs, QString::number(before == Qt::WindowMaximized ? 2 : 0));
-        const QRect place(30, 60, 420, 330);
+        const QRect place(30, 60, 640, 430);
         program.window->setGeometry(place);
         program.window->setWindowState(state);
         program.window->close();

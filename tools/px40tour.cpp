@@ -1,14 +1,16 @@
 #include "resources/housestyle.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
+#include "tools/colours.h"
+#include "tools/golden.h"
 #include "tools/scenes.h"
 #include "tools/stage.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFontInfo>
 #include <QLoggingCategory>
-#include <QPalette>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -17,32 +19,7 @@ namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
-void UseDarkColours()
-{
-    static constexpr std::pair<QPalette::ColorRole, QRgb> Colours[] = {
-        {QPalette::Window, 0x2d2d30},
-        {QPalette::WindowText, 0xe1e1e1},
-        {QPalette::Base, 0x1e1e20},
-        {QPalette::AlternateBase, 0x262629},
-        {QPalette::ToolTipBase, 0x2d2d30},
-        {QPalette::ToolTipText, 0xe1e1e1},
-        {QPalette::PlaceholderText, 0x9b9b9b},
-        {QPalette::Text, 0xe1e1e1},
-        {QPalette::Button, 0x38383c},
-        {QPalette::ButtonText, 0xe1e1e1},
-        {QPalette::BrightText, 0xffffff},
-        {QPalette::Link, 0x5aaafa},
-        {QPalette::Highlight, 0x3278c8},
-        {QPalette::HighlightedText, 0xffffff},
-    };
-    QPalette palette(QColor(0x2d, 0x2d, 0x30));
-    for (const auto &[role, colour] : Colours)
-        palette.setColor(role, QColor(colour));
-    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, QColor(127, 127, 127));
-    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 80));
-    QApplication::setPalette(palette);
-}
+const QString GoldenFont = u"DejaVu Sans"_s;
 
 /// The user's own folder, for as long as the tour takes: what the file dialogs show is the same everywhere,
 /// and nothing of the person who runs this is seen or touched.
@@ -58,11 +35,33 @@ void MoveHome(const QTemporaryDir &folder)
 void Tour(px40::Camera &camera)
 {
     using namespace px40;
-    for (const auto scene :
-         {FirstStart, MainWindow, Graph, Files, Measure, Source, Runs, ForwardReadings, ForwardRuns}) {
+    for (const auto scene : {FirstStart, MainWindow, Graph, Files, Measure, Source, Runs, ForwardReadings,
+                             ForwardRuns, OtherColours}) {
         Stage stage(camera, scene == FirstStart ? Program::Port::Unassigned : Program::Port::Simulated);
         scene(stage);
     }
+}
+
+/// Returns the program's exit code.
+int Compare(const QString &golden, const QString &taken, bool renew)
+{
+    using namespace px40;
+    const double density = qApp->devicePixelRatio();
+    if (renew) {
+        RenewGolden(golden, taken, density);
+        return 0;
+    }
+    // With other letters everything has another width.
+    const QString family = QFontInfo(QApplication::font()).family();
+    if (family != GoldenFont) {
+        std::printf("Not compared: the small pictures are meant for %s, and this is %s.\n",
+                    qPrintable(GoldenFont), qPrintable(family));
+        return 0;
+    }
+    const QStringList differences = Differences(golden, taken, density);
+    for (const QString &one : differences)
+        std::fprintf(stderr, "%s\n", qPrintable(one));
+    return differences.isEmpty() ? 0 : 1;
 }
 
 } // namespace
@@ -89,6 +88,11 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const QCommandLineOption dark(u"dark"_s, u"Use a dark palette."_s);
     parser.addOption(dark);
+    const QCommandLineOption compare(
+        u"compare"_s, u"Compare the pictures with the small ones of the same names in GOLDEN."_s,
+        u"GOLDEN"_s);
+    const QCommandLineOption renew(u"renew"_s, u"Make those in GOLDEN anew instead."_s);
+    parser.addOptions({compare, renew});
     parser.addPositionalArgument(u"FOLDER"_s, u"Where the pictures are written; made if need be."_s);
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
@@ -103,7 +107,7 @@ int main(int argc, char *argv[])
     }
     QApplication::setStyle(new HouseStyle);
     if (parser.isSet(dark))
-        UseDarkColours();
+        QApplication::setPalette(DarkColours());
 
     Camera camera(folder);
     try {
@@ -113,5 +117,5 @@ int main(int argc, char *argv[])
         return 1;
     }
     std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
-    return 0;
+    return parser.isSet(compare) ? Compare(parser.value(compare), folder, parser.isSet(renew)) : 0;
 }

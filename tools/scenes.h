@@ -16,6 +16,7 @@ void Source(Stage &stage);
 void Runs(Stage &stage);
 void ForwardReadings(Stage &stage);
 void ForwardRuns(Stage &stage);
+void OtherColours(Stage &stage);
 
 /// What several of them begin with: a finished download in a roomy window, which nothing covers.
 void StartWithReadings(Stage &stage);

@@ -1,6 +1,7 @@
 // The start, the main window, downloads in all their ways and the windows that show them, the end.
 
 #include "document/frmdata.h"
+#include "tools/colours.h"
 #include "tools/scenes.h"
 #include "tools/stage.h"
 
@@ -91,6 +92,10 @@ void Downloads(Stage &stage)
 {
     Download(stage);
     stage.Take("08c-download-finished-small");
+    stage.Data()->showMaximized();
+    stage.window->resize(stage.window->minimumSize());
+    stage.Take("08d-download-finished-smallest");
+    stage.Data()->showNormal();
     DiscardData(stage);
     stage.window->resize(RoomyWindow);
     BeginDownload(stage);
@@ -201,6 +206,31 @@ void MainWindow(Stage &stage)
     for (const auto scene :
          {Menus, CancelledDownload, Downloads, DataWindows, SilentInstrument, Unplugged, Leaving})
         scene(stage);
+}
+
+/// The desktop changes its colours while the program runs.
+void OtherColours(Stage &stage)
+{
+    const QPalette before = QApplication::palette();
+    const bool dark = before.color(QPalette::Window).lightness() < 128;
+    StartWithReadings(stage);
+    stage.Choose("mnuViewMoniter");
+    stage.Choose("Source");
+    stage.Second();
+    stage.Moniter()->move(FarRight);
+    stage.Source()->move(FarRight + QPoint(0, 320));
+    stage.Set("SO1");
+    QApplication::setPalette(dark ? LightColours() : DarkColours());
+    stage.Idle();
+    stage.TakeAll("31a-other-colours");
+    stage.Choose("mnuFileClose");
+    stage.Take("31b-other-colours-question", {stage.Box()});
+    QApplication::setPalette(before);
+    QCoreApplication::processEvents();
+    stage.Take("31c-colours-again-question", {stage.Box()});
+    stage.Answer(u"No"_s);
+    stage.Idle();
+    stage.TakeAll("31d-colours-again");
 }
 
 void StartWithReadings(Stage &stage)

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace px40 {
+
+// Small pictures of the program as it is meant to look. Each is named as the picture of the tour that it was
+// made from.
+
+/// What has come to look different: for each small picture in the folder `golden`, the one of that name in
+/// `taken` is made as small and compared. `density`: device pixels to a pixel in the pictures taken.
+///
+/// What differs by a pixel here and there is the same, so that another version of a font's renderer passes,
+/// but not what has moved, changed its colour or gone.
+QStringList Differences(const QString &golden, const QString &taken, double density);
+
+/// Makes the small pictures anew from those taken.
+void RenewGolden(const QString &golden, const QString &taken, double density);
+
+} // namespace px40
