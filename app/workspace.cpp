@@ -90,6 +90,7 @@ class CommandLink : public QAbstractButton
 Workspace::Workspace(QWidget *parent)
     : QMdiArea(parent), offers_(new QWidget(viewport())), offerRows_(new QVBoxLayout(offers_))
 {
+    offers_->setObjectName(QStringLiteral("offers"));
     offerRows_->setSpacing(4);
     setObjectName(QStringLiteral("workspace"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);

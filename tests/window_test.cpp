@@ -225,6 +225,18 @@ class WindowTest : public QObject
         QCOMPARE(again.windowState(), Qt::WindowStates(after));
     }
 
+    void EmptyWorkspaceOffersCommands()
+    {
+        StartedProgram program;
+        const auto *const offers = program.Find<QWidget>("offers");
+        QVERIFY(offers->isVisible());
+        offers->findChild<QAbstractButton *>()->click();
+        QCOMPARE(program.DataWindows().size(), 1);
+        QTRY_VERIFY(!offers->isVisible());
+        program.DataWindows().first()->close();
+        QTRY_VERIFY(offers->isVisible());
+    }
+
     void UnsavedWindowsAsk()
     {
         using Case = std::tuple<bool, Answer, bool>;
