@@ -25,10 +25,20 @@ int NextNewNumber(int last)
 
 DataSet::DataSet(DocumentShared &shared)
     : shared_(&shared), table_(shared.MemoryNumbers),
-      graph_(readings_.series, {[this](qint32 sample) { return table_.Cell(sample, 1); },
-                                [this](qint32 sample) { return table_.SampleText(sample); },
-                                [this] { return table_.CommonMode(); }})
+      graph_(readings_.series,
+             {[this](qint32 sample) { return table_.Cell(sample, 1); },
+              [this](qint32 sample) { return table_.SampleText(sample); },
+              [this](qint32 sample) { return SecondOfDay(sample); }, [this] { return table_.CommonMode(); }})
 {
+}
+
+/// Only a run's rows have a time.
+std::optional<int> DataSet::SecondOfDay(qint32 sample) const
+{
+    const QTime time = kind_ == KindRealtime
+                           ? QTime::fromString(table_.Cell(sample, 1), QStringLiteral("hh:mm:ss"))
+                           : QTime();
+    return time.isValid() ? std::optional(time.msecsSinceStartOfDay() / 1000) : std::nullopt;
 }
 
 void DataSet::SetKind(int kind)

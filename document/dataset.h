@@ -133,6 +133,7 @@ class DataSet : public QObject
     void progressChanged();
 
   private:
+    std::optional<int> SecondOfDay(qint32 sample) const;
     void SetPanel(Panel panel, const QString &text);
     void SetSaved(bool saved);
     QString ExtremeText(qint32 sample, bool number) const;

@@ -3,7 +3,6 @@
 #include "resources/strings.h"
 
 #include <QPaintEvent>
-#include <QToolTip>
 
 #include <algorithm>
 #include <cmath>
@@ -13,14 +12,6 @@ namespace px40 {
 namespace {
 
 constexpr double HoverRadius = 4;
-
-/// A reading may hold any characters; a tool tip takes some of them for markup.
-QString AsToolTip(const QString &text)
-{
-    if (!Qt::mightBeRichText(text))
-        return text;
-    return text.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>"));
-}
 
 } // namespace
 
@@ -34,6 +25,7 @@ Chart::Chart(GraphModel *model, QWidget *parent) : GraphPlot(model, parent)
     look_ = GraphStyle::ForPalette(palette(), isEnabled());
     SetStyle(look_);
     connect(model, &GraphModel::changed, this, &Chart::MarkDirty);
+    connect(model, &GraphModel::begun, this, &Chart::ForgetMargin);
     connect(model, &GraphModel::begun, this, &Chart::ZoomBack);
     connect(model, &QObject::destroyed, this, &Chart::MarkDirty);
 }
@@ -79,6 +71,7 @@ void Chart::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.drawPixmap(0, 0, picture_);
     DrawHover(painter);
+    DrawHoverText(painter);
     painter.setRenderHint(QPainter::Antialiasing, false);
     DrawBand(painter);
     painter.setBrush(Qt::NoBrush);
@@ -135,10 +128,27 @@ void Chart::Hover()
         return;
     hovered_ = sample.value_or(0);
     update();
-    if (hovered_ > 0)
-        QToolTip::showText(mapToGlobal(*pointer_), AsToolTip(Model()->Texts().toolTip(hovered_)), this);
-    else
-        QToolTip::hideText();
+}
+
+QString Chart::HoverText() const
+{
+    const bool any = Model() && hovered_ > 0 && hovered_ <= Samples();
+    return any ? Model()->Texts().hover(hovered_).replace(u'\n', QStringLiteral("   ")) : QString();
+}
+
+/// Left of the legend where it fits, else in its place.
+void Chart::DrawHoverText(QPainter &painter) const
+{
+    const QString text = HoverText();
+    if (text.isEmpty())
+        return;
+    QRectF line = TopLine();
+    const QFontMetricsF metrics(font());
+    const QString shown = metrics.elidedText(text, Qt::ElideRight, line.width());
+    line.setWidth(metrics.horizontalAdvance(shown) + metrics.averageCharWidth());
+    painter.fillRect(line.adjusted(0, 0, 0, 1), look_.background);
+    painter.setPen(look_.text);
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
 }
 
 bool Chart::event(QEvent *event)
@@ -157,6 +167,7 @@ bool Chart::event(QEvent *event)
         SetStyle(look_);
         [[fallthrough]];
     case QEvent::FontChange:
+        ForgetMargin();
         MarkDirty();
         break;
     default:

@@ -12,10 +12,10 @@ namespace px40 {
 /// A graph on the screen. However many samples come in, it draws once for each time that the
 /// screen is painted, and not at all while it is hidden.
 ///
-/// The wheel and the keys Left, Right, PageUp, PageDown, Home and End move the view; the pointer shows the
-/// sample that is nearest to it. A drag zooms to the samples under it, as the keys + and - do around the
-/// middle; a double click or Escape goes back to what the model's settings say. A click on the legend
-/// hides a line.
+/// The wheel and the keys Left, Right, PageUp, PageDown, Home and End move the view; the sample that is
+/// nearest to the pointer is told in the line of the legend. A drag zooms to the samples under it, as the
+/// keys + and - do around the middle; a double click or Escape goes back to what the model's settings say. A
+/// click on the legend hides a line.
 class Chart : public GraphPlot
 {
     Q_OBJECT
@@ -29,6 +29,8 @@ class Chart : public GraphPlot
 
     /// Skips that many samples: by the model's scroll, or in the zoom while there is one.
     void ScrollTo(qint64 skipped);
+    /// What is told about the sample under the pointer, in one line; empty: nothing.
+    QString HoverText() const;
     /// The most that can be skipped.
     qint32 Furthest() const;
 
@@ -63,12 +65,13 @@ class Chart : public GraphPlot
     void StopDrag();
     void Hover();
     void DrawHover(QPainter &painter) const;
+    void DrawHoverText(QPainter &painter) const;
     void DrawBand(QPainter &painter) const;
 
     QPixmap picture_;
     GraphStyle look_;
     std::optional<QPoint> pointer_; ///< where the mouse is; nothing while it is elsewhere
-    qint32 hovered_ = 0;            ///< the sample that the tool tip is about; 0: none
+    qint32 hovered_ = 0;            ///< the sample under the pointer; 0: none
     int wheel_ = 0;                 ///< what has been turned towards the next notch, in eighths of a degree
     struct Drag
     {

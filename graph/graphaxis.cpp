@@ -12,6 +12,13 @@ constexpr double LabelGap = 8;            // between two labels
 constexpr double LeastTickGap = 3;        // where the user set the divisions
 constexpr double AutomaticTickGap = 4;    // where the program chooses them
 constexpr double LeastLabelDistance = 12; // from label to label, however short they are
+constexpr int LeastValueLabels = 2;
+
+constexpr int Minute = 60;
+constexpr int Hour = 60 * Minute;
+constexpr int RoundSeconds[] = {1,      2,          5,          10,          15,          30,
+                                Minute, 2 * Minute, 5 * Minute, 10 * Minute, 15 * Minute, 30 * Minute,
+                                Hour,   2 * Hour,   3 * Hour,   6 * Hour,    12 * Hour,   24 * Hour};
 
 /// The next step after `step` in the sequence 1, 2, 5, 10, 20, 50 ...
 qint64 NextStep(qint64 step)
@@ -64,19 +71,26 @@ QString StepNumber(double value, double step)
     return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, SureDigits));
 }
 
-/// The first number of the sequence 1, 1 + step, 1 + 2 step ... that is not below `first`.
-qint64 FirstInSequence(qint64 first, qint64 step)
+/// Samples that are `step` apart, one of which is `origin`.
+struct Sequence
 {
-    return (first - 1 + step - 1) / step * step + 1;
-}
+    qint64 step;
+    qint64 origin = 1;
 
-/// The samples that get a label at that step; nothing when two labels touch.
-std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 step,
+    /// The first one that is not below `sample`.
+    qint64 From(qint64 sample) const { return sample + ((origin - sample) % step + step) % step; }
+};
+
+/// The first sample from there on that may get a label; one behind the last for none.
+using NextSample = std::function<qint64(qint64)>;
+
+/// Those that get a label; nothing when two labels touch.
+std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, const NextSample &next,
                                           const std::function<double(qint32)> &labelWidth)
 {
     std::vector<qint32> samples;
     double taken = -place.reachLeft;
-    for (qint64 at = FirstInSequence(place.first, step); at <= place.last; at += step) {
+    for (qint64 at = next(place.first); at <= place.last; at = next(at + 1)) {
         const auto sample = static_cast<qint32>(at);
         const double x = place.X(sample);
         const double width = labelWidth(sample);
@@ -89,6 +103,61 @@ std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 ste
         taken = x + width / 2;
     }
     return samples;
+}
+
+/// The least step between ticks that can be told apart and that every label is on.
+qint64 AutomaticTickStep(const CategoryPlace &place, qint64 labelStep)
+{
+    qint64 step = StepFor(place.Width(), AutomaticTickGap);
+    while (step < labelStep && labelStep % step != 0)
+        step = NextStep(step);
+    return std::min(step, labelStep);
+}
+
+void AddTicks(CategoryTicks *chosen, const CategoryPlace &place, const Sequence &sequence)
+{
+    const qint64 end = qint64(place.first) + place.count;
+    for (qint64 at = sequence.From(place.first); at < end; at += sequence.step)
+        chosen->ticks.push_back(static_cast<qint32>(at));
+}
+
+/// The first sample from `from` on whose time is round. `interval`: of the samples, in seconds, where they
+/// are evenly apart; where they are not, a sample may be missed.
+qint64 NextRound(const CategoryPlace &place, qint64 from, int round, int interval,
+                 const std::function<std::optional<int>(qint32)> &second)
+{
+    constexpr int MostLooks = 64; // in vain: round times lie between the samples
+    for (int look = 0; look < MostLooks && from <= place.last; ++look) {
+        const std::optional<int> taken = second(static_cast<qint32>(from));
+        if (taken && *taken % round == 0)
+            return from;
+        from += taken ? std::max(1, (round - *taken % round) / interval) : 1;
+    }
+    return qint64(place.last) + 1;
+}
+
+/// With a label at every multiple of a round step of at least that share of the range.
+ValueTicks ValueTicksOf(const ValueRange &range, double length, double share)
+{
+    ValueTicks ticks;
+    const double span = range.maximum - range.minimum;
+    const double step = NiceStep(span * share);
+    const bool stepIsTwo = std::round(step / std::pow(10.0, std::floor(std::log10(step) + 1e-6))) == 2;
+    const int parts = stepIsTwo ? 4 : 5;
+    const double part = step / parts;
+    const bool showMinor = part / span * length >= AutomaticTickGap;
+    const auto from = static_cast<qint64>(std::ceil(range.minimum / part - 1e-6));
+    const auto to = static_cast<qint64>(std::floor(range.maximum / part + 1e-6));
+    for (qint64 k = from; k <= to; ++k) {
+        const double value = static_cast<double>(k) * part;
+        if (k % parts == 0) {
+            ticks.labelled.push_back(value);
+            ticks.labels.push_back(StepNumber(value, step));
+        } else if (showMinor) {
+            ticks.plain.push_back(value);
+        }
+    }
+    return ticks;
 }
 
 } // namespace
@@ -151,9 +220,10 @@ ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, doubl
     const auto value = [&](double division) {
         return range.minimum + division * (range.maximum - range.minimum) / major;
     };
-    for (qint64 k = 0; k <= major; k += tickStep) {
+    const bool onlyOne = labelStep > major; // label: the maximum gets the second one
+    for (qint64 k = 0; k <= major; k += onlyOne ? major : tickStep) {
         const double at = value(static_cast<double>(k));
-        if (k % labelStep == 0) {
+        if (k % labelStep == 0 || onlyOne) {
             ticks.labelled.push_back(at);
             ticks.labels.push_back(AxisNumber(at, format));
         } else {
@@ -169,24 +239,17 @@ ValueTicks CustomValueTicks(const ValueRange &range, int major, int minor, doubl
 
 ValueTicks AutomaticValueTicks(const ValueRange &range, double length, double labelHeight)
 {
-    ValueTicks ticks;
-    const double span = range.maximum - range.minimum;
     const double apart = std::max(labelHeight * 1.7, length / 8);
-    const double step = NiceStep(span * std::min(1.0, apart / std::max(1.0, length)));
-    const bool stepIsTwo = std::round(step / std::pow(10.0, std::floor(std::log10(step) + 1e-6))) == 2;
-    const int parts = stepIsTwo ? 4 : 5;
-    const double part = step / parts;
-    const bool showMinor = part / span * length >= AutomaticTickGap;
-    const auto from = static_cast<qint64>(std::ceil(range.minimum / part - 1e-6));
-    const auto to = static_cast<qint64>(std::floor(range.maximum / part + 1e-6));
-    for (qint64 k = from; k <= to; ++k) {
-        const double value = static_cast<double>(k) * part;
-        if (k % parts == 0) {
-            ticks.labelled.push_back(value);
-            ticks.labels.push_back(StepNumber(value, step));
-        } else if (showMinor) {
-            ticks.plain.push_back(value);
-        }
+    ValueTicks ticks = ValueTicksOf(range, length, std::min(1.0, apart / std::max(1.0, length)));
+    // On a short axis the round step may be so large that it has a single multiple in the range.
+    for (double share = 0.5; ticks.labels.size() < LeastValueLabels; share /= 2)
+        ticks = ValueTicksOf(range, length, share);
+    const auto gaps = static_cast<double>(ticks.labelled.size() - 1);
+    const double labelledPart =
+        (ticks.labelled.back() - ticks.labelled.front()) / (range.maximum - range.minimum);
+    if (labelledPart * length < gaps * labelHeight) { // they would touch: only the ends
+        ticks.labelled = {ticks.labelled.front(), ticks.labelled.back()};
+        ticks.labels = {ticks.labels.front(), ticks.labels.back()};
     }
     return ticks;
 }
@@ -219,26 +282,52 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
     const qint64 ticks = settings.xAuto ? 1 : std::max(1, settings.xTicks);
 
     qint64 multiple = StepFor(width * static_cast<double>(labels), LeastLabelDistance);
-    std::optional<std::vector<qint32>> labelled = Labels(place, labels * multiple, labelWidth);
+    const auto next = [&](qint64 from) { return Sequence{labels * multiple}.From(from); };
+    std::optional<std::vector<qint32>> labelled = Labels(place, next, labelWidth);
     while (!labelled) {
         multiple = NextStep(multiple);
-        labelled = Labels(place, labels * multiple, labelWidth);
+        labelled = Labels(place, next, labelWidth);
     }
     chosen.labelled = *labelled;
     const qint64 labelStep = labels * multiple;
 
     qint64 tickStep = ticks * StepFor(width * static_cast<double>(ticks), LeastTickGap);
     if (settings.xAuto) { // every label has a tick
-        tickStep = StepFor(width, AutomaticTickGap);
-        while (tickStep < labelStep && labelStep % tickStep != 0)
-            tickStep = NextStep(tickStep);
-        tickStep = std::min(tickStep, labelStep);
+        tickStep = AutomaticTickStep(place, labelStep);
     }
     chosen.labelsHaveTicks = labelStep % tickStep == 0;
-    const qint64 end = qint64(place.first) + place.count;
-    for (qint64 at = FirstInSequence(place.first, tickStep); at < end; at += tickStep)
-        chosen.ticks.push_back(static_cast<qint32>(at));
+    AddTicks(&chosen, place, {tickStep});
     return chosen;
+}
+
+std::optional<CategoryTicks> ChooseRoundTimes(const CategoryPlace &place,
+                                              const std::function<double(qint32)> &labelWidth,
+                                              const std::function<std::optional<int>(qint32)> &second)
+{
+    if (!(place.plotWidth > 0) || place.last <= place.first)
+        return std::nullopt;
+    const std::optional<int> begin = second(place.first);
+    const std::optional<int> next = second(place.first + 1);
+    if (!begin || !next)
+        return std::nullopt;
+    const int interval = std::max(1, *next - *begin); // or midnight lies between them
+    for (const int round : RoundSeconds) {
+        const qint64 step = std::max(1, round / interval);
+        if (place.Width() * static_cast<double>(step) < LeastLabelDistance)
+            continue;
+        const auto nextRound = [&](qint64 from) { return NextRound(place, from, round, interval, second); };
+        const std::optional<std::vector<qint32>> labelled = Labels(place, nextRound, labelWidth);
+        if (!labelled || labelled->empty())
+            continue;
+        CategoryTicks chosen{*labelled, {}, true};
+        const Sequence ticks{AutomaticTickStep(place, step), labelled->front()};
+        if (std::all_of(labelled->begin(), labelled->end(), [&](qint32 at) { return ticks.From(at) == at; }))
+            AddTicks(&chosen, place, ticks);
+        else
+            chosen.ticks = *labelled;
+        return chosen;
+    }
+    return std::nullopt;
 }
 
 } // namespace px40

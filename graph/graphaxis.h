@@ -89,4 +89,11 @@ struct CategoryTicks
 CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
                                const std::function<double(qint32)> &labelWidth);
 
+/// The same with labels on round times: whole 1, 2, 5, 10, 15, 30 seconds, minutes, then hours. `second`: of
+/// the day at which a sample was taken. Nothing when no such label fits, or no sample was taken at such a
+/// time.
+std::optional<CategoryTicks> ChooseRoundTimes(const CategoryPlace &place,
+                                              const std::function<double(qint32)> &labelWidth,
+                                              const std::function<std::optional<int>(qint32)> &second);
+
 } // namespace px40

@@ -15,7 +15,10 @@ namespace {
 
 constexpr double LineLength = 1.8; // of the sample of a line, in heights of a line of text
 constexpr double NameGap = 6;      // between the sample and the name
-constexpr double Faint = 0.65;     // how much of the background is mixed into the entry of a hidden line
+constexpr double Faint = 0.45;     // how much of the background is mixed into the entry of a hidden line
+
+constexpr float InsideGround = 0.85F; // how much of the lines the ground of the legend hides
+constexpr double GroundMargin = 4;
 
 } // namespace
 
@@ -26,13 +29,18 @@ QString GraphPlot::NameOf(Drawing drawing)
                                      : Str::HeadingData);
 }
 
+QRectF GraphPlot::TopLine() const
+{
+    const QRectF plot = PlotRect();
+    const double top = legendInside_ ? plot.top() : Edge(font()) / 2.0;
+    return {plot.left(), top, plot.width(), QFontMetricsF(font()).height()};
+}
+
 std::vector<GraphPlot::LegendEntry> GraphPlot::Legend() const
 {
-    if (!legendShown_)
-        return {};
     const QFontMetricsF metrics(font());
     const double lineHeight = metrics.height();
-    const double top = Edge(font()) / 2.0;
+    const double top = TopLine().top();
     double right = PlotRect().right();
     std::vector<LegendEntry> entries;
     for (auto drawing = LegendOrder.rbegin(); drawing != LegendOrder.rend(); ++drawing) {
@@ -57,15 +65,20 @@ std::optional<GraphPlot::Drawing> GraphPlot::LegendAt(const QPointF &place) cons
 
 void GraphPlot::DrawLegend(QCPPainter &painter)
 {
-    if (!legendShown_)
-        return;
     const QFontMetricsF metrics(font());
     const double lineHeight = metrics.height();
     constexpr int Flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine;
     painter.setFont(font());
     painter.setAntialiasing(false);
     double left = PlotRect().right();
-    for (const LegendEntry &entry : Legend()) {
+    const std::vector<LegendEntry> entries = Legend();
+    if (legendInside_ && !entries.empty()) {
+        QColor ground = style_.background;
+        ground.setAlphaF(InsideGround);
+        painter.fillRect(entries.front().box.united(entries.back().box).adjusted(-GroundMargin, 0, 0, 0),
+                         ground);
+    }
+    for (const LegendEntry &entry : entries) {
         left = entry.box.left();
         const double middle = std::round(entry.box.top() + lineHeight / 2);
         const double lineEnd = left + lineHeight * LineLength;
@@ -80,7 +93,7 @@ void GraphPlot::DrawLegend(QCPPainter &painter)
     const double captionWidth = left - lineHeight - PlotRect().left();
     painter.setPen(style_.text);
     if (!caption_.isEmpty() && captionWidth > lineHeight)
-        painter.drawText(QRectF(PlotRect().left(), Edge(font()) / 2.0, captionWidth, lineHeight), Flags,
+        painter.drawText(QRectF(TopLine().topLeft(), QSizeF(captionWidth, lineHeight)), Flags,
                          metrics.elidedText(caption_, Qt::ElideMiddle, captionWidth));
 }
 

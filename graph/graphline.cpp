@@ -88,12 +88,27 @@ Line LonePoints(const Line &line)
     return lone;
 }
 
-Line ClippedLine(const Line &line, double minimum, double maximum)
+std::vector<double> InvalidSamples(const GraphSeries &series, qint32 first, qint32 last, int perColumn)
+{
+    std::vector<double> samples;
+    qint64 column = -1;
+    for (qint32 sample = first; sample <= last; ++sample) {
+        if (series.At(sample).HasReading() || (sample - 1) / perColumn == column)
+            continue;
+        column = (sample - 1) / perColumn;
+        samples.push_back(sample);
+    }
+    return samples;
+}
+
+Line ClippedLine(const Line &line, LineShape shape, double minimum, double maximum)
 {
     Line clipped;
     clipped.reserve(line.size());
     const auto inside = [&](const QCPGraphData &p) { return p.value >= minimum && p.value <= maximum; };
-    const auto crossing = [](const QCPGraphData &a, const QCPGraphData &b, double limit) {
+    const auto crossing = [shape](const QCPGraphData &a, const QCPGraphData &b, double limit) {
+        if (shape == LineShape::Steps)
+            return QCPGraphData{a.key, limit};
         return QCPGraphData{a.key + (b.key - a.key) * (limit - a.value) / (b.value - a.value), limit};
     };
     for (qsizetype i = 0; i < line.size(); ++i) {

@@ -3,6 +3,8 @@
 #include "graph/graphseries.h"
 #include "graph/plotlibrary.h"
 
+#include <vector>
+
 namespace px40 {
 
 // Lines are thinned and cut off here and not by the library: its adaptive sampling drops readings beside
@@ -21,7 +23,14 @@ Line SeriesLine(const GraphSeries &series, float GraphPoint::*member, qint32 fir
 /// Isolated points, each between two gaps, of which a line would show nothing.
 Line LonePoints(const Line &line);
 
+/// How a line goes from one point to the next: straight, or level with the next one after a step at the
+/// first.
+enum class LineShape { Straight, Steps };
+
 /// Cuts the line off at the limits: not every picture format can do that by itself.
-Line ClippedLine(const Line &line, double minimum, double maximum);
+Line ClippedLine(const Line &line, LineShape shape, double minimum, double maximum);
+
+/// Samples without a valid reading, at most one of a column of pixels.
+std::vector<double> InvalidSamples(const GraphSeries &series, qint32 first, qint32 last, int perColumn);
 
 } // namespace px40

@@ -7,15 +7,17 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 namespace px40 {
 
-/// What samples are called; asked for what is in view alone.
+/// What samples are called, and when they were taken; asked for what is in view alone.
 struct GraphTexts
 {
-    std::function<QString(qint32 sample)> label;   ///< at the horizontal axis
-    std::function<QString(qint32 sample)> toolTip; ///< beside the pointer, in several lines
-    std::function<QString()> valueName;            ///< of the vertical axis; empty: it has none
+    std::function<QString(qint32 sample)> label;             ///< at the horizontal axis
+    std::function<QString(qint32 sample)> hover;             ///< for the sample under the pointer
+    std::function<std::optional<int>(qint32 sample)> second; ///< of the day, if the sample has a time
+    std::function<QString()> valueName;                      ///< of the vertical axis; empty: it has none
 };
 
 /// What a graph shows: points of samples, which are the categories of its horizontal axis, and the part of

@@ -19,8 +19,10 @@ constexpr int TickLength = 5;
 constexpr int SmallTickLength = 3;
 constexpr int LabelPadding = 3;
 constexpr double MarkSize = 5;
-constexpr double MarkRoom = 11;     // pixels to a sample from which each reading gets a mark
-constexpr int LowestWithLegend = 9; // least height that has a legend, in lines of text
+constexpr double MarkRoom = 11;        // pixels to a sample from which each reading gets a mark
+constexpr int LowestWithTopLine = 126; // least height with a line of text above the lines
+constexpr double InvalidSize = 6;
+constexpr double InvalidHeight = 3; // of the middle of a mark above the axis
 constexpr int SmoothPoints = 4000;  // with more of them smooth lines cost too much time
 constexpr int StrongPoints = 400;   // with more of them thick lines would run together
 
@@ -70,7 +72,10 @@ GraphPlot::GraphPlot(GraphModel *model, QWidget *parent) : QCustomPlot(parent), 
     }
     for (int i = 0; i < DrawingCount; ++i)
         addGraph()->setAdaptiveSampling(false); // it drops readings beside gaps; `SeriesLine` thins out
-    graph(Marks)->setLineStyle(QCPGraph::lsNone);
+    for (const Drawing drawing : {Maximum, Minimum})
+        graph(drawing)->setLineStyle(QCPGraph::lsStepRight);
+    for (const Drawing drawing : {Marks, Invalid})
+        graph(drawing)->setLineStyle(QCPGraph::lsNone);
     SetStyle(GraphStyle::Paper());
 }
 
@@ -100,6 +105,9 @@ void GraphPlot::SetStyle(const GraphStyle &style)
     graph(Maximum)->setPen(pen(style.maximum, {7, 3}));
     graph(Minimum)->setPen(pen(style.minimum, {2, 2}));
     graph(Marks)->setScatterStyle({QCPScatterStyle::ssDisc, MarkSize * style.lineWidth});
+    graph(Invalid)->setPen(pen(style.maximum, {}));
+    graph(Invalid)->setScatterStyle(
+        {QCPScatterStyle::ssTriangle, style.maximum, style.maximum, InvalidSize * style.lineWidth});
 }
 
 void GraphPlot::Fill(const QSize &size, double density)
@@ -109,7 +117,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     yAxis->setTickLabelFont(font());
     const QFontMetricsF metrics(font());
     const int lineHeight = static_cast<int>(std::ceil(metrics.height()));
-    legendShown_ = size.height() >= LowestWithLegend * lineHeight;
+    legendInside_ = size.height() < LowestWithTopLine;
 
     place_ = {};
     if (model_) {
@@ -120,14 +128,15 @@ void GraphPlot::Fill(const QSize &size, double density)
             static_cast<qint32>(std::min<qint64>(qint64(place_.first) + place_.count - 1, Samples()));
     }
     const int edge = Edge(font());
-    const int top = legendShown_ ? edge / 2 + lineHeight + lineHeight / 2 : edge + lineHeight / 4;
+    const int top = legendInside_ ? edge + lineHeight / 4 : edge / 2 + lineHeight + lineHeight / 2;
     const int bottom = TickLength + LabelPadding + lineHeight + edge / 2;
     FillValueAxis(size.height() - top - bottom);
     double labels = 0;
     for (const QString &label : std::as_const(TicksOf(yAxis).labels))
         labels = std::max(labels, metrics.horizontalAdvance(label));
     const int name = NameValueAxis(size.height() - top - bottom);
-    const int left = static_cast<int>(labels) + TickLength + LabelPadding + edge + 1 + name;
+    left_ = std::max(left_, static_cast<int>(labels) + TickLength + LabelPadding + edge + 1 + name);
+    const int left = left_;
     const int right = edge * 2;
     axisRect()->setMargins({left, top, right, bottom});
 
@@ -135,7 +144,7 @@ void GraphPlot::Fill(const QSize &size, double density)
     place_.reachLeft = left - 2;
     place_.reachRight = right - 2;
     FillCategoryAxis();
-    FillLines(density);
+    FillLines(density, size.height() - top - bottom);
     updateLayout();
 }
 
@@ -149,7 +158,8 @@ SampleWindow GraphPlot::Window() const
 void GraphPlot::Hide(Drawing drawing, bool hidden)
 {
     graph(drawing)->setVisible(!hidden);
-    graph(Marks)->setVisible(!IsHidden(Readings));
+    for (const Drawing marks : {Marks, Invalid})
+        graph(marks)->setVisible(!IsHidden(Readings));
 }
 
 void GraphPlot::ShowLike(const GraphPlot &other)
@@ -185,7 +195,7 @@ int GraphPlot::NameValueAxis(double length)
 {
     const QFontMetricsF metrics(font());
     QString called = model_ ? model_->Texts().valueName() : QString();
-    if (!legendShown_ && metrics.horizontalAdvance(called) > length) // in a low picture all of it or nothing
+    if (legendInside_ && metrics.horizontalAdvance(called) > length) // in a low picture all of it or nothing
         called.clear();
     yAxis->setLabelFont(font());
     yAxis->setLabel(metrics.elidedText(called, Qt::ElideRight, length));
@@ -206,12 +216,20 @@ void GraphPlot::FillValueAxis(double length)
 void GraphPlot::FillCategoryAxis()
 {
     const QFontMetricsF metrics(font());
-    constexpr int Longest = 40;
-    const auto label = [this](qint32 sample) { return model_->Texts().label(sample).left(Longest); };
+    // So that at least two stand beside each other, the first of them at the left edge.
+    const double longest = std::max(metrics.horizontalAdvance(QStringLiteral("00:00:00")) + 1,
+                                    std::min(place_.plotWidth / 3, 2 * place_.reachLeft));
+    const auto label = [this, &metrics, longest](qint32 sample) {
+        constexpr int MostLetters = 40; // are looked at
+        return metrics.elidedText(model_->Texts().label(sample).left(MostLetters), Qt::ElideRight, longest);
+    };
     GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the unzoomed view
-    const CategoryTicks chosen = ChooseCategories(
-        place_, settings, [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); });
+    const auto labelWidth = [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); };
+    std::optional<CategoryTicks> round;
+    if (settings.xAuto && model_ && model_->Texts().second)
+        round = ChooseRoundTimes(place_, labelWidth, model_->Texts().second);
+    const CategoryTicks chosen = round ? *round : ChooseCategories(place_, settings, labelWidth);
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
     // QCustomPlot labels ticks only, so a label without a tick gets one of no length.
     xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);
@@ -222,26 +240,34 @@ void GraphPlot::FillCategoryAxis()
         ticks.labels.append(label(sample));
 }
 
-void GraphPlot::FillLines(double density)
+void GraphPlot::FillLines(double density, double height)
 {
     // Columns of a logical pixel: finer ones would cost much time on dense screens and show little more.
     const int perColumn = static_cast<int>(std::ceil(place_.count / place_.plotWidth));
     const QCPRange range = yAxis->range();
-    const auto fill = [&](Drawing drawing, float GraphPoint::*member) {
+    const auto fill = [&](Drawing drawing, float GraphPoint::*member, LineShape shape) {
         Line line;
         if (model_)
             line = SeriesLine(model_->Series(), member, place_.first, place_.last, perColumn);
-        graph(drawing)->data()->set(ClippedLine(line, range.lower, range.upper), true);
+        graph(drawing)->data()->set(ClippedLine(line, shape, range.lower, range.upper), true);
         return line;
     };
-    fill(Maximum, &GraphPoint::maximum);
-    fill(Minimum, &GraphPoint::minimum);
-    Line marks = fill(Readings, &GraphPoint::reading);
+    fill(Maximum, &GraphPoint::maximum, LineShape::Steps);
+    fill(Minimum, &GraphPoint::minimum, LineShape::Steps);
+    Line marks = fill(Readings, &GraphPoint::reading, LineShape::Straight);
     if (place_.Width() < MarkRoom * style_.lineWidth)
         marks = LonePoints(marks);
     // QCustomPlot draws even a mark outside the range or without a value.
     erase_if(marks, [&](const QCPGraphData &mark) { return !range.contains(mark.value); });
     graph(Marks)->data()->set(marks, true);
+    Line invalid;
+    if (model_) {
+        const double above =
+            range.lower + range.size() * InvalidHeight * style_.lineWidth / std::max(1.0, height);
+        for (const double sample : InvalidSamples(model_->Series(), place_.first, place_.last, perColumn))
+            invalid.push_back({sample, above});
+    }
+    graph(Invalid)->data()->set(invalid, true);
 
     const int points = graph(Readings)->dataCount();
     // A line of width 1 is drawn one device pixel wide, however small the pixels are.
@@ -254,6 +280,7 @@ void GraphPlot::FillLines(double density)
     };
     look(Readings, points <= StrongPoints ? thin * 1.5 : thin, points * density <= SmoothPoints);
     look(Marks, thin, true);
+    look(Invalid, thin, true);
     for (const Drawing drawing : {Maximum, Minimum}) // level lines one pixel wide look best unsmoothed
         look(drawing, thin, style_.lineWidth * density > 1);
 }

@@ -30,7 +30,8 @@ class GraphPlot : public QCustomPlot
   public:
     /// What `graph()` takes, from the back to the front. Marks: single readings, all of them or only those
     /// between two gaps.
-    enum Drawing { Maximum, Minimum, Readings, Marks, DrawingCount };
+    /// Invalid: on the horizontal axis, where a sample has no valid reading.
+    enum Drawing { Maximum, Minimum, Readings, Marks, Invalid, DrawingCount };
 
     /// Without its model, which may go first, the graph is empty.
     explicit GraphPlot(GraphModel *model, QWidget *parent = nullptr);
@@ -50,9 +51,11 @@ class GraphPlot : public QCustomPlot
     SampleWindow Window() const;
     bool IsZoomed() const { return zoom_.has_value(); }
     void SetZoom(const std::optional<SampleWindow> &zoom) { zoom_ = zoom; }
-    /// `drawing`: Maximum, Minimum or Readings, whose marks go with them.
+    /// `drawing`: Maximum, Minimum or Readings, with which their marks go.
     bool IsHidden(Drawing drawing) const { return !graph(drawing)->visible(); }
     void Hide(Drawing drawing, bool hidden);
+    /// The margin at the left, which has room for the widest labels so far, may be narrower again.
+    void ForgetMargin() { left_ = 0; }
     /// Shows what `other` shows.
     void ShowLike(const GraphPlot &other);
 
@@ -65,6 +68,10 @@ class GraphPlot : public QCustomPlot
     QRect PlotRect() const { return axisRect()->rect(); }
     /// From the upper edge of the picture.
     double Y(double value) const { return yAxis->coordToPixel(value); }
+
+    /// The line of text at the top, where the legend stands: above the lines, or on them where the picture is
+    /// low.
+    QRectF TopLine() const;
 
     /// What the legend names, in its order from left to right.
     static constexpr std::array LegendOrder = {Readings, Maximum, Minimum};
@@ -83,7 +90,7 @@ class GraphPlot : public QCustomPlot
     };
     /// Blank room around the picture, in proportion to its texts.
     static int Edge(const QFont &font);
-    void FillLines(double density);
+    void FillLines(double density, double height);
     void FillValueAxis(double length);
     int NameValueAxis(double length);
     void FillCategoryAxis();
@@ -94,9 +101,10 @@ class GraphPlot : public QCustomPlot
     QPointer<GraphModel> model_;
     GraphStyle style_;
     QString caption_;
+    int left_ = 0; ///< the widest margin so far
     CategoryPlace place_;
     std::optional<SampleWindow> zoom_;
-    bool legendShown_ = true;
+    bool legendInside_ = false; ///< on the lines
 };
 
 } // namespace px40

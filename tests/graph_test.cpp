@@ -8,7 +8,6 @@
 #include <QContextMenuEvent>
 #include <QScrollBar>
 #include <QTemporaryDir>
-#include <QToolTip>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -121,6 +120,40 @@ class GraphTest : public QObject
         QVERIFY(many.labels.size() >= 5 && many.labels.size() <= 16 && many.plain.size() <= 100);
     }
 
+    void ValueAxesHaveTwoLabelsAtLeast()
+    {
+        for (double length = 20; length < 200; ++length) {
+            for (const ValueRange range : {ValueRange{3.14, 3.18}, {0, 0.7}, {-60, 380}}) {
+                const ValueTicks ticks = AutomaticValueTicks(range, length, 15);
+                QVERIFY2(ticks.labels.size() >= 2, qPrintable(QString::number(length)));
+                QCOMPARE(ticks.labels.size(), ticks.labelled.size());
+            }
+            for (const int major : {1, 3, 7, 40})
+                QVERIFY(CustomValueTicks({0, 1}, major, 2, length, 15).labels.size() >= 2);
+        }
+    }
+
+    void TimesAreLabelledWhereTheyAreRound()
+    {
+        // Labels are 60 pixels wide, 20 samples 600 pixels; nothing: labelled as other samples are.
+        using Case = std::tuple<int, int, std::vector<qint32>>; // first second, interval, samples
+        for (const auto &[begin, interval, samples] :
+             {Case{42, 1, {4, 9, 14, 19}}, Case{42, 5, {}}, Case{40, 5, {2, 5, 8, 11, 14, 17}},
+              Case{3595, 60, {}}, Case{3600 * 23, 600, {1, 4, 7}}, Case{10, 7, {1, 6, 11, 16}}}) {
+            const auto second = [begin = begin, interval = interval](qint32 sample) {
+                return std::optional((begin + (sample - 1) * interval) % 86400);
+            };
+            const std::optional<CategoryTicks> ticks = ChooseRoundTimes(
+                {1, 20, 8 + 12 * (interval < 600), 600, 40, 0}, [](qint32) { return 60.0; }, second);
+            QCOMPARE(ticks ? ticks->labelled : std::vector<qint32>(), samples);
+        }
+        // Also where a second was missed.
+        const auto missed = [](qint32 sample) { return std::optional(40 + sample + (sample > 5 ? 1 : 0)); };
+        const auto ticks = ChooseRoundTimes(
+            {1, 20, 20, 600, 40, 0}, [](qint32) { return 60.0; }, missed);
+        QCOMPARE(ticks->labelled, (std::vector<qint32>{5, 9, 14, 19}));
+    }
+
     void CategoriesAreAnchoredAndApart()
     {
         using Samples = std::pair<std::vector<qint32>, std::vector<qint32>>; // with labels, with ticks
@@ -169,7 +202,10 @@ class GraphTest : public QObject
     void LinesAreCutOffAtTheLimits()
     {
         const Line line{{1, 0}, {2, 4}, {3, 2}, {4, -8}, {5, 12}, {6, None}, {7, 5}};
-        QCOMPARE(Shown(ClippedLine(line, 1, 3)), u"- 1.25:1 1.75:3 - 2.5:3 3:2 3.1:1 - 4.45:1 4.55:3 - -"_qs);
+        QCOMPARE(Shown(ClippedLine({{1, 0}, {2, 2}, {3, 5}, {4, 7}}, LineShape::Steps, 1, 3)),
+                 u"- 1:1 2:2 2:3 -"_qs);
+        QCOMPARE(Shown(ClippedLine(line, LineShape::Straight, 1, 3)),
+                 u"- 1.25:1 1.75:3 - 2.5:3 3:2 3.1:1 - 4.45:1 4.55:3 - -"_qs);
         QCOMPARE(Shown(LonePoints({{1, 1}, {2, None}, {3, 2}, {4, None}, {5, 3}, {6, 4}})), u"1:1 3:2"_qs);
     }
 
@@ -203,6 +239,7 @@ class GraphTest : public QObject
         GraphPlot plot(&rig.set.Graph());
         plot.Fill({600, 300}, 1);
         QCOMPARE(plot.graph(GraphPlot::Marks)->dataCount(), 2); // of those within, none of the gaps
+        QCOMPARE(plot.graph(GraphPlot::Invalid)->dataCount(), 2);
         QCOMPARE(plot.yAxis->range(), QCPRange(0, 50));
         const auto readings = plot.graph(GraphPlot::Readings)->data();
         for (const QCPGraphData &point : *readings)
@@ -223,6 +260,9 @@ class GraphTest : public QObject
         rig.set.AddData(u"10:00"_qs, u"3"_qs, u"mVDC"_qs, {}, {});
         plot.Fill({600, 300}, 1);
         QCOMPARE(plot.yAxis->label(), QString());
+        QCOMPARE(plot.PlotRect().left(), left); // nothing jumps until there is a new beginning
+        plot.ForgetMargin();
+        plot.Fill({600, 300}, 1);
         QVERIFY(plot.PlotRect().left() < left);
     }
 
@@ -251,11 +291,11 @@ class GraphTest : public QObject
         pane.show();
         QVERIFY(QTest::qWaitForWindowExposed(&pane));
         QTest::mouseMove(pane.Graph(), pane.Graph()->rect().center());
-        QTRY_COMPARE(QToolTip::text(), u"No. 20\n10:00\n20 VDC"_qs);
+        QTRY_COMPARE(pane.Graph()->HoverText(), u"No. 20   10:00   20 VDC"_qs);
         rig->Add(u"31"_qs); // moves the samples under the pointer
-        QTRY_COMPARE(QToolTip::text(), u"No. 21\n10:00\n21 VDC"_qs);
+        QTRY_COMPARE(pane.Graph()->HoverText(), u"No. 21   10:00   21 VDC"_qs);
         rig->set.OpenNew(KindMemory); // no sample is left there
-        QTRY_COMPARE(QToolTip::text(), QString());
+        QTRY_COMPARE(pane.Graph()->HoverText(), QString());
         rig.reset();
         pane.Graph()->grab();
         QTest::keyClick(pane.Graph(), Qt::Key_End);

@@ -24,11 +24,6 @@ QPoint PlaceOf(const Chart *graph, int sample)
     return {plot.left() + qRound(graph->Place().X(sample)), plot.center().y()};
 }
 
-QWidget *ToolTip()
-{
-    return OpenOne<QWidget>("qtooltip_label");
-}
-
 void TurnWheel(Chart *graph, int notches)
 {
     const QPointF place = graph->rect().center();
@@ -49,10 +44,10 @@ void Hover(Stage &stage)
     Chart *const graph = stage.Graph();
     graph->repaint();
     QTest::mouseMove(graph, PlaceOf(graph, 18));
-    stage.Wait([] { return ToolTip() != nullptr; });
-    stage.Take("14-graph-hover", {ToolTip()});
+    stage.Wait([graph] { return !graph->HoverText().isEmpty(); });
+    stage.Take("14-graph-hover");
     QTest::mouseMove(stage.window.get(), QPoint(2, 2));
-    stage.Wait([] { return ToolTip() == nullptr; });
+    stage.Wait([graph] { return graph->HoverText().isEmpty(); });
 }
 
 void Setup(Stage &stage)
