@@ -24,7 +24,8 @@ constexpr int ClickDelayMs = 10;
 // In pixels of 1/96 inch, as the face's design.
 constexpr QSizeF FaceSize{304, 108};
 constexpr double ReadingTop = 31;
-constexpr double ReadingWidth = 216;
+constexpr double ReadingWidth = 228;  // three quarters of the face
+constexpr double ReadingScale = 1.13; // so that a sign, five digits and a point fill it
 constexpr double UnitWidth = 56;
 constexpr double Margin = 8;
 constexpr double ButtonWidth = 84;
@@ -45,7 +46,8 @@ FaceDesign MeasureDesign()
             .lamps = {"shOff", "shOn"},
             .reading = {{QStringLiteral("llValue"), ReadingWidth}},
             .readingTop = ReadingTop,
-            .unitWidth = UnitWidth};
+            .unitWidth = UnitWidth,
+            .readingScale = ReadingScale};
 }
 
 } // namespace
@@ -79,6 +81,7 @@ frmMoniter::frmMoniter(const InstrumentLink &link, UserStore &store, QWidget *pa
 void frmMoniter::Show(const MeasureDisplay &display)
 {
     face_->Show(display, {&display.value, 1});
+    ShowFault(display.fault);
     btMeasOnOff_->setEnabled(display.buttonEnabled);
     if (display.buttonEnabled)
         btMeasOnOff_->setFocus(); // lost while it was disabled

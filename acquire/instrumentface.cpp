@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace px40 {
 
@@ -28,8 +29,11 @@ constexpr double IndicatorBottom = 6;
 constexpr double UnitGap = 8;
 constexpr double SymbolSide = 42;
 
-/// Each indicator keeps a place as wide as the longest text it can show; the sixth never shows any.
-constexpr std::array<double, 7> IndicatorWidths = {54, 26, 32, 44, 52, 8, 60};
+/// The longest text that each indicator can show, whose room it keeps; the sixth never shows any.
+constexpr std::array<const char16_t *, 7> LongestIndicators = {
+    u"AUTO STEP", u"2.5s", u"RJON", u"IPTS-68", u"AUTO OFF", u"", u"CONTACT IN"};
+constexpr int LeastIndicatorPixels = 10;
+constexpr double OutputFrame = 2; // in pixels
 
 constexpr double PixelsPerPoint = 96.0 / 72.0;
 
@@ -79,7 +83,8 @@ InstrumentFace::InstrumentFace(const FaceDesign &design, QWidget *parent)
     : QWidget(parent), design_(design),
       llFunction_(NewLabel<QLabel>(QStringLiteral("llFunction"), Qt::AlignLeft | Qt::AlignVCenter)),
       llState_(NewLabel<QLabel>(QStringLiteral("llState"), Qt::AlignLeft | Qt::AlignVCenter)),
-      llUnit_(NewLabel<QLabel>(QStringLiteral("llUnit"), Qt::AlignLeft | Qt::AlignTop))
+      llUnit_(NewLabel<QLabel>(QStringLiteral("llUnit"), Qt::AlignLeft | Qt::AlignTop)),
+      llDemo_(NewLabel<QLabel>(QStringLiteral("llDemo"), Qt::AlignLeft | Qt::AlignVCenter))
 {
     for (std::size_t i = 0; i < llDipsw_.size(); ++i)
         llDipsw_[i] = NewLabel<QLabel>(QStringLiteral("llDipsw%1").arg(i), Qt::AlignCenter);
@@ -92,6 +97,8 @@ InstrumentFace::InstrumentFace(const FaceDesign &design, QWidget *parent)
     }
     for (const FaceDesign::Cell &cell : design.reading)
         reading_ << NewLabel<ReadingLabel>(cell.name, reading_.isEmpty() ? Qt::AlignRight : Qt::AlignCenter);
+    llDemo_->setText(Text(Str::Demo));
+    llDemo_->hide();
     const auto [off, on] = design.lamps;
     lamps_[0] = NewLabel<IconLabel>(QLatin1StringView(off), {});
     lamps_[1] = on == off ? lamps_[0] : NewLabel<IconLabel>(QLatin1StringView(on), {});
@@ -128,6 +135,10 @@ void InstrumentFace::SetLamp(Lamp lamp)
 {
     if (std::exchange(lamp_, lamp) == lamp)
         return;
+    QFont state = llState_->font();
+    state.setWeight(StateWeight());
+    llState_->setFont(state);
+    update();
     for (IconLabel *const one : lamps_)
         one->hide();
     llState_->clear();
@@ -139,6 +150,20 @@ void InstrumentFace::SetLamp(Lamp lamp)
     shown->SetIcon(on ? u"lampon" : u"lampoff");
     shown->setAccessibleName(LampText(on));
     shown->show();
+}
+
+/// The state of an output that is on is not overlooked.
+QFont::Weight InstrumentFace::StateWeight() const
+{
+    return design_.isOutput && lamp_ == Lamp::On ? QFont::DemiBold : QFont::Normal;
+}
+
+void InstrumentFace::SetDemo(bool demo)
+{
+    if (llDemo_->isHidden() != demo)
+        return;
+    llDemo_->setVisible(demo);
+    LayOutIndicators();
 }
 
 void InstrumentFace::SetFaded(bool faded)
@@ -188,9 +213,12 @@ void InstrumentFace::LayOutTopRow()
 {
     const double scale = Scale();
     llFunction_->setFont(FaceFont(Text(Str::FontSizeMedium), scale));
-    llState_->setFont(FaceFont(Text(Str::FontSizeNormal), scale));
-    // As wide as the longer state, so that the lamp does not move.
-    const QFontMetricsF metrics(llState_->font());
+    QFont stateFont = FaceFont(Text(Str::FontSizeNormal), scale);
+    stateFont.setWeight(design_.isOutput ? QFont::DemiBold : QFont::Normal);
+    // As wide as the widest state, so that the lamp does not move.
+    const QFontMetricsF metrics(stateFont);
+    stateFont.setWeight(StateWeight());
+    llState_->setFont(stateFont);
     const double stateWidth =
         std::max(metrics.horizontalAdvance(LampText(true)), metrics.horizontalAdvance(LampText(false))) /
         scale;
@@ -203,19 +231,38 @@ void InstrumentFace::LayOutTopRow()
         lamp->setGeometry(Place(lampLeft, TopRow + (TopHeight - LampSide) / 2, LampSide, LampSide));
 }
 
+/// In a row with the same gaps between the longest texts, behind the word of a demo.
 void InstrumentFace::LayOutIndicators()
 {
-    const QSizeF area = QSizeF(size()) / Scale();
-    double left = Edge;
-    double all = 0;
-    for (const double part : IndicatorWidths)
-        all += part;
+    const double scale = Scale();
+    QFont font = FaceFont(Text(Str::FontSizeSmall), scale);
+    font.setPixelSize(std::max(font.pixelSize(), LeastIndicatorPixels));
+    QFont strong = font;
+    strong.setWeight(QFont::DemiBold);
+    const QFontMetricsF metrics(font);
+    const bool demo = !llDemo_->isHidden();
+    const double demoWidth = std::ceil(QFontMetricsF(strong).horizontalAdvance(llDemo_->text())) + 1;
+
+    std::vector<std::pair<QLabel *, double>> row;
+    if (demo)
+        row.emplace_back(llDemo_, demoWidth);
     for (std::size_t i = 0; i < llDipsw_.size(); ++i) {
-        const double part = IndicatorWidths[i] / all * (area.width() - 2 * Edge);
-        llDipsw_[i]->setFont(FaceFont(Text(Str::FontSizeSmall), Scale()));
-        llDipsw_[i]->setGeometry(
-            Place(left, area.height() - IndicatorBottom - IndicatorHeight, part, IndicatorHeight));
-        left += part;
+        const QString longest = QString::fromUtf16(LongestIndicators.at(i));
+        llDipsw_[i]->setFont(font);
+        if (!longest.isEmpty())
+            row.emplace_back(llDipsw_[i], std::ceil(metrics.horizontalAdvance(longest)) + 1);
+    }
+    llDemo_->setFont(strong);
+    double texts = 0;
+    for (const auto &[label, textWidth] : row)
+        texts += textWidth;
+    const double margin = Edge * scale;
+    const double gap = (width() - 2 * margin - texts) / static_cast<double>(row.size() - 1);
+    const double top = height() - (IndicatorBottom + IndicatorHeight) * scale;
+    double left = margin;
+    for (const auto &[label, textWidth] : row) {
+        label->setGeometry(QRectF(left, top, textWidth, IndicatorHeight * scale).toRect());
+        left += textWidth + gap;
     }
 }
 
@@ -225,7 +272,7 @@ void InstrumentFace::LayOutReading()
     double left = place.left();
     for (qsizetype i = 0; i < reading_.size(); ++i) {
         const double cell = design_.reading[i].width;
-        reading_[i]->setFont(FaceFont(Text(Str::FontSizeHuge), Scale()));
+        reading_[i]->setFont(FaceFont(Text(Str::FontSizeHuge), Scale() * design_.readingScale));
         reading_[i]->setGeometry(Place(left, place.top(), cell, ReadingHeight));
         left += cell;
     }
@@ -251,11 +298,13 @@ void InstrumentFace::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(palette().color(QPalette::Base));
-    QColor edge = palette().color(QPalette::Text);
-    edge.setAlphaF(0.3F);
-    painter.setPen(edge);
+    const bool output = design_.isOutput && lamp_ == Lamp::On;
+    const double strength = output ? OutputFrame : 1;
+    const QColor edge = Mix(palette().color(QPalette::Base), palette().color(QPalette::Text), 0.3);
+    painter.setPen(QPen(output ? LampGreen(palette()) : edge, strength));
     const double radius = CornerRadius * Scale();
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    const double inset = strength / 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
 }
 
 } // namespace px40

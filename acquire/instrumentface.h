@@ -3,6 +3,7 @@
 #include "acquire/measuredisplay.h"
 #include "platform/named.h"
 
+#include <QFont>
 #include <QList>
 #include <QWidget>
 
@@ -33,6 +34,8 @@ struct FaceDesign
                                        ///< cell, in the middle of the others
     double readingTop;
     double unitWidth;
+    double readingScale = 1; ///< of the characters of the reading, beside the table's size
+    bool isOutput = false;   ///< its frame shows that it is on
 };
 
 /// The display of one side of the instrument: function and lamp above, the reading with its unit or
@@ -51,6 +54,9 @@ class InstrumentFace : public QWidget
     /// Nothing new has come for a while: the texts fade, and the lamp goes out of sight, since its state is
     /// no longer known. Lasts until `Show`.
     void Fade();
+
+    /// Says on the display that the instrument is a simulated one.
+    void SetDemo(bool demo);
 
   protected:
     static constexpr double Edge = 12;
@@ -81,6 +87,7 @@ class InstrumentFace : public QWidget
     void LayOutIndicators();
     QString LampText(bool on) const;
     void SetLamp(Lamp lamp);
+    QFont::Weight StateWeight() const;
     void SetFaded(bool faded);
 
     FaceDesign design_;
@@ -92,6 +99,7 @@ class InstrumentFace : public QWidget
     std::array<IconLabel *, 3> imUnit_{};
     std::array<IconLabel *, 2> lamps_{};
     Lamp lamp_ = Lamp::None;
+    QLabel *llDemo_;
     bool faded_ = false;
 };
 

@@ -9,6 +9,7 @@
 #include <QShortcut>
 
 #include <tuple>
+#include <utility>
 
 namespace px40 {
 
@@ -49,12 +50,31 @@ void LiveWindow::ShowNote(const QString &text)
 void LiveWindow::ShowLine()
 {
     const auto &[first, second] = noteFirst_ ? std::tie(note_, text_) : std::tie(text_, note_);
-    llMessage_->SetText(first.isEmpty() ? second : first);
+    const QString line = first.isEmpty() ? second : first;
+    llMessage_->SetText(fault_.isEmpty() || line.isEmpty() ? fault_ + line
+                                                           : fault_ + QStringLiteral("  ") + line);
+}
+
+void LiveWindow::ShowFault(const QString &fault)
+{
+    if (std::exchange(fault_, fault) != fault)
+        ShowLine();
+}
+
+InstrumentFace *LiveWindow::Face() const
+{
+    return findChild<InstrumentFace *>();
+}
+
+void LiveWindow::SetDemo(bool demo)
+{
+    Face()->SetDemo(demo);
 }
 
 void LiveWindow::Fade()
 {
-    findChild<InstrumentFace *>()->Fade();
+    Face()->Fade();
+    ShowFault(QString());
 }
 
 void LiveWindow::Place(const QRect &usual)

@@ -6,6 +6,7 @@
 namespace px40 {
 
 class ElidedLabel;
+class InstrumentFace;
 class UserStore;
 
 /// A window of its own, above the main window, that shows one side of the instrument. It asks the instrument
@@ -21,9 +22,13 @@ class LiveWindow : public QWidget
 
   public:
     /// What there is to say about the last command, and about the readings; empty: nothing. One line serves
-    /// both: it shows the newer one, or the other where that is empty.
+    /// both: it shows the newer one, or the other where that is empty. Before it stands why there is no
+    /// value.
     void ShowMessage(const QString &text);
     void ShowNote(const QString &text);
+
+    /// The instrument is a simulated one.
+    void SetDemo(bool demo);
 
     /// Nothing new has come for a while: the last value fades until there is a new one.
     void Fade();
@@ -40,6 +45,8 @@ class LiveWindow : public QWidget
     /// Puts the window where it was last, or at `usual`, always wholly on a screen.
     void Place(const QRect &usual);
 
+    void ShowFault(const QString &fault);
+
     /// The line, for the subclass to place.
     ElidedLabel *MessageLine() const { return llMessage_; }
 
@@ -48,12 +55,14 @@ class LiveWindow : public QWidget
 
   private:
     void ShowLine();
+    InstrumentFace *Face() const;
 
     QString name_;
     UserStore *store_;
     ElidedLabel *llMessage_;
     QString text_;
     QString note_;
+    QString fault_;
     bool noteFirst_ = false; ///< the note is newer than the message
     bool open_ = true;
 };

@@ -68,11 +68,20 @@ MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ran
     if (display.on) {
         static_cast<Captions &>(display) = CaptionsFor(status, ranges);
         display.value = MeasureValueText(status.MeasureValue);
+        display.fault = ValueFault(SplitValue(status.MeasureValue));
     }
     display.buttonEnabled = !hidden && status.SourceMode != 2 && status.SourceMode != 9;
     if (hidden)
         display.indicators = ShowOptionIndicators(status);
     return display;
+}
+
+QString ValueFault(const ValueField &value)
+{
+    return value.state == u"O"   ? Text(Str::OverRange)
+           : value.state == u"E" ? Text(Str::NoValue)
+           : value.state == u"B" ? Text(Str::BurnOut)
+                                 : QString();
 }
 
 QString MeasureValueText(const QString &field)

@@ -9,6 +9,7 @@ namespace px40 {
 
 struct InstrumentStatus;
 struct RangeLists;
+struct ValueField;
 
 /// The texts of the seven option indicators; an empty one is not lit.
 using OptionIndicators = std::array<QString, 7>;
@@ -39,6 +40,7 @@ struct SideDisplay : Captions
     bool known = false; ///< from a status; otherwise no lamp is shown
     bool on = false;    ///< the lamp
     OptionIndicators indicators;
+    QString fault = {}; ///< in words, why there is no number; empty: there is one
 
     bool operator==(const SideDisplay &) const = default;
 };
@@ -55,6 +57,9 @@ struct MeasureDisplay : SideDisplay
 /// Captions, symbol, lamp, button, indicators and value for a status. A range that is outside its list shows
 /// nothing rather than a wrong text.
 MeasureDisplay ShowMeasure(const InstrumentStatus &status, const RangeLists &ranges);
+
+/// In words, why a value is none: over range, error or burn-out; empty where it is one.
+QString ValueFault(const ValueField &value);
 
 /// The text for a 14-character value field: "-----" over-range or no reading, " -bo-" burn-out, else sign and
 /// number as they are.

@@ -23,7 +23,8 @@ double CellWidth(const QFontMetricsF &metrics, QChar character)
     const double digit = DigitWidth(metrics);
     if (character == u'.')
         return digit / 2;
-    return character == u'-' ? digit : std::max(digit, metrics.horizontalAdvance(character));
+    const bool isSign = character == u'-' || character == u'+'; // whose ink is no wider than a digit
+    return isSign ? digit : std::max(digit, metrics.horizontalAdvance(character));
 }
 
 double TextWidth(const QFontMetricsF &metrics, const QString &text)

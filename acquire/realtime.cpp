@@ -314,6 +314,7 @@ QCoro::Task<void> Realtime::StopRealtime()
 void Realtime::End()
 {
     progress_.ended = true;
+    data_->EndProgress();
     ShowProgress();
     data_.reset();
     link_.state.RealtimeRun = false;

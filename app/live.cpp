@@ -69,6 +69,7 @@ void Live::ShowWindow(LiveWindow *window)
     window->setAttribute(Qt::WA_ShowWithoutActivating);
     window->show();
     window_->activateWindow();
+    ShowDemo();
     ShowNotes();
     // The device may have been plugged in again.
     if (services_->comm.IsLost() && !services_->state.RealtimeRun) {
@@ -186,8 +187,19 @@ void Live::StartChecking()
     tmCheckStat_->SetEnabled(true);
 }
 
+/// A picture of a simulated value must not pass for a measured one.
+void Live::ShowDemo()
+{
+    const bool demo = services_->simulated && services_->ports.IsFixed(services_->comm.PortNumber());
+    if (moniter_)
+        moniter_->SetDemo(demo);
+    if (source_)
+        source_->SetDemo(demo);
+}
+
 void Live::OnPortChanged()
 {
+    ShowDemo();
     if (services_->state.RealtimeRun)
         return;
     if (services_->comm.IsOpen()) {

@@ -55,6 +55,7 @@ class Live : public QObject
     void ShowSource(const SourceDisplay &display);
     void NoteNewStatus();
     void Fade();
+    void ShowDemo();
     void ShowNotes();
     void OnLineReceived();
     void OnPortChanged();

@@ -180,10 +180,17 @@ void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &max
     graph_.SetSettings(settings);
 }
 
+void DataSet::EndProgress()
+{
+    progressEnded_ = true;
+    Q_EMIT progressChanged();
+}
+
 void DataSet::IniProgress(int maximum, int done)
 {
     progressValue_ = std::min(done, maximum);
     progressMaximum_ = maximum;
+    progressEnded_ = false;
     Q_EMIT progressChanged();
 }
 

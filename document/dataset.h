@@ -107,6 +107,9 @@ class DataSet : public QObject
 
     /// Progress from 0 to `maximum`, of which `done` are done.
     void IniProgress(int maximum, int done = 0);
+    /// Nothing more will be done.
+    void EndProgress();
+    bool HasProgressEnded() const { return progressEnded_; }
     int ProgressMaximum() const { return progressMaximum_; }
     int ProgressValue() const { return progressValue_; }
 
@@ -156,6 +159,7 @@ class DataSet : public QObject
     int kind_ = KindUnknown;
     int progressMaximum_ = 0;
     int progressValue_ = 0;
+    bool progressEnded_ = false;
     bool periodNone_ = true;
     bool saved_ = true;
 };

@@ -7,7 +7,9 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 #include <array>
@@ -37,6 +39,43 @@ class TableMime : public QMimeData
     static QString Html() { return QStringLiteral("text/html"); }
 };
 
+/// One selected cell is outlined, so that its text stays as it was; only several are filled.
+class CellDelegate : public QStyledItemDelegate
+{
+  public:
+    explicit CellDelegate(QTableView *table) : QStyledItemDelegate(table), table_(table) {}
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const bool alone = option.state.testFlag(QStyle::State_Selected) && IsAlone();
+        QStyleOptionViewItem plain = option;
+        if (alone)
+            plain.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
+        if (alone) // the view has filled it
+            painter->fillRect(
+                option.rect,
+                option.palette.color(index.row() % 2 == 0 ? QPalette::Base : QPalette::AlternateBase));
+        QStyledItemDelegate::paint(painter, plain, index);
+        if (!alone)
+            return;
+        constexpr int Width = 2;
+        QPen pen(option.palette.color(QPalette::Highlight), Width);
+        pen.setJoinStyle(Qt::MiterJoin);
+        painter->setPen(pen);
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option.rect.adjusted(Width / 2, Width / 2, -Width / 2, -Width / 2));
+    }
+
+  private:
+    bool IsAlone() const
+    {
+        const QItemSelection selected = table_->selectionModel()->selection();
+        return selected.size() == 1 && selected.first().width() == 1 && selected.first().height() == 1;
+    }
+
+    QTableView *table_;
+};
+
 } // namespace
 
 DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
@@ -47,6 +86,8 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setWordWrap(false);
     setTabKeyNavigation(false);
+    setItemDelegate(new CellDelegate(this));
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the columns keep still when it is needed
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
@@ -57,6 +98,21 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
         if (!sharing_ && column != TableModel::Columns - 1) // the last one stretches by itself
             widthsChosen_ = true;
     });
+}
+
+void DataTable::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    viewport()->update(); // a cell that is no longer alone looks different
+}
+
+int DataTable::HeightOfWholeRows(int most) const
+{
+    const QScrollBar *const sideways = horizontalScrollBar();
+    const int row = verticalHeader()->defaultSectionSize();
+    const int beside = horizontalHeader()->height() + 2 * frameWidth() +
+                       (sideways->maximum() > 0 ? sideways->sizeHint().height() : 0);
+    return beside + std::max(0, most - beside) / row * row;
 }
 
 void DataTable::ShareWidth()

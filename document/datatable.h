@@ -21,7 +21,11 @@ class DataTable : public QTableView
     /// Scrolls vertically until that row (0-based) is seen, as the first one if it was out of view.
     void ShowRow(int row);
 
+    /// At which no row is cut off at the lower edge, and no more than `most`.
+    int HeightOfWholeRows(int most) const;
+
   protected:
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 

@@ -10,6 +10,7 @@
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/jobs.h"
+#include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QAction>
@@ -22,7 +23,9 @@
 #include <QMdiArea>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
 #include <QProgressBar>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -31,6 +34,41 @@
 #include <utility>
 
 namespace px40 {
+
+/// How far a run with a period has come: a thin line that keeps its place when it is not shown.
+class RunBar : public QProgressBar
+{
+  public:
+    explicit RunBar(QWidget *parent) : QProgressBar(parent)
+    {
+        setObjectName(QStringLiteral("pbData"));
+        setTextVisible(false);
+        setFixedHeight(4);
+        QSizePolicy policy = sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        setSizePolicy(policy);
+    }
+
+    void SetEnded(bool ended)
+    {
+        ended_ = ended;
+        update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        const QColor ground = palette().color(QPalette::Window);
+        painter.fillRect(rect(), Mix(ground, palette().color(QPalette::WindowText), 0.12));
+        const double share = maximum() > 0 ? static_cast<double>(value()) / maximum() : 0;
+        painter.fillRect(QRectF(0, 0, width() * share, height()),
+                         palette().color(ended_ ? QPalette::Mid : QPalette::Highlight));
+    }
+
+  private:
+    bool ended_ = false;
+};
 
 namespace {
 
@@ -60,6 +98,29 @@ constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::Avg, 2, "Avg", Str::StatisticAvg, CaptionWidth, 0},
     {Panel::X, 2, "X", Str::LabelXAxis, 0, 24},
 }};
+
+/// Where the table stands: it keeps its space while the table is hidden, and cuts no row.
+class TablePlace : public QWidget
+{
+  public:
+    using QWidget::QWidget;
+
+    void Hold(DataTable *table)
+    {
+        table_ = table;
+        connect(table->horizontalScrollBar(), &QScrollBar::rangeChanged, this, &TablePlace::LayOut);
+    }
+
+    QSize sizeHint() const override { return table_->sizeHint(); }
+
+  protected:
+    void resizeEvent(QResizeEvent *) override { LayOut(); }
+
+  private:
+    void LayOut() { table_->setGeometry(0, 0, width(), table_->HeightOfWholeRows(height())); }
+
+    DataTable *table_ = nullptr;
+};
 
 } // namespace
 
@@ -128,9 +189,7 @@ QWidget *frmData::BuildContent()
     column->setSpacing(4);
     column->addWidget(BuildViews(content), 1);
 
-    pbData_ = new QProgressBar(content);
-    pbData_->setObjectName(QStringLiteral("pbData"));
-    pbData_->setTextVisible(false);
+    pbData_ = new RunBar(content);
     column->addWidget(pbData_);
 
     std::array<PanelBar *, 3> bars{};
@@ -138,6 +197,7 @@ QWidget *frmData::BuildContent()
         bar = new PanelBar(QStringLiteral("stBar%1").arg(&bar - bars.data() + 1), content);
         column->addWidget(bar);
     }
+    bars.front()->SetLineAbove();
     for (const PanelPlace &place : PanelPlaces)
         panels_[static_cast<std::size_t>(place.panel)] =
             bars.at(static_cast<std::size_t>(place.bar))
@@ -152,13 +212,11 @@ QWidget *frmData::BuildViews(QWidget *parent)
     auto *const views = new QSplitter(Qt::Vertical, parent);
     views->setChildrenCollapsible(false);
     views->setHandleWidth(6);
-    auto *const place = new QWidget(views); // keeps its space while the table is hidden
-    auto *const layout = new QVBoxLayout(place);
-    layout->setContentsMargins(0, 0, 0, 0);
+    auto *const place = new TablePlace(views);
     fgData_ = new DataTable(&data_->Table(), place);
     fgData_->setMinimumHeight(fgData_->horizontalHeader()->sizeHint().height() + 2 * fgData_->frameWidth() +
                               2 * fgData_->verticalHeader()->defaultSectionSize());
-    layout->addWidget(fgData_);
+    place->Hold(fgData_);
     place->setMinimumHeight(fgData_->minimumHeight());
     graph_ = new GraphPane(&data_->Graph(), views);
     connect(graph_->Graph(), &Chart::copyRequested, this, &frmData::CopyGraph);
@@ -232,7 +290,12 @@ void frmData::RememberSize()
 
 void frmData::ShowPanel(Panel panel, const QString &text)
 {
-    panels_.at(static_cast<std::size_t>(panel))->SetText(text);
+    ElidedLabel *const label = panels_.at(static_cast<std::size_t>(panel));
+    label->SetText(text);
+    if (panel == Panel::Max || panel == Panel::Min) { // the extreme itself stands out
+        const qsizetype begin = text.indexOf(data_->Table().Heading(2) + u'[');
+        label->SetStrong(begin < 0 ? QString() : text.mid(begin, text.indexOf(u']', begin) + 1 - begin));
+    }
 }
 
 void frmData::SelectFirst()
@@ -266,6 +329,7 @@ void frmData::ShowProgress()
     pbData_->setVisible(data_->ProgressMaximum() > 0);
     pbData_->setRange(0, data_->ProgressMaximum());
     pbData_->setValue(data_->ProgressValue());
+    pbData_->SetEnded(data_->HasProgressEnded());
 }
 
 void frmData::resizeEvent(QResizeEvent *event)

@@ -13,7 +13,6 @@
 #include <memory>
 
 class QCloseEvent;
-class QProgressBar;
 class QResizeEvent;
 
 namespace px40 {
@@ -22,6 +21,7 @@ class DataTable;
 class ElidedLabel;
 class GraphPane;
 class Jobs;
+class RunBar;
 struct LinkState;
 
 /// Writes the picture of a graph under that name.
@@ -91,7 +91,7 @@ class frmData : public QMdiSubWindow
     DataWindowServices services_;
     DataTable *fgData_ = nullptr;
     GraphPane *graph_ = nullptr;
-    QProgressBar *pbData_ = nullptr;
+    RunBar *pbData_ = nullptr;
     std::array<ElidedLabel *, PanelCount> panels_{}; ///< in the order of `Panel`
     QSize normalSize_; ///< in the state that is neither minimised nor maximised, frame included, in pixels
     QString selectionText_;

@@ -1,11 +1,12 @@
 #include "document/panelbar.h"
 
 #include "platform/elidedlabel.h"
+#include "resources/icons.h"
 
 #include <QEvent>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 
 #include <algorithm>
 
@@ -15,15 +16,15 @@ PanelBar::PanelBar(const QString &name, QWidget *parent) : QWidget(parent), layo
 {
     setObjectName(name);
     layout_->setContentsMargins(0, 0, 0, 0);
-    layout_->setSpacing(4);
+    layout_->setSpacing(8);
+    setFixedHeight(std::max(20, fontMetrics().height() + 4));
 }
 
 ElidedLabel *PanelBar::AddPanel(const QString &key, const QString &caption, int captionWidth, int width)
 {
-    auto *const panel = new QFrame(this);
-    panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    auto *const panel = new QWidget(this);
     auto *const row = new QHBoxLayout(panel);
-    row->setContentsMargins(6, 1, 6, 1);
+    row->setContentsMargins(6, 0, 0, 0);
     row->setSpacing(8);
 
     auto *const captionLabel = new QLabel(caption, panel);
@@ -43,6 +44,13 @@ ElidedLabel *PanelBar::AddPanel(const QString &key, const QString &caption, int 
     layout_->addWidget(panel, width > 0 ? 0 : 1);
     captions_.append(captionLabel);
     return value;
+}
+
+void PanelBar::paintEvent(QPaintEvent *)
+{
+    if (lineAbove_)
+        QPainter(this).fillRect(QRect(0, 0, width(), 1), Mix(palette().color(QPalette::Window),
+                                                             palette().color(QPalette::WindowText), 0.2));
 }
 
 void PanelBar::changeEvent(QEvent *event)

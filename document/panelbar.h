@@ -19,6 +19,9 @@ class PanelBar : public QWidget
   public:
     explicit PanelBar(const QString &name, QWidget *parent = nullptr);
 
+    /// Draws a hairline above the panels.
+    void SetLineAbove() { lineAbove_ = true; }
+
     /// Adds a panel and returns the label for its text. `width` in average characters gives the panel a fixed
     /// room, so that the panels of bars above each other align; 0 lets it take what is left. `captionWidth`
     /// does the same for the least room of the caption, so that the texts after the captions align.
@@ -26,9 +29,11 @@ class PanelBar : public QWidget
 
   protected:
     void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
   private:
     QHBoxLayout *layout_;
+    bool lineAbove_ = false;
     QList<QLabel *> captions_;
 };
 

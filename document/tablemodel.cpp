@@ -6,6 +6,17 @@
 
 namespace px40 {
 
+namespace {
+
+/// Numbers stand at the right, and their headings with them.
+QVariant AlignmentOf(int column)
+{
+    const bool number = column == 0 || column == 2 || column == 4;
+    return QVariant::fromValue(Qt::AlignVCenter | (number ? Qt::AlignRight : Qt::AlignLeft));
+}
+
+} // namespace
+
 TableModel::TableModel(bool memoryNumbers, QObject *parent)
     : QAbstractTableModel(parent), headings_{Text(Str::HeadingNumber),
                                              Text(memoryNumbers ? Str::HeadingNumber : Str::HeadingTime),
@@ -33,18 +44,16 @@ QVariant TableModel::data(const QModelIndex &index, int role) const
     const int column = index.column();
     if (role == Qt::DisplayRole)
         return Cell(index.row() + 1, column);
-    if (role == Qt::TextAlignmentRole) {
-        const bool number = column == 0 || column == 2 || column == 4;
-        return QVariant::fromValue(Qt::AlignVCenter | (number ? Qt::AlignRight : Qt::AlignLeft));
-    }
-    return {};
+    return role == Qt::TextAlignmentRole ? AlignmentOf(column) : QVariant();
 }
 
 QVariant TableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < Columns)
+    if (orientation != Qt::Horizontal || section < 0 || section >= Columns)
+        return {};
+    if (role == Qt::DisplayRole)
         return headings_.at(section);
-    return {};
+    return role == Qt::TextAlignmentRole ? AlignmentOf(section) : QVariant();
 }
 
 QString TableModel::Cell(qint32 sample, int column) const

@@ -121,17 +121,22 @@ void AddTicks(CategoryTicks *chosen, const CategoryPlace &place, const Sequence 
         chosen->ticks.push_back(static_cast<qint32>(at));
 }
 
-/// The first sample from `from` on whose time is round. `interval`: of the samples, in seconds, where they
-/// are evenly apart; where they are not, a sample may be missed.
+/// The first sample from `from` on whose time is round. `interval`: between samples, in seconds, where none
+/// was missed.
 qint64 NextRound(const CategoryPlace &place, qint64 from, int round, int interval,
                  const std::function<std::optional<int>(qint32)> &second)
 {
     constexpr int MostLooks = 64; // in vain: round times lie between the samples
+    const auto at = [&second](qint64 sample) { return second(static_cast<qint32>(sample)).value_or(0); };
     for (int look = 0; look < MostLooks && from <= place.last; ++look) {
-        const std::optional<int> taken = second(static_cast<qint32>(from));
-        if (taken && *taken % round == 0)
+        const int taken = at(from);
+        const int wait = (round - taken % round) % round;
+        if (wait == 0)
             return from;
-        from += taken ? std::max(1, (round - *taken % round) / interval) : 1;
+        const qint64 next = std::min<qint64>(from + std::max(1, wait / interval), place.last);
+        const int beyond = at(next) - taken - wait; // after missed samples; midnight ends a round time, too
+        const qint64 back = beyond > 0 ? (beyond + interval - 1) / interval : 0;
+        from = std::max(from + 1, next - back);
     }
     return qint64(place.last) + 1;
 }

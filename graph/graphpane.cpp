@@ -17,9 +17,6 @@ GraphPane::GraphPane(GraphModel *model, QWidget *parent)
     column->addWidget(chData_, 1);
     column->addWidget(sbData_);
     sbData_->setObjectName(QStringLiteral("sbData"));
-    QSizePolicy policy = sbData_->sizePolicy();
-    policy.setRetainSizeWhenHidden(true); // nothing jumps when there is something to scroll
-    sbData_->setSizePolicy(policy);
     connect(sbData_, &QScrollBar::valueChanged, chData_, &Chart::ScrollTo);
     connect(model, &GraphModel::changed, this, &GraphPane::Follow);
     connect(chData_, &Chart::windowChanged, this, &GraphPane::Follow);
@@ -36,7 +33,6 @@ void GraphPane::Follow()
     sbData_->setRange(0, chData_->Furthest());
     sbData_->setValue(window.skipped);
     sbData_->setEnabled(chData_->Furthest() > 0);
-    sbData_->setVisible(sbData_->isEnabled());
 }
 
 } // namespace px40

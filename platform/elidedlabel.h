@@ -16,8 +16,14 @@ class ElidedLabel : public QLabel
     /// Plain text, whatever it looks like: what the user has typed, or a file's name, is no markup.
     void SetText(const QString &text);
 
+    /// That part of the text, if it is in there, is shown in a stronger weight.
+    void SetStrong(const QString &part);
+
   protected:
     void paintEvent(QPaintEvent *event) override;
+
+  private:
+    QString strong_;
 };
 
 } // namespace px40

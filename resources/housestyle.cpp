@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QTableView>
 
 #include <array>
 
@@ -17,6 +18,7 @@ constexpr double FrameInk = 0.45;    // share of the ink in the frame of a box o
 constexpr double WindowInk = 0.35;   // the same in the frame of a window
 constexpr double UnderTitle = 2;     // height of the line below an active title
 constexpr int TitleMargin = 6;
+constexpr int BelowGroupTitle = 3; // as Fusion lays it out
 constexpr double GlyphSide = 9;
 constexpr int MostFramed = 64; // palettes; the widgets of the program share a few
 
@@ -125,6 +127,11 @@ int HouseStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
 {
     if (metric == PM_MessageBoxIconSize)
         return 48; // as large as the tool bar's lines are drawn well
+    constexpr int CellMargin = 6;
+    if (metric == PM_HeaderMargin)
+        return CellMargin;
+    if (metric == PM_FocusFrameHMargin && qobject_cast<const QTableView *>(widget))
+        return CellMargin - 1; // the style adds one
     return QProxyStyle::pixelMetric(metric, option, widget);
 }
 
@@ -181,7 +188,7 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     case PE_FrameGroupBox:
         painter->setPen(Ink(option->palette, IsDark(option->palette) ? 0.25 : 0.18));
         painter->setBrush(Qt::NoBrush);
-        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        painter->drawRect(option->rect.adjusted(0, option->fontMetrics.height() + BelowGroupTitle, -1, -1));
         return;
     default:
         break;
@@ -189,9 +196,30 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
+/// Each line of a button's caption is centred by itself, whatever spaces are around it.
+void HouseStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                             const QWidget *widget) const
+{
+    const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    if (element != CE_PushButtonLabel || !button || !button->text.contains(u'\n'))
+        return QProxyStyle::drawControl(element, option, painter, widget);
+    QStyleOptionButton centred = *button;
+    QStringList lines = button->text.split(u'\n');
+    for (QString &line : lines)
+        line = line.trimmed();
+    centred.text = lines.join(u'\n');
+    QProxyStyle::drawControl(element, &centred, painter, widget);
+}
+
 void HouseStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
                                     QPainter *painter, const QWidget *widget) const
 {
+    const auto *const slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
+    if (control == CC_ScrollBar && slider && slider->minimum == slider->maximum) {
+        painter->fillRect(option->rect,
+                          option->palette.color(QPalette::Window)); // nothing to scroll: its place
+        return;
+    }
     if (ownLook_ && control == CC_TitleBar) {
         if (const auto *const bar = qstyleoption_cast<const QStyleOptionTitleBar *>(option))
             return DrawTitleBar(*bar, *painter, widget);

@@ -8,8 +8,9 @@ class QStyleOptionTitleBar;
 namespace px40 {
 
 /// The desktop's style with what the program does not leave to it: drawn icons in message boxes, hints that
-/// can be read, and where that style is Fusion flat title bars of the windows in a workspace, and frames of
-/// boxes and options that are seen on dark colours, too. Other styles decide that themselves.
+/// can be read, no scroll bar where there is nothing to scroll, and where that style is Fusion flat title
+/// bars of the windows in a workspace, and frames of boxes and options that are seen on dark colours, too.
+/// Other styles decide that themselves.
 ///
 /// Everything is drawn in the colours of the moment, so they may change while the program runs.
 class HouseStyle : public QProxyStyle
@@ -22,6 +23,8 @@ class HouseStyle : public QProxyStyle
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                        const QWidget *widget) const override;
+    void drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                     const QWidget *widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
                             const QWidget *widget) const override;
     QIcon standardIcon(StandardPixmap icon, const QStyleOption *option, const QWidget *widget) const override;

@@ -342,5 +342,9 @@ PX40_TEXT(SelectionTip, 1162,
           u"Of the readings (DATA) in the selected rows. SD is the standard deviation of a sample (n - 1).")
 PX40_TEXT(GraphZoomIn, 1163, u"Zoom &In")
 PX40_TEXT(GraphZoomOut, 1164, u"Zoom &Out")
+PX40_TEXT(OverRange, 1166, u"Over range.")
+PX40_TEXT(NoValue, 1167, u"Error: the PX40 has no value.")
+PX40_TEXT(BurnOut, 1168, u"Burn-out: the sensor or its line is open.")
+PX40_TEXT(Demo, 1169, u"DEMO")
 PX40_TEXT(GraphZoomBack, 1165, u"Zoom &Back")
 // clang-format on

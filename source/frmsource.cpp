@@ -4,6 +4,7 @@
 #include "platform/elidedlabel.h"
 #include "platform/geometry.h"
 #include "platform/named.h"
+#include "resources/icons.h"
 #include "source/sourcecommands.h"
 #include "source/sourceface.h"
 
@@ -15,12 +16,65 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace px40 {
+
+/// The caption of a list: strong, with a bar before it, while the list is in effect. Takes the same room
+/// either way.
+class EffectLabel : public QLabel
+{
+  public:
+    EffectLabel(const QString &text, QWidget *parent) : QLabel(text, parent)
+    {
+        setContentsMargins(BarWidth + BarGap, 0, 0, 0);
+    }
+
+    void SetInEffect(bool inEffect)
+    {
+        if (std::exchange(inEffect_, inEffect) == inEffect)
+            return;
+        setFont(OfWeight(inEffect));
+        update();
+    }
+
+    /// A font that leaves all but its weight to the surroundings.
+    static QFont OfWeight(bool strong)
+    {
+        QFont font;
+        font.setWeight(strong ? QFont::DemiBold : QFont::Normal);
+        return font;
+    }
+
+    QSize sizeHint() const override
+    {
+        QFont strong = font();
+        strong.setWeight(QFont::DemiBold);
+        const QFontMetrics metrics(strong);
+        return {metrics.horizontalAdvance(text()) + BarWidth + BarGap + 2, metrics.height()};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        QLabel::paintEvent(event);
+        if (inEffect_)
+            QPainter(this).fillRect(QRect(0, 1, BarWidth, height() - 2),
+                                    palette().color(QPalette::Highlight));
+    }
+
+  private:
+    static constexpr int BarWidth = 4;
+    static constexpr int BarGap = 4;
+
+    bool inEffect_ = false;
+};
 
 namespace {
 
@@ -44,7 +98,8 @@ bool IsOpen(const QComboBox *list)
 } // namespace
 
 frmSource::frmSource(SourceCommands &commands, const RangeLists &ranges, UserStore &store, QWidget *parent)
-    : LiveWindow(QStringLiteral("Source"), store, parent), commands_(&commands), face_(new SourceFace(this))
+    : LiveWindow(QStringLiteral("Source"), store, parent), commands_(&commands), face_(new SourceFace(this)),
+      controls_(new QWidget(this)), usualFont_(QFontInfo(font()).pixelSize())
 {
     setWindowTitle(Text(Str::SourceTitle));
     connect(face_, &SourceFace::stepUp, commands_, &SourceCommands::StepUp);
@@ -52,7 +107,8 @@ frmSource::frmSource(SourceCommands &commands, const RangeLists &ranges, UserSto
 
     auto *const column = new QVBoxLayout(this);
     column->addWidget(face_, 1);
-    auto *const grid = new QGridLayout;
+    auto *const grid = new QGridLayout(controls_);
+    grid->setContentsMargins(0, 0, 0, 0);
     grid->addLayout(BuildButtons(), 0, 0);
     grid->addWidget(BuildRatio(), 0, 1);
     grid->addWidget(BuildLists("frThermo", Str::SourceThermoFrame,
@@ -67,14 +123,18 @@ frmSource::frmSource(SourceCommands &commands, const RangeLists &ranges, UserSto
         1, 1);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
-    column->addLayout(grid);
+    column->addWidget(controls_);
     column->addWidget(MessageLine());
     const QList<QWidget *> controls = findChildren<QWidget *>();
     for (QWidget *const control : controls)
         control->installEventFilter(this);
+    btInput_->setFocus(); // the one control in which a stray key changes nothing
     commands_->LoadLists();
 
-    column->activate(); // makes the minimum size known
+    ScaleControls();
+    column->activate();                    // makes the minimum size known
+    setMinimumSize(column->minimumSize()); // or the larger letters of a large window would raise it
+    usualSize_ = sizeHint();
     Place(QRect(QPoint(0, TwipsToPixels(FirstTopTwips, logicalDpiX())), sizeHint()));
 }
 
@@ -87,12 +147,15 @@ QBoxLayout *frmSource::BuildButtons()
     connect(btSrcOnOff, &QPushButton::clicked, commands_, &SourceCommands::SwitchOnOff);
     btInput_ = NewNamed<QPushButton>("btInput", Text(Str::SourceValueTitle), this);
     btInput_->setToolTip(Text(Str::TipSourceValue));
-    btInput_->setFocus(); // the one control in which a stray key changes nothing
     connect(btInput_, &QPushButton::clicked, this, &frmSource::valueAsked);
-    auto *const btNm = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
-    btNm->setToolTip(Text(Str::TipSourceRatio));
-    connect(btNm, &QPushButton::clicked, commands_, &SourceCommands::SwitchRatio);
-    for (QPushButton *const button : {btSrcOnOff, btInput_, btNm}) {
+    btNm_ = NewNamed<QPushButton>("btNm", Text(Str::SourceRatio), this);
+    btNm_->setToolTip(Text(Str::TipSourceRatio));
+    btNm_->setCheckable(true);
+    connect(btNm_, &QPushButton::clicked, this, [this] {
+        btNm_->setChecked(ratioOn_); // the next status shows whether it has changed
+        commands_->SwitchRatio();
+    });
+    for (QPushButton *const button : {btSrcOnOff, btInput_, btNm_}) {
         button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
         row->addWidget(button, 1);
     }
@@ -107,7 +170,6 @@ QGroupBox *frmSource::BuildRatio()
         auto *const label = NewNamed<QLabel>(labelName, Text(caption), frNm);
         auto *const box = NewNamed<QLineEdit>(boxName, frNm);
         box->setAccessibleName(Text(Str::SourceRatio) + u' ' + Text(caption));
-        box->setFixedWidth(box->fontMetrics().horizontalAdvance(u'0') * RatioDigits + 12);
         label->setBuddy(box);
         row->addWidget(label);
         row->addWidget(box);
@@ -116,8 +178,8 @@ QGroupBox *frmSource::BuildRatio()
     QLineEdit *const tbN = add("llN", "tbN", Str::SourceRatioN);
     QLineEdit *const tbM = add("llM", "tbM", Str::SourceRatioM);
     auto *const btNmSet = NewNamed<QPushButton>("btNmSet", Text(Str::SourceSet), this);
-    row->addStretch(1);
     row->addWidget(btNmSet);
+    row->addStretch(1);
     connect(btNmSet, &QPushButton::clicked, this,
             [this, tbN, tbM] { commands_->SetRatio(tbN->text(), tbM->text()); });
     for (const QLineEdit *const box : {tbN, tbM})
@@ -139,13 +201,14 @@ QGroupBox *frmSource::BuildLists(const char *name, Str caption, std::initializer
 void frmSource::AddList(QGridLayout *grid, const RangeList &list)
 {
     auto *const label =
-        NewNamed<QLabel>(QStringLiteral("ll") + QLatin1StringView(list.name), Text(list.caption), this);
+        NewNamed<EffectLabel>(QStringLiteral("ll") + QLatin1StringView(list.name), Text(list.caption), this);
     auto *const box = NewNamed<QComboBox>(QStringLiteral("cb") + QLatin1StringView(list.name), this);
     box->addItems(list.entries);
     box->setCurrentIndex(0);
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
     label->setBuddy(box);
+    captions_[list.list] = label;
     const int row = grid->rowCount();
     grid->addWidget(label, row, 0);
     grid->addWidget(box, row, 1);
@@ -158,11 +221,48 @@ void frmSource::Show(const SourceDisplay &display)
 {
     QWidget *const focused = focusWidget();
     face_->Show(display);
+    ShowFault(display.fault);
+    ShowInEffect(display);
     if (std::none_of(lists_.begin(), lists_.end(), IsOpen))
         EnableRangeLists(display.mayChooseRange);
     if (!commands_->IsUserWaiting())
         ShowLists(display);
     KeepFocusSafe(focused);
+}
+
+void frmSource::ShowInEffect(const SourceDisplay &display)
+{
+    for (std::size_t list = 0; list < captions_.size(); ++list)
+        captions_[list]->SetInEffect(display.IsInEffect(list));
+    if (std::exchange(ratioOn_, display.ratioOn) == display.ratioOn)
+        return;
+    btNm_->setChecked(ratioOn_);
+    btNm_->setFont(EffectLabel::OfWeight(ratioOn_));
+    btNm_->setIcon(ratioOn_ ? MakeIcon(u"lampon", palette()) : QIcon()); // in colours of its own
+}
+
+/// In a large window they grow with the display.
+void frmSource::ScaleControls()
+{
+    const double scale = usualSize_.isEmpty() ? 1
+                                              : std::min(static_cast<double>(width()) / usualSize_.width(),
+                                                         static_cast<double>(height()) / usualSize_.height());
+    QFont font;
+    font.setPixelSize(static_cast<int>(usualFont_ * std::max(1.0, scale)));
+    if (controls_->font().pixelSize() == font.pixelSize())
+        return;
+    controls_->setFont(font);
+    MessageLine()->setFont(font);
+    const QFontMetrics metrics(font);
+    const QList<QLineEdit *> boxes = controls_->findChildren<QLineEdit *>();
+    for (QLineEdit *const box : boxes)
+        box->setFixedWidth(metrics.horizontalAdvance(u'0') * RatioDigits + metrics.height());
+}
+
+void frmSource::resizeEvent(QResizeEvent *event)
+{
+    LiveWindow::resizeEvent(event);
+    ScaleControls();
 }
 
 /// When a control is disabled, Qt moves the focus to the next one, where a key could step a digit. Moves it

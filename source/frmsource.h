@@ -17,6 +17,7 @@ class QPushButton;
 
 namespace px40 {
 
+class EffectLabel;
 class SourceCommands;
 class SourceFace;
 struct RangeLists;
@@ -48,6 +49,7 @@ class frmSource : public LiveWindow
 
   protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
   private:
     struct RangeList
@@ -62,14 +64,22 @@ class frmSource : public LiveWindow
     QGroupBox *BuildRatio();
     QGroupBox *BuildLists(const char *name, Str caption, std::initializer_list<RangeList> lists);
     void AddList(QGridLayout *grid, const RangeList &list);
+    void ShowInEffect(const SourceDisplay &display);
+    void ScaleControls();
     void ShowLists(const SourceDisplay &display);
     void KeepFocusSafe(QWidget *focused);
 
     SourceCommands *commands_;
     SourceFace *face_;
+    QWidget *controls_; ///< all below the face
     QPushButton *btInput_ = nullptr;
+    QPushButton *btNm_ = nullptr;
     QPointer<QWidget> disabledFocus_; ///< had the focus until it was disabled
     std::array<QComboBox *, SourceDisplay::Lists> lists_{};
+    std::array<EffectLabel *, SourceDisplay::Lists> captions_{};
+    int usualFont_ = 0; ///< of the controls at the usual size, in pixels
+    QSize usualSize_;
+    bool ratioOn_ = false;
 };
 
 } // namespace px40

@@ -90,10 +90,12 @@ void ShowNumber(const QString &value, SourceDisplay *display)
 void ShowValue(const InstrumentStatus &status, SourceDisplay *display)
 {
     const QString state = SplitValue(status.SourceField).state;
-    if (state == u"O" || state == u"E")
+    if (state == u"O" || state == u"E") { // a source has no burn-out
         std::fill(display->digits.begin() + 1, display->digits.end(), QStringLiteral("-"));
-    else
+        display->fault = ValueFault(SplitValue(status.SourceField));
+    } else {
         ShowNumber(status.SourceValue, display);
+    }
 }
 
 /// `position` if the list has it, else `KeepPosition`.
@@ -132,6 +134,7 @@ SourceDisplay ShowSource(const InstrumentStatus &status, const RangeLists &range
         display.indicators = ShowOptionIndicators(status);
     ShowPositions(status, ranges, &display);
     const auto maySend = [&status](SourceControl control) { return MaySend(control, status.SourceMode); };
+    display.ratioOn = SettingOf(SourceControl::Nm, status.SourceMode) == SourceSetting::RatioOff;
     display.mayStepUp = maySend(SourceControl::Up);
     display.mayChooseRange = maySend(SourceControl::Tc) || maySend(SourceControl::Rtd) ||
                              maySend(SourceControl::Temp) || maySend(SourceControl::Pulse) ||

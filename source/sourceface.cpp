@@ -85,7 +85,8 @@ FaceDesign SourceDesign()
                          .lamps = {"spSourceOnOff", "spSourceOnOff"},
                          .reading = {{QStringLiteral("llValue0"), SignWidth}},
                          .readingTop = ButtonsTop + ButtonHeight + ButtonGap + FrameMargin,
-                         .unitWidth = UnitWidth};
+                         .unitWidth = UnitWidth,
+                         .isOutput = true};
     for (int digit = 1; digit <= SourceFace::Digits; ++digit)
         design.reading.append({QStringLiteral("llValue%1").arg(digit), DigitWidth});
     return design;

@@ -1,5 +1,6 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
+#include "link/reply.h"
 #include "platform/geometry.h"
 #include "testing/linkrig.h"
 
@@ -80,6 +81,16 @@ class MoniterTest : public QObject
             QCOMPARE(rig.Seen(), expected);
         }
         QCOMPARE(rig.window->focusWidget(), rig.Button()); // again, after it was disabled
+
+        // Why there is no value stands before what came of a command, as long as it is so.
+        MeasureDisplay display = cases[1].first;
+        display.fault = ValueFault(SplitValue(u"VDCO+10.503"_qs));
+        rig.window->Show(display);
+        rig.window->ShowMessage(u"Refused."_qs);
+        const auto *const message = rig.window->findChild<QLabel *>(u"llMessage"_qs);
+        QCOMPARE(message->text(), u"Over range.  Refused."_qs);
+        rig.window->Fade();
+        QCOMPARE(message->text(), u"Refused."_qs);
 
         // A digit that changes moves no other one.
         auto *const value = rig.window->findChild<QLabel *>(u"llValue"_qs);
