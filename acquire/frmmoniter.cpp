@@ -24,7 +24,9 @@ constexpr int ClickDelayMs = 10;
 // In pixels of 1/96 inch, as the face's design.
 constexpr QSizeF FaceSize{304, 108};
 constexpr double ReadingTop = 31;
-constexpr double ReadingWidth = 228;  // three quarters of the face
+constexpr double ReadingWidth = 228; // three quarters of the face
+constexpr std::size_t FirstIndicator =
+    2;                                // while the others are lit here, the source neither steps nor sweeps
 constexpr double ReadingScale = 1.13; // so that a sign, five digits and a point fill it
 constexpr double UnitWidth = 56;
 constexpr double Margin = 8;
@@ -47,7 +49,8 @@ FaceDesign MeasureDesign()
             .reading = {{QStringLiteral("llValue"), ReadingWidth}},
             .readingTop = ReadingTop,
             .unitWidth = UnitWidth,
-            .readingScale = ReadingScale};
+            .readingScale = ReadingScale,
+            .firstIndicator = FirstIndicator};
 }
 
 } // namespace

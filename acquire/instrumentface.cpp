@@ -249,7 +249,8 @@ void InstrumentFace::LayOutIndicators()
     for (std::size_t i = 0; i < llDipsw_.size(); ++i) {
         const QString longest = QString::fromUtf16(LongestIndicators.at(i));
         llDipsw_[i]->setFont(font);
-        if (!longest.isEmpty())
+        llDipsw_[i]->setGeometry({});
+        if (!longest.isEmpty() && i >= design_.firstIndicator)
             row.emplace_back(llDipsw_[i], std::ceil(metrics.horizontalAdvance(longest)) + 1);
     }
     llDemo_->setFont(strong);

@@ -34,8 +34,9 @@ struct FaceDesign
                                        ///< cell, in the middle of the others
     double readingTop;
     double unitWidth;
-    double readingScale = 1; ///< of the characters of the reading, beside the table's size
-    bool isOutput = false;   ///< its frame shows that it is on
+    double readingScale = 1;        ///< of the characters of the reading, beside the table's size
+    std::size_t firstIndicator = 0; ///< those before it are never lit on this side
+    bool isOutput = false;          ///< its frame shows that it is on
 };
 
 /// The display of one side of the instrument: function and lamp above, the reading with its unit or

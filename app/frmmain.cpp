@@ -36,7 +36,7 @@ namespace px40 {
 namespace {
 
 // Of the smallest workspace, in letters and lines.
-constexpr int LeastColumns = 60;
+constexpr int LeastColumns = 104;
 constexpr int LeastLines = 19;
 
 QStringList LocalFiles(const QMimeData *mime)

@@ -1,6 +1,7 @@
 #include "document/datatable.h"
 
 #include "document/tablecopy.h"
+#include "resources/icons.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -43,11 +44,13 @@ class TableMime : public QMimeData
 class CellDelegate : public QStyledItemDelegate
 {
   public:
-    explicit CellDelegate(QTableView *table) : QStyledItemDelegate(table), table_(table) {}
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void SetAlone(bool alone) { alone_ = alone; }
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {
-        const bool alone = option.state.testFlag(QStyle::State_Selected) && IsAlone();
+        const bool alone = alone_ && option.state.testFlag(QStyle::State_Selected);
         QStyleOptionViewItem plain = option;
         if (alone)
             plain.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
@@ -59,7 +62,10 @@ class CellDelegate : public QStyledItemDelegate
         if (!alone)
             return;
         constexpr int Width = 2;
-        QPen pen(option.palette.color(QPalette::Highlight), Width);
+        const bool focused =
+            option.state.testFlag(QStyle::State_HasFocus) && option.state.testFlag(QStyle::State_Active);
+        const QColor ink = option.palette.color(QPalette::Active, QPalette::Highlight);
+        QPen pen(focused ? ink : Mix(option.palette.color(QPalette::Base), ink, 0.6), Width);
         pen.setJoinStyle(Qt::MiterJoin);
         painter->setPen(pen);
         painter->setBrush(Qt::NoBrush);
@@ -67,13 +73,7 @@ class CellDelegate : public QStyledItemDelegate
     }
 
   private:
-    bool IsAlone() const
-    {
-        const QItemSelection selected = table_->selectionModel()->selection();
-        return selected.size() == 1 && selected.first().width() == 1 && selected.first().height() == 1;
-    }
-
-    QTableView *table_;
+    bool alone_ = false; ///< the selected cell is the only one
 };
 
 } // namespace
@@ -90,6 +90,7 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the columns keep still when it is needed
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(1); // the style's margins would make rows higher
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setStretchLastSection(true); // takes the width that rounding or the user leaves
@@ -103,6 +104,9 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
 void DataTable::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
     QTableView::selectionChanged(selected, deselected);
+    const QItemSelection all = selectionModel()->selection();
+    static_cast<CellDelegate *>(itemDelegate())
+        ->SetAlone(all.size() == 1 && all.first().width() == 1 && all.first().height() == 1);
     viewport()->update(); // a cell that is no longer alone looks different
 }
 

@@ -61,9 +61,13 @@ class RunBar : public QProgressBar
         QPainter painter(this);
         const QColor ground = palette().color(QPalette::Window);
         painter.fillRect(rect(), Mix(ground, palette().color(QPalette::WindowText), 0.12));
+        // The style's Mid, where it stands out from the ground.
+        const QColor mid = palette().color(QPalette::Mid);
+        const bool dark = ground.lightness() < 128;
+        const QColor done = dark ? Mix(ground, palette().color(QPalette::WindowText), 0.45) : mid;
         const double share = maximum() > 0 ? static_cast<double>(value()) / maximum() : 0;
         painter.fillRect(QRectF(0, 0, width() * share, height()),
-                         palette().color(ended_ ? QPalette::Mid : QPalette::Highlight));
+                         ended_ ? done : palette().color(QPalette::Highlight));
     }
 
   private:
@@ -82,7 +86,7 @@ struct PanelPlace
     int width;        ///< of the whole panel, in characters; 0: what is left
 };
 
-constexpr int FirstColumnWidth = 38;
+constexpr int FirstColumnWidth = 33;
 constexpr int FirstCaptionWidth = 9;
 constexpr int CaptionWidth = 5;
 constexpr int InitialWidth = 120; // shows the longest text of a panel

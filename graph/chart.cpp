@@ -122,7 +122,7 @@ void Chart::Hover()
 {
     std::optional<qint32> sample;
     const QRect plot = PlotRect();
-    if (Model() && pointer_ && plot.contains(*pointer_))
+    if (Model() && pointer_ && plot.contains(*pointer_) && !LegendAt(*pointer_))
         sample = Place().Nearest(pointer_->x() - plot.left());
     if (sample.value_or(0) == hovered_)
         return;
@@ -146,7 +146,10 @@ void Chart::DrawHoverText(QPainter &painter) const
     const QFontMetricsF metrics(font());
     const QString shown = metrics.elidedText(text, Qt::ElideRight, line.width());
     line.setWidth(metrics.horizontalAdvance(shown) + metrics.averageCharWidth());
-    painter.fillRect(line.adjusted(0, 0, 0, 1), look_.background);
+    QRectF ground = line.adjusted(0, 0, 0, 1);
+    if (ground.right() > LegendLeft()) // no part of the legend is left over
+        ground.setRight(rect().right());
+    painter.fillRect(ground, look_.background);
     painter.setPen(look_.text);
     painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
 }

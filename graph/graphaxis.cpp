@@ -16,9 +16,10 @@ constexpr int LeastValueLabels = 2;
 
 constexpr int Minute = 60;
 constexpr int Hour = 60 * Minute;
+constexpr int Day = 24 * Hour;
 constexpr int RoundSeconds[] = {1,      2,          5,          10,          15,          30,
                                 Minute, 2 * Minute, 5 * Minute, 10 * Minute, 15 * Minute, 30 * Minute,
-                                Hour,   2 * Hour,   3 * Hour,   6 * Hour,    12 * Hour,   24 * Hour};
+                                Hour,   2 * Hour,   3 * Hour,   6 * Hour,    12 * Hour};
 
 /// The next step after `step` in the sequence 1, 2, 5, 10, 20, 50 ...
 qint64 NextStep(qint64 step)
@@ -71,26 +72,19 @@ QString StepNumber(double value, double step)
     return QString::number(value, 'g', std::clamp(static_cast<int>(digits), 1, SureDigits));
 }
 
-/// Samples that are `step` apart, one of which is `origin`.
-struct Sequence
+/// The first number of the sequence 1, 1 + step, 1 + 2 step ... that is not below `first`.
+qint64 FirstInSequence(qint64 first, qint64 step)
 {
-    qint64 step;
-    qint64 origin = 1;
+    return (first - 1 + step - 1) / step * step + 1;
+}
 
-    /// The first one that is not below `sample`.
-    qint64 From(qint64 sample) const { return sample + ((origin - sample) % step + step) % step; }
-};
-
-/// The first sample from there on that may get a label; one behind the last for none.
-using NextSample = std::function<qint64(qint64)>;
-
-/// Those that get a label; nothing when two labels touch.
-std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, const NextSample &next,
+/// The samples that get a label at that step; nothing when two labels touch.
+std::optional<std::vector<qint32>> Labels(const CategoryPlace &place, qint64 step,
                                           const std::function<double(qint32)> &labelWidth)
 {
     std::vector<qint32> samples;
     double taken = -place.reachLeft;
-    for (qint64 at = next(place.first); at <= place.last; at = next(at + 1)) {
+    for (qint64 at = FirstInSequence(place.first, step); at <= place.last; at += step) {
         const auto sample = static_cast<qint32>(at);
         const double x = place.X(sample);
         const double width = labelWidth(sample);
@@ -114,32 +108,58 @@ qint64 AutomaticTickStep(const CategoryPlace &place, qint64 labelStep)
     return std::min(step, labelStep);
 }
 
-void AddTicks(CategoryTicks *chosen, const CategoryPlace &place, const Sequence &sequence)
+void AddTicks(std::vector<qint32> *ticks, const CategoryPlace &place, qint64 step)
 {
     const qint64 end = qint64(place.first) + place.count;
-    for (qint64 at = sequence.From(place.first); at < end; at += sequence.step)
-        chosen->ticks.push_back(static_cast<qint32>(at));
+    for (qint64 at = FirstInSequence(place.first, step); at < end; at += step)
+        ticks->push_back(static_cast<qint32>(at));
 }
 
-/// The first sample from `from` on whose time is round. `interval`: between samples, in seconds, where none
-/// was missed.
-qint64 NextRound(const CategoryPlace &place, qint64 from, int round, int interval,
-                 const std::function<std::optional<int>(qint32)> &second)
+/// The times of the samples in view, in seconds that go on counting at midnight.
+class SampleTimes
 {
-    constexpr int MostLooks = 64; // in vain: round times lie between the samples
-    const auto at = [&second](qint64 sample) { return second(static_cast<qint32>(sample)).value_or(0); };
-    for (int look = 0; look < MostLooks && from <= place.last; ++look) {
-        const int taken = at(from);
-        const int wait = (round - taken % round) % round;
-        if (wait == 0)
-            return from;
-        const qint64 next = std::min<qint64>(from + std::max(1, wait / interval), place.last);
-        const int beyond = at(next) - taken - wait; // after missed samples; midnight ends a round time, too
-        const qint64 back = beyond > 0 ? (beyond + interval - 1) / interval : 0;
-        from = std::max(from + 1, next - back);
+  public:
+    SampleTimes(const CategoryPlace &place, const std::function<std::optional<int>(qint32)> &second)
+        : place_(&place), second_(&second)
+    {
+        begin_ = second(place.first);
+        const std::optional<int> next = second(place.first + 1);
+        const std::optional<int> last = second(place.last);
+        const std::optional<int> before = second(place.last - 1);
+        if (!begin_ || !next || !last || !before)
+            return;
+        // Two looks, because a sample may be missing at one of them.
+        interval_ = std::min((*next - *begin_ + Day) % Day, (*last - *before + Day) % Day);
     }
-    return qint64(place.last) + 1;
-}
+
+    /// Between samples, in seconds; 0: they have no times.
+    int Interval() const { return interval_; }
+
+    qint64 At(qint32 sample) const
+    {
+        const int second = (*second_)(sample).value_or(*begin_);
+        const double expected = static_cast<double>(sample - place_->first) * interval_ + *begin_;
+        return second + Day * std::lround((expected - second) / Day);
+    }
+
+    /// The last sample at that time or before it.
+    qint32 Until(qint64 time) const
+    {
+        qint32 before = place_->first;
+        qint32 after = place_->last + 1;
+        while (after - before > 1) {
+            const qint32 middle = before + (after - before) / 2;
+            (At(middle) <= time ? before : after) = middle;
+        }
+        return before;
+    }
+
+  private:
+    const CategoryPlace *place_;
+    const std::function<std::optional<int>(qint32)> *second_;
+    std::optional<int> begin_;
+    int interval_ = 0;
+};
 
 /// With a label at every multiple of a round step of at least that share of the range.
 ValueTicks ValueTicksOf(const ValueRange &range, double length, double share)
@@ -287,11 +307,10 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
     const qint64 ticks = settings.xAuto ? 1 : std::max(1, settings.xTicks);
 
     qint64 multiple = StepFor(width * static_cast<double>(labels), LeastLabelDistance);
-    const auto next = [&](qint64 from) { return Sequence{labels * multiple}.From(from); };
-    std::optional<std::vector<qint32>> labelled = Labels(place, next, labelWidth);
+    std::optional<std::vector<qint32>> labelled = Labels(place, labels * multiple, labelWidth);
     while (!labelled) {
         multiple = NextStep(multiple);
-        labelled = Labels(place, next, labelWidth);
+        labelled = Labels(place, labels * multiple, labelWidth);
     }
     chosen.labelled = *labelled;
     const qint64 labelStep = labels * multiple;
@@ -301,38 +320,48 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
         tickStep = AutomaticTickStep(place, labelStep);
     }
     chosen.labelsHaveTicks = labelStep % tickStep == 0;
-    AddTicks(&chosen, place, {tickStep});
+    AddTicks(&chosen.ticks, place, tickStep);
     return chosen;
 }
 
-std::optional<CategoryTicks> ChooseRoundTimes(const CategoryPlace &place,
-                                              const std::function<double(qint32)> &labelWidth,
-                                              const std::function<std::optional<int>(qint32)> &second)
+std::vector<TimeLabel> ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
+                                        const std::function<std::optional<int>(qint32)> &second)
 {
+    std::vector<TimeLabel> labels;
     if (!(place.plotWidth > 0) || place.last <= place.first)
-        return std::nullopt;
-    const std::optional<int> begin = second(place.first);
-    const std::optional<int> next = second(place.first + 1);
-    if (!begin || !next)
-        return std::nullopt;
-    const int interval = std::max(1, *next - *begin); // or midnight lies between them
-    for (const int round : RoundSeconds) {
-        const qint64 step = std::max(1, round / interval);
-        if (place.Width() * static_cast<double>(step) < LeastLabelDistance)
-            continue;
-        const auto nextRound = [&](qint64 from) { return NextRound(place, from, round, interval, second); };
-        const std::optional<std::vector<qint32>> labelled = Labels(place, nextRound, labelWidth);
-        if (!labelled || labelled->empty())
-            continue;
-        CategoryTicks chosen{*labelled, {}, true};
-        const Sequence ticks{AutomaticTickStep(place, step), labelled->front()};
-        if (std::all_of(labelled->begin(), labelled->end(), [&](qint32 at) { return ticks.From(at) == at; }))
-            AddTicks(&chosen, place, ticks);
-        else
-            chosen.ticks = *labelled;
-        return chosen;
+        return labels;
+    const SampleTimes times(place, second);
+    if (times.Interval() == 0)
+        return labels;
+    const double perSecond = place.Width() / times.Interval();
+    const auto fits = [&](int round) { return round * perSecond >= labelWidth + LabelGap; };
+    const auto *const found = std::find_if(std::begin(RoundSeconds), std::end(RoundSeconds), fits);
+    const qint64 round = found != std::end(RoundSeconds) ? *found : Day;
+    const auto roundUp = [round](qint64 time) { return (time + round - 1) / round * round; };
+    const qint64 end = times.At(place.last);
+    double free = -place.reachLeft;
+    for (qint64 time = roundUp(times.At(place.first)); time <= end; time += round) {
+        const qint32 sample = times.Until(time);
+        const qint64 taken = times.At(sample);
+        const qint64 next = sample < place.last ? times.At(sample + 1) : taken;
+        const double share =
+            next > taken ? static_cast<double>(time - taken) / static_cast<double>(next - taken) : 0;
+        const double left = place.X(sample + share) - labelWidth / 2;
+        if (left >= free && left + labelWidth <= place.plotWidth + place.reachRight) {
+            labels.push_back({sample + share, static_cast<int>(time % Day)});
+            free = left + labelWidth + LabelGap;
+        } else if (next > time) { // no two labels within a pause
+            time = roundUp(next) - round;
+        }
     }
-    return std::nullopt;
+    return labels;
+}
+
+std::vector<qint32> SampleTicks(const CategoryPlace &place)
+{
+    std::vector<qint32> ticks;
+    AddTicks(&ticks, place, StepFor(place.Width(), AutomaticTickGap));
+    return ticks;
 }
 
 } // namespace px40

@@ -64,7 +64,7 @@ struct CategoryPlace
 
     double Width() const { return plotWidth / count; }
     /// The middle of a sample's category.
-    double X(qint32 sample) const { return EdgeOf(sample) + Width() / 2; }
+    double X(double sample) const { return EdgeOf(sample) + Width() / 2; }
     /// A place among the samples, each of which reaches from its number to the next, and its x.
     double At(double x) const { return first + x / Width(); }
     double EdgeOf(double at) const { return (at - first) * Width(); }
@@ -89,11 +89,22 @@ struct CategoryTicks
 CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &settings,
                                const std::function<double(qint32)> &labelWidth);
 
-/// The same with labels on round times: whole 1, 2, 5, 10, 15, 30 seconds, minutes, then hours. `second`: of
-/// the day at which a sample was taken. Nothing when no such label fits, or no sample was taken at such a
-/// time.
-std::optional<CategoryTicks> ChooseRoundTimes(const CategoryPlace &place,
-                                              const std::function<double(qint32)> &labelWidth,
-                                              const std::function<std::optional<int>(qint32)> &second);
+/// A label on a time axis: a place among the samples, which may lie between two of them, and the time there
+/// in seconds of the day.
+struct TimeLabel
+{
+    double at;
+    int second;
+
+    bool operator==(const TimeLabel &) const = default;
+};
+
+/// Labels on round times: whole 1, 2, 5, 10, 15, 30 seconds, minutes, then hours. `second`: of the day at
+/// which a sample was taken. Empty when the samples have no times.
+std::vector<TimeLabel> ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
+                                        const std::function<std::optional<int>(qint32)> &second);
+
+/// The samples that get ticks when no label stands on a sample.
+std::vector<qint32> SampleTicks(const CategoryPlace &place);
 
 } // namespace px40

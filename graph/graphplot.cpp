@@ -5,6 +5,7 @@
 #include "resources/strings.h"
 
 #include <QFontMetricsF>
+#include <QTime>
 
 #include <algorithm>
 #include <cmath>
@@ -135,8 +136,11 @@ void GraphPlot::Fill(const QSize &size, double density)
     for (const QString &label : std::as_const(TicksOf(yAxis).labels))
         labels = std::max(labels, metrics.horizontalAdvance(label));
     const int name = NameValueAxis(size.height() - top - bottom);
-    left_ = std::max(left_, static_cast<int>(labels) + TickLength + LabelPadding + edge + 1 + name);
-    const int left = left_;
+    labelRoom_ = std::max(labelRoom_, static_cast<int>(std::ceil(labels)));
+    nameRoom_ = std::max(nameRoom_, name);
+    yAxis->setLabelPadding(LabelPadding + labelRoom_ -
+                           static_cast<int>(std::ceil(labels))); // the name keeps still
+    const int left = labelRoom_ + TickLength + LabelPadding + edge + 1 + nameRoom_;
     const int right = edge * 2;
     axisRect()->setMargins({left, top, right, bottom});
 
@@ -199,7 +203,7 @@ int GraphPlot::NameValueAxis(double length)
         called.clear();
     yAxis->setLabelFont(font());
     yAxis->setLabel(metrics.elidedText(called, Qt::ElideRight, length));
-    return called.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + yAxis->labelPadding();
+    return called.isEmpty() ? 0 : static_cast<int>(std::ceil(metrics.height())) + LabelPadding;
 }
 
 void GraphPlot::FillValueAxis(double length)
@@ -225,12 +229,25 @@ void GraphPlot::FillCategoryAxis()
     };
     GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     settings.xAuto = settings.xAuto || IsZoomed(); // the user's divisions are meant for the unzoomed view
-    const auto labelWidth = [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); };
-    std::optional<CategoryTicks> round;
-    if (settings.xAuto && model_ && model_->Texts().second)
-        round = ChooseRoundTimes(place_, labelWidth, model_->Texts().second);
-    const CategoryTicks chosen = round ? *round : ChooseCategories(place_, settings, labelWidth);
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
+    if (settings.xAuto && model_ && model_->Texts().second) {
+        const QString sample = QStringLiteral("00:00:00");
+        const std::vector<TimeLabel> round =
+            ChooseRoundTimes(place_, metrics.horizontalAdvance(sample), model_->Texts().second);
+        ValueTicks &ticks = TicksOf(xAxis);
+        ticks = {};
+        for (const TimeLabel &one : round) {
+            ticks.labelled.append(one.at);
+            ticks.labels.append(QTime(0, 0).addSecs(one.second).toString(QStringLiteral("hh:mm:ss")));
+        }
+        const std::vector<qint32> samples = SampleTicks(place_);
+        ticks.plain = {samples.begin(), samples.end()};
+        xAxis->setTickLengthOut(TickLength);
+        if (!round.empty())
+            return;
+    }
+    const auto labelWidth = [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); };
+    const CategoryTicks chosen = ChooseCategories(place_, settings, labelWidth);
     // QCustomPlot labels ticks only, so a label without a tick gets one of no length.
     xAxis->setTickLengthOut(chosen.labelsHaveTicks ? TickLength : 0);
     ValueTicks &ticks = TicksOf(xAxis);

@@ -55,7 +55,7 @@ class GraphPlot : public QCustomPlot
     bool IsHidden(Drawing drawing) const { return !graph(drawing)->visible(); }
     void Hide(Drawing drawing, bool hidden);
     /// The margin at the left, which has room for the widest labels so far, may be narrower again.
-    void ForgetMargin() { left_ = 0; }
+    void ForgetMargin() { labelRoom_ = nameRoom_ = 0; }
     /// Shows what `other` shows.
     void ShowLike(const GraphPlot &other);
 
@@ -69,6 +69,8 @@ class GraphPlot : public QCustomPlot
     /// From the upper edge of the picture.
     double Y(double value) const { return yAxis->coordToPixel(value); }
 
+    /// Where the legend begins, from the left edge of the picture.
+    double LegendLeft() const { return Legend().empty() ? PlotRect().right() : Legend().back().box.left(); }
     /// The line of text at the top, where the legend stands: above the lines, or on them where the picture is
     /// low.
     QRectF TopLine() const;
@@ -101,7 +103,8 @@ class GraphPlot : public QCustomPlot
     QPointer<GraphModel> model_;
     GraphStyle style_;
     QString caption_;
-    int left_ = 0; ///< the widest margin so far
+    int labelRoom_ = 0; ///< of the value axis, in pixels: the widest so far
+    int nameRoom_ = 0;
     CategoryPlace place_;
     std::optional<SampleWindow> zoom_;
     bool legendInside_ = false; ///< on the lines

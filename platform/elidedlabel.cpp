@@ -4,7 +4,8 @@
 #include <QStyle>
 #include <QTextDocument>
 
-#include <utility>
+#include <algorithm>
+#include <tuple>
 
 namespace px40 {
 
@@ -36,23 +37,27 @@ void ElidedLabel::paintEvent(QPaintEvent *event)
         QLabel::paintEvent(event);
         return;
     }
-    QPainter painter(this);
-    // Piece by piece, until one does not fit.
+    // The strong part and what follows it are shown whole while they can be; what comes before is elided.
+    QFont strong = font();
+    strong.setWeight(QFont::DemiBold);
+    const QFontMetrics strongMetrics(strong);
     const qsizetype end = at + strong_.size();
-    for (const auto &[piece, weight] :
-         {std::pair{at < 0 ? text() : text().left(at), QFont::Normal}, std::pair{strong_, QFont::DemiBold},
-          std::pair{at < 0 ? QString() : text().mid(end), QFont::Normal}}) {
-        if (piece.isEmpty() || (at < 0 && weight == QFont::DemiBold))
-            continue;
-        QFont font = this->font();
-        font.setWeight(weight);
+    const QString before = at < 0 ? QString() : text().left(at);
+    const QString after = at < 0 ? text() : text().mid(end);
+    const int whole = at < 0
+                          ? area.width()
+                          : strongMetrics.horizontalAdvance(strong_) + fontMetrics().horizontalAdvance(after);
+    QPainter painter(this);
+    for (const auto &[piece, font, width] :
+         {std::tuple{before, this->font(), std::max(0, area.width() - whole)},
+          std::tuple{at < 0 ? QString() : strong_, strong, area.width()},
+          std::tuple{after, this->font(), area.width()}}) {
+        const QFontMetrics metrics(font);
+        const QString fits = metrics.elidedText(piece, Qt::ElideRight, std::min(width, area.width()));
         painter.setFont(font);
-        const QString fits = painter.fontMetrics().elidedText(piece, Qt::ElideRight, area.width());
         style()->drawItemText(&painter, area, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), fits,
                               foregroundRole());
-        if (fits != piece)
-            return;
-        area.setLeft(area.left() + painter.fontMetrics().horizontalAdvance(piece));
+        area.setLeft(area.left() + metrics.horizontalAdvance(fits));
     }
 }
 

@@ -135,6 +135,15 @@ int HouseStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
     return QProxyStyle::pixelMetric(metric, option, widget);
 }
 
+int HouseStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                          QStyleHintReturn *returned) const
+{
+    if (hint == SH_Table_GridLineColor && option)
+        return static_cast<int>(
+            Mix(option->palette.color(QPalette::Base), option->palette.color(QPalette::Text), 0.18).rgb());
+    return QProxyStyle::styleHint(hint, option, widget, returned);
+}
+
 /// The style draws frames in a shade of the window's colour, which is not seen on a dark one: a palette with
 /// a window colour of which that shade is.
 const QPalette &HouseStyle::WithFrames(const QPalette &palette) const
@@ -216,8 +225,10 @@ void HouseStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
 {
     const auto *const slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
     if (control == CC_ScrollBar && slider && slider->minimum == slider->maximum) {
-        painter->fillRect(option->rect,
-                          option->palette.color(QPalette::Window)); // nothing to scroll: its place
+        const QWidget *const place =
+            widget && widget->parentWidget() ? widget->parentWidget()->parentWidget() : nullptr;
+        const bool inTable = qobject_cast<const QTableView *>(place);
+        painter->fillRect(option->rect, option->palette.color(inTable ? QPalette::Base : QPalette::Window));
         return;
     }
     if (ownLook_ && control == CC_TitleBar) {

@@ -29,6 +29,8 @@ class HouseStyle : public QProxyStyle
                             const QWidget *widget) const override;
     QIcon standardIcon(StandardPixmap icon, const QStyleOption *option, const QWidget *widget) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *returned) const override;
     void polish(QPalette &palette) override;
     using QProxyStyle::polish;
 

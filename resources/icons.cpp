@@ -38,6 +38,7 @@ Q_LOGGING_CATEGORY(lcResources, "px40.resources")
 
 constexpr double disabledOpacity = 0.35;
 constexpr double leastContrast = 3.5;
+constexpr double leastTextContrast = 4.5;
 
 struct Colours
 {
@@ -200,11 +201,18 @@ QColor LampGreen(const QPalette &palette)
 
 QPalette WithReadableHints(QPalette palette)
 {
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+        QColor highlight = palette.color(group, QPalette::Highlight);
+        const QColor selected = palette.color(group, QPalette::HighlightedText);
+        const QColor away = selected.lightness() < 128 ? Qt::white : Qt::black;
+        while (Contrast(highlight, selected) < leastTextContrast && highlight != away)
+            highlight = Mix(highlight, away, 0.05);
+        palette.setColor(group, QPalette::Highlight, highlight);
+    }
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         const QColor ground = palette.color(group, QPalette::Window);
         const QColor hint = palette.color(group, QPalette::PlaceholderText);
-        constexpr double leastHintContrast = 4.5;
-        if (Contrast(Mix(ground, hint, hint.alphaF()), ground) < leastHintContrast)
+        if (Contrast(Mix(ground, hint, hint.alphaF()), ground) < leastTextContrast)
             palette.setColor(group, QPalette::PlaceholderText,
                              Mix(palette.color(group, QPalette::WindowText), ground, 0.35));
     }

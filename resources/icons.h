@@ -26,7 +26,7 @@ QIcon MakeIcon(QStringView name, const QPalette &palette);
 QIcon ApplicationIcon();
 
 /// `palette` with hints (QPalette::PlaceholderText) that can be read on its windows: some desktops set dark
-/// colours and leave the hints black.
+/// colours and leave the hints black. The same for selected texts.
 QPalette WithReadableHints(QPalette palette);
 
 } // namespace px40

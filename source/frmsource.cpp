@@ -233,7 +233,7 @@ void frmSource::Show(const SourceDisplay &display)
 void frmSource::ShowInEffect(const SourceDisplay &display)
 {
     for (std::size_t list = 0; list < captions_.size(); ++list)
-        captions_[list]->SetInEffect(display.IsInEffect(list));
+        captions_[list]->SetInEffect(display.inEffect[list]);
     if (std::exchange(ratioOn_, display.ratioOn) == display.ratioOn)
         return;
     btNm_->setChecked(ratioOn_);
@@ -253,6 +253,7 @@ void frmSource::ScaleControls()
         return;
     controls_->setFont(font);
     MessageLine()->setFont(font);
+    btNm_->setIconSize(QSize(font.pixelSize(), font.pixelSize()) * 1.3);
     const QFontMetrics metrics(font);
     const QList<QLineEdit *> boxes = controls_->findChildren<QLineEdit *>();
     for (QLineEdit *const box : boxes)

@@ -108,11 +108,13 @@ void ShowPositions(const InstrumentStatus &status, const RangeLists &ranges, Sou
 {
     auto &positions = display->positions;
     const int function = status.SourceFunction;
+    const bool temperature = function == 3 || function == 4;
+    display->inEffect = {function == 3, function == 4, temperature, function == 5, function == 5};
     if (function == 3)
         positions[SourceDisplay::TcList] = PositionIn(ranges.TcSourceList, status.SourceRange);
     if (function == 4)
         positions[SourceDisplay::RtdList] = PositionIn(ranges.RtdList, status.SourceRange);
-    if (function == 3 || function == 4)
+    if (temperature)
         positions[SourceDisplay::TempList] = PositionIn(ranges.TempSetList, status.SourceSubMode);
     if (function == 5) {
         positions[SourceDisplay::PulseList] = PositionIn(ranges.PulseFreqList, status.SourceRange);

@@ -25,13 +25,11 @@ struct SourceDisplay : SideDisplay
 
     /// The 0-based position that each list takes; `KeepPosition` where the instrument says nothing about it.
     std::array<int, Lists> positions{KeepPosition, KeepPosition, KeepPosition, KeepPosition, KeepPosition};
-    QString signalEntry;  ///< what entry 1 of the temperature mode list reads; empty: as it is
-    bool ratioOn = false; ///< n/m
+    std::array<bool, Lists> inEffect{}; ///< the instrument's present function is the one that a list is for
+    QString signalEntry;                ///< what entry 1 of the temperature mode list reads; empty: as it is
+    bool ratioOn = false;               ///< n/m
     bool mayStepUp = true;
     bool mayChooseRange = true; ///< at least one of the lists is obeyed
-
-    /// The instrument's present function is the one that the list is for.
-    bool IsInEffect(std::size_t list) const { return positions.at(list) != KeepPosition; }
 
     bool operator==(const SourceDisplay &) const = default;
 };

@@ -135,23 +135,27 @@ class GraphTest : public QObject
 
     void TimesAreLabelledWhereTheyAreRound()
     {
-        // Labels are 60 pixels wide, 20 samples 600 pixels; nothing: labelled as other samples are.
-        using Case = std::tuple<int, int, std::vector<qint32>>; // first second, interval, samples
-        for (const auto &[begin, interval, samples] :
-             {Case{42, 1, {4, 9, 14, 19}}, Case{42, 5, {}}, Case{40, 5, {2, 5, 8, 11, 14, 17}},
-              Case{3595, 60, {}}, Case{3600 * 23, 600, {1, 4, 7}}, Case{10, 7, {1, 6, 11, 16}}}) {
+        // Labels are 60 pixels wide, 20 samples 600 pixels.
+        using Case = std::tuple<int, int, std::vector<TimeLabel>>; // first second, interval, the first labels
+        for (const auto &[begin, interval, labels] :
+             {Case{42, 1, {{4, 45}, {9, 50}}}, Case{40, 5, {{2, 45}, {5, 60}}},
+              Case{42, 5, {{1.6, 45}, {4.6, 60}}}, Case{3540, 60, {{2, 3600}, {7, 3900}}},
+              Case{86395, 1, {{1, 86395}, {6, 0}}}}) {
             const auto second = [begin = begin, interval = interval](qint32 sample) {
                 return std::optional((begin + (sample - 1) * interval) % 86400);
             };
-            const std::optional<CategoryTicks> ticks = ChooseRoundTimes(
-                {1, 20, 8 + 12 * (interval < 600), 600, 40, 0}, [](qint32) { return 60.0; }, second);
-            QCOMPARE(ticks ? ticks->labelled : std::vector<qint32>(), samples);
+            std::vector<TimeLabel> chosen = ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, second);
+            QVERIFY(chosen.size() > 2);
+            chosen.resize(2);
+            QCOMPARE(chosen, labels);
         }
-        // Also where a second was missed.
-        const auto missed = [](qint32 sample) { return std::optional(40 + sample + (sample > 5 ? 1 : 0)); };
-        const auto ticks = ChooseRoundTimes(
-            {1, 20, 20, 600, 40, 0}, [](qint32) { return 60.0; }, missed);
-        QCOMPARE(ticks->labelled, (std::vector<qint32>{5, 9, 14, 19}));
+        // A second was missed, and then there was a pause.
+        const auto uneven = [](qint32 sample) {
+            return std::optional(40 + sample + (sample > 5 ? 1 : 0) + (sample > 12 ? 500 : 0));
+        };
+        QCOMPARE(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, uneven),
+                 (std::vector<TimeLabel>{{5, 45}, {9, 50}, {12 + 2 / 501.0, 55}, {19, 560}}));
+        QVERIFY(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, [](qint32) { return std::nullopt; }).empty());
     }
 
     void CategoriesAreAnchoredAndApart()
