@@ -86,7 +86,7 @@ struct PanelPlace
     int width;        ///< of the whole panel, in characters; 0: what is left
 };
 
-constexpr int FirstColumnWidth = 33;
+constexpr int FirstColumnWidth = 35;
 constexpr int FirstCaptionWidth = 9;
 constexpr int CaptionWidth = 5;
 constexpr int InitialWidth = 120; // shows the longest text of a panel

@@ -60,6 +60,25 @@ class DataWindowTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void RowsAreWholeAndTheirHeadingsAlign()
+    {
+        StartedProgram program;
+        program.Action("New")->trigger();
+        frmData *const window = program.DataWindows().first();
+        auto *const table = window->findChild<DataTable *>();
+        const int row = table->rowHeight(0);
+        QCOMPARE(row, table->fontMetrics().height() + 6);
+        for (int more = 0; more < row; more += 3) {
+            window->resize(700, 500 + more);
+            QCoreApplication::processEvents();
+            QCOMPARE(table->viewport()->height() % row, 0);
+        }
+        const QAbstractItemModel &model = *table->model();
+        for (int column = 0; column < model.columnCount(); ++column)
+            QCOMPARE(model.headerData(column, Qt::Horizontal, Qt::TextAlignmentRole),
+                     model.index(0, column).data(Qt::TextAlignmentRole));
+    }
+
     void FilesOpenInWindowsOfTheirOwn()
     {
         FileProgram program;

@@ -207,6 +207,7 @@ class RealtimeTest : public QObject
             times << TimeOfDay(start + second + 1);
         QCOMPARE(Times(*dataSet), times);
         QCOMPARE(dataSet->ProgressValue(), dataSet->ProgressMaximum());
+        QVERIFY(dataSet->HasProgressEnded());
         QCOMPARE(rig.progress.rows, dataSet->GetDatacount());
         QCOMPARE(rig.progress.elapsedSeconds, period);
         QVERIFY(rig.progress.ended);

@@ -337,7 +337,14 @@ class SourceTest : public QObject
         display.positions = {10, 2, 1, 2, 1};
         display.signalEntry = u"Ohm"_qs;
         display.mayStepUp = display.mayChooseRange = false;
+        display.inEffect = {true, false, true};
+        display.ratioOn = true;
         rig.Refresh(display);
+        const auto isStrong = [&](const QString &name) {
+            return rig.Find(name)->font().weight() == QFont::DemiBold;
+        };
+        QVERIFY(rig.Find<QPushButton>(u"btNm"_qs)->isChecked() && isStrong(u"llState"_qs));
+        QVERIFY(isStrong(u"llTc"_qs) && !isStrong(u"llRtd"_qs) && isStrong(u"llTemp"_qs));
         QCOMPARE(seen(), u"-04.000 SOURCE ON! U! JPT100! Ohm! 10kHz! Amp."_qs);
         QVERIFY(!rig.Find(u"btUp4"_qs)->isEnabled() && rig.Find(u"btDown4"_qs)->isEnabled());
         QCOMPARE(rig.Sent(), QString()); // none of this is a command
