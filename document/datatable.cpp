@@ -64,8 +64,10 @@ class CellDelegate : public QStyledItemDelegate
         constexpr int Width = 2;
         const bool focused =
             option.state.testFlag(QStyle::State_HasFocus) && option.state.testFlag(QStyle::State_Active);
-        const QColor ink = option.palette.color(QPalette::Active, QPalette::Highlight);
-        QPen pen(focused ? ink : Mix(option.palette.color(QPalette::Base), ink, 0.6), Width);
+        const QPalette &palette = option.palette;
+        QPen pen(focused ? palette.color(QPalette::Highlight)
+                         : Mix(palette.color(QPalette::Base), palette.color(QPalette::Text), 0.5),
+                 Width);
         pen.setJoinStyle(Qt::MiterJoin);
         painter->setPen(pen);
         painter->setBrush(Qt::NoBrush);

@@ -211,7 +211,10 @@ void GraphPlot::FillValueAxis(double length)
     const GraphSettings settings = model_ ? model_->Settings() : GraphSettings();
     const double labelHeight = QFontMetricsF(font()).height();
     const std::optional<ValueRange> custom = CustomValueRange(settings);
-    const ValueRange range = custom ? *custom : RangeInView();
+    ValueRange range = custom ? *custom : RangeInView();
+    const double belowLegend = length - labelHeight - LabelPadding;
+    if (!custom && legendInside_ && belowLegend > labelHeight) // it must not cover the newest readings
+        range.maximum += (range.maximum - range.minimum) * (length / belowLegend - 1);
     TicksOf(yAxis) = custom ? CustomValueTicks(range, settings.yMajor, settings.yMinor, length, labelHeight)
                             : AutomaticValueTicks(range, length, labelHeight);
     yAxis->setRange(range.minimum, range.maximum);

@@ -127,6 +127,8 @@ int HouseStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
 {
     if (metric == PM_MessageBoxIconSize)
         return 48; // as large as the tool bar's lines are drawn well
+    if (ownLook_ && metric == PM_MenuPanelWidth)
+        return 1; // the frame
     constexpr int CellMargin = 6;
     if (metric == PM_HeaderMargin)
         return CellMargin;
@@ -144,8 +146,8 @@ int HouseStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWid
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 
-/// The style draws frames in a shade of the window's colour, which is not seen on a dark one: a palette with
-/// a window colour of which that shade is.
+/// The style draws frames in a shade of the window's colour, and focus in one of the highlight, which are not
+/// seen on a dark ground: a palette with colours of which those shades are seen.
 const QPalette &HouseStyle::WithFrames(const QPalette &palette) const
 {
     auto known = framed_.constFind(palette.cacheKey());
@@ -158,6 +160,8 @@ const QPalette &HouseStyle::WithFrames(const QPalette &palette) const
             QPalette one = palette;
             one.setCurrentColorGroup(group);
             const QColor frame = Ink(one, group == QPalette::Disabled ? FrameInk / 2 : FrameInk);
+            constexpr int FocusDarkened = 125; // percent, by the style
+            made.setColor(group, QPalette::Highlight, one.color(QPalette::Highlight).lighter(FocusDarkened));
             made.setColor(group, QPalette::Window, frame.lighter(static_cast<int>(100 * Darkened)));
         }
         known = framed_.insert(palette.cacheKey(), made);
@@ -180,6 +184,7 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     if (!ownLook_)
         return QProxyStyle::drawPrimitive(element, option, painter, widget);
     switch (element) {
+    case PE_FrameMenu:
     case PE_FrameWindow: // of a window in a workspace
         painter->setPen(Ink(option->palette, WindowInk));
         painter->setBrush(Qt::NoBrush);
@@ -189,6 +194,7 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
         if (const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option))
             return DrawFramed(element, *frame, painter, widget);
         break;
+    case PE_PanelButtonCommand:
     case PE_IndicatorRadioButton:
     case PE_IndicatorCheckBox:
         if (const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(option))

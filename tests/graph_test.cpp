@@ -222,6 +222,8 @@ class GraphTest : public QObject
         const auto maxima = plot.graph(GraphPlot::Maximum)->data();
         QVERIFY(std::isnan(maxima->at(0)->value)); // none before the first reading
         QCOMPARE(maxima->at(2)->value, 2.0);
+        QCOMPARE(plot.graph(GraphPlot::Maximum)->lineStyle(),
+                 QCPGraph::lsStepRight); // meets each new extreme
         for (int i = 4; i <= 30; ++i)
             rig.Add(QString::number(i));
         plot.Fill({600, 300}, 1);

@@ -15,9 +15,9 @@ namespace px40 {
 
 namespace {
 
-constexpr double Reduction = 4;    // pixels of a window to one of a small picture
-constexpr int Patch = 8;           // pixels of a small picture whose mean colours are compared
-constexpr int MostDifference = 10; // of 255, in the mean of a patch
+constexpr double Reduction = 4;   // pixels of a window to one of a small picture
+constexpr int Patch = 8;          // pixels of a small picture whose mean colours are compared
+constexpr int MostDifference = 6; // of 255, in the mean of a patch
 
 QStringList Names(const QString &golden)
 {

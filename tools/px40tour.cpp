@@ -112,10 +112,10 @@ int main(int argc, char *argv[])
     Camera camera(folder);
     try {
         Tour(camera);
+        std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
+        return parser.isSet(compare) ? Compare(parser.value(compare), folder, parser.isSet(renew)) : 0;
     } catch (const RigError &error) {
         std::fprintf(stderr, "After the picture %s: %s\n", qPrintable(camera.Last()), error.what());
         return 1;
     }
-    std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
-    return parser.isSet(compare) ? Compare(parser.value(compare), folder, parser.isSet(renew)) : 0;
 }
