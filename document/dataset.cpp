@@ -3,6 +3,8 @@
 #include "document/numbers.h"
 #include "resources/strings.h"
 
+#include <QTime>
+
 #include <algorithm>
 #include <utility>
 
