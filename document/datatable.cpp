@@ -18,28 +18,6 @@
 
 namespace px40 {
 
-namespace {
-/// Columns in characters; a wider table is divided in the same proportions.
-constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
-
-/// A copied table: as text and, for spreadsheets, as HTML, which is made only when one of them asks for it.
-class TableMime : public QMimeData
-{
-  public:
-    explicit TableMime(const QString &text) { setText(text); }
-
-    QStringList formats() const override { return {Html(), QStringLiteral("text/plain")}; }
-
-  protected:
-    QVariant retrieveData(const QString &format, QMetaType type) const override
-    {
-        return format == Html() ? TableHtml(text()) : QMimeData::retrieveData(format, type);
-    }
-
-  private:
-    static QString Html() { return QStringLiteral("text/html"); }
-};
-
 /// One selected cell is outlined, so that its text stays as it was; only several are filled.
 class CellDelegate : public QStyledItemDelegate
 {
@@ -78,17 +56,39 @@ class CellDelegate : public QStyledItemDelegate
     bool alone_ = false; ///< the selected cell is the only one
 };
 
+namespace {
+/// Columns in characters; a wider table is divided in the same proportions.
+constexpr std::array<int, TableModel::Columns> ColumnWidths = {9, 14, 15, 13, 15, 13};
+
+/// A copied table: as text and, for spreadsheets, as HTML, which is made only when one of them asks for it.
+class TableMime : public QMimeData
+{
+  public:
+    explicit TableMime(const QString &text) { setText(text); }
+
+    QStringList formats() const override { return {Html(), QStringLiteral("text/plain")}; }
+
+  protected:
+    QVariant retrieveData(const QString &format, QMetaType type) const override
+    {
+        return format == Html() ? TableHtml(text()) : QMimeData::retrieveData(format, type);
+    }
+
+  private:
+    static QString Html() { return QStringLiteral("text/html"); }
+};
+
 } // namespace
 
-DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent)
+DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent), cells_(new CellDelegate(this))
 {
+    setItemDelegate(cells_);
     setObjectName(QStringLiteral("fgData"));
     setModel(model);
     setAlternatingRowColors(true);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setWordWrap(false);
     setTabKeyNavigation(false);
-    setItemDelegate(new CellDelegate(this));
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the columns keep still when it is needed
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -107,8 +107,7 @@ void DataTable::selectionChanged(const QItemSelection &selected, const QItemSele
 {
     QTableView::selectionChanged(selected, deselected);
     const QItemSelection all = selectionModel()->selection();
-    static_cast<CellDelegate *>(itemDelegate())
-        ->SetAlone(all.size() == 1 && all.first().width() == 1 && all.first().height() == 1);
+    cells_->SetAlone(all.size() == 1 && all.first().width() == 1 && all.first().height() == 1);
     viewport()->update(); // a cell that is no longer alone looks different
 }
 

@@ -6,6 +6,8 @@
 
 namespace px40 {
 
+class CellDelegate;
+
 /// The table of a data window. Its columns share the width until the user gives one of them a width of its
 /// own; Copy puts the selected cells with their headings on the clipboard.
 class DataTable : public QTableView
@@ -32,6 +34,7 @@ class DataTable : public QTableView
   private:
     void ShareWidth();
 
+    CellDelegate *cells_;
     bool sharing_ = false;
     bool widthsChosen_ = false;
 };

@@ -47,9 +47,11 @@ void ElidedLabel::paintEvent(QPaintEvent *event)
     const int whole = at < 0
                           ? area.width()
                           : strongMetrics.horizontalAdvance(strong_) + fontMetrics().horizontalAdvance(after);
+    const bool isCut = fontMetrics().horizontalAdvance(before) + whole > area.width();
+    const int gap = isCut ? 2 * fontMetrics().horizontalAdvance(u' ') : 0; // behind the dots
     QPainter painter(this);
     for (const auto &[piece, font, width] :
-         {std::tuple{before, this->font(), std::max(0, area.width() - whole)},
+         {std::tuple{before, this->font(), std::max(0, area.width() - whole - gap)},
           std::tuple{at < 0 ? QString() : strong_, strong, area.width()},
           std::tuple{after, this->font(), area.width()}}) {
         const QFontMetrics metrics(font);
@@ -57,7 +59,7 @@ void ElidedLabel::paintEvent(QPaintEvent *event)
         painter.setFont(font);
         style()->drawItemText(&painter, area, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), fits,
                               foregroundRole());
-        area.setLeft(area.left() + metrics.horizontalAdvance(fits));
+        area.setLeft(area.left() + metrics.horizontalAdvance(fits) + (fits != piece ? gap : 0));
     }
 }
 

@@ -36,7 +36,9 @@ QPalette DarkColours()
 
 QPalette LightColours()
 {
-    return QApplication::style()->standardPalette();
+    QPalette palette = QApplication::style()->standardPalette();
+    QApplication::style()->polish(palette); // as the program gets it from the desktop
+    return palette;
 }
 
 } // namespace px40
