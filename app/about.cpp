@@ -71,11 +71,9 @@ class frmSplash : public QWidget
   protected:
     void paintEvent(QPaintEvent *) override
     {
-        QColor ink = palette().windowText().color();
-        ink.setAlphaF(0.4F);
         QPainter painter(this);
-        painter.setPen(ink);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        DrawThinFrame(painter, rect(),
+                      Mix(palette().color(QPalette::Window), palette().color(QPalette::WindowText), 0.4));
     }
 };
 

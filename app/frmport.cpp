@@ -1,6 +1,7 @@
 #include "app/frmport.h"
 
 #include "app/services.h"
+#include "platform/elidedlabel.h"
 #include "platform/named.h"
 #include "platform/prompts.h"
 #include "platform/timer.h"
@@ -70,11 +71,11 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
         cbDevice_ = BuildDeviceBox();
         auto *const llDevice = new QLabel(Text(Str::PortDeviceLabel), this);
         llDevice->setBuddy(cbDevice_);
-        llDeviceInfo_ = NewNamed<QLabel>(u"llDeviceInfo", this);
+        llDeviceInfo_ = NewNamed<ElidedLabel>(u"llDeviceInfo", this);
         llDeviceInfo_->setForegroundRole(QPalette::PlaceholderText);
         llDeviceInfo_->setWordWrap(true);
         llDeviceInfo_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-        llDeviceInfo_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
+        llDeviceInfo_->setFixedHeight(2 * fontMetrics().lineSpacing()); // the dialog keeps its size
         grid->addWidget(llDevice, 1, 0);
         grid->addWidget(cbDevice_, 1, 1);
         grid->addWidget(llDeviceInfo_, 2, 1);
@@ -144,7 +145,7 @@ void frmPort::DescribeDevice()
             info = parts.join(QStringLiteral(", "));
         }
     }
-    llDeviceInfo_->setText(info);
+    llDeviceInfo_->SetText(info);
 }
 
 void frmPort::KeepDevice()

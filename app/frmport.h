@@ -4,10 +4,10 @@
 #include "platform/portmap.h"
 
 class QComboBox;
-class QLabel;
 
 namespace px40 {
 
+class ElidedLabel;
 class Timer;
 struct Services;
 
@@ -36,7 +36,7 @@ class frmPort : public FormDialog
     Timer *checkTimer_;
     QComboBox *cbPort_;
     QComboBox *cbDevice_ = nullptr;
-    QLabel *llDeviceInfo_ = nullptr;
+    ElidedLabel *llDeviceInfo_ = nullptr;
     QList<PortDevice> devices_; ///< as they were when last looked at
 };
 

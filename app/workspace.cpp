@@ -54,10 +54,8 @@ class CommandLink : public QAbstractButton
         const QColor ink = palette().color(QPalette::WindowText);
         if (isEnabled() && underMouse())
             painter.fillRect(rect(), Mix(ground, ink, isDown() ? 0.18 : 0.08));
-        if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
-            painter.setPen(palette().color(QPalette::Highlight));
-            painter.drawRect(rect().adjusted(0, 0, -1, -1));
-        }
+        if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange))
+            DrawThinFrame(painter, rect(), palette().color(QPalette::Highlight));
         QRect room = rect().adjusted(Margin, 0, -Margin, 0);
         const QIcon::Mode mode = isEnabled() ? QIcon::Normal : QIcon::Disabled;
         icon().paint(&painter, QRect(room.topLeft(), QSize(iconSize().width(), height())), Qt::AlignCenter,

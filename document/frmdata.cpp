@@ -27,6 +27,7 @@
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QStyleOption>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -103,7 +104,7 @@ constexpr std::array<PanelPlace, PanelCount> PanelPlaces = {{
     {Panel::X, 2, "X", Str::LabelXAxis, 0, 24},
 }};
 
-/// Where the table stands: it keeps its space while the table is hidden, and cuts no row.
+/// Where the table stands: it keeps its space and its ground while the table is hidden, and cuts no row.
 class TablePlace : public QWidget
 {
   public:
@@ -119,6 +120,18 @@ class TablePlace : public QWidget
 
   protected:
     void resizeEvent(QResizeEvent *) override { LayOut(); }
+
+    void paintEvent(QPaintEvent *) override
+    {
+        if (!table_->isHidden())
+            return;
+        QPainter painter(this);
+        painter.fillRect(table_->geometry(), palette().color(QPalette::Base));
+        QStyleOption option;
+        option.initFrom(this);
+        option.rect = table_->geometry();
+        style()->drawPrimitive(QStyle::PE_Frame, &option, &painter, this);
+    }
 
   private:
     void LayOut() { table_->setGeometry(0, 0, width(), table_->HeightOfWholeRows(height())); }

@@ -1,5 +1,6 @@
 #include "graph/chart.h"
 
+#include "resources/icons.h"
 #include "resources/strings.h"
 
 #include <QPaintEvent>
@@ -74,9 +75,11 @@ void Chart::paintEvent(QPaintEvent *)
     DrawHoverText(painter);
     painter.setRenderHint(QPainter::Antialiasing, false);
     DrawBand(painter);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    const QPalette &colours = palette();
+    DrawThinFrame(painter, rect(),
+                  hasFocus()
+                      ? colours.color(QPalette::Highlight)
+                      : Mix(colours.color(QPalette::Window), colours.color(QPalette::WindowText), 0.25));
 }
 
 void Chart::DrawHover(QPainter &painter) const

@@ -4,8 +4,7 @@
 #include <QStyle>
 #include <QTextDocument>
 
-#include <algorithm>
-#include <tuple>
+#include <utility>
 
 namespace px40 {
 
@@ -37,30 +36,37 @@ void ElidedLabel::paintEvent(QPaintEvent *event)
         QLabel::paintEvent(event);
         return;
     }
-    // The strong part and what follows it are shown whole while they can be; what comes before is elided.
     QFont strong = font();
     strong.setWeight(QFont::DemiBold);
-    const QFontMetrics strongMetrics(strong);
     const qsizetype end = at + strong_.size();
-    const QString before = at < 0 ? QString() : text().left(at);
     const QString after = at < 0 ? text() : text().mid(end);
-    const int whole = at < 0
-                          ? area.width()
-                          : strongMetrics.horizontalAdvance(strong_) + fontMetrics().horizontalAdvance(after);
-    const bool isCut = fontMetrics().horizontalAdvance(before) + whole > area.width();
-    const int gap = isCut ? 2 * fontMetrics().horizontalAdvance(u' ') : 0; // behind the dots
+    const int whole =
+        QFontMetrics(strong).horizontalAdvance(strong_) + fontMetrics().horizontalAdvance(after);
     QPainter painter(this);
-    for (const auto &[piece, font, width] :
-         {std::tuple{before, this->font(), std::max(0, area.width() - whole - gap)},
-          std::tuple{at < 0 ? QString() : strong_, strong, area.width()},
-          std::tuple{after, this->font(), area.width()}}) {
+    for (const auto &[piece, font] :
+         {std::pair{at < 0 ? QString() : Before(at, area.width() - whole), this->font()},
+          std::pair{at < 0 ? QString() : strong_, strong}, std::pair{after, this->font()}}) {
         const QFontMetrics metrics(font);
-        const QString fits = metrics.elidedText(piece, Qt::ElideRight, std::min(width, area.width()));
+        const QString fits = metrics.elidedText(piece, Qt::ElideRight, area.width());
         painter.setFont(font);
         style()->drawItemText(&painter, area, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), fits,
                               foregroundRole());
-        area.setLeft(area.left() + metrics.horizontalAdvance(fits) + (fits != piece ? gap : 0));
+        area.setLeft(area.left() + metrics.horizontalAdvance(fits));
     }
+}
+
+/// The strong part and what follows it are shown whole while they can be; of what comes before it at `end`,
+/// as many whole items as there is room for.
+QString ElidedLabel::Before(qsizetype end, int room) const
+{
+    const QString gap = QStringLiteral("   "); // between items
+    QString fits = text().left(end);
+    QStringList items = fits.split(gap, Qt::SkipEmptyParts);
+    while (fontMetrics().horizontalAdvance(fits) > room && !items.isEmpty()) {
+        items.removeLast();
+        fits = (items + QStringList(QString(u'…'))).join(gap) + gap;
+    }
+    return fits;
 }
 
 } // namespace px40

@@ -23,6 +23,8 @@ class ElidedLabel : public QLabel
     void paintEvent(QPaintEvent *event) override;
 
   private:
+    QString Before(qsizetype end, int room) const;
+
     QString strong_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "resources/icons.h"
 
+#include <QHeaderView>
 #include <QPainter>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -186,10 +187,11 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     switch (element) {
     case PE_FrameMenu:
     case PE_FrameWindow: // of a window in a workspace
-        painter->setPen(Ink(option->palette, WindowInk));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
-        return;
+        return DrawThinFrame(*painter, option->rect, Ink(option->palette, WindowInk));
+    case PE_Frame:
+        if (widget && widget->inherits("QComboBoxPrivateContainer"))
+            break;
+        return DrawThinFrame(*painter, option->rect, Ink(option->palette, 0.25));
     case PE_FrameLineEdit:
         if (const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option))
             return DrawFramed(element, *frame, painter, widget);
@@ -201,10 +203,9 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
             return DrawFramed(element, *button, painter, widget);
         break;
     case PE_FrameGroupBox:
-        painter->setPen(Ink(option->palette, IsDark(option->palette) ? 0.25 : 0.18));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRect(option->rect.adjusted(0, option->fontMetrics.height() + BelowGroupTitle, -1, -1));
-        return;
+        return DrawThinFrame(*painter,
+                             option->rect.adjusted(0, option->fontMetrics.height() + BelowGroupTitle, 0, 0),
+                             Ink(option->palette, IsDark(option->palette) ? 0.25 : 0.18));
     default:
         break;
     }
@@ -233,8 +234,16 @@ void HouseStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
     if (control == CC_ScrollBar && slider && slider->minimum == slider->maximum) {
         const QWidget *const place =
             widget && widget->parentWidget() ? widget->parentWidget()->parentWidget() : nullptr;
-        const bool inTable = qobject_cast<const QTableView *>(place);
-        painter->fillRect(option->rect, option->palette.color(inTable ? QPalette::Base : QPalette::Window));
+        const auto *const table = qobject_cast<const QTableView *>(place);
+        painter->fillRect(option->rect, option->palette.color(table ? QPalette::Base : QPalette::Window));
+        if (table && slider->orientation == Qt::Vertical) { // the heading goes on above it
+            QStyleOptionHeader heading;
+            heading.initFrom(table->horizontalHeader());
+            heading.rect = option->rect;
+            heading.rect.setHeight(table->horizontalHeader()->height());
+            heading.position = QStyleOptionHeader::End;
+            drawControl(CE_HeaderSection, &heading, painter, widget);
+        }
         return;
     }
     if (ownLook_ && control == CC_TitleBar) {
@@ -253,9 +262,7 @@ void HouseStyle::DrawTitleBar(const QStyleOptionTitleBar &bar, QPainter &painter
     painter.save();
     painter.fillRect(bar.rect, palette.color(QPalette::Window));
     const QRect whole = bar.rect;
-    painter.setPen(Ink(palette, WindowInk));
-    painter.drawPolyline(
-        std::array{whole.bottomLeft(), whole.topLeft(), whole.topRight(), whole.bottomRight()}.data(), 4);
+    DrawThinFrame(painter, whole.adjusted(0, 0, 0, 1), Ink(palette, WindowInk)); // open below
     if (active)
         painter.fillRect(QRectF(whole.left(), whole.bottom() + 1 - UnderTitle, whole.width(), UnderTitle),
                          palette.color(QPalette::Highlight));

@@ -32,6 +32,21 @@ QColor Mix(const QColor &from, const QColor &to, double share)
                   channel(from.blue(), to.blue()));
 }
 
+void DrawThinFrame(QPainter &painter, const QRect &rect, const QColor &colour)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    const QTransform back = toDevice.inverted();
+    // Rounded corner by corner, as the clip of a widget is.
+    const QRectF exact = toDevice.mapRect(QRectF(rect));
+    const QRect room(exact.topLeft().toPoint(), exact.bottomRight().toPoint() - QPoint(1, 1));
+    const int line = std::max(1, static_cast<int>(toDevice.m11()));
+    for (const QRect &side : {QRect(room.left(), room.top(), room.width(), line),
+                              QRect(room.left(), room.bottom() + 1 - line, room.width(), line),
+                              QRect(room.left(), room.top(), line, room.height()),
+                              QRect(room.right() + 1 - line, room.top(), line, room.height())})
+        painter.fillRect(back.mapRect(QRectF(side)), colour);
+}
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcResources, "px40.resources")

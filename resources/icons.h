@@ -4,12 +4,18 @@
 #include <QIcon>
 #include <QStringView>
 
+class QPainter;
 class QPalette;
+class QRect;
 
 namespace px40 {
 
 /// The opaque colour on the way `from` one `to` another; `share` 0 to 1.
 QColor Mix(const QColor &from, const QColor &to, double share);
+
+/// A frame of the thinnest line along the inside of `rect`, on whole pixels of the device: at 125 % a pen
+/// would miss a side here and there.
+void DrawThinFrame(QPainter &painter, const QRect &rect, const QColor &colour);
 
 /// Of a lamp that is on, as a line or a dot on the ground of `palette`.
 QColor LampGreen(const QPalette &palette);

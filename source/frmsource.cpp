@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -30,10 +31,7 @@ namespace px40 {
 class EffectLabel : public QLabel
 {
   public:
-    EffectLabel(const QString &text, QWidget *parent) : QLabel(text, parent)
-    {
-        setContentsMargins(BarWidth + BarGap, 0, 0, 0);
-    }
+    using QLabel::QLabel;
 
     void SetInEffect(bool inEffect)
     {
@@ -56,22 +54,23 @@ class EffectLabel : public QLabel
         QFont strong = font();
         strong.setWeight(QFont::DemiBold);
         const QFontMetrics metrics(strong);
-        return {metrics.horizontalAdvance(text()) + BarWidth + BarGap + 2, metrics.height()};
+        return {metrics.horizontalAdvance(text()) + 2 * BarWidth() + 2, metrics.height()};
     }
     QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
-    void paintEvent(QPaintEvent *event) override
+    void paintEvent(QPaintEvent *) override
     {
-        QLabel::paintEvent(event);
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect().adjusted(2 * BarWidth(), 0, 0, 0),
+                              Qt::AlignVCenter | Qt::TextShowMnemonic, palette(), isEnabled(), text(),
+                              foregroundRole());
         if (inEffect_)
-            QPainter(this).fillRect(QRect(0, 1, BarWidth, height() - 2),
-                                    palette().color(QPalette::Highlight));
+            painter.fillRect(QRect(0, 1, BarWidth(), height() - 2), palette().color(QPalette::Highlight));
     }
 
   private:
-    static constexpr int BarWidth = 4;
-    static constexpr int BarGap = 4;
+    int BarWidth() const { return std::max(4, fontMetrics().height() / 4); } // and as much behind it
 
     bool inEffect_ = false;
 };

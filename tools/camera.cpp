@@ -1,5 +1,6 @@
 #include "tools/camera.h"
 
+#include "resources/icons.h"
 #include "testing/wait.h"
 
 #include <QApplication>
@@ -12,8 +13,6 @@
 #include <QPixmap>
 #include <QWidget>
 #include <QWindow>
-
-#include <cmath>
 
 namespace px40 {
 
@@ -40,20 +39,13 @@ QRect Outline(const QWidget *window)
     return HasTitleBar(window) ? inner.adjusted(-1, -TitleBarHeight() - 1, 1, 1) : inner;
 }
 
-QColor Between(const QColor &a, const QColor &b, double share)
-{
-    const auto mix = [share](float x, float y) { return static_cast<float>(x + (y - x) * share); };
-    return QColor::fromRgbF(mix(a.redF(), b.redF()), mix(a.greenF(), b.greenF()), mix(a.blueF(), b.blueF()));
-}
-
 void DrawTitleBar(QPainter &painter, const QWidget *window, const QRect &outline)
 {
     const QPalette palette = QApplication::palette();
     const QColor ground = palette.color(QPalette::Active, QPalette::Window);
     const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
-    painter.fillRect(outline, Between(ground, ink, 0.45));
     const QRect bar(outline.topLeft() + QPoint(1, 1), QSize(outline.width() - 2, TitleBarHeight()));
-    painter.fillRect(bar, Between(ground, ink, 0.12));
+    painter.fillRect(bar, Mix(ground, ink, 0.12));
 
     QRect room = bar.adjusted(8, 0, -8, 0);
     const QRect icon(room.left(), room.top() + (room.height() - IconSize) / 2, IconSize, IconSize);
@@ -82,7 +74,7 @@ void Camera::Take(const QString &name, const QList<QWidget *> &windows)
     QImage picture((QSizeF(scene.size()) * ratio).toSize(), QImage::Format_RGB32);
     picture.setDevicePixelRatio(ratio);
     const QColor ground = QApplication::palette().color(QPalette::Active, QPalette::Window);
-    picture.fill(Between(ground, QColor(0x20, 0x4a, 0x66), 0.55));
+    picture.fill(Mix(ground, QColor(0x20, 0x4a, 0x66), 0.55));
 
     QPainter painter(&picture);
     painter.setFont(QApplication::font());
@@ -92,6 +84,12 @@ void Camera::Take(const QString &name, const QList<QWidget *> &windows)
         if (HasTitleBar(window))
             DrawTitleBar(painter, window, outline);
         painter.drawPixmap(window->mapToGlobal(QPoint(0, 0)), window->grab());
+        if (HasTitleBar(window)) {
+            const QPalette palette = QApplication::palette();
+            DrawThinFrame(painter, outline,
+                          Mix(palette.color(QPalette::Active, QPalette::Window),
+                              palette.color(QPalette::Active, QPalette::WindowText), 0.45));
+        }
     }
     painter.end();
 
