@@ -135,8 +135,11 @@ class SampleTimes
     /// Between samples, in seconds; 0: they have no times.
     int Interval() const { return interval_; }
 
+    /// Behind the last sample as if there were more of them.
     qint64 At(qint32 sample) const
     {
+        if (sample > place_->last)
+            return At(place_->last) + qint64{sample - place_->last} * interval_;
         const int second = (*second_)(sample).value_or(*begin_);
         const double expected = static_cast<double>(sample - place_->first) * interval_ + *begin_;
         return second + Day * std::lround((expected - second) / Day);
@@ -146,7 +149,7 @@ class SampleTimes
     qint32 Until(qint64 time) const
     {
         qint32 before = place_->first;
-        qint32 after = place_->last + 1;
+        qint32 after = place_->first + place_->count;
         while (after - before > 1) {
             const qint32 middle = before + (after - before) / 2;
             (At(middle) <= time ? before : after) = middle;
@@ -160,6 +163,31 @@ class SampleTimes
     std::optional<int> begin_;
     int interval_ = 0;
 };
+
+/// The multiples of `step` seconds up to `last`, as far as marks of `width` pixels have `gap` between them.
+std::vector<TimeLabel> RoundTimes(const CategoryPlace &place, const SampleTimes &times, qint32 last,
+                                  qint64 step, double width, double gap)
+{
+    std::vector<TimeLabel> marks;
+    const auto roundUp = [step](qint64 time) { return (time + step - 1) / step * step; };
+    const qint64 end = times.At(last);
+    double free = -place.reachLeft;
+    for (qint64 time = roundUp(times.At(place.first)); time <= end; time += step) {
+        const qint32 sample = times.Until(time);
+        const qint64 taken = times.At(sample);
+        const qint64 next = sample < last ? times.At(sample + 1) : taken;
+        const double share =
+            next > taken ? static_cast<double>(time - taken) / static_cast<double>(next - taken) : 0;
+        const double left = place.X(sample + share) - width / 2;
+        if (left >= free && left + width <= place.plotWidth + place.reachRight) {
+            marks.push_back({sample + share, static_cast<int>(time % Day)});
+            free = left + width + gap;
+        } else if (next > time) { // no two of them within a pause
+            time = roundUp(next) - step;
+        }
+    }
+    return marks;
+}
 
 /// With a label at every multiple of a round step of at least that share of the range.
 ValueTicks ValueTicksOf(const ValueRange &range, double length, double share)
@@ -324,43 +352,28 @@ CategoryTicks ChooseCategories(const CategoryPlace &place, const GraphSettings &
     return chosen;
 }
 
-std::vector<TimeLabel> ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
-                                        const std::function<std::optional<int>(qint32)> &second)
+TimeTicks ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
+                           const std::function<std::optional<int>(qint32)> &second)
 {
-    std::vector<TimeLabel> labels;
+    TimeTicks ticks;
     if (!(place.plotWidth > 0) || place.last <= place.first)
-        return labels;
+        return ticks;
     const SampleTimes times(place, second);
     if (times.Interval() == 0)
-        return labels;
+        return ticks;
     const double perSecond = place.Width() / times.Interval();
-    const auto fits = [&](int round) { return round * perSecond >= labelWidth + LabelGap; };
-    const auto *const found = std::find_if(std::begin(RoundSeconds), std::end(RoundSeconds), fits);
-    const qint64 round = found != std::end(RoundSeconds) ? *found : Day;
-    const auto roundUp = [round](qint64 time) { return (time + round - 1) / round * round; };
-    const qint64 end = times.At(place.last);
-    double free = -place.reachLeft;
-    for (qint64 time = roundUp(times.At(place.first)); time <= end; time += round) {
-        const qint32 sample = times.Until(time);
-        const qint64 taken = times.At(sample);
-        const qint64 next = sample < place.last ? times.At(sample + 1) : taken;
-        const double share =
-            next > taken ? static_cast<double>(time - taken) / static_cast<double>(next - taken) : 0;
-        const double left = place.X(sample + share) - labelWidth / 2;
-        if (left >= free && left + labelWidth <= place.plotWidth + place.reachRight) {
-            labels.push_back({sample + share, static_cast<int>(time % Day)});
-            free = left + labelWidth + LabelGap;
-        } else if (next > time) { // no two labels within a pause
-            time = roundUp(next) - round;
-        }
-    }
-    return labels;
-}
-
-std::vector<qint32> SampleTicks(const CategoryPlace &place)
-{
-    std::vector<qint32> ticks;
-    AddTicks(&ticks, place, StepFor(place.Width(), AutomaticTickGap));
+    const auto first = [&](const auto &fits) {
+        const auto *const found = std::find_if(std::begin(RoundSeconds), std::end(RoundSeconds), fits);
+        return found != std::end(RoundSeconds) ? *found : Day;
+    };
+    const int labelStep = first([&](int step) { return step * perSecond >= labelWidth + LabelGap; });
+    const int plainStep = first([&](int step) {
+        return step == labelStep ||
+               (labelStep % step == 0 && step >= times.Interval() && step * perSecond >= AutomaticTickGap);
+    });
+    ticks.labels = RoundTimes(place, times, place.last, labelStep, labelWidth, LabelGap);
+    const qint32 end = place.first + place.count - 1;
+    ticks.plain = RoundTimes(place, times, end, plainStep, 0, AutomaticTickGap - 1);
     return ticks;
 }
 

@@ -99,12 +99,15 @@ struct TimeLabel
     bool operator==(const TimeLabel &) const = default;
 };
 
+struct TimeTicks
+{
+    std::vector<TimeLabel> labels;
+    std::vector<TimeLabel> plain; ///< on whole parts of the time from label to label, also behind the data
+};
+
 /// Labels on round times: whole 1, 2, 5, 10, 15, 30 seconds, minutes, then hours. `second`: of the day at
 /// which a sample was taken. Empty when the samples have no times.
-std::vector<TimeLabel> ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
-                                        const std::function<std::optional<int>(qint32)> &second);
-
-/// The samples that get ticks when no label stands on a sample.
-std::vector<qint32> SampleTicks(const CategoryPlace &place);
+TimeTicks ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
+                           const std::function<std::optional<int>(qint32)> &second);
 
 } // namespace px40

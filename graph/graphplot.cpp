@@ -44,6 +44,20 @@ class ChosenTicker : public QCPAxisTicker
     }
 };
 
+/// Marks at the edge of the plot are seen whole.
+class MarksGraph : public QCPGraph
+{
+  public:
+    using QCPGraph::QCPGraph;
+
+  protected:
+    QRect clipRect() const override
+    {
+        constexpr int Reach = 4;
+        return QCPGraph::clipRect().adjusted(-Reach, -Reach, Reach, Reach);
+    }
+};
+
 ValueTicks &TicksOf(QCPAxis *axis)
 {
     return static_cast<ChosenTicker &>(*axis->ticker()).chosen;
@@ -71,8 +85,10 @@ GraphPlot::GraphPlot(GraphModel *model, QWidget *parent) : QCustomPlot(parent), 
         axis->setLabelPadding(LabelPadding);
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
-    for (int i = 0; i < DrawingCount; ++i)
-        addGraph()->setAdaptiveSampling(false); // it drops readings beside gaps; `SeriesLine` thins out
+    for (int i = 0; i < DrawingCount; ++i) {
+        QCPGraph *const made = i == Marks ? new MarksGraph(xAxis, yAxis) : addGraph(); // owned by the plot
+        made->setAdaptiveSampling(false); // it drops readings beside gaps; `SeriesLine` thins out
+    }
     for (const Drawing drawing : {Maximum, Minimum})
         graph(drawing)->setLineStyle(QCPGraph::lsStepRight);
     for (const Drawing drawing : {Marks, Invalid})
@@ -84,16 +100,6 @@ void GraphPlot::SetStyle(const GraphStyle &style)
 {
     style_ = style;
     setBackground(style.background);
-    const QPen line(Mix(style.background, style.text, 0.55), style.lineWidth);
-    const QPen gridLine(Mix(style.background, style.text, 0.13), style.lineWidth);
-    for (QCPAxis *const axis : {xAxis, yAxis}) {
-        axis->setBasePen(line);
-        axis->setTickPen(line);
-        axis->setSubTickPen(line);
-        axis->setTickLabelColor(style.text);
-        axis->setLabelColor(style.text);
-        axis->grid()->setPen(gridLine);
-    }
     const auto pen = [&](const QColor &color, const QVector<qreal> &dashes) {
         QPen made(color, style.lineWidth);
         if (!dashes.isEmpty())
@@ -111,8 +117,25 @@ void GraphPlot::SetStyle(const GraphStyle &style)
         {QCPScatterStyle::ssTriangle, style.maximum, style.maximum, InvalidSize * style.lineWidth});
 }
 
+/// In whole pixels of the device, or some lines of the grid would be thicker than others.
+void GraphPlot::StyleAxes(double density)
+{
+    const double width = style_.lineWidth * std::max(1.0, std::floor(density)) / std::max(1.0, density);
+    const QPen line(Mix(style_.background, style_.text, 0.55), width);
+    const QPen gridLine(Mix(style_.background, style_.text, 0.13), width);
+    for (QCPAxis *const axis : {xAxis, yAxis}) {
+        axis->setBasePen(line);
+        axis->setTickPen(line);
+        axis->setSubTickPen(line);
+        axis->setTickLabelColor(style_.text);
+        axis->setLabelColor(style_.text);
+        axis->grid()->setPen(gridLine);
+    }
+}
+
 void GraphPlot::Fill(const QSize &size, double density)
 {
+    StyleAxes(density);
     setViewport({QPoint(0, 0), size});
     xAxis->setTickLabelFont(font());
     yAxis->setTickLabelFont(font());
@@ -235,18 +258,18 @@ void GraphPlot::FillCategoryAxis()
     xAxis->setRange(place_.first - 0.5, place_.first + (place_.count - 0.5));
     if (settings.xAuto && model_ && model_->Texts().second) {
         const QString sample = QStringLiteral("00:00:00");
-        const std::vector<TimeLabel> round =
+        const TimeTicks round =
             ChooseRoundTimes(place_, metrics.horizontalAdvance(sample), model_->Texts().second);
         ValueTicks &ticks = TicksOf(xAxis);
         ticks = {};
-        for (const TimeLabel &one : round) {
+        for (const TimeLabel &one : round.labels) {
             ticks.labelled.append(one.at);
             ticks.labels.append(QTime(0, 0).addSecs(one.second).toString(QStringLiteral("hh:mm:ss")));
         }
-        const std::vector<qint32> samples = SampleTicks(place_);
-        ticks.plain = {samples.begin(), samples.end()};
+        for (const TimeLabel &one : round.plain)
+            ticks.plain.append(one.at);
         xAxis->setTickLengthOut(TickLength);
-        if (!round.empty())
+        if (!round.labels.empty())
             return;
     }
     const auto labelWidth = [&](qint32 sample) { return metrics.horizontalAdvance(label(sample)); };

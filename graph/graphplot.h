@@ -92,6 +92,7 @@ class GraphPlot : public QCustomPlot
     };
     /// Blank room around the picture, in proportion to its texts.
     static int Edge(const QFont &font);
+    void StyleAxes(double density);
     void FillLines(double density, double height);
     void FillValueAxis(double length);
     int NameValueAxis(double length);

@@ -33,6 +33,11 @@ QColor Ink(const QPalette &palette, double share)
     return Mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), share);
 }
 
+QColor GridLine(const QPalette &palette)
+{
+    return Mix(palette.color(QPalette::Base), palette.color(QPalette::Text), 0.18);
+}
+
 enum class Glyph { Minimise, Maximise, Restore, Close };
 
 void DrawGlyph(QPainter &painter, const QRect &room, Glyph glyph)
@@ -142,8 +147,9 @@ int HouseStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWid
                           QStyleHintReturn *returned) const
 {
     if (hint == SH_Table_GridLineColor && option)
-        return static_cast<int>(
-            Mix(option->palette.color(QPalette::Base), option->palette.color(QPalette::Text), 0.18).rgb());
+        return static_cast<int>(GridLine(option->palette).rgb());
+    if (hint == SH_EtchDisabledText)
+        return 0; // on dark the second letters would be seen
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 
@@ -202,6 +208,14 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
         if (const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(option))
             return DrawFramed(element, *button, painter, widget);
         break;
+    case PE_IndicatorToolBarSeparator: {
+        const QRect &room = option->rect;
+        painter->fillRect(option->state.testFlag(State_Horizontal)
+                              ? QRect(room.center().x(), room.top() + 6, 1, room.height() - 12)
+                              : QRect(room.left() + 6, room.center().y(), room.width() - 12, 1),
+                          Ink(option->palette, 0.25));
+        return;
+    }
     case PE_FrameGroupBox:
         return DrawThinFrame(*painter,
                              option->rect.adjusted(0, option->fontMetrics.height() + BelowGroupTitle, 0, 0),
@@ -212,10 +226,30 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
-/// Each line of a button's caption is centred by itself, whatever spaces are around it.
 void HouseStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
                              const QWidget *widget) const
 {
+    const auto *const item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (ownLook_ && element == CE_MenuItem && item && item->text.isEmpty() &&
+        item->menuItemType == QStyleOptionMenuItem::Separator) {
+        const QRect &room = option->rect;
+        painter->fillRect(room.left() + 5, room.center().y(), room.width() - 10, 1,
+                          Ink(option->palette, 0.25));
+        return;
+    }
+    const auto *const heading = qstyleoption_cast<const QStyleOptionHeader *>(option);
+    if (ownLook_ && element == CE_HeaderSection && heading) {
+        const QRect &room = option->rect;
+        const QPalette &palette = option->palette;
+        const bool pressed = option->state.testFlag(State_Sunken);
+        painter->fillRect(
+            room, Mix(palette.color(QPalette::Base), palette.color(QPalette::Text), pressed ? 0.15 : 0.05));
+        painter->fillRect(room.left(), room.bottom(), room.width(), 1, GridLine(palette));
+        if (heading->position != QStyleOptionHeader::End)
+            painter->fillRect(room.right(), room.top(), 1, room.height(), GridLine(palette));
+        return;
+    }
+    // Each line of a button's caption is centred by itself, whatever spaces are around it.
     const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(option);
     if (element != CE_PushButtonLabel || !button || !button->text.contains(u'\n'))
         return QProxyStyle::drawControl(element, option, painter, widget);

@@ -122,7 +122,7 @@ class AxisTest : public QObject
             const auto second = [begin = begin, interval = interval](qint32 sample) {
                 return std::optional((begin + (sample - 1) * interval) % 86400);
             };
-            std::vector<TimeLabel> chosen = ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, second);
+            std::vector<TimeLabel> chosen = ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, second).labels;
             QVERIFY(chosen.size() > 2);
             chosen.resize(2);
             QCOMPARE(chosen, labels);
@@ -131,9 +131,16 @@ class AxisTest : public QObject
         const auto uneven = [](qint32 sample) {
             return std::optional(40 + sample + (sample > 5 ? 1 : 0) + (sample > 12 ? 500 : 0));
         };
-        QCOMPARE(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, uneven),
+        QCOMPARE(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, uneven).labels,
                  (std::vector<TimeLabel>{{5, 45}, {9, 50}, {12 + 2 / 501.0, 55}, {19, 560}}));
-        QVERIFY(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, [](qint32) { return std::nullopt; }).empty());
+        QVERIFY(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, [](qint32) {
+                    return std::nullopt;
+                }).labels.empty());
+        // The ticks divide the time from label to label, also where there are no samples yet.
+        const auto late = [](qint32 sample) { return std::optional(7 * (sample - 1)); };
+        const TimeTicks behind = ChooseRoundTimes({1, 20, 4, 600, 40, 0}, 60, late);
+        QCOMPARE(behind.labels, (std::vector<TimeLabel>{{1, 0}}));
+        QCOMPARE(behind.plain.size(), std::size_t(14)); // 0, 10, 20 and so on until 133
     }
 
     void CategoriesAreAnchoredAndApart()
