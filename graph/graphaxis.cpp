@@ -165,8 +165,9 @@ class SampleTimes
 };
 
 /// The multiples of `step` seconds up to `last`, as far as marks of `width` pixels have `gap` between them.
+/// `inPauses`: also between samples that are more than the interval apart.
 std::vector<TimeLabel> RoundTimes(const CategoryPlace &place, const SampleTimes &times, qint32 last,
-                                  qint64 step, double width, double gap)
+                                  qint64 step, double width, double gap, bool inPauses)
 {
     std::vector<TimeLabel> marks;
     const auto roundUp = [step](qint64 time) { return (time + step - 1) / step * step; };
@@ -179,7 +180,8 @@ std::vector<TimeLabel> RoundTimes(const CategoryPlace &place, const SampleTimes 
         const double share =
             next > taken ? static_cast<double>(time - taken) / static_cast<double>(next - taken) : 0;
         const double left = place.X(sample + share) - width / 2;
-        if (left >= free && left + width <= place.plotWidth + place.reachRight) {
+        const bool fits = left >= free && left + width <= place.plotWidth + place.reachRight;
+        if (fits && (inPauses || share == 0 || next - taken <= times.Interval())) {
             marks.push_back({sample + share, static_cast<int>(time % Day)});
             free = left + width + gap;
         } else if (next > time) { // no two of them within a pause
@@ -371,9 +373,9 @@ TimeTicks ChooseRoundTimes(const CategoryPlace &place, double labelWidth,
         return step == labelStep ||
                (labelStep % step == 0 && step >= times.Interval() && step * perSecond >= AutomaticTickGap);
     });
-    ticks.labels = RoundTimes(place, times, place.last, labelStep, labelWidth, LabelGap);
+    ticks.labels = RoundTimes(place, times, place.last, labelStep, labelWidth, LabelGap, true);
     const qint32 end = place.first + place.count - 1;
-    ticks.plain = RoundTimes(place, times, end, plainStep, 0, AutomaticTickGap - 1);
+    ticks.plain = RoundTimes(place, times, end, plainStep, 0, AutomaticTickGap - 1, false);
     return ticks;
 }
 

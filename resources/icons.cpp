@@ -54,6 +54,7 @@ Q_LOGGING_CATEGORY(lcResources, "px40.resources")
 constexpr double disabledOpacity = 0.35;
 constexpr double leastContrast = 3.5;
 constexpr double leastTextContrast = 4.5;
+constexpr double leastDisabledContrast = 3;
 
 struct Colours
 {
@@ -223,6 +224,14 @@ QPalette WithReadableHints(QPalette palette)
         while (Contrast(highlight, selected) < leastTextContrast && highlight != away)
             highlight = Mix(highlight, away, 0.05);
         palette.setColor(group, QPalette::Highlight, highlight);
+    }
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        const QColor ground = palette.color(QPalette::Disabled, QPalette::Window);
+        const QColor ink = palette.color(QPalette::Active, role);
+        QColor faint = palette.color(QPalette::Disabled, role);
+        while (Contrast(faint, ground) < leastDisabledContrast && faint != ink)
+            faint = Mix(faint, ink, 0.1);
+        palette.setColor(QPalette::Disabled, role, faint);
     }
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         const QColor ground = palette.color(group, QPalette::Window);

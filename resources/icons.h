@@ -32,7 +32,7 @@ QIcon MakeIcon(QStringView name, const QPalette &palette);
 QIcon ApplicationIcon();
 
 /// `palette` with hints (QPalette::PlaceholderText) that can be read on its windows: some desktops set dark
-/// colours and leave the hints black. The same for selected texts.
+/// colours and leave the hints black. The same for selected texts, and in part for disabled ones.
 QPalette WithReadableHints(QPalette palette);
 
 } // namespace px40

@@ -136,6 +136,7 @@ class AxisTest : public QObject
         QVERIFY(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, [](qint32) {
                     return std::nullopt;
                 }).labels.empty());
+        QCOMPARE(ChooseRoundTimes({1, 20, 20, 600, 40, 0}, 60, uneven).plain.size(), std::size_t(20));
         // The ticks divide the time from label to label, also where there are no samples yet.
         const auto late = [](qint32 sample) { return std::optional(7 * (sample - 1)); };
         const TimeTicks behind = ChooseRoundTimes({1, 20, 4, 600, 40, 0}, 60, late);
