@@ -37,9 +37,8 @@ DataSet::DataSet(DocumentShared &shared)
 /// Only a run's rows have a time.
 std::optional<int> DataSet::SecondOfDay(qint32 sample) const
 {
-    const QTime time = kind_ == KindRealtime
-                           ? QTime::fromString(table_.Cell(sample, 1), QStringLiteral("hh:mm:ss"))
-                           : QTime();
+    const QString text = kind_ == KindRealtime ? table_.Cell(sample, 1) : QString();
+    const QTime time = text.size() == 8 ? QTime::fromString(text, Qt::ISODate) : QTime(); // hh:mm:ss
     return time.isValid() ? std::optional(time.msecsSinceStartOfDay() / 1000) : std::nullopt;
 }
 

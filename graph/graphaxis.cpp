@@ -148,8 +148,13 @@ class SampleTimes
     /// The last sample at that time or before it.
     qint32 Until(qint64 time) const
     {
+        const qint64 even = place_->first + (time - *begin_) / interval_; // where none was missed
         qint32 before = place_->first;
         qint32 after = place_->first + place_->count;
+        if (even > before && even + 1 < after && At(static_cast<qint32>(even)) <= time)
+            before = static_cast<qint32>(even);
+        if (before == even && At(before + 1) > time)
+            return before;
         while (after - before > 1) {
             const qint32 middle = before + (after - before) / 2;
             (At(middle) <= time ? before : after) = middle;
