@@ -215,23 +215,29 @@ QColor LampGreen(const QPalette &palette)
                                                            : QColor(0x1a, 0x9a, 0x42);
 }
 
+/// As little nearer to `away` as makes the contrast; `away` itself where nothing does.
+static QColor Apart(const QColor &colour, const QColor &away, const QColor &against, double contrast)
+{
+    constexpr int Steps = 20;
+    int step = 0;
+    while (step < Steps && Contrast(Mix(colour, away, double(step) / Steps), against) < contrast)
+        ++step;
+    return Mix(colour, away, double(step) / Steps);
+}
+
 QPalette WithReadableHints(QPalette palette)
 {
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
-        QColor highlight = palette.color(group, QPalette::Highlight);
         const QColor selected = palette.color(group, QPalette::HighlightedText);
         const QColor away = selected.lightness() < 128 ? Qt::white : Qt::black;
-        while (Contrast(highlight, selected) < leastTextContrast && highlight != away)
-            highlight = Mix(highlight, away, 0.05);
-        palette.setColor(group, QPalette::Highlight, highlight);
+        palette.setColor(group, QPalette::Highlight,
+                         Apart(palette.color(group, QPalette::Highlight), away, selected, leastTextContrast));
     }
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         const QColor ground = palette.color(QPalette::Disabled, QPalette::Window);
-        const QColor ink = palette.color(QPalette::Active, role);
-        QColor faint = palette.color(QPalette::Disabled, role);
-        while (Contrast(faint, ground) < leastDisabledContrast && faint != ink)
-            faint = Mix(faint, ink, 0.1);
-        palette.setColor(QPalette::Disabled, role, faint);
+        palette.setColor(QPalette::Disabled, role,
+                         Apart(palette.color(QPalette::Disabled, role), palette.color(QPalette::Active, role),
+                               ground, leastDisabledContrast));
     }
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         const QColor ground = palette.color(group, QPalette::Window);

@@ -33,6 +33,18 @@ class WindowTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    /// A desktop may have colours that nothing makes readable.
+    void ColoursOfLittleContrastAreTaken()
+    {
+        QPalette grey(QColor(120, 120, 120));
+        for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+            grey.setColor(group, QPalette::HighlightedText, QColor(127, 127, 127));
+        grey.setColor(QPalette::Active, QPalette::Text, QColor(124, 124, 124));
+        const QPalette taken = WithReadableHints(grey);
+        QCOMPARE(taken.color(QPalette::Disabled, QPalette::Text), QColor(124, 124, 124));
+        QCOMPARE(taken.color(QPalette::Active, QPalette::Highlight), QColor(Qt::white));
+    }
+
     void MenusAndButtonsAreComplete()
     {
         const ScriptedProgram program;
