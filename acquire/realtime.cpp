@@ -48,6 +48,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     barRows_ = -1;
     port_ = 0;
     ShowBar();
+    data_->SetRunning(true);
     link_.state.RealtimeRun = true;
     Q_EMIT runChanged();
     ForwardOff_ = true;
@@ -315,6 +316,7 @@ void Realtime::End()
 {
     progress_.ended = true;
     data_->EndProgress();
+    data_->SetRunning(false);
     ShowProgress();
     data_.reset();
     link_.state.RealtimeRun = false;

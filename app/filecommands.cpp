@@ -3,14 +3,20 @@
 #include "app/mainviews.h"
 #include "app/services.h"
 #include "document/dataset.h"
+#include "document/leftjournals.h"
 #include "platform/filenames.h"
 #include "platform/prompts.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLocale>
+#include <QRegularExpression>
 #include <QScopeGuard>
+#include <QScopedValueRollback>
 
+#include <algorithm>
 #include <utility>
 
 namespace px40 {
@@ -188,6 +194,43 @@ QCoro::Task<void> FileCommands::SaveGraph(std::shared_ptr<DataSet> set,
         co_return;
     const QString text = Lines({written.error().text, name, NothingSaved(name)});
     co_await services_->prompts.Warn(text);
+}
+
+/// Gives each data set that was left unsaved a window, and tells in the status bar what came back.
+QCoro::Task<void> FileCommands::Recover()
+{
+    const QString folder = services_->journals.Folder();
+    if (!services_->shared.journals || !QFileInfo(folder).isDir())
+        co_return;
+    const auto left = std::make_shared<LeftSets>();
+    const OneShot<bool> read = RunInThread([left, folder] { *left = TakeLeftJournals(folder); });
+    co_await read;
+    QStringList told;
+    for (LeftSet &one : left->sets)
+        told << Show(std::move(one));
+    told << left->complaints;
+    if (!told.isEmpty())
+        services_->statusLine.Warn(told.join(u' '));
+}
+
+/// Gives a data set that was left unsaved its window, and tells of it.
+QString FileCommands::Show(LeftSet &&left)
+{
+    const JournalAbout &about = left.contents.about;
+    DocumentShared &shared = services_->shared;
+    const QString told =
+        Counted(Str::RecoveredSet, left.contents.data.rows.Count())
+            .arg(QFileInfo(about.caption).fileName(), QLocale().toString(about.begun, QLocale::ShortFormat));
+    static const QRegularExpression newName(QStringLiteral("^(\\d{1,5})New$"));
+    const QRegularExpressionMatch number = newName.match(about.caption);
+    if (number.hasMatch()) // the next new one has another name
+        shared.NewCount = std::max(shared.NewCount, number.captured(1).toInt());
+    const bool keepsFile = !about.fileName.isEmpty() && !HolderOf(about.fileName);
+    const QScopedValueRollback<bool> heading(shared.MemoryNumbers, about.memoryNumbers);
+    const auto dataSet = std::make_shared<DataSet>(shared);
+    dataSet->Recover(std::move(left.contents), std::move(left.journal), keepsFile);
+    views_->AddDataWindow(dataSet, true);
+    return told;
 }
 
 /// Shows the text in the status bar; with a note about the work file for a while even during a run.

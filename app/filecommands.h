@@ -14,6 +14,7 @@
 namespace px40 {
 
 class DataSet;
+struct LeftSet;
 class MainViews;
 struct Services;
 
@@ -40,6 +41,10 @@ class FileCommands
     /// The same with one; if it is open its window comes to the front.
     QCoro::Task<void> OpenRecent(QString name);
 
+    /// Gives each data set that was left unsaved by an earlier program a window of its own, and tells of them
+    /// in the status bar.
+    QCoro::Task<void> Recover();
+
     /// Whether a window holds that file, by whatever name.
     bool IsFileOpen(const QString &name) const { return HolderOf(name) != nullptr; }
 
@@ -59,6 +64,7 @@ class FileCommands
     QCoro::Task<bool> AskAndSave(std::shared_ptr<DataSet> set);
     QCoro::Task<bool> Write(std::shared_ptr<DataSet> set, QString name);
     std::shared_ptr<DataSet> HolderOf(const QString &name, const DataSet *butFor = nullptr) const;
+    QString Show(LeftSet &&left);
     void Tell(const QString &text) const;
 
     Services *services_;

@@ -62,8 +62,7 @@ frmMain::frmMain(Services &services)
     commands_->setParent(this);
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(ApplicationIcon());
-    setWindowTitle(Text(Str::ApplicationTitle) +
-                   (services.simulated ? Text(Str::DemoTitleSuffix) : QString()));
+    ShowTitle();
     setCentralWidget(workspace_);
     for (const auto &[command, purpose] :
          {std::pair{Command::RealtimeNew, Str::StartRealtime},
@@ -119,6 +118,17 @@ void frmMain::ConnectAll()
         Q_EMIT left();
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
+}
+
+void frmMain::ShowTitle()
+{
+    QString title = Text(Str::ApplicationTitle);
+    if (services_->simulated)
+        title += Text(Str::DemoTitleSuffix);
+    const QList<std::shared_ptr<DataSet>> sets = DataSets();
+    if (!std::all_of(sets.begin(), sets.end(), [](const auto &set) { return set->Protected(); }))
+        title += u' ' + Text(Str::NotProtected);
+    setWindowTitle(title);
 }
 
 void frmMain::ShowPlaced()
@@ -282,6 +292,7 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
         return commands_->Files().SaveGraph(std::move(set), std::move(write));
     };
     auto *const window = new frmData(dataSet, {&services_->state, &services_->jobs, confirmClose, saveGraph});
+    connect(dataSet.get(), &DataSet::protectedChanged, this, &frmMain::ShowTitle);
     workspace_->addSubWindow(window);
     workspace_->Place(window);
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);

@@ -59,6 +59,7 @@ class frmMain : public QMainWindow, private MainViews
   private:
     void ConnectAll();
     void SetLeastSize();
+    void ShowTitle();
     void ShowSelection();
     void ShowLiveWindows();
     void OnWindowActivated();

@@ -52,7 +52,7 @@ int main(int argc, char *argv[])
         return ExitDone;
 
     MessagePrompts prompts;
-    Services services(UserStore(title), PathsIn(DataFolder(line.dataFolder)), prompts);
+    Services services(UserStore(title), PathsFor(line.dataFolder), prompts);
     const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
     if (!simulation)
         return EndFailed(simulation.error());

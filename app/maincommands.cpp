@@ -283,6 +283,8 @@ QCoro::Task<void> MainCommands::AskAndLeave()
     // If the link was taken while the questions were open, the user has to try again.
     if (!mayGo || !MayClose(services_->state))
         co_return;
+    for (const std::shared_ptr<DataSet> &dataSet : views_->DataSets())
+        dataSet->MarkSaved(); // saved, or not wanted
     services_->leaving = true;
     services_->settings.WriteSettingsFile();
     services_->gate.Shut();

@@ -26,9 +26,16 @@ struct Services
              int replyTimeoutMs = Comm::DefaultReplyTimeoutMs, const Clock *otherClock = nullptr)
         : store(std::move(userStore)), settings(paths), prompts(userPrompts),
           clock(otherClock ? *otherClock : systemClock), ports(store), gate(state),
-          comm(state, ports, replyTimeoutMs)
+          comm(state, ports, replyTimeoutMs), journals(paths.UnsavedPath, [this] { return Origin(); })
     {
         shared.WorkPath = paths.WorkPath;
+        if (!paths.UnsavedPath.isEmpty())
+            shared.journals = &journals;
+    }
+
+    JournalOrigin Origin() const
+    {
+        return {ports.Device(comm.PortNumber()), QDateTime::fromMSecsSinceEpoch(clock.UtcMs()), simulated};
     }
 
     UserStore store;
@@ -41,6 +48,7 @@ struct Services
     LinkState state;
     LinkGate gate;
     Comm comm;
+    Journals journals;
     DocumentShared shared;
     const RangeLists ranges = BuildRangeLists();
     InstrumentState instrument;

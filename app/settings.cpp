@@ -23,6 +23,11 @@ bool CanWriteIn(const QString &folder)
     return probe.open();
 }
 
+QString UserDataFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+}
+
 bool IsPort(int number)
 {
     return number >= PortMap::First && number <= PortMap::Last;
@@ -35,22 +40,26 @@ Paths PathsIn(const QString &folder)
     QString base = QDir::toNativeSeparators(folder);
     if (!base.endsWith(QDir::separator()))
         base += QDir::separator();
-    return {base + QStringLiteral("PX40AP.INI"), base + QStringLiteral("WORK.~~~")};
+    return {base + QStringLiteral("PX40AP.INI"), base + QStringLiteral("WORK.~~~"),
+            base + QStringLiteral("Unsaved")};
 }
 
 QString ChooseDataFolder(const QString &programFolder)
 {
     if (CanWriteIn(programFolder))
         return programFolder;
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+    const QString folder = UserDataFolder();
     QDir().mkpath(folder);
     return folder;
 }
 
-QString DataFolder(const QString &wanted)
+Paths PathsFor(const QString &wanted)
 {
-    return wanted.isEmpty() ? ChooseDataFolder(QCoreApplication::applicationDirPath())
-                            : QDir(wanted).absolutePath();
+    if (!wanted.isEmpty())
+        return PathsIn(QDir(wanted).absolutePath());
+    Paths paths = PathsIn(ChooseDataFolder(QCoreApplication::applicationDirPath()));
+    paths.UnsavedPath = PathsIn(UserDataFolder()).UnsavedPath;
+    return paths;
 }
 
 void Settings::ReadFile()

@@ -4,22 +4,24 @@
 
 namespace px40 {
 
-/// Where the program keeps its two files.
+/// Where the program keeps its files.
 struct Paths
 {
-    QString IniPath;  ///< the settings file "PX40AP.INI"
-    QString WorkPath; ///< the work file "WORK.~~~" through which data files are read and written
+    QString IniPath;     ///< the settings file "PX40AP.INI"
+    QString WorkPath;    ///< the work file "WORK.~~~" through which data files are read and written
+    QString UnsavedPath; ///< the folder "Unsaved" of the journals; empty: no journals are kept
 };
 
-/// Both files in that folder, with the separators of the platform.
+/// All of them in that folder, with the separators of the platform.
 Paths PathsIn(const QString &folder);
 
-/// The folder for them: the program's own if it can be written, else the user's data folder for the
-/// application, which is created.
+/// The folder for settings and work file: the program's own if it can be written, else the user's data folder
+/// for the application, which is created.
 QString ChooseDataFolder(const QString &programFolder);
 
-/// The folder for them: `wanted`, or the one chosen if that is empty.
-QString DataFolder(const QString &wanted);
+/// All of them in the folder `wanted`; where that is empty the two files in the one chosen, and the journals,
+/// which are one user's own, in the user's data folder.
+Paths PathsFor(const QString &wanted);
 
 /// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in the
 /// system's own encoding. Neither reading nor writing ever complains.

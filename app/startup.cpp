@@ -43,6 +43,9 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
     co_await window->Commands().Files().Open(files);
     if (services->leaving)
         co_return;
+    co_await window->Commands().Files().Recover();
+    if (services->leaving)
+        co_return;
 
     window->tmCheckStat.SetInterval(StatusCheckIntervalMs);
     const Result<> opened = services->comm.OpenPort();

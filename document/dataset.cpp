@@ -83,6 +83,7 @@ void DataSet::Append(const QString &time, const QString &data, const QString &me
                      const QString &srcMeas)
 {
     table_.AppendSample({time, data, meas, srcData, srcMeas});
+    KeepRow();
     SetSaved(false);
 }
 
@@ -134,6 +135,7 @@ void DataSet::SetInterval(const Duration &interval)
 {
     interval_ = interval;
     SetSaved(false);
+    Describe();
     SetPanel(Panel::Interval, DurationText(interval));
 }
 
@@ -147,6 +149,7 @@ void DataSet::SetPeriod(bool none, const Duration &period)
     periodNone_ = none;
     period_ = period;
     SetSaved(false);
+    Describe();
     SetPanel(Panel::Period, none ? QString() : DurationText(period));
 }
 
@@ -154,7 +157,7 @@ void DataSet::SetGraphcount(int count)
 {
     GraphSettings settings = graph_.Settings();
     settings.count = count;
-    graph_.SetSettings(settings);
+    SetGraph(settings);
 }
 
 void DataSet::SetAxisX(bool automatic, int divPerLabel, int divPerTick)
@@ -166,7 +169,7 @@ void DataSet::SetAxisX(bool automatic, int divPerLabel, int divPerTick)
         settings.xTicks = divPerTick;
     }
     SetPanel(Panel::X, Text(automatic ? Str::Automatic : Str::Custom));
-    graph_.SetSettings(settings);
+    SetGraph(settings);
 }
 
 void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &maxVal, int majorDiv,
@@ -178,7 +181,13 @@ void DataSet::SetAxisY(bool automatic, const QString &minVal, const QString &max
     settings.yMaximum = maxVal;
     settings.yMajor = majorDiv;
     settings.yMinor = minorDiv;
+    SetGraph(settings);
+}
+
+void DataSet::SetGraph(const GraphSettings &settings)
+{
     graph_.SetSettings(settings);
+    Describe();
 }
 
 void DataSet::EndProgress()
@@ -202,6 +211,8 @@ void DataSet::ShowGrid(bool shown)
 
 void DataSet::SetSaved(bool saved)
 {
+    if (saved)
+        LetJournalGo();
     if (std::exchange(saved_, saved) != saved)
         Q_EMIT savedChanged(saved);
 }

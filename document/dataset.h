@@ -2,6 +2,7 @@
 
 #include "document/datafile.h"
 #include "document/datakind.h"
+#include "document/journals.h"
 #include "document/tablemodel.h"
 #include "graph/graphmodel.h"
 #include "platform/result.h"
@@ -10,6 +11,7 @@
 #include <QString>
 
 #include <array>
+#include <memory>
 
 class QIODevice;
 
@@ -25,6 +27,8 @@ struct DocumentShared
     QString WorkPath;
     QString WorkNote = {};  ///< for the user, then cleared: that the work file cannot be written
     bool WorkNoted = false; ///< the user has been told once, which is enough
+    /// Keeps the rows that nobody has saved yet; null: nothing keeps them. Must outlive the data sets.
+    Journals *journals = nullptr;
 };
 
 /// What a failed attempt to save under that name has left, in a sentence.
@@ -52,6 +56,10 @@ class DataSet : public QObject
     /// Makes this, which must be newly constructed, the data set of a data file. Returns when it is read. A
     /// data set that could not be read is of no use.
     Result<> OpenFile(const QString &name);
+
+    /// Makes this, which must be newly constructed, a data set that was left unsaved: see `TakeLeftJournals`.
+    /// `keepsFile`: it still belongs to the data file that it was opened from or saved to.
+    void Recover(JournalContents &&contents, Journal::Left &&journal, bool keepsFile);
 
     /// Writes the data set to a file, through the work file. Returns when the disk has it. Where that fails
     /// the user's file is as it was, and the data set stays unsaved.
@@ -116,9 +124,18 @@ class DataSet : public QObject
     /// The table is hidden while rows stream in.
     void ShowGrid(bool shown);
 
+    /// Rows come in by themselves: its journal stays whole, also after a save.
+    void SetRunning(bool running);
+
     int Kind() const { return kind_; }
     bool Saved() const { return saved_; }
     void MarkSaved() { SetSaved(true); }
+    /// It comes from a program that ended before it was saved, and has not been saved since.
+    bool Recovered() const { return recovered_; }
+    /// The instrument was a simulation, for what is known of it.
+    bool Simulated() const { return origin_.simulated; }
+    /// False while rows that nobody has saved are not on the disk either.
+    bool Protected() const { return !journal_ || journal_->Protects(); }
     QString Caption() const { return caption_; }
     QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
     /// Readings that are neither a number nor one of the texts for no value: noise.
@@ -131,6 +148,7 @@ class DataSet : public QObject
     void panelChanged(px40::Panel panel, const QString &text);
     void captionChanged(const QString &caption);
     void savedChanged(bool saved);
+    void protectedChanged();
     void gridShown(bool shown);
     void sampleFollowed(int sample); ///< the view is to follow this new sample (1-based)
     void progressChanged();
@@ -145,6 +163,13 @@ class DataSet : public QObject
     void SetKind(int kind);
     void Adopt(DataFile &&file);
     void Keep(const QString &name);
+    JournalAbout About() const;
+    DataFileHeader Header() const;
+    void SetGraph(const GraphSettings &settings);
+    void Describe();
+    void KeepRow();
+    void TakeJournal(std::unique_ptr<Journal> journal);
+    void LetJournalGo();
 
     DocumentShared *shared_;
     TableModel table_;
@@ -162,6 +187,11 @@ class DataSet : public QObject
     bool progressEnded_ = false;
     bool periodNone_ = true;
     bool saved_ = true;
+    qint32 savedRows_ = 0; ///< rows that its file holds
+    bool recovered_ = false;
+    bool running_ = false;
+    JournalOrigin origin_;
+    std::unique_ptr<Journal> journal_; ///< of rows that nobody has saved
 };
 
 } // namespace px40

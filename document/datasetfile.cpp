@@ -163,10 +163,14 @@ void DataSet::Adopt(DataFile &&file)
     readings_ = std::move(file.readings);
 }
 
+DataFileHeader DataSet::Header() const
+{
+    return {kind_, shape_, interval_, periodNone_, period_, graph_.Settings()};
+}
+
 Result<> DataSet::Write(QIODevice &to) const
 {
-    const DataFileHeader header = {kind_, shape_, interval_, periodNone_, period_, graph_.Settings()};
-    return WriteDataFile(header, table_.Rows(), table_.TableRows(), to);
+    return WriteDataFile(Header(), table_.Rows(), table_.TableRows(), to);
 }
 
 Result<> DataSet::SaveFile(const QString &name)
@@ -187,9 +191,11 @@ Result<> DataSet::SaveFile(const QString &name)
 
 void DataSet::Keep(const QString &name)
 {
-    SetSaved(true);
     fileName_ = name;
     caption_ = name;
+    savedRows_ = table_.Samples();
+    recovered_ = false;
+    SetSaved(true);
     Q_EMIT captionChanged(caption_);
 }
 

@@ -152,6 +152,7 @@ frmData::frmData(std::shared_ptr<DataSet> dataSet, const DataWindowServices &ser
     connect(set, &DataSet::panelChanged, this, &frmData::ShowPanel);
     connect(set, &DataSet::captionChanged, this, &frmData::ShowTitle);
     connect(set, &DataSet::savedChanged, this, &frmData::ShowTitle);
+    connect(set, &DataSet::protectedChanged, this, &frmData::ShowTitle);
     connect(set, &DataSet::gridShown, fgData_, &QWidget::setVisible);
     connect(set, &DataSet::sampleFollowed, this, &frmData::FollowSample);
     connect(set, &DataSet::progressChanged, this, &frmData::ShowProgress);
@@ -184,7 +185,14 @@ frmData::~frmData()
 void frmData::ShowTitle()
 {
     const QString place = QStringLiteral("[*]");
-    setWindowTitle(data_->Caption().replace(place, QStringLiteral("[\u200b*]")) + place);
+    QStringList title(data_->Caption().replace(place, QStringLiteral("[\u200b*]")));
+    if (data_->Recovered() && data_->Simulated())
+        title << Text(Str::Simulated);
+    if (data_->Recovered())
+        title << Text(Str::Recovered);
+    if (!data_->Protected())
+        title << Text(Str::NotProtected);
+    setWindowTitle(title.join(u' ') + place);
     setWindowModified(!data_->Saved());
 }
 

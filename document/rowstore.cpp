@@ -30,6 +30,12 @@ RowStore::Bytes TextsAt(const char *at)
     return texts;
 }
 
+std::string_view RawOf(const RowStore::Bytes &texts)
+{
+    const char *const begin = texts.front().data();
+    return {begin, static_cast<std::size_t>(texts.back().data() + texts.back().size() + 1 - begin)};
+}
+
 } // namespace
 
 void RowStore::Append(const Row &row)
@@ -63,6 +69,14 @@ void RowStore::AppendLatin1(const Bytes &row)
     }
 }
 
+bool RowStore::AppendRaw(std::string_view row)
+{
+    if (std::count(row.begin(), row.end(), TextEnd) != Texts || row.back() != TextEnd)
+        return false;
+    std::copy(row.begin(), row.end(), NewRow(row.size()));
+    return true;
+}
+
 char *RowStore::NewRow(std::size_t size)
 {
     auto *const bytes = static_cast<char *>(bytes_->allocate(size, 1));
@@ -73,6 +87,16 @@ char *RowStore::NewRow(std::size_t size)
 RowStore::Bytes RowStore::Utf8(qsizetype row) const
 {
     return TextsAt(rows_[static_cast<std::size_t>(row)]);
+}
+
+std::string_view RowStore::Raw(qsizetype row) const
+{
+    return RawOf(Utf8(row));
+}
+
+std::string_view RowReader::NextRaw()
+{
+    return RawOf(Next());
 }
 
 RowStore::Bytes RowReader::Next()

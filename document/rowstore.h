@@ -39,11 +39,18 @@ class RowStore
     /// The same from Latin-1 bytes.
     void AppendLatin1(const Bytes &row);
 
+    /// The same from bytes as `Raw` gives them. False, and nothing is appended, where they are not of that
+    /// form.
+    bool AppendRaw(std::string_view row);
+
     /// `row` is 0-based and below `Count()`, `text` 0 to 4.
     QString Cell(qsizetype row, int text) const;
 
     /// The texts of a row in UTF-8. Valid as long as the store.
     Bytes Utf8(qsizetype row) const;
+
+    /// The same in one piece: each text followed by the byte 0xFF.
+    std::string_view Raw(qsizetype row) const;
 
   private:
     friend class RowReader;
@@ -74,6 +81,10 @@ class RowReader
     /// The next row, the first one at the first call; valid as long as this. Not to be called after the last
     /// row.
     RowStore::Bytes Next();
+    /// The same as `RowStore::Raw` gives it.
+    std::string_view NextRaw();
+
+    bool AtEnd() const { return next_ == rows_.size(); }
 
   private:
     std::shared_ptr<const void> bytes_;

@@ -23,7 +23,8 @@ TableModel::TableModel(bool memoryNumbers, QObject *parent)
                                              Text(Str::HeadingData),
                                              Text(Str::HeadingMode),
                                              Text(Str::HeadingData),
-                                             Text(Str::HeadingSource)}
+                                             Text(Str::HeadingSource)},
+      memoryNumbers_(memoryNumbers)
 {
 }
 

@@ -30,6 +30,8 @@ class TableModel : public QAbstractTableModel
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    bool HasMemoryNumbers() const { return memoryNumbers_; }
+
     /// Heading of a column, 0 to 5.
     QString Heading(int column) const { return headings_.at(column); }
 
@@ -59,6 +61,7 @@ class TableModel : public QAbstractTableModel
   private:
     RowStore rows_;
     QStringList headings_;
+    bool memoryNumbers_;
     int tableRows_ = 1;
     mutable qint32 modesSeen_ = 0; ///< samples whose MODE has been looked at
     mutable std::string_view mode_;

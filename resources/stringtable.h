@@ -347,4 +347,14 @@ PX40_TEXT(NoValue, 1167, u"Error: the PX40 has no value.")
 PX40_TEXT(BurnOut, 1168, u"Burn-out: the sensor or its line is open.")
 PX40_TEXT(Demo, 1169, u"DEMO")
 PX40_TEXT(GraphZoomBack, 1165, u"Zoom &Back")
+PX40_TEXT(Recovered, 1170, u"(recovered)")
+PX40_TEXT(Simulated, 1171, u"(simulated)")
+PX40_TEXT(NotProtected, 1172, u"(not protected: rows would be lost with the program)")
+PX40_TEXT(RecoveredSet, 1173, u"Recovered: %1, begun %2, %n row(s).")
+PX40_TEXT(JournalUnreadable, 1174, u"The unsaved readings in %1 cannot be read (%2); the file was left as it is.")
+PX40_TEXT(JournalTooNew, 1175,
+          u"The unsaved readings in %1 are of a newer version of this program; the file was left as it is.")
+PX40_TEXT(JournalDamaged, 1176,
+          u"The unsaved readings in %1 are damaged: what is right of them is shown, and the file stays until they are "
+          u"saved.")
 // clang-format on

@@ -72,7 +72,9 @@ int RunDownload(const CommandLine &line)
         return EndFailed({About(target.name, Text(Str::FileReadOnly))});
 
     DecliningPrompts prompts;
-    Services services(UserStore(Text(Str::ApplicationTitle)), PathsIn(DataFolder(line.dataFolder)), prompts);
+    Paths paths = PathsFor(line.dataFolder);
+    paths.UnsavedPath.clear(); // the instrument keeps its readings
+    Services services(UserStore(Text(Str::ApplicationTitle)), paths, prompts);
     const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
     if (!simulation)
         return EndFailed(simulation.error());

@@ -1,0 +1,359 @@
+#include "document/journal.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimeZone>
+#include <QUuid>
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+#include <sqlite3.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace px40 {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int ApplicationId = 0x50583430; // tells what the database is for
+const QString Suffix = u".journal"_s;
+
+quint32 Sum(quint32 seed, const void *bytes, std::size_t size)
+{
+    return static_cast<quint32>(crc32_z(seed, static_cast<const unsigned char *>(bytes), size));
+}
+
+quint32 Sum(quint32 seed, std::string_view bytes)
+{
+    return Sum(seed, bytes.data(), bytes.size());
+}
+
+quint32 SeedOf(const QString &id)
+{
+    return Sum(0, id.toLatin1().toStdString());
+}
+
+qint32 AboutSum(quint32 seed, qint32 version, std::string_view description)
+{
+    return static_cast<qint32>(Sum(Sum(seed, &version, sizeof version), description));
+}
+
+/// SQLite keeps a signed number of 32 bits in less space.
+qint32 RowSum(quint32 seed, qint64 number, std::string_view row)
+{
+    return static_cast<qint32>(Sum(Sum(seed, &number, sizeof number), row));
+}
+
+std::string_view Blob(const SQLite::Column &column)
+{
+    const auto *const bytes = static_cast<const char *>(column.getBlob());
+    return {bytes ? bytes : "", bytes ? static_cast<std::size_t>(column.getBytes()) : 0};
+}
+
+/// The header is kept as the lines with which a data file begins.
+QByteArray Encoded(const JournalAbout &about)
+{
+    QByteArray header;
+    QBuffer lines(&header);
+    lines.open(QIODevice::WriteOnly);
+    const Result<> written = WriteDataFile(about.header, {}, 0, lines);
+    QJsonObject object;
+    if (written)
+        object[u"header"_s] = QString::fromLatin1(header);
+    object[u"caption"_s] = about.caption;
+    object[u"file"_s] = about.fileName;
+    object[u"savedRows"_s] = about.savedRows;
+    object[u"memoryNumbers"_s] = about.memoryNumbers;
+    object[u"simulated"_s] = about.simulated;
+    object[u"device"_s] = about.device;
+    object[u"begun"_s] = about.begun.toOffsetFromUtc(about.begun.offsetFromUtc()).toString(Qt::ISODateWithMs);
+    object[u"zone"_s] = QString::fromLatin1(about.begun.timeZone().id());
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+/// False where it is not what `Encoded` gives.
+bool Decode(const QByteArray &bytes, JournalAbout *about)
+{
+    const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+    QByteArray header = object[u"header"_s].toString().toLatin1();
+    QBuffer lines(&header);
+    lines.open(QIODevice::ReadOnly);
+    const Result<DataFile> file = ReadDataFile(lines);
+    if (!file)
+        return false;
+    about->header = file->header;
+    about->caption = object[u"caption"_s].toString();
+    about->fileName = object[u"file"_s].toString();
+    about->savedRows = object[u"savedRows"_s].toInt();
+    about->memoryNumbers = object[u"memoryNumbers"_s].toBool();
+    about->simulated = object[u"simulated"_s].toBool();
+    about->device = object[u"device"_s].toString();
+    about->begun = QDateTime::fromString(object[u"begun"_s].toString(), Qt::ISODateWithMs);
+    const QTimeZone zone(object[u"zone"_s].toString().toLatin1());
+    if (zone.isValid())
+        about->begun = about->begun.toTimeZone(zone);
+    return about->begun.isValid();
+}
+
+/// What stands for a description that cannot be read.
+JournalAbout Unknown(const QString &id)
+{
+    JournalAbout about;
+    about.header.kind = KindRealtime;
+    about.header.interval = {u"00"_s, u"00"_s, u"00"_s, u"05"_s};
+    about.caption = id;
+    return about;
+}
+
+void ReadAbout(SQLite::Database &database, quint32 seed, JournalContents *contents)
+{
+    try {
+        SQLite::Statement select(database, "SELECT version, description, sum FROM about");
+        if (!select.executeStep())
+            return;
+        const std::string_view description = Blob(select.getColumn(1));
+        const int version = select.getColumn(0).getInt();
+        if (AboutSum(seed, version, description) != select.getColumn(2).getInt())
+            return;
+        if (version > JournalFile::Version)
+            throw JournalTooNew();
+        const auto bytes =
+            QByteArray::fromRawData(description.data(), static_cast<qsizetype>(description.size()));
+        contents->damaged = !Decode(bytes, &contents->about);
+    } catch (const SQLite::Exception &) {
+        return;
+    }
+}
+
+/// Goes through the rows until one cannot be reached, and hands on those whose checksum is right. False where
+/// something was wrong.
+template <typename Take>
+bool ReadRows(SQLite::Database &database, const char *query, quint32 seed, const Take &take)
+{
+    bool whole = true;
+    try {
+        SQLite::Statement select(database, query);
+        while (select.executeStep()) {
+            const qint64 number = select.getColumn(0).getInt64();
+            const std::string_view row = Blob(select.getColumn(1));
+            if (RowSum(seed, number, row) != select.getColumn(2).getInt())
+                whole = false;
+            else if (!take(number, row))
+                break;
+        }
+    } catch (const SQLite::Exception &) {
+        whole = false;
+    }
+    return whole;
+}
+
+void Append(std::string_view row, DataFile *data)
+{
+    if (!data->rows.AppendRaw(row))
+        return;
+    const std::string_view reading = data->rows.Utf8(data->rows.Count() - 1)[1];
+    data->readings.Count(
+        ReadingOf(QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
+}
+
+bool HasTables(SQLite::Database &database)
+{
+    SQLite::Statement count(database, "SELECT count(*) FROM sqlite_master WHERE name IN ('about', 'row')");
+    return count.executeStep() && count.getColumn(0).getInt() > 0;
+}
+
+} // namespace
+
+JournalContents ReadJournal(SQLite::Database &database, const QString &id)
+{
+    JournalContents contents;
+    contents.empty = !HasTables(database);
+    if (contents.empty)
+        return contents;
+    const quint32 seed = SeedOf(id);
+    contents.about = Unknown(id);
+    contents.damaged = true;
+    ReadAbout(database, seed, &contents);
+
+    DataFile &data = contents.data;
+    qint64 last = 0;
+    const auto append = [&](qint64 number, std::string_view row) {
+        contents.damaged = contents.damaged || number != last + 1;
+        last = number;
+        Append(row, &data);
+        return true;
+    };
+    if (!ReadRows(database, "SELECT n, texts, sum FROM row ORDER BY n", seed, append)) {
+        // Something in the middle cannot be reached; what lies behind it can be from the other end.
+        contents.damaged = true;
+        std::vector<std::string> behind;
+        const auto keep = [&](qint64 number, std::string_view row) {
+            if (number > last)
+                behind.emplace_back(row);
+            return number > last;
+        };
+        ReadRows(database, "SELECT n, texts, sum FROM row ORDER BY n DESC", seed, keep);
+        std::for_each(behind.rbegin(), behind.rend(), [&](const std::string &row) { Append(row, &data); });
+    }
+    if (contents.damaged && data.rows.Count() == 0)
+        throw std::runtime_error("database disk image is malformed");
+    data.header = contents.about.header;
+    data.tableRows = std::max(1, static_cast<int>(data.rows.Count()));
+    return contents;
+}
+
+QString JournalFile::NewId()
+{
+    return QUuid::createUuid().toString(QUuid::Id128);
+}
+
+QString JournalFile::PathOf(const QString &folder, const Name &name)
+{
+    return folder + u'/' + name.id + u'-' + QString::number(name.generation) + Suffix;
+}
+
+std::optional<JournalFile::Name> JournalFile::NameOf(const QString &path)
+{
+    const QFileInfo file(path);
+    const QString base = file.completeBaseName();
+    const Name name = {base.section(u'-', 0, 0), base.section(u'-', 1).toInt()};
+    if (name.id.size() != 32 || name.generation < 1 || u'.' + file.suffix() != Suffix)
+        return std::nullopt;
+    return name;
+}
+
+QStringList JournalFile::AllIn(const QString &folder)
+{
+    QStringList paths;
+    const QFileInfoList files = QDir(folder).entryInfoList({u'*' + Suffix}, QDir::Files, QDir::Time);
+    for (const QFileInfo &file : files) {
+        if (NameOf(file.filePath()))
+            paths.prepend(file.filePath()); // the oldest first
+    }
+    return paths;
+}
+
+JournalFile::JournalFile(const QString &path, int flags, const char *vfs)
+    : path_(path), seed_(SeedOf(NameOf(path).value_or(Name()).id)),
+      database_(std::make_unique<SQLite::Database>(QFile::encodeName(path).toStdString(),
+                                                   flags | SQLITE_OPEN_NOMUTEX, 0, vfs ? vfs : ""))
+{
+    // What is in the database is not trusted, and nothing is tidied up at the end: it would only cost time.
+    sqlite3_db_config(database_->getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    database_->exec("PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON; PRAGMA locking_mode=EXCLUSIVE");
+}
+
+JournalFile::~JournalFile() = default;
+
+std::unique_ptr<JournalFile> JournalFile::Create(const QString &path, const char *vfs)
+{
+    std::unique_ptr<JournalFile> file(
+        new JournalFile(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, vfs));
+    SQLite::Database &database = *file->database_;
+    database.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL");
+    SQLite::Transaction making(database);
+    database.exec("PRAGMA application_id=" + std::to_string(ApplicationId));
+    database.exec(
+        "CREATE TABLE about(one INTEGER PRIMARY KEY, version INTEGER, description BLOB, sum INTEGER)");
+    database.exec("CREATE TABLE row(n INTEGER PRIMARY KEY, texts BLOB, sum INTEGER)");
+    making.commit();
+    return file;
+}
+
+std::unique_ptr<JournalFile> JournalFile::Open(const QString &path, const char *vfs)
+{
+    try {
+        std::unique_ptr<JournalFile> file(new JournalFile(path, SQLite::OPEN_READWRITE, vfs));
+        file->database_->exec("PRAGMA synchronous=FULL");
+        HasTables(*file->database_); // takes the lock
+        return file;
+    } catch (const SQLite::Exception &problem) {
+        if (problem.getErrorCode() == SQLITE_BUSY)
+            throw JournalInUse();
+        throw;
+    }
+}
+
+JournalContents JournalFile::Read()
+{
+    JournalContents contents = ReadJournal(*database_, NameOf(path_).value_or(Name()).id);
+    rows_ = contents.data.rows.Count();
+    return contents;
+}
+
+bool JournalFile::CanWrite()
+{
+    try {
+        SQLite::Transaction trial(*database_);
+        database_->exec("UPDATE about SET version=version");
+        trial.commit();
+        return true;
+    } catch (const SQLite::Exception &) {
+        return false;
+    }
+}
+
+void JournalFile::Begin()
+{
+    if (writing_)
+        return;
+    database_->exec("BEGIN IMMEDIATE");
+    writing_ = true;
+}
+
+void JournalFile::Describe(const JournalAbout &about)
+{
+    Begin();
+    const QByteArray bytes = Encoded(about);
+    SQLite::Statement insert(*database_, "INSERT OR REPLACE INTO about VALUES(1, ?, ?, ?)");
+    insert.bind(1, Version);
+    insert.bindNoCopy(2, bytes.constData(), static_cast<int>(bytes.size()));
+    insert.bind(3, AboutSum(seed_, Version, {bytes.constData(), static_cast<std::size_t>(bytes.size())}));
+    insert.exec();
+}
+
+void JournalFile::Add(std::string_view row)
+{
+    Begin();
+    if (!add_)
+        add_ = std::make_unique<SQLite::Statement>(*database_, "INSERT INTO row VALUES(?, ?, ?)");
+    const qint64 number = rows_ + 1;
+    add_->bind(1, static_cast<int64_t>(number));
+    add_->bindNoCopy(2, row.data(), static_cast<int>(row.size()));
+    add_->bind(3, RowSum(seed_, number, row));
+    add_->exec();
+    add_->reset();
+    rows_ = number;
+}
+
+void JournalFile::Commit()
+{
+    if (!writing_)
+        return;
+    database_->exec("COMMIT");
+    writing_ = false;
+}
+
+/// The database itself goes first, and while it is locked: without it nothing is taken for a journal.
+void JournalFile::Remove()
+{
+    const bool removed = QFile::remove(path_);
+    add_.reset();
+    database_.reset();
+    if (!removed)
+        QFile::remove(path_);
+    QFile::remove(path_ + u"-wal"_s);
+}
+
+} // namespace px40

@@ -1,0 +1,146 @@
+#include "document/leftjournals.h"
+
+#include "resources/strings.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QSet>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <utility>
+
+namespace px40 {
+
+namespace {
+
+struct OneRead
+{
+    std::unique_ptr<JournalFile> file; ///< null: it cannot be written
+    JournalContents contents;
+};
+
+OneRead ReadInPlace(const QString &path)
+{
+    OneRead read{JournalFile::Open(path), {}};
+    read.contents = read.file->Read();
+    return read;
+}
+
+/// Reads a copy, with what SQLite has put beside it.
+std::optional<JournalContents> ReadCopy(const QString &path)
+{
+    const QTemporaryDir folder;
+    const QString wal = QStringLiteral("-wal");
+    const QString copy = folder.filePath(QFileInfo(path).fileName());
+    const bool copied = folder.isValid() && QFile::copy(path, copy) &&
+                        (!QFile::exists(path + wal) || QFile::copy(path + wal, copy + wal));
+    if (!copied)
+        return std::nullopt;
+    for (const QString &name : {copy, copy + wal}) // copied with the file
+        QFile::setPermissions(name, QFile::ReadOwner | QFile::WriteOwner);
+    return ReadInPlace(copy).contents;
+}
+
+OneRead Read(const QString &path)
+{
+    std::exception_ptr trouble;
+    OneRead read;
+    try {
+        read.file = JournalFile::Open(path);
+        if (read.file->CanWrite()) {
+            read.contents = read.file->Read();
+            return read;
+        }
+    } catch (const JournalInUse &) {
+        throw;
+    } catch (const JournalTooNew &) {
+        throw;
+    } catch (const std::exception &) {
+        trouble = std::current_exception();
+    }
+    read.file.reset();
+    if (std::optional<JournalContents> contents = ReadCopy(path))
+        return {nullptr, std::move(*contents)};
+    if (trouble)
+        std::rethrow_exception(trouble);
+    read = ReadInPlace(path); // there is no room for a copy
+    read.file.reset();
+    return read;
+}
+
+/// A program may be making it right now.
+bool IsOld(const QString &path)
+{
+    constexpr qint64 HourSeconds = 3600;
+    return QFileInfo(path).lastModified().secsTo(QDateTime::currentDateTime()) > HourSeconds;
+}
+
+bool IsAllSaved(const OneRead &read)
+{
+    const JournalContents &contents = read.contents;
+    return read.file && !contents.damaged && contents.data.rows.Count() <= contents.about.savedRows;
+}
+
+/// The better of two journals of a set is the one with more rows; both go when the set is saved.
+void Add(LeftSet set, std::vector<LeftSet> *sets)
+{
+    const auto same = std::find_if(sets->begin(), sets->end(), [&](const LeftSet &one) {
+        return one.journal.name.id == set.journal.name.id;
+    });
+    if (same == sets->end()) {
+        sets->push_back(std::move(set));
+        return;
+    }
+    const QStringList paths = same->journal.paths + set.journal.paths;
+    const int generation = std::max(same->journal.name.generation, set.journal.name.generation);
+    if (set.contents.data.rows.Count() >= same->contents.data.rows.Count())
+        *same = std::move(set);
+    same->journal.paths = paths;
+    same->journal.name.generation = generation;
+}
+
+} // namespace
+
+LeftSets TakeLeftJournals(const QString &folder)
+{
+    LeftSets left;
+    QSet<QString> inUse;
+    const QStringList paths = JournalFile::AllIn(folder);
+    for (const QString &path : paths) {
+        const JournalFile::Name name = *JournalFile::NameOf(path);
+        const QString native = QDir::toNativeSeparators(path);
+        try {
+            OneRead read = Read(path);
+            if (read.contents.empty ? read.file && IsOld(path) : IsAllSaved(read)) {
+                if (read.file)
+                    read.file->Remove();
+                continue;
+            }
+            if (read.contents.empty)
+                continue;
+            if (read.contents.damaged) {
+                left.complaints << Text(Str::JournalDamaged).arg(native);
+                read.file.reset();
+            }
+            Add({{name, std::move(read.file), {path}}, std::move(read.contents)}, &left.sets);
+        } catch (const JournalInUse &) {
+            inUse << name.id;
+        } catch (const JournalTooNew &) {
+            left.complaints << Text(Str::JournalTooNew).arg(native);
+        } catch (const std::exception &problem) {
+            left.complaints
+                << Text(Str::JournalUnreadable).arg(native, QString::fromLocal8Bit(problem.what()));
+        }
+    }
+    // A program that runs has given up one file of a set and holds the other.
+    std::erase_if(left.sets, [&](const LeftSet &set) { return inUse.contains(set.journal.name.id); });
+    return left;
+}
+
+} // namespace px40
