@@ -10,10 +10,16 @@
 
 #include <QPointer>
 #include <QScopedValueRollback>
+#include <QTimer>
+
+#include <utility>
 
 namespace px40 {
 
 namespace {
+
+/// What the system lets a program have that is to end is a few seconds at most.
+constexpr int LongestWayOutMs = 700;
 
 QString ReceivedText(StoredData::Mode mode, bool complete, int records, const DataSet &dataSet)
 {
@@ -281,10 +287,29 @@ QCoro::Task<void> MainCommands::AskAndLeave()
             mayGo = co_await files_.ConfirmClose(dataSet);
     }
     // If the link was taken while the questions were open, the user has to try again.
-    if (!mayGo || !MayClose(services_->state))
+    if (!mayGo || services_->leaving || !MayClose(services_->state))
         co_return;
-    for (const std::shared_ptr<DataSet> &dataSet : views_->DataSets())
-        dataSet->MarkSaved(); // saved, or not wanted
+    const QList<std::shared_ptr<DataSet>> answered = views_->DataSets();
+    for (const std::shared_ptr<DataSet> &dataSet : answered)
+        dataSet->MarkSaved(); // it is, or nobody wants it
+    Go();
+}
+
+void MainCommands::LeaveNow()
+{
+    if (std::exchange(leavingNow_, true))
+        return;
+    QTimer::singleShot(LongestWayOutMs, this, [this] { Q_EMIT overdue(); });
+    if (services_->leaving)
+        return;
+    services_->comm.Shut(); // first, so that every exchange ends
+    services_->state.RealtimeStop = services_->state.CancelRequest = services_->state.DownloadCancel = true;
+    Go();
+}
+
+/// The way out; no question is open any more.
+void MainCommands::Go()
+{
     services_->leaving = true;
     services_->settings.WriteSettingsFile();
     services_->gate.Shut();

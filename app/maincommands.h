@@ -49,9 +49,14 @@ class MainCommands : public QObject
     /// use.
     void Leave();
 
+    /// The system wants the program to end: ends all work at once, and asks nothing. What is not saved comes back
+    /// at the next start.
+    void LeaveNow();
+
   Q_SIGNALS:
     void rulesChanged();
-    void left(); ///< no job is left: the program may end
+    void left();    ///< no job is left: the program may end
+    void overdue(); ///< after `LeaveNow`: it must end, whatever is under way
 
   private:
     Situation Now() const;
@@ -64,6 +69,7 @@ class MainCommands : public QObject
     QCoro::Task<void> Start(std::shared_ptr<DataSet> dataSet);
     QCoro::Task<Answer> AskToStart();
     QCoro::Task<void> AskAndLeave();
+    void Go();
 
     void ShowRun(const RunProgress &progress);
 
@@ -79,6 +85,7 @@ class MainCommands : public QObject
     bool forwardingActive_ = false;
     bool starting_ = false;
     bool leaving_ = false;
+    bool leavingNow_ = false;
 };
 
 } // namespace px40

@@ -200,7 +200,8 @@ Journal::Journal(Journals &keeper, std::function<JournalAbout()> about, const Ro
 Journal::~Journal()
 {
     slot_->owner = nullptr;
-    keeper_->Post(slot_, Journals::Leave());
+    if (keeper_)
+        keeper_->Post(slot_, Journals::Leave());
 }
 
 void Journal::Begin()

@@ -5,6 +5,7 @@
 #include "platform/timer.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 
@@ -38,7 +39,7 @@ struct JournalWhole
 /// The journals of this program, written on a thread of their own: nobody waits for a disk. What is handed
 /// over while a commit is under way goes into the next one.
 ///
-/// Must outlive its `Journal`s. When it goes, all that was handed over has been written.
+/// When it goes, all that was handed over has been written.
 class Journals : public QObject
 {
     Q_OBJECT
@@ -136,7 +137,7 @@ class Journal : public QObject
     void Begin();
     void OnWritten(bool written, const QString &reason);
 
-    Journals *keeper_;
+    QPointer<Journals> keeper_; ///< gone only when the program is about to be
     std::function<JournalAbout()> about_;
     const RowStore *rows_;
     std::shared_ptr<Journals::Slot> slot_;
