@@ -4,9 +4,11 @@
 #include "app/cli/export.h"
 #include "app/cli/ports.h"
 #include "app/frmmain.h"
+#include "app/maincommands.h"
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
+#include "platform/endsignals.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
 #include "resources/housestyle.h"
@@ -14,6 +16,12 @@
 #include "resources/strings.h"
 
 #include <QApplication>
+
+#include <cstdlib>
+
+namespace {
+constexpr int LongestWaitMs = 250; // for the disk, when the system ends the program
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -59,6 +67,21 @@ int main(int argc, char *argv[])
 
     frmMain window(services);
     QObject::connect(&window, &frmMain::left, &application, &QApplication::quit);
+
+    // The system wants the program to end: nobody can be asked, and nothing is waited for in vain.
+    MainCommands &commands = window.Commands();
+    const EndSignals signals;
+    QObject::connect(&signals, &EndSignals::asked, &commands, &MainCommands::LeaveNow);
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &commands, &MainCommands::LeaveNow);
+    const auto end = [&services] {
+        services.journals.WaitForDisk(LongestWaitMs);
+        std::_Exit(ExitDone);
+    };
+    QObject::connect(&commands, &MainCommands::overdue, end);
+
     services.jobs.Launch(RunStartup(&services, &window, line.splash, line.files), "start-up");
-    return QApplication::exec();
+    const int code = QApplication::exec();
+    if (commands.IsLeavingNow() && !services.journals.WaitForDisk(LongestWaitMs))
+        end();
+    return code;
 }

@@ -49,9 +49,10 @@ class MainCommands : public QObject
     /// use.
     void Leave();
 
-    /// The system wants the program to end: ends all work at once, and asks nothing. What is not saved comes back
-    /// at the next start.
+    /// The system wants the program to end: ends all work at once, and asks nothing. What is not saved comes
+    /// back at the next start.
     void LeaveNow();
+    bool IsLeavingNow() const { return leavingNow_; }
 
   Q_SIGNALS:
     void rulesChanged();
