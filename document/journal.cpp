@@ -236,10 +236,10 @@ std::optional<JournalFile::Name> JournalFile::NameOf(const QString &path)
 QStringList JournalFile::AllIn(const QString &folder)
 {
     QStringList paths;
-    const QFileInfoList files = QDir(folder).entryInfoList({u'*' + Suffix}, QDir::Files, QDir::Time);
+    const QFileInfoList files = QDir(folder).entryInfoList({u'*' + Suffix}, QDir::Files, QDir::Name);
     for (const QFileInfo &file : files) {
         if (NameOf(file.filePath()))
-            paths.prepend(file.filePath()); // the oldest first
+            paths << file.filePath();
     }
     return paths;
 }

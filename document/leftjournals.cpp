@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace px40 {
@@ -140,6 +141,11 @@ LeftSets TakeLeftJournals(const QString &folder)
     }
     // A program that runs has given up one file of a set and holds the other.
     std::erase_if(left.sets, [&](const LeftSet &set) { return inUse.contains(set.journal.name.id); });
+    std::sort(left.sets.begin(), left.sets.end(), [](const LeftSet &one, const LeftSet &other) {
+        const JournalAbout &first = one.contents.about;
+        const JournalAbout &second = other.contents.about;
+        return std::tie(first.begun, first.caption) < std::tie(second.begun, second.caption);
+    });
     return left;
 }
 
