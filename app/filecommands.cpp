@@ -205,10 +205,12 @@ QCoro::Task<void> FileCommands::Recover()
     const auto left = std::make_shared<LeftSets>();
     const OneShot<bool> read = RunInThread([left, folder] { *left = TakeLeftJournals(folder); });
     co_await read;
-    QStringList told;
+    QStringList sets;
     for (LeftSet &one : left->sets)
-        told << Show(std::move(one));
-    told << left->complaints;
+        sets << Show(std::move(one));
+    QStringList told = left->complaints;
+    if (!sets.isEmpty())
+        told.prepend(Text(Str::RecoveredSets).arg(sets.join(QStringLiteral("; "))));
     if (!told.isEmpty())
         services_->statusLine.Warn(told.join(u' '));
 }

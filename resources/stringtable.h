@@ -350,11 +350,12 @@ PX40_TEXT(GraphZoomBack, 1165, u"Zoom &Back")
 PX40_TEXT(Recovered, 1170, u"(recovered)")
 PX40_TEXT(Simulated, 1171, u"(simulated)")
 PX40_TEXT(NotProtected, 1172, u"(not protected: rows would be lost with the program)")
-PX40_TEXT(RecoveredSet, 1173, u"Recovered: %1, begun %2, %n row(s).")
+PX40_TEXT(RecoveredSet, 1173, u"%1 of %2, %n row(s)")
 PX40_TEXT(JournalUnreadable, 1174, u"The unsaved readings in %1 cannot be read (%2); the file was left as it is.")
 PX40_TEXT(JournalTooNew, 1175,
           u"The unsaved readings in %1 are of a newer version of this program; the file was left as it is.")
 PX40_TEXT(JournalDamaged, 1176,
           u"The unsaved readings in %1 are damaged: what is right of them is shown, and the file stays until they are "
           u"saved.")
+PX40_TEXT(RecoveredSets, 1177, u"Recovered: %1.")
 // clang-format on

@@ -91,7 +91,8 @@ class RecoveryTest : public QObject
         QCOMPARE(again->GetDispavg(), run->GetDispavg());
         for (const auto &set : {readings, again})
             QVERIFY(!set->Saved() && set->Protected());
-        QVERIFY2(next.Message().contains(u"Recovered: 2New, begun ") && next.Message().contains(u"50 rows."),
+        QVERIFY2(next.Message().startsWith(u"Recovered: 1New of ") &&
+                     next.Message().contains(u"50 rows; 2New of "),
                  qPrintable(next.Message()));
         // The next new one is not another "2New".
         QCOMPARE(next.window->Commands().AddDataSet(KindRealtime)->Caption(), u"4New"_qs);

@@ -35,8 +35,8 @@ void MoveHome(const QTemporaryDir &folder)
 void Tour(px40::Camera &camera)
 {
     using namespace px40;
-    for (const auto scene : {FirstStart, MainWindow, Graph, Files, Measure, Source, Runs, ForwardReadings,
-                             ForwardRuns, OtherColours}) {
+    for (const auto scene : {FirstStart, MainWindow, Graph, Files, Recovery, Measure, Source, Runs,
+                             ForwardReadings, ForwardRuns, OtherColours}) {
         Stage stage(camera, scene == FirstStart ? Program::Port::Unassigned : Program::Port::Simulated);
         scene(stage);
     }

@@ -11,6 +11,7 @@ void FirstStart(Stage &stage);
 void MainWindow(Stage &stage);
 void Graph(Stage &stage);
 void Files(Stage &stage);
+void Recovery(Stage &stage);
 void Measure(Stage &stage);
 void Source(Stage &stage);
 void Runs(Stage &stage);

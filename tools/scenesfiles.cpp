@@ -5,8 +5,12 @@
 #include "tools/stage.h"
 
 #include <QAbstractItemView>
+#include <QDateTime>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
+
+#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -27,7 +31,50 @@ void AwaitList(Stage &stage, const QStringList &files)
     stage.Wait(listed);
 }
 
+/// Leaves a run of so many rows as a program does that is killed.
+void LeaveRun(const Stage &stage, const QString &caption, int rows, bool simulated)
+{
+    const QString folder = stage.services.journals.Folder();
+    QDir().mkpath(folder);
+    const auto file = JournalFile::Create(JournalFile::PathOf(folder, {JournalFile::NewId(), 1}));
+    JournalAbout about;
+    about.header.kind = KindRealtime;
+    about.header.interval = {u"00"_s, u"00"_s, u"00"_s, u"01"_s};
+    about.caption = caption;
+    about.simulated = simulated;
+    about.begun = QDateTime(QDate(2026, 3, 2), QTime(8, 15));
+    file->Describe(about);
+    RowStore store;
+    for (int i = 0; i < rows; ++i) {
+        const QString time = QTime(8, 15).addSecs(i).toString(Qt::ISODate);
+        const QString value = QString::number(12 + std::sin(i / 9.0), 'f', 3);
+        store.Append({time, value, u"DCmA"_s, u"4.000"_s, u"mA"_s});
+        file->Add(store.Raw(i));
+    }
+    file->Commit();
+}
+
 } // namespace
+
+void Recovery(Stage &stage)
+{
+    LeaveRun(stage, u"1New"_s, 120, false);
+    LeaveRun(stage, u"2New"_s, 40, true);
+    const QString unsaved = stage.services.journals.Folder();
+    Require(Put(JournalFile::PathOf(unsaved, {JournalFile::NewId(), 1}), "nonsense"),
+            u"A file cannot be made."_s);
+    stage.StartUp();
+    stage.Choose("mnuViewMoniter");
+    stage.Choose("Source");
+    stage.Take("19e-recovered");
+    QDir(unsaved).removeRecursively();
+    Require(Put(unsaved, "a file"), u"A file cannot be made."_s);
+    stage.Choose("mnuDataMemory");
+    stage.Answer(u"No"_s);
+    stage.Idle();
+    stage.Wait([&stage] { return !stage.Data()->Data()->Protected(); });
+    stage.Take("19f-not-protected");
+}
 
 void Files(Stage &stage)
 {
