@@ -39,7 +39,7 @@ QCoro::Task<void> Realtime::StartRealtime(std::shared_ptr<DataSet> dataSet, bool
     ticking_ = true;
     data_ = dataSet;
     co_await Guarded(Begin(forward));
-    ticking_ = false;
+    EndTick();
 }
 
 QCoro::Task<void> Realtime::Begin(bool forward)
@@ -145,7 +145,22 @@ QCoro::Task<void> Realtime::Tick(qint32 seconds)
         co_await Guarded(OnRealtimeTick(seconds));
     else
         co_await Guarded(OnIdleTick());
+    EndTick();
+}
+
+void Realtime::EndTick()
+{
     ticking_ = false;
+    if (endingNow_ && data_)
+        End();
+}
+
+void Realtime::EndNow()
+{
+    endingNow_ = true;
+    link_.state.RealtimeStop = true;
+    if (data_ && !ticking_)
+        End();
 }
 
 QCoro::Task<void> Realtime::OnRealtimeTick(qint32 seconds)
@@ -314,6 +329,7 @@ QCoro::Task<void> Realtime::StopRealtime()
 
 void Realtime::End()
 {
+    tmRealtime_->SetEnabled(false);
     progress_.ended = true;
     data_->EndProgress();
     data_->SetRunning(false);

@@ -49,6 +49,10 @@ class Realtime : public QObject
     /// The run ends at the next second.
     void Stop();
 
+    /// The run ends now, and no other begins: nobody waits for what is under way. The port is to be closed
+    /// first.
+    void EndNow();
+
     /// The data set of the run; null when there is none.
     const DataSet *RealtimeData() const { return data_.get(); }
 
@@ -62,6 +66,7 @@ class Realtime : public QObject
     QCoro::Task<void> Guarded(QCoro::Task<void> work);
     void OnTick();
     QCoro::Task<void> Tick(qint32 seconds);
+    void EndTick();
     QCoro::Task<void> OnRealtimeTick(qint32 seconds);
     QCoro::Task<void> OnIdleTick();
     QCoro::Task<Result<bool>> StoreSeconds(qint32 seconds);
@@ -96,6 +101,7 @@ class Realtime : public QObject
     int port_ = 0; ///< the port number that the run used last; 0: none yet
     int barRows_ = 0;
     bool ForwardOff_ = true;
+    bool endingNow_ = false;
     bool ticking_ = false; ///< a tick, or the request it made, is under way: further ticks are ignored
 };
 

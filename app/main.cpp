@@ -2,7 +2,9 @@
 #include "app/cli/console.h"
 #include "app/cli/download.h"
 #include "app/cli/export.h"
+#include "app/cli/log.h"
 #include "app/cli/ports.h"
+#include "app/cli/recover.h"
 #include "app/frmmain.h"
 #include "app/maincommands.h"
 #include "app/messageprompts.h"
@@ -18,6 +20,7 @@
 #include <QApplication>
 
 #include <cstdlib>
+#include <utility>
 
 namespace {
 constexpr int LongestWaitMs = 250; // for the disk, when the system ends the program
@@ -28,7 +31,7 @@ int main(int argc, char *argv[])
     using namespace px40;
 
     KeepStandardStreams();
-    // Without QApplication: help, errors, --download and --export must work without a display.
+    // Without QApplication: help, errors and jobs without a window must work without a display.
     const QString title = Text(Str::ApplicationTitle);
     QApplication::setApplicationName(title);
     Result<CommandLine> parsed;
@@ -45,9 +48,14 @@ int main(int argc, char *argv[])
         PrintLine(line.answer.trimmed());
         return ExitDone;
     }
-    if (!line.downloadTo.isEmpty() || !line.exportFrom.isEmpty()) {
-        const QCoreApplication application(argc, argv);
-        return line.exportFrom.isEmpty() ? RunDownload(line) : RunExport(line);
+    for (const auto &[asked, run] :
+         {std::pair(!line.downloadTo.isEmpty(), &RunDownload),
+          std::pair(!line.exportFrom.isEmpty(), &RunExport), std::pair(!line.logTo.isEmpty(), &RunLog),
+          std::pair(line.recover, &RunRecover)}) {
+        if (asked) {
+            const QCoreApplication application(argc, argv);
+            return run(line);
+        }
     }
 
     QApplication application(argc, argv);

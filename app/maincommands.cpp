@@ -303,7 +303,8 @@ void MainCommands::LeaveNow()
     if (services_->leaving)
         return;
     services_->comm.Shut(); // first, so that every exchange ends
-    services_->state.RealtimeStop = services_->state.CancelRequest = services_->state.DownloadCancel = true;
+    services_->state.CancelRequest = services_->state.DownloadCancel = true;
+    realtime_.EndNow();
     Go();
 }
 

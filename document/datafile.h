@@ -65,6 +65,12 @@ struct DataFile
 /// proportion to the file. Throws std::bad_alloc.
 Result<DataFile> ReadDataFile(QIODevice &file);
 
+// A data file in pieces, for one that grows: the header, rows of the store from `first` to before `end`
+// (0-based), and the empty row with which it ends.
+Result<> WriteHeader(const DataFileHeader &header, QIODevice &file);
+Result<> WriteRows(const RowStore &rows, qsizetype first, qsizetype end, QIODevice &file);
+Result<> WriteEnd(QIODevice &file);
+
 /// Writes the rows 1 to `tableRows` of a table whose samples are `rows`. A comma or a line end inside a text
 /// becomes a blank.
 Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file);

@@ -84,12 +84,9 @@ QStringList Texts(const Duration &duration)
     return {duration.Day, duration.Hour, duration.Min, duration.Sec};
 }
 
-} // namespace
-
-Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file)
+void PutHeader(const DataFileHeader &header, Writer *writer)
 {
-    Writer writer(file);
-    const auto line = [&writer](const QStringList &texts) { writer.Line(texts); };
+    const auto line = [writer](const QStringList &texts) { writer->Line(texts); };
     line({QString::number(header.kind)});
     line({Twips(header.shape.width), Twips(header.shape.height), QString::number(header.shape.state)});
     line(Texts(header.interval));
@@ -99,17 +96,47 @@ Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int t
     line({BooleanText(graph.xAuto), QString::number(graph.xLabels), QString::number(graph.xTicks)});
     line({BooleanText(graph.yAuto), graph.yMinimum, graph.yMaximum, QString::number(graph.yMajor),
           QString::number(graph.yMinor)});
+}
 
-    const RowStore::Bytes empty;
+/// Returns whether the last one was empty; if there was none it was not.
+bool PutRows(const RowStore &rows, qsizetype first, qsizetype end, Writer *writer)
+{
     bool lastIsEmpty = false;
-    const auto samples = static_cast<int>(rows.Count());
-    for (int row = 0; row < std::max(tableRows, samples); ++row) {
-        const RowStore::Bytes texts = row < samples ? rows.Utf8(row) : empty;
-        lastIsEmpty = texts == empty;
-        writer.Line(texts);
+    for (qsizetype row = first; row < end; ++row) {
+        const RowStore::Bytes texts = row < rows.Count() ? rows.Utf8(row) : RowStore::Bytes();
+        lastIsEmpty = texts == RowStore::Bytes();
+        writer->Line(texts);
     }
-    if (!lastIsEmpty)
-        writer.Line(empty); // the spare row at the end of every file
+    return lastIsEmpty;
+}
+
+} // namespace
+
+Result<> WriteHeader(const DataFileHeader &header, QIODevice &file)
+{
+    Writer writer(file);
+    PutHeader(header, &writer);
+    return writer.Finish();
+}
+
+Result<> WriteRows(const RowStore &rows, qsizetype first, qsizetype end, QIODevice &file)
+{
+    Writer writer(file);
+    PutRows(rows, first, end, &writer);
+    return writer.Finish();
+}
+
+Result<> WriteEnd(QIODevice &file)
+{
+    return WriteRows({}, 0, 1, file);
+}
+
+Result<> WriteDataFile(const DataFileHeader &header, const RowStore &rows, int tableRows, QIODevice &file)
+{
+    Writer writer(file);
+    PutHeader(header, &writer);
+    if (!PutRows(rows, 0, std::max<qsizetype>(tableRows, rows.Count()), &writer))
+        writer.Line(RowStore::Bytes()); // the spare row at the end of every file
     return writer.Finish();
 }
 

@@ -53,6 +53,9 @@ class DataSet : public QObject
     /// Makes this a new, empty data set of that kind with the next number as its caption.
     void OpenNew(int kind);
 
+    /// This new data set is what a file of that name is to hold.
+    void BelongTo(const QString &name);
+
     /// Makes this, which must be newly constructed, the data set of a data file. Returns when it is read. A
     /// data set that could not be read is of no use.
     Result<> OpenFile(const QString &name);
@@ -64,6 +67,9 @@ class DataSet : public QObject
     /// Writes the data set to a file, through the work file. Returns when the disk has it. Where that fails
     /// the user's file is as it was, and the data set stays unsaved.
     Result<> SaveFile(const QString &name);
+
+    /// What a file of it begins with.
+    DataFileHeader Header() const;
 
     /// Writes the data set to an open device, as a file has it.
     Result<> Write(QIODevice &to) const;
@@ -164,7 +170,6 @@ class DataSet : public QObject
     void Adopt(DataFile &&file);
     void Keep(const QString &name);
     JournalAbout About() const;
-    DataFileHeader Header() const;
     void SetGraph(const GraphSettings &settings);
     void Describe();
     void KeepRow();

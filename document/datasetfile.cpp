@@ -191,11 +191,16 @@ Result<> DataSet::SaveFile(const QString &name)
 
 void DataSet::Keep(const QString &name)
 {
-    fileName_ = name;
-    caption_ = name;
     savedRows_ = table_.Samples();
     recovered_ = false;
+    BelongTo(name);
     SetSaved(true);
+}
+
+void DataSet::BelongTo(const QString &name)
+{
+    fileName_ = name;
+    caption_ = name;
     Q_EMIT captionChanged(caption_);
 }
 

@@ -2,9 +2,28 @@
 
 #include "document/numbers.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 namespace px40 {
+
+std::optional<Duration> ParseDuration(const QString &text)
+{
+    static const QRegularExpression form(
+        QStringLiteral("^(?:(\\d{1,8})d)?(?:(\\d{1,8})h)?(?:(\\d{1,8})m)?(?:(\\d{1,8})s?)?$"));
+    const QRegularExpressionMatch parts = form.match(text);
+    constexpr qint64 Minute = 60;
+    constexpr qint64 Hour = 60 * Minute;
+    constexpr qint64 Day = 24 * Hour;
+    const auto part = [&parts](int index) { return parts.captured(index).toLongLong(); };
+    const qint64 seconds = part(1) * Day + part(2) * Hour + part(3) * Minute + part(4);
+    Duration duration = {QString::number(seconds / Day), QString::number(seconds % Day / Hour),
+                         QString::number(seconds % Hour / Minute), QString::number(seconds % Minute)};
+    if (!parts.hasMatch() || ValidateDuration(&duration))
+        return std::nullopt;
+    return duration;
+}
 
 std::optional<DurationFault> ValidateDuration(Duration *duration)
 {

@@ -38,6 +38,10 @@ inline qint32 DurationSeconds(const Duration &duration)
            duration.Sec.toInt();
 }
 
+/// From "1d2h3m4s", of which parts may be left out, or from seconds alone; nothing if it is neither, or no
+/// time, or longer than the four texts can hold.
+std::optional<Duration> ParseDuration(const QString &text);
+
 struct DurationFault
 {
     std::size_t part = 0; ///< the first faulty text, 0-based as in DurationParts

@@ -67,7 +67,7 @@ QByteArray Encoded(const JournalAbout &about)
     QByteArray header;
     QBuffer lines(&header);
     lines.open(QIODevice::WriteOnly);
-    const Result<> written = WriteDataFile(about.header, {}, 0, lines);
+    const Result<> written = WriteHeader(about.header, lines);
     QJsonObject object;
     if (written)
         object[u"header"_s] = QString::fromLatin1(header);

@@ -41,7 +41,7 @@ int PidOf(const QString &name)
 #ifdef Q_OS_WIN
 
 /// The system's number of the error, or 0.
-int SyncToDisk(QFile &file)
+int Sync(QFile &file)
 {
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()));
     return FlushFileBuffers(handle) ? 0 : static_cast<int>(GetLastError());
@@ -89,7 +89,7 @@ void TakeModeOf(const QString &, QFile &) {}
 #else
 
 /// The system's number of the error, or 0, also on a file system without fsync.
-int SyncToDisk(QFile &file)
+int Sync(QFile &file)
 {
     return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
 }
@@ -166,6 +166,14 @@ bool IsLeftover(const QString &name)
 }
 
 } // namespace
+
+Result<> SyncToDisk(QFile &file)
+{
+    const int error = Sync(file);
+    if (error != 0)
+        return Fail(qt_error_string(error));
+    return {};
+}
 
 QString RealName(const QString &name)
 {
@@ -248,10 +256,7 @@ Result<> Replacement::Open()
 Result<> Replacement::Finish()
 {
     TakeModeOf(name_, file_);
-    const int error = SyncToDisk(file_);
-    if (error != 0)
-        return Fail(qt_error_string(error));
-    return {};
+    return SyncToDisk(file_);
 }
 
 Result<> Replacement::TakePlace(bool mayReplace)

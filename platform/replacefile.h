@@ -12,6 +12,9 @@ namespace px40 {
 /// The file that a name leads to through symbolic links, as an absolute name; it need not exist.
 QString RealName(const QString &name);
 
+/// Returns when the disk has what was written to a file.
+Result<> SyncToDisk(QFile &file);
+
 /// What tells one state of a file from another: new content comes with a new fingerprint.
 struct FileFingerprint
 {

@@ -358,4 +358,9 @@ PX40_TEXT(JournalDamaged, 1176,
           u"The unsaved readings in %1 are damaged: what is right of them is shown, and the file stays until they are "
           u"saved.")
 PX40_TEXT(RecoveredSets, 1177, u"Recovered: %1.")
+PX40_TEXT(FileIsThere, 1178, u"There is a file of this name already; it was left as it is.")
+PX40_TEXT(NotAllLogged, 1179, u"Rows could not be written: %1 They are kept, and --recover gives them back.")
+PX40_TEXT(NothingLeft, 1180, u"Nothing was left unsaved.")
+PX40_TEXT(LogFailed, 1182, u"The run could not be made.")
+PX40_TEXT(LeftSimulated, 1181, u"%1 (simulated)")
 // clang-format on

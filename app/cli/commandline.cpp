@@ -36,7 +36,17 @@ constexpr Option Options[] = {
      "standard output.",
      "FILE.CSV"},
     {"save-mode", "With --download: fetch the SAVE-mode records, which are no readings."},
-    {"port", "With --download: the port to use.", "N"},
+    {"log",
+     "Log in real time into this data file, which must not be there yet, without any window, until the "
+     "period is "
+     "over or SIGINT (Ctrl+C) or SIGTERM comes; \"-\" prints the rows.",
+     "FILE.CSV"},
+    {"interval", "With --log: from one row to the next, in seconds or like 1d2h3m4s (default: 5).", "TIME"},
+    {"period", "With --log: for how long (default: until it is ended).", "TIME"},
+    {"port", "With --download and --log: the port to use.", "N"},
+    {"recover", "List the readings that were left unsaved when the program ended, without any window; with a "
+                "folder after "
+                "it: save each there as a data file."},
     {"export", "Forward this data file to the workbook of --to, without any window.", "FILE.CSV"},
     {"to",
      "With --export: the workbook. It is made, or gets one more sheet if it is there; \"-\" sends a new one "
@@ -48,7 +58,10 @@ constexpr Option Options[] = {
 
 /// Options that mean something only together with another one.
 constexpr std::pair<const char *, const char *> Companions[] = {
-    {"port", "download"}, {"save-mode", "download"}, {"to", "export"}, {"title", "export"}};
+    {"save-mode", "download"}, {"to", "export"}, {"title", "export"}, {"interval", "log"}, {"period", "log"}};
+
+/// Each is a job of its own without a window.
+constexpr const char *Jobs[] = {"download", "export", "log", "recover"};
 
 std::optional<int> PortNumber(const QString &text)
 {
@@ -84,10 +97,15 @@ Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line
     }
     if (parser.isSet(u"data-dir"_s) && !QFileInfo(line.dataFolder).isDir())
         return Fail(u"--data-dir takes a folder that exists, not \"%1\"."_s.arg(line.dataFolder));
-    for (const QString &name : {u"download"_s, u"export"_s}) {
+    QString job;
+    for (const char *const one : Jobs) {
+        const QString name = QString::fromLatin1(one);
         if (!parser.isSet(name))
             continue;
-        if (parser.value(name).isEmpty())
+        if (!job.isEmpty())
+            return Fail(u"--%1 does not go together with --%2."_s.arg(name, job));
+        job = name;
+        if (name != u"recover" && parser.value(name).isEmpty())
             return Fail(u"--%1 takes the name of a file."_s.arg(name));
         if (!line.files.isEmpty())
             return Fail(u"--%1 opens no other file, so there is nothing to be done with \"%2\"."_s.arg(
@@ -97,10 +115,10 @@ Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line
         if (parser.isSet(QLatin1StringView(name)) && !parser.isSet(QLatin1StringView(other)))
             return Fail(u"--%1 goes with --%2."_s.arg(QLatin1StringView(name), QLatin1StringView(other)));
     }
+    if (parser.isSet(u"port"_s) && job != u"download" && job != u"log")
+        return Fail(u"--port goes with --download or --log."_s);
     if (!line.exportFrom.isEmpty() && line.exportTo.isEmpty())
         return Fail(u"--export goes with --to and the name of a workbook."_s);
-    if (!line.exportFrom.isEmpty() && !line.downloadTo.isEmpty())
-        return Fail(u"--export does not go together with --download."_s);
     return {};
 }
 
@@ -109,11 +127,27 @@ Result<> TakePort(const QCommandLineParser &parser, CommandLine *line)
     if (!parser.isSet(u"port"_s))
         return {};
     const QString text = parser.value(u"port"_s);
-    line->downloadPort = PortNumber(text).value_or(0);
-    if (line->downloadPort == 0)
+    line->port = PortNumber(text).value_or(0);
+    if (line->port == 0)
         return Fail(u"--port takes a number from 1 to 16, not \"%1\"."_s.arg(text));
-    if (line->demo && line->downloadPort != PortMap::First)
+    if (line->demo && line->port != PortMap::First)
         return Fail(u"The simulated instrument stands on port 1."_s);
+    return {};
+}
+
+Result<> TakeTimes(const QCommandLineParser &parser, CommandLine *line)
+{
+    line->interval = *ParseDuration(u"5"_s);
+    for (const QString &name : {u"interval"_s, u"period"_s}) {
+        if (!parser.isSet(name))
+            continue;
+        const std::optional<Duration> time = ParseDuration(parser.value(name));
+        if (!time)
+            return Fail(
+                u"--%1 takes seconds or a time like 1d2h3m4s, from 1 second to 99 days, not \"%2\"."_s.arg(
+                    name, parser.value(name)));
+        (name == u"interval" ? line->interval : line->period.emplace()) = *time;
+    }
     return {};
 }
 
@@ -172,9 +206,15 @@ Result<CommandLine> ParseCommandLine(const QStringList &arguments)
     line.exportFrom = parser.value(u"export"_s);
     line.exportTo = parser.value(u"to"_s);
     line.exportTitle = parser.value(u"title"_s);
+    line.logTo = parser.value(u"log"_s);
+    line.recover = parser.isSet(u"recover"_s);
+    if (line.recover && line.files.size() == 1)
+        line.recoverTo = line.files.takeFirst();
     if (const Result<> fit = CheckTogether(parser, line); !fit)
         return Fail(fit.error());
     if (const Result<> taken = TakePort(parser, &line); !taken)
+        return Fail(taken.error());
+    if (const Result<> taken = TakeTimes(parser, &line); !taken)
         return Fail(taken.error());
     if (const Result<> taken = TakePortDevices(parser.values(u"port-device"_s), &line); !taken)
         return Fail(taken.error());

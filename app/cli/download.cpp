@@ -16,15 +16,6 @@ namespace px40 {
 
 namespace {
 
-int PortToUse(const CommandLine &line, const Services &services)
-{
-    if (line.downloadPort != 0)
-        return line.downloadPort;
-    if (services.simulated)
-        return PortMap::First;
-    return line.portDevices.isEmpty() ? services.settings.PortNumber() : line.portDevices.constFirst().first;
-}
-
 QCoro::Task<Result<>> Download(Services *services, StoredData *download, bool needsRecords)
 {
     const auto close = qScopeGuard([services] { services->comm.ClosePort(); });
@@ -78,8 +69,7 @@ int RunDownload(const CommandLine &line)
     const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
     if (!simulation)
         return EndFailed(simulation.error());
-    services.settings.ReadFile();
-    services.comm.SetPortNumber(PortToUse(line, services));
+    ChoosePort(line, services);
 
     const StoredData::Mode mode = line.saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory;
     services.shared.MemoryNumbers = !line.saveMode;

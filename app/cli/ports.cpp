@@ -42,4 +42,17 @@ Result<std::shared_ptr<void>> TakePorts(const CommandLine &line, Services &servi
     return nullptr;
 }
 
+void ChoosePort(const CommandLine &line, Services &services)
+{
+    services.settings.ReadFile();
+    int port = services.settings.PortNumber();
+    if (line.port != 0)
+        port = line.port;
+    else if (services.simulated)
+        port = PortMap::First;
+    else if (!line.portDevices.isEmpty())
+        port = line.portDevices.constFirst().first;
+    services.comm.SetPortNumber(port);
+}
+
 } // namespace px40

@@ -13,4 +13,8 @@ struct Services;
 /// for that, which is to be kept as long as the ports are used; else null.
 Result<std::shared_ptr<void>> TakePorts(const CommandLine &line, Services &services);
 
+/// For a job without a window, after that: the port that the command line names, or the only one it can mean,
+/// or that of the settings.
+void ChoosePort(const CommandLine &line, Services &services);
+
 } // namespace px40
