@@ -1,8 +1,10 @@
+#include "document/dataset.h"
 #include "resources/strings.h"
 #include "testing/books.h"
 #include "testing/linkrig.h"
 #include "testing/rows.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QProcess>
 
@@ -260,6 +262,77 @@ class HeadlessTest : public QObject
         QCOMPARE(run.said.count(u'\n'), 1);
         QCOMPARE(dir.entryList(QDir::AllEntries | QDir::Hidden), before);
         QCOMPARE(Contents(dir.filePath(u"book.xlsx"_qs)), QByteArray("old"));
+    }
+
+    void RunIsLoggedUntilItsPeriodIsOver()
+    {
+        const QTemporaryDir folder;
+        const sim::PtyServer server(LinkRig::Unpaced());
+        const QStringList arguments = {
+            u"--data-dir"_qs,    folder.path(),
+            u"--port-device"_qs, u"1="_qs + QString::fromStdString(server.DevicePath()),
+            u"--interval"_qs,    u"1"_qs,
+            u"--period"_qs,      u"1s"_qs,
+            u"--log"_qs};
+        const QString file = folder.filePath(u"run.CSV"_qs);
+        const ProgramRun run(folder.path(), arguments + QStringList(file));
+        QVERIFY2(run.ended && run.code == 0 && run.said.isEmpty(), qPrintable(run.said));
+        QVERIFY(run.printed.startsWith("run.CSV has ended: 00:00:01 elapsed, 2 rows"));
+        DocumentShared shared;
+        DataSet saved(shared);
+        QVERIFY(saved.OpenFile(file).has_value());
+        QCOMPARE(saved.GetDatacount(), 2);
+        QCOMPARE(saved.GetPeriodcount(), 1);
+        QByteArray again;
+        QBuffer buffer(&again);
+        QVERIFY(buffer.open(QIODevice::WriteOnly) && saved.Write(buffer).has_value());
+        QCOMPARE(Contents(file), again); // as a window writes it
+        QVERIFY(QDir(folder.filePath(u"Unsaved"_qs)).isEmpty());
+
+        const ProgramRun refused(folder.path(), arguments + QStringList(file));
+        QVERIFY2(refused.code == 1 && refused.said == file + u": "_qs + Text(Str::FileIsThere) + u'\n',
+                 qPrintable(refused.said));
+        QCOMPARE(Contents(file), again);
+        const ProgramRun printed(folder.path(), arguments + QStringList(u"-"_qs));
+        QVERIFY(printed.code == 0 && printed.said.isEmpty());
+        QCOMPARE(printed.printed.count('\n'), 2);
+        const ProgramRun full(folder.path(), arguments + QStringList(u"-"_qs), u">/dev/full"_qs);
+        QCOMPARE(full.code, 1);
+        QCOMPARE(full.said, u"Standard output: No space left on device\n"_qs);
+    }
+
+    void RunEndsWhenItIsAskedTo()
+    {
+        const QTemporaryDir folder;
+        const QDir out(folder.filePath(u"out"_qs));
+        QVERIFY(QDir().mkdir(out.path()));
+        const QStringList place = {u"--data-dir"_qs, folder.path()};
+        const auto recover = [&](const QStringList &rest) {
+            return ProgramRun(folder.path(), place + QStringList(u"--recover"_qs) + rest);
+        };
+        for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
+            const QString file = folder.filePath(u"%1.CSV"_qs.arg(signal));
+            const QStringList arguments = {u"--demo"_qs, u"--interval"_qs, u"1"_qs, u"--log"_qs, file};
+            QProcess program;
+            program.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs, place + arguments);
+            QTRY_VERIFY(Contents(file).contains("VDC"));
+            QCOMPARE(recover({}).printed, (Text(Str::NothingLeft) + u'\n').toUtf8()); // it is in use
+            ::kill(static_cast<pid_t>(program.processId()), signal);
+            QTRY_COMPARE(program.state(), QProcess::NotRunning);
+            const bool killed = signal == SIGKILL;
+            QCOMPARE(program.exitStatus() == QProcess::CrashExit, killed);
+            QCOMPARE(program.exitCode() == 0, !killed);
+            QCOMPARE(Contents(file).endsWith(",,,,\r\n"), !killed);
+            QVERIFY(recover({}).printed.startsWith(killed ? "9 (simulated) of 20" : "Nothing was left"));
+        }
+        const QString killed = folder.filePath(u"9.CSV"_qs);
+        const ProgramRun saved = recover({out.path()});
+        QVERIFY2(saved.code == 0, qPrintable(saved.said));
+        const QStringList names = out.entryList(QDir::Files);
+        QCOMPARE(names.size(), 1);
+        // The file may lack what was on its way to it.
+        QVERIFY(Contents(out.filePath(names.constFirst())).startsWith(Contents(killed)));
+        QVERIFY(recover({}).printed.startsWith("Nothing was left"));
     }
 };
 
