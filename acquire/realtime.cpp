@@ -47,6 +47,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     progress_ = {};
     barRows_ = -1;
     port_ = 0;
+    device_.clear();
     ShowBar();
     data_->SetRunning(true);
     link_.state.RealtimeRun = true;
@@ -101,16 +102,18 @@ QCoro::Task<void> Realtime::RequestSample()
     ShowProgress();
 }
 
-/// Opens the port that the run began on, even if the user has chosen another that could not be opened.
+/// Opens the port that the run began on, even if the user has chosen another that could not be opened, and on
+/// it the same device, whatever number the system has given it by now.
 void Realtime::OpenPortAgain()
 {
     if (link_.comm.IsOpen()) {
         port_ = link_.comm.PortNumber();
+        device_ = link_.comm.OpenedDevice();
         return;
     }
     if (port_ != 0 && port_ != link_.comm.PortNumber())
         link_.comm.SetPortNumber(port_);
-    static_cast<void>(link_.comm.OpenPort()); // a failure shows in the run's progress
+    static_cast<void>(link_.comm.OpenPort(device_)); // a failure shows in the run's progress
 }
 
 QCoro::Task<void> Realtime::Ask()

@@ -62,12 +62,12 @@ bool Comm::IsLost() const
     return !lostDevice_.isEmpty() && lostDevice_ == ports_->Device(portNumber_);
 }
 
-Result<> Comm::OpenPort()
+Result<> Comm::OpenPort(const QString &onlyDevice)
 {
     if (shut_)
         return Fail({}, FailureCode::Cancelled);
     ClosePort();
-    const QString device = ports_->Device(portNumber_);
+    const QString device = onlyDevice.isEmpty() ? ports_->Device(portNumber_) : onlyDevice;
     const QString error = device.isEmpty()
                               ? Text(Str::PortNotAssigned).arg(portNumber_)
                               : OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
@@ -77,6 +77,7 @@ Result<> Comm::OpenPort()
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
     ports_->KeepAsKnown(portNumber_);
+    openedDevice_ = PortMap::SureName(device);
     lostDevice_.clear();
     Q_EMIT portChanged();
     return {};

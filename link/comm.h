@@ -39,8 +39,12 @@ class Comm : public QObject
     void SetPortNumber(int number);
     int PortNumber() const { return portNumber_; }
 
-    /// Opens the configured port, after closing the one that is open.
-    Result<> OpenPort();
+    /// Opens the configured port, after closing the one that is open. `onlyDevice`: that device instead,
+    /// whatever the port stands for now.
+    Result<> OpenPort(const QString &onlyDevice = {});
+
+    /// The device that was opened last, by a name under which no other one comes.
+    const QString &OpenedDevice() const { return openedDevice_; }
 
     bool IsOpen() const { return port_.IsOpen(); }
 
@@ -112,6 +116,7 @@ class Comm : public QObject
     bool timedOut_ = false;        ///< the present attempt has timed out
     int portNumber_ = 1;
     int connection_ = 0; ///< counts connections; an exchange belongs to one of them
+    QString openedDevice_;
     QString lostDevice_; ///< the device whose loss closed the port; empty: none
 
     bool exchanging_ = false;

@@ -17,6 +17,8 @@ QString StoreKey(int number)
     return QStringLiteral("PortDevice%1").arg(number);
 }
 
+const QString SystemLinks = QStringLiteral("/dev/serial");
+
 /// Where the device is kept that was last opened under that number.
 QString KnownKey(int number)
 {
@@ -85,12 +87,23 @@ QList<PortDevice> PortMap::LiveDevices()
 
 QString PortMap::LastingName(const QString &path)
 {
+    return SureName(path, true, SystemLinks);
+}
+
+QString PortMap::SureName(const QString &path)
+{
+    const QSerialPortInfo info(QFileInfo(QFileInfo(path).canonicalFilePath()).fileName());
+    return SureName(path, !info.serialNumber().isEmpty(), SystemLinks);
+}
+
+QString PortMap::SureName(const QString &path, bool hasSerialNumber, const QString &links)
+{
     const QString device = QFileInfo(path).canonicalFilePath();
     if (device.isEmpty())
         return path;
-    const QDir byId(QStringLiteral("/dev/serial/by-id"));
-    const QFileInfoList links = byId.entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot);
-    for (const QFileInfo &link : links) {
+    const QDir folder(links + (hasSerialNumber ? QStringLiteral("/by-id") : QStringLiteral("/by-path")));
+    const QFileInfoList names = folder.entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot);
+    for (const QFileInfo &link : names) {
         if (link.canonicalFilePath() == device)
             return link.filePath();
     }

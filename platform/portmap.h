@@ -57,6 +57,12 @@ class PortMap
     /// The lasting name of a device (below /dev/serial/by-id), or `path` itself when it has none.
     static QString LastingName(const QString &path);
 
+    /// A name under which no other device comes, not even one of the same kind: the lasting one of a device
+    /// with a serial number, else that of the place where it is plugged in; `path` itself when it has none.
+    static QString SureName(const QString &path);
+    /// The same. `links`: the folder in which the system has the names, by-id and by-path.
+    static QString SureName(const QString &path, bool hasSerialNumber, const QString &links);
+
   private:
     UserStore *store_;
     QMap<int, QString> fixed_;

@@ -255,6 +255,30 @@ class AppTest : public QObject
         QVERIFY(!later.IsKnown(4));
     }
 
+    void NoOtherDeviceHasTheSureName()
+    {
+        const QTemporaryDir folder;
+        const auto path = [&folder](const QString &name) { return folder.filePath(name); };
+        for (const QString &name : {u"by-id"_qs, u"by-path"_qs})
+            QVERIFY(QDir().mkdir(path(name)));
+        // Two adapters; both have a name of their place, and the first one's number is in its lasting name.
+        for (const QString &device : {u"ttyUSB0"_qs, u"ttyUSB1"_qs, u"ttyS0"_qs})
+            QVERIFY(Put(path(device), "device"));
+        QVERIFY(QFile::link(path(u"ttyUSB0"_qs), path(u"by-id/usb-adapter_A5028"_qs)) &&
+                QFile::link(path(u"ttyUSB1"_qs), path(u"by-id/usb-adapter"_qs)) &&
+                QFile::link(path(u"ttyUSB0"_qs), path(u"by-path/place-1"_qs)) &&
+                QFile::link(path(u"ttyUSB1"_qs), path(u"by-path/place-2"_qs)));
+        const std::tuple<QString, bool, QString> rows[] = {
+            {u"ttyUSB0"_qs, true, u"by-id/usb-adapter_A5028"_qs},
+            {u"by-path/place-1"_qs, true, u"by-id/usb-adapter_A5028"_qs},
+            {u"by-id/usb-adapter"_qs, false, u"by-path/place-2"_qs},
+            {u"ttyS0"_qs, false, u"ttyS0"_qs}, // it has no other name
+            {u"ttyUSB7"_qs, true, u"ttyUSB7"_qs},
+        };
+        for (const auto &[device, serial, name] : rows)
+            QCOMPARE(PortMap::SureName(path(device), serial, folder.path()), path(name));
+    }
+
     void CommandLines()
     {
         // With the beginning of the error.
