@@ -16,6 +16,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -101,9 +102,9 @@ bool Decode(const QByteArray &bytes, JournalAbout *about)
     about->device = object[u"device"_s].toString();
     about->begun = QDateTime::fromString(object[u"begun"_s].toString(), Qt::ISODateWithMs);
     const QTimeZone zone(object[u"zone"_s].toString().toLatin1());
-    if (zone.isValid())
+    if (zone.isValid() && about->begun.isValid())
         about->begun = about->begun.toTimeZone(zone);
-    return about->begun.isValid();
+    return true;
 }
 
 /// What stands for a description that cannot be read.
@@ -158,13 +159,15 @@ bool ReadRows(SQLite::Database &database, const char *query, quint32 seed, const
     return whole;
 }
 
-void Append(std::string_view row, DataFile *data)
+/// False, and nothing is appended, where it is no row.
+bool Append(std::string_view row, DataFile *data)
 {
     if (!data->rows.AppendRaw(row))
-        return;
+        return false;
     const std::string_view reading = data->rows.Utf8(data->rows.Count() - 1)[1];
     data->readings.Count(
         ReadingOf(QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
+    return true;
 }
 
 bool HasTables(SQLite::Database &database)
@@ -189,18 +192,22 @@ JournalContents ReadJournal(SQLite::Database &database, const QString &id)
     DataFile &data = contents.data;
     qint64 last = 0;
     const auto append = [&](qint64 number, std::string_view row) {
-        contents.damaged = contents.damaged || number != last + 1;
-        last = number;
-        Append(row, &data);
+        // A damaged table can lead to the same rows twice.
+        const bool taken = number > last && Append(row, &data);
+        contents.damaged = contents.damaged || !taken || number != last + 1;
+        last = std::max(last, number);
         return true;
     };
     if (!ReadRows(database, "SELECT n, texts, sum FROM row ORDER BY n", seed, append)) {
         // Something in the middle cannot be reached; what lies behind it can be from the other end.
         contents.damaged = true;
         std::vector<std::string> behind;
+        qint64 first = std::numeric_limits<qint64>::max();
         const auto keep = [&](qint64 number, std::string_view row) {
-            if (number > last)
+            if (number > last && number < first) {
                 behind.emplace_back(row);
+                first = number;
+            }
             return number > last;
         };
         ReadRows(database, "SELECT n, texts, sum FROM row ORDER BY n DESC", seed, keep);
@@ -260,14 +267,18 @@ std::unique_ptr<JournalFile> JournalFile::Create(const QString &path, const char
 {
     std::unique_ptr<JournalFile> file(
         new JournalFile(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, vfs));
-    SQLite::Database &database = *file->database_;
-    database.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL");
-    SQLite::Transaction making(database);
-    database.exec("PRAGMA application_id=" + std::to_string(ApplicationId));
-    database.exec(
-        "CREATE TABLE about(one INTEGER PRIMARY KEY, version INTEGER, description BLOB, sum INTEGER)");
-    database.exec("CREATE TABLE row(n INTEGER PRIMARY KEY, texts BLOB, sum INTEGER)");
-    making.commit();
+    try {
+        SQLite::Database &database = *file->database_;
+        database.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL");
+        file->Begin();
+        database.exec("PRAGMA application_id=" + std::to_string(ApplicationId));
+        database.exec(
+            "CREATE TABLE about(one INTEGER PRIMARY KEY, version INTEGER, description BLOB, sum INTEGER)");
+        database.exec("CREATE TABLE row(n INTEGER PRIMARY KEY, texts BLOB, sum INTEGER)");
+    } catch (...) {
+        file->Remove(); // or each attempt on a full disk would leave one
+        throw;
+    }
     return file;
 }
 
@@ -343,6 +354,10 @@ void JournalFile::Commit()
         return;
     database_->exec("COMMIT");
     writing_ = false;
+    int moved = 0;
+    sqlite3_file_control(database_->getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (moved != 0) // what is written to a file that was deleted succeeds
+        throw std::runtime_error("the file was deleted or moved");
 }
 
 /// The database itself goes first, and while it is locked: without it nothing is taken for a journal.
@@ -353,7 +368,8 @@ void JournalFile::Remove()
     database_.reset();
     if (!removed)
         QFile::remove(path_);
-    QFile::remove(path_ + u"-wal"_s);
+    for (const QString &beside : {u"-wal"_s, u"-journal"_s})
+        QFile::remove(path_ + beside);
 }
 
 } // namespace px40

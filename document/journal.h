@@ -67,7 +67,8 @@ class JournalFile
     /// The names of all journals in a folder.
     static QStringList AllIn(const QString &folder);
 
-    /// Makes a new file. `vfs`: SQLite's way to the disk, null for the usual one.
+    /// Makes a new file, which is empty until the first `Commit`. `vfs`: SQLite's way to the disk, null for
+    /// the usual one.
     static std::unique_ptr<JournalFile> Create(const QString &path, const char *vfs = nullptr);
 
     /// Opens one that was left. Throws `JournalInUse` where another program holds it.

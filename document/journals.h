@@ -141,7 +141,7 @@ class Journal : public QObject
     std::function<JournalAbout()> about_;
     const RowStore *rows_;
     std::shared_ptr<Journals::Slot> slot_;
-    Timer again_; ///< until it is tried again
+    Timer again_{0, false, this}; ///< until it is tried again
     int pauseMs_ = FirstPauseMs;
     QString reason_;
     bool begun_ = false;

@@ -54,10 +54,9 @@ OneRead Read(const QString &path)
     OneRead read;
     try {
         read.file = JournalFile::Open(path);
-        if (read.file->CanWrite()) {
-            read.contents = read.file->Read();
+        read.contents = read.file->Read();
+        if (read.contents.empty || read.file->CanWrite())
             return read;
-        }
     } catch (const JournalInUse &) {
         throw;
     } catch (const JournalTooNew &) {
@@ -106,10 +105,22 @@ void Add(LeftSet set, std::vector<LeftSet> *sets)
     same->journal.name.generation = generation;
 }
 
+/// What a journal had beside it when a program ended in the middle of removing it.
+void RemoveOrphans(const QString &folder)
+{
+    const QFileInfoList files = QDir(folder).entryInfoList({QStringLiteral("*-wal")}, QDir::Files);
+    for (const QFileInfo &file : files) {
+        const QString journal = file.filePath().chopped(4);
+        if (JournalFile::NameOf(journal) && !QFile::exists(journal))
+            QFile::remove(file.filePath());
+    }
+}
+
 } // namespace
 
 LeftSets TakeLeftJournals(const QString &folder)
 {
+    RemoveOrphans(folder);
     LeftSets left;
     QSet<QString> inUse;
     const QStringList paths = JournalFile::AllIn(folder);
