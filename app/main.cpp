@@ -10,6 +10,7 @@
 #include "app/messageprompts.h"
 #include "app/services.h"
 #include "app/startup.h"
+#include "platform/awake.h"
 #include "platform/endsignals.h"
 #include "platform/singleinstance.h"
 #include "platform/terminal.h"
@@ -73,6 +74,8 @@ int main(int argc, char *argv[])
     if (!simulation)
         return EndFailed(simulation.error());
 
+    Awake awake;
+    services.awake = &awake;
     frmMain window(services);
     QObject::connect(&window, &frmMain::left, &application, &QApplication::quit);
 

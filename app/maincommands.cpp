@@ -5,6 +5,7 @@
 #include "document/dataset.h"
 #include "link/comm.h"
 #include "link/reply.h"
+#include "platform/awake.h"
 #include "platform/prompts.h"
 #include "resources/strings.h"
 
@@ -44,6 +45,13 @@ MainCommands::MainCommands(Services &services, MainViews &views, ProgressView &p
 {
     connect(&realtime_, &Realtime::runChanged, this, &MainCommands::RefreshRules);
     connect(&realtime_, &Realtime::progressed, this, &MainCommands::ShowRun);
+    if (Awake *const awake = services.awake) {
+        connect(&realtime_, &Realtime::runChanged, awake,
+                [&services, awake] { awake->Keep(services.state.RealtimeRun, Text(Str::RunHolds)); });
+        connect(awake, &Awake::refused, this, [&services](const QString &reason) {
+            services.statusLine.Warn(Text(Str::MaySleep).arg(reason));
+        });
+    }
     realtime_.SetForward(&forwarding_.Rows());
 }
 

@@ -15,6 +15,7 @@
 
 namespace px40 {
 
+class Awake;
 class Prompts;
 
 /// Everything of which the program has exactly one, in the order of construction. It is handed down to
@@ -56,6 +57,7 @@ struct Services
     StatusLine statusLine;
     bool simulated = false; ///< the instrument is a simulation inside the program
     bool leaving = false;   ///< the program is about to end: start nothing new
+    Awake *awake = nullptr; ///< keeps the computer awake during a run; null: nothing does
 };
 
 } // namespace px40

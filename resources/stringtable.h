@@ -363,4 +363,6 @@ PX40_TEXT(NotAllLogged, 1179, u"Rows could not be written: %1 They are kept, and
 PX40_TEXT(NothingLeft, 1180, u"Nothing was left unsaved.")
 PX40_TEXT(LogFailed, 1182, u"The run could not be made.")
 PX40_TEXT(LeftSimulated, 1181, u"%1 (simulated)")
+PX40_TEXT(RunHolds, 1183, u"Logging readings in real time")
+PX40_TEXT(MaySleep, 1184, u"The computer may go to sleep during this run; it does not let itself be kept awake (%1).")
 // clang-format on

@@ -5,6 +5,7 @@
 #include "app/cli/console.h"
 #include "app/cli/ports.h"
 #include "app/services.h"
+#include "platform/awake.h"
 #include "platform/endsignals.h"
 #include "platform/replacefile.h"
 #include "platform/terminal.h"
@@ -150,6 +151,7 @@ class Log : public QObject
 
     void OnRunChanged()
     {
+        awake_.Keep(services_->state.RealtimeRun, Text(Str::RunHolds));
         if (!services_->state.RealtimeRun)
             over_.Complete(true);
     }
@@ -166,6 +168,7 @@ class Log : public QObject
     bool toOutput_;
     const EndSignals signals_;
     const OneShot<bool> over_;
+    Awake awake_;
     Timer tmRealtime_{100, false};
     Realtime realtime_;
     RunProgress progress_;

@@ -1,0 +1,88 @@
+#include "platform/awake.h"
+
+#ifdef Q_OS_LINUX
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusUnixFileDescriptor>
+#endif
+
+namespace px40 {
+
+#ifdef Q_OS_LINUX
+
+/// As long as the descriptor is open the computer stays awake.
+struct Awake::Inhibitor
+{
+    QDBusConnection bus;
+    QDBusUnixFileDescriptor descriptor;
+};
+
+Awake::Awake(const QDBusConnection *bus)
+    : inhibitor_(new Inhibitor{bus ? *bus : QDBusConnection(QString()), {}})
+{
+}
+
+void Awake::Hold(const QString &purpose)
+{
+    Release();
+    if (!inhibitor_->bus.isConnected())
+        inhibitor_->bus = QDBusConnection::systemBus();
+    QDBusMessage inhibit = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
+    inhibit << QStringLiteral("sleep:idle") << QCoreApplication::applicationName() << purpose
+            << QStringLiteral("block");
+    auto *const watcher = new QDBusPendingCallWatcher(inhibitor_->bus.asyncCall(inhibit), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, question = asked_] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *watcher;
+        if (question != asked_)
+            return; // it is no longer wanted, and goes with the reply
+        if (reply.isError()) {
+            Q_EMIT refused(reply.error().message());
+            return;
+        }
+        inhibitor_->descriptor = reply.value();
+        Q_EMIT held();
+    });
+}
+
+void Awake::Release()
+{
+    ++asked_;
+    inhibitor_->descriptor = {};
+}
+
+bool Awake::IsHeld() const
+{
+    return inhibitor_->descriptor.isValid();
+}
+
+#else
+
+struct Awake::Inhibitor
+{
+};
+
+Awake::Awake(const QDBusConnection *) {}
+
+void Awake::Hold(const QString &) {}
+
+void Awake::Release()
+{
+    ++asked_;
+}
+
+bool Awake::IsHeld() const
+{
+    return false;
+}
+
+#endif
+
+Awake::~Awake() = default;
+
+} // namespace px40
