@@ -3,6 +3,7 @@
 #ifdef Q_OS_LINUX
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -35,7 +36,11 @@ void Awake::Hold(const QString &purpose)
         QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
     inhibit << QStringLiteral("sleep:idle") << QCoreApplication::applicationName() << purpose
             << QStringLiteral("block");
-    auto *const watcher = new QDBusPendingCallWatcher(inhibitor_->bus.asyncCall(inhibit), this);
+    // A call on no connection would never be answered.
+    const QDBusPendingCall call = inhibitor_->bus.isConnected()
+                                      ? inhibitor_->bus.asyncCall(inhibit)
+                                      : QDBusPendingCall::fromError(inhibitor_->bus.lastError());
+    auto *const watcher = new QDBusPendingCallWatcher(call, this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, question = asked_] {
         watcher->deleteLater();
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *watcher;

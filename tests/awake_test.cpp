@@ -93,6 +93,16 @@ class AwakeTest : public QObject
         QVERIFY(!awake.IsHeld());
         QDBusConnection::disconnectFromPeer(u"peer"_qs);
     }
+
+    void ComputerWithoutTheServiceRefuses()
+    {
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/gone");
+        Awake awake;
+        QSignalSpy refused(&awake, &Awake::refused);
+        awake.Hold(u"Logging"_qs);
+        QVERIFY(WaitUntil([&] { return refused.size() == 1; }));
+        QVERIFY(refused.constFirst().constFirst().toString().contains(u"/gone"_qs));
+    }
 };
 
 QTEST_GUILESS_MAIN(AwakeTest)
