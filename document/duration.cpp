@@ -11,13 +11,13 @@ namespace px40 {
 std::optional<Duration> ParseDuration(const QString &text)
 {
     static const QRegularExpression form(
-        QStringLiteral("^(?:(\\d{1,8})d)?(?:(\\d{1,8})h)?(?:(\\d{1,8})m)?(?:(\\d{1,8})s?)?$"));
+        QStringLiteral("^(?:(\\d{1,8})d)?(?:(\\d{1,8})h)?(?:(\\d{1,8})m)?(?:(\\d{1,8})s)?$|^(\\d{1,8})$"));
     const QRegularExpressionMatch parts = form.match(text);
     constexpr qint64 Minute = 60;
     constexpr qint64 Hour = 60 * Minute;
     constexpr qint64 Day = 24 * Hour;
     const auto part = [&parts](int index) { return parts.captured(index).toLongLong(); };
-    const qint64 seconds = part(1) * Day + part(2) * Hour + part(3) * Minute + part(4);
+    const qint64 seconds = part(1) * Day + part(2) * Hour + part(3) * Minute + part(4) + part(5);
     Duration duration = {QString::number(seconds / Day), QString::number(seconds % Day / Hour),
                          QString::number(seconds % Hour / Minute), QString::number(seconds % Minute)};
     if (!parts.hasMatch() || ValidateDuration(&duration))

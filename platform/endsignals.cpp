@@ -57,8 +57,11 @@ EndSignals::EndSignals() : pipe_(std::make_unique<Pipe>())
     struct sigaction action = {};
     action.sa_handler = &Tell;
     action.sa_flags = SA_RESTART;
-    for (std::size_t i = 0; i < Signals.size(); ++i)
-        ::sigaction(Signals.at(i), &action, &pipe_->before.at(i));
+    for (std::size_t i = 0; i < Signals.size(); ++i) {
+        ::sigaction(Signals.at(i), nullptr, &pipe_->before.at(i));
+        if (pipe_->before.at(i).sa_handler != SIG_IGN) // as it is below nohup
+            ::sigaction(Signals.at(i), &action, nullptr);
+    }
 }
 
 EndSignals::~EndSignals()

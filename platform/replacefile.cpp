@@ -175,6 +175,11 @@ Result<> SyncToDisk(QFile &file)
     return {};
 }
 
+void SyncName(const QString &file)
+{
+    SyncFolder(QFileInfo(file).path());
+}
+
 QString RealName(const QString &name)
 {
     QFileInfo info(name);
@@ -275,7 +280,7 @@ Result<> Replacement::TakePlace(bool mayReplace)
         return Fail(qt_error_string(error));
     file_.close();
     file_.setFileName({});
-    SyncFolder(QFileInfo(name_).path());
+    SyncName(name_);
     return {};
 }
 

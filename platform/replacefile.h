@@ -15,6 +15,9 @@ QString RealName(const QString &name);
 /// Returns when the disk has what was written to a file.
 Result<> SyncToDisk(QFile &file);
 
+/// The same for the name of a new or renamed file, as far as the system has a way to do it.
+void SyncName(const QString &file);
+
 /// What tells one state of a file from another: new content comes with a new fingerprint.
 struct FileFingerprint
 {

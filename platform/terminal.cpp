@@ -12,6 +12,7 @@
 #include <csignal>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 #endif
 
@@ -33,6 +34,17 @@ bool IsTerminal(std::FILE *stream)
 #endif
 }
 
+/// Where the other end has gone it takes bytes as well: writing them says so.
+bool TakesBytes([[maybe_unused]] std::FILE *stream, [[maybe_unused]] int milliseconds)
+{
+#ifdef Q_OS_WIN
+    return true;
+#else
+    pollfd line{::fileno(stream), POLLOUT, 0};
+    return ::poll(&line, 1, milliseconds) == 1;
+#endif
+}
+
 } // namespace
 
 void KeepStandardStreams()
@@ -43,12 +55,23 @@ void KeepStandardStreams()
             ::open("/dev/null", O_RDONLY); // gets this number, and refuses what is written to it
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }
 
 bool IsOutputTerminal()
 {
     return IsTerminal(stdout);
+}
+
+bool IsErrorTerminal()
+{
+    return IsTerminal(stderr);
+}
+
+bool OutputTakesLine(int milliseconds)
+{
+    return TakesBytes(stdout, milliseconds);
 }
 
 Result<> OpenOutput(QFile *file)
@@ -76,11 +99,17 @@ void PrintError(const QString &text)
     Print(stderr, text + u'\n');
 }
 
+void NoteError(const QString &text)
+{
+    if (TakesBytes(stderr, 0))
+        PrintError(text);
+}
+
 void ShowOnTerminal(const QString &text)
 {
-    static const bool shown = IsTerminal(stderr);
+    static const bool shown = IsErrorTerminal();
     static qsizetype before = 0;
-    if (!shown)
+    if (!shown || !TakesBytes(stderr, 0))
         return;
     Print(stderr, u'\r' + text.leftJustified(before, u' ') + u'\r' + text);
     before = text.size();

@@ -12,10 +12,16 @@ namespace px40 {
 // standard output in place of a file.
 
 /// To be called before anything is opened: a standard stream that is closed would be the next file's number,
-/// and what is printed would go there. A reader that has gone is a failure to write like any other.
+/// and what is printed would go there. A reader that has gone is a failure to write like any other, and so is
+/// a file that may not grow any more.
 void KeepStandardStreams();
 
 bool IsOutputTerminal();
+bool IsErrorTerminal();
+
+/// Waits that long, or without end where it is negative, until the standard output takes a line without
+/// anybody waiting. False when it does not, or when a signal has come meanwhile.
+bool OutputTakesLine(int milliseconds);
 
 /// Opens the standard output for bytes as they are.
 Result<> OpenOutput(QFile *file);
@@ -24,8 +30,11 @@ Result<> OpenOutput(QFile *file);
 bool PrintLine(const QString &text);
 void PrintError(const QString &text);
 
+/// The same for what is told on the way: left out where it would have to be waited for.
+void NoteError(const QString &text);
+
 /// Shows a text in place of the one shown before, on the standard error stream if that is a terminal; else
-/// nothing. Empty: takes the last one away.
+/// nothing. Empty: takes the last one away. Left out while the terminal is held (Ctrl+S).
 void ShowOnTerminal(const QString &text);
 
 } // namespace px40

@@ -365,4 +365,8 @@ PX40_TEXT(LogFailed, 1182, u"The run could not be made.")
 PX40_TEXT(LeftSimulated, 1181, u"%1 (simulated)")
 PX40_TEXT(RunHolds, 1183, u"Logging readings in real time")
 PX40_TEXT(MaySleep, 1184, u"The computer may go to sleep during this run; it does not let itself be kept awake (%1).")
+PX40_TEXT(RowsWait, 1190, u"%1 The rows wait in memory until they can be written.")
+PX40_TEXT(RowsNotTaken, 1191, u"Nobody takes the rows.")
+PX40_TEXT(RowsLost, 1192, u"Rows could not be written: %1 Their journal could not be written either; they are lost.")
+PX40_TEXT(FileGone, 1193, u"The file has gone.")
 // clang-format on

@@ -303,9 +303,11 @@ class AppTest : public QObject
             {u"--interval 5", u"--interval goes with"},
             {u"--log f.CSV --interval 0", u"--interval takes"},
             {u"--log f.CSV --interval 1h1d", u"--interval takes"},
+            {u"--log f.CSV --interval 1h30", u"--interval takes"}, // seconds? hardly
             {u"--log f.CSV --period 100d", u"--period takes"},
             {u"--log f.CSV --download g.CSV", u"--log does not go"},
             {u"--recover d e", u"--recover opens"},
+            {u"--recover ", u"--recover takes no empty name"},
             {u"--export f.CSV --to b.xlsx --download g.CSV", u"--export does not go"},
             {u"--export f.CSV --to b.xlsx g.CSV", u"--export opens no other"},
             {u"--download - --save-mode --data-dir . --port-device 3=/x --port-device 4=/a=b", u""},

@@ -1,4 +1,5 @@
 #include "document/dataset.h"
+#include "platform/serialport.h"
 #include "resources/strings.h"
 #include "testing/books.h"
 #include "testing/linkrig.h"
@@ -8,9 +9,21 @@
 #include <QDir>
 #include <QProcess>
 
+#include <csignal>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace px40;
 
 namespace {
+
+QString Px40ap()
+{
+    return QCoreApplication::applicationDirPath() + u"/px40ap"_qs;
+}
 
 /// A run of the program to its end, with nothing that leads to a display and as little as a script may have.
 struct ProgramRun
@@ -30,12 +43,11 @@ struct ProgramRun
         environment.insert(u"LSAN_OPTIONS"_qs, qEnvironmentVariable("LSAN_OPTIONS"));
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(folder);
-        const QString program = QCoreApplication::applicationDirPath() + u"/px40ap"_qs;
         if (redirection.isEmpty())
-            process.start(program, arguments);
+            process.start(Px40ap(), arguments);
         else
             process.start(u"/bin/sh"_qs,
-                          QStringList{u"-c"_qs, u"exec \"$0\" \"$@\" "_qs + redirection, program} +
+                          QStringList{u"-c"_qs, u"exec \"$0\" \"$@\" "_qs + redirection, Px40ap()} +
                               arguments);
         ended = WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000) &&
                 process.exitStatus() == QProcess::NormalExit;
@@ -314,8 +326,12 @@ class HeadlessTest : public QObject
             const QString file = folder.filePath(u"%1.CSV"_qs.arg(signal));
             const QStringList arguments = {u"--demo"_qs, u"--interval"_qs, u"1"_qs, u"--log"_qs, file};
             QProcess program;
-            program.start(QCoreApplication::applicationDirPath() + u"/px40ap"_qs, place + arguments);
+            // As below nohup.
+            program.start(u"/bin/sh"_qs,
+                          QStringList{u"-c"_qs, u"trap '' HUP; exec \"$0\" \"$@\""_qs, Px40ap()} + place +
+                              arguments);
             QTRY_VERIFY(Contents(file).contains("VDC"));
+            ::kill(static_cast<pid_t>(program.processId()), SIGHUP);
             QCOMPARE(recover({}).printed, (Text(Str::NothingLeft) + u'\n').toUtf8()); // it is in use
             ::kill(static_cast<pid_t>(program.processId()), signal);
             QTRY_COMPARE(program.state(), QProcess::NotRunning);
@@ -333,6 +349,78 @@ class HeadlessTest : public QObject
         // The file may lack what was on its way to it.
         QVERIFY(Contents(out.filePath(names.constFirst())).startsWith(Contents(killed)));
         QVERIFY(recover({}).printed.startsWith("Nothing was left"));
+    }
+
+    void RunThatCannotBeginMakesNoFile()
+    {
+        const QTemporaryDir folder;
+        const sim::PtyServer server(LinkRig::Unpaced());
+        const QString device = QString::fromStdString(server.DevicePath());
+        SerialPort other;
+        QVERIFY(other.Open(device).trouble == PortTrouble::None);
+        const std::pair<QStringList, QString> rows[] = {
+            {{u"--port-device"_qs, u"1="_qs + device}, Text(Str::PortBusy).arg(device)},
+            {{u"--port"_qs, u"5"_qs}, u"No device is assigned to port 5."_qs},
+        };
+        for (const auto &[arguments, said] : rows) {
+            const QStringList run = {u"--data-dir"_qs, folder.path(), u"--log"_qs, u"run.CSV"_qs};
+            const ProgramRun refused(folder.path(), run + arguments);
+            QVERIFY2(refused.said.startsWith(said), qPrintable(refused.said));
+            QCOMPARE(refused.code, 1);
+            QVERIFY(QDir(folder.path()).isEmpty());
+        }
+    }
+
+    void FullDiskEndsNoRun_data() { AddRows<bool>({{"full to the end", false}, {"emptied again", true}}); }
+
+    void FullDiskEndsNoRun()
+    {
+        const bool emptied = ThisRow<bool>();
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"run.CSV"_qs);
+        QProcess program;
+        program.start(Px40ap(), {u"--data-dir"_qs, folder.path(), u"--demo"_qs, u"--interval"_qs, u"1"_qs,
+                                 u"--log"_qs, file});
+        const auto limit = [&program](rlim_t bytes) { // of each file
+            const rlimit soft = {bytes, RLIM_INFINITY};
+            return ::prlimit(static_cast<pid_t>(program.processId()), RLIMIT_FSIZE, &soft, nullptr) == 0;
+        };
+        QTRY_VERIFY(Contents(file).contains("VDC"));
+        const QByteArray before = Contents(file);
+        QVERIFY(limit(static_cast<rlim_t>(before.size()) + 5));
+        QByteArray said;
+        QTRY_VERIFY((said += program.readAllStandardError()).contains("The rows wait in memory"));
+        QTRY_VERIFY((said += program.readAllStandardError()).contains("(not protected"));
+        QVERIFY(!emptied || limit(RLIM_INFINITY));
+        program.terminate();
+        QTRY_COMPARE(program.state(), QProcess::NotRunning);
+        QCOMPARE(program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1, emptied ? 0 : 1);
+        QCOMPARE(program.readAllStandardError().endsWith("they are lost.\n"), !emptied);
+        const QByteArray after = Contents(file);
+        QVERIFY(after.startsWith(before) && after.endsWith("\r\n")); // whole rows
+        QCOMPARE(after.endsWith("\r\n,,,,\r\n"), emptied);
+        QCOMPARE(after.count("VDC") > before.count("VDC"), emptied);
+    }
+
+    void ReaderThatStopsHoldsNothingUp()
+    {
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath(u"pipe"_qs);
+        const QByteArray name = QFile::encodeName(pipe);
+        QVERIFY(::mkfifo(name.constData(), 0600) == 0);
+        const int ends = ::open(name.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        while (::write(ends, name.constData(), 1) == 1) {
+        }
+        QProcess program;
+        program.setStandardOutputFile(pipe);
+        program.start(Px40ap(), {u"--data-dir"_qs, folder.path(), u"--demo"_qs, u"--log"_qs, u"-"_qs});
+        const QString journals = folder.filePath(u"Unsaved"_qs);
+        QTRY_VERIFY(QDir(journals).exists() && !QDir(journals).isEmpty()); // a row has come
+        program.terminate();
+        QTRY_COMPARE(program.state(), QProcess::NotRunning);
+        ::close(ends);
+        QVERIFY(program.readAllStandardError().contains("Nobody takes the rows. They are kept"));
+        QVERIFY(!QDir(journals).isEmpty());
     }
 };
 

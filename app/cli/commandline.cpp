@@ -107,6 +107,8 @@ Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line
         job = name;
         if (name != u"recover" && parser.value(name).isEmpty())
             return Fail(u"--%1 takes the name of a file."_s.arg(name));
+        if (parser.positionalArguments().contains(QString()))
+            return Fail(u"--%1 takes no empty name."_s.arg(name));
         if (!line.files.isEmpty())
             return Fail(u"--%1 opens no other file, so there is nothing to be done with \"%2\"."_s.arg(
                 name, line.files.constFirst()));

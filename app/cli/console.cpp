@@ -47,6 +47,11 @@ QString About(const QString &file, const QString &sentence)
     return file + QStringLiteral(": ") + sentence;
 }
 
+QString Sentence(const QString &reason)
+{
+    return reason.endsWith(u'.') ? reason : reason + u'.';
+}
+
 Result<> Prepare(const QString &to, Target *target)
 {
     target->toOutput = to == ToOutput;

@@ -61,6 +61,9 @@ void KeepLogsQuiet();
 /// What is wrong with a file or folder, and which one.
 QString About(const QString &file, const QString &sentence);
 
+/// What the system says of an error, as a sentence.
+QString Sentence(const QString &reason);
+
 /// Where a file is to go.
 struct Target
 {

@@ -37,7 +37,7 @@ Result<> Keep(Target *target, DataSet *dataSet)
         return {};
     QString error = kept.error().text;
     if (!target->toOutput)
-        error = (error.endsWith(u'.') ? error : error + u'.') + u' ' + NothingSaved(target->name);
+        error = Sentence(error) + u' ' + NothingSaved(target->name);
     return Fail(About(target->name, error));
 }
 

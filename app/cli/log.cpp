@@ -13,13 +13,17 @@
 #include "resources/strings.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <utility>
 
 namespace px40 {
 
 namespace {
+
+constexpr int PatienceMs = 500; // with a reader, when the system ends the run
 
 /// Where the rows of a run go as they come: a new data file, or the standard output.
 class RowFile
@@ -41,25 +45,39 @@ class RowFile
         return Write([this] { return WriteHeader(dataSet_->Header(), *file_); });
     }
 
-    /// Writes the rows that are not written yet. Where that fails the file ends with its last whole row.
-    Result<> WriteNewRows()
+    /// Writes the rows that are not written yet. Where that fails the file ends with its last whole row. Rows
+    /// that the reader of the standard output does not take in that time stay for later.
+    Result<> WriteNewRows(QDeadlineTimer until = QDeadlineTimer(0))
     {
-        const qsizetype end = dataSet_->Table().Rows().Count();
-        Result<> written = Write([&] { return WriteRows(dataSet_->Table().Rows(), rows_, end, *file_); });
-        if (written)
+        const RowStore &rows = dataSet_->Table().Rows();
+        const qsizetype atOnce = target_->toOutput ? 1 : RowsAtOnce;
+        while (rows_ < rows.Count()) {
+            if (target_->toOutput && !OutputTakesLine(static_cast<int>(until.remainingTime())))
+                return {};
+            const qsizetype end = std::min(rows_ + atOnce, rows.Count());
+            Result<> written = Write([&] { return WriteRows(rows, rows_, end, *file_); });
+            if (!written)
+                return written;
             rows_ = end;
-        return written;
+        }
+        return {};
     }
 
-    /// Returns when the disk has the complete file.
-    Result<> Finish()
+    /// Returns when the disk has the complete file, or the reader of the standard output all rows. That one
+    /// is waited for until then.
+    Result<> Finish(QDeadlineTimer until)
     {
-        Result<> done = WriteNewRows();
+        Result<> done = WriteNewRows(until);
+        if (done && rows_ < dataSet_->GetDatacount())
+            done = Fail(Text(Str::RowsNotTaken));
         if (target_->toOutput || !done)
             return done;
         done = Write([this] { return WriteEnd(*file_); });
         if (done)
             done = SyncToDisk(own_);
+        if (done && !own_.exists())
+            done = Fail(Text(Str::FileGone));
+        SyncName(own_.fileName());
         return done;
     }
 
@@ -71,6 +89,9 @@ class RowFile
     }
 
   private:
+    /// A full disk is tried with so many, however many wait.
+    static constexpr qsizetype RowsAtOnce = 1000;
+
     template <typename Pieces>
     Result<> Write(const Pieces &pieces)
     {
@@ -98,20 +119,28 @@ class RowFile
 class Log : public QObject
 {
   public:
-    Log(Services &services, std::shared_ptr<DataSet> dataSet, RowFile &file, bool toOutput)
-        : services_(&services), dataSet_(std::move(dataSet)), file_(&file), toOutput_(toOutput),
-          realtime_(services.link, services.clock, tmRealtime_,
-                    [this](const QString &text) { return TakeTrouble(text); })
+    Log(Services &services, std::shared_ptr<DataSet> dataSet, RowFile &file, const Target &target)
+        : services_(&services), dataSet_(std::move(dataSet)), file_(&file), name_(target.name),
+          toOutput_(target.toOutput), realtime_(services.link, services.clock, tmRealtime_,
+                                                [this](const QString &text) { return TakeTrouble(text); })
     {
         connect(dataSet_.get(), &DataSet::sampleFollowed, this, &Log::OnRow);
-        connect(&signals_, &EndSignals::asked, this, &Log::End);
+        connect(dataSet_.get(), &DataSet::protectedChanged, this, &Log::TellUnprotected);
+        connect(&signals_, &EndSignals::asked, this, [this] {
+            asked_ = true;
+            End();
+        });
+        connect(&awake_, &Awake::refused, this, [](const QString &reason) {
+            if (IsErrorTerminal())
+                NoteAboveProgress(Text(Str::MaySleep).arg(reason));
+        });
         connect(&realtime_, &Realtime::progressed, this, [this](const RunProgress &progress) {
             progress_ = progress;
             ShowOnTerminal(RunText(progress));
         });
     }
 
-    /// Fails when the run has not begun, or was ended by something that is told.
+    /// Fails when the run has not begun, or was ended by something else than its period or a signal.
     QCoro::Task<Result<>> Run()
     {
         Result<> opened = services_->comm.OpenPort();
@@ -119,7 +148,7 @@ class Log : public QObject
             co_return Fail(FirstLine(opened.error().text));
         opened = file_->Begin();
         if (!opened)
-            co_return opened;
+            co_return Fail(About(name_, opened.error().text));
         connect(&realtime_, &Realtime::runChanged, this, &Log::OnRunChanged);
         co_await realtime_.StartRealtime(dataSet_, false);
         co_await over_;
@@ -127,19 +156,40 @@ class Log : public QObject
         ShowOnTerminal(QString());
         if (trouble_.isEmpty())
             co_return Result<>();
-        co_return Fail(trouble_);
+        co_return Fail(About(name_, trouble_));
     }
 
     QString Summary() const { return RunText(progress_); }
 
+    /// The system wants the program to end.
+    bool IsAsked() const { return asked_; }
+
   private:
     void OnRow()
     {
+        if (toOutput_ && IsOutputTerminal())
+            ShowOnTerminal(QString()); // the row takes that line
         const Result<> written = file_->WriteNewRows();
-        if (written || !toOutput_)
-            return;                      // a file is written again with the next row
-        trouble_ = written.error().text; // nobody reads what is printed
-        End();
+        if (written)
+            return;
+        if (toOutput_) { // nobody reads what is printed
+            trouble_ = written.error().text;
+            End();
+        } else if (!std::exchange(waitNoted_, true)) { // written again with the next row
+            NoteAboveProgress(About(name_, Text(Str::RowsWait).arg(Sentence(written.error().text))));
+        }
+    }
+
+    void TellUnprotected()
+    {
+        if (!dataSet_->Protected() && !std::exchange(unprotectedNoted_, true))
+            NoteAboveProgress(name_ + u' ' + Text(Str::NotProtected));
+    }
+
+    static void NoteAboveProgress(const QString &text)
+    {
+        ShowOnTerminal(QString());
+        NoteError(text);
     }
 
     /// The port closes first, so that what is under way ends.
@@ -165,6 +215,7 @@ class Log : public QObject
     Services *services_;
     std::shared_ptr<DataSet> dataSet_;
     RowFile *file_;
+    QString name_; ///< where the rows go
     bool toOutput_;
     const EndSignals signals_;
     const OneShot<bool> over_;
@@ -173,6 +224,9 @@ class Log : public QObject
     Realtime realtime_;
     RunProgress progress_;
     QString trouble_;
+    bool asked_ = false;
+    bool waitNoted_ = false;        ///< it has been told that rows wait for the file
+    bool unprotectedNoted_ = false; ///< and that the journal cannot be written
 };
 
 } // namespace
@@ -203,18 +257,26 @@ int RunLog(const CommandLine &line)
     if (line.period)
         dataSet->SetPeriod(false, *line.period);
     RowFile file(target, *dataSet);
-    Log log(services, dataSet, file, target.toOutput);
+    Log log(services, dataSet, file, target);
     const Result<> ran = RunToEnd(services.jobs, log.Run(), Text(Str::LogFailed));
-    if (!ran && dataSet->GetDatacount() == 0)
+    if (!ran && dataSet->GetDatacount() == 0) {
         file.Abandon();
+        return EndFailed(ran.error());
+    }
+    const bool waits = ran && !log.IsAsked(); // for the reader of the standard output
+    const Result<> done = file.Finish(waits ? QDeadlineTimer(QDeadlineTimer::Forever)
+                                            : QDeadlineTimer(log.IsAsked() ? PatienceMs : 0));
+    if (done)
+        dataSet->MarkSaved(); // and its journal goes
     if (!ran)
-        return EndFailed({About(target.name, ran.error().text)});
-    if (const Result<> done = file.Finish(); !done)
-        return EndFailed({About(target.name, Text(Str::NotAllLogged).arg(done.error().text))});
-    dataSet->MarkSaved(); // and its journal goes
-    if (!target.toOutput)
-        PrintLine(log.Summary());
-    return ExitDone;
+        return EndFailed(ran.error());
+    if (!done) {
+        services.journals.WaitForDisk(PatienceMs);
+        const Str left = dataSet->Protected() ? Str::NotAllLogged : Str::RowsLost;
+        return EndFailed({About(target.name, Text(left).arg(Sentence(done.error().text)))});
+    }
+    const bool printed = target.toOutput || PrintLine(log.Summary());
+    return EndWritten(target.name, *dataSet, printed);
 }
 
 } // namespace px40
