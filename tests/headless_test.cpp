@@ -333,6 +333,7 @@ class HeadlessTest : public QObject
             QTRY_VERIFY(Contents(file).contains("VDC"));
             ::kill(static_cast<pid_t>(program.processId()), SIGHUP);
             QCOMPARE(recover({}).printed, (Text(Str::NothingLeft) + u'\n').toUtf8()); // it is in use
+            QCOMPARE(program.state(), QProcess::Running);
             ::kill(static_cast<pid_t>(program.processId()), signal);
             QTRY_COMPARE(program.state(), QProcess::NotRunning);
             const bool killed = signal == SIGKILL;
