@@ -23,6 +23,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -129,6 +130,14 @@ void frmMain::ShowTitle()
     if (!std::all_of(sets.begin(), sets.end(), [](const auto &set) { return set->Protected(); }))
         title += u' ' + Text(Str::NotProtected);
     setWindowTitle(title);
+}
+
+void frmMain::ShowProtection(const DataSet &set)
+{
+    ShowTitle();
+    if (!set.Protected())
+        services_->statusLine.Warn(
+            Text(Str::NotProtectedWhy).arg(QFileInfo(set.Caption()).fileName(), set.WhyNotProtected()));
 }
 
 void frmMain::ShowPlaced()
@@ -292,7 +301,8 @@ void frmMain::AddDataWindow(std::shared_ptr<DataSet> dataSet, bool fromFile)
         return commands_->Files().SaveGraph(std::move(set), std::move(write));
     };
     auto *const window = new frmData(dataSet, {&services_->state, &services_->jobs, confirmClose, saveGraph});
-    connect(dataSet.get(), &DataSet::protectedChanged, this, &frmMain::ShowTitle);
+    connect(dataSet.get(), &DataSet::protectedChanged, this,
+            [this, set = dataSet.get()] { ShowProtection(*set); });
     workspace_->addSubWindow(window);
     workspace_->Place(window);
     connect(window, &frmData::selectionTextChanged, this, &frmMain::ShowSelection);

@@ -60,6 +60,7 @@ class frmMain : public QMainWindow, private MainViews
     void ConnectAll();
     void SetLeastSize();
     void ShowTitle();
+    void ShowProtection(const DataSet &set);
     void ShowSelection();
     void ShowLiveWindows();
     void OnWindowActivated();

@@ -142,6 +142,8 @@ class DataSet : public QObject
     bool Simulated() const { return origin_.simulated; }
     /// False while rows that nobody has saved are not on the disk either.
     bool Protected() const { return !journal_ || journal_->Protects(); }
+    /// Why not; empty when it is.
+    QString WhyNotProtected() const { return journal_ ? journal_->Reason() : QString(); }
     QString Caption() const { return caption_; }
     QString PanelText(Panel panel) const { return panels_.at(static_cast<std::size_t>(panel)); }
     /// Readings that are neither a number nor one of the texts for no value: noise.

@@ -1,5 +1,7 @@
 #include "document/journals.h"
 
+#include "resources/strings.h"
+
 #include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
@@ -17,6 +19,9 @@ Q_LOGGING_CATEGORY(lcDocument, "px40.document")
 
 /// How many rows of a set are written at a time, so that what SQLite keeps beside the file stays small.
 constexpr int RowsAtATime = 20000;
+
+/// A disk that takes longer does not protect anything.
+constexpr std::chrono::seconds LongestSilence(5);
 
 std::unique_ptr<JournalFile> Written(const QString &path, JournalWhole *whole, const char *vfs)
 {
@@ -93,15 +98,18 @@ Journals::~Journals()
     thread_.join();
 }
 
-void Journals::Post(const std::shared_ptr<Slot> &slot, Order order)
+bool Journals::Post(const std::shared_ptr<Slot> &slot, Order order)
 {
+    bool answers = true;
     {
         const std::lock_guard lock(mutex_);
+        answers = !working_ || std::chrono::steady_clock::now() - workingSince_ < LongestSilence;
         orders_.emplace_back(slot, std::move(order));
         if (!thread_.joinable())
             thread_ = std::thread(&Journals::Work, this);
     }
     changed_.notify_all();
+    return answers;
 }
 
 bool Journals::WaitForDisk(int milliseconds)
@@ -124,6 +132,7 @@ void Journals::Work()
                 return;
             orders.swap(orders_);
             working_ = true;
+            workingSince_ = std::chrono::steady_clock::now();
         }
         Carry(&orders);
     }
@@ -213,10 +222,12 @@ void Journal::Begin()
 
 void Journal::Add()
 {
-    if (begun_)
-        keeper_->Post(slot_, std::string(rows_->Raw(rows_->Count() - 1)));
-    else
+    if (!begun_)
         Begin();
+    else if (keeper_->Post(slot_, std::string(rows_->Raw(rows_->Count() - 1))))
+        Protect(failure_);
+    else
+        Protect(Text(Str::DiskSilent));
 }
 
 void Journal::Describe()
@@ -239,8 +250,14 @@ void Journal::OnWritten(bool written, const QString &reason)
         again_.SetEnabled(true);
         pauseMs_ = std::min(2 * pauseMs_, LongestPauseMs);
     }
-    reason_ = reason;
-    if (std::exchange(protects_, written) != written)
+    failure_ = reason;
+    Protect(failure_);
+}
+
+void Journal::Protect(const QString &trouble)
+{
+    const QString before = std::exchange(reason_, trouble);
+    if (before.isEmpty() != trouble.isEmpty())
         Q_EMIT protectsChanged();
 }
 

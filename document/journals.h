@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -74,7 +75,8 @@ class Journals : public QObject
     using Order = std::variant<JournalWhole, std::string, Describe, Remove, Leave>;
     using Orders = std::vector<std::pair<std::shared_ptr<Slot>, Order>>;
 
-    void Post(const std::shared_ptr<Slot> &slot, Order order);
+    /// True when the disk answers: what was handed over last time is not under way for too long.
+    bool Post(const std::shared_ptr<Slot> &slot, Order order);
     void Work();
     void Carry(Orders *orders);
     void Report(const std::shared_ptr<Slot> &slot, bool written, const QString &reason);
@@ -86,6 +88,7 @@ class Journals : public QObject
     std::condition_variable changed_;
     Orders orders_;
     bool working_ = false;
+    std::chrono::steady_clock::time_point workingSince_;
     bool ending_ = false;
     std::thread thread_; ///< from the first order on
 };
@@ -122,8 +125,8 @@ class Journal : public QObject
 
     /// False: the rows are not on the disk, and would be lost with the program. They are written again from
     /// time to time, until that succeeds.
-    bool Protects() const { return protects_; }
-    /// Why it does not protect.
+    bool Protects() const { return reason_.isEmpty(); }
+    /// Why it does not; empty when it does.
     const QString &Reason() const { return reason_; }
 
   Q_SIGNALS:
@@ -136,6 +139,7 @@ class Journal : public QObject
 
     void Begin();
     void OnWritten(bool written, const QString &reason);
+    void Protect(const QString &trouble);
 
     QPointer<Journals> keeper_; ///< gone only when the program is about to be
     std::function<JournalAbout()> about_;
@@ -143,9 +147,9 @@ class Journal : public QObject
     std::shared_ptr<Journals::Slot> slot_;
     Timer again_{0, false, this}; ///< until it is tried again
     int pauseMs_ = FirstPauseMs;
+    QString failure_; ///< why the newest file could not be written; empty: it could
     QString reason_;
     bool begun_ = false;
-    bool protects_ = true;
 };
 
 } // namespace px40

@@ -369,4 +369,6 @@ PX40_TEXT(RowsWait, 1190, u"%1 The rows wait in memory until they can be written
 PX40_TEXT(RowsNotTaken, 1191, u"Nobody takes the rows.")
 PX40_TEXT(RowsLost, 1192, u"Rows could not be written: %1 Their journal could not be written either; they are lost.")
 PX40_TEXT(FileGone, 1193, u"The file has gone.")
+PX40_TEXT(DiskSilent, 1185, u"the disk does not answer")
+PX40_TEXT(NotProtectedWhy, 1186, u"The rows of %1 are not on the disk (%2). The run goes on; they are written as soon as possible.")
 // clang-format on

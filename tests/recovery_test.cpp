@@ -170,6 +170,7 @@ class RecoveryTest : public QObject
         const QString notProtected = Text(Str::NotProtected);
         QTRY_VERIFY(program.window->windowTitle().contains(notProtected));
         QVERIFY(program.DataWindows().constFirst()->windowTitle().contains(notProtected));
+        QVERIFY(program.Message().startsWith(u"The rows of 1New are not on the disk (unable to open"));
         QVERIFY(QFile::remove(program.Unsaved()));
         QTRY_VERIFY(set->Protected());
         QVERIFY(!program.window->windowTitle().contains(notProtected));
