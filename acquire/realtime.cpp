@@ -47,7 +47,7 @@ QCoro::Task<void> Realtime::Begin(bool forward)
     progress_ = {};
     barRows_ = -1;
     port_ = 0;
-    device_.clear();
+    device_.reset();
     ShowBar();
     data_->SetRunning(true);
     link_.state.RealtimeRun = true;

@@ -4,6 +4,7 @@
 #include "acquire/secondcounter.h"
 #include "acquire/status.h"
 #include "link/linkuse.h"
+#include "platform/portmap.h"
 #include "platform/result.h"
 #include "platform/tell.h"
 
@@ -98,8 +99,8 @@ class Realtime : public QObject
     RunProgress progress_;
     qint64 replySecond_ = 0; ///< in which the last reply came, since the beginning of 1970, UTC
     qint32 ElapsedSeconds_ = 0;
-    int port_ = 0;   ///< the port number that the run used last; 0: none yet
-    QString device_; ///< and its device
+    int port_ = 0;                       ///< the port number that the run used last; 0: none yet
+    std::optional<PortIdentity> device_; ///< and its device
     int barRows_ = 0;
     bool ForwardOff_ = true;
     bool endingNow_ = false;

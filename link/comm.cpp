@@ -1,7 +1,6 @@
 #include "link/comm.h"
 
 #include "link/linkstate.h"
-#include "platform/portmap.h"
 #include "resources/strings.h"
 
 #include <QLoggingCategory>
@@ -62,12 +61,14 @@ bool Comm::IsLost() const
     return !lostDevice_.isEmpty() && lostDevice_ == ports_->Device(portNumber_);
 }
 
-Result<> Comm::OpenPort(const QString &onlyDevice)
+Result<> Comm::OpenPort(const std::optional<PortIdentity> &onlyDevice)
 {
     if (shut_)
         return Fail({}, FailureCode::Cancelled);
     ClosePort();
-    const QString device = onlyDevice.isEmpty() ? ports_->Device(portNumber_) : onlyDevice;
+    const QString device = onlyDevice ? ports_->Find(*onlyDevice) : ports_->Device(portNumber_);
+    if (onlyDevice && device.isEmpty())
+        return Fail(Text(Str::PortNotPlugged).arg(QString::number(portNumber_), onlyDevice->path));
     const QString error = device.isEmpty()
                               ? Text(Str::PortNotAssigned).arg(portNumber_)
                               : OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
@@ -77,7 +78,7 @@ Result<> Comm::OpenPort(const QString &onlyDevice)
     }
     qCInfo(lcLink).noquote() << "port" << portNumber_ << "is open:" << device;
     ports_->KeepAsKnown(portNumber_);
-    openedDevice_ = PortMap::SureName(device);
+    openedDevice_ = onlyDevice ? onlyDevice : ports_->Identify(device);
     lostDevice_.clear();
     Q_EMIT portChanged();
     return {};

@@ -4,6 +4,7 @@
 #include "link/linebuffer.h"
 #include "link/pendingreplies.h"
 #include "platform/oneshot.h"
+#include "platform/portmap.h"
 #include "platform/result.h"
 #include "platform/serialport.h"
 #include "platform/timer.h"
@@ -19,7 +20,6 @@
 
 namespace px40 {
 
-class PortMap;
 struct LinkState;
 
 /// The one command channel to the instrument: a command goes out, its one-line reply comes back. Exchanges
@@ -40,11 +40,11 @@ class Comm : public QObject
     int PortNumber() const { return portNumber_; }
 
     /// Opens the configured port, after closing the one that is open. `onlyDevice`: that device instead,
-    /// whatever the port stands for now.
-    Result<> OpenPort(const QString &onlyDevice = {});
+    /// whatever the port stands for now, and wherever it is.
+    Result<> OpenPort(const std::optional<PortIdentity> &onlyDevice = {});
 
-    /// The device that was opened last, by a name under which no other one comes.
-    const QString &OpenedDevice() const { return openedDevice_; }
+    /// The device that was opened last.
+    const std::optional<PortIdentity> &OpenedDevice() const { return openedDevice_; }
 
     bool IsOpen() const { return port_.IsOpen(); }
 
@@ -116,7 +116,7 @@ class Comm : public QObject
     bool timedOut_ = false;        ///< the present attempt has timed out
     int portNumber_ = 1;
     int connection_ = 0; ///< counts connections; an exchange belongs to one of them
-    QString openedDevice_;
+    std::optional<PortIdentity> openedDevice_;
     QString lostDevice_; ///< the device whose loss closed the port; empty: none
 
     bool exchanging_ = false;

@@ -18,11 +18,34 @@ QString StoreKey(int number)
 }
 
 const QString SystemLinks = QStringLiteral("/dev/serial");
+const QString ById = QStringLiteral("/by-id");
+const QString ByPath = QStringLiteral("/by-path");
 
 /// Where the device is kept that was last opened under that number.
 QString KnownKey(int number)
 {
     return QStringLiteral("PortKnown%1").arg(number);
+}
+
+QFileInfoList LinksIn(const QString &folder)
+{
+    return QDir(folder).entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot);
+}
+
+/// The link to that device in that folder; empty when there is none.
+QString LinkTo(const QString &device, const QString &folder)
+{
+    const QFileInfoList links = LinksIn(folder);
+    for (const QFileInfo &link : links) {
+        if (!device.isEmpty() && link.canonicalFilePath() == device)
+            return link.filePath();
+    }
+    return {};
+}
+
+QString SerialNumber(const QString &device)
+{
+    return QSerialPortInfo(QFileInfo(device).fileName()).serialNumber();
 }
 
 } // namespace
@@ -87,27 +110,40 @@ QList<PortDevice> PortMap::LiveDevices()
 
 QString PortMap::LastingName(const QString &path)
 {
-    return SureName(path, true, SystemLinks);
+    const QString name = LinkTo(QFileInfo(path).canonicalFilePath(), SystemLinks + ById);
+    return name.isEmpty() ? path : name;
 }
 
-QString PortMap::SureName(const QString &path)
+PortIdentity PortMap::Identify(const QString &path) const
 {
-    const QSerialPortInfo info(QFileInfo(QFileInfo(path).canonicalFilePath()).fileName());
-    return SureName(path, !info.serialNumber().isEmpty(), SystemLinks);
-}
-
-QString PortMap::SureName(const QString &path, bool hasSerialNumber, const QString &links)
-{
+    const auto serialNumber = system_.serialNumber ? system_.serialNumber : &SerialNumber;
+    const QString byId = system_.links + ById;
     const QString device = QFileInfo(path).canonicalFilePath();
-    if (device.isEmpty())
-        return path;
-    const QDir folder(links + (hasSerialNumber ? QStringLiteral("/by-id") : QStringLiteral("/by-path")));
-    const QFileInfoList names = folder.entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot);
-    for (const QFileInfo &link : names) {
-        if (link.canonicalFilePath() == device)
-            return link.filePath();
+    PortIdentity identity = {path, LinkTo(device, byId), LinkTo(device, system_.links + ByPath), false};
+    const QString number = identity.name.isEmpty() ? QString() : serialNumber(device);
+    identity.own = !number.isEmpty();
+    // Cheap adapters all have the same number. Of those that are plugged in, one has the name.
+    const QFileInfoList others = LinksIn(system_.links + ByPath);
+    for (const QFileInfo &other : others) {
+        const QString target = other.canonicalFilePath();
+        if (identity.own && LinkTo(target, byId).isEmpty() && serialNumber(target) == number)
+            identity.own = false;
     }
-    return path;
+    return identity;
+}
+
+QString PortMap::Find(const PortIdentity &identity) const
+{
+    const bool nameIsThere = QFileInfo::exists(identity.name);
+    if (identity.place.isEmpty() && identity.name.isEmpty())
+        return identity.path;
+    if (identity.own || identity.place.isEmpty())
+        return nameIsThere ? identity.name : QString();
+    const QString device = QFileInfo(identity.place).canonicalFilePath();
+    const QString name = LinkTo(device, system_.links + ById);
+    // Without a name it is the same only if one of its kind has taken that meanwhile.
+    const bool same = name == identity.name || identity.name.isEmpty() || (name.isEmpty() && nameIsThere);
+    return !device.isEmpty() && same ? identity.place : QString();
 }
 
 } // namespace px40

@@ -17,6 +17,15 @@ struct PortDevice
     QString serialNumber; ///< may be empty
 };
 
+/// By what a device is known again, also under another number, and told from one of the same kind.
+struct PortIdentity
+{
+    QString path;     ///< under which it was opened: all there is of a device without other names
+    QString name;     ///< the lasting one, which those of the same kind share; empty when another one has it
+    QString place;    ///< the name of the socket it was plugged into; may be empty
+    bool own = false; ///< the lasting name holds a serial number that no other one had
+};
+
 /// Which device is assigned to a port number, 1 to 16.
 ///
 /// On Windows number N is COMN. Elsewhere a number is a slot to which the user assigns a device; the
@@ -57,14 +66,22 @@ class PortMap
     /// The lasting name of a device (below /dev/serial/by-id), or `path` itself when it has none.
     static QString LastingName(const QString &path);
 
-    /// A name under which no other device comes, not even one of the same kind: the lasting one of a device
-    /// with a serial number, else that of the place where it is plugged in; `path` itself when it has none.
-    static QString SureName(const QString &path);
-    /// The same. `links`: the folder in which the system has the names, by-id and by-path.
-    static QString SureName(const QString &path, bool hasSerialNumber, const QString &links);
+    /// By what the device at `path` can be told from all others.
+    PortIdentity Identify(const QString &path) const;
+    /// A path of that device, under whichever number it is there now; empty when it is not.
+    QString Find(const PortIdentity &identity) const;
+
+    /// Where the system says what its devices are.
+    struct System
+    {
+        QString links = QStringLiteral("/dev/serial"); ///< the folder with their names, by-id and by-path
+        QString (*serialNumber)(const QString &device) = nullptr; ///< null: as the system has it
+    };
+    void SetSystem(const System &system) { system_ = system; }
 
   private:
     UserStore *store_;
+    System system_;
     QMap<int, QString> fixed_;
     QMap<int, QString> temporary_; ///< assigned while nothing is kept
     QSet<QString> known_;          ///< in this run

@@ -255,28 +255,51 @@ class AppTest : public QObject
         QVERIFY(!later.IsKnown(4));
     }
 
-    void NoOtherDeviceHasTheSureName()
+    /// What is plugged in when a port is opened and when it is opened again, each device with its number,
+    /// serial number, lasting name and place; and which name is opened then.
+    void ReopensTheSameDevice_data()
     {
+        AddRows<std::tuple<QStringList, QStringList, QString>>({
+            {"elsewhere", {{u"ttyUSB0,A1,kind-A1,1"_qs}, {u"ttyUSB1,A1,kind-A1,2"_qs}, u"by-id/kind-A1"_qs}},
+            {"another has its number", {{u"ttyUSB0,A1,kind-A1,1"_qs}, {u"ttyUSB0,B2,kind-B2,1"_qs}, {}}},
+            {"no serial number", {{u"ttyUSB0,,kind,1"_qs}, {u"ttyUSB1,,kind,1"_qs}, u"by-path/1"_qs}},
+            {"one of its kind", {{u"ttyUSB0,,kind,1"_qs}, {u"ttyUSB0,,kind,2"_qs}, {}}},
+            {"one of another kind", {{u"ttyUSB0,,kind,1"_qs}, {u"ttyUSB0,,other,1"_qs}, {}}},
+            {"one of its kind has its name",
+             {{u"ttyUSB0,,kind,1"_qs}, {u"ttyUSB0,,kind,2"_qs, u"ttyUSB1,,,1"_qs}, u"by-path/1"_qs}},
+            {"one serial number for all",
+             {{u"ttyUSB0,A,kind-A,1"_qs, u"ttyUSB1,A,,2"_qs}, {u"ttyUSB0,A,kind-A,2"_qs}, {}}},
+            {"no other name", {{u"ttyUSB0,,,"_qs}, {u"ttyUSB0,,,"_qs}, u"ttyUSB0"_qs}},
+        });
+    }
+
+    void ReopensTheSameDevice()
+    {
+        const auto [before, after, found] = ThisRow<std::tuple<QStringList, QStringList, QString>>();
         const QTemporaryDir folder;
-        const auto path = [&folder](const QString &name) { return folder.filePath(name); };
-        for (const QString &name : {u"by-id"_qs, u"by-path"_qs})
-            QVERIFY(QDir().mkdir(path(name)));
-        // Two adapters; both have a name of their place, and the first one's number is in its lasting name.
-        for (const QString &device : {u"ttyUSB0"_qs, u"ttyUSB1"_qs, u"ttyS0"_qs})
-            QVERIFY(Put(path(device), "device"));
-        QVERIFY(QFile::link(path(u"ttyUSB0"_qs), path(u"by-id/usb-adapter_A5028"_qs)) &&
-                QFile::link(path(u"ttyUSB1"_qs), path(u"by-id/usb-adapter"_qs)) &&
-                QFile::link(path(u"ttyUSB0"_qs), path(u"by-path/place-1"_qs)) &&
-                QFile::link(path(u"ttyUSB1"_qs), path(u"by-path/place-2"_qs)));
-        const std::tuple<QString, bool, QString> rows[] = {
-            {u"ttyUSB0"_qs, true, u"by-id/usb-adapter_A5028"_qs},
-            {u"by-path/place-1"_qs, true, u"by-id/usb-adapter_A5028"_qs},
-            {u"by-id/usb-adapter"_qs, false, u"by-path/place-2"_qs},
-            {u"ttyS0"_qs, false, u"ttyS0"_qs}, // it has no other name
-            {u"ttyUSB7"_qs, true, u"ttyUSB7"_qs},
+        const auto plug = [&folder](const QStringList &devices) {
+            for (const QString &name : {u"by-id"_qs, u"by-path"_qs}) {
+                QDir(folder.filePath(name)).removeRecursively();
+                Require(QDir(folder.path()).mkdir(name), name);
+            }
+            for (const QString &device : devices) {
+                const QStringList words = device.split(u',');
+                const QString node = folder.filePath(words.at(0));
+                Require(Put(node, words.at(1).toLatin1()), node);
+                for (const auto &[kind, name] : {std::pair{u"by-id/"_qs, 2}, std::pair{u"by-path/"_qs, 3}})
+                    Require(words.at(name).isEmpty() ||
+                                QFile::link(node, folder.filePath(kind + words.at(name))),
+                            device);
+            }
         };
-        for (const auto &[device, serial, name] : rows)
-            QCOMPARE(PortMap::SureName(path(device), serial, folder.path()), path(name));
+        UserStore store = UserStore::InFile(folder.filePath(u"user.ini"_qs));
+        PortMap ports(store);
+        ports.SetSystem(
+            {folder.path(), [](const QString &device) { return QString::fromLatin1(Contents(device)); }});
+        plug(before);
+        const PortIdentity identity = ports.Identify(folder.filePath(u"ttyUSB0"_qs));
+        plug(after);
+        QCOMPARE(ports.Find(identity), found.isEmpty() ? found : folder.filePath(found));
     }
 
     void CommandLines()
