@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace px40 {
 
@@ -21,21 +22,20 @@ qint64 SecondOf(qint64 utcMs)
 void SecondCounter::Begin(const Clock &clock)
 {
     clock_ = &clock;
-    second_ = SecondOf(clock.UtcMs());
+    utcMs_ = clock.UtcMs();
     monotonicMs_ = clock.MonotonicMs();
 }
 
 qint32 SecondCounter::Count()
 {
-    const qint64 second = SecondOf(clock_->UtcMs());
+    const qint64 utcMs = clock_->UtcMs();
     const qint64 monotonicMs = clock_->MonotonicMs();
-    const qint64 passedMs = monotonicMs - monotonicMs_;
-    // Wherever the boundaries lie, at most one more second has begun than whole ones have passed.
-    const qint64 atMost = (passedMs + DriftMs) / 1000 + 1;
-    const qint64 begun = std::clamp<qint64>(second - second_, 0, atMost);
-    second_ = second;
+    const qint64 unsetMs = utcMs_ + (monotonicMs - monotonicMs_);
+    const bool set = std::abs(utcMs - unsetMs) > DriftMs;
+    const qint64 begun = SecondOf(set ? unsetMs : utcMs) - SecondOf(utcMs_);
+    utcMs_ = utcMs;
     monotonicMs_ = monotonicMs;
-    return static_cast<qint32>(begun);
+    return static_cast<qint32>(std::max<qint64>(begun, 0));
 }
 
 } // namespace px40

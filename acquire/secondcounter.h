@@ -12,8 +12,7 @@ qint64 SecondOf(qint64 utcMs);
 /// Counts the seconds of the day that have begun since the last call.
 ///
 /// A second begins where the computer's clock says so, in UTC, so that midnight and summer time make no
-/// difference. A clock that is set back counts nothing, and one that is set forward counts no second that did
-/// not pass.
+/// difference. When the clock is set, as many are counted as without that.
 class SecondCounter
 {
   public:
@@ -24,11 +23,11 @@ class SecondCounter
     qint32 Count();
 
     /// The second in which the last call was made, counted from the beginning of 1970, UTC.
-    qint64 Second() const { return second_; }
+    qint64 Second() const { return SecondOf(utcMs_); }
 
   private:
     const Clock *clock_ = nullptr;
-    qint64 second_ = 0;
+    qint64 utcMs_ = 0;
     qint64 monotonicMs_ = 0;
 };
 

@@ -6,6 +6,10 @@ using namespace px40;
 namespace {
 
 constexpr int OneHour = 3600 * 1000;
+constexpr int OneDay = 24 * OneHour;
+const char *const Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr qint64 ToSummer = 1'901'149'197'000; // three seconds before the clocks are changed in 2030
+constexpr qint64 ToWinter = 1'919'293'197'000;
 
 QStringList Times(const DataSet &dataSet)
 {
@@ -30,7 +34,8 @@ struct FullSet : DataSet
     Result<> AddGridrow() override { return Fail(u"No room."_qs); }
 };
 
-using Period = std::tuple<int, int, QList<int>>; // interval, period, the rows' seconds
+using Setting = std::tuple<const char *, qint64, int, int, QString>; // zone, start, jump, interval, rows
+using Period = std::tuple<int, int, QList<int>>;                     // interval, period, the rows' seconds
 
 } // namespace
 
@@ -300,8 +305,8 @@ class RealtimeTest : public QObject
         // thousands of milliseconds; clocks that drift apart; one set back, and set forward; a sleep.
         constexpr std::tuple<int, int, int> cases[] = {
             {600, 600, 0},     {100, 100, 1},       {999, 999, 0},
-            {3001, 2995, 4},   {-OneHour, 1000, 0}, {1000, 1000, 1},
-            {OneHour, 100, 1}, {1000, 1000, 1},     {OneHour, OneHour, 3600},
+            {3001, 2995, 4},   {-OneHour, 1000, 1}, {1000, 1000, 1},
+            {OneHour, 100, 0}, {1000, 1000, 1},     {OneHour, OneHour, 3600},
         };
         HeldClock clock;
         SecondCounter counter;
@@ -317,9 +322,55 @@ class RealtimeTest : public QObject
         QCOMPARE(counter.Count(), 2); // before 1970, too
     }
 
+    void RowsWhenTheClockIsSet_data()
+    {
+        AddRows<Setting>({
+            {"an hour forward", {"UTC", 0, OneHour, 1, u"+00:00:01 +00:00:02 +01:00:03 +01:00:04"_qs}},
+            {"an hour back", {"UTC", 0, -OneHour, 1, u"+00:00:01 +00:00:02 +23:00:03 +23:00:04"_qs}},
+            {"a day forward", {"UTC", 0, OneDay, 1, u"+00:00:01 +00:00:02 +00:00:03 +00:00:04"_qs}},
+            {"a day back", {"UTC", 0, -OneDay, 1, u"+00:00:01 +00:00:02 +00:00:03 +00:00:04"_qs}},
+            {"summer time", {Berlin, ToSummer, 0, 1, u"+01:59:58 +01:59:59 +03:00:00 +03:00:01"_qs}},
+            {"winter time", {Berlin, ToWinter, 0, 1, u"+02:59:58 +02:59:59 +02:00:00 +02:00:01"_qs}},
+            {"asleep", {"UTC", 0, OneHour, 1200, u"+00:00:01 E00:20:01 E00:40:01 E01:00:01"_qs}},
+            {"asleep into summer time",
+             {Berlin, ToSummer, OneHour, 1200, u"+01:59:58 E03:19:58 E03:39:58 E03:59:58"_qs}},
+        });
+    }
+
+    void RowsWhenTheClockIsSet()
+    {
+        const auto [zone, startMs, jumpMs, interval, rows] = ThisRow<Setting>();
+        qputenv("TZ", zone);
+        const auto back = qScopeGuard([this] { initTestCase(); });
+        LiveRig rig;
+        rig.clock.utcMs = startMs;
+        const auto dataSet = rig.NewSet(1);
+        dataSet->SetInterval(
+            {u"0"_qs, u"0"_qs, QString::number(interval / 60), QString::number(interval % 60)});
+        QVERIFY(rig.Start(dataSet));
+        QVERIFY(rig.PassSeconds(2));
+        rig.clock.utcMs += jumpMs;
+        if (interval > 1) // the computer sleeps: the other clock goes on as well
+            rig.clock.monotonicMs += jumpMs;
+        QVERIFY(rig.PassSeconds(2));
+        const QStringList times = Times(*dataSet);
+        const QString kinds = Kinds(*dataSet);
+        QStringList shown;
+        for (int row = 0; row < times.size(); ++row)
+            shown << kinds.at(row) + times.at(row);
+        QCOMPARE(shown.join(u' '), rows);
+        QVERIFY(rig.tmRealtime.Enabled());
+    }
+
     void UnpluggedRunGoesOn()
     {
         LiveRig rig;
+        // The user has named the port by its number, which will be another one's.
+        QVERIFY(QDir(rig.folder.path()).mkdir(u"by-id"_qs));
+        QVERIFY(QFile::link(rig.Device(), rig.folder.filePath(u"by-id/adapter_1"_qs)));
+        rig.ports.SetSystem({rig.folder.path(), [](const QString &) { return u"1"_qs; }});
+        rig.ports.Fix(PortMap::First, QFileInfo(rig.Device()).canonicalFilePath());
+        rig.Open();
         const auto dataSet = rig.NewSet(1);
         QVERIFY(rig.Start(dataSet));
         QVERIFY(rig.PassSeconds(2));
