@@ -8,6 +8,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
+#include <QThread>
 #endif
 
 namespace px40 {
@@ -29,8 +30,23 @@ Awake::Awake(const QDBusConnection *bus)
 void Awake::Hold(const QString &purpose)
 {
     Release();
-    if (!inhibitor_->bus.isConnected())
+    if (inhibitor_->bus.isConnected()) {
+        Ask(purpose);
+        return;
+    }
+    // Whoever opens the system's bus waits for it, which may be for ever.
+    QThread *const opening = QThread::create([] { static_cast<void>(QDBusConnection::systemBus()); });
+    connect(opening, &QThread::finished, this, [this, purpose, question = asked_] {
         inhibitor_->bus = QDBusConnection::systemBus();
+        if (question == asked_)
+            Ask(purpose);
+    });
+    connect(opening, &QThread::finished, opening, &QObject::deleteLater);
+    opening->start();
+}
+
+void Awake::Ask(const QString &purpose)
+{
     QDBusMessage inhibit = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
         QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
@@ -75,6 +91,8 @@ struct Awake::Inhibitor
 Awake::Awake(const QDBusConnection *) {}
 
 void Awake::Hold(const QString &) {}
+
+void Awake::Ask(const QString &) {}
 
 void Awake::Release()
 {

@@ -34,6 +34,8 @@ class Awake : public QObject
     void refused(const QString &reason);
 
   private:
+    void Ask(const QString &purpose);
+
     struct Inhibitor;
     std::unique_ptr<Inhibitor> inhibitor_;
     int asked_ = 0; ///< the number of the last question; an answer to an older one comes too late
