@@ -10,6 +10,7 @@
 #include "resources/strings.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QRegularExpression>
@@ -33,6 +34,21 @@ QString DataFilter()
 QString Lines(const QStringList &lines)
 {
     return lines.join(QStringLiteral("\r\n"));
+}
+
+/// Whether the file to which a data set was saved still holds just those rows: another one may have its name.
+bool IsFileOf(const JournalContents &contents)
+{
+    QFile file(contents.about.fileName);
+    const Result<DataFile> held = file.open(QIODevice::ReadOnly) ? ReadDataFile(file) : Fail(QString());
+    const RowStore &rows = contents.data.rows;
+    if (!held || held->rows.Count() != contents.about.savedRows || held->rows.Count() > rows.Count())
+        return false;
+    for (qsizetype row = 0; row < held->rows.Count(); ++row) {
+        if (held->rows.Raw(row) != rows.Raw(row))
+            return false;
+    }
+    return held->rows.Count() > 0;
 }
 
 } // namespace
@@ -205,6 +221,8 @@ QCoro::Task<void> FileCommands::Recover()
     const auto left = std::make_shared<LeftSets>();
     const OneShot<bool> read = RunInThread([left, folder] { *left = TakeLeftJournals(folder); });
     co_await read;
+    if (services_->leaving)
+        co_return;
     QStringList sets;
     for (LeftSet &one : left->sets)
         sets << Show(std::move(one));
@@ -227,7 +245,7 @@ QString FileCommands::Show(LeftSet &&left)
     const QRegularExpressionMatch number = newName.match(about.caption);
     if (number.hasMatch()) // the next new one has another name
         shared.NewCount = std::max(shared.NewCount, number.captured(1).toInt());
-    const bool keepsFile = !about.fileName.isEmpty() && !HolderOf(about.fileName);
+    const bool keepsFile = !about.fileName.isEmpty() && !HolderOf(about.fileName) && IsFileOf(left.contents);
     const QScopedValueRollback<bool> heading(shared.MemoryNumbers, about.memoryNumbers);
     const auto dataSet = std::make_shared<DataSet>(shared);
     dataSet->Recover(std::move(left.contents), std::move(left.journal), keepsFile);

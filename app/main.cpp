@@ -23,10 +23,6 @@
 #include <cstdlib>
 #include <utility>
 
-namespace {
-constexpr int LongestWaitMs = 250; // for the disk, when the system ends the program
-} // namespace
-
 int main(int argc, char *argv[])
 {
     using namespace px40;
@@ -84,15 +80,17 @@ int main(int argc, char *argv[])
     const EndSignals signals;
     QObject::connect(&signals, &EndSignals::asked, &commands, &MainCommands::LeaveNow);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &commands, &MainCommands::LeaveNow);
-    const auto end = [&services] {
-        services.journals.WaitForDisk(LongestWaitMs);
-        std::_Exit(ExitDone);
+    const auto awaitDisk = [&services, &commands] {
+        return services.journals.WaitForDisk(commands.MsToLeave());
     };
-    QObject::connect(&commands, &MainCommands::overdue, end);
+    QObject::connect(&commands, &MainCommands::overdue, &commands, [&awaitDisk] {
+        awaitDisk();
+        std::_Exit(ExitDone);
+    });
 
     services.jobs.Launch(RunStartup(&services, &window, line.splash, line.files), "start-up");
     const int code = QApplication::exec();
-    if (commands.IsLeavingNow() && !services.journals.WaitForDisk(LongestWaitMs))
-        end();
+    if (!awaitDisk())
+        std::_Exit(code); // it hangs
     return code;
 }

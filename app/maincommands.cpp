@@ -13,14 +13,18 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 namespace px40 {
 
 namespace {
 
-/// What the system lets a program have that is to end is a few seconds at most.
-constexpr int LongestWayOutMs = 700;
+// Within a second the program goes when the system wants that: as long as that for what is under way, and the
+// rest for the disk. At other times the disk has longer, but not for ever.
+constexpr int LongestWayOutMs = 500;
+constexpr int LongestEndMs = 950;
+constexpr int LongestQuitMs = 10000;
 
 QString ReceivedText(StoredData::Mode mode, bool complete, int records, const DataSet &dataSet)
 {
@@ -287,17 +291,15 @@ void MainCommands::Leave()
 QCoro::Task<void> MainCommands::AskAndLeave()
 {
     const QScopedValueRollback<bool> asking(leaving_, true);
-    const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
-    bool mayGo = true;
-    for (int i = 0; mayGo && i < sets.size(); ++i) {
-        const std::shared_ptr<DataSet> dataSet = sets.at(i);
-        if (views_->DataSets().contains(dataSet))
-            mayGo = co_await files_.ConfirmClose(dataSet);
+    // A set may come while a question is open: it is asked about as well.
+    QList<std::shared_ptr<DataSet>> answered;
+    while (const std::shared_ptr<DataSet> dataSet = NextUnsaved(answered)) {
+        const bool mayGo = co_await files_.ConfirmClose(dataSet);
+        // If the link was taken while the question was open, the user has to try again.
+        if (!mayGo || services_->leaving || !MayClose(services_->state))
+            co_return;
+        answered << dataSet;
     }
-    // If the link was taken while the questions were open, the user has to try again.
-    if (!mayGo || services_->leaving || !MayClose(services_->state))
-        co_return;
-    const QList<std::shared_ptr<DataSet>> answered = views_->DataSets();
     for (const std::shared_ptr<DataSet> &dataSet : answered)
         dataSet->MarkSaved(); // it is, or nobody wants it
     Go();
@@ -305,8 +307,9 @@ QCoro::Task<void> MainCommands::AskAndLeave()
 
 void MainCommands::LeaveNow()
 {
-    if (std::exchange(leavingNow_, true))
+    if (leavingNow_.isValid())
         return;
+    leavingNow_.start();
     QTimer::singleShot(LongestWayOutMs, this, [this] { Q_EMIT overdue(); });
     if (services_->leaving)
         return;
@@ -314,6 +317,22 @@ void MainCommands::LeaveNow()
     services_->state.CancelRequest = services_->state.DownloadCancel = true;
     realtime_.EndNow();
     Go();
+}
+
+/// The first unsaved data set that is not among these; null when there is none.
+std::shared_ptr<DataSet> MainCommands::NextUnsaved(const QList<std::shared_ptr<DataSet>> &answered) const
+{
+    const QList<std::shared_ptr<DataSet>> sets = views_->DataSets();
+    const auto next = std::find_if(sets.begin(), sets.end(), [&](const std::shared_ptr<DataSet> &set) {
+        return !set->Saved() && !answered.contains(set);
+    });
+    return next != sets.end() ? *next : nullptr;
+}
+
+int MainCommands::MsToLeave() const
+{
+    return leavingNow_.isValid() ? std::max(0, LongestEndMs - static_cast<int>(leavingNow_.elapsed()))
+                                 : LongestQuitMs;
 }
 
 /// The way out; no question is open any more.

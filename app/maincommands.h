@@ -8,6 +8,7 @@
 #include "platform/prompts.h"
 
 #include <QCoro/QCoroTask>
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <memory>
@@ -52,7 +53,8 @@ class MainCommands : public QObject
     /// The system wants the program to end: ends all work at once, and asks nothing. What is not saved comes
     /// back at the next start.
     void LeaveNow();
-    bool IsLeavingNow() const { return leavingNow_; }
+    /// How long the program may wait for the disk when it ends.
+    int MsToLeave() const;
 
   Q_SIGNALS:
     void rulesChanged();
@@ -70,6 +72,7 @@ class MainCommands : public QObject
     QCoro::Task<void> Start(std::shared_ptr<DataSet> dataSet);
     QCoro::Task<Answer> AskToStart();
     QCoro::Task<void> AskAndLeave();
+    std::shared_ptr<DataSet> NextUnsaved(const QList<std::shared_ptr<DataSet>> &answered) const;
     void Go();
 
     void ShowRun(const RunProgress &progress);
@@ -86,7 +89,7 @@ class MainCommands : public QObject
     bool forwardingActive_ = false;
     bool starting_ = false;
     bool leaving_ = false;
-    bool leavingNow_ = false;
+    QElapsedTimer leavingNow_; ///< since the system asked for it
 };
 
 } // namespace px40

@@ -48,7 +48,8 @@ QCoro::Task<void> RunStartup(Services *services, frmMain *window, bool splash, Q
         co_return;
 
     window->tmCheckStat.SetInterval(StatusCheckIntervalMs);
-    const Result<> opened = services->comm.OpenPort();
+    // The user may have opened it meanwhile.
+    const Result<> opened = services->comm.IsOpen() ? Result<>() : services->comm.OpenPort();
     if (!opened)
         co_await services->prompts.Warn(opened.error().text);
     if (!opened && !services->leaving) {

@@ -142,21 +142,22 @@ void ReadAbout(SQLite::Database &database, quint32 seed, JournalContents *conten
 template <typename Take>
 bool ReadRows(SQLite::Database &database, const char *query, quint32 seed, const Take &take)
 {
-    bool whole = true;
-    try {
-        SQLite::Statement select(database, query);
-        while (select.executeStep()) {
-            const qint64 number = select.getColumn(0).getInt64();
-            const std::string_view row = Blob(select.getColumn(1));
-            if (RowSum(seed, number, row) != select.getColumn(2).getInt())
-                whole = false;
-            else if (!take(number, row))
-                break;
-        }
-    } catch (const SQLite::Exception &) {
-        whole = false;
+    // SQLite itself: a million rows through objects for each column take twice as long.
+    sqlite3_stmt *prepared = nullptr;
+    bool whole = sqlite3_prepare_v2(database.getHandle(), query, -1, &prepared, nullptr) == SQLITE_OK;
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> select(prepared, sqlite3_finalize);
+    int code = SQLITE_DONE;
+    while (select && (code = sqlite3_step(select.get())) == SQLITE_ROW) {
+        const qint64 number = sqlite3_column_int64(select.get(), 0);
+        const auto *const bytes = static_cast<const char *>(sqlite3_column_blob(select.get(), 1));
+        const int size = bytes ? sqlite3_column_bytes(select.get(), 1) : 0;
+        const std::string_view row(bytes ? bytes : "", static_cast<std::size_t>(size));
+        if (RowSum(seed, number, row) != sqlite3_column_int(select.get(), 2))
+            whole = false;
+        else if (!take(number, row))
+            return whole;
     }
-    return whole;
+    return whole && code == SQLITE_DONE;
 }
 
 /// False, and nothing is appended, where it is no row.
@@ -165,8 +166,10 @@ bool Append(std::string_view row, DataFile *data)
     if (!data->rows.AppendRaw(row))
         return false;
     const std::string_view reading = data->rows.Utf8(data->rows.Count() - 1)[1];
+    const bool isAscii = std::all_of(reading.begin(), reading.end(), [](char c) { return (c & 0x80) == 0; });
     data->readings.Count(
-        ReadingOf(QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
+        isAscii ? ReadingOf(reading)
+                : ReadingOf(QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
     return true;
 }
 
@@ -365,11 +368,19 @@ void JournalFile::Remove()
 {
     const bool removed = QFile::remove(path_);
     add_.reset();
+    if (!removed && QFile::exists(path_) && !writing_)
+        database_->tryExec("BEGIN IMMEDIATE; DROP TABLE about; DROP TABLE row; COMMIT");
     database_.reset();
-    if (!removed)
-        QFile::remove(path_);
-    for (const QString &beside : {u"-wal"_s, u"-journal"_s})
-        QFile::remove(path_ + beside);
+    RemoveUnheld(path_);
+}
+
+void JournalFile::RemoveUnheld(const QString &path)
+{
+    for (const QString &beside : {u""_s, u"-wal"_s, u"-journal"_s}) {
+        if (!beside.isEmpty() && QFile::exists(path))
+            return; // it belongs to it
+        QFile::remove(path + beside);
+    }
 }
 
 } // namespace px40

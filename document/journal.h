@@ -93,8 +93,10 @@ class JournalFile
     /// Returns when the disk has what was described and added.
     void Commit();
 
-    /// Removes the file.
+    /// Removes the file. Where the folder does not allow that the file is emptied.
     void Remove();
+    /// Removes one that nobody holds, and what SQLite has put beside it.
+    static void RemoveUnheld(const QString &path);
 
   private:
     JournalFile(const QString &path, int flags, const char *vfs);

@@ -6,9 +6,11 @@
 #include <QFile>
 #include <QLoggingCategory>
 #include <QMetaObject>
+#include <QStorageInfo>
 
 #include <algorithm>
 #include <chrono>
+#include <stdexcept>
 #include <utility>
 
 namespace px40 {
@@ -61,6 +63,12 @@ struct Journals::Slot
 void Journals::Slot::Begin(const Journals &keeper, JournalWhole *whole)
 {
     QDir().mkpath(keeper.folder_);
+    // An attempt that must fail would fill the disk, for others as well.
+    constexpr qint64 BytesOfRow = 64;
+    constexpr qint64 BytesBeside = 64 * 1024;
+    const QStorageInfo disk(keeper.folder_);
+    if (disk.isValid() && disk.bytesAvailable() < whole->rows.Count() * BytesOfRow + BytesBeside)
+        throw std::runtime_error("the disk is full");
     const QString path = JournalFile::PathOf(keeper.folder_, {id, ++generation});
     std::unique_ptr<JournalFile> written =
         Written(path, whole, keeper.vfs_.empty() ? nullptr : keeper.vfs_.c_str());
@@ -72,13 +80,13 @@ void Journals::Slot::Begin(const Journals &keeper, JournalWhole *whole)
 
 void Journals::Slot::Remove()
 {
+    for (const QString &path : std::exchange(paths, {})) { // the older ones first
+        if (!file || file->Path() != path)
+            JournalFile::RemoveUnheld(path);
+    }
     if (file)
         file->Remove();
     file.reset();
-    for (const QString &path : std::exchange(paths, {})) {
-        QFile::remove(path);
-        QFile::remove(path + QStringLiteral("-wal"));
-    }
 }
 
 Journals::Journals(QString folder, std::function<JournalOrigin()> origin, const char *vfs)
@@ -152,14 +160,23 @@ void Journals::Carry(Orders *orders)
             return false;
         }
     };
+    const auto commit = [&] {
+        for (const std::shared_ptr<Slot> &slot : std::exchange(changed, {})) {
+            if (slot->file && !slot->failed)
+                attempt(slot, [&] { slot->file->Commit(); });
+        }
+    };
     for (auto &[slot, order] : *orders) {
         if (auto *const whole = std::get_if<JournalWhole>(&order)) {
+            commit(); // it may take long
             if (attempt(slot, [&, &at = slot] { at->Begin(*this, whole); }))
                 Report(slot, true, {});
         } else if (std::holds_alternative<Remove>(order)) {
             slot->Remove();
         } else if (std::holds_alternative<Leave>(order)) {
-            continue; // the file is closed with the slot
+            if (std::find(changed.begin(), changed.end(), slot) != changed.end())
+                commit();
+            slot->file.reset();
         } else if (slot->file && !slot->failed) {
             if (std::find(changed.begin(), changed.end(), slot) == changed.end())
                 changed.push_back(slot);
@@ -171,10 +188,7 @@ void Journals::Carry(Orders *orders)
             });
         }
     }
-    for (const std::shared_ptr<Slot> &slot : changed) {
-        if (slot->file && !slot->failed)
-            attempt(slot, [&] { slot->file->Commit(); });
-    }
+    commit();
 }
 
 void Journals::Report(const std::shared_ptr<Slot> &slot, bool written, const QString &reason)
@@ -204,6 +218,8 @@ Journal::Journal(Journals &keeper, std::function<JournalAbout()> about, const Ro
     slot_->file = std::move(left.file);
     slot_->paths = left.paths;
     connect(&again_, &Timer::tick, this, &Journal::Begin);
+    if (!begun_ && left.name.generation > 0)
+        Begin(); // so that no other program takes the set
 }
 
 Journal::~Journal()

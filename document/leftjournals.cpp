@@ -9,10 +9,12 @@
 #include <QMap>
 #include <QSet>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 #include <tuple>
 #include <utility>
 
@@ -25,6 +27,57 @@ struct OneRead
     std::unique_ptr<JournalFile> file; ///< null: it cannot be written
     JournalContents contents;
 };
+
+quint32 BigEndian(const QByteArray &bytes, qsizetype at)
+{
+    return qFromBigEndian<quint32>(bytes.constData() + at);
+}
+
+/// Whether what SQLite keeps beside a journal has transactions behind the first frame that is not right.
+/// SQLite ends there, as it must after a loss of power, which may cut the last transaction; of the one before
+/// that the disk had everything. (The format is told in SQLite's own "WAL-mode File Format".)
+bool IsWalDamaged(const QString &path)
+{
+    constexpr qsizetype HeaderSize = 32;
+    constexpr qsizetype FrameHeaderSize = 24;
+    constexpr qsizetype PageSize = 4096;
+    constexpr quint32 MagicBigEndian = 0x377F0683;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = file.readAll();
+    if (bytes.size() < HeaderSize + FrameHeaderSize + PageSize)
+        return false;
+    const bool big = BigEndian(bytes, 0) == MagicBigEndian;
+    quint32 one = 0;
+    quint32 two = 0;
+    const auto add = [&](qsizetype at, qsizetype size) {
+        for (const qsizetype end = at + size; at < end; at += 8) {
+            const char *const words = bytes.constData() + at;
+            one += (big ? qFromBigEndian<quint32>(words) : qFromLittleEndian<quint32>(words)) + two;
+            two += (big ? qFromBigEndian<quint32>(words + 4) : qFromLittleEndian<quint32>(words + 4)) + one;
+        }
+    };
+    add(0, 24);
+    bool right = one == BigEndian(bytes, 24) && two == BigEndian(bytes, 28);
+    // The frames that belong together have two numbers in common with the header.
+    const QByteArray salts = right ? bytes.mid(16, 8) : bytes.mid(HeaderSize + 8, 8);
+    int lost = 0;
+    for (qsizetype at = HeaderSize; at + FrameHeaderSize + PageSize <= bytes.size();
+         at += FrameHeaderSize + PageSize) {
+        const bool ours = bytes.mid(at + 8, 8) == salts;
+        if (right && !ours)
+            break; // of an earlier time
+        if (right) {
+            add(at, 8);
+            add(at + FrameHeaderSize, PageSize);
+            right = one == BigEndian(bytes, at + 16) && two == BigEndian(bytes, at + 20);
+        }
+        const bool commits = BigEndian(bytes, at + 4) != 0;
+        lost += !right && ours && commits ? 1 : 0;
+    }
+    return lost > 1;
+}
 
 OneRead ReadInPlace(const QString &path)
 {
@@ -54,8 +107,12 @@ OneRead Read(const QString &path)
     OneRead read;
     try {
         read.file = JournalFile::Open(path);
+        const bool cut = IsWalDamaged(path + QStringLiteral("-wal")); // which SQLite takes for its end
         read.contents = read.file->Read();
-        if (read.contents.empty || read.file->CanWrite())
+        if (cut && read.contents.empty)
+            throw std::runtime_error("its -wal is damaged");
+        read.contents.damaged = read.contents.damaged || cut;
+        if (cut || read.contents.empty || read.file->CanWrite())
             return read;
     } catch (const JournalInUse &) {
         throw;
@@ -81,10 +138,20 @@ bool IsOld(const QString &path)
     return QFileInfo(path).lastModified().secsTo(QDateTime::currentDateTime()) > HourSeconds;
 }
 
-bool IsAllSaved(const OneRead &read)
+bool IsAllSaved(const LeftSet &set)
 {
-    const JournalContents &contents = read.contents;
-    return read.file && !contents.damaged && contents.data.rows.Count() <= contents.about.savedRows;
+    const JournalContents &contents = set.contents;
+    return set.journal.file && !contents.damaged && contents.data.rows.Count() <= contents.about.savedRows;
+}
+
+/// Ends what the program that has ended could not: the set is saved.
+void Forget(LeftSet *set)
+{
+    for (const QString &path : std::as_const(set->journal.paths)) {
+        if (path != set->journal.file->Path())
+            JournalFile::RemoveUnheld(path);
+    }
+    set->journal.file->Remove();
 }
 
 /// The better of two journals of a set is the one with more rows; both go when the set is saved.
@@ -129,13 +196,11 @@ LeftSets TakeLeftJournals(const QString &folder)
         const QString native = QDir::toNativeSeparators(path);
         try {
             OneRead read = Read(path);
-            if (read.contents.empty ? read.file && IsOld(path) : IsAllSaved(read)) {
-                if (read.file)
+            if (read.contents.empty) {
+                if (read.file && IsOld(path))
                     read.file->Remove();
                 continue;
             }
-            if (read.contents.empty)
-                continue;
             if (read.contents.damaged) {
                 left.complaints << Text(Str::JournalDamaged).arg(native);
                 read.file.reset();
@@ -152,6 +217,12 @@ LeftSets TakeLeftJournals(const QString &folder)
     }
     // A program that runs has given up one file of a set and holds the other.
     std::erase_if(left.sets, [&](const LeftSet &set) { return inUse.contains(set.journal.name.id); });
+    std::erase_if(left.sets, [](LeftSet &set) {
+        const bool saved = IsAllSaved(set);
+        if (saved)
+            Forget(&set);
+        return saved;
+    });
     std::sort(left.sets.begin(), left.sets.end(), [](const LeftSet &one, const LeftSet &other) {
         const JournalAbout &first = one.contents.about;
         const JournalAbout &second = other.contents.about;

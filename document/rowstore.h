@@ -85,6 +85,7 @@ class RowReader
     std::string_view NextRaw();
 
     bool AtEnd() const { return next_ == rows_.size(); }
+    qsizetype Count() const { return static_cast<qsizetype>(rows_.size()); }
 
   private:
     std::shared_ptr<const void> bytes_;

@@ -24,6 +24,7 @@ namespace px40 {
 namespace {
 
 constexpr int PatienceMs = 500; // with a reader, when the system ends the run
+constexpr int StepMs = 200;
 
 /// Where the rows of a run go as they come: a new data file, or the standard output.
 class RowFile
@@ -63,12 +64,14 @@ class RowFile
         return {};
     }
 
+    bool HasRowsLeft() const { return rows_ < dataSet_->GetDatacount(); }
+
     /// Returns when the disk has the complete file, or the reader of the standard output all rows. That one
     /// is waited for until then.
     Result<> Finish(QDeadlineTimer until)
     {
         Result<> done = WriteNewRows(until);
-        if (done && rows_ < dataSet_->GetDatacount())
+        if (done && HasRowsLeft())
             done = Fail(Text(Str::RowsNotTaken));
         if (target_->toOutput || !done)
             return done;
@@ -263,16 +266,18 @@ int RunLog(const CommandLine &line)
         file.Abandon();
         return EndFailed(ran.error());
     }
-    const bool waits = ran && !log.IsAsked(); // for the reader of the standard output
-    const Result<> done = file.Finish(waits ? QDeadlineTimer(QDeadlineTimer::Forever)
-                                            : QDeadlineTimer(log.IsAsked() ? PatienceMs : 0));
+    // After its period the run waits for the reader of the standard output, until it is asked to end.
+    while (ran && !log.IsAsked() && file.HasRowsLeft() && file.WriteNewRows(QDeadlineTimer(StepMs)))
+        QCoreApplication::processEvents();
+    const Result<> done = file.Finish(QDeadlineTimer(log.IsAsked() ? PatienceMs : 0));
     if (done)
         dataSet->MarkSaved(); // and its journal goes
     if (!ran)
         return EndFailed(ran.error());
     if (!done) {
-        services.journals.WaitForDisk(PatienceMs);
-        const Str left = dataSet->Protected() ? Str::NotAllLogged : Str::RowsLost;
+        const bool written = services.journals.WaitForDisk(PatienceMs);
+        QCoreApplication::sendPostedEvents(&services.journals); // whether it could be
+        const Str left = written && dataSet->Protected() ? Str::NotAllLogged : Str::RowsLost;
         return EndFailed({About(target.name, Text(left).arg(Sentence(done.error().text)))});
     }
     const bool printed = target.toOutput || PrintLine(log.Summary());
