@@ -160,17 +160,19 @@ bool ReadRows(SQLite::Database &database, const char *query, quint32 seed, const
     return whole && code == SQLITE_DONE;
 }
 
-/// False, and nothing is appended, where it is no row.
-bool Append(std::string_view row, DataFile *data)
+/// Returns how many rows it was; none is appended where it is something else.
+qsizetype Append(std::string_view rows, DataFile *data)
 {
-    if (!data->rows.AppendRaw(row))
-        return false;
-    const std::string_view reading = data->rows.Utf8(data->rows.Count() - 1)[1];
-    const bool isAscii = std::all_of(reading.begin(), reading.end(), [](char c) { return (c & 0x80) == 0; });
-    data->readings.Count(
-        isAscii ? ReadingOf(reading)
-                : ReadingOf(QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
-    return true;
+    const qsizetype count = data->rows.AppendRaw(rows);
+    for (qsizetype row = data->rows.Count() - count; row < data->rows.Count(); ++row) {
+        const std::string_view reading = data->rows.Utf8(row, 1);
+        const bool isAscii =
+            std::all_of(reading.begin(), reading.end(), [](char c) { return (c & 0x80) == 0; });
+        data->readings.Count(ReadingOf(
+            isAscii ? reading
+                    : QString::fromUtf8(reading.data(), std::ssize(reading)).toLatin1().toStdString()));
+    }
+    return count;
 }
 
 bool HasTables(SQLite::Database &database)
@@ -194,11 +196,11 @@ JournalContents ReadJournal(SQLite::Database &database, const QString &id)
 
     DataFile &data = contents.data;
     qint64 last = 0;
-    const auto append = [&](qint64 number, std::string_view row) {
+    const auto append = [&](qint64 number, std::string_view rows) {
         // A damaged table can lead to the same rows twice.
-        const bool taken = number > last && Append(row, &data);
-        contents.damaged = contents.damaged || !taken || number != last + 1;
-        last = std::max(last, number);
+        const qsizetype taken = number > last ? Append(rows, &data) : 0;
+        contents.damaged = contents.damaged || taken == 0 || number != last + 1;
+        last = std::max(last, number + taken - 1);
         return true;
     };
     if (!ReadRows(database, "SELECT n, texts, sum FROM row ORDER BY n", seed, append)) {
@@ -340,21 +342,43 @@ void JournalFile::Describe(const JournalAbout &about)
 void JournalFile::Add(std::string_view row)
 {
     Begin();
+    pack_ += row;
+    ends_.push_back(pack_.size());
+    if (ends_.size() == RowsOfPack)
+        StorePack();
+}
+
+void JournalFile::StorePack()
+{
+    if (stored_ > 0)
+        database_->exec("DELETE FROM row WHERE n > " + std::to_string(rows_));
+    Insert(rows_ + 1, pack_);
+    rows_ += std::ssize(ends_);
+    stored_ = 0;
+    pack_.clear();
+    ends_.clear();
+}
+
+void JournalFile::Insert(qint64 number, std::string_view rows)
+{
     if (!add_)
         add_ = std::make_unique<SQLite::Statement>(*database_, "INSERT INTO row VALUES(?, ?, ?)");
-    const qint64 number = rows_ + 1;
     add_->bind(1, static_cast<int64_t>(number));
-    add_->bindNoCopy(2, row.data(), static_cast<int>(row.size()));
-    add_->bind(3, RowSum(seed_, number, row));
+    add_->bindNoCopy(2, rows.data(), static_cast<int>(rows.size()));
+    add_->bind(3, RowSum(seed_, number, rows));
     add_->exec();
     add_->reset();
-    rows_ = number;
 }
 
 void JournalFile::Commit()
 {
     if (!writing_)
         return;
+    for (; stored_ < ends_.size(); ++stored_) {
+        const std::size_t begin = stored_ == 0 ? 0 : ends_[stored_ - 1];
+        Insert(rows_ + 1 + static_cast<qint64>(stored_),
+               std::string_view(pack_).substr(begin, ends_[stored_] - begin));
+    }
     database_->exec("COMMIT");
     writing_ = false;
     int moved = 0;

@@ -6,7 +6,9 @@
 #include <QString>
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace SQLite {
 class Database;
@@ -40,8 +42,10 @@ struct JournalContents
 /// The journal of one data set on the disk: an SQLite database of what it is, and of its rows in their order.
 /// What `Commit` has returned from is on the disk, whatever ends the program or the computer.
 ///
-/// Each row carries a CRC-32 that begins with that of the set's id and the row's number, and so does what the
-/// journal tells of the set: a database finds most damage itself, but not a flipped bit in a value.
+/// Rows stand one by one, and when there are as many as make a pack, all in one place of the table, because a
+/// million single ones take long to read. Each carries a CRC-32 that begins with that of the set's id and the
+/// number of its first row, and so does what the journal tells of the set: a database finds most damage
+/// itself, but not a flipped bit in a value.
 ///
 /// The file is held by an exclusive lock as long as this lives: another process finds it in use. This process
 /// must not open it a second time meanwhile, not even to look at it; closing that would drop the lock.
@@ -101,12 +105,19 @@ class JournalFile
   private:
     JournalFile(const QString &path, int flags, const char *vfs);
 
+    static constexpr std::size_t RowsOfPack = 64;
+
     void Begin();
+    void StorePack();
+    void Insert(qint64 number, std::string_view rows);
 
     QString path_;
-    quint32 seed_ = 0; ///< the checksum of the id
-    qint64 rows_ = 0;
-    bool writing_ = false; ///< between the first change and `Commit`
+    quint32 seed_ = 0;              ///< the checksum of the id
+    qint64 rows_ = 0;               ///< before the pack that is being filled
+    std::string pack_;              ///< its rows
+    std::vector<std::size_t> ends_; ///< of each of them
+    std::size_t stored_ = 0;        ///< how many of them stand one by one
+    bool writing_ = false;          ///< between the first change and `Commit`
     std::unique_ptr<SQLite::Database> database_;
     std::unique_ptr<SQLite::Statement> add_;
 };

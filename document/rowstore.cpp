@@ -3,6 +3,7 @@
 #include <QByteArray>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 namespace px40 {
@@ -69,12 +70,36 @@ void RowStore::AppendLatin1(const Bytes &row)
     }
 }
 
-bool RowStore::AppendRaw(std::string_view row)
+qsizetype RowStore::AppendRaw(std::string_view rows)
 {
-    if (std::count(row.begin(), row.end(), TextEnd) != Texts || row.back() != TextEnd)
-        return false;
-    std::copy(row.begin(), row.end(), NewRow(row.size()));
-    return true;
+    const auto texts = std::count(rows.begin(), rows.end(), TextEnd);
+    if (texts == 0 || texts % Texts != 0 || rows.back() != TextEnd)
+        return 0;
+    const char *at =
+        static_cast<const char *>(std::memcpy(bytes_->allocate(rows.size(), 1), rows.data(), rows.size()));
+    const qsizetype count = texts / Texts;
+    for (qsizetype row = 0; row < count; ++row) {
+        rows_.push_back(at);
+        for (int text = 0; text < Texts; ++text) {
+            while (*at != TextEnd)
+                ++at;
+            ++at;
+        }
+    }
+    return count;
+}
+
+std::string_view RowStore::Utf8(qsizetype row, int text) const
+{
+    const char *begin = rows_[static_cast<std::size_t>(row)];
+    const char *end = begin;
+    for (int passed = 0;; ++passed) {
+        while (*end != TextEnd)
+            ++end;
+        if (passed == text)
+            return {begin, static_cast<std::size_t>(end - begin)};
+        begin = ++end;
+    }
 }
 
 char *RowStore::NewRow(std::size_t size)

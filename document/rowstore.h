@@ -39,9 +39,9 @@ class RowStore
     /// The same from Latin-1 bytes.
     void AppendLatin1(const Bytes &row);
 
-    /// The same from bytes as `Raw` gives them. False, and nothing is appended, where they are not of that
-    /// form.
-    bool AppendRaw(std::string_view row);
+    /// Rows from bytes as `Raw` gives them, one after the other. Returns how many: none, where the bytes are
+    /// not of that form.
+    qsizetype AppendRaw(std::string_view rows);
 
     /// `row` is 0-based and below `Count()`, `text` 0 to 4.
     QString Cell(qsizetype row, int text) const;
@@ -49,7 +49,10 @@ class RowStore
     /// The texts of a row in UTF-8. Valid as long as the store.
     Bytes Utf8(qsizetype row) const;
 
-    /// The same in one piece: each text followed by the byte 0xFF.
+    /// One of them.
+    std::string_view Utf8(qsizetype row, int text) const;
+
+    /// All of them in one piece: each text followed by the byte 0xFF.
     std::string_view Raw(qsizetype row) const;
 
   private:

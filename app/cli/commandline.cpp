@@ -28,7 +28,8 @@ constexpr Option Options[] = {
     {"port-device", "Device that a port number (1 to 16) stands for in this run; may be given again.",
      "N=PATH"},
     {"data-dir",
-     "Folder, which must be there, of the settings file, the work file and the journals (default: the program's folder; for journals the user's data folder).",
+     "Folder, which must be there, of the settings file, the work file and the journals (default: the "
+     "program's folder; for journals the user's data folder).",
      "DIR"},
     {"no-splash", "Start without the splash window."},
     {"download",
