@@ -295,11 +295,13 @@ QCoro::Task<void> MainCommands::AskAndLeave()
     QList<std::shared_ptr<DataSet>> answered;
     while (const std::shared_ptr<DataSet> dataSet = NextUnsaved(answered)) {
         const bool mayGo = co_await files_.ConfirmClose(dataSet);
-        // If the link was taken while the question was open, the user has to try again.
-        if (!mayGo || services_->leaving || !MayClose(services_->state))
+        if (!mayGo || services_->leaving)
             co_return;
         answered << dataSet;
     }
+    // If the link was taken while the questions were open, the user has to try again.
+    if (services_->leaving || !MayClose(services_->state))
+        co_return;
     for (const std::shared_ptr<DataSet> &dataSet : answered)
         dataSet->MarkSaved(); // it is, or nobody wants it
     Go();
