@@ -122,7 +122,8 @@ OneRead Read(const QString &path)
         trouble = std::current_exception();
     }
     read.file.reset();
-    if (std::optional<JournalContents> contents = ReadCopy(path))
+    std::optional<JournalContents> contents = ReadCopy(path);
+    if (contents && !(trouble && contents->empty))
         return {nullptr, std::move(*contents)};
     if (trouble)
         std::rethrow_exception(trouble);

@@ -38,16 +38,24 @@ struct UnsavedProgram : StartedProgram
     }
 };
 
-/// Starts where another program was killed: on a copy of what the disk had then.
+/// Starts where another program was killed: on a copy of what the disk had then. `damagedAt`: a byte of the
+/// -wal that is another one by now, as a share of its size.
 struct NextProgram : ScriptedProgram
 {
-    explicit NextProgram(UnsavedProgram &killed)
+    explicit NextProgram(UnsavedProgram &killed, double damagedAt = -1)
     {
         const QString unsaved = services.journals.Folder();
         QDir().mkpath(unsaved);
         const QStringList files = killed.Files();
         for (const QString &file : files)
             QFile::copy(killed.Unsaved() + u'/' + file, unsaved + u'/' + file);
+        for (const QString &file : files.filter(u"-wal"_qs)) {
+            QByteArray bytes = Contents(unsaved + u'/' + file);
+            const auto at = static_cast<qsizetype>(damagedAt * static_cast<double>(bytes.size()));
+            if (at >= 0)
+                bytes[at] = static_cast<char>(bytes.at(at) ^ 1);
+            Require(Put(unsaved + u'/' + file, bytes), u"A journal cannot be damaged."_qs);
+        }
         StartUp();
     }
 
@@ -144,6 +152,27 @@ class RecoveryTest : public QObject
         QVERIFY(!killed.Files().isEmpty());
         QVERIFY(set->SaveFile(file).has_value());
         QVERIFY(killed.Files().isEmpty());
+    }
+
+    /// What SQLite takes for the end of its -wal, because a loss of power ends it like that.
+    void DamageBeforeTheEndIsTold()
+    {
+        UnsavedProgram killed;
+        const auto set = killed.Take(1);
+        for (int row = 2; row <= 20; ++row) {
+            QVERIFY(!killed.Files().isEmpty()); // each is on the disk by itself
+            killed.Take(1, set);
+        }
+        NextProgram whole(killed);
+        QVERIFY(!whole.Message().contains(u"damaged"));
+        NextProgram cut(killed, 0.7);
+        QVERIFY(cut.Message().contains(u"are damaged: what is right of them is shown"));
+        const int rows = cut.DataWindows().constFirst()->Data()->GetDatacount();
+        QVERIFY(rows > 5 && rows < 20);
+        const NextProgram headless(killed, 0); // not even its beginning can be read
+        QVERIFY(headless.DataWindows().isEmpty());
+        QVERIFY(headless.Message().contains(u"cannot be read (its -wal is damaged)"));
+        QCOMPARE(QDir(headless.services.journals.Folder()).entryList(QDir::Files).size(), 2);
     }
 
     void RecoveredSetGoesOnInItsJournal()

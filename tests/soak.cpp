@@ -1,4 +1,4 @@
-// A long run on an instrument that fails at random: soak_test [SECONDS [SEED]]. A second passes as soon as
+// A long run on an instrument that fails at random: soak [SECONDS [SEED]]. A second passes as soon as
 // its work is done; a day takes some minutes.
 
 #include "simulator/random.h"
@@ -21,8 +21,8 @@ using namespace px40;
 
 namespace {
 
-constexpr int WarmUp = 60; // seconds without a fault, at the beginning and at the end
-constexpr int Settling = 3;
+constexpr int WarmUp = 60;   // seconds without a fault, at the beginning and at the end
+constexpr int Settling = 30; // a simulated second takes milliseconds, but the line takes its own time
 constexpr int LongestReopening = 1000; // the number of a terminal may be in another process's hands
 
 /// Which timers there are is known by their ticks only.
