@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdio>
 #include <random>
 #include <set>
 #include <sys/prctl.h>
@@ -307,13 +308,18 @@ class KillTest : public QObject
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    if (arguments.value(1) == u"--victim") {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        Victim(arguments.at(2), arguments.at(3), arguments.at(4).toUInt()).Live();
+    try {
+        const QCoreApplication application(argc, argv);
+        const QStringList arguments = QCoreApplication::arguments();
+        if (arguments.value(1) == u"--victim") {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            Victim(arguments.at(2), arguments.at(3), arguments.at(4).toUInt()).Live();
+        }
+        KillTest test;
+        return QTest::qExec(&test, argc, argv);
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return 1;
     }
-    KillTest test;
-    return QTest::qExec(&test, argc, argv);
 }
 #include "kill_test.moc"

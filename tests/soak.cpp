@@ -8,6 +8,7 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QLoggingCategory>
 #include <QPointer>
@@ -21,8 +22,8 @@ using namespace px40;
 
 namespace {
 
-constexpr int WarmUp = 60;   // seconds without a fault, at the beginning and at the end
-constexpr int Settling = 30; // a simulated second takes milliseconds, but the line takes its own time
+constexpr int WarmUp = 60;       // seconds without a fault, at the beginning and at the end
+constexpr int SettlingMs = 3000; // of real time, as the line takes it: a simulated second is over in a few
 constexpr int LongestReopening = 1000; // the number of a terminal may be in another process's hands
 
 /// Which timers there are is known by their ticks only.
@@ -133,20 +134,24 @@ void Soak(int seconds, quint64 seed)
     Require(rig.Start(dataSet), u"The run does not begin."_qs);
     const qint64 begin = SecondOf(rig.clock.utcMs);
     std::optional<Holding> before;
-    int quiet = 0;
+    QElapsedTimer quiet;
+    quiet.start();
     int closed = 0;
     for (int row = 1; row <= seconds; ++row) {
         if (row > WarmUp && row < seconds - WarmUp)
             weather.Change();
         else if (weather.left > 0)
             weather.Mend();
+        rig.shown.clear(); // the rig keeps each status
         const QString where = u"Row %1: "_qs.arg(row);
         Require(rig.Pass(1000), where + u"it is not stored."_qs);
         closed = rig.comm.IsOpen() || weather.left > 0 ? 0 : closed + 1;
-        quiet = weather.left > 0 || closed > 0 ? 0 : quiet + 1;
+        if (weather.left > 0 || closed > 0)
+            quiet.restart();
         const QString time = dataSet->Table().Cell(row, 1);
         Require(dataSet->GetDatacount() == row && time == TimeOfDay(begin + row), where + time);
-        Require(quiet <= Settling || dataSet->Table().Cell(row, 2) != u"ERROR", where + u"no reading."_qs);
+        const bool settled = quiet.hasExpired(SettlingMs);
+        Require(!settled || dataSet->Table().Cell(row, 2) != u"ERROR", where + u"no reading."_qs);
         Require(closed < LongestReopening, where + u"the port stays closed."_qs);
         if (row == WarmUp) {
             Require(journals.WaitForDisk(PatienceMs), u"The disk does not follow."_qs);

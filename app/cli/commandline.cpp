@@ -62,7 +62,7 @@ constexpr std::pair<const char *, const char *> Companions[] = {
     {"save-mode", "download"}, {"to", "export"}, {"title", "export"}, {"interval", "log"}, {"period", "log"}};
 
 /// Each is a job of its own without a window.
-constexpr const char *Jobs[] = {"download", "export", "log", "recover"};
+constexpr const char *JobOptions[] = {"download", "export", "log", "recover"};
 
 std::optional<int> PortNumber(const QString &text)
 {
@@ -99,7 +99,7 @@ Result<> CheckTogether(const QCommandLineParser &parser, const CommandLine &line
     if (parser.isSet(u"data-dir"_s) && !QFileInfo(line.dataFolder).isDir())
         return Fail(u"--data-dir takes a folder that exists, not \"%1\"."_s.arg(line.dataFolder));
     QString job;
-    for (const char *const one : Jobs) {
+    for (const char *const one : JobOptions) {
         const QString name = QString::fromLatin1(one);
         if (!parser.isSet(name))
             continue;

@@ -43,6 +43,8 @@ QString FreeName(const QString &folder, const JournalAbout &about)
 Result<> Save(LeftSet &&left, const QString &name, DocumentShared *shared)
 {
     shared->MemoryNumbers = left.contents.about.memoryNumbers;
+    if (left.contents.damaged)
+        left.journal.paths.clear(); // it may be all that there is of its other rows
     DataSet dataSet(*shared);
     dataSet.Recover(std::move(left.contents), std::move(left.journal), false);
     return dataSet.SaveFile(name);
@@ -69,6 +71,8 @@ int RunRecover(const CommandLine &line)
         QString told = Listed(one);
         if (!line.recoverTo.isEmpty()) {
             const QString name = FreeName(line.recoverTo, one.contents.about);
+            if (one.contents.damaged)
+                code = ExitWithNoise;
             if (const Result<> saved = Save(std::move(one), name, &shared); !saved)
                 code = EndFailed({About(name, saved.error().text)});
             else
