@@ -66,9 +66,7 @@ int main(int argc, char *argv[])
 
     MessagePrompts prompts;
     Services services(UserStore(title), PathsFor(line.dataFolder), prompts);
-    const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
-    if (!simulation)
-        return EndFailed(simulation.error());
+    const std::shared_ptr<void> simulation = TakePorts(line, services);
 
     Awake awake;
     services.awake = &awake;

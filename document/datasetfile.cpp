@@ -114,8 +114,8 @@ Result<> WriteThroughWork(const WriteTo &write, const QString &name, DocumentSha
     if (!work)
         return Fail(work.error());
     if (!*work)
-        return ReplaceFile(name, write);
-    return ReplaceFile(name, [&work](QIODevice &to) { return CopyBytes(**work, to); });
+        return ReplaceContents(name, write);
+    return ReplaceContents(name, [&work](QIODevice &to) { return CopyBytes(**work, to); });
 }
 
 } // namespace

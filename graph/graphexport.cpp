@@ -119,8 +119,8 @@ Result<> WriteGraphFile(const Chart &chart, const QString &name, const QString &
     const QByteArray bytes = GraphPicture(chart, suffix, caption);
     if (bytes.isEmpty())
         return Fail(Text(Str::GraphNoPicture));
-    return ReplaceFile(name,
-                       [&bytes](QIODevice &to) { return WriteBytes(to, bytes.constData(), bytes.size()); });
+    return ReplaceContents(
+        name, [&bytes](QIODevice &to) { return WriteBytes(to, bytes.constData(), bytes.size()); });
 }
 
 } // namespace px40

@@ -69,9 +69,9 @@ Result<> Comm::OpenPort(const std::optional<PortIdentity> &onlyDevice)
     const QString device = onlyDevice ? ports_->Find(*onlyDevice) : ports_->Device(portNumber_);
     if (onlyDevice && device.isEmpty())
         return Fail(Text(Str::PortNotPlugged).arg(QString::number(portNumber_), onlyDevice->path));
-    const QString error = device.isEmpty()
-                              ? Text(Str::PortNotAssigned).arg(portNumber_)
-                              : OpenErrorText(port_.Open(device), portNumber_, ports_->IsKnown(portNumber_));
+    const QString error = device.isEmpty() ? Text(Str::PortNotAssigned).arg(portNumber_)
+                                           : OpenErrorText(port_.Open(device, ports_->OpenerOf(device)),
+                                                           portNumber_, ports_->IsKnown(portNumber_));
     if (!error.isEmpty()) {
         qCInfo(lcLink).noquote() << "port" << portNumber_ << "cannot be opened:" << error;
         return Fail(error);

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QIODevice>
 #include <QSerialPortInfo>
 
 namespace px40 {
@@ -75,6 +76,13 @@ void PortMap::Assign(int number, const QString &path)
         store_->Save(Section, StoreKey(number), LastingName(path));
     else
         temporary_.insert(number, LastingName(path));
+}
+
+void PortMap::Fix(int number, const QString &path, const DeviceOpener &open)
+{
+    fixed_.insert(number, path);
+    if (open)
+        openers_.insert(path, open);
 }
 
 void PortMap::KeepAsKnown(int number)

@@ -5,9 +5,17 @@
 #include <QSet>
 #include <QString>
 
+#include <functional>
+#include <memory>
+
+class QIODevice;
+
 namespace px40 {
 
 class UserStore;
+
+/// Opens a device that the program has in itself; null when it is not there.
+using DeviceOpener = std::function<std::unique_ptr<QIODevice>()>;
 
 /// A serial device that is plugged in now.
 struct PortDevice
@@ -58,8 +66,11 @@ class PortMap
     /// Whether it could be opened once, in this run or an earlier one.
     bool IsKnown(int number) const;
 
-    void Fix(int number, const QString &path) { fixed_.insert(number, path); }
+    /// `open`: how that device is opened if it is none of the system's.
+    void Fix(int number, const QString &path, const DeviceOpener &open = {});
     bool IsFixed(int number) const { return fixed_.contains(number); }
+    /// Empty for a device of the system.
+    DeviceOpener OpenerOf(const QString &path) const { return openers_.value(path); }
 
     static QList<PortDevice> LiveDevices();
 
@@ -83,6 +94,7 @@ class PortMap
     UserStore *store_;
     System system_;
     QMap<int, QString> fixed_;
+    QMap<QString, DeviceOpener> openers_;
     QMap<int, QString> temporary_; ///< assigned while nothing is kept
     QSet<QString> known_;          ///< in this run
     bool keeps_ = true;

@@ -296,7 +296,7 @@ void Replacement::Sweep(const QString &name)
     }
 }
 
-Result<> ReplaceFile(const QString &name, const WriteTo &write)
+Result<> ReplaceContents(const QString &name, const WriteTo &write)
 {
     const QString real = RealName(name);
     const QFileInfo info(real);

@@ -82,6 +82,6 @@ using WriteTo = std::function<Result<>(QIODevice &to)>;
 
 /// Puts what `write` writes in the place of the file `name`, or creates it. Follows symbolic links. Nothing
 /// is replaced without the right to write in the folder and to the file.
-Result<> ReplaceFile(const QString &name, const WriteTo &write);
+Result<> ReplaceContents(const QString &name, const WriteTo &write);
 
 } // namespace px40

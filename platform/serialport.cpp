@@ -63,6 +63,30 @@ bool EndsTheLine(QSerialPort::SerialPortError error)
            error == QSerialPort::WriteError;
 }
 
+std::unique_ptr<QIODevice> OpenSystemDevice(PortOpenResult *result)
+{
+    result->trouble = CheckDevice(result->device, &result->group);
+    if (result->trouble != PortTrouble::None)
+        return nullptr;
+    // The lock against a second program goes by the name, so a device must always have the same one.
+    const QString canonical = QFileInfo(result->device).canonicalFilePath();
+    auto port = std::make_unique<QSerialPort>();
+    port->setPortName(canonical.isEmpty() ? result->device : canonical);
+    port->setBaudRate(QSerialPort::Baud9600);
+    port->setParity(QSerialPort::NoParity);
+    port->setDataBits(QSerialPort::Data8);
+    port->setStopBits(QSerialPort::TwoStop);
+    port->setFlowControl(QSerialPort::NoFlowControl);
+    if (!port->open(QIODevice::ReadWrite)) {
+        result->trouble = FromError(port->error());
+        result->description = port->errorString();
+        return nullptr;
+    }
+    port->setDataTerminalReady(true);
+    port->clearError();
+    return port;
+}
+
 } // namespace
 
 SerialPort::SerialPort(QObject *parent) : QObject(parent) {}
@@ -72,41 +96,35 @@ SerialPort::~SerialPort()
     Close();
 }
 
-PortOpenResult SerialPort::Open(const QString &device)
+PortOpenResult SerialPort::Open(const QString &device, const DeviceOpener &open)
 {
     Close();
     PortOpenResult result;
     result.device = device;
-    result.trouble = CheckDevice(device, &result.group);
-    if (result.trouble != PortTrouble::None)
-        return result;
-
-    // The lock against a second program goes by the name, so a device must always have the same one.
-    const QString canonical = QFileInfo(device).canonicalFilePath();
-    auto port = std::make_unique<QSerialPort>();
-    port->setPortName(canonical.isEmpty() ? device : canonical);
-    port->setBaudRate(QSerialPort::Baud9600);
-    port->setParity(QSerialPort::NoParity);
-    port->setDataBits(QSerialPort::Data8);
-    port->setStopBits(QSerialPort::TwoStop);
-    port->setFlowControl(QSerialPort::NoFlowControl);
-    if (!port->open(QIODevice::ReadWrite)) {
-        result.trouble = FromError(port->error());
-        result.description = port->errorString();
+    port_ = open ? open() : OpenSystemDevice(&result);
+    if (!port_) {
+        if (open)
+            result.trouble = PortTrouble::NotThere;
         return result;
     }
-    port->setDataTerminalReady(true);
-    port->clearError();
-    connect(port.get(), &QSerialPort::readyRead, this, &SerialPort::arrived);
-    connect(port.get(), &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
-        if (!port_ || !EndsTheLine(error))
-            return;
-        const QString reason = port_->errorString();
-        Close(); // left open, the port would signal the same error over and over
-        Q_EMIT lost(reason);
-    });
-    port_ = std::move(port);
+    connect(port_.get(), &QIODevice::readyRead, this, &SerialPort::arrived);
+    connect(port_.get(), &QIODevice::readChannelFinished, this, &SerialPort::Lose);
+    if (auto *const serial = qobject_cast<QSerialPort *>(port_.get())) {
+        connect(serial, &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
+            if (EndsTheLine(error))
+                Lose();
+        });
+    }
     return result;
+}
+
+void SerialPort::Lose()
+{
+    if (!port_)
+        return;
+    const QString reason = port_->errorString();
+    Close(); // left open, the port would signal the same error over and over
+    Q_EMIT lost(reason);
 }
 
 bool SerialPort::Write(const QByteArray &bytes)
@@ -115,8 +133,9 @@ bool SerialPort::Write(const QByteArray &bytes)
         return false;
     // Sends now instead of in the next turn of the event loop. A device that is gone is noticed here:
     // `Close`.
-    if (TakesBytes(port_->handle()))
-        port_->flush();
+    auto *const serial = qobject_cast<QSerialPort *>(port_.get());
+    if (serial && TakesBytes(serial->handle()))
+        serial->flush();
     return port_ != nullptr;
 }
 
@@ -130,7 +149,7 @@ void SerialPort::Close()
     if (!port_)
         return;
     // This may run inside one of the port's own signals, so the object goes later.
-    QSerialPort *const port = port_.release();
+    QIODevice *const port = port_.release();
     port->disconnect(this);
     port->close();
     port->deleteLater();

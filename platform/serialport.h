@@ -1,12 +1,14 @@
 #pragma once
 
+#include "platform/portmap.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QString>
 
 #include <memory>
 
-class QSerialPort;
+class QIODevice;
 
 namespace px40 {
 
@@ -33,7 +35,8 @@ class SerialPort : public QObject
     explicit SerialPort(QObject *parent = nullptr);
     ~SerialPort() override;
 
-    PortOpenResult Open(const QString &device);
+    /// `open`: opens the device in place of the system.
+    PortOpenResult Open(const QString &device, const DeviceOpener &open = {});
     void Close();
     bool IsOpen() const { return port_ != nullptr; }
 
@@ -49,7 +52,9 @@ class SerialPort : public QObject
     void lost(const QString &reason); ///< the port has just been closed because the device is gone
 
   private:
-    std::unique_ptr<QSerialPort> port_;
+    void Lose();
+
+    std::unique_ptr<QIODevice> port_;
 };
 
 } // namespace px40

@@ -26,7 +26,7 @@ enum class CommMode { Normal = 0, Printer = 1, TalkOnly = 2 };
 
 /// The calibrator itself: its state, and what it answers to each command.
 ///
-/// Not thread-safe: one thread at a time (PtyServer::WithInstrument sees to that).
+/// Not thread-safe: one thread at a time (ServedInstrument::WithInstrument sees to that).
 /// The setters put the instrument into a state that its keys would bring about; an argument that the
 /// instrument does not know is a mistake of the caller and throws std::invalid_argument.
 class Instrument

@@ -1,6 +1,5 @@
 #include "simulator/ptyserver.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <poll.h>
 #include <unistd.h>
@@ -11,20 +10,10 @@
 
 namespace px40::sim {
 
-namespace {
-
-// Far above the length of any command; the rest of an endless line is dropped.
-constexpr std::size_t MaxCommand = 1000;
-constexpr std::size_t MaxHistory = 10000;
-
-} // namespace
-
 PtyServer::PtyServer(ServerOptions options)
-    : line_(options.line), observer_(std::move(options.observer)), terminal_(PseudoTerminal::Open()),
-      instrument_(options.seed), faults_(options.faults), link_(std::move(options.link)),
+    : ServedInstrument(options), terminal_(PseudoTerminal::Open()), link_(std::move(options.link)),
       path_(terminal_->Path())
 {
-    instrument_.HoldStatuses(std::move(options.statuses));
     link_.Point(path_);
     thread_ = std::thread(&PtyServer::Run, this);
 }
@@ -69,31 +58,6 @@ void PtyServer::PlugIn()
     wake_.Wake();
 }
 
-void PtyServer::SetFaults(const Faults &faults)
-{
-    const std::lock_guard lock(mutex_);
-    faults_ = faults;
-    countAtFaults_ = commandCount_;
-}
-
-Faults PtyServer::CurrentFaults() const
-{
-    const std::lock_guard lock(mutex_);
-    return faults_;
-}
-
-std::size_t PtyServer::CommandCount() const
-{
-    const std::lock_guard lock(mutex_);
-    return commandCount_;
-}
-
-std::vector<std::string> PtyServer::Commands() const
-{
-    const std::lock_guard lock(mutex_);
-    return {commands_.begin(), commands_.end()};
-}
-
 void PtyServer::Run()
 {
 #ifdef __linux__
@@ -129,8 +93,7 @@ bool PtyServer::HandleRequests()
     const std::lock_guard lock(mutex_);
     if (arriving_) {
         terminal_ = std::exchange(arriving_, std::nullopt);
-        inputLength_ = 0;
-        input_.clear();
+        Forget();
     }
     if (hangUpAsked_) {
         Unplug(lock);
@@ -177,78 +140,33 @@ void PtyServer::Receive()
         return;
     }
     for (const char byte : std::string_view(bytes, static_cast<std::size_t>(count))) {
-        if (inputLength_++ == 0)
-            inputBegin_ = Clock::now();
-        if (byte == '\n') {
-            ServeLine(now);
-            inputLength_ = 0;
-            input_.clear();
-            if (!WaitUntil({}) || !terminal_)
-                return;
-        } else if (input_.size() < MaxCommand) {
-            input_ += byte;
-        }
+        if (!Take(byte))
+            continue;
+        ServeCommand(now);
+        if (!WaitUntil({}) || !terminal_)
+            return;
     }
 }
 
-void PtyServer::ServeLine(Clock::time_point readAt)
+void PtyServer::ServeCommand(Clock::time_point readAt)
 {
-    // Without its LF or CR LF; a line that did not fit is no command at all.
-    const bool whole = inputLength_ == input_.size() + 1;
-    if (input_.ends_with('\r'))
-        input_.pop_back();
-    Faults faults;
-    std::size_t n = 0;
-    {
-        const std::lock_guard lock(mutex_);
-        commands_.push_back(input_);
-        if (commands_.size() > MaxHistory)
-            commands_.pop_front();
-        ++commandCount_;
-        n = commandCount_ - countAtFaults_;
-        faults = faults_;
+    const Clock::time_point come = CommandCome(readAt);
+    if (!WaitUntil(come)) {
+        Forget();
+        return;
     }
-    // A pseudo-terminal delivers at once what takes time over a cable.
-    Clock::time_point begin = inputBegin_;
-    if (line_.paced) {
-        begin = std::max(inputBegin_ + line_.LineTime(inputLength_), readAt + line_.LineTime(1));
-        if (!WaitUntil(begin))
+    const Delivery reply = Obey();
+    const std::string_view bytes = reply.bytes;
+    for (std::size_t i = 0, end = 0; i < bytes.size(); i = end) {
+        const Clock::time_point due = ReplyCome(reply, i, come);
+        while (end < bytes.size() && ReplyCome(reply, end, come) == due)
+            ++end;
+        if (!WaitUntil(due))
             return;
-        begin += line_.thinking;
+        Write(bytes.substr(i, end - i));
     }
-    Delivery delivery;
-    {
-        const std::lock_guard lock(mutex_);
-        delivery = Deliver(faults, n, whole ? std::string_view(input_) : std::string_view(), instrument_);
-    }
-    Send(delivery, begin);
-}
-
-void PtyServer::Send(const Delivery &delivery, Clock::time_point begin)
-{
-    const std::string_view bytes = std::string_view(delivery.bytes)
-                                       .substr(0, delivery.hangUp ? delivery.hangUpAfter : std::string::npos);
-    begin += delivery.late;
-    if (delivery.oneWrite || (!line_.paced && !delivery.byteByByte)) {
-        if (line_.paced)
-            begin += line_.LineTime(bytes.size());
-        if (!bytes.empty() && !WaitUntil(begin))
-            return;
-        Write(bytes);
-    } else {
-        // The time of every byte is counted from the beginning, so that small delays do not add up.
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            const auto offset = line_.paced
-                                    ? line_.LineTime(i + 1)
-                                    : std::chrono::nanoseconds(delivery.bytePause) * static_cast<int>(i);
-            if (!WaitUntil(begin + offset))
-                return;
-            Write(bytes.substr(i, 1));
-        }
-    }
-    if (observer_)
-        observer_(input_, bytes);
-    if (delivery.hangUp) {
+    Tell(reply);
+    if (reply.hangUp) {
         const std::lock_guard lock(mutex_);
         Unplug(lock);
     }

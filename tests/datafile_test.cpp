@@ -392,7 +392,7 @@ class DataFileTest : public QObject
         };
         for (const rlim_t room : {rlim_t{0}, rlim_t{5000}}) {
             const auto disk = FullDisk(room);
-            QCOMPARE(Why(ReplaceFile(name, write)), u"File too large"_qs);
+            QCOMPARE(Why(ReplaceContents(name, write)), u"File too large"_qs);
             QCOMPARE(Contents(name), SampleFile());
         }
         QCOMPARE(rig.Files().size(), 1);

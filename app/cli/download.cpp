@@ -66,9 +66,7 @@ int RunDownload(const CommandLine &line)
     Paths paths = PathsFor(line.dataFolder);
     paths.UnsavedPath.clear(); // the instrument keeps its readings
     Services services(UserStore(Text(Str::ApplicationTitle)), paths, prompts);
-    const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
-    if (!simulation)
-        return EndFailed(simulation.error());
+    const std::shared_ptr<void> simulation = TakePorts(line, services);
     ChoosePort(line, services);
 
     const StoredData::Mode mode = line.saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory;

@@ -247,9 +247,7 @@ int RunLog(const CommandLine &line)
     paths.WorkPath.clear(); // a program that is open may be using it
     DecliningPrompts prompts;
     Services services(UserStore(Text(Str::ApplicationTitle)), paths, prompts);
-    const Result<std::shared_ptr<void>> simulation = TakePorts(line, services);
-    if (!simulation)
-        return EndFailed(simulation.error());
+    const std::shared_ptr<void> simulation = TakePorts(line, services);
     ChoosePort(line, services);
 
     const auto dataSet = std::make_shared<DataSet>(services.shared);

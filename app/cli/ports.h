@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/result.h"
-
 #include <memory>
 
 namespace px40 {
@@ -11,7 +9,7 @@ struct Services;
 
 /// Assigns the devices that the command line names to their ports. Gives the simulated instrument, if it asks
 /// for that, which is to be kept as long as the ports are used; else null.
-Result<std::shared_ptr<void>> TakePorts(const CommandLine &line, Services &services);
+std::shared_ptr<void> TakePorts(const CommandLine &line, Services &services);
 
 /// For a job without a window, after that: the port that the command line names, or the only one it can mean,
 /// or that of the settings.
