@@ -7,12 +7,23 @@
 
 namespace px40 {
 
-namespace {
+ForwardSteps::ForwardSteps(Kind kind, Spreadsheet &target, const SheetSource &source, std::string workbook)
+    : kind_(kind), target_(&target), source_(&source), workbook_(std::move(workbook))
+{
+}
 
 /// Gives `Busy`, so that the call is repeated later, when the spreadsheet is too busy for it.
 template <typename Call>
-SheetStep Attempt(const Call &call)
+SheetStep ForwardSteps::Attempt(const Call &call)
 {
+    if (isCalling_)
+        return SheetStep::Busy;
+    isCalling_ = true;
+    const struct End
+    {
+        ~End() { isCalling = false; }
+        bool &isCalling;
+    } end{isCalling_};
     try {
         return call();
     } catch (const SpreadsheetError &error) {
@@ -20,13 +31,6 @@ SheetStep Attempt(const Call &call)
             throw;
         return SheetStep::Busy;
     }
-}
-
-} // namespace
-
-ForwardSteps::ForwardSteps(Kind kind, Spreadsheet &target, const SheetSource &source, std::string workbook)
-    : kind_(kind), target_(&target), source_(&source), workbook_(std::move(workbook))
-{
 }
 
 /// Keeps the user out of the spreadsheet, or gives it back.
@@ -112,10 +116,13 @@ SheetStep ForwardSteps::GiveBack()
     if (stage_ == Stage::Attach || stage_ == Stage::Done)
         return SheetStep::Done;
     try {
-        Hold(false);
-    } catch (const SpreadsheetError &error) { // nobody can do anything about another failure
-        if (error.busy)
-            return SheetStep::Busy;
+        const SheetStep given = Attempt([this] {
+            Hold(false);
+            return SheetStep::Done;
+        });
+        if (given == SheetStep::Busy)
+            return given;
+    } catch (const SpreadsheetError &) { // nobody can do anything about it
     }
     stage_ = Stage::Done;
     return SheetStep::Done;

@@ -13,7 +13,8 @@ class SheetSource;
 /// these calls is made again after `Again` or `Busy`, and throws `SpreadsheetError` when it failed. Knows no
 /// window and no clock.
 ///
-/// Target and source must outlive this.
+/// The target may handle messages within a call, as automation does while it waits. What they lead to gets
+/// `Busy` here. Target and source must outlive this, and this its call.
 class ForwardSteps
 {
   public:
@@ -42,8 +43,13 @@ class ForwardSteps
     /// The spreadsheet is the user's again, whatever happened. Only `Busy` matters.
     SheetStep GiveBack();
 
+    /// A call is under way.
+    bool IsCalling() const { return isCalling_; }
+
   private:
     enum class Stage { Attach, Hold, Open, Rows, Frame, Chart, Release, Done };
+    template <typename Call>
+    SheetStep Attempt(const Call &call);
     SheetStep Make();
     SheetStep GoTowards(Stage last);
     void Hold(bool held);
@@ -54,6 +60,7 @@ class ForwardSteps
     std::string workbook_;
     Stage stage_ = Stage::Attach;
     int rows_ = 0;
+    bool isCalling_ = false;
 };
 
 } // namespace px40

@@ -4,6 +4,7 @@
 #include "forward/sheetlayout.h"
 #include "forward/spreadsheet.h"
 #include "link/linkstate.h"
+#include "platform/waiting.h"
 #include "resources/strings.h"
 
 #include <QElapsedTimer>
@@ -23,6 +24,8 @@ RowForwarder::~RowForwarder() = default;
 
 QCoro::Task<Result<>> RowForwarder::Prepare(ForwardChoice choice)
 {
+    while (forward_ && forward_->IsCalling()) // it is still being given back
+        co_await Delay(BusySpreadsheetMs);
     if (failure_ && forward_)
         GiveBack();
     Release();

@@ -245,6 +245,10 @@ class ForwarderTest : public QObject
         QCOMPARE(rig.script.calls, QStringList({u"attach"_s, u"interactive 0"_s, u"open"_s}));
 
         rig.script.answers[u"cell"_s] = {Reply::Done, Reply::Busy, Reply::Busy, Reply::Busy};
+        rig.script.onCall = [&](const QString &call) {
+            if (call.startsWith(u"cell 7,3")) // messages are handled within a call
+                QVERIFY(rows.Write());
+        };
         for (int row = 1; row <= 3; ++row) {
             rig.AddRows(1);
             QCOMPARE(*rows.Write(), RowForward::Row::Taken);
