@@ -1,11 +1,12 @@
 // Forwards a small data set by automation, and waits where the target is busy, for tests under wine.
-//   client whole|save|canceled|running SAMPLES [WORKBOOK]     save: SAVE-mode data, whole; canceled: whole,
-//                                                             until the heading and a reading are written
-// Tells how it ended: "Done" (0), "Failed: " and why (1), "Given up" when it stays busy (2).
+//   client whole|save|canceled|again|running SAMPLES [WORKBOOK]
+// save: SAVE-mode data, whole; canceled: whole, until the heading and a reading are written; again: whole,
+// and once more after a failure. Tells how each forwarding ended: "Done", or "Failed: " and why; for one that
+// stays busy the user cancels. Ends with 1 if the last one failed.
 #include "forward/dispatch.h"
 #include "forward/excelautomation.h"
 #include "forward/forwardsteps.h"
-#include "forward/sheetsource.h"
+#include "tests/excel/sample.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -17,35 +18,6 @@
 using namespace px40;
 
 namespace {
-
-/// Readings with all that a cell may hold: nothing, letters of other scripts, what looks like a formula.
-class Sample : public SheetSource
-{
-  public:
-    Sample(int samples, bool saveMode) : samples_(samples), saveMode_(saveMode) {}
-
-    int Samples() const override { return samples_; }
-    bool IsSaveMode() const override { return saveMode_; }
-    std::string Cell(int row, int column) const override
-    {
-        static const char *const Cells[][6] = {
-            {"No.", "Time", "MEASURE", "Unit", "SOURCE", "Function"},
-            {"1", "10:00:01", "1.0023", "mV", "-5.5", "\u03a9"},
-            {"2", "10:00:02", "-0.5e-3", "'C", "", "=1+1"},
-            {"3", "10:00:03", "OVER", "", "7", "\u6e29\u5ea6"},
-        };
-        return Cells[row][column];
-    }
-    std::array<std::pair<std::string, std::string>, 3> Statistics() const override
-    {
-        return {{{"MAX", "1.0023"}, {"MIN", "-5E-04"}, {"AVG", "0.5009"}}};
-    }
-    std::string Title() const override { return "=\"Pump\" \u2013 7 \u00b0C"; }
-
-  private:
-    int samples_;
-    bool saveMode_;
-};
 
 /// Makes a step until it has ended, or stays busy too long.
 template <class Step>
@@ -62,19 +34,22 @@ SheetStep Make(const Step &step)
     return made;
 }
 
-int Forward(ForwardSteps &forward, int rows, int lastRow)
+bool Forward(ForwardSteps::Kind kind, const Sample &sample, const std::string &workbook, bool isCanceled)
 {
-    int told = 0;
-    const auto next = [&] { return forward.Rows() == lastRow ? SheetStep::Done : forward.Next(rows); };
+    ExcelAutomation excel;
+    ForwardSteps forward(kind, excel, sample, workbook);
+    const int rows = sample.Samples() + (kind == ForwardSteps::Kind::Whole ? 1 : 0);
+    const int lastRow = isCanceled ? 2 : rows + 1;
+    const auto next = [&] { return forward.Rows() == lastRow ? SheetStep::Busy : forward.Next(rows); };
+    bool done = false;
     try {
-        told = Make(next) == SheetStep::Done ? 0 : 2;
-        std::puts(told == 0 ? "Done" : "Given up");
+        done = Make(next) == SheetStep::Done;
+        std::puts(done ? "Done" : "Failed: Canceled.");
     } catch (const SpreadsheetError &error) {
         std::printf("Failed: %s\n", error.what());
-        told = 1;
     }
     Make([&] { return forward.GiveBack(); });
-    return told;
+    return done;
 }
 
 std::string Utf8(const wchar_t *text)
@@ -97,14 +72,10 @@ int wmain(int count, wchar_t **words)
     // The thread has an apartment of its own, as that of a program with windows does.
     const ComApartment apartment;
     std::printf("Excel is %s\n", ExcelAutomation::IsInstalled() ? "installed" : "not installed");
-    int told = 0;
-    {
-        ExcelAutomation excel;
-        ForwardSteps forward(kind, excel, sample, workbook);
-        const int rows = sample.Samples() + (kind == ForwardSteps::Kind::Whole ? 1 : 0);
-        told = Forward(forward, rows, task == L"canceled" ? 2 : rows + 1);
-    }
+    bool done = Forward(kind, sample, workbook, task == L"canceled");
+    if (!done && task == L"again")
+        done = Forward(kind, sample, workbook, false);
     std::fflush(stdout);
     // Ends without leaving the apartment, which would release what the automation has forgotten.
-    std::_Exit(told);
+    std::_Exit(done ? 0 : 1);
 }

@@ -4,7 +4,7 @@
 // first line that fits a call says what becomes of it:
 //   refuse               each call is refused as busy when it is made for the first time
 //   fail CALL => TEXT    calls that begin so fail with that description; without a text access is denied
-//   die CALL             the program ends at that call
+//   die CALL             the program ends at that call, and is without that line when it is started again
 //   CALL -> ANSWER       a truth, a number, a text in quotes, or the name of an object
 // What else is asked for is an object that is called after the call, and recorded if nothing is done with it.
 #include <windows.h>
@@ -93,6 +93,12 @@ HRESULT Admit(const std::string &call, EXCEPINFO *error)
         }
         if (rule.starts_with("die ") && call.starts_with(rule.substr(4))) {
             Write(call + " -> the end");
+            std::ofstream rest(Beside("scenario.txt"), std::ios::binary | std::ios::trunc);
+            for (const std::string &other : Scenario) {
+                if (other != rule)
+                    rest << other << '\n';
+            }
+            rest.close();
             ExitProcess(3);
         }
         if (rule.starts_with("fail ") && call.starts_with(rule.substr(5, arrow - 5))) {
