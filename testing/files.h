@@ -4,9 +4,11 @@
 #include <QScopeGuard>
 #include <QString>
 
+#ifdef Q_OS_UNIX
 #include <csignal>
 
 #include <sys/resource.h>
+#endif
 
 namespace px40 {
 
@@ -20,9 +22,18 @@ QByteArray Contents(const QString &name);
 /// `shape` are its first two lines.
 QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
 
+/// Whether there is a way to make a disk full (`FullDisk`).
+#ifdef Q_OS_UNIX
+inline constexpr bool CanFillDisk = true;
+#else
+inline constexpr bool CanFillDisk = false;
+#endif
+inline constexpr quint64 NoLimit = ~quint64{0};
+
 /// As long as the guard it returns lives, no file grows beyond that size, as on a disk that is full.
-[[nodiscard]] inline auto FullDisk(rlim_t bytes)
+[[nodiscard]] inline auto FullDisk([[maybe_unused]] quint64 bytes)
 {
+#ifdef Q_OS_UNIX
     rlimit before = {};
     ::getrlimit(RLIMIT_FSIZE, &before);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -32,6 +43,9 @@ QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0")
         ::setrlimit(RLIMIT_FSIZE, &before);
         std::signal(SIGXFSZ, handler);
     });
+#else
+    return qScopeGuard([] {});
+#endif
 }
 
 } // namespace px40

@@ -34,6 +34,15 @@ sim::ServerOptions InstrumentRig::Unpaced()
     return options;
 }
 
+void InstrumentRig::FixOn(PortMap &ports)
+{
+#ifdef Q_OS_UNIX
+    ports.Fix(PortMap::First, Device());
+#else
+    server.FixOn(ports, PortMap::First);
+#endif
+}
+
 void InstrumentRig::Fault(const char *text)
 {
     sim::Faults faults = server.CurrentFaults();
@@ -59,9 +68,9 @@ QString InstrumentRig::Expected(const QString &command)
 }
 
 LinkRig::LinkRig(sim::ServerOptions options, int replyTimeoutMs)
-    : InstrumentRig(std::move(options)),
-      PortRig(Device(), folder.filePath(QStringLiteral("user.ini")), replyTimeoutMs)
+    : InstrumentRig(std::move(options)), PortRig(Device(), folder.filePath(QStringLiteral("user.ini")), replyTimeoutMs)
 {
+    FixOn(ports);
 }
 
 } // namespace px40

@@ -8,14 +8,26 @@
 #include "platform/portmap.h"
 #include "platform/tell.h"
 #include "platform/userstore.h"
-#include "simulator/ptyserver.h"
 #include "testing/prompts.h"
 #include "testing/wait.h"
 
 #include <QStringList>
 #include <QTemporaryDir>
 
+#ifdef Q_OS_UNIX
+#include "simulator/ptyserver.h"
+#else
+#include "app/demoinstrument.h"
+#endif
+
 namespace px40 {
+
+/// Where there are pseudo-terminals the instrument stands behind one, and the serial class is the real one.
+#ifdef Q_OS_UNIX
+using Server = sim::PtyServer;
+#else
+using Server = DemoInstrument;
+#endif
 
 /// The program's link to a device; what is kept for the user lies in that file.
 struct PortRig
@@ -40,7 +52,7 @@ struct PortRig
     Tell tell = [this](const QString &text) { return prompts.Warn(text); };
 };
 
-/// The simulated instrument at the other end of a pseudo-terminal, with a folder of its own.
+/// The simulated instrument at the other end of the line, with a folder of its own.
 struct InstrumentRig
 {
     explicit InstrumentRig(sim::ServerOptions options);
@@ -49,6 +61,8 @@ struct InstrumentRig
     static sim::ServerOptions Unpaced();
     /// A name that stays when the instrument is unplugged and plugged in again.
     QString Device() const { return folder.filePath(QStringLiteral("px40")); }
+    /// Puts it on the first port.
+    void FixOn(PortMap &ports);
     /// Sets one fault of the instrument by its name; it counts the commands from now on.
     void Fault(const char *text);
     /// All commands that have come.
@@ -57,10 +71,10 @@ struct InstrumentRig
     QString Expected(const QString &command);
 
     QTemporaryDir folder;
-    sim::PtyServer server;
+    Server server;
 };
 
-/// The link on a real pseudo-terminal, at whose other end stands the simulated instrument.
+/// The link at whose other end stands the simulated instrument.
 struct LinkRig : InstrumentRig, PortRig
 {
     /// Short enough for a test of silent attempts, long enough for a loaded machine to answer in.

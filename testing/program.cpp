@@ -1,6 +1,7 @@
 #include "testing/program.h"
 
 #include "app/startup.h"
+#include "testing/files.h"
 
 #include <QLabel>
 #include <QMdiArea>
@@ -16,8 +17,11 @@ Program::Program(Prompts &prompts, sim::ServerOptions options, const Clock *cloc
                prompts, replyTimeoutMs, clock)
 {
     services.simulated = port == Port::Simulated;
-    if (port != Port::Unassigned)
-        services.ports.Fix(PortMap::First, Device());
+    if (port != Port::Unassigned || !PortMap::CanAssign())
+        FixOn(services.ports);
+    // Where numbers are the system's own there is none to begin with but that of a device that is not there.
+    if (port == Port::Unassigned && !PortMap::CanAssign())
+        Put(services.settings.GetPaths().IniPath, QByteArray::number(NoPort));
     window = std::make_unique<frmMain>(services);
     QObject::connect(window.get(), &frmMain::left, window.get(), [this] { hasLeft = true; });
 }

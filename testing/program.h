@@ -18,8 +18,9 @@ struct Program : InstrumentRig
 {
     static constexpr int ReplyTimeoutMs = 200;
 
-    /// What stands behind port 1.
+    /// What stands behind port 1. If it is unassigned the program begins without a device.
     enum class Port { Assigned, Unassigned, Simulated };
+    static constexpr int NoPort = 9; ///< a number that has no device on any computer with these tests
 
     explicit Program(Prompts &prompts, sim::ServerOptions options = Unpaced(), const Clock *clock = nullptr,
                      Port port = Port::Assigned, int replyTimeoutMs = ReplyTimeoutMs);

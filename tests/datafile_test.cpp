@@ -12,7 +12,9 @@
 
 #include <cerrno>
 
+#ifdef Q_OS_UNIX
 #include <sys/stat.h>
+#endif
 
 using namespace px40;
 
@@ -287,10 +289,12 @@ class DataFileTest : public QObject
     {
         const QString noFile = u"This is not a file."_qs;
         AddRows<QString>({{"given.CSV", u"This file is a different data type."_qs},
-                          {"absent.CSV", u"No such file or directory"_qs},
-                          {".", noFile},
-                          {"/dev/zero", noFile},
-                          {"pipe", noFile}});
+                          {"absent.CSV", qt_error_string(ENOENT)},
+                          {".", noFile}});
+#ifdef Q_OS_UNIX
+        QTest::newRow("/dev/zero") << noFile;
+        QTest::newRow("pipe") << noFile;
+#endif
     }
 
     void FailedReadingLeavesNothing()
@@ -298,8 +302,10 @@ class DataFileTest : public QObject
         FileRig rig;
         rig.Put("3\r\n");
         const QString path = QDir(rig.folder.path()).absoluteFilePath(QLatin1String(QTest::currentDataTag()));
+#ifdef Q_OS_UNIX
         if (path.endsWith(u"pipe"))
             QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+#endif
         const std::shared_ptr<DataSet> set = rig.Set();
         QCOMPARE(Why(set->OpenFile(path)), ThisRow<QString>());
         QVERIFY(!QFile::exists(rig.shared.WorkPath));
@@ -356,7 +362,7 @@ class DataFileTest : public QObject
     {
         AddRows<Target>({
             {"full disk", {u"given.CSV"_qs, u"File too large"_qs}},
-            {"no folder", {u"gone/other.CSV"_qs, u"No such file or directory"_qs}},
+            {"no folder", {u"gone/other.CSV"_qs, qt_error_string(ENOENT)}},
             {"a folder", {u"dir.CSV"_qs, u"Filename refers to a directory"_qs}},
         });
     }
@@ -364,6 +370,8 @@ class DataFileTest : public QObject
     void FailedSavingLeavesTheOldFile()
     {
         const auto [target, error] = ThisRow<Target>();
+        if (target == u"given.CSV" && !CanFillDisk)
+            QSKIP("Nothing makes a disk full here.");
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
@@ -373,7 +381,7 @@ class DataFileTest : public QObject
             QVERIFY(set->AddGridrow());
             set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});
         }
-        const auto disk = FullDisk(target == u"given.CSV" ? 8192 : RLIM_INFINITY);
+        const auto disk = FullDisk(target == u"given.CSV" ? 8192 : NoLimit);
         QCOMPARE(Why(set->SaveFile(rig.folder.filePath(target))), error);
         QVERIFY(!set->Saved());
         QCOMPARE(set->GetFilename(), name);
@@ -384,13 +392,15 @@ class DataFileTest : public QObject
     /// Where only the last step finds no room.
     void FullDiskLeavesTheOldFile()
     {
+        if (!CanFillDisk)
+            QSKIP("Nothing makes a disk full here.");
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         const QByteArray bytes(9000, 'x');
         const auto write = [&bytes](QIODevice &to) {
             return WriteBytes(to, bytes.constData(), bytes.size());
         };
-        for (const rlim_t room : {rlim_t{0}, rlim_t{5000}}) {
+        for (const quint64 room : {0U, 5000U}) {
             const auto disk = FullDisk(room);
             QCOMPARE(Why(ReplaceContents(name, write)), u"File too large"_qs);
             QCOMPARE(Contents(name), SampleFile());

@@ -83,6 +83,8 @@ class FileCommandsTest : public QObject
         const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
         QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
         QCOMPARE(desk.prompts.warnings.size(), 1);
+        if (!CanFillDisk)
+            QSKIP("Nothing makes a disk full here.");
         // A set with a name keeps it. What was saved before is whole when there is no room for the new.
         const QByteArray before = Contents(name);
         const auto disk = FullDisk(10);

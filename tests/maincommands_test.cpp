@@ -13,7 +13,7 @@ struct Rig : InstrumentRig, FakeViews
 {
     Rig() : InstrumentRig(Unpaced())
     {
-        services.ports.Fix(1, Device());
+        FixOn(services.ports);
         services.comm.SetPortNumber(1);
         QObject::connect(&commands, &MainCommands::left, [this] { hasLeft = true; });
     }

@@ -250,6 +250,8 @@ class WorkbookTest : public QObject
 
     void FullDisk()
     {
+        if (!CanFillDisk)
+            QSKIP("Nothing makes a disk full here.");
         const bool isNew = ThisRow<bool>();
         const BookRig rig;
         const QByteArray before = isNew ? QByteArray() : Contents(rig.name);
