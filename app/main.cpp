@@ -23,7 +23,26 @@
 #include <cstdlib>
 #include <utility>
 
-int main(int argc, char *argv[])
+#ifdef Q_OS_WIN
+#include <windows.h>
+
+#include <cstdio>
+#endif
+
+namespace {
+
+/// At once, whatever still runs. On Windows also past the ends of the libraries: the system takes the threads
+/// away before, and for the lock that one of them held, even if it was just ending, theirs would wait for
+/// ever.
+[[noreturn]] void EndProcess(int code)
+{
+#ifdef Q_OS_WIN
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+#endif
+    std::_Exit(code);
+}
+
+int Run(int argc, char *argv[])
 {
     using namespace px40;
 
@@ -83,12 +102,25 @@ int main(int argc, char *argv[])
     };
     QObject::connect(&commands, &MainCommands::overdue, &commands, [&awaitDisk] {
         awaitDisk();
-        std::_Exit(ExitDone);
+        EndProcess(ExitDone);
     });
 
     services.jobs.Launch(RunStartup(&services, &window, line.splash, line.files), "start-up");
     const int code = QApplication::exec();
     if (!awaitDisk())
-        std::_Exit(code); // it hangs
+        EndProcess(code); // it hangs
     return code;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const int code = Run(argc, argv);
+#ifdef Q_OS_WIN
+    std::fflush(nullptr);
+    EndProcess(code);
+#else
+    return code;
+#endif
 }
