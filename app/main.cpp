@@ -56,12 +56,12 @@ int Run(int argc, char *argv[])
         parsed = ParseCommandLine(QCoreApplication::arguments());
     }
     if (!parsed) {
-        PrintError(parsed.error().text + u'\n' + Text(Str::UnusableCommandLine));
+        TellStarter(parsed.error().text + u'\n' + Text(Str::UnusableCommandLine), true);
         return ExitWrongOptions;
     }
     const CommandLine &line = *parsed;
     if (!line.answer.isEmpty()) {
-        PrintLine(line.answer.trimmed());
+        TellStarter(line.answer.trimmed(), false);
         return ExitDone;
     }
     for (const auto &[asked, run] :
@@ -74,6 +74,7 @@ int Run(int argc, char *argv[])
         }
     }
 
+    LeaveConsole();
     QApplication application(argc, argv);
     QApplication::setStyle(new HouseStyle);
     QApplication::setWindowIcon(ApplicationIcon());

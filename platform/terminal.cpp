@@ -2,14 +2,18 @@
 
 #include <QFile>
 
-#include <cstdio>
-
 #ifdef Q_OS_WIN
+#include <QCoreApplication>
+
+#include <string>
+
 #include <fcntl.h>
 #include <io.h>
+#include <windows.h>
 #else
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -20,6 +24,65 @@ namespace px40 {
 
 namespace {
 
+#ifdef Q_OS_WIN
+
+constexpr DWORD Output = STD_OUTPUT_HANDLE;
+constexpr DWORD Error = STD_ERROR_HANDLE;
+
+/// Null where there is no such stream.
+HANDLE Stream(DWORD which)
+{
+    const HANDLE handle = GetStdHandle(which);
+    return handle != INVALID_HANDLE_VALUE && GetFileType(handle) != FILE_TYPE_UNKNOWN ? handle : nullptr;
+}
+
+bool IsTerminal(DWORD which)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(Stream(which), &mode) != 0;
+}
+
+bool WasGivenStreams()
+{
+    STARTUPINFOW start = {};
+    GetStartupInfoW(&start);
+    return (start.dwFlags & STARTF_USESTDHANDLES) != 0;
+}
+
+bool Print(DWORD which, QString text)
+{
+    const HANDLE stream = Stream(which);
+    if (IsTerminal(which)) {
+        DWORD taken = 0;
+        return WriteConsoleW(stream, text.utf16(), static_cast<DWORD>(text.size()), &taken, nullptr) != 0;
+    }
+    const UINT encoding = GetConsoleOutputCP() != 0 ? GetConsoleOutputCP() : CP_UTF8;
+    text.replace(u'\n', QStringLiteral("\r\n"));
+    const auto *const wide = reinterpret_cast<const wchar_t *>(text.utf16());
+    const auto length = static_cast<int>(text.size());
+    const int size = WideCharToMultiByte(encoding, 0, wide, length, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(encoding, 0, wide, length, bytes.data(), size, nullptr, nullptr);
+    std::size_t done = 0;
+    while (stream && done < bytes.size()) {
+        DWORD taken = 0;
+        if (!WriteFile(stream, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &taken, nullptr))
+            return false;
+        done += taken;
+    }
+    return stream != nullptr;
+}
+
+bool TakesBytes(DWORD which, int)
+{
+    return Stream(which) != nullptr;
+}
+
+#else
+
+std::FILE *const Output = stdout;
+std::FILE *const Error = stderr;
+
 bool Print(std::FILE *stream, const QString &text)
 {
     return std::fputs(text.toLocal8Bit().constData(), stream) >= 0 && std::fflush(stream) == 0;
@@ -27,29 +90,37 @@ bool Print(std::FILE *stream, const QString &text)
 
 bool IsTerminal(std::FILE *stream)
 {
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stream)) != 0;
-#else
     return ::isatty(::fileno(stream)) != 0;
-#endif
 }
 
 /// Where the other end has gone it takes bytes as well: writing them says so.
-bool TakesBytes([[maybe_unused]] std::FILE *stream, [[maybe_unused]] int milliseconds)
+bool TakesBytes(std::FILE *stream, int milliseconds)
 {
-#ifdef Q_OS_WIN
-    return true;
-#else
     pollfd line{::fileno(stream), POLLOUT, 0};
     return ::poll(&line, 1, milliseconds) == 1;
-#endif
 }
+
+#endif
 
 } // namespace
 
 void KeepStandardStreams()
 {
-#ifndef Q_OS_WIN
+#ifdef Q_OS_WIN
+    // Nothing is lost where it fails: there is no console then, or it is this program's already.
+    AttachConsole(ATTACH_PARENT_PROCESS);
+    if (WasGivenStreams())
+        return;
+    for (const DWORD which : {Output, Error}) {
+        if (Stream(which))
+            continue;
+        const HANDLE console =
+            CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                        OPEN_EXISTING, 0, nullptr);
+        if (console != INVALID_HANDLE_VALUE)
+            SetStdHandle(which, console);
+    }
+#else
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(number, F_GETFD) < 0)
             ::open("/dev/null", O_RDONLY); // gets this number, and refuses what is written to it
@@ -59,26 +130,35 @@ void KeepStandardStreams()
 #endif
 }
 
+void LeaveConsole()
+{
+#ifdef Q_OS_WIN
+    if (!WasGivenStreams())
+        FreeConsole();
+#endif
+}
+
 bool IsOutputTerminal()
 {
-    return IsTerminal(stdout);
+    return IsTerminal(Output);
 }
 
 bool IsErrorTerminal()
 {
-    return IsTerminal(stderr);
+    return IsTerminal(Error);
 }
 
 bool OutputTakesLine(int milliseconds)
 {
-    return TakesBytes(stdout, milliseconds);
+    return TakesBytes(Output, milliseconds);
 }
 
 Result<> OpenOutput(QFile *file)
 {
 #ifdef Q_OS_WIN
-    _setmode(_fileno(stdout), _O_BINARY);
-    const int number = _fileno(stdout);
+    const int number = _open_osfhandle(reinterpret_cast<intptr_t>(Stream(Output)), _O_BINARY);
+    if (number < 0)
+        return Fail(qt_error_string(ERROR_INVALID_HANDLE));
 #else
     const int number = STDOUT_FILENO;
     if ((::fcntl(number, F_GETFL) & O_ACCMODE) == O_RDONLY)
@@ -91,17 +171,32 @@ Result<> OpenOutput(QFile *file)
 
 bool PrintLine(const QString &text)
 {
-    return Print(stdout, text + u'\n');
+    return Print(Output, text + u'\n');
 }
 
 void PrintError(const QString &text)
 {
-    Print(stderr, text + u'\n');
+    Print(Error, text + u'\n');
+}
+
+void TellStarter(const QString &text, bool wrong)
+{
+#ifdef Q_OS_WIN
+    if (!Stream(wrong ? Error : Output)) {
+        const std::wstring title = QCoreApplication::applicationName().toStdWString();
+        MessageBoxW(nullptr, text.toStdWString().c_str(), title.c_str(), wrong ? MB_ICONWARNING : MB_OK);
+        return;
+    }
+#endif
+    if (wrong)
+        PrintError(text);
+    else
+        PrintLine(text);
 }
 
 void NoteError(const QString &text)
 {
-    if (TakesBytes(stderr, 0))
+    if (TakesBytes(Error, 0))
         PrintError(text);
 }
 
@@ -109,9 +204,9 @@ void ShowOnTerminal(const QString &text)
 {
     static const bool shown = IsErrorTerminal();
     static qsizetype before = 0;
-    if (!shown || !TakesBytes(stderr, 0))
+    if (!shown || !TakesBytes(Error, 0))
         return;
-    Print(stderr, u'\r' + text.leftJustified(before, u' ') + u'\r' + text);
+    Print(Error, u'\r' + text.leftJustified(before, u' ') + u'\r' + text);
     before = text.size();
 }
 
