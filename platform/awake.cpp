@@ -10,6 +10,9 @@
 #include <QDBusUnixFileDescriptor>
 #include <QThread>
 #endif
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
 
 namespace px40 {
 
@@ -82,30 +85,60 @@ bool Awake::IsHeld() const
     return inhibitor_->descriptor.isValid();
 }
 
+Awake::~Awake() = default;
+
 #else
 
 struct Awake::Inhibitor
 {
+    bool holds = false;
 };
 
-Awake::Awake(const QDBusConnection *) {}
+Awake::Awake(const QDBusConnection *) : inhibitor_(new Inhibitor) {}
 
-void Awake::Hold(const QString &) {}
+void Awake::Hold(const QString &purpose)
+{
+    Release();
+    QMetaObject::invokeMethod(
+        this,
+        [this, purpose, question = asked_] {
+            if (question == asked_)
+                Ask(purpose);
+        },
+        Qt::QueuedConnection);
+}
 
-void Awake::Ask(const QString &) {}
+void Awake::Ask(const QString &)
+{
+#ifdef Q_OS_WIN
+    inhibitor_->holds = SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED) != 0;
+    if (inhibitor_->holds)
+        Q_EMIT held();
+    else
+        Q_EMIT refused(qt_error_string());
+#endif
+}
 
 void Awake::Release()
 {
     ++asked_;
+#ifdef Q_OS_WIN
+    if (inhibitor_->holds)
+        SetThreadExecutionState(ES_CONTINUOUS);
+#endif
+    inhibitor_->holds = false;
 }
 
 bool Awake::IsHeld() const
 {
-    return false;
+    return inhibitor_->holds;
+}
+
+Awake::~Awake()
+{
+    Release();
 }
 
 #endif
-
-Awake::~Awake() = default;
 
 } // namespace px40

@@ -9,15 +9,15 @@ class QDBusConnection;
 
 namespace px40 {
 
-/// Keeps the computer from going to sleep by itself, by an inhibitor of the system's log-in service (logind).
-/// Nobody waits for its answer. A lid or a user may send the computer to sleep all the same. Where there is
-/// no such service it is refused.
+/// Keeps the computer from going to sleep by itself, by an inhibitor of the system's log-in service (logind),
+/// or on Windows by what it has for that. Nobody waits for the answer, which comes from the event loop. A lid
+/// or a user may send the computer to sleep all the same. Where there is no such service it is refused.
 class Awake : public QObject
 {
     Q_OBJECT
 
   public:
-    /// `bus`: null for the system's.
+    /// `bus`: null for the system's. On Windows it lives on one thread, and goes before that one ends.
     explicit Awake(const QDBusConnection *bus = nullptr);
     ~Awake() override;
 
