@@ -1,5 +1,7 @@
 #include "document/journal.h"
 
+#include "platform/filenames.h"
+
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
@@ -29,6 +31,11 @@ using namespace Qt::StringLiterals;
 
 constexpr int ApplicationId = 0x50583430; // tells what the database is for
 const QString Suffix = u".journal"_s;
+#ifdef Q_OS_WIN
+constexpr const char *UsualVfs = "win32-longpath";
+#else
+constexpr const char *UsualVfs = "";
+#endif
 
 quint32 Sum(quint32 seed, const void *bytes, std::size_t size)
 {
@@ -175,6 +182,15 @@ qsizetype Append(std::string_view rows, DataFile *data)
     return count;
 }
 
+std::string NameForSqlite(const QString &path)
+{
+#ifdef Q_OS_WIN
+    return NativeName(QFileInfo(path).absoluteFilePath()).toStdString(); // UTF-8
+#else
+    return QFile::encodeName(path).toStdString();
+#endif
+}
+
 bool HasTables(SQLite::Database &database)
 {
     SQLite::Statement count(database, "SELECT count(*) FROM sqlite_master WHERE name IN ('about', 'row')");
@@ -258,8 +274,8 @@ QStringList JournalFile::AllIn(const QString &folder)
 
 JournalFile::JournalFile(const QString &path, int flags, const char *vfs)
     : path_(path), seed_(SeedOf(NameOf(path).value_or(Name()).id)),
-      database_(std::make_unique<SQLite::Database>(QFile::encodeName(path).toStdString(),
-                                                   flags | SQLITE_OPEN_NOMUTEX, 0, vfs ? vfs : ""))
+      database_(std::make_unique<SQLite::Database>(NameForSqlite(path), flags | SQLITE_OPEN_NOMUTEX, 0,
+                                                   vfs ? vfs : UsualVfs))
 {
     // What is in the database is not trusted, and nothing is tidied up at the end: it would only cost time.
     sqlite3_db_config(database_->getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);

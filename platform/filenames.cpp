@@ -9,11 +9,13 @@
 #include <QRegularExpression>
 #include <QString>
 
+#ifdef Q_OS_WIN
+#include <string>
+
+#include <windows.h>
+#else
 #include <filesystem>
 #include <system_error>
-
-#ifdef Q_OS_WIN
-#include <windows.h>
 #endif
 
 namespace px40 {
@@ -26,12 +28,71 @@ constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
 constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
 #endif
 
+#ifdef Q_OS_WIN
+
+std::wstring SystemName(const QString &name)
+{
+    return NativeName(QFileInfo(name).absoluteFilePath()).toStdWString();
+}
+
+/// What only this file has; empty where there is none.
+QString Identity(const QString &name)
+{
+    // Without any right, so that it is there for files that another program holds as well.
+    const HANDLE file =
+        CreateFileW(SystemName(name).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return {};
+    BY_HANDLE_FILE_INFORMATION about = {};
+    const bool known = GetFileInformationByHandle(file, &about) != 0;
+    CloseHandle(file);
+    if (known && (about.nFileIndexHigh != 0 || about.nFileIndexLow != 0))
+        return QStringLiteral("%1 %2 %3")
+            .arg(about.dwVolumeSerialNumber)
+            .arg(about.nFileIndexHigh)
+            .arg(about.nFileIndexLow);
+    return QFileInfo(name).canonicalFilePath().toLower(); // some servers do not number their files
+}
+
+#endif
+
 } // namespace
+
+QString NativeName(const QString &absolute)
+{
+    constexpr qsizetype Longest = 247; // of a folder, so that "8.3" names fit in it
+    QString name = absolute;
+    name.replace(u'\\', u'/');
+    const bool plain = !name.startsWith(u"//?/") && !name.startsWith(u"//./");
+    const bool onServer = plain && name.startsWith(u"//");
+    if (plain)
+        name = QDir::cleanPath(onServer ? name.mid(1) : name);
+    if (onServer)
+        name.prepend(u'/');
+    name.replace(u'/', u'\\');
+    if (!plain || name.size() <= Longest)
+        return name;
+    return onServer ? QStringLiteral("\\\\?\\UNC") + name.mid(1) : QStringLiteral("\\\\?\\") + name;
+}
 
 bool SameFile(const QString &one, const QString &other)
 {
     if (one.isEmpty() || other.isEmpty())
         return false;
+#ifdef Q_OS_WIN
+    const QString first = Identity(one);
+    const QString second = Identity(other);
+    if (!first.isEmpty() || !second.isEmpty())
+        return first == second;
+    // Files that do not exist yet are compared by name and folder.
+    const QFileInfo here(one);
+    const QFileInfo there(other);
+    const QString folder = Identity(here.absolutePath());
+    return here.fileName().compare(there.fileName(), NameCase) == 0 &&
+           (folder.isEmpty() ? here.absolutePath().compare(there.absolutePath(), NameCase) == 0
+                             : folder == Identity(there.absolutePath()));
+#else
     const std::filesystem::path first = QFileInfo(one).filesystemAbsoluteFilePath();
     const std::filesystem::path second = QFileInfo(other).filesystemAbsoluteFilePath();
     std::error_code absent;
@@ -45,13 +106,13 @@ bool SameFile(const QString &one, const QString &other)
         return QDir::cleanPath(QFileInfo(unreadable ? name : real).filePath());
     };
     return path(first).compare(path(second), NameCase) == 0;
+#endif
 }
 
 bool MayBeWritten(const QString &name)
 {
 #ifdef Q_OS_WIN
-    const QString path = QDir::toNativeSeparators(QFileInfo(name).absoluteFilePath());
-    const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t *>(path.utf16()));
+    const DWORD attributes = GetFileAttributesW(SystemName(name).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return true;
     constexpr DWORD protecting =

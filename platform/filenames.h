@@ -1,10 +1,14 @@
 #pragma once
 
-class QString;
+#include <QString>
 
 namespace px40 {
 
 class Clock;
+
+/// An absolute name for the functions of Windows itself, which take one of 260 characters and more, or of a
+/// folder whose files may come to that, only in this form: with backslashes, and not to be interpreted.
+QString NativeName(const QString &absolute);
 
 /// Whether two names lead to the same file, however they are written: through links, from the current folder,
 /// with "..", or in another case where the file system folds it. A file need not exist for it. An empty name

@@ -5,7 +5,9 @@
 #include <memory>
 
 #ifdef Q_OS_WIN
-#include <QDir>
+#include "platform/filenames.h"
+
+#include <QFileInfo>
 
 #include <qt_windows.h>
 #endif
@@ -15,7 +17,7 @@ namespace px40 {
 void SetHidden([[maybe_unused]] const QString &name, [[maybe_unused]] bool hidden)
 {
 #ifdef Q_OS_WIN
-    const QString native = QDir::toNativeSeparators(name);
+    const QString native = NativeName(QFileInfo(name).absoluteFilePath());
     SetFileAttributesW(reinterpret_cast<const wchar_t *>(native.utf16()),
                        hidden ? FILE_ATTRIBUTE_HIDDEN : FILE_ATTRIBUTE_NORMAL);
 #endif

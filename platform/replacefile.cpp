@@ -1,5 +1,7 @@
 #include "platform/replacefile.h"
 
+#include "platform/filenames.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -71,8 +73,8 @@ bool IsGone(qint64 pid)
 int Rename(const QString &from, const QString &to, bool mayReplace)
 {
     const DWORD flags = MOVEFILE_WRITE_THROUGH | (mayReplace ? MOVEFILE_REPLACE_EXISTING : 0);
-    const QString nativeFrom = QDir::toNativeSeparators(from);
-    const QString nativeTo = QDir::toNativeSeparators(to);
+    const QString nativeFrom = NativeName(from);
+    const QString nativeTo = NativeName(to);
     return MoveFileExW(reinterpret_cast<const wchar_t *>(nativeFrom.utf16()),
                        reinterpret_cast<const wchar_t *>(nativeTo.utf16()), flags)
                ? 0
@@ -81,7 +83,8 @@ int Rename(const QString &from, const QString &to, bool mayReplace)
 
 bool IsHeld(int error)
 {
-    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED;
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+           error == ERROR_ACCESS_DENIED || error == ERROR_USER_MAPPED_FILE;
 }
 
 void TakeModeOf(const QString &, QFile &) {}

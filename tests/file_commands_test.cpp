@@ -195,6 +195,17 @@ class FileCommandsTest : public QObject
         };
         for (const auto &[one, other, same] : rows)
             QVERIFY2(SameFile(desk.Path(one), desk.Path(other)) == same, qPrintable(other));
+        const QString deep = QString(250, u'd') + u'/' + QString(250, u'e');
+        const QString native = QDir::cleanPath(deep).replace(u'/', u'\\');
+        const std::pair<QString, QString> names[] = {
+            {u"C:/a/../b.CSV"_qs, u"C:\\b.CSV"_qs},
+            {u"C:/./"_qs + deep, u"\\\\?\\C:\\"_qs + native},
+            {u"//server/share/x/.."_qs, u"\\\\server\\share"_qs},
+            {u"\\\\server\\share/"_qs + deep, u"\\\\?\\UNC\\server\\share\\"_qs + native},
+            {u"\\\\?\\C:\\"_qs + native, u"\\\\?\\C:\\"_qs + native},
+        };
+        for (const auto &[name, expected] : names)
+            QCOMPARE(NativeName(name), expected);
     }
 };
 
