@@ -3,7 +3,36 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#ifdef Q_OS_WIN
+#include <QCryptographicHash>
+
+#include <windows.h>
+#endif
+
 namespace px40 {
+
+#ifdef Q_OS_WIN
+
+SingleInstance::SingleInstance(const QString &name)
+{
+    // Of this user, in all of this user's sessions.
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    const QByteArray user = QCryptographicHash::hash(folder.toLower().toUtf8(), QCryptographicHash::Sha1);
+    name_ = QStringLiteral("Global\\") + name + u'-' + QString::fromLatin1(user.toHex());
+}
+
+bool SingleInstance::Acquire()
+{
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, reinterpret_cast<const wchar_t *>(name_.utf16()));
+    const bool taken = mutex ? GetLastError() == ERROR_ALREADY_EXISTS : GetLastError() == ERROR_ACCESS_DENIED;
+    if (mutex && taken)
+        CloseHandle(mutex);
+    else if (mutex)
+        mutex_ = {mutex, &CloseHandle};
+    return !taken;
+}
+
+#else
 
 namespace {
 
@@ -37,5 +66,7 @@ bool SingleInstance::Acquire()
         return lock_.isLocked();
     return !lock_.getLockInfo(&pid, &host, &program) && lock_.removeStaleLockFile() && lock_.tryLock(0);
 }
+
+#endif
 
 } // namespace px40
