@@ -48,8 +48,7 @@ int Run(int argc, char *argv[])
 
     KeepStandardStreams();
     // Without QApplication: help, errors and jobs without a window must work without a display.
-    const QString title = Text(Str::ApplicationTitle);
-    QApplication::setApplicationName(title);
+    QApplication::setApplicationName(Text(Str::ApplicationTitle));
     Result<CommandLine> parsed;
     {
         const QCoreApplication parsing(argc, argv);
@@ -85,7 +84,8 @@ int Run(int argc, char *argv[])
         return ExitDone;
 
     MessagePrompts prompts;
-    Services services(UserStore(title), PathsFor(line.dataFolder), prompts);
+    const Paths paths = PathsFor(line.dataFolder);
+    Services services(StoreFor(paths), paths, prompts);
     const std::shared_ptr<void> simulation = TakePorts(line, services);
 
     Awake awake;

@@ -1,6 +1,8 @@
 #include "app/settings.h"
 
 #include "platform/portmap.h"
+#include "platform/userstore.h"
+#include "resources/strings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -40,8 +42,13 @@ Paths PathsIn(const QString &folder)
     QString base = QDir::toNativeSeparators(folder);
     if (!base.endsWith(QDir::separator()))
         base += QDir::separator();
+#ifdef Q_OS_WIN
+    const QString user = base + QStringLiteral("PX40USER.INI");
+#else
+    const QString user;
+#endif
     return {base + QStringLiteral("PX40AP.INI"), base + QStringLiteral("WORK.~~~"),
-            base + QStringLiteral("Unsaved")};
+            base + QStringLiteral("Unsaved"), user};
 }
 
 QString ChooseDataFolder(const QString &programFolder)
@@ -60,6 +67,12 @@ Paths PathsFor(const QString &wanted)
     Paths paths = PathsIn(ChooseDataFolder(QCoreApplication::applicationDirPath()));
     paths.UnsavedPath = PathsIn(UserDataFolder()).UnsavedPath;
     return paths;
+}
+
+UserStore StoreFor(const Paths &paths)
+{
+    return paths.UserPath.isEmpty() ? UserStore(Text(Str::ApplicationTitle))
+                                    : UserStore::InFile(paths.UserPath);
 }
 
 void Settings::ReadFile()

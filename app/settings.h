@@ -4,12 +4,18 @@
 
 namespace px40 {
 
+class UserStore;
+
 /// Where the program keeps its files.
 struct Paths
 {
     QString IniPath;     ///< the settings file "PX40AP.INI"
     QString WorkPath;    ///< the work file "WORK.~~~" through which data files are read and written
     QString UnsavedPath; ///< the folder "Unsaved" of the journals; empty: no journals are kept
+    /// The file "PX40USER.INI" of window positions and the like, on Windows, so that the program's folder can
+    /// be carried along with all that is set in it; empty elsewhere, where it is the desktop's place for
+    /// that.
+    QString UserPath;
 };
 
 /// All of them in that folder, with the separators of the platform.
@@ -19,9 +25,12 @@ Paths PathsIn(const QString &folder);
 /// for the application, which is created.
 QString ChooseDataFolder(const QString &programFolder);
 
-/// All of them in the folder `wanted`; where that is empty the two files in the one chosen, and the journals,
-/// which are one user's own, in the user's data folder.
+/// All of them in the folder `wanted`; where that is empty the files in the one chosen, and the journals,
+/// which are one user's own and must outlive a stick that is pulled out, in the user's data folder.
 Paths PathsFor(const QString &wanted);
+
+/// What is kept per user.
+UserStore StoreFor(const Paths &paths);
 
 /// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in the
 /// system's own encoding. Neither reading nor writing ever complains.

@@ -15,7 +15,7 @@ class UserStore
     /// The store of the application of that name for the user who runs it.
     explicit UserStore(const QString &application);
 
-    /// A store in a file of its own, for tests.
+    /// A store in a file of its own.
     static UserStore InFile(const QString &path);
 
     /// Empty when nothing is kept.

@@ -65,7 +65,7 @@ int RunDownload(const CommandLine &line)
     DecliningPrompts prompts;
     Paths paths = PathsFor(line.dataFolder);
     paths.UnsavedPath.clear(); // the instrument keeps its readings
-    Services services(UserStore(Text(Str::ApplicationTitle)), paths, prompts);
+    Services services(StoreFor(paths), paths, prompts);
     const std::shared_ptr<void> simulation = TakePorts(line, services);
     ChoosePort(line, services);
 

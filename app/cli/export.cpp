@@ -80,7 +80,7 @@ int RunExport(const CommandLine &line)
 
     // Without a work file, because an open program may be using it.
     DecliningPrompts prompts;
-    Services services(UserStore(Text(Str::ApplicationTitle)), Paths(), prompts);
+    Services services(StoreFor(PathsFor(line.dataFolder)), Paths(), prompts);
     const Result<std::shared_ptr<DataSet>> dataSet =
         Load(QDir::toNativeSeparators(QFileInfo(line.exportFrom).absoluteFilePath()), &services);
     if (!dataSet)

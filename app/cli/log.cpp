@@ -246,7 +246,7 @@ int RunLog(const CommandLine &line)
     Paths paths = PathsFor(line.dataFolder);
     paths.WorkPath.clear(); // a program that is open may be using it
     DecliningPrompts prompts;
-    Services services(UserStore(Text(Str::ApplicationTitle)), paths, prompts);
+    Services services(StoreFor(paths), paths, prompts);
     const std::shared_ptr<void> simulation = TakePorts(line, services);
     ChoosePort(line, services);
 
