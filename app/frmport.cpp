@@ -17,6 +17,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace px40 {
 
 namespace {
@@ -53,11 +55,14 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
     auto *const llPort = NewNamed<QLabel>(u"llPort", Text(Str::PortLabel), this);
     llPort->setBuddy(cbPort_);
     for (int number = PortMap::First; number <= PortMap::Last; ++number)
-        cbPort_->addItem(QString::number(number));
+        cbPort_->addItem(QString::number(number), QString::number(number));
+    if (!PortMap::CanAssign())
+        NameDevices();
     // A simulated instrument has a port of its own, whatever the settings say. If their text is no port
     // number, the first one stays.
-    cbPort_->setCurrentText(services.simulated ? QString::number(services.comm.PortNumber())
-                                               : services.settings.PortNumberText);
+    const int entry = cbPort_->findData(services.simulated ? QString::number(services.comm.PortNumber())
+                                                           : services.settings.PortNumberText);
+    cbPort_->setCurrentIndex(std::max(0, entry));
     cbPort_->setMaxVisibleItems(PortMap::Last);
 
     auto *const column = new QVBoxLayout(this);
@@ -105,9 +110,24 @@ QComboBox *frmPort::BuildDeviceBox()
     return box;
 }
 
+/// Puts beside each number what is plugged in there.
+void frmPort::NameDevices()
+{
+    const QList<PortDevice> devices = PortMap::LiveDevices();
+    for (int entry = 0; entry < cbPort_->count(); ++entry) {
+        const QString number = cbPort_->itemData(entry).toString();
+        for (const PortDevice &device : devices) {
+            if (device.path == services_->ports.Device(number.toInt()))
+                cbPort_->setItemText(
+                    entry, number + QStringLiteral("  (") +
+                               (device.description.isEmpty() ? device.path : device.description) + u')');
+        }
+    }
+}
+
 int frmPort::ChosenPort() const
 {
-    return cbPort_->currentText().toInt();
+    return cbPort_->currentData().toInt();
 }
 
 void frmPort::ShowDeviceOfPort()
@@ -174,8 +194,8 @@ QCoro::Task<void> frmPort::Apply(QPointer<frmPort> dialog)
     services->comm.ClosePort();
     dialog->checkTimer_->SetInterval(0);
     dialog->checkTimer_->SetEnabled(false);
-    const QString chosen = dialog->cbPort_->currentText();
-    services->comm.SetPortNumber(chosen.toInt());
+    const QString chosen = QString::number(dialog->ChosenPort());
+    services->comm.SetPortNumber(dialog->ChosenPort());
     const Result<> opened = services->comm.OpenPort();
     if (!opened) {
         if (dialog->cbDevice_)

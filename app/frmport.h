@@ -27,6 +27,7 @@ class frmPort : public FormDialog
   private:
     static QCoro::Task<void> Apply(QPointer<frmPort> dialog);
     QComboBox *BuildDeviceBox();
+    void NameDevices();
     void ShowDeviceOfPort();
     void DescribeDevice();
     void KeepDevice();

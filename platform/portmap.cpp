@@ -106,7 +106,7 @@ QList<PortDevice> PortMap::LiveDevices()
     devices.reserve(ports.size());
     for (const QSerialPortInfo &port : ports) {
         PortDevice device;
-        device.path = LastingName(port.systemLocation());
+        device.path = CanAssign() ? LastingName(port.systemLocation()) : port.portName();
         device.description = port.description();
         if (!port.manufacturer().isEmpty() && !device.description.contains(port.manufacturer()))
             device.description.prepend(port.manufacturer() + QLatin1Char(' '));

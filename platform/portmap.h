@@ -36,9 +36,11 @@ struct PortIdentity
 
 /// Which device is assigned to a port number, 1 to 16.
 ///
-/// On Windows number N is COMN. Elsewhere a number is a slot to which the user assigns a device; the
-/// assignment is kept in the per-user store and stays when other devices come and go. A device fixed for
-/// this run (from the command line, or the simulated instrument) takes precedence and is not saved.
+/// On Windows number N is COMN: the system keeps it for one adapter, that with its serial number or, where it
+/// has none, the one in its socket, so there it is the lasting name as well. Elsewhere a number is a slot to
+/// which the user assigns a device; the assignment is kept in the per-user store and stays when other devices
+/// come and go. A device fixed for this run (from the command line, or the simulated instrument) takes
+/// precedence and is not saved.
 class PortMap
 {
   public:

@@ -59,6 +59,12 @@ bool TakesBytes(Handle handle)
 
 bool EndsTheLine(QSerialPort::SerialPortError error)
 {
+#ifdef Q_OS_WIN
+    // Each driver has another error for an adapter that is gone, and after none of them is anything read.
+    if (error == QSerialPort::PermissionError || error == QSerialPort::DeviceNotFoundError ||
+        error == QSerialPort::UnknownError)
+        return true;
+#endif
     return error == QSerialPort::ResourceError || error == QSerialPort::ReadError ||
            error == QSerialPort::WriteError;
 }
