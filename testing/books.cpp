@@ -44,7 +44,7 @@ BookParts Without(const QByteArray &name)
 
 BookRig::BookRig(const BookParts &parts, const QString &fileName) : name(folder.filePath(fileName))
 {
-    zip_t *archive = zip_open(QFile::encodeName(name).constData(), ZIP_CREATE, nullptr);
+    zip_t *archive = zip_open(name.toUtf8().constData(), ZIP_CREATE, nullptr);
     Require(archive, name + QStringLiteral(" cannot be made."));
     for (const auto &[part, text] : parts) {
         zip_source_t *source =
@@ -68,7 +68,7 @@ QMap<QByteArray, EntryState> ReadPackage(const QString &file, bool strict)
 {
     QMap<QByteArray, EntryState> entries;
     const int flags = ZIP_RDONLY | (strict ? ZIP_CHECKCONS : 0);
-    zip_t *archive = zip_open(QFile::encodeName(file).constData(), flags, nullptr);
+    zip_t *archive = zip_open(file.toUtf8().constData(), flags, nullptr);
     if (!archive)
         return entries;
     const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive, 0));

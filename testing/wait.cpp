@@ -5,7 +5,16 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <cstdio>
+
 namespace px40 {
+
+RigError::RigError(const QString &sentence) : std::runtime_error(sentence.toStdString())
+{
+#ifdef Q_OS_WIN
+    std::fprintf(stderr, "%s\n", what()); // nobody else does
+#endif
+}
 
 bool WaitUntil(const std::function<bool()> &done, int timeoutMs)
 {

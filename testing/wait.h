@@ -18,7 +18,7 @@ namespace px40 {
 class RigError : public std::runtime_error
 {
   public:
-    explicit RigError(const QString &sentence) : std::runtime_error(sentence.toStdString()) {}
+    explicit RigError(const QString &sentence);
 };
 
 /// Throws RigError with that sentence unless `condition` holds.

@@ -161,7 +161,7 @@ class WorkbookTest : public QObject
         int changes = 9 - additions;
         const QByteArrayList mayChange = {"[content_types].xml", "xl/_rels/workbook.xml.rels",
                                           "xl/styles.xml", "xl/workbook.xml"};
-        BookRig rig(parts, u"it's a \"book\" αβγ.xlsm"_qs);
+        BookRig rig(parts, u"it's a 'book' αβγ.xlsm"_qs);
         QFile::setPermissions(rig.name, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
         const QFile::Permissions permissions = QFile::permissions(rig.name);
         const QStringList names = SheetNames(rig.name);
