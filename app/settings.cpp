@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QStringDecoder>
 #include <QTemporaryFile>
 
 namespace px40 {
@@ -28,6 +29,14 @@ bool CanWriteIn(const QString &folder)
 QString UserDataFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+}
+
+/// The system's own encoding, in which files were written once, where it is no UTF-8.
+QString Decoded(const QByteArray &line)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    const QString text = utf8(line);
+    return utf8.hasError() ? QString::fromLocal8Bit(line) : text;
 }
 
 bool IsPort(int number)
@@ -86,7 +95,7 @@ void Settings::ReadFile()
         QByteArray line = file.readLine(LongestLine);
         while (line.endsWith('\n') || line.endsWith('\r'))
             line.chop(1);
-        *text = QString::fromLocal8Bit(line);
+        *text = Decoded(line);
     }
 }
 
@@ -95,11 +104,11 @@ void Settings::WriteSettingsFile()
     QSaveFile file(paths_.IniPath); // a full disk leaves the old settings
     if (!file.open(QIODevice::WriteOnly))
         return;
-    file.write(PortNumberText.toLocal8Bit() + "\r\n");
+    file.write(PortNumberText.toUtf8() + "\r\n");
     if (!IsPort(PortNumberText.trimmed().toInt()))
         PortNumberText = QStringLiteral("1");
-    file.write(ForwardFileText.toLocal8Bit() + "\r\n");
-    file.write(ForwardTitleText.toLocal8Bit() + "\r\n");
+    file.write(ForwardFileText.toUtf8() + "\r\n");
+    file.write(ForwardTitleText.toUtf8() + "\r\n");
     file.commit();
 }
 

@@ -32,8 +32,8 @@ Paths PathsFor(const QString &wanted);
 /// What is kept per user.
 UserStore StoreFor(const Paths &paths);
 
-/// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in the
-/// system's own encoding. Neither reading nor writing ever complains.
+/// The settings file: three lines (port number, forward file, forward title), each ended by CR LF, in
+/// UTF-8, which holds any path. Neither reading nor writing ever complains.
 class Settings
 {
   public:

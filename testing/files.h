@@ -22,11 +22,18 @@ QByteArray Contents(const QString &name);
 /// `shape` are its first two lines.
 QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
 
+/// For a test of what files and devices are on Unix alone: links, modes, device files.
+#ifdef Q_OS_UNIX
+#define PX40_NEEDS_UNIX()
+#else
+#define PX40_NEEDS_UNIX() QSKIP("Files and devices are not like this here.")
+#endif
+
 /// Whether there is a way to make a disk full (`FullDisk`).
 #ifdef Q_OS_UNIX
-inline constexpr bool CanFillDisk = true;
+inline constexpr bool IsUnix = true;
 #else
-inline constexpr bool CanFillDisk = false;
+inline constexpr bool IsUnix = false;
 #endif
 inline constexpr quint64 NoLimit = ~quint64{0};
 

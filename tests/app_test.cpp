@@ -89,7 +89,7 @@ class AppTest : public QObject
         settings.WriteSettingsFile();
         // A port that is none is written as it is, and only then replaced.
         QCOMPARE(Contents(paths.IniPath),
-                 "0\r\n" + settings.ForwardFileText.toLocal8Bit() + "\r\nLoop 7\r\n");
+                 "0\r\n" + settings.ForwardFileText.toUtf8() + "\r\nLoop 7\r\n");
         QCOMPARE(settings.PortNumberText, u"1"_qs);
 
         Settings again(paths);
@@ -233,6 +233,7 @@ class AppTest : public QObject
 
     void PortsAreSlots()
     {
+        PX40_NEEDS_UNIX();
         const QTemporaryDir folder;
         const QString file = folder.filePath(u"user.ini"_qs);
         UserStore store = UserStore::InFile(file);
@@ -275,6 +276,7 @@ class AppTest : public QObject
 
     void ReopensTheSameDevice()
     {
+        PX40_NEEDS_UNIX();
         const auto [before, after, found] = ThisRow<std::tuple<QStringList, QStringList, QString>>();
         const QTemporaryDir folder;
         const auto plug = [&folder](const QStringList &devices) {
