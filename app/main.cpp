@@ -46,6 +46,11 @@ int Run(int argc, char *argv[])
 {
     using namespace px40;
 
+#ifdef Q_OS_WIN
+    // A thread that has looked for such a pattern frees this library's memory twice at its end with our
+    // compiler.
+    qputenv("QT_ENABLE_REGEXP_JIT", "0");
+#endif
     KeepStandardStreams();
     // Without QApplication: help, errors and jobs without a window must work without a display.
     QApplication::setApplicationName(Text(Str::ApplicationTitle));

@@ -68,7 +68,8 @@ QString InstrumentRig::Expected(const QString &command)
 }
 
 LinkRig::LinkRig(sim::ServerOptions options, int replyTimeoutMs)
-    : InstrumentRig(std::move(options)), PortRig(Device(), folder.filePath(QStringLiteral("user.ini")), replyTimeoutMs)
+    : InstrumentRig(std::move(options)),
+      PortRig(Device(), folder.filePath(QStringLiteral("user.ini")), replyTimeoutMs)
 {
     FixOn(ports);
 }

@@ -9,6 +9,12 @@
 
 namespace px40 {
 
+#ifdef Q_OS_WIN
+namespace {
+[[maybe_unused]] const bool WithoutJit = qputenv("QT_ENABLE_REGEXP_JIT", "0"); // see main.cpp of the program
+} // namespace
+#endif
+
 RigError::RigError(const QString &sentence) : std::runtime_error(sentence.toStdString())
 {
 #ifdef Q_OS_WIN

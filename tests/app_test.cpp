@@ -88,8 +88,7 @@ class AppTest : public QObject
         settings.ForwardTitleText = u"Loop 7"_qs;
         settings.WriteSettingsFile();
         // A port that is none is written as it is, and only then replaced.
-        QCOMPARE(Contents(paths.IniPath),
-                 "0\r\n" + settings.ForwardFileText.toUtf8() + "\r\nLoop 7\r\n");
+        QCOMPARE(Contents(paths.IniPath), "0\r\n" + settings.ForwardFileText.toUtf8() + "\r\nLoop 7\r\n");
         QCOMPARE(settings.PortNumberText, u"1"_qs);
 
         Settings again(paths);

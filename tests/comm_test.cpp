@@ -1,4 +1,5 @@
 #include "resources/strings.h"
+#include "testing/files.h"
 #include "testing/linkrig.h"
 #include "testing/rows.h"
 
@@ -241,6 +242,7 @@ class CommTest : public QObject
 
     void SecondOpeningIsRefused()
     {
+        PX40_NEEDS_UNIX();
         CommRig rig;
         // Through a link, as a lasting name is one: it is the same device all the same.
         const QString link = rig.folder.filePath(u"by-id"_qs);

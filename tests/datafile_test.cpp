@@ -460,7 +460,9 @@ class DataFileTest : public QObject
         QVERIFY(Put(name, "old"));
         for (const char *const content : {"new", "newer"}) {
             QVERIFY(MayBeWritten(name));
-            const auto write = [&](QIODevice &to) { return WriteBytes(to, content, qint64(qstrlen(content))); };
+            const auto write = [&](QIODevice &to) {
+                return WriteBytes(to, content, qint64(qstrlen(content)));
+            };
             QCOMPARE(Why(ReplaceContents(name, write)), QString());
             QCOMPARE(Contents(name), QByteArray(content));
         }

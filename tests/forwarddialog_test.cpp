@@ -63,7 +63,7 @@ struct ForwardRig : DialogRig<frmForward>
 
     LinkState state;
     QTemporaryDir folder;
-    const QString book = folder.filePath(u"Größe \"1\".xlsx"_qs);
+    const QString book = folder.filePath(u"Größe '1'.xlsx"_qs);
     const QString remembered = folder.filePath(u"other.xls"_qs);
     QMap<QString, QString> faults; ///< of workbooks, by path
     ForwardMemory memory;
@@ -161,7 +161,7 @@ class ForwardDialogTest : public QObject
         AddRows<QString>({{"none", {}},
                           {"absent", u"gone.xls"_qs},
                           {"a folder", u"./"_qs},
-                          {"unfit", u"Größe \"1\".xlsx"_qs}});
+                          {"unfit", u"Größe '1'.xlsx"_qs}});
     }
 
     void UnusableFileIsReturnedTo()

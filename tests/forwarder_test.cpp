@@ -9,6 +9,7 @@
 #include "link/linkuse.h"
 #include "platform/userstore.h"
 #include "testing/books.h"
+#include "testing/files.h"
 #include "testing/heldclock.h"
 #include "testing/prompts.h"
 #include "testing/rows.h"
@@ -342,6 +343,7 @@ class ForwarderTest : public QObject
     /// meanwhile.
     void NewNameIsAskedFor()
     {
+        PX40_NEEDS_UNIX();
         Rig rig;
         rig.AddRows(1);
         const QString other = rig.folder.filePath(u"other.xlsx"_s);

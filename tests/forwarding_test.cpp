@@ -80,7 +80,7 @@ class ForwardingTest : public QObject
         program.prompts.files = {program.book};
         program.Forward("Mdata", u"Loop/7"_qs);
         QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
-        QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + program.folder.path() + u'.');
+        QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + QDir::toNativeSeparators(program.folder.path()) + u'.');
         QCOMPARE(program.desktop.shown, QStringList(program.book));
         const frmData *const data = program.DataWindows().first();
         QVERIFY(WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
@@ -171,7 +171,7 @@ class ForwardingTest : public QObject
                      u"Forward error occurred. (1New)  This folder does not exist.  1New "),
                  qPrintable(program.Message()));
         QCOMPARE(program.prompts.warnings.size(), 1);
-        QVERIFY(program.prompts.warnings.constFirst().endsWith(u"stick/book.xlsx"));
+        QVERIFY(program.prompts.warnings.constFirst().endsWith(QDir::toNativeSeparators(u"stick/book.xlsx"_qs)));
         QVERIFY(program.desktop.shown.isEmpty());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
         program.prompts.files = {program.book}; // and forwarded again

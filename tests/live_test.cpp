@@ -1,6 +1,7 @@
 #include "acquire/frminterval.h"
 #include "app/maincommands.h"
 #include "source/frmsrcvalueset.h"
+#include "testing/files.h"
 #include "testing/liveprogram.h"
 
 #include <QComboBox>
@@ -331,6 +332,7 @@ class LiveTest : public QObject
     /// One port at a time has a connection to lose.
     void OnlyTheOpenPortIsLost()
     {
+        PX40_NEEDS_UNIX();
         LiveProgram program;
         const auto *const panel = program.Find<QLabel>("Port");
         QVERIFY(program.Unplug());

@@ -1,3 +1,4 @@
+#include "testing/files.h"
 #include "testing/liverig.h"
 #include "testing/rows.h"
 
@@ -339,6 +340,7 @@ class RealtimeTest : public QObject
 
     void RowsWhenTheClockIsSet()
     {
+        PX40_NEEDS_UNIX();
         const auto [zone, startMs, jumpMs, interval, rows] = ThisRow<Setting>();
         qputenv("TZ", zone);
         const auto back = qScopeGuard([this] { initTestCase(); });
@@ -364,6 +366,7 @@ class RealtimeTest : public QObject
 
     void UnpluggedRunGoesOn()
     {
+        PX40_NEEDS_UNIX();
         LiveRig rig;
         // The user has named the port by its number, which will be another one's.
         QVERIFY(QDir(rig.folder.path()).mkdir(u"by-id"_qs));

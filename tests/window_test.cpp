@@ -2,6 +2,7 @@
 #include "platform/geometry.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
+#include "testing/files.h"
 #include "testing/program.h"
 #include "testing/rows.h"
 
@@ -219,6 +220,7 @@ class WindowTest : public QObject
 
     void MainWindowStandsWhereItStood()
     {
+        PX40_NEEDS_UNIX();
         const auto [before, state, after] = ThisRow<States>();
         ScriptedProgram program;
         UserStore &store = program.services.store;
@@ -293,6 +295,7 @@ class WindowTest : public QObject
 
     void PortDialogKeepsTheOldPortUntilOneOpens()
     {
+        PX40_NEEDS_UNIX();
         StartedProgram program;
         program.services.settings.PortNumberText = u"1"_qs;
         QCOMPARE(program.window->tmCheckStat.Interval(), 1000);
