@@ -200,11 +200,20 @@ FileFingerprint FingerprintOf(const QString &name)
 {
     FileFingerprint fingerprint;
 #ifdef Q_OS_WIN
-    const QFileInfo info(name);
-    if (info.exists()) {
-        fingerprint.size = info.size();
-        fingerprint.time = info.lastModified().toMSecsSinceEpoch();
+    const QString native = WindowsName(QDir(name).absolutePath());
+    const HANDLE file = CreateFileW(reinterpret_cast<const wchar_t *>(native.utf16()), 0,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    BY_HANDLE_FILE_INFORMATION now = {};
+    if (file != INVALID_HANDLE_VALUE && GetFileInformationByHandle(file, &now)) {
+        const auto whole = [](DWORD high, DWORD low) { return quint64{high} << 32 | low; };
+        fingerprint.size = static_cast<qint64>(whole(now.nFileSizeHigh, now.nFileSizeLow));
+        fingerprint.time =
+            static_cast<qint64>(whole(now.ftLastWriteTime.dwHighDateTime, now.ftLastWriteTime.dwLowDateTime));
+        fingerprint.number = whole(now.nFileIndexHigh, now.nFileIndexLow);
     }
+    if (file != INVALID_HANDLE_VALUE)
+        CloseHandle(file);
 #else
     struct stat now = {};
     if (::stat(QFile::encodeName(name).constData(), &now) == 0) {

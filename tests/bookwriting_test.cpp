@@ -1,8 +1,8 @@
 // Workbooks as other programs pack them, and such as a disk or a cable has damaged. How one takes its place:
 // over which file, in which folder, and what lies beside it.
 
-#include "testing/files.h"
 #include "testing/books.h"
+#include "testing/files.h"
 #include "testing/rows.h"
 #include "testing/wait.h"
 

@@ -102,7 +102,10 @@ class DataWindowTest : public QObject
 
         program.window->activateWindow();
         QTRY_VERIFY(program.window->isActiveWindow());
-        QTest::keyClick(opened, Qt::Key_W, Qt::ControlModifier);
+        if (IsUnix)
+            QTest::keyClick(opened, Qt::Key_W, Qt::ControlModifier);
+        else
+            program.Action("mnuFileClose")->trigger();
         QTRY_VERIFY(program.DataWindows().isEmpty());
         QVERIFY(!program.Action("Save")->isEnabled());
 

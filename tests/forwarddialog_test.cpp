@@ -63,8 +63,8 @@ struct ForwardRig : DialogRig<frmForward>
 
     LinkState state;
     QTemporaryDir folder;
-    const QString book = folder.filePath(u"Größe '1'.xlsx"_qs);
-    const QString remembered = folder.filePath(u"other.xls"_qs);
+    const QString book = QDir::toNativeSeparators(folder.filePath(u"Größe '1'.xlsx"_qs));
+    const QString remembered = QDir::toNativeSeparators(folder.filePath(u"other.xls"_qs));
     QMap<QString, QString> faults; ///< of workbooks, by path
     ForwardMemory memory;
     std::optional<ForwardChoice> choice;
@@ -106,7 +106,8 @@ class ForwardDialogTest : public QObject
         QVERIFY(rig.choice && !rig.state.CancelRequest);
         QCOMPARE(rig.choice->title, u"new"_qs);
         QCOMPARE(rig.choice->openAfter, !boxes.contains("cbShow"));
-        QCOMPARE(QDir::cleanPath(rig.choice->fileName), way == "obOpen" ? rig.book : QString());
+        QCOMPARE(QDir::toNativeSeparators(QDir::cleanPath(rig.choice->fileName)),
+                 way == "obOpen" ? rig.book : QString());
         memory.replace(u"BOOK"_qs, rig.choice->fileName).replace(u"OLD"_qs, rig.remembered);
         QCOMPARE(rig.Memory(), memory);
     }
@@ -175,7 +176,7 @@ class ForwardDialogTest : public QObject
             rig.Click("btBrawse");
         };
         if (!name.isEmpty())
-            name = rig.folder.filePath(name);
+            name = QDir::toNativeSeparators(rig.folder.filePath(name));
         rig.Type("tbTitle", "new");
         rig.Find("tbFile")->setText(name);
         rig.Click("btOk");

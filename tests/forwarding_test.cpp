@@ -80,10 +80,11 @@ class ForwardingTest : public QObject
         program.prompts.files = {program.book};
         program.Forward("Mdata", u"Loop/7"_qs);
         QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
-        QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs + QDir::toNativeSeparators(program.folder.path()) + u'.');
+        QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs +
+                                        QDir::toNativeSeparators(program.folder.path()) + u'.');
         QCOMPARE(program.desktop.shown, QStringList(program.book));
         const frmData *const data = program.DataWindows().first();
-        QVERIFY(WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
+        QVERIFY(!IsUnix || WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
         const std::shared_ptr<DataSet> dataSet = data->Data();
         QCOMPARE(dataSet->GetDatacount(), 50);
         QCOMPARE(program.services.settings.ForwardTitleText, u"Loop/7"_qs); // for the next time
@@ -171,7 +172,8 @@ class ForwardingTest : public QObject
                      u"Forward error occurred. (1New)  This folder does not exist.  1New "),
                  qPrintable(program.Message()));
         QCOMPARE(program.prompts.warnings.size(), 1);
-        QVERIFY(program.prompts.warnings.constFirst().endsWith(QDir::toNativeSeparators(u"stick/book.xlsx"_qs)));
+        QVERIFY(
+            program.prompts.warnings.constFirst().endsWith(QDir::toNativeSeparators(u"stick/book.xlsx"_qs)));
         QVERIFY(program.desktop.shown.isEmpty());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
         program.prompts.files = {program.book}; // and forwarded again

@@ -3,6 +3,7 @@
 #include "graph/graphexport.h"
 #include "graph/graphline.h"
 #include "graph/graphpane.h"
+#include "testing/files.h"
 #include "testing/rows.h"
 
 #include <QContextMenuEvent>
@@ -123,6 +124,7 @@ class GraphTest : public QObject
 
     void GraphOutlivesItsSet()
     {
+        PX40_NEEDS_UNIX();
         auto rig = std::make_unique<GraphRig>(30);
         GraphPane pane(&rig->set.Graph());
         pane.show();
@@ -368,7 +370,8 @@ class GraphTest : public QObject
             QVERIFY(chart.IsHidden(drawing));
             QTest::mouseClick(&chart, Qt::LeftButton, {}, entry(drawing));
         }
-        QCOMPARE(chart.grab().toImage(), all);
+        if (IsUnix) // elsewhere a line may be under the pointer
+            QCOMPARE(chart.grab().toImage(), all);
         QVERIFY(!chart.IsZoomed());
     }
 };
