@@ -302,11 +302,13 @@ class JournalTest : public QObject
     void TroubleIsToldAndMended()
     {
         const auto spoil = ThisRow<Spoil>();
+        const bool folderStays = QLatin1StringView(QTest::currentDataTag()) != u"folder removed"_qs;
+        if (!folderStays && !IsUnix)
+            QSKIP("A folder with open files stays here.");
         DiskShim shim;
         JournalRig rig(DiskShim::Vfs);
         rig.Add(3);
         QVERIFY(rig.journal->Protects());
-        const bool folderStays = QLatin1StringView(QTest::currentDataTag()) != u"folder removed"_qs;
         quint32 cuts = 0;
         QStringList wrong;
         shim.onOperation = [&](DiskShim::Operation) {

@@ -67,6 +67,8 @@ void Recovery(Stage &stage)
     stage.Choose("mnuViewMoniter");
     stage.Choose("Source");
     stage.Take("19e-recovered");
+    if (!IsUnix) // where a folder with open files stays
+        return;
     QDir(unsaved).removeRecursively();
     Require(Put(unsaved, "a file"), u"A file cannot be made."_s);
     stage.Choose("mnuDataMemory");

@@ -53,7 +53,7 @@ void DiscardData(Stage &stage)
 /// In the port dialog: that number, and that device for it where it is not the system that assigns them.
 void ChooseDevice(Stage &stage, QDialog *dialog, int number, const QString &device)
 {
-    QTest::keyClicks(stage.Find<QComboBox>("cbPort", dialog), QString::number(number));
+    stage.Find<QComboBox>("cbPort", dialog)->setCurrentText(QString::number(number));
     if (PortMap::CanAssign())
         QTest::keyClicks(stage.Find<QComboBox>("cbDevice", dialog)->lineEdit(), device);
 }
