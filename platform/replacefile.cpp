@@ -200,7 +200,7 @@ FileFingerprint FingerprintOf(const QString &name)
 {
     FileFingerprint fingerprint;
 #ifdef Q_OS_WIN
-    const QString native = WindowsName(QDir(name).absolutePath());
+    const QString native = NativeName(QFileInfo(name).absoluteFilePath());
     const HANDLE file = CreateFileW(reinterpret_cast<const wchar_t *>(native.utf16()), 0,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
