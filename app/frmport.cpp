@@ -56,8 +56,10 @@ frmPort::frmPort(Services &services, Timer &checkTimer, QWidget *parent)
     llPort->setBuddy(cbPort_);
     for (int number = PortMap::First; number <= PortMap::Last; ++number)
         cbPort_->addItem(QString::number(number), QString::number(number));
-    if (!PortMap::CanAssign())
+    if (!PortMap::CanAssign()) {
         NameDevices();
+        setMinimumWidth(fontMetrics().averageCharWidth() * 50); // the title needs it
+    }
     // A simulated instrument has a port of its own, whatever the settings say. If their text is no port
     // number, the first one stays.
     const int entry = cbPort_->findData(services.simulated ? QString::number(services.comm.PortNumber())

@@ -107,19 +107,30 @@ BOOL WINAPI OnConsole(DWORD event)
     return TRUE;
 }
 
+/// Until the window is closed.
+void AnswerMessages()
+{
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        DispatchMessageW(&message);
+}
+
 LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
+    static bool held = false;
     switch (message) {
     case WM_QUERYENDSESSION:
         return TRUE;
     case WM_ENDSESSION:
         if (wParam) {
             Tell();
-            Sleep(INFINITE);
+            held = true;
+            AnswerMessages(); // the other windows of this program send some on their way out
         }
         return 0;
     case WM_CLOSE: // from `~EndSignals`
-        DestroyWindow(window);
+        if (!held)
+            DestroyWindow(window);
         return 0;
     case WM_DESTROY:
         PostQuitMessage(0);
@@ -141,9 +152,8 @@ void RunWindow(std::promise<HWND> made)
     const HWND window = CreateWindowW(kind.lpszClassName, L"", WS_OVERLAPPED, 0, 0, 0, 0, nullptr, nullptr,
                                       kind.hInstance, nullptr);
     made.set_value(window);
-    MSG message;
-    while (window && GetMessageW(&message, nullptr, 0, 0) > 0)
-        DispatchMessageW(&message);
+    if (window)
+        AnswerMessages();
 }
 
 } // namespace
