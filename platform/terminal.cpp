@@ -5,7 +5,11 @@
 #ifdef Q_OS_WIN
 #include <QCoreApplication>
 
+#include <condition_variable>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <io.h>
@@ -49,7 +53,7 @@ bool WasGivenStreams()
     return (start.dwFlags & STARTF_USESTDHANDLES) != 0;
 }
 
-bool Print(DWORD which, QString text)
+bool Write(DWORD which, QString text)
 {
     const HANDLE stream = Stream(which);
     if (IsTerminal(which)) {
@@ -73,9 +77,77 @@ bool Print(DWORD which, QString text)
     return stream != nullptr;
 }
 
+/// Writes to the error stream on a thread: a console in which somebody marks text takes nothing until that is
+/// over, and a run must not wait for it.
+class Aside
+{
+  public:
+    /// Lives as long as the thread.
+    static Aside &Only()
+    {
+        static Aside &only = *new Aside;
+        return only;
+    }
+
+    void Print(const QString &text)
+    {
+        const std::lock_guard lock(mutex_);
+        waiting_ += text;
+        if (!std::exchange(runs_, true))
+            std::thread(&Aside::Work, this).detach();
+        changed_.notify_all();
+    }
+
+    bool HasRoom()
+    {
+        constexpr qsizetype Most = 4096;
+        const std::lock_guard lock(mutex_);
+        return waiting_.size() < Most;
+    }
+
+    void Finish()
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return waiting_.isEmpty() && !writes_; });
+    }
+
+  private:
+    [[noreturn]] void Work()
+    {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            changed_.wait(lock, [this] { return !waiting_.isEmpty(); });
+            const QString text = std::exchange(waiting_, {});
+            writes_ = true;
+            lock.unlock();
+            Write(Error, text);
+            lock.lock();
+            writes_ = false;
+            changed_.notify_all();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    QString waiting_;
+    bool runs_ = false;
+    bool writes_ = false;
+};
+
+bool Print(DWORD which, const QString &text)
+{
+    Aside::Only().Finish();
+    return Write(which, text);
+}
+
+void PrintAside(const QString &text)
+{
+    Aside::Only().Print(text);
+}
+
 bool TakesBytes(DWORD which, int)
 {
-    return Stream(which) != nullptr;
+    return Stream(which) && (which != Error || Aside::Only().HasRoom());
 }
 
 #else
@@ -86,6 +158,11 @@ std::FILE *const Error = stderr;
 bool Print(std::FILE *stream, const QString &text)
 {
     return std::fputs(text.toLocal8Bit().constData(), stream) >= 0 && std::fflush(stream) == 0;
+}
+
+void PrintAside(const QString &text)
+{
+    Print(stderr, text);
 }
 
 bool IsTerminal(std::FILE *stream)
@@ -197,7 +274,7 @@ void TellStarter(const QString &text, bool wrong)
 void NoteError(const QString &text)
 {
     if (TakesBytes(Error, 0))
-        PrintError(text);
+        PrintAside(text + u'\n');
 }
 
 void ShowOnTerminal(const QString &text)
@@ -206,7 +283,7 @@ void ShowOnTerminal(const QString &text)
     static qsizetype before = 0;
     if (!shown || !TakesBytes(Error, 0))
         return;
-    Print(Error, u'\r' + text.leftJustified(before, u' ') + u'\r' + text);
+    PrintAside(u'\r' + text.leftJustified(before, u' ') + u'\r' + text);
     before = text.size();
 }
 
