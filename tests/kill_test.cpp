@@ -212,6 +212,10 @@ class KillRig : public InstrumentRig
         const qint64 killed = time_.elapsed();
         ::kill(static_cast<pid_t>(process.processId()), SIGKILL);
         process.waitForFinished();
+        // Killed while it made the lock of its device it leaves an empty one, which nobody takes away.
+        const QString device = QFileInfo(Device()).canonicalFilePath().section(u'/', -1);
+        if (QFileInfo lock(u"/var/lock/LCK..pts_"_qs + device); lock.exists() && lock.size() == 0)
+            QFile::remove(lock.filePath());
         told += process.readAll();
         Demand(told, ready, killed - 1000);
         return Look();
