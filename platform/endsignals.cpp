@@ -88,6 +88,8 @@ EndSignals::~EndSignals()
 
 namespace {
 
+constexpr UINT Done = WM_APP; ///< nothing is heard any more
+
 std::mutex hearing;
 EndSignals *hearer = nullptr;
 
@@ -128,7 +130,10 @@ LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
             AnswerMessages(); // the other windows of this program send some on their way out
         }
         return 0;
-    case WM_CLOSE: // from `~EndSignals`
+    case WM_CLOSE: // from taskkill, say
+        Tell();
+        return 0;
+    case Done:
         if (!held)
             DestroyWindow(window);
         return 0;
@@ -193,7 +198,7 @@ EndSignals::~EndSignals()
     }
     SetConsoleCtrlHandler(&OnConsole, FALSE);
     if (source_->window)
-        PostMessageW(source_->window, WM_CLOSE, 0, 0);
+        PostMessageW(source_->window, Done, 0, 0);
     // It may be holding the system.
     source_->thread.detach();
 }
