@@ -115,7 +115,7 @@ class DemoLine : public QIODevice
     void GoOnReplying()
     {
         if (!reply_)
-            reply_.emplace(instrument_->Obey());
+            reply_ = Reply{instrument_->Obey(), 0};
         const Clock::time_point now = Clock::now();
         const sim::Delivery &delivery = reply_->delivery;
         const std::size_t before = reply_->gone;

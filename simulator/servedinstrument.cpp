@@ -14,7 +14,7 @@ constexpr std::size_t MaxHistory = 10000;
 } // namespace
 
 ServedInstrument::ServedInstrument(ServerOptions options)
-    : instrument_(options.seed), faults_(std::move(options.faults)), line_(options.line),
+    : instrument_(options.seed), faults_(options.faults), line_(options.line),
       observer_(std::move(options.observer))
 {
     instrument_.HoldStatuses(std::move(options.statuses));
