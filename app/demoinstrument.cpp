@@ -41,7 +41,12 @@ class DemoLine : public QIODevice
 
     void HangUp()
     {
-        setErrorString(qt_error_string(EIO));
+#ifdef Q_OS_WIN
+        constexpr int Gone = 1167; // ERROR_DEVICE_NOT_CONNECTED
+#else
+        constexpr int Gone = EIO;
+#endif
+        setErrorString(qt_error_string(Gone));
         Q_EMIT readChannelFinished();
     }
 
@@ -90,7 +95,8 @@ class DemoLine : public QIODevice
             GoOnReplying();
         else
             Listen();
-        if (alive && !timer_.isActive() && (!sent_.isEmpty() || !injected_.isEmpty() || commandCome_))
+        if (alive && isOpen() && !timer_.isActive() &&
+            (!sent_.isEmpty() || !injected_.isEmpty() || commandCome_))
             Wake();
     }
 

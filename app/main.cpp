@@ -25,8 +25,6 @@
 
 #ifdef Q_OS_WIN
 #include <windows.h>
-
-#include <cstdio>
 #endif
 
 namespace {
@@ -91,7 +89,7 @@ int Run(int argc, char *argv[])
     MessagePrompts prompts;
     const Paths paths = PathsFor(line.dataFolder);
     Services services(StoreFor(paths), paths, prompts);
-    const std::shared_ptr<void> simulation = TakePorts(line, services);
+    TakePorts(line, services);
 
     Awake awake;
     services.awake = &awake;
@@ -124,7 +122,7 @@ int main(int argc, char *argv[])
 {
     const int code = Run(argc, argv);
 #ifdef Q_OS_WIN
-    std::fflush(nullptr);
+    px40::AwaitTold();
     EndProcess(code);
 #else
     return code;

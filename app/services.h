@@ -13,6 +13,8 @@
 #include "platform/portmap.h"
 #include "platform/userstore.h"
 
+#include <memory>
+
 namespace px40 {
 
 class Awake;
@@ -39,6 +41,7 @@ struct Services
         return {ports.Device(comm.PortNumber()), QDateTime::fromMSecsSinceEpoch(clock.UtcMs()), simulated};
     }
 
+    std::shared_ptr<void> demo; ///< the simulated instrument, if the link leads to it; goes after that
     UserStore store;
     Settings settings;
     Prompts &prompts;

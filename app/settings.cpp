@@ -1,6 +1,8 @@
 #include "app/settings.h"
 
+#include "platform/files.h"
 #include "platform/portmap.h"
+#include "platform/replacefile.h"
 #include "platform/userstore.h"
 #include "resources/strings.h"
 
@@ -8,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QStringDecoder>
 #include <QTemporaryFile>
@@ -34,7 +35,7 @@ QString UserDataFolder()
 /// The system's own encoding, in which files were written once, where it is no UTF-8.
 QString Decoded(const QByteArray &line)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8);
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = utf8(line);
     return utf8.hasError() ? QString::fromLocal8Bit(line) : text;
 }
@@ -101,15 +102,13 @@ void Settings::ReadFile()
 
 void Settings::WriteSettingsFile()
 {
-    QSaveFile file(paths_.IniPath); // a full disk leaves the old settings
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    file.write(PortNumberText.toUtf8() + "\r\n");
-    if (!IsPort(PortNumberText.trimmed().toInt()))
+    const QStringList fields{PortNumberText, ForwardFileText, ForwardTitleText, QString()};
+    const QByteArray lines = fields.join(QStringLiteral("\r\n")).toUtf8();
+    // A full disk leaves the old settings.
+    const Result<> written = ReplaceContents(
+        paths_.IniPath, [&lines](QIODevice &to) { return WriteBytes(to, lines.constData(), lines.size()); });
+    if (written && !IsPort(PortNumberText.trimmed().toInt()))
         PortNumberText = QStringLiteral("1");
-    file.write(ForwardFileText.toUtf8() + "\r\n");
-    file.write(ForwardTitleText.toUtf8() + "\r\n");
-    file.commit();
 }
 
 int Settings::PortNumber() const

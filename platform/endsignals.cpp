@@ -171,7 +171,8 @@ struct EndSignals::Source : QAbstractNativeEventFilter
         const UINT kind = static_cast<MSG *>(message)->message;
         if (kind != WM_QUERYENDSESSION && kind != WM_ENDSESSION)
             return false;
-        *result = kind == WM_QUERYENDSESSION ? TRUE : 0;
+        if (result)
+            *result = kind == WM_QUERYENDSESSION ? TRUE : 0;
         return true;
     }
 

@@ -81,8 +81,7 @@ void PortMap::Assign(int number, const QString &path)
 void PortMap::Fix(int number, const QString &path, const DeviceOpener &open)
 {
     fixed_.insert(number, path);
-    if (open)
-        openers_.insert(path, open);
+    openers_.insert(path, open);
 }
 
 void PortMap::KeepAsKnown(int number)

@@ -74,10 +74,14 @@ std::unique_ptr<QIODevice> OpenSystemDevice(PortOpenResult *result)
     result->trouble = CheckDevice(result->device, &result->group);
     if (result->trouble != PortTrouble::None)
         return nullptr;
+    auto port = std::make_unique<QSerialPort>();
+#ifdef Q_OS_UNIX
     // The lock against a second program goes by the name, so a device must always have the same one.
     const QString canonical = QFileInfo(result->device).canonicalFilePath();
-    auto port = std::make_unique<QSerialPort>();
     port->setPortName(canonical.isEmpty() ? result->device : canonical);
+#else
+    port->setPortName(result->device); // a file of that name in the working folder is none
+#endif
     port->setBaudRate(QSerialPort::Baud9600);
     port->setParity(QSerialPort::NoParity);
     port->setDataBits(QSerialPort::Data8);

@@ -5,6 +5,8 @@
 #ifdef Q_OS_WIN
 #include <QCoreApplication>
 
+#include <array>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <string>
@@ -107,8 +109,9 @@ class Aside
 
     void Finish()
     {
+        constexpr std::chrono::seconds Patience{1};
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return waiting_.isEmpty() && !writes_; });
+        changed_.wait_for(lock, Patience, [this] { return waiting_.isEmpty() && !writes_; });
     }
 
   private:
@@ -184,18 +187,17 @@ bool TakesBytes(std::FILE *stream, int milliseconds)
 void KeepStandardStreams()
 {
 #ifdef Q_OS_WIN
+    // Files and pipes stay what they were: whoever joins a console gets that for all of its streams.
+    const std::array given = {std::pair(Output, Stream(Output)), std::pair(Error, Stream(Error))};
     // Nothing is lost where it fails: there is no console then, or it is this program's already.
     AttachConsole(ATTACH_PARENT_PROCESS);
-    if (WasGivenStreams())
-        return;
-    for (const DWORD which : {Output, Error}) {
-        if (Stream(which))
-            continue;
-        const HANDLE console =
-            CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                        OPEN_EXISTING, 0, nullptr);
-        if (console != INVALID_HANDLE_VALUE)
-            SetStdHandle(which, console);
+    for (const auto &[which, before] : given) {
+        HANDLE stream = before;
+        if (!stream && !WasGivenStreams())
+            stream = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                 nullptr, OPEN_EXISTING, 0, nullptr);
+        if (stream && stream != INVALID_HANDLE_VALUE)
+            SetStdHandle(which, stream);
     }
 #else
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -204,6 +206,13 @@ void KeepStandardStreams()
     }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+#endif
+}
+
+void AwaitTold()
+{
+#ifdef Q_OS_WIN
+    Aside::Only().Finish();
 #endif
 }
 

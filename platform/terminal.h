@@ -41,6 +41,9 @@ void TellStarter(const QString &text, bool wrong);
 /// The same for what is told on the way: left out where it would have to be waited for.
 void NoteError(const QString &text);
 
+/// Before the process is ended: what was told on the way is out, or its reader has let it wait for a second.
+void AwaitTold();
+
 /// Shows a text in place of the one shown before, on the standard error stream if that is a terminal; else
 /// nothing. Empty: takes the last one away. Left out while the terminal is held (Ctrl+S).
 void ShowOnTerminal(const QString &text);

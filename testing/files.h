@@ -22,15 +22,15 @@ QByteArray Contents(const QString &name);
 /// `shape` are its first two lines.
 QByteArray SampleFile(const char *kind = "2", const char *shape = "9600,5400,0");
 
-/// For a test of what files and devices are on Unix alone: links, modes, device files; or of where pointer
-/// and focus go, which wine does not tell as a test sets them.
+/// For a test that only Unix allows: of its links, modes and device files, or of where pointer and focus go,
+/// which wine does not tell as a test sets them.
 #ifdef Q_OS_UNIX
-#define PX40_NEEDS_UNIX()
+#define PX40_NEEDS_UNIX() static_cast<void>(0)
 #else
 #define PX40_NEEDS_UNIX() QSKIP("Files, devices or the focus are not like this here.")
 #endif
 
-/// Whether there is a way to make a disk full (`FullDisk`).
+/// On Unix, where `FullDisk` makes a disk full.
 #ifdef Q_OS_UNIX
 inline constexpr bool IsUnix = true;
 #else

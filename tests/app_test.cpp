@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "document/dataset.h"
 #include "link/linkstate.h"
+#include "platform/awake.h"
 #include "platform/geometry.h"
 #include "platform/portmap.h"
 #include "platform/singleinstance.h"
@@ -18,6 +19,10 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
 
 using namespace px40;
 
@@ -75,6 +80,8 @@ class AppTest : public QObject
         QCOMPARE(read("\r\n\r\nt\r\n"), u"1||t"_qs);
         QCOMPARE(read("abc\r\nf\r\nt\r\n"), u"1|f|t"_qs);
         QCOMPARE(read("17\r\n\r\n\r\n"), u"1||"_qs);
+        QVERIFY(read("2\r\nMesures d'\xe9t\xe9\r\nCaf\xe9").startsWith(u"2|Mesures d'")); // not in UTF-8
+        QVERIFY(read("2\r\nMesures d'\xe9t\xe9\r\nCaf\xe9").contains(u"|Caf"));
         QVERIFY(read(QByteArray(1 << 20, '\xfe')).startsWith(u"1|"));
     }
 
@@ -386,6 +393,22 @@ class AppTest : public QObject
         QVERIFY(third.Acquire());
 #endif
     }
+
+#ifdef Q_OS_WIN
+    void ComputerIsKeptAwake()
+    {
+        const auto wanted = [] { return SetThreadExecutionState(ES_CONTINUOUS) & ES_SYSTEM_REQUIRED; };
+        Awake awake;
+        awake.Hold(u"A run"_qs);
+        QTRY_VERIFY(awake.IsHeld());
+        QVERIFY(wanted());
+        awake.Hold(u"Another run"_qs);
+        QTRY_VERIFY(awake.IsHeld());
+        awake.Release();
+        QVERIFY(!awake.IsHeld());
+        QVERIFY(!wanted());
+    }
+#endif
 };
 
 QTEST_GUILESS_MAIN(AppTest)

@@ -113,7 +113,10 @@ using Styles = std::pair<BookParts, QByteArray>; // a workbook, and where its st
 QString Leftover()
 {
     QProcess gone;
-    gone.start(u"true"_qs, QStringList());
+    if (IsUnix)
+        gone.start(u"true"_qs, QStringList());
+    else
+        gone.start(u"cmd"_qs, {u"/c"_qs, u"exit"_qs});
     Require(gone.waitForStarted(), u"No process can be started."_qs);
     const QString name = u".px40-%1-ab.tmp"_qs.arg(gone.processId());
     gone.waitForFinished();
@@ -434,18 +437,26 @@ class BookWritingTest : public QObject
 
     void SweepsLeftovers()
     {
-        PX40_NEEDS_UNIX();
         const BookRig rig;
         const QString dead = Leftover();
         const QString ours = u".px40-%1-ab.tmp"_qs.arg(QCoreApplication::applicationPid());
-        for (const QString &name : {dead, ours, u".px40-1-ab.tmp"_qs, u".px40-notes.tmp"_qs})
+        QProcess other;
+        other.start(IsUnix ? u"cat"_qs : u"cmd"_qs, QStringList());
+        QVERIFY(other.waitForStarted());
+        const QString used = u".px40-%1-ab.tmp"_qs.arg(other.processId());
+        for (const QString &name : {dead, ours, used, u".px40-notes.tmp"_qs})
             QVERIFY(Put(rig.folder.filePath(name), "x"));
         Replacement writing(rig.name);
         QVERIFY(writing.Open());
         QStringList left = rig.Neighbours();
-        QVERIFY(left.removeAll(dead) == 1 && left.removeAll(ours) == 1 && left.size() == 3);
+        QCOMPARE(left.size(), 5);
+        left.removeAll(dead);
+        if (IsUnix) // where a lock says that it is in use
+            left.removeAll(ours);
         SweepWorkbook(rig.name);
         QCOMPARE(rig.Neighbours(), left);
+        other.kill();
+        other.waitForFinished();
     }
 
     void PrintTellsFilesApart()

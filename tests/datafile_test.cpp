@@ -334,14 +334,17 @@ class DataFileTest : public QObject
 
     void WorkFileMayBeElsewhere()
     {
-        PX40_NEEDS_UNIX();
         const auto [work, temporary, note] = ThisRow<WorkPlace>();
+        if (work == u"full")
+            PX40_NEEDS_UNIX();
         FileRig rig;
         const QTemporaryDir other;
         const QDir dir(rig.folder.path());
-        const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });
-        qputenv("TMPDIR", QFile::encodeName(temporary ? other.path() : other.filePath(u"gone"_qs)));
-        QVERIFY(dir.mkdir(u"sub"_qs) && QFile::link(u"/dev/full"_qs, dir.filePath(u"full"_qs)));
+        const char *const variable = IsUnix ? "TMPDIR" : "TMP";
+        const auto restore = qScopeGuard([=, before = qgetenv(variable)] { qputenv(variable, before); });
+        qputenv(variable, QFile::encodeName(temporary ? other.path() : other.filePath(u"gone"_qs)));
+        QVERIFY(dir.mkdir(u"sub"_qs));
+        QVERIFY(work != u"full" || QFile::link(u"/dev/full"_qs, dir.filePath(work)));
         rig.shared.WorkPath = work.isEmpty() ? work : dir.filePath(work);
         const QString name = rig.Put(SampleFile("0"));
         const QString saved = dir.filePath(u"saved.CSV"_qs);
@@ -358,7 +361,7 @@ class DataFileTest : public QObject
         QVERIFY(!rig.Set()->OpenFile(dir.filePath(u"sub"_qs)));
         QVERIFY(!set->SaveFile(dir.filePath(u"gone/saved.CSV"_qs)));
         QVERIFY(QDir(other.path()).isEmpty());
-        QVERIFY(QFile::exists(u"/dev/full"_qs));
+        QVERIFY(work != u"full" || QFile::exists(u"/dev/full"_qs));
     }
 
     void FailedSavingLeavesTheOldFile_data()

@@ -181,13 +181,14 @@ class FileCommandsTest : public QObject
 
     void NamesAreComparedByWhereTheyLead()
     {
-        PX40_NEEDS_UNIX();
         Desk desk;
         desk.Make(); // without a name
         desk.Make(u"a.CSV"_qs);
         QVERIFY(QDir(desk.folder.path()).mkdir(u"sub"_qs));
-        QVERIFY(QFile::link(desk.Path(u"sub"_qs), desk.Path(u"way"_qs)));
-        QVERIFY(QFile::link(desk.Path(u"a.CSV"_qs), desk.Path(u"sub/link.CSV"_qs)));
+        if (IsUnix) {
+            QVERIFY(QFile::link(desk.Path(u"sub"_qs), desk.Path(u"way"_qs)));
+            QVERIFY(QFile::link(desk.Path(u"a.CSV"_qs), desk.Path(u"sub/link.CSV"_qs)));
+        }
         QVERIFY(desk.commands.IsFileOpen(QDir::current().relativeFilePath(desk.Path(u"a.CSV"_qs))));
         QVERIFY(!desk.commands.IsFileOpen(QString()));
         const std::tuple<QString, QString, bool> rows[] = {
@@ -197,7 +198,9 @@ class FileCommandsTest : public QObject
             {u"no/../new.CSV"_qs, u"new.CSV"_qs, true},   {QString(300, u'a'), QString(300, u'b'), false},
         };
         for (const auto &[one, other, same] : rows)
-            QVERIFY2(SameFile(desk.Path(one), desk.Path(other)) == same, qPrintable(other));
+            QVERIFY2((!IsUnix && other.startsWith(u"way")) ||
+                         SameFile(desk.Path(one), desk.Path(other)) == same,
+                     qPrintable(other));
         const QString deep = QString(250, u'd') + u'/' + QString(250, u'e');
         const QString native = QDir::cleanPath(deep).replace(u'/', u'\\');
         const std::pair<QString, QString> names[] = {

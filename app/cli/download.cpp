@@ -66,7 +66,7 @@ int RunDownload(const CommandLine &line)
     Paths paths = PathsFor(line.dataFolder);
     paths.UnsavedPath.clear(); // the instrument keeps its readings
     Services services(StoreFor(paths), paths, prompts);
-    const std::shared_ptr<void> simulation = TakePorts(line, services);
+    TakePorts(line, services);
     ChoosePort(line, services);
 
     const StoredData::Mode mode = line.saveMode ? StoredData::Mode::Save : StoredData::Mode::Memory;

@@ -247,7 +247,7 @@ int RunLog(const CommandLine &line)
     paths.WorkPath.clear(); // a program that is open may be using it
     DecliningPrompts prompts;
     Services services(StoreFor(paths), paths, prompts);
-    const std::shared_ptr<void> simulation = TakePorts(line, services);
+    TakePorts(line, services);
     ChoosePort(line, services);
 
     const auto dataSet = std::make_shared<DataSet>(services.shared);

@@ -6,17 +6,17 @@
 
 namespace px40 {
 
-std::shared_ptr<void> TakePorts(const CommandLine &line, Services &services)
+void TakePorts(const CommandLine &line, Services &services)
 {
     for (const auto &[number, path] : line.portDevices)
         services.ports.Fix(number, path);
     if (!line.demo)
-        return nullptr;
+        return;
     const auto instrument = std::make_shared<DemoInstrument>();
     instrument->FixOn(services.ports, PortMap::First);
     services.ports.KeepNothing();
     services.simulated = true;
-    return instrument;
+    services.demo = instrument;
 }
 
 void ChoosePort(const CommandLine &line, Services &services)

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <memory>
-
 namespace px40 {
 
 struct CommandLine;
 struct Services;
 
-/// Assigns the devices that the command line names to their ports. Gives the simulated instrument, if it asks
-/// for that, which is to be kept as long as the ports are used; else null.
-std::shared_ptr<void> TakePorts(const CommandLine &line, Services &services);
+/// Assigns the devices that the command line names to their ports, and the simulated instrument if it asks
+/// for that.
+void TakePorts(const CommandLine &line, Services &services);
 
 /// For a job without a window, after that: the port that the command line names, or the only one it can mean,
 /// or that of the settings.
