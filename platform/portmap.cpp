@@ -81,7 +81,8 @@ void PortMap::Assign(int number, const QString &path)
 void PortMap::Fix(int number, const QString &path, const DeviceOpener &open)
 {
     fixed_.insert(number, path);
-    openers_.insert(path, open);
+    if (open)
+        openers_.insert(path, open);
 }
 
 void PortMap::KeepAsKnown(int number)

@@ -350,7 +350,7 @@ class ForwarderTest : public QObject
         rig.prompts.files = {rig.folder.filePath(u"book.ods"_s), nowhere};
         QVERIFY(rig.MakeBook());
         QCOMPARE(rig.prompts.warnings.size(), 2);
-        QVERIFY(rig.prompts.warnings.constLast().endsWith(u"\r\n"_s + nowhere));
+        QVERIFY(rig.prompts.warnings.constLast().endsWith(u"\r\n"_s + QDir::toNativeSeparators(nowhere)));
 
         rig.prompts.choices = {0, 0};
         rig.prompts.files = {rig.book, QString(), other}; // back to the question, then a name
