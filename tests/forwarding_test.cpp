@@ -1,6 +1,7 @@
 // Forwarding as the user of the whole program has it: after a download, from the menu, during a run.
 
 #include "forward/frmforward.h"
+#include "link/linkuse.h"
 #include "testing/books.h"
 #include "testing/liveprogram.h"
 
@@ -9,6 +10,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+
+#include <optional>
 
 namespace px40 {
 
@@ -92,12 +95,14 @@ class ForwardingTest : public QObject
         QCOMPARE(SheetNames(program.book), QStringList({u"Loop 7"_qs, u"Loop 7 (2)"_qs}));
 
         const QByteArray before = Contents(program.book);
-        for (int row = 0; row < 50'000; ++row) // long enough for a click
+        for (int row = 0; row < 50'000; ++row) // the writing has not ended before it hears of the click
             dataSet->AddData(QString(), u"1.5"_qs, QString(), QString(), QString());
+        std::optional<LinkUse> exchange(std::in_place, program.services.gate, ActivityStatusCheck);
         program.whileForwarding = [&] {
             QVERIFY(WaitUntil([&] { return program.Cancel()->isVisible(); }));
             QVERIFY(!program.window->close());
             Press(program.Cancel(), "btCancel");
+            exchange.reset(); // forwarding has waited for its end
         };
         program.Forward("Forward", QString(), program.book);
         QCOMPARE(program.prompts.warnings, QStringList(u"Canceled."_qs));
