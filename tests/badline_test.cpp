@@ -1,9 +1,9 @@
 #include "testing/liverig.h"
 #include "testing/rows.h"
 
+#include <QAbstractEventDispatcher>
 #include <QDeadlineTimer>
 #include <QLoggingCategory>
-#include <QThread>
 
 #include <deque>
 
@@ -93,11 +93,12 @@ struct SteppedRun : LiveRig
     /// Lets the program do all that it can do now, and the instrument read what was sent.
     void Follow()
     {
-        for (int turn = 0; turn < 8; ++turn)
-            QCoreApplication::processEvents();
+        QAbstractEventDispatcher *const events = QAbstractEventDispatcher::instance();
+        for (int idle = 0; idle < 2;)
+            idle = events->processEvents(QEventLoop::AllEvents) ? 0 : idle + 1;
         const QDeadlineTimer deadline(20000);
         while (qsizetype(server.CommandCount()) < traffic.sent.size() && !deadline.hasExpired())
-            QThread::yieldCurrentThread(); // its thread tells nobody
+            QCoreApplication::processEvents(); // it has this thread, or one of its own that tells nobody
         for (; seen_ < traffic.sent.size(); ++seen_) {
             const QString &command = traffic.sent.at(seen_);
             sentAt_ = now_;
