@@ -167,6 +167,7 @@ class DataWindowTest : public QObject
              {false, true}) { // of a window that is maximised, which this one then is as well
             FileProgram program;
             program.window->show();
+            QVERIFY(QTest::qWaitForWindowActive(program.window.get()));
             if (beside)
                 QVERIFY(program.Open(program.Put("other.CSV", "2", "9000,5100,2")));
             for (const auto &[shape, touch, expected] : rows) {
