@@ -1,26 +1,10 @@
 #include "testing/operatedprogram.h"
 
-#include "acquire/frmmoniter.h"
 #include "document/frmdata.h"
-#include "graph/chart.h"
-#include "simulator/keyorders.h"
-#include "source/frmsource.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QDesktopServices>
-#include <QDialog>
-#include <QDir>
-#include <QLineEdit>
-#include <QMdiArea>
-#include <QMenu>
-#include <QMenuBar>
 #include <QPointer>
 #include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTableView>
 #include <QTest>
-#include <QWindow>
 
 #include <algorithm>
 
@@ -33,26 +17,10 @@ namespace {
 constexpr int HourMs = 3600 * 1000;
 /// Three silent attempts do not take long; an instrument that answers does so much sooner.
 constexpr int ReplyTimeoutMs = 400;
-const QString NothingCame = u"What was to come next did not."_s;
 
 } // namespace
 
-Desktop::Desktop()
-{
-    QDesktopServices::setUrlHandler(u"file"_s, this, "Show");
-}
-
-Desktop::~Desktop()
-{
-    QDesktopServices::unsetUrlHandler(u"file"_s);
-}
-
 OperatedProgram::OperatedProgram(Port port) : Program(prompts, Unpaced(), &clock, port, ReplyTimeoutMs) {}
-
-QString OperatedProgram::Document(const QString &name)
-{
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).filePath(name);
-}
 
 void OperatedProgram::HoldTimers()
 {
@@ -68,7 +36,7 @@ void OperatedProgram::Wait(const std::function<bool()> &done)
         HoldTimers();
         return done();
     };
-    Await(held, NothingCame);
+    Await(held, u"What was to come next did not."_s);
 }
 
 void OperatedProgram::Idle()
@@ -94,23 +62,10 @@ void OperatedProgram::Seconds(int count)
         Second();
 }
 
-void OperatedProgram::Fade()
-{
-    Q_EMIT window->findChild<Timer *>(u"tmFade"_s)->tick();
-}
-
 void OperatedProgram::Second()
 {
     BeginSecond();
     Idle();
-}
-
-void OperatedProgram::SecondsUntil(const std::function<bool()> &done)
-{
-    for (int second = 0; !done(); ++second) {
-        Require(second < 60, NothingCame);
-        Second();
-    }
 }
 
 void OperatedProgram::StartUp()
@@ -134,62 +89,9 @@ void OperatedProgram::Send(const std::function<void()> &act)
     Idle();
 }
 
-void OperatedProgram::See(const std::function<void()> &act)
-{
-    Send(act);
-    Second();
-}
-
-void OperatedProgram::Set(const char *orders)
-{
-    const QList<QByteArray> all = QByteArray(orders).split(';');
-    for (const QByteArray &one : all) {
-        const std::string order = one.trimmed().toStdString();
-        std::string error;
-        const bool done = server.WithInstrument([&](sim::Instrument &instrument) {
-            return sim::IsKeyOrder(order) ? sim::ObeyKeys(order, instrument, &error)
-                                          : instrument.Answer(order) == "OK";
-        });
-        Require(done, u"The instrument does not obey \"%1\"."_s.arg(QString::fromStdString(order)));
-    }
-    Second();
-}
-
-QWidget *OperatedProgram::Moniter() const
-{
-    return OpenOne<frmMoniter>();
-}
-
-QWidget *OperatedProgram::Source() const
-{
-    return OpenOne<frmSource>();
-}
-
-void OperatedProgram::Open(const QString &name)
-{
-    Choose("mnuFileOpen");
-    ChooseFile(name);
-    Idle();
-}
-
 frmData *OperatedProgram::Data() const
 {
     return DataWindows().last();
-}
-
-Chart *OperatedProgram::Graph() const
-{
-    return Find<Chart>("chData", Data());
-}
-
-int OperatedProgram::Rows() const
-{
-    return Find<QTableView>("fgData", Data())->model()->rowCount();
-}
-
-void OperatedProgram::AwaitRows(int rows)
-{
-    Wait([&] { return !DataWindows().isEmpty() && Rows() >= rows; });
 }
 
 void OperatedProgram::BringToFront(QWidget *front)
@@ -208,54 +110,10 @@ void OperatedProgram::Click(QWidget *widget)
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-void OperatedProgram::Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts)
-{
-    for (const auto &[field, text] : texts) {
-        auto *const edit = Find<QLineEdit>(field, parent);
-        Click(edit);
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
-}
-
-QMenu *OperatedProgram::OpenMenu(const char *name)
-{
-    auto *const menu = Find<QMenu>(name);
-    QMenuBar *const bar = window->menuBar();
-    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
-    Wait([menu] { return menu->isVisible(); });
-    return menu;
-}
-
-void OperatedProgram::CloseMenu(QMenu *menu)
-{
-    QTest::keyClick(menu, Qt::Key_Escape);
-    QTest::keyClick(window->menuBar(), Qt::Key_Escape); // the highlight in the menu bar
-    Wait([menu] { return !menu->isVisible(); });
-}
-
 void OperatedProgram::Choose(const char *action)
 {
     Require(Action(action)->isEnabled(), u"\"%1\" cannot be chosen."_s.arg(QLatin1StringView(action)));
     Action(action)->trigger();
-}
-
-QMenu *OperatedProgram::OpenContextMenu(QWidget *widget, const QPoint &place)
-{
-    QWidget *const top = widget->window();
-    QTest::mouseClick(top->windowHandle(), Qt::RightButton, {}, widget->mapTo(top, place));
-    const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
-    Wait([&] { return menu() != nullptr; });
-    return menu();
-}
-
-void OperatedProgram::ChooseItem(QMenu *menu, const QString &text)
-{
-    const QList<QAction *> items = menu->actions();
-    const auto item =
-        std::find_if(items.begin(), items.end(), [&](auto *one) { return one->text().remove(u'&') == text; });
-    Require(item != items.end(), u"The menu has no item \"%1\"."_s.arg(text));
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
 }
 
 void OperatedProgram::Close(QWidget *closing, const std::function<void()> &act)
@@ -285,22 +143,6 @@ void OperatedProgram::Dismiss()
 void OperatedProgram::CloseDialog(QDialog *dialog, const char *button)
 {
     Close(dialog, [&] { Click(button, dialog); });
-}
-
-void OperatedProgram::ChooseFile(const QString &name)
-{
-    auto *const edit = Find<QLineEdit>("fileNameEdit", FileDialog());
-    edit->activateWindow();
-    edit->setFocus();
-    // The dialog takes what is marked in its list for the answer unless the user is in this field.
-    Wait([edit] { return edit->hasFocus(); });
-    edit->setText(name); // at once: the list of proposals would take the keys
-    QTest::keyClick(edit, Qt::Key_Return);
-}
-
-void OperatedProgram::Escape(QDialog *dialog)
-{
-    Close(dialog, [dialog] { QTest::keyClick(dialog, Qt::Key_Escape); });
 }
 
 } // namespace px40

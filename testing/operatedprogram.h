@@ -5,21 +5,11 @@
 #include "testing/program.h"
 
 #include <QApplication>
-#include <QDialog>
-#include <QList>
+#include <QDesktopServices>
 #include <QMessageBox>
-#include <QStringList>
-#include <QWidget>
-
-#include <utility>
-#include <vector>
-
-class QMenu;
-class QUrl;
+#include <QUrl>
 
 namespace px40 {
-
-class Chart;
 
 /// The top-level window of that kind, and of that object name if there is one, that is open; another one may
 /// be about to go.
@@ -42,10 +32,13 @@ class Desktop : public QObject
     Q_OBJECT
 
   public:
-    Desktop();
-    ~Desktop() override;
+    Desktop() { Use("Show"); }
+    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
 
-    Q_INVOKABLE void Show(const QUrl &) {}
+    void Use(const char *way) { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, way); }
+    Q_INVOKABLE void Show(const QUrl &url) { shown << url.toLocalFile(); }
+
+    QStringList shown;
 };
 
 struct OperatedParts
@@ -66,9 +59,6 @@ class OperatedProgram : public OperatedParts, public Program
   public:
     explicit OperatedProgram(Port port);
 
-    /// Below the user's documents.
-    static QString Document(const QString &name);
-
     /// The widget of that name below `parent`, or below the main window; throws RigError when there is none.
     template <typename T>
     T *Find(const char *name, const QObject *parent = nullptr) const
@@ -86,47 +76,21 @@ class OperatedProgram : public OperatedParts, public Program
     void BeginSecond();
     void Second();
     void Seconds(int count);
-    /// Seconds pass until the condition holds, at most 60.
-    void SecondsUntil(const std::function<bool()> &done);
-    /// Nothing new has come for a while.
-    void Fade();
     /// Does what makes the program send a command to switch or set something, and waits until it has its
     /// reply.
     void Send(const std::function<void()> &act);
-    /// The same; then a second passes, so that the windows show what came of it.
-    void See(const std::function<void()> &act);
     /// Starts the program and waits for the first status.
     void StartUp();
-    /// Lets somebody turn the instrument's knobs, and a status come. `orders`: its keys
-    /// (simulator/keyorders.h) and its own commands, with semicolons between.
-    void Set(const char *orders);
 
-    /// The MEASURE or the SOURCE window; null while it is closed.
-    QWidget *Moniter() const;
-    QWidget *Source() const;
-    /// The data window opened last, its graph and its number of rows.
+    /// The data window opened last.
     frmData *Data() const;
-    Chart *Graph() const;
-    int Rows() const;
-    /// Waits for a row of the data window opened last.
-    void AwaitRows(int rows);
-
-    /// Opens a data file by its name.
-    void Open(const QString &name);
 
     /// As the desktop does with a dialog that has just opened, or with a window that is clicked at.
     void BringToFront(QWidget *window);
     void Click(QWidget *widget);
     void Click(const char *name, const QObject *parent) { Click(Find<QWidget>(name, parent)); }
-    /// Types texts in place of those in the fields of that name.
-    void Type(const QObject *parent, const std::vector<std::pair<const char *, QString>> &texts);
     /// Chooses the item of a menu or the tool of that name.
     void Choose(const char *action);
-    QMenu *OpenMenu(const char *name);
-    void CloseMenu(QMenu *menu);
-    /// Opens the menu that a widget has for that place, with the right mouse button.
-    QMenu *OpenContextMenu(QWidget *widget, const QPoint &place);
-    void ChooseItem(QMenu *menu, const QString &text);
 
     QMessageBox *Box() { return AwaitOpen<QMessageBox>(); }
     /// Clicks the button of the message box that is open or opens, and waits until the box is gone.
@@ -136,12 +100,10 @@ class OperatedProgram : public OperatedParts, public Program
     QDialog *Dialog(const char *name) { return AwaitOpen<QDialog>(name); }
     /// Clicks the button and waits until the dialog is gone.
     void CloseDialog(QDialog *dialog, const char *button);
-    /// The same with the Escape key.
-    void Escape(QDialog *dialog);
-    /// The toolkit's own file dialog, in which nothing can be counted on but its object names.
-    QDialog *FileDialog() { return Dialog("dlgCommon"); }
-    /// Puts a name in place of the one that the file dialog proposes, and goes on with Return.
-    void ChooseFile(const QString &name);
+
+  protected:
+    /// Does what closes a window, and waits until it has gone.
+    void Close(QWidget *window, const std::function<void()> &act);
 
   private:
     /// The next tick of the status check and the fading of old values come by hand.
@@ -155,8 +117,6 @@ class OperatedProgram : public OperatedParts, public Program
         BringToFront(opened);
         return opened;
     }
-    /// Does what closes a window, and waits until it has gone.
-    void Close(QWidget *window, const std::function<void()> &act);
 };
 
 } // namespace px40

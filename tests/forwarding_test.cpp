@@ -4,8 +4,8 @@
 #include "link/linkuse.h"
 #include "testing/books.h"
 #include "testing/liveprogram.h"
+#include "testing/operatedprogram.h"
 
-#include <QDesktopServices>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -16,21 +16,6 @@
 namespace px40 {
 
 namespace {
-
-/// The desktop's way of showing a file.
-class Desktop : public QObject
-{
-    Q_OBJECT
-
-  public:
-    Desktop() { Use("Show"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(u"file"_qs); }
-
-    void Use(const char *way) { QDesktopServices::setUrlHandler(u"file"_qs, this, way); }
-    Q_INVOKABLE void Show(const QUrl &url) { shown << url.toLocalFile(); }
-
-    QStringList shown;
-};
 
 struct ForwardingProgram : LiveProgram
 {
