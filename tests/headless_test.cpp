@@ -49,21 +49,39 @@ struct ProgramRun
             process.start(u"/bin/sh"_qs,
                           QStringList{u"-c"_qs, u"exec \"$0\" \"$@\" "_qs + redirection, Px40ap()} +
                               arguments);
-        ended = WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000) &&
-                process.exitStatus() == QProcess::NormalExit;
+        const bool ended = WaitUntil([&] { return process.state() == QProcess::NotRunning; }, 60000);
+        Require(ended && process.exitStatus() == QProcess::NormalExit, u"The program does not end."_qs);
         code = process.exitCode();
         said = QString::fromUtf8(process.readAllStandardError());
         printed = process.readAllStandardOutput();
     }
 
-    bool ended = false;
     int code = -1;
     QString said;
     QByteArray printed;
 };
 
-using Output = std::tuple<QString, int, QString>;      // where it leads, how it ends, and what is said
-using Refusal = std::tuple<QString, QString, QString>; // from where, to where, and what is said
+/// A folder of the program's own, with a data file, and an instrument.
+struct Rig
+{
+    Rig() { Require(Put(Path("three.CSV"), SampleFile()), u"The data file cannot be written."_qs); }
+
+    QString Path(const char *name) const { return folder.filePath(QString::fromUtf8(name)); }
+
+    /// Runs the program in the folder. `words`: its arguments, with PORT for the instrument's device.
+    ProgramRun Run(QString words, const QString &redirection = {}) const
+    {
+        words.replace(u"PORT"_qs, device);
+        return {folder.path(), words.split(u' '), redirection};
+    }
+
+    const QTemporaryDir folder;
+    sim::PtyServer server{LinkRig::Unpaced()};
+    const QString device = QString::fromStdString(server.DevicePath());
+};
+
+using Output = std::tuple<QString, QString, int, QString>; // what, to where, how it ends, and what is said
+using Refusal = std::tuple<QString, QString, QString>;     // from where, to where, and what is said
 
 } // namespace
 
@@ -101,11 +119,9 @@ class HeadlessTest : public QObject
             {u"--save-mode --port-device 1=PORT"_qs, u"wrong-check"_qs, 1, u"Data error occurred."_qs},
         };
         for (auto [arguments, trouble, code, said] : rows) {
-            const QTemporaryDir folder;
-            sim::PtyServer server(LinkRig::Unpaced());
-            arguments.replace(u"PORT"_qs, QString::fromStdString(server.DevicePath()));
-            const QString work = folder.filePath(u"WORK.~~~"_qs);
-            const QString file = trouble == u"onto it" ? work : folder.filePath(u"readings.CSV"_qs);
+            Rig rig;
+            const QString work = rig.Path("WORK.~~~");
+            const QString file = trouble == u"onto it" ? work : rig.Path("readings.CSV");
             said.replace(u"FILE"_qs, file).replace(u"WORK"_qs, work);
             QVERIFY(Put(file, "old"));
             if (trouble == u"read-only") {
@@ -114,17 +130,14 @@ class HeadlessTest : public QObject
                 QVERIFY(QDir().mkdir(work));
             } else if (trouble == u"empty") {
                 for (int n = 1; n <= 50; ++n)
-                    server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });
+                    rig.server.WithInstrument([n](sim::Instrument &i) { i.SetRecord(n, "RS"); });
             } else if (trouble.contains(u'=') || trouble == u"wrong-check") {
                 sim::Faults faults;
                 QVERIFY(sim::ApplyFault(trouble.toStdString(), faults, nullptr));
-                server.SetFaults(faults);
+                rig.server.SetFaults(faults);
             }
-            const ProgramRun run(folder.path(),
-                                 QStringList{u"--data-dir"_qs, folder.path(), u"--download"_qs, file} +
-                                     arguments.split(u' '),
-                                 trouble.startsWith(u'>') ? trouble : QString());
-            QVERIFY(run.ended);
+            const QString words = u"--data-dir %1 --download %2 "_qs.arg(rig.folder.path(), file) + arguments;
+            const ProgramRun run = rig.Run(words, trouble.startsWith(u'>') ? trouble : QString());
             QVERIFY2(said.isEmpty() ? run.said.isEmpty() : run.said.startsWith(said), qPrintable(run.said));
             QCOMPARE(run.said.count(u'\n'), said.isEmpty() ? 0 : code == 2 ? 2 : 1);
             QCOMPARE(run.code, code);
@@ -145,53 +158,62 @@ class HeadlessTest : public QObject
         }
     }
 
-    void ReadingsGoToTheStandardOutput()
+    void StandardOutputTakesIt_data()
     {
-        const QTemporaryDir folder;
-        const sim::PtyServer server(LinkRig::Unpaced());
-        const QString port = u"1="_qs + QString::fromStdString(server.DevicePath());
-        const QStringList arguments = {u"--data-dir"_qs, folder.path(), u"--port-device"_qs, port,
-                                       u"--download"_qs};
-        const QString file = folder.filePath(u"readings.CSV"_qs);
-        const ProgramRun before(folder.path(), arguments + QStringList(file));
-        QVERIFY(before.ended && before.code == 0);
-        // Where the standard output leads, how that ends and what is said.
-        const std::tuple<QString, int, QString> rows[] = {
-            {QString(), 0, {}},
-            {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs},
-            {u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs},
-            {u"| { exec <&-; exit 1; }"_qs, 1, u"Standard output: Broken pipe\n"_qs}, // nobody reads
-        };
-        for (const auto &[output, code, said] : rows) {
-            const ProgramRun run(folder.path(), arguments + QStringList(u"-"_qs), output);
-            QVERIFY(run.ended);
-            QCOMPARE(run.said, said);
-            QCOMPARE(run.code, code);
-            QCOMPARE(run.printed, code == 0 ? Contents(file) : QByteArray());
+        const QString readings = u"--download - --port-device 1=PORT"_qs;
+        const QString book = u"--export three.CSV --to -"_qs;
+        const QString rows = u"--log - --port-device 1=PORT --interval 1 --period 1s"_qs;
+        const QString full = u"Standard output: No space left on device\n"_qs;
+        AddRows<Output>({
+            {"readings", {readings, {}, 0, {}}},
+            {"readings, full", {readings, u">/dev/full"_qs, 1, full}},
+            {"readings, closed", {readings, u">&-"_qs, 1, u"Standard output: Bad file descriptor\n"_qs}},
+            {"readings, nobody reads",
+             {readings, u"| { exec <&-; exit 1; }"_qs, 1, u"Standard output: Broken pipe\n"_qs}},
+            {"workbook", {book, u">out.xlsx"_qs, 0, {}}},
+            {"workbook, full", {book, u">/dev/full"_qs, 1, full}},
+            {"workbook, terminal", {book, u">PORT"_qs, 2, Text(Str::WorkbookOnTerminal) + u'\n'}},
+            {"run", {rows, {}, 0, {}}},
+            {"run, full", {rows, u">/dev/full"_qs, 1, full}},
+        });
+    }
+
+    void StandardOutputTakesIt()
+    {
+        auto [words, output, code, said] = ThisRow<Output>();
+        const Rig rig;
+        const QByteArray what = QTest::currentDataTag();
+        const ProgramRun run = rig.Run(u"--data-dir . "_qs + words, output.replace(u"PORT"_qs, rig.device));
+        QCOMPARE(run.said, said);
+        QCOMPARE(run.code, code);
+        QCOMPARE(run.printed.isEmpty(), what != "readings" && what != "run");
+        if (what == "workbook") {
+            QCOMPARE(SheetNames(rig.Path("out.xlsx")), QStringList(u"PX40 1"_qs));
+        } else if (what == "run") {
+            QCOMPARE(run.printed.count('\n'), 2);
+        } else if (what == "readings") {
+            QCOMPARE(rig.Run(u"--data-dir . --port-device 1=PORT --download a.CSV"_qs).code, 0);
+            QCOMPARE(run.printed, Contents(rig.Path("a.CSV")));
         }
     }
 
     void ExportedBookIsMadeAndGrows()
     {
-        const QTemporaryDir folder;
-        const QString book = folder.filePath(u"Größe 1.xlsx"_qs);
-        const QString work = folder.filePath(u"WORK.~~~"_qs); // of a program that is open
-        QVERIFY(Put(folder.filePath(u"three.CSV"_qs), SampleFile()) && Put(work, "theirs"));
-        QVERIFY(Put(folder.filePath(u"memory.CSV"_qs), SampleFile("0")));
+        const Rig rig;
+        const QString book = rig.Path("Größe 1.xlsx");
+        const QString work = rig.Path("WORK.~~~"); // of a program that is open
+        QVERIFY(Put(work, "theirs") && Put(rig.Path("memory.CSV"), SampleFile("0")));
         const QByteArray row = "10:00:00,1,DCmA,2,V\r\n";
-        QVERIFY(
-            Put(folder.filePath(u"many.CSV"_qs), SampleFile() + row.repeated(20'000))); // beyond the memory
-        const QStringList arguments = {u"--data-dir"_qs, folder.path(), u"--to"_qs, u"Größe 1.xlsx"_qs,
-                                       u"--export"_qs};
-        // Without a folder for temporary files.
+        QVERIFY(Put(rig.Path("many.CSV"), SampleFile() + row.repeated(20'000))); // beyond the memory
         const auto forward = [&](const QStringList &rest) {
-            return ProgramRun(folder.path(), arguments + rest, {}, ProgramRun::NoTemporary);
+            const QStringList arguments = {u"--data-dir"_qs, u"."_qs, u"--to"_qs, book, u"--export"_qs};
+            return ProgramRun(rig.folder.path(), arguments + rest, {}, ProgramRun::NoTemporary);
         };
         const ProgramRun made = forward({u"three.CSV"_qs, u"--title"_qs, u"Oven 3"_qs});
         const ProgramRun grown = forward({u"memory.CSV"_qs});
         const ProgramRun many = forward({u"many.CSV"_qs});
         for (const auto &[run, rows] : {std::pair(&made, 3), std::pair(&grown, 3), std::pair(&many, 20003)}) {
-            QVERIFY2(run->ended && run->code == 0 && run->said.isEmpty(), qPrintable(run->said));
+            QVERIFY2(run->code == 0 && run->said.isEmpty(), qPrintable(run->said));
             QCOMPARE(QString::fromUtf8(run->printed),
                      u"%1 rows forwarded to "_qs.arg(rows) + book + u".\n"_qs);
         }
@@ -200,45 +222,18 @@ class HeadlessTest : public QObject
         QVERIFY(parts["xl/worksheets/sheet1.xml"].text.contains(">TIME<"));
         QVERIFY(parts["xl/worksheets/sheet2.xml"].text.contains(">No.<")); // as after a download
         QCOMPARE(Contents(work), QByteArray("theirs"));
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 5);
-    }
-
-    void ExportedBookGoesToTheStandardOutput_data()
-    {
-        AddRows<Output>({
-            {"file", {u">out.xlsx"_qs, 0, QString()}},
-            {"full", {u">/dev/full"_qs, 1, u"Standard output: No space left on device\n"_qs}},
-            {"terminal", {u">TERMINAL"_qs, 2, Text(Str::WorkbookOnTerminal) + u'\n'}},
-        });
-    }
-
-    void ExportedBookGoesToTheStandardOutput()
-    {
-        auto [output, code, said] = ThisRow<Output>();
-        sim::PtyServer terminal;
-        output.replace(u"TERMINAL"_qs, QString::fromStdString(terminal.DevicePath()));
-        const QTemporaryDir folder;
-        QVERIFY(Put(folder.filePath(u"three.CSV"_qs), SampleFile()));
-        const ProgramRun run(folder.path(), {u"--export"_qs, u"three.CSV"_qs, u"--to"_qs, u"-"_qs}, output);
-        QVERIFY(run.ended);
-        QCOMPARE(run.said, said);
-        QCOMPARE(run.code, code);
-        if (code == 0)
-            QCOMPARE(SheetNames(folder.filePath(u"out.xlsx"_qs)), QStringList(u"PX40 1"_qs));
+        QCOMPARE(QDir(rig.folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 5);
     }
 
     void ExportedNoiseIsTold()
     {
-        const QTemporaryDir folder;
-        QByteArray noisy = SampleFile();
-        QVERIFY(Put(folder.filePath(u"noisy.CSV"_qs), noisy.replace("2.5", "2.?")));
-        const ProgramRun run(folder.path(), {u"--export"_qs, u"noisy.CSV"_qs, u"--to"_qs, u"book.xlsx"_qs},
-                             u">/dev/full"_qs);
-        QVERIFY(run.ended);
+        const Rig rig;
+        QVERIFY(Put(rig.Path("noisy.CSV"), SampleFile().replace("2.5", "2.?")));
+        const ProgramRun run = rig.Run(u"--export noisy.CSV --to book.xlsx"_qs, u">/dev/full"_qs);
         QCOMPARE(run.code, 3);
         QVERIFY(run.said.startsWith(Text(Str::NotPrinted)));
         QVERIFY(run.said.contains(u"book.xlsx: Written, but with 1 unreadable of 3 readings"));
-        QCOMPARE(SheetNames(folder.filePath(u"book.xlsx"_qs)).size(), 1);
+        QCOMPARE(SheetNames(rig.Path("book.xlsx")).size(), 1);
     }
 
     void RefusedExportsLeaveTheBook_data()
@@ -261,34 +256,26 @@ class HeadlessTest : public QObject
     void RefusedExportsLeaveTheBook()
     {
         const auto [from, to, error] = ThisRow<Refusal>();
-        const QTemporaryDir folder;
-        const QDir dir(folder.path());
-        QVERIFY(Put(dir.filePath(u"three.CSV"_qs), SampleFile()) &&
-                Put(dir.filePath(u"book.xlsx"_qs), "old"));
-        QVERIFY(Put(dir.filePath(u".~lock.held.xlsx#"_qs), ",Ann,bench,01.01.2024 10:00,file:///x;") &&
-                dir.mkdir(u"sub"_qs));
+        const Rig rig;
+        const QDir dir(rig.folder.path());
+        QVERIFY(Put(rig.Path("book.xlsx"), "old") && dir.mkdir(u"sub"_qs));
+        QVERIFY(Put(rig.Path(".~lock.held.xlsx#"), ",Ann,bench,01.01.2024 10:00,file:///x;"));
         const QStringList before = dir.entryList(QDir::AllEntries | QDir::Hidden);
-        const ProgramRun run(folder.path(), {u"--export"_qs, from, u"--to"_qs, to});
-        QVERIFY(run.ended && run.code == 1 && run.printed.isEmpty());
+        const ProgramRun run = rig.Run(u"--export %1 --to %2"_qs.arg(from, to));
+        QVERIFY(run.code == 1 && run.printed.isEmpty());
         QVERIFY2(run.said.startsWith(dir.filePath(error)), qPrintable(run.said));
         QCOMPARE(run.said.count(u'\n'), 1);
         QCOMPARE(dir.entryList(QDir::AllEntries | QDir::Hidden), before);
-        QCOMPARE(Contents(dir.filePath(u"book.xlsx"_qs)), QByteArray("old"));
+        QCOMPARE(Contents(rig.Path("book.xlsx")), QByteArray("old"));
     }
 
     void RunIsLoggedUntilItsPeriodIsOver()
     {
-        const QTemporaryDir folder;
-        const sim::PtyServer server(LinkRig::Unpaced());
-        const QStringList arguments = {
-            u"--data-dir"_qs,    folder.path(),
-            u"--port-device"_qs, u"1="_qs + QString::fromStdString(server.DevicePath()),
-            u"--interval"_qs,    u"1"_qs,
-            u"--period"_qs,      u"1s"_qs,
-            u"--log"_qs};
-        const QString file = folder.filePath(u"run.CSV"_qs);
-        const ProgramRun run(folder.path(), arguments + QStringList(file));
-        QVERIFY2(run.ended && run.code == 0 && run.said.isEmpty(), qPrintable(run.said));
+        const Rig rig;
+        const QString file = rig.Path("run.CSV");
+        const QString words = u"--data-dir . --port-device 1=PORT --interval 1 --period 1s --log "_qs + file;
+        const ProgramRun run = rig.Run(words);
+        QVERIFY2(run.code == 0 && run.said.isEmpty(), qPrintable(run.said));
         QVERIFY(run.printed.startsWith("run.CSV has ended: 00:00:01 elapsed, 2 rows"));
         DocumentShared shared;
         DataSet saved(shared);
@@ -299,40 +286,30 @@ class HeadlessTest : public QObject
         QBuffer buffer(&again);
         QVERIFY(buffer.open(QIODevice::WriteOnly) && saved.Write(buffer).has_value());
         QCOMPARE(Contents(file), again); // as a window writes it
-        QVERIFY(QDir(folder.filePath(u"Unsaved"_qs)).isEmpty());
+        QVERIFY(QDir(rig.Path("Unsaved")).isEmpty());
 
-        const ProgramRun refused(folder.path(), arguments + QStringList(file));
+        const ProgramRun refused = rig.Run(words);
         QVERIFY2(refused.code == 1 && refused.said == file + u": "_qs + Text(Str::FileIsThere) + u'\n',
                  qPrintable(refused.said));
         QCOMPARE(Contents(file), again);
-        const ProgramRun printed(folder.path(), arguments + QStringList(u"-"_qs));
-        QVERIFY(printed.code == 0 && printed.said.isEmpty());
-        QCOMPARE(printed.printed.count('\n'), 2);
-        const ProgramRun full(folder.path(), arguments + QStringList(u"-"_qs), u">/dev/full"_qs);
-        QCOMPARE(full.code, 1);
-        QCOMPARE(full.said, u"Standard output: No space left on device\n"_qs);
     }
 
     void RunEndsWhenItIsAskedTo()
     {
-        const QTemporaryDir folder;
-        const QDir out(folder.filePath(u"out"_qs));
+        const Rig rig;
+        const QDir out(rig.Path("out"));
         QVERIFY(QDir().mkdir(out.path()));
-        const QStringList place = {u"--data-dir"_qs, folder.path()};
-        const auto recover = [&](const QStringList &rest) {
-            return ProgramRun(folder.path(), place + QStringList(u"--recover"_qs) + rest);
-        };
+        const QString recover = u"--data-dir . --recover"_qs;
         for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
-            const QString file = folder.filePath(u"%1.CSV"_qs.arg(signal));
-            const QStringList arguments = {u"--demo"_qs, u"--interval"_qs, u"1"_qs, u"--log"_qs, file};
+            const QString file = rig.folder.filePath(u"%1.CSV"_qs.arg(signal));
+            const QString words =
+                u"--data-dir %1 --demo --interval 1 --log %2"_qs.arg(rig.folder.path(), file);
             QProcess program;
             // As below nohup.
-            program.start(u"/bin/sh"_qs,
-                          QStringList{u"-c"_qs, u"trap '' HUP; exec \"$0\" \"$@\""_qs, Px40ap()} + place +
-                              arguments);
+            program.start(u"/bin/sh"_qs, {u"-c"_qs, u"trap '' HUP; exec %1 %2"_qs.arg(Px40ap(), words)});
             QTRY_VERIFY(Contents(file).contains("VDC"));
             ::kill(static_cast<pid_t>(program.processId()), SIGHUP);
-            QCOMPARE(recover({}).printed, (Text(Str::NothingLeft) + u'\n').toUtf8()); // it is in use
+            QCOMPARE(rig.Run(recover).printed, (Text(Str::NothingLeft) + u'\n').toUtf8()); // it is in use
             QCOMPARE(program.state(), QProcess::Running);
             ::kill(static_cast<pid_t>(program.processId()), signal);
             QTRY_COMPARE(program.state(), QProcess::NotRunning);
@@ -340,35 +317,31 @@ class HeadlessTest : public QObject
             QCOMPARE(program.exitStatus() == QProcess::CrashExit, killed);
             QCOMPARE(program.exitCode() == 0, !killed);
             QCOMPARE(Contents(file).endsWith(",,,,\r\n"), !killed);
-            QVERIFY(recover({}).printed.startsWith(killed ? "9 (simulated) of 20" : "Nothing was left"));
+            QVERIFY(rig.Run(recover).printed.startsWith(killed ? "9 (simulated) of 20" : "Nothing was left"));
         }
-        const QString killed = folder.filePath(u"9.CSV"_qs);
-        const ProgramRun saved = recover({out.path()});
+        const ProgramRun saved = rig.Run(recover + u" out"_qs);
         QVERIFY2(saved.code == 0, qPrintable(saved.said));
         const QStringList names = out.entryList(QDir::Files);
         QCOMPARE(names.size(), 1);
         // The file may lack what was on its way to it.
-        QVERIFY(Contents(out.filePath(names.constFirst())).startsWith(Contents(killed)));
-        QVERIFY(recover({}).printed.startsWith("Nothing was left"));
+        QVERIFY(Contents(out.filePath(names.constFirst())).startsWith(Contents(rig.Path("9.CSV"))));
+        QVERIFY(rig.Run(recover).printed.startsWith("Nothing was left"));
     }
 
     void RunThatCannotBeginMakesNoFile()
     {
-        const QTemporaryDir folder;
-        const sim::PtyServer server(LinkRig::Unpaced());
-        const QString device = QString::fromStdString(server.DevicePath());
+        const Rig rig;
         SerialPort other;
-        QVERIFY(other.Open(device).trouble == PortTrouble::None);
-        const std::pair<QStringList, QString> rows[] = {
-            {{u"--port-device"_qs, u"1="_qs + device}, Text(Str::PortBusy).arg(device)},
-            {{u"--port"_qs, u"5"_qs}, u"No device is assigned to port 5."_qs},
+        QVERIFY(other.Open(rig.device).trouble == PortTrouble::None);
+        const std::pair<QString, QString> rows[] = {
+            {u"--port-device 1=PORT"_qs, Text(Str::PortBusy).arg(rig.device)},
+            {u"--port 5"_qs, u"No device is assigned to port 5."_qs},
         };
-        for (const auto &[arguments, said] : rows) {
-            const QStringList run = {u"--data-dir"_qs, folder.path(), u"--log"_qs, u"run.CSV"_qs};
-            const ProgramRun refused(folder.path(), run + arguments);
+        for (const auto &[words, said] : rows) {
+            const ProgramRun refused = rig.Run(u"--data-dir . --log run.CSV "_qs + words);
             QVERIFY2(refused.said.startsWith(said), qPrintable(refused.said));
             QCOMPARE(refused.code, 1);
-            QVERIFY(QDir(folder.path()).isEmpty());
+            QCOMPARE(QDir(rig.folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 1);
         }
     }
 
