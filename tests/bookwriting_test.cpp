@@ -55,43 +55,6 @@ struct Archive
     QByteArray bytes;
 };
 
-template <typename... Number>
-QByteArray Numbers(Number... numbers)
-{
-    QByteArray bytes;
-    const auto append = [&bytes](auto number) {
-        char one[sizeof number];
-        qToLittleEndian(number, one);
-        bytes.append(one, sizeof number);
-    };
-    (append(numbers), ...);
-    return bytes;
-}
-
-/// The archive with sizes and checksum behind each entry, as whoever cannot seek writes it.
-void PutSizesBehind(Archive &archive)
-{
-    const QByteArray versionAndFlags = Numbers(quint16{20}, quint16{8});
-    QByteArray entries;
-    QByteArray directory;
-    quint16 count = 0;
-    for (qsizetype at = archive.Directory(); at < archive.End(); ++count) {
-        const auto nameSize = archive.Get<quint16>(at + 28);
-        const QByteArray name = archive.bytes.mid(at + 46, nameSize);
-        const QByteArray kind = archive.bytes.mid(at + 10, 6);   // method and date
-        const QByteArray sizes = archive.bytes.mid(at + 16, 12); // and before them the checksum
-        const QByteArray lengths = Numbers(nameSize, quint16{0});
-        directory += "PK\1\2" + Numbers(quint16{20}) + versionAndFlags + kind + sizes + lengths +
-                     QByteArray(10, '\0') + Numbers(static_cast<quint32>(entries.size())) + name;
-        entries += "PK\3\4" + versionAndFlags + kind + QByteArray(12, '\0') + lengths + name +
-                   archive.Packed(name) + "PK\7\10" + sizes;
-        at += 46 + nameSize + archive.Get<quint16>(at + 30);
-    }
-    archive.bytes = entries + directory + "PK\5\6" +
-                    Numbers(quint32{0}, count, count, static_cast<quint32>(directory.size()),
-                            static_cast<quint32>(entries.size()), quint16{0});
-}
-
 using Change = std::function<void(Archive &)>;
 
 /// The plain workbook after a change.
@@ -175,7 +138,7 @@ class BookWritingTest : public QObject
                 book.Set<quint16>(book.Entry(Image) + at, at == 8 ? 1 : 97);
                 book.Set<quint16>(book.Header(Image) + at - 2, at == 8 ? 1 : 97);
             });
-        row("sizes behind", PutSizesBehind);
+        QTest::newRow("sizes behind") << Contents(QStringLiteral(PX40_WORKSHEETS "/libreoffice.xlsx"));
         QTest::newRow("archive within") << Contents(
             BookRig(PlainBook() << std::pair{QByteArray("xl/inner.xlsx"), Contents(BookRig().name)}).name);
         QTest::newRow("twice what nobody reads") << Changed([](Archive &book) {
@@ -192,15 +155,18 @@ class BookWritingTest : public QObject
         const Archive book{bytes};
         QVERIFY(Put(rig.name, bytes.left(book.End() + 22 + book.Get<quint16>(book.End() + 20))));
         const auto before = ReadPackage(rig.name, false);
+        const qsizetype sheets = before["xl/workbook.xml"].text.count("<sheet ") + 1;
         QVERIFY(before.size() > 8 && Put(rig.name, bytes));
         QCOMPARE(Why(CheckWorkbook(rig.name)), QString());
         QCOMPARE(AddTo(rig.name, u"T"_qs), QString());
-        QCOMPARE(SheetNames(rig.name), QStringList({u"One"_qs, u"T"_qs}));
+        QCOMPARE(SheetNames(rig.name).size(), sheets);
+        QCOMPARE(SheetNames(rig.name).last(), u"T"_qs);
 
         const auto after = ReadPackage(rig.name);
         const Archive now{Contents(rig.name)};
         // The sheet has a header of the plain kind: it needs version 2.0 and has nothing extra.
-        const qsizetype sheet = now.Header("xl/worksheets/sheet2.xml");
+        const QByteArray number = QByteArray::number(sheets);
+        const qsizetype sheet = now.Header("xl/worksheets/sheet" + number + ".xml");
         QCOMPARE(now.Get<quint16>(sheet + 4), 20);
         QCOMPARE(now.Get<quint16>(sheet + 28), 0);
         int kept = 0;

@@ -113,18 +113,21 @@ QString Play(const QString &script)
                                             {u"X"_qs, QString(29, QChar(0x9d))}};
     PendingReplies pending;
     QString verdicts;
+    qint64 now = 1;
     const QStringList words = script.split(u' ');
     for (const QString &word : words) {
         if (word.startsWith(u'>'))
             pending.Begin(Named(word.mid(1)));
-        if (word.startsWith(u'>') || word == u"+")
-            pending.Written(0);
-        else if (word == u".")
+        if (word.startsWith(u'>') || word == u"+") {
+            pending.Written(now);
+            pending.ForgetBefore(now); // nothing as yet
+        } else if (word == u".") {
             pending.End();
-        else if (word == u"f")
-            pending.ForgetBefore(1);
-        else
+        } else if (word == u"f") {
+            pending.ForgetBefore(++now);
+        } else {
             verdicts += QStringLiteral("DGA").at(static_cast<int>(pending.Receive(replies.value(word))));
+        }
     }
     return verdicts;
 }
@@ -316,6 +319,8 @@ class CommTest : public QObject
             {"steps are not asked again", {">OC . >DW1 E K", "DA"}},
             {"a step behind one given up", {">UP1 . >UP2 K K . >OC C", "ADA"}},
             {"of a command that is forgotten", {">UP1 . f >OM1 . >OC K R C", "DDA"}},
+            {"one after the other", {">OM1 . >OM2 . >OM3 R + R + R", "GGA"}},
+            {"record behind a lost reply", {">OC . >RS,01 S", "A"}},
             {"asked long ago", {">OC . >OC . f >OC C", "A"}},
             {"while nobody waits", {"K >OC . C >OC C . C", "DDAD"}},
         });

@@ -56,6 +56,14 @@ struct FileRig
 
     std::shared_ptr<DataSet> Set() { return std::make_shared<DataSet>(shared); }
 
+    std::shared_ptr<DataSet> Opened(const QString &name)
+    {
+        const std::shared_ptr<DataSet> set = Set();
+        const Result<> opened = set->OpenFile(name);
+        Require(opened.has_value(), opened ? QString() : opened.error().text);
+        return set;
+    }
+
     /// What lies in the folder, hidden files as well.
     QStringList Files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
 
@@ -71,8 +79,9 @@ QString Why(const Result<> &result)
 
 /// The work file; whether there is a folder for temporary files; the end of what is said.
 using WorkPlace = std::tuple<QString, bool, QString>;
-using Target = std::pair<QString, QString>; // where it is saved, and why that fails
-using Held = std::tuple<int, int, int>;     // the error, how often it comes, and how often it is tried
+/// Where it is saved, how many rows, how large files may become, and why that fails.
+using Target = std::tuple<QString, int, quint64, QString>;
+using Held = std::tuple<int, int, int>; // the error, how often it comes, and how often it is tried
 
 } // namespace
 
@@ -244,8 +253,7 @@ class DataFileTest : public QObject
             QCOMPARE(Why(set->SaveFile(name)), QString());
             QVERIFY(set->Saved());
 
-            const std::shared_ptr<DataSet> opened = rig.Set();
-            QCOMPARE(Why(opened->OpenFile(name)), QString());
+            const std::shared_ptr<DataSet> opened = rig.Opened(name);
             QVERIFY(opened->Saved());
             QCOMPARE(opened->GetDatacount(), kind == KindSave ? 6 : 5); // its spare row becomes a sample
             QCOMPARE(opened->Table().TableRows(), 6);
@@ -348,8 +356,7 @@ class DataFileTest : public QObject
         rig.shared.WorkPath = work.isEmpty() ? work : dir.filePath(work);
         const QString name = rig.Put(SampleFile("0"));
         const QString saved = dir.filePath(u"saved.CSV"_qs);
-        const std::shared_ptr<DataSet> set = rig.Set();
-        QCOMPARE(Why(set->OpenFile(name)), QString());
+        const std::shared_ptr<DataSet> set = rig.Opened(name);
         QCOMPARE(set->PanelText(Panel::Interval), u"05s"_qs); // which is written again
         const QString said = std::exchange(rig.shared.WorkNote, QString());
         QVERIFY2(said.endsWith(note) && said.isEmpty() == note.isEmpty(), qPrintable(said));
@@ -366,52 +373,35 @@ class DataFileTest : public QObject
 
     void FailedSavingLeavesTheOldFile_data()
     {
+        const QString full = u"File too large"_qs;
         AddRows<Target>({
-            {"full disk", {u"given.CSV"_qs, u"File too large"_qs}},
-            {"no folder", {u"gone/other.CSV"_qs, qt_error_string(IsUnix ? ENOENT : 3)}},
-            {"a folder", {u"dir.CSV"_qs, u"Filename refers to a directory"_qs}},
+            {"full disk", {u"given.CSV"_qs, 1000, 8192, full}},
+            {"full at the last step", {u"given.CSV"_qs, 500, 5000, full}}, // until which they fit a buffer
+            {"no room at all", {u"given.CSV"_qs, 500, 0, full}},
+            {"no folder", {u"gone/other.CSV"_qs, 1, NoLimit, qt_error_string(IsUnix ? ENOENT : 3)}},
+            {"a folder", {u"dir.CSV"_qs, 1, NoLimit, u"Filename refers to a directory"_qs}},
         });
     }
 
     void FailedSavingLeavesTheOldFile()
     {
-        const auto [target, error] = ThisRow<Target>();
-        if (target == u"given.CSV" && !IsUnix)
+        const auto [target, rows, room, error] = ThisRow<Target>();
+        if (room != NoLimit && !IsUnix)
             QSKIP("Nothing makes a disk full here.");
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
-        const std::shared_ptr<DataSet> set = rig.Set();
-        QCOMPARE(Why(set->OpenFile(name)), QString());
-        for (int i = 0; i < 1000; ++i) {
+        const std::shared_ptr<DataSet> set = rig.Opened(name);
+        for (int i = 0; i < rows; ++i) {
             QVERIFY(set->AddGridrow());
             set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});
         }
-        const auto disk = FullDisk(target == u"given.CSV" ? 8192 : NoLimit);
+        const auto disk = FullDisk(room);
         QCOMPARE(Why(set->SaveFile(rig.folder.filePath(target))), error);
         QVERIFY(!set->Saved());
         QCOMPARE(set->GetFilename(), name);
         QCOMPARE(Contents(name), SampleFile());
         QCOMPARE(rig.Files(), QStringList{u"given.CSV"_qs}); // neither the work file nor a half-written one
-    }
-
-    /// Where only the last step finds no room.
-    void FullDiskLeavesTheOldFile()
-    {
-        if (!IsUnix)
-            QSKIP("Nothing makes a disk full here.");
-        FileRig rig;
-        const QString name = rig.Put(SampleFile());
-        const QByteArray bytes(9000, 'x');
-        const auto write = [&bytes](QIODevice &to) {
-            return WriteBytes(to, bytes.constData(), bytes.size());
-        };
-        for (const quint64 room : {0U, 5000U}) {
-            const auto disk = FullDisk(room);
-            QCOMPARE(Why(ReplaceContents(name, write)), u"File too large"_qs);
-            QCOMPARE(Contents(name), SampleFile());
-        }
-        QCOMPARE(rig.Files().size(), 1);
     }
 
     void HeldFilesAreTriedAgain_data()

@@ -21,7 +21,6 @@
 #ifdef Q_OS_UNIX
 #include <csignal>
 
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -344,43 +343,6 @@ class JournalTest : public QObject
         rig.journal->Remove();
         rig.Settle();
         QCOMPARE(QDir(rig.Unsaved()).entryList(QDir::Files), QStringList());
-    }
-
-    /// The same on a disk of its own.
-    void DiskFillsUp()
-    {
-#ifdef Q_OS_UNIX
-        const QTemporaryDir disk;
-        if (::mount("tmpfs", qPrintable(disk.path()), "tmpfs", 0, "size=400k") != 0)
-            QSKIP("This user may not mount a disk.");
-        const auto unmount = qScopeGuard([&] { ::umount2(qPrintable(disk.path()), MNT_DETACH); });
-        {
-            RowStore rows;
-            Journals keeper(disk.path(), [] { return JournalOrigin(); });
-            Journal journal(
-                keeper, [] { return About(u"a"_qs); }, rows);
-            const auto add = [&] {
-                Append(&rows, 1000);
-                journal.Add();
-                QVERIFY(keeper.WaitForDisk(PatienceMs));
-                QCoreApplication::sendPostedEvents(&keeper);
-            };
-            while (journal.Protects() && rows.Count() < 1000)
-                add();
-            QVERIFY(!journal.Protects());
-            add();
-            QVERIFY(::mount("tmpfs", qPrintable(disk.path()), "tmpfs", MS_REMOUNT, "size=4m") == 0);
-            Q_EMIT journal.findChild<Timer *>()->tick();
-            add();
-            QVERIFY(journal.Protects());
-            QVERIFY(rows.Count() < 1000);
-        }
-        const QStringList found = Found(disk.path());
-        QCOMPARE(found.size(), 1);
-        QVERIFY(found.front().startsWith(u"a:"_qs));
-#else
-        QSKIP("Nobody can mount a small disk here.");
-#endif
     }
 
     void EachSetOnce()
