@@ -25,6 +25,7 @@ enum class Command {
     ViewStatusbar,
     ViewMoniter,
     ViewSource,
+    HelpContents,
     HelpAbout,
 };
 constexpr std::size_t CommandCount = static_cast<std::size_t>(Command::HelpAbout) + 1;

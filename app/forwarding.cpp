@@ -83,8 +83,9 @@ QCoro::Task<void> Forwarding::Forward(std::shared_ptr<DataSet> dataSet, ForwardC
     const Result<ForwardOutcome> outcome = co_await forwarder_.ForwardData(dataSet, choice);
     if (!outcome)
         co_return;
-    told_ = ShowFile(*outcome);
+    told_ = OutcomeText(*outcome);
     services_->statusLine.Show(told_);
+    ShowFile(*outcome);
 }
 
 QCoro::Task<bool> Forwarding::AskForRun()
@@ -101,16 +102,20 @@ void Forwarding::OnRunClosed(const Result<ForwardOutcome> &outcome)
     // In a box, because the status bar of a narrow window cuts the reason off. A run goes on meanwhile.
     if (!outcome)
         services_->jobs.Launch(services_->prompts.Warn(outcome.error().text), "telling of a run");
-    else if (outcome->samples > 0)
-        runOutcome_ = ShowFile(*outcome);
+    else if (outcome->samples > 0) {
+        runOutcome_ = OutcomeText(*outcome);
+        ShowFile(*outcome);
+    }
 }
 
-QString Forwarding::ShowFile(const ForwardOutcome &outcome)
+void Forwarding::ShowFile(const ForwardOutcome &outcome)
 {
-    const QString text = OutcomeText(outcome);
-    if (outcome.file.isEmpty() || !outcome.openAfter || views_->ShowFile(outcome.file))
-        return text;
-    return Text(Str::ForwardNotOpened) + QStringLiteral("  ") + text;
+    if (outcome.file.isEmpty() || !outcome.openAfter)
+        return;
+    views_->ShowFile(outcome.file, [status = &services_->statusLine, text = OutcomeText(outcome)] {
+        const QString &shown = status->Text(); // perhaps with the end of a run behind it
+        status->Show(Text(Str::ForwardNotOpened) + QStringLiteral("  ") + (shown.contains(text) ? shown : text));
+    });
 }
 
 } // namespace px40

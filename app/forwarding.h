@@ -45,9 +45,8 @@ class Forwarding : public QObject
 
   private:
     void OnRunClosed(const Result<ForwardOutcome> &outcome);
-    /// Opens the file if it is to be seen. Returns what to tell the user, first of all if no program opens
-    /// it.
-    QString ShowFile(const ForwardOutcome &outcome);
+    /// Opens the file if it is to be seen, and tells the user if no program opens it.
+    void ShowFile(const ForwardOutcome &outcome);
 
     Services *services_;
     MainViews *views_;

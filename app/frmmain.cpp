@@ -4,6 +4,7 @@
 #include "app/about.h"
 #include "app/frmcancel.h"
 #include "app/frmport.h"
+#include "app/help.h"
 #include "app/live.h"
 #include "app/mainactions.h"
 #include "app/maincommands.h"
@@ -15,6 +16,7 @@
 #include "forward/frmforward.h"
 #include "forward/spreadsheet.h"
 #include "forward/workbookplace.h"
+#include "platform/desktop.h"
 #include "platform/geometry.h"
 #include "platform/oneshot.h"
 #include "resources/icons.h"
@@ -22,7 +24,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
@@ -58,7 +59,8 @@ frmMain::frmMain(Services &services)
       frmCancel_(new frmCancel(
           services.state, services.comm, [this](bool enabled) { EnableApplication(enabled); }, this)),
       commands_(new MainCommands(services, *this, *frmCancel_, tmRealtime)),
-      live_(new Live(services, *commands_, tmCheckStat, this)), statusBar_(new StatusBar(services, this))
+      live_(new Live(services, *commands_, tmCheckStat, this)), statusBar_(new StatusBar(services, this)),
+      help_(new Help(services, this))
 {
     commands_->setParent(this);
     setObjectName(QStringLiteral("frmMain"));
@@ -215,6 +217,9 @@ void frmMain::Run(Command command)
     case Command::ViewSource:
         live_->ToggleSource();
         break;
+    case Command::HelpContents:
+        help_->Show();
+        break;
     case Command::HelpAbout:
         ShowAbout(this);
         break;
@@ -332,9 +337,9 @@ void frmMain::BringToFront(const std::shared_ptr<DataSet> &dataSet)
     Activate(dataSet);
 }
 
-bool frmMain::ShowFile(const QString &name)
+void frmMain::ShowFile(const QString &name, const std::function<void()> &failed)
 {
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(name));
+    OpenByDesktop(name, this, failed);
 }
 
 void frmMain::ShowBusy(bool busy)

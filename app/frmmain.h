@@ -14,6 +14,7 @@ class QEvent;
 
 namespace px40 {
 
+class Help;
 class Live;
 class MainActions;
 class MainCommands;
@@ -76,7 +77,7 @@ class frmMain : public QMainWindow, private MainViews
     void Activate(const std::shared_ptr<DataSet> &dataSet) override;
     void BringToFront(const std::shared_ptr<DataSet> &dataSet) override;
     QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) override;
-    bool ShowFile(const QString &name) override;
+    void ShowFile(const QString &name, const std::function<void()> &failed) override;
     void ShowBusy(bool busy) override;
     void TakeFocus() override { activateWindow(); }
     void CloseAll() override;
@@ -88,6 +89,7 @@ class frmMain : public QMainWindow, private MainViews
     MainCommands *commands_;
     Live *live_;
     StatusBar *statusBar_;
+    Help *help_;
     bool mayGo_ = false;
 };
 

@@ -80,6 +80,7 @@ int Run(int argc, char *argv[])
     QApplication application(argc, argv);
     QApplication::setStyle(new HouseStyle);
     QApplication::setWindowIcon(ApplicationIcon());
+    QApplication::setDesktopFileName(QStringLiteral("px40ap"));
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance(QStringLiteral("px40ap"));

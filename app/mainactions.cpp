@@ -54,6 +54,7 @@ constexpr MenuEntry MenuEntries[] = {
     {MainMenu::View, u"mnuViewBar1", std::nullopt, NoCaption, u"", u""},
     {MainMenu::View, u"mnuViewMoniter", Command::ViewMoniter, Str::ViewMoniter, u"moniter", u""},
     {MainMenu::View, u"mnuViewSource", Command::ViewSource, Str::ViewSource, u"source", u""},
+    {MainMenu::Help, u"mnuHelpContents", Command::HelpContents, Str::HelpContents, u"help", u"F1"},
     {MainMenu::Help, u"mnuHelpAbout", Command::HelpAbout, Str::HelpAbout, u"about", u""},
 };
 

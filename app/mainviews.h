@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -34,8 +35,9 @@ class MainViews
 
     /// Shows the forward dialog; nothing when it is cancelled. OK brings `memory` up to date.
     virtual QCoro::Task<std::optional<ForwardChoice>> AskForward(std::shared_ptr<ForwardMemory> memory) = 0;
-    /// Shows a file in the program that the desktop has for it; false when it has none.
-    virtual bool ShowFile(const QString &name) = 0;
+    /// Shows a file in the program that the desktop has for it; `failed` is called later when it has
+    /// none.
+    virtual void ShowFile(const QString &name, const std::function<void()> &failed) = 0;
 
     virtual void ShowBusy(bool busy) = 0;
     virtual void TakeFocus() = 0;

@@ -57,6 +57,7 @@ class Box : public QMessageBox
 QMessageBox *MakeBox(QMessageBox::Icon icon, const QString &text)
 {
     auto *const box = new Box(Foremost());
+    box->setObjectName(QStringLiteral("msgBox"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle(Text(Str::ApplicationTitle));

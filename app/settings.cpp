@@ -63,7 +63,8 @@ Paths PathsIn(const QString &folder)
 
 QString ChooseDataFolder(const QString &programFolder)
 {
-    if (CanWriteIn(programFolder))
+    // An installed program keeps nothing where it lies, even if the administrator starts it.
+    if (programFolder != QStringLiteral(PX40_PROGRAMS) && CanWriteIn(programFolder))
         return programFolder;
     const QString folder = UserDataFolder();
     QDir().mkpath(folder);

@@ -371,4 +371,8 @@ PX40_TEXT(RowsLost, 1192, u"Rows could not be written: %1 Their journal could no
 PX40_TEXT(FileGone, 1193, u"The file has gone.")
 PX40_TEXT(DiskSilent, 1185, u"the disk does not answer")
 PX40_TEXT(NotProtectedWhy, 1186, u"The rows of %1 are not on the disk (%2). The run goes on; they are written as soon as possible.")
+PX40_TEXT(HelpContents, 1200, u"&Contents")
+PX40_TEXT(HelpTitle, 1201, u"Guide")
+PX40_TEXT(HelpMissing, 1202, u"The guide was not installed with the program.")
+PX40_TEXT(HelpBack, 1203, u"&Back")
 // clang-format on

@@ -109,26 +109,18 @@ bool ObeyKeys(std::string_view order, Instrument &instrument, std::string *error
 
 std::string_view KeyOrderHelp()
 {
-    return "  source FUNCTION RANGE\n"
-           "  measure FUNCTION RANGE\n"
-           "                   sources or measures that; see below\n"
-           "  mode N           source mode: 0 plain, 1 to 3 and 9 measuring side held, 4 and 5 sweep, 6 and "
-           "7\n"
-           "                   automatic step, 8 n/m ratio\n"
-           "  options FLAGS    the eight option flags, e.g. 00000000, bit 7 first\n"
-           "\n"
-           "Functions and their ranges:\n"
-           "  source   0 1 2   range 0 volts\n"
-           "           3       range 0 millivolts, 1 to 10 thermocouples K E J T R B S N L U\n"
-           "           4       range 0 Ohm, 1 PT100, 2 JPT100\n"
-           "           5       pulses: range 0 up to 500 Hz, 1 up to 1000 Hz, 2 up to 10 kHz\n"
-           "           6 7 8   range 0 milliamperes\n"
-           "  measure  0       range 0 volts AC\n"
-           "           1 2 3   range 0 volts DC, 1 volts AC\n"
-           "           4       range 0 millivolts, 1 to 10 thermocouples as above\n"
-           "           5       range 0 PT100, 1 JPT100\n"
-           "           6       range 0 and 1 Hz, 2 kHz, 3 CPM, 4 CPH\n"
-           "           7       range 0 milliamperes\n";
+    return R"(Orders for the instrument's keys, there or with --set, which a reply of --status hides. All numbers begin
+at 0:
+  source F RANGE     Sources the function F. 0 to 2: volts. 3: range 0 millivolts, 1 to 10 the thermocouples
+                     K E J T R B S N L U. 4: range 0 Ohm, 1 PT100, 2 JPT100. 5: pulses, range 0 up to
+                     500 Hz, 1 up to 1000 Hz, 2 up to 10 kHz. 6 to 8: milliamperes.
+  measure F RANGE    Measures the function F. 0: volts AC. 1 to 3: range 0 volts DC, 1 volts AC. 4: as the
+                     source's 3. 5: range 0 PT100, 1 JPT100. 6: range 0 and 1 Hz, 2 kHz, 3 CPM, 4 CPH.
+                     7: milliamperes.
+  mode N             Source mode. 0 plain, 1 to 3 and 9 measuring side held, 4 and 5 sweep, 6 and 7
+                     automatic step, 8 n/m ratio.
+  options FLAGS      The eight option flags, e.g. 00000000, bit 7 first.
+)";
 }
 
 } // namespace px40::sim

@@ -95,42 +95,34 @@ bool ParseOptions(std::span<char *const> arguments, Options &options, std::strin
 
 std::string HelpText()
 {
-    return "px40sim - the PX40 calibrator in software, on a pseudo-terminal\n"
-           "\n"
-           "Usage: px40sim [options]\n"
-           "\n"
-           "Prints the device that a program can open in place of a serial port, and serves it until it is\n"
-           "interrupted.\n"
-           "\n"
-           "  --link PATH      make a symbolic link to the device; it is taken away at the end\n"
-           "  --no-pace        answer at once instead of at the speed of a 9600 baud line\n"
-           "  --think MS       time between the end of a command and its reply when paced (3)\n"
-           "  --seed N         other values in the memory and other noise (1)\n"
-           "  --fault NAME[=ARGUMENT]\n"
-           "                   let something go wrong; may be given several times\n"
-           "  --list-faults    show all faults\n"
-           "  --status FILE    answer the status question with the line \"reply: ...\" of that file; several "
-           "are\n"
-           "                   given one after the other, the last one from then on\n"
-           "  --set ORDER      an order for the instrument's keys, e.g. --set \"source 6 0\", is obeyed at "
-           "the\n"
-           "                   start; may be given several times\n"
-           "  --verbose        show each command and reply with its time in seconds\n"
-           "  --help, --version\n"
-           "\n"
-           "Orders on the standard input, one a line:\n"
-           "  unplug           the device disappears\n"
-           "  plug             it comes back; its new path is printed\n"
-           "  fault NAME[=ARGUMENT]\n"
-           "                   adds a fault; \"fault none\" clears all\n"
-           "  status FILE      answers the status question with that file's reply; \"status live\" ends "
-           "that\n"
-           "  quit\n"
-           "\n"
-           "Orders for the instrument's keys, on the standard input or with --set. All numbers begin at 0. "
-           "A\n"
-           "reply of --status or \"status FILE\" hides what they change.\n" +
-           std::string(KeyOrderHelp());
+    // Laid out so that the manual page can be made of it.
+    return std::string(R"(Usage: px40sim [options]
+The PX40 process calibrator in software: prints the device that a program can open in place of a serial port,
+and serves it until it is interrupted.
+
+Options:
+  --link PATH        Make a symbolic link to the device; it is taken away at the end.
+  --no-pace          Answer at once instead of at the speed of a 9600 baud line.
+  --think MS         Time between the end of a command and its reply when paced (3).
+  --seed N           Other values in the memory and other noise (1).
+  --fault NAME[=ARGUMENT]
+                     Let something go wrong; may be given several times.
+  --list-faults      Show all faults.
+  --status FILE      Answer the status question with the line "reply: ..." of that file; several are given
+                     one after the other, the last one from then on.
+  --set ORDER        Obey an order for the instrument's keys at the start, e.g. --set "source 6 0"; may be
+                     given several times.
+  --verbose          Show each command and reply with its time in seconds.
+  --help, --version
+
+Orders on the standard input, one a line:
+  unplug             The device disappears.
+  plug               It comes back; its new path is printed.
+  fault NAME         Adds a fault, as --fault does; "fault none" clears all.
+  status FILE        Answers the status question with that file's reply; "status live" ends that.
+  quit               Ends the program.
+
+)") + std::string(KeyOrderHelp());
 }
 
 } // namespace px40::sim

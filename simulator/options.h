@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/ptyserver.h"
+#include "simulator/servedinstrument.h"
 
 #include <span>
 #include <string>

@@ -20,6 +20,43 @@ constexpr int ReplyTimeoutMs = 400;
 
 } // namespace
 
+Desktop::Desktop() : path_(qgetenv("PATH"))
+{
+    QDesktopServices::setUrlHandler(u"file"_s, this, "Show");
+    QFile command(folder_.filePath(u"xdg-open"_s));
+    Require(command.open(QIODevice::WriteOnly), command.errorString());
+    command.write("#!/bin/sh\necho \"$1\" >>\"${0%/*}/shown\"; test ! -e \"${0%/*}/nothing\"\n");
+    command.setPermissions(command.permissions() | QFile::ExeOwner);
+    qputenv("PATH", folder_.path().toLocal8Bit() + ':' + path_);
+}
+
+Desktop::~Desktop()
+{
+    qputenv("PATH", path_);
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+}
+
+void Desktop::ShowNothing()
+{
+    QFile nothing(folder_.filePath(u"nothing"_s));
+    Require(nothing.open(QIODevice::WriteOnly), nothing.errorString());
+    // The toolkit hands it to Windows, where the tests have no program for pages either.
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+}
+
+QStringList Desktop::Shown() const
+{
+    QFile shown(folder_.filePath(u"shown"_s));
+    return shown.open(QIODevice::ReadOnly)
+               ? QString::fromLocal8Bit(shown.readAll()).split(u'\n', Qt::SkipEmptyParts)
+               : shown_;
+}
+
+void Desktop::Show(const QUrl &file)
+{
+    shown_ << file.toLocalFile();
+}
+
 OperatedProgram::OperatedProgram(Port port) : Program(prompts, Unpaced(), &clock, port, ReplyTimeoutMs) {}
 
 void OperatedProgram::HoldTimers()

@@ -5,9 +5,11 @@
 #include "testing/program.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QMessageBox>
-#include <QUrl>
+#include <QStringList>
+#include <QTemporaryDir>
+
+class QUrl;
 
 namespace px40 {
 
@@ -32,13 +34,21 @@ class Desktop : public QObject
     Q_OBJECT
 
   public:
-    Desktop() { Use("Show"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    Desktop();
+    ~Desktop() override;
 
-    void Use(const char *way) { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, way); }
-    Q_INVOKABLE void Show(const QUrl &url) { shown << url.toLocalFile(); }
+    /// From now on it has no program for any file.
+    void ShowNothing();
 
-    QStringList shown;
+    /// The files that were to be shown, each by its full name.
+    QStringList Shown() const;
+
+    Q_INVOKABLE void Show(const QUrl &file);
+
+  private:
+    QTemporaryDir folder_; ///< of the command by which files are shown elsewhere than on Windows
+    QByteArray path_;
+    QStringList shown_;
 };
 
 struct OperatedParts

@@ -25,11 +25,7 @@ class FakeViews : public MainViews
         co_await NextEventLoopTurn();
         co_return forward;
     }
-    bool ShowFile(const QString &name) override
-    {
-        shown << name;
-        return true;
-    }
+    void ShowFile(const QString &name, const std::function<void()> &) override { shown << name; }
     void ShowBusy(bool) override {}
     void TakeFocus() override {}
     void CloseAll() override { sets.clear(); }

@@ -70,7 +70,7 @@ class ForwardingTest : public QObject
         QVERIFY(program.prompts.fileQuestions.constFirst().startsWith(u"save:Loop 7 "));
         QCOMPARE(program.Message(), u"50 rows forwarded to book.xlsx in "_qs +
                                         QDir::toNativeSeparators(program.folder.path()) + u'.');
-        QCOMPARE(program.desktop.shown, QStringList(program.book));
+        QTRY_COMPARE(program.desktop.Shown(), QStringList(program.book));
         const frmData *const data = program.DataWindows().first();
         QVERIFY(!IsUnix || WaitUntil([&] { return data->isAncestorOf(QApplication::focusWidget()); }));
         const std::shared_ptr<DataSet> dataSet = data->Data();
@@ -132,20 +132,20 @@ class ForwardingTest : public QObject
         QVERIFY2(program.Message().startsWith(u"1 row forwarded to book.xlsx in "),
                  qPrintable(program.Message()));
         QVERIFY(program.Message().contains(u".  1New was stopped: "));
-        QCOMPARE(program.desktop.shown, QStringList(program.book));
+        QTRY_COMPARE(program.desktop.Shown(), QStringList(program.book));
         QVERIFY(MayClose(program.services.state));
 
-        program.desktop.Use("None"); // opens nothing
+        program.desktop.ShowNothing();
         const QString there = program.folder.filePath(u"second.xlsx"_qs);
         program.StartRun(QString(), there);
         QVERIFY(program.PassSecond());
         program.Action("Stop")->trigger();
         QVERIFY(program.PassSecond());
         const QString told = u"No program of this desktop opens the worksheet.  2 rows forwarded to "_qs;
-        QVERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
+        QTRY_VERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
         QVERIFY(program.Message().contains(u".  1New was stopped: "));
         program.Forward("Forward", QString(), program.book);
-        QVERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));
+        QTRY_VERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));
     }
 
     void FailureCostsNoReading()
@@ -164,7 +164,7 @@ class ForwardingTest : public QObject
         QCOMPARE(program.prompts.warnings.size(), 1);
         QVERIFY(
             program.prompts.warnings.constFirst().endsWith(QDir::toNativeSeparators(u"stick/book.xlsx"_qs)));
-        QVERIFY(program.desktop.shown.isEmpty());
+        QVERIFY(program.desktop.Shown().isEmpty());
         QCOMPARE(program.DataWindows().first()->Data()->GetDatacount(), 1);
         program.prompts.files = {program.book}; // and forwarded again
         program.Forward("mnuFileForward", QString());

@@ -1,0 +1,108 @@
+#include "app/frmhelp.h"
+
+#include "platform/geometry.h"
+#include "platform/named.h"
+#include "resources/icons.h"
+#include "resources/strings.h"
+
+#include <QDialogButtonBox>
+#include <QImage>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QTextBrowser>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace px40 {
+
+namespace {
+
+constexpr QSize UsualSize{820, 900};
+
+/// Pictures are no wider than the text.
+class GuideText : public QTextBrowser
+{
+  public:
+    using QTextBrowser::QTextBrowser;
+
+  protected:
+    QVariant loadResource(int type, const QUrl &name) override
+    {
+        const QVariant resource = QTextBrowser::loadResource(type, name);
+        if (type != QTextDocument::ImageResource)
+            return resource;
+        QImage picture = resource.canConvert<QImage>() && !resource.value<QImage>().isNull()
+                             ? resource.value<QImage>()
+                             : QImage::fromData(resource.toByteArray());
+        const double density = devicePixelRatioF();
+        const int room = viewport()->width() - static_cast<int>(2 * document()->documentMargin());
+        if (picture.width() > room)
+            picture = picture.scaledToWidth(static_cast<int>(room * density), Qt::SmoothTransformation);
+        picture.setDevicePixelRatio(density);
+        return picture;
+    }
+
+    /// The pictures once more, for the new width.
+    void resizeEvent(QResizeEvent *event) override
+    {
+        const bool wider = viewport()->width() != width_;
+        width_ = viewport()->width();
+        QTextBrowser::resizeEvent(event);
+        if (!wider || source().isEmpty())
+            return;
+        const int at = verticalScrollBar()->value();
+        reload();
+        verticalScrollBar()->setValue(at);
+    }
+
+  private:
+    int width_ = 0;
+};
+
+} // namespace
+
+frmHelp::frmHelp() : text_(NewNamed<GuideText>("tbGuide", this))
+{
+    setObjectName(QStringLiteral("frmHelp"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowFlags(Qt::Window);
+    setWindowIcon(ApplicationIcon());
+    setWindowTitle(Text(Str::HelpTitle));
+    text_->setAccessibleName(windowTitle());
+    connect(text_, &QTextBrowser::sourceChanged, this, [this] {
+        setWindowTitle(text_->documentTitle() + QStringLiteral(" - ") + Text(Str::ApplicationTitle));
+    });
+
+    auto *const column = new QVBoxLayout(this);
+    column->addWidget(text_);
+    auto *const buttons = new QDialogButtonBox(this);
+    const auto add = [&](const char *name, Str caption, QDialogButtonBox::ButtonRole role) {
+        auto *const button = NewNamed<QPushButton>(name, Text(caption), this);
+        button->setAutoDefault(false);
+        buttons->addButton(button, role);
+        return button;
+    };
+    QPushButton *const back = add("btBack", Str::HelpBack, QDialogButtonBox::ActionRole);
+    connect(back, &QPushButton::clicked, text_, &QTextBrowser::backward);
+    connect(text_, &QTextBrowser::backwardAvailable, back, &QWidget::setEnabled);
+    back->setEnabled(false);
+    connect(add("btClose", Str::Close, QDialogButtonBox::RejectRole), &QPushButton::clicked, this,
+            &QDialog::close);
+    column->addWidget(buttons);
+    text_->setFocus();
+
+    const QRect screen = UsableScreens().value(0);
+    QRect place(QPoint(), UsualSize.boundedTo(screen.size()));
+    place.moveCenter(screen.center());
+    setGeometry(place);
+}
+
+void frmHelp::Open(const QString &file)
+{
+    text_->setSource(QUrl::fromLocalFile(file));
+}
+
+} // namespace px40

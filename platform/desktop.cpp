@@ -1,0 +1,38 @@
+#include "platform/desktop.h"
+
+#include <QDesktopServices>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QUrl>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
+
+namespace px40 {
+
+void OpenByDesktop(const QString &file, QObject *context, const std::function<void()> &failed)
+{
+#ifdef Q_OS_UNIX
+    // The toolkit would start this as well, but not look at what comes of it.
+    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (!opener.isEmpty()) {
+        auto *const process = new QProcess; // of no parent, whose end would be its own
+        QObject::connect(process, &QProcess::finished, context, [failed](int code) {
+            if (code != 0)
+                failed();
+        });
+        QObject::connect(process, &QProcess::errorOccurred, context, failed);
+        QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->setStandardErrorFile(QProcess::nullDevice());
+        process->setChildProcessModifier([] { setsid(); }); // Ctrl+C in our terminal is not meant for it
+        process->start(opener, {file});
+        return;
+    }
+#endif
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file)))
+        QMetaObject::invokeMethod(context, failed, Qt::QueuedConnection);
+}
+
+} // namespace px40
