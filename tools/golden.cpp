@@ -105,4 +105,24 @@ void RenewGolden(const QString &golden, const QString &taken, double density)
     }
 }
 
+QStringList Outdated(const QString &guide, const QString &taken)
+{
+    QStringList found;
+    for (const QString &name : Names(guide)) {
+        if (QImage(QDir(guide).filePath(name)) != QImage(QDir(taken).filePath(name)))
+            found << u"%1 in the guide is of an older program: make it anew with scripts/pictures."_s.arg(
+                name);
+    }
+    return found;
+}
+
+void RenewGuide(const QString &guide, const QString &taken)
+{
+    for (const QString &name : Names(guide)) {
+        const QString file = QDir(guide).filePath(name);
+        Require(QFile::remove(file) && QFile::copy(QDir(taken).filePath(name), file),
+                u"%1 cannot be made anew."_s.arg(file));
+    }
+}
+
 } // namespace px40

@@ -43,22 +43,31 @@ void Tour(px40::Camera &camera)
 }
 
 /// Returns the program's exit code.
-int Compare(const QString &golden, const QString &taken, bool renew)
+int Compare(const QString &golden, const QString &guide, const QString &taken, bool renew)
 {
     using namespace px40;
     const double density = qApp->devicePixelRatio();
     if (renew) {
-        RenewGolden(golden, taken, density);
+        if (!golden.isEmpty())
+            RenewGolden(golden, taken, density);
+        if (!guide.isEmpty())
+            RenewGuide(guide, taken);
         return 0;
     }
     // With other letters everything has another width.
+    if (golden.isEmpty() && guide.isEmpty())
+        return 0;
     const QString family = QFontInfo(QApplication::font()).family();
     if (family != GoldenFont) {
-        std::printf("Not compared: the small pictures are meant for %s, and this is %s.\n",
+        std::printf("Not compared: the pictures kept are meant for %s, and this is %s.\n",
                     qPrintable(GoldenFont), qPrintable(family));
         return 0;
     }
-    const QStringList differences = Differences(golden, taken, density);
+    QStringList differences;
+    if (!golden.isEmpty())
+        differences << Differences(golden, taken, density);
+    if (!guide.isEmpty())
+        differences << Outdated(guide, taken);
     for (const QString &one : differences)
         std::fprintf(stderr, "%s\n", qPrintable(one));
     return differences.isEmpty() ? 0 : 1;
@@ -91,8 +100,12 @@ int main(int argc, char *argv[])
     const QCommandLineOption compare(
         u"compare"_s, u"Compare the pictures with the small ones of the same names in GOLDEN."_s,
         u"GOLDEN"_s);
-    const QCommandLineOption renew(u"renew"_s, u"Make those in GOLDEN anew instead."_s);
-    parser.addOptions({compare, renew});
+    const QCommandLineOption guide(
+        u"guide"_s,
+        u"Compare the pictures with those of the same names in GUIDE, which are to be the same."_s,
+        u"GUIDE"_s);
+    const QCommandLineOption renew(u"renew"_s, u"Make those in GOLDEN and GUIDE anew instead."_s);
+    parser.addOptions({compare, guide, renew});
     parser.addPositionalArgument(u"FOLDER"_s, u"Where the pictures are written; made if need be."_s);
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
@@ -113,7 +126,7 @@ int main(int argc, char *argv[])
     try {
         Tour(camera);
         std::printf("%d pictures in %s\n", camera.Pictures(), qPrintable(folder));
-        return parser.isSet(compare) ? Compare(parser.value(compare), folder, parser.isSet(renew)) : 0;
+        return Compare(parser.value(compare), parser.value(guide), folder, parser.isSet(renew));
     } catch (const RigError &error) {
         std::fprintf(stderr, "After the picture %s: %s\n", qPrintable(camera.Last()), error.what());
         return 1;
