@@ -114,7 +114,8 @@ void Forwarding::ShowFile(const ForwardOutcome &outcome)
         return;
     views_->ShowFile(outcome.file, [status = &services_->statusLine, text = OutcomeText(outcome)] {
         const QString &shown = status->Text(); // perhaps with the end of a run behind it
-        status->Show(Text(Str::ForwardNotOpened) + QStringLiteral("  ") + (shown.contains(text) ? shown : text));
+        status->Show(Text(Str::ForwardNotOpened) + QStringLiteral("  ") +
+                     (shown.contains(text) ? shown : text));
     });
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 constexpr QSize UsualSize{820, 900};
 
-/// Pictures are no wider than the text.
+/// Pictures lie in the pages, and are no wider than the text.
 class GuideText : public QTextBrowser
 {
   public:
@@ -31,12 +31,10 @@ class GuideText : public QTextBrowser
   protected:
     QVariant loadResource(int type, const QUrl &name) override
     {
-        const QVariant resource = QTextBrowser::loadResource(type, name);
-        if (type != QTextDocument::ImageResource)
-            return resource;
-        QImage picture = resource.canConvert<QImage>() && !resource.value<QImage>().isNull()
-                             ? resource.value<QImage>()
-                             : QImage::fromData(resource.toByteArray());
+        if (type != QTextDocument::ImageResource || name.scheme() != u"data")
+            return QTextBrowser::loadResource(type, name);
+        const QByteArray coded = name.toEncoded();
+        QImage picture = QImage::fromData(QByteArray::fromBase64(coded.mid(coded.indexOf(',') + 1)));
         const double density = devicePixelRatioF();
         const int room = viewport()->width() - static_cast<int>(2 * document()->documentMargin());
         if (picture.width() > room)

@@ -2,9 +2,12 @@
 
 #include "document/frmdata.h"
 
+#include <QDesktopServices>
+#include <QFile>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QTest>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -40,8 +43,7 @@ void Desktop::ShowNothing()
 {
     QFile nothing(folder_.filePath(u"nothing"_s));
     Require(nothing.open(QIODevice::WriteOnly), nothing.errorString());
-    // The toolkit hands it to Windows, where the tests have no program for pages either.
-    QDesktopServices::unsetUrlHandler(u"file"_s);
+    QDesktopServices::setUrlHandler(u"file"_s, this, "None");
 }
 
 QStringList Desktop::Shown() const

@@ -142,7 +142,8 @@ class ForwardingTest : public QObject
         program.Action("Stop")->trigger();
         QVERIFY(program.PassSecond());
         const QString told = u"No program of this desktop opens the worksheet.  2 rows forwarded to "_qs;
-        QTRY_VERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs), qPrintable(program.Message()));
+        QTRY_VERIFY2(program.Message().startsWith(told + u"second.xlsx in "_qs),
+                     qPrintable(program.Message()));
         QVERIFY(program.Message().contains(u".  1New was stopped: "));
         program.Forward("Forward", QString(), program.book);
         QTRY_VERIFY2(program.Message().startsWith(told + u"book.xlsx in "_qs), qPrintable(program.Message()));

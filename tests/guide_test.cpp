@@ -1,15 +1,19 @@
+#include "acquire/frmmoniter.h"
 #include "app/cli/commandline.h"
 #include "app/helpchapters.h"
 #include "resources/strings.h"
 #include "simulator/options.h"
+#include "source/frmsource.h"
 #include "testing/files.h"
 #include "testing/operatedprogram.h"
 #include "testing/rows.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QMenu>
-#include <QMenuBar>
+#include <QPointer>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTextBlock>
 #include <QTextBrowser>
 
 #include <algorithm>
@@ -83,6 +87,14 @@ QString Unknown(const QList<QRegularExpression> &quotations, const QString &pros
         at = end;
     }
     return {};
+}
+
+/// Closes a dialog by the key.
+void Escape(OperatedProgram &program, QDialog *dialog)
+{
+    const QPointer<QDialog> open = dialog;
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    program.Wait([&] { return !open; });
 }
 
 /// "File, Save As" and the like.
@@ -172,13 +184,13 @@ class GuideTest : public QObject
             program.Choose(item);
             QDialog *const opened = program.Dialog(name);
             const QString shown = chapter(opened);
-            program.Escape(opened);
+            Escape(program, opened);
             return shown;
         };
         QCOMPARE(chapter(program.window.get()), u"index"_qs);
         QCOMPARE(dialog("mnuSetupCommport", "frmPort"), u"connect"_qs);
-        QCOMPARE(chapter(program.Moniter()), u"watch"_qs);
-        QCOMPARE(chapter(program.Source()), u"source"_qs);
+        QCOMPARE(chapter(OpenOne<frmMoniter>()), u"watch"_qs);
+        QCOMPARE(chapter(OpenOne<frmSource>()), u"source"_qs);
         program.Choose("mnuRealtimeNew");
         QCOMPARE(chapter(program.Find<QWidget>("fgData")), u"log"_qs);
         QCOMPARE(chapter(program.Find<QWidget>("chData")), u"graph"_qs);
@@ -194,23 +206,22 @@ class GuideTest : public QObject
 
     void ShowsTheGuideWithoutABrowser()
     {
-        PX40_NEEDS_UNIX();
         OperatedProgram program(Program::Port::Simulated);
         program.desktop.ShowNothing();
         program.StartUp();
         program.Choose("mnuHelpContents");
         QDialog *const window = program.Dialog("frmHelp");
         auto *const text = window->findChild<QTextBrowser *>();
-        QVERIFY(text->document()->size().width() <= text->viewport()->width());
         const QString title = window->windowTitle();
-        // By a link, and back.
+        // By a link, and back. The chapter's picture is wide, and shown as wide as the text.
         text->setSource(QUrl(u"download.html"_qs));
         QVERIFY(window->windowTitle() != title);
-        const QImage picture = text->grab().toImage();
+        QVERIFY(text->document()->size().width() <= text->viewport()->width());
+        const QTextCursor picture = text->document()->find(QString(QChar::ObjectReplacementCharacter));
+        QVERIFY(text->document()->documentLayout()->blockBoundingRect(picture.block()).height() > 200);
         program.Click("btBack", window);
         QCOMPARE(window->windowTitle(), title);
-        QVERIFY(text->grab().toImage() != picture);
-        program.Escape(window);
+        Escape(program, window);
     }
 };
 
