@@ -62,7 +62,7 @@ class WindowTest : public QObject
         QCOMPARE(menu("mnuData"), u"&MEMORY-mode"_qs);
         QCOMPARE(menu("mnuSetup"), u"&Communications Port...|&Interval and Period...|&Graph..."_qs);
         QCOMPARE(menu("mnuView"), u"&Tool bar|&Status bar|-|&MEASURE Window|&SOURCE Window"_qs);
-        QCOMPARE(menu("mnuHelp"), u"&About PX40 Communication Software..."_qs);
+        QCOMPARE(menu("mnuHelp"), u"&Contents|&About PX40 Communication Software..."_qs);
 
         for (const char *const bar : {"tbMain", "tbSub"}) {
             for (const QAction *const button : program.Find<QToolBar>(bar)->actions())
