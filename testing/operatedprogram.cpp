@@ -1,7 +1,5 @@
 #include "testing/operatedprogram.h"
 
-#include "document/frmdata.h"
-
 #include <QDesktopServices>
 #include <QFile>
 #include <QPointer>

@@ -12,7 +12,6 @@
 
 #include <array>
 #include <cstring>
-#include <memory>
 
 #include <poll.h>
 #include <sys/socket.h>

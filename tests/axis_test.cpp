@@ -2,13 +2,10 @@
 #include "graph/graphline.h"
 #include "testing/rows.h"
 
-#include <QTest>
-
 #include <algorithm>
 #include <cmath>
 #include <functional>
 #include <optional>
-#include <tuple>
 
 using namespace px40;
 

@@ -5,8 +5,6 @@
 #include <QDeadlineTimer>
 #include <QLoggingCategory>
 
-#include <deque>
-
 using namespace px40;
 
 namespace {

@@ -2,16 +2,13 @@
 // over which file, in which folder, and what lies beside it.
 
 #include "testing/books.h"
-#include "testing/files.h"
 #include "testing/rows.h"
 #include "testing/wait.h"
 
 #include <QDateTime>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtEndian>
 
-#include <functional>
 #include <thread>
 
 #ifdef Q_OS_UNIX

@@ -332,22 +332,6 @@ class CommTest : public QObject
         QCOMPARE(Play(QString::fromLatin1(script)), QString::fromLatin1(verdicts));
     }
 
-    void LateRepliesNeverAnswerTheNextCommand()
-    {
-        // One that comes when its command was given up; an instrument that is always slower than the
-        // time-out, which leaves some questions without any answer.
-        for (const char *const fault : {"late=330,first=1", "late=120"}) {
-            CommRig rig(fault, 100);
-            rig.Send(Preparations().front()); // may fail
-            for (int n = 1; n <= 4; ++n) {
-                const Exchange exchange = rig.Send(AskReading(n));
-                const bool answered = Succeeds(exchange);
-                QVERIFY2(answered || rig.server.CurrentFaults().lateFirst == 0, fault);
-                QVERIFY2(!answered || *exchange.Value() == rig.Expected(AskReading(n).text), fault);
-            }
-        }
-    }
-
     /// The acknowledgement of an older command is waited for before the instrument is changed.
     void StepsWaitForOlderAcknowledgements()
     {

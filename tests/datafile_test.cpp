@@ -9,7 +9,6 @@
 #include "testing/wait.h"
 
 #include <QDir>
-#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <cerrno>
@@ -55,14 +54,6 @@ struct FileRig
     }
 
     std::shared_ptr<DataSet> Set() { return std::make_shared<DataSet>(shared); }
-
-    std::shared_ptr<DataSet> Opened(const QString &name)
-    {
-        const std::shared_ptr<DataSet> set = Set();
-        const Result<> opened = set->OpenFile(name);
-        Require(opened.has_value(), opened ? QString() : opened.error().text);
-        return set;
-    }
 
     /// What lies in the folder, hidden files as well.
     QStringList Files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
@@ -253,7 +244,8 @@ class DataFileTest : public QObject
             QCOMPARE(Why(set->SaveFile(name)), QString());
             QVERIFY(set->Saved());
 
-            const std::shared_ptr<DataSet> opened = rig.Opened(name);
+            const std::shared_ptr<DataSet> opened = rig.Set();
+            QCOMPARE(Why(opened->OpenFile(name)), QString());
             QVERIFY(opened->Saved());
             QCOMPARE(opened->GetDatacount(), kind == KindSave ? 6 : 5); // its spare row becomes a sample
             QCOMPARE(opened->Table().TableRows(), 6);
@@ -356,7 +348,8 @@ class DataFileTest : public QObject
         rig.shared.WorkPath = work.isEmpty() ? work : dir.filePath(work);
         const QString name = rig.Put(SampleFile("0"));
         const QString saved = dir.filePath(u"saved.CSV"_qs);
-        const std::shared_ptr<DataSet> set = rig.Opened(name);
+        const std::shared_ptr<DataSet> set = rig.Set();
+        QCOMPARE(Why(set->OpenFile(name)), QString());
         QCOMPARE(set->PanelText(Panel::Interval), u"05s"_qs); // which is written again
         const QString said = std::exchange(rig.shared.WorkNote, QString());
         QVERIFY2(said.endsWith(note) && said.isEmpty() == note.isEmpty(), qPrintable(said));
@@ -375,9 +368,9 @@ class DataFileTest : public QObject
     {
         const QString full = u"File too large"_qs;
         AddRows<Target>({
-            {"full disk", {u"given.CSV"_qs, 1000, 8192, full}},
-            {"full at the last step", {u"given.CSV"_qs, 500, 5000, full}}, // until which they fit a buffer
-            {"no room at all", {u"given.CSV"_qs, 500, 0, full}},
+            {"full disk", {u"given.CSV"_qs, 20'000, 8192, full}},
+            {"full at the last step", {u"given.CSV"_qs, 1000, 8192, full}}, // until which they wait in memory
+            {"no room at all", {u"given.CSV"_qs, 1000, 0, full}},
             {"no folder", {u"gone/other.CSV"_qs, 1, NoLimit, qt_error_string(IsUnix ? ENOENT : 3)}},
             {"a folder", {u"dir.CSV"_qs, 1, NoLimit, u"Filename refers to a directory"_qs}},
         });
@@ -391,7 +384,8 @@ class DataFileTest : public QObject
         FileRig rig;
         const QString name = rig.Put(SampleFile());
         QVERIFY(QDir(rig.folder.path()).mkdir(u"dir.CSV"_qs));
-        const std::shared_ptr<DataSet> set = rig.Opened(name);
+        const std::shared_ptr<DataSet> set = rig.Set();
+        QCOMPARE(Why(set->OpenFile(name)), QString());
         for (int i = 0; i < rows; ++i) {
             QVERIFY(set->AddGridrow());
             set->AddData(u"10:00:00"_qs, u"1"_qs, {}, {}, {});

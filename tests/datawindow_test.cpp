@@ -19,7 +19,6 @@
 #include <QTest>
 #include <QWindow>
 
-#include <functional>
 #include <tuple>
 
 using namespace px40;

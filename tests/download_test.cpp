@@ -6,7 +6,6 @@
 #include "testing/rows.h"
 
 #include <new>
-#include <optional>
 
 using namespace px40;
 

@@ -41,12 +41,6 @@ struct Desk : FakeViews
 
     static QString Question(const QString &name) { return u"save:%1:CSV Files (*.CSV)"_qs.arg(name); }
 
-    bool Run(QCoro::Task<bool> task)
-    {
-        const Running<bool> running(std::move(task));
-        return running.Finish() && running.Value();
-    }
-
     QTemporaryDir folder;
     ScriptedPrompts prompts;
     HeldClock clock;
@@ -69,17 +63,17 @@ class FileCommandsTest : public QObject
         const QString name = desk.Path(u"a.CSV"_qs);
         const QString gone = desk.Path(u"gone/b.CSV"_qs); // its folder went after the dialog had looked
         desk.prompts.files = {gone, name};
-        QVERIFY(!desk.Run(desk.commands.Save(set))); // told once
+        QVERIFY(!Finish(desk.commands.Save(set))); // told once
         QCOMPARE(desk.prompts.warnings,
                  QStringList(desk.services.state.ErrorMessage + u"\r\n"_qs + QDir::toNativeSeparators(gone) +
                              u"\r\nNothing was saved."_qs));
         QVERIFY(!set->Saved());
         QCOMPARE(set->GetFilename(), QString());
-        QVERIFY(desk.Run(desk.commands.Save(set)));
+        QVERIFY(Finish(desk.commands.Save(set)));
         QCOMPARE(set->GetFilename(), QDir::toNativeSeparators(name));
         QVERIFY(set->Saved());
         QVERIFY(QFile::remove(name));
-        QVERIFY(desk.Run(desk.commands.Save(set)));
+        QVERIFY(Finish(desk.commands.Save(set)));
         QVERIFY(QFile::exists(name));
         const QString proposed = Desk::Question(ProposedName(u"1New"_qs, desk.clock, u"CSV"_qs));
         QCOMPARE(desk.prompts.fileQuestions, QStringList({proposed, proposed}));
@@ -90,7 +84,7 @@ class FileCommandsTest : public QObject
         const QByteArray before = Contents(name);
         const auto disk = FullDisk(10);
         desk.prompts.files = {name};
-        QVERIFY(!desk.Run(desk.commands.Save(set, true)));
+        QVERIFY(!Finish(desk.commands.Save(set, true)));
         QCOMPARE(desk.prompts.fileQuestions.last(), Desk::Question(name));
         QCOMPARE(desk.prompts.warnings.last(),
                  u"File too large\r\n"_qs + name +
@@ -141,7 +135,7 @@ class FileCommandsTest : public QObject
         QVERIFY(QFile::link(mine, own));
         QVERIFY(QFile::setPermissions(mine, QFile::ReadOwner));
         desk.prompts.files = {link, own, {}};
-        QVERIFY(!desk.Run(desk.commands.Save(set)));
+        QVERIFY(!Finish(desk.commands.Save(set)));
         const QString readOnly = u"This file is a read-only file; you cannot save data to it.\r\n"
                                  "Specify a different filename.\r\n"_qs;
         const QString open = u"This file is already open.\r\nSpecify a different filename.\r\n"_qs;
@@ -158,7 +152,7 @@ class FileCommandsTest : public QObject
         desk.sets.removeFirst();
         for (const QString &name : {mine, own, other}) {
             desk.prompts.files = {name};
-            QVERIFY(desk.Run(desk.commands.Save(set, true)));
+            QVERIFY(Finish(desk.commands.Save(set, true)));
         }
         QCOMPARE(desk.prompts.warnings.size(), 3);
     }
@@ -171,11 +165,11 @@ class FileCommandsTest : public QObject
         const Running<bool> first(desk.commands.Save(set));
         desk.sets.clear(); // the window may go meanwhile
         QVERIFY(!first.Done());
-        QVERIFY(!desk.Run(desk.commands.Save(set)));
-        QVERIFY(!desk.Run(desk.commands.Save(set, true)));
+        QVERIFY(!Finish(desk.commands.Save(set)));
+        QVERIFY(!Finish(desk.commands.Save(set, true)));
         QVERIFY(first.Finish() && first.Value());
         QCOMPARE(desk.prompts.fileQuestions.size(), 1);
-        QVERIFY(desk.Run(desk.commands.Save(set, true))); // and afterwards it asks again
+        QVERIFY(Finish(desk.commands.Save(set, true))); // and afterwards it asks again
         QCOMPARE(set->GetFilename(), QDir::toNativeSeparators(desk.Path(u"b.CSV"_qs)));
     }
 

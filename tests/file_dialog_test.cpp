@@ -1,16 +1,11 @@
-#include "app/messageprompts.h"
 #include "testing/files.h"
 #include "testing/operatedprogram.h"
-#include "testing/wait.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <tuple>

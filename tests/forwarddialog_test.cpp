@@ -11,12 +11,7 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QRadioButton>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QUrl>
-
-#include <optional>
-#include <utility>
 
 using namespace px40;
 

@@ -9,17 +9,12 @@
 #include "link/linkuse.h"
 #include "platform/userstore.h"
 #include "testing/books.h"
-#include "testing/files.h"
 #include "testing/heldclock.h"
 #include "testing/prompts.h"
 #include "testing/rows.h"
 #include "testing/wait.h"
 
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <memory>
-#include <stdexcept>
 
 namespace px40 {
 

@@ -1,7 +1,6 @@
 // Forwarding as the user of the whole program has it: after a download, from the menu, during a run.
 
 #include "forward/frmforward.h"
-#include "link/linkuse.h"
 #include "testing/books.h"
 #include "testing/liveprogram.h"
 #include "testing/operatedprogram.h"
@@ -10,8 +9,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
-
-#include <optional>
 
 namespace px40 {
 

@@ -8,15 +8,11 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTimeZone>
 
 #include <SQLiteCpp/Database.h>
 #include <sqlite3.h>
 #include <zlib.h>
-
-#include <memory>
-#include <random>
 
 #ifdef Q_OS_UNIX
 #include <csignal>

@@ -2,6 +2,8 @@
 #include "testing/liverig.h"
 #include "testing/rows.h"
 
+#include <QRegularExpression>
+
 using namespace px40;
 
 namespace {
@@ -12,21 +14,19 @@ const char *const Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 constexpr qint64 ToSummer = 1'901'149'197'000; // three seconds before the clocks are changed in 2030
 constexpr qint64 ToWinter = 1'919'293'197'000;
 
-QStringList Times(const DataSet &dataSet)
+/// The time of each row behind E for an error row and + for any other.
+QString Rows(const DataSet &dataSet)
 {
-    QStringList times;
+    QStringList rows;
     for (int sample = 1; sample <= dataSet.GetDatacount(); ++sample)
-        times << dataSet.Table().Cell(sample, 1);
-    return times;
+        rows << (dataSet.Table().Cell(sample, 2) == u"ERROR" ? u'E' : u'+') + dataSet.Table().Cell(sample, 1);
+    return rows.join(u' ');
 }
 
-/// E for an error row and + for any other.
+/// The same without the times.
 QString Kinds(const DataSet &dataSet)
 {
-    QString kinds;
-    for (int sample = 1; sample <= dataSet.GetDatacount(); ++sample)
-        kinds += dataSet.Table().Cell(sample, 2) == u"ERROR" ? u'E' : u'+';
-    return kinds;
+    return Rows(dataSet).remove(QRegularExpression(u"[^E+]"_qs));
 }
 
 struct FullSet : DataSet
@@ -208,10 +208,10 @@ class RealtimeTest : public QObject
         QVERIFY(rig.state.RealtimeRun);
         QVERIFY(rig.PassSeconds(5));
         QVERIFY(rig.Ended());
-        QStringList times; // a row is stamped when it is stored, one second after its request
+        QStringList rows; // a row is stamped when it is stored, one second after its request
         for (const int second : seconds)
-            times << TimeOfDay(start + second + 1);
-        QCOMPARE(Times(*dataSet), times);
+            rows << u'+' + TimeOfDay(start + second + 1);
+        QCOMPARE(Rows(*dataSet), rows.join(u' '));
         QCOMPARE(dataSet->ProgressValue(), dataSet->ProgressMaximum());
         QVERIFY(dataSet->HasProgressEnded());
         QCOMPARE(rig.progress.rows, dataSet->GetDatacount());
@@ -225,8 +225,7 @@ class RealtimeTest : public QObject
         const auto dataSet = rig.NewSet(2);
         QVERIFY(rig.Start(dataSet));
         QVERIFY(rig.Pass(5000)); // seconds 0 to 4 in one tick
-        QCOMPARE(Kinds(*dataSet), u"+EE"_qs);
-        QCOMPARE(Times(*dataSet), QStringList({u"22:46:41"_qs, u"22:46:43"_qs, u"22:46:45"_qs}));
+        QCOMPARE(Rows(*dataSet), u"+22:46:41 E22:46:43 E22:46:45"_qs);
         QCOMPARE(rig.progress.errorRows, 2);
         rig.Tick(2 * OneHour); // asleep: stored in parts, between which nobody else gets the link
         QVERIFY(rig.state.LinkBusy);
@@ -281,8 +280,7 @@ class RealtimeTest : public QObject
         rig.clock.Advance(3000); // before the answer is there
         QVERIFY(rig.Settled());
         QVERIFY(rig.Pass(100));
-        QCOMPARE(Times(*dataSet).join(u' '), u"22:46:41 22:46:42 22:46:43 22:46:44"_qs);
-        QCOMPARE(Kinds(*dataSet), u"+EE+"_qs);
+        QCOMPARE(Rows(*dataSet), u"+22:46:41 E22:46:42 E22:46:43 +22:46:44"_qs);
 
         // Whichever second it was asked for; and within the period.
         for (const int period : {0, 6}) {
@@ -355,12 +353,7 @@ class RealtimeTest : public QObject
         if (interval > 1) // the computer sleeps: the other clock goes on as well
             rig.clock.monotonicMs += jumpMs;
         QVERIFY(rig.PassSeconds(2));
-        const QStringList times = Times(*dataSet);
-        const QString kinds = Kinds(*dataSet);
-        QStringList shown;
-        for (int row = 0; row < times.size(); ++row)
-            shown << kinds.at(row) + times.at(row);
-        QCOMPARE(shown.join(u' '), rows);
+        QCOMPARE(Rows(*dataSet), rows);
         QVERIFY(rig.tmRealtime.Enabled());
     }
 

@@ -3,8 +3,6 @@
 #include "resources/strings.h"
 #include "testing/files.h"
 #include "testing/program.h"
-#include "testing/prompts.h"
-#include "testing/wait.h"
 
 #include <QDir>
 #include <QTest>

@@ -6,8 +6,6 @@
 
 #include <QRadioButton>
 
-#include <optional>
-
 using namespace px40;
 
 namespace {

@@ -5,9 +5,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-
-#include <pugixml.hpp>
 
 using namespace px40;
 
