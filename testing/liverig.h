@@ -64,11 +64,7 @@ struct LiveRig : LinkRig
     }
 
     /// One status check.
-    bool Check()
-    {
-        const Running<bool> running(check.CheckStatus());
-        return running.Finish() && running.Value();
-    }
+    bool Check() { return Finish(check.CheckStatus()); }
 
     static Duration Seconds(int seconds) { return {u"0"_qs, u"0"_qs, u"0"_qs, QString::number(seconds)}; }
 

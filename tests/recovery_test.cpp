@@ -179,8 +179,7 @@ class RecoveryTest : public QObject
         killed.Take(3);
         NextProgram next(killed);
         const auto set = next.DataWindows().constFirst()->Data();
-        QVERIFY(set->AddGridrow().has_value());
-        set->AddRealtimedata(u"10:00:03"_qs, u"4"_qs, u"DCmA"_qs, {}, {}, true);
+        killed.Take(1, set);
         QVERIFY(next.services.journals.WaitForDisk(5000));
         const QDir unsaved(next.services.journals.Folder());
         QCOMPARE(unsaved.entryList({u"*.journal"_qs}).size(), 1);
