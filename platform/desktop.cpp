@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QStandardPaths>
@@ -17,7 +18,7 @@ void OpenByDesktop(const QString &file, QObject *context, const std::function<vo
     // The toolkit would start this as well, but not look at what comes of it.
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (!opener.isEmpty()) {
-        auto *const process = new QProcess; // of no parent, whose end would be its own
+        auto *const process = new QProcess(qApp); // which ends no program that it has started
         QObject::connect(process, &QProcess::finished, context, [failed](int code) {
             if (code != 0)
                 failed();
