@@ -5,9 +5,6 @@
 #include "platform/geometry.h"
 #include "resources/icons.h"
 
-#include <QKeyEvent>
-#include <QShortcut>
-
 #include <tuple>
 #include <utility>
 
@@ -29,8 +26,6 @@ LiveWindow::LiveWindow(const QString &name, UserStore &store, QWidget *parent)
     setObjectName(QStringLiteral("frm") + name);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(ApplicationIcon());
-    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this,
-            &QWidget::close);
 }
 
 void LiveWindow::ShowMessage(const QString &text)
@@ -80,15 +75,6 @@ void LiveWindow::Fade()
 void LiveWindow::Place(const QRect &usual)
 {
     RestoreGeometry(*this, name_, usual, *store_);
-}
-
-/// Escape is handled here, because as a shortcut it would not reach an open list.
-void LiveWindow::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        QWidget::keyPressEvent(event);
 }
 
 void LiveWindow::closeEvent(QCloseEvent *)

@@ -15,7 +15,8 @@ class UserStore;
 /// One line says what came of a command that was given here, or since when nothing has come from the
 /// instrument.
 ///
-/// It keeps its place from one opening to the next, and deletes itself when closed, also by Escape or Ctrl+W.
+/// It keeps its place from one opening to the next, and deletes itself when closed: by its frame, not by
+/// Escape.
 class LiveWindow : public QWidget
 {
     Q_OBJECT
@@ -50,7 +51,6 @@ class LiveWindow : public QWidget
     /// The line, for the subclass to place.
     ElidedLabel *MessageLine() const { return llMessage_; }
 
-    void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
   private:

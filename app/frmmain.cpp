@@ -10,6 +10,7 @@
 #include "app/maincommands.h"
 #include "app/services.h"
 #include "app/statusbar.h"
+#include "app/windowround.h"
 #include "app/workspace.h"
 #include "document/frmdata.h"
 #include "document/frmsetting.h"
@@ -22,6 +23,7 @@
 #include "resources/icons.h"
 #include "resources/strings.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -71,6 +73,7 @@ frmMain::frmMain(Services &services)
          {std::pair{Command::RealtimeNew, Str::StartRealtime},
           std::pair{Command::DataMemory, Str::StartMemory}, std::pair{Command::FileOpen, Str::StartOpen}})
         workspace_->Offer(actions_->Item(command), Text(purpose));
+    actions_->TabAfter(workspace_->findChildren<QAbstractButton *>().constLast());
     setAcceptDrops(true);
     setStatusBar(statusBar_);
     ConnectAll();
@@ -121,6 +124,7 @@ void frmMain::ConnectAll()
         Q_EMIT left();
     });
     connect(live_, &Live::windowsChanged, this, &frmMain::ShowLiveWindows);
+    new WindowRound(*actions_, *workspace_, *live_, this);
 }
 
 void frmMain::ShowTitle()
@@ -144,6 +148,8 @@ void frmMain::ShowProtection(const DataSet &set)
 
 void frmMain::ShowPlaced()
 {
+    if (QWidget *const place = workspace_->FocusPlace())
+        place->setFocus(); // not a tool
     show();
     activateWindow();
     live_->OpenMoniter();
@@ -162,8 +168,8 @@ void frmMain::ShowLiveWindows()
         actions_->Item(command)->setChecked(open);
         actions_->Button(command)->setChecked(open);
     };
-    check(Command::ViewMoniter, live_->IsMoniterOpen());
-    check(Command::ViewSource, live_->IsSourceOpen());
+    check(Command::ViewMoniter, live_->Moniter() != nullptr);
+    check(Command::ViewSource, live_->Source() != nullptr);
 }
 
 void frmMain::OnWindowActivated()
@@ -175,9 +181,7 @@ void frmMain::OnWindowActivated()
 
 void frmMain::EnableApplication(bool enabled)
 {
-    for (std::size_t i = 0; i < MainMenuCount; ++i)
-        actions_->Menu(static_cast<MainMenu>(i))->setEnabled(enabled);
-    actions_->MainBar()->setEnabled(enabled);
+    actions_->Enable(enabled);
     workspace_->EnableWindows(enabled);
 }
 

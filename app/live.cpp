@@ -66,6 +66,7 @@ Live::Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidg
 void Live::ShowWindow(LiveWindow *window)
 {
     connect(window, &LiveWindow::closed, this, &Live::windowsChanged);
+    window->addActions(window_->actions()); // whose shortcuts are the main window's
     window->setAttribute(Qt::WA_ShowWithoutActivating);
     window->show();
     window_->activateWindow();
@@ -78,6 +79,16 @@ void Live::ShowWindow(LiveWindow *window)
     }
     StartChecking();
     Q_EMIT windowsChanged();
+}
+
+QWidget *Live::Moniter() const
+{
+    return moniter_;
+}
+
+QWidget *Live::Source() const
+{
+    return source_;
 }
 
 void Live::OpenMoniter()

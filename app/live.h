@@ -31,8 +31,9 @@ class Live : public QObject
     /// and its jobs.
     Live(Services &services, MainCommands &commands, Timer &tmCheckStat, QWidget *window);
 
-    bool IsMoniterOpen() const { return !moniter_.isNull(); }
-    bool IsSourceOpen() const { return !source_.isNull(); }
+    /// Null while it is closed.
+    QWidget *Moniter() const;
+    QWidget *Source() const;
     /// Opens the window, which starts the status check if it is not running, or brings it to the front.
     void OpenMoniter();
     void OpenSource();

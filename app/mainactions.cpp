@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QToolBar>
+#include <QToolButton>
 
 #include <optional>
 #include <utility>
@@ -130,6 +131,8 @@ void MainActions::BuildMenus()
         const Command command = *entry.command;
         QAction *const item = AddAction(menu, entry.name, entry.caption, command);
         item->setShortcut(QKeySequence(QString::fromUtf16(entry.shortcut)));
+        if (!item->shortcut().isEmpty())
+            window_->addAction(item); // for the windows that take over the keys of this one
         items_.at(Index(command)) = item;
     }
 }
@@ -177,10 +180,23 @@ void MainActions::BuildToolBars()
         QToolBar *const bar = entry.command == Command::RealtimeStop ? tbSub_ : tbMain_;
         if (entry.beginsGroup)
             bar->addSeparator();
-        buttons_.at(Index(entry.command)) = AddAction(bar, entry.key, entry.tip, entry.command);
+        QAction *const button = AddAction(bar, entry.key, entry.tip, entry.command);
+        bar->widgetForAction(button)->setFocusPolicy(Qt::TabFocus);
+        buttons_.at(Index(entry.command)) = button;
     }
     window_->setContextMenuPolicy(Qt::NoContextMenu);
     buttons_.at(Index(Command::DataSave)) = AddAction(window_, u"Sdata", NoCaption, Command::DataSave);
+}
+
+void MainActions::TabAfter(QWidget *control)
+{
+    for (const QToolBar *const bar : {tbMain_, tbSub_}) {
+        const QList<QToolButton *> buttons = bar->findChildren<QToolButton *>();
+        for (QToolButton *const button : buttons) {
+            QWidget::setTabOrder(control, button);
+            control = button;
+        }
+    }
 }
 
 void MainActions::MakeIcons()
@@ -197,13 +213,31 @@ void MainActions::MakeIcons()
 
 void MainActions::Show(const CommandRules &rules)
 {
+    rules_ = rules;
+    ShowItems();
     for (std::size_t i = 0; i < CommandCount; ++i) {
         const auto command = static_cast<Command>(i);
-        if (QAction *const item = Item(command))
-            item->setEnabled(rules.IsItemEnabled(command));
         if (QAction *const button = Button(command))
             button->setEnabled(rules.IsButtonEnabled(command));
     }
+}
+
+void MainActions::ShowItems()
+{
+    for (std::size_t i = 0; i < CommandCount; ++i) {
+        const auto command = static_cast<Command>(i);
+        if (QAction *const item = Item(command))
+            item->setEnabled(enabled_ && rules_.IsItemEnabled(command));
+    }
+}
+
+void MainActions::Enable(bool enabled)
+{
+    enabled_ = enabled;
+    for (QMenu *const menu : menus_)
+        menu->setEnabled(enabled);
+    tbMain_->setEnabled(enabled);
+    ShowItems();
 }
 
 } // namespace px40

@@ -43,8 +43,14 @@ class MainActions : public QObject
     /// Enables what the rules let the user choose.
     void Show(const CommandRules &rules);
 
+    /// Disables menus and main bar for a while, also for the keys of their items, or enables them again.
+    void Enable(bool enabled);
+
     /// What the submenu of recent files offers: full names, the newest first.
     void ShowRecentFiles(const QStringList &names);
+
+    /// Tab comes to the tool bars' buttons after that control.
+    void TabAfter(QWidget *control);
 
     /// Draws the icons in the window's present colours.
     void MakeIcons();
@@ -57,6 +63,7 @@ class MainActions : public QObject
   private:
     void BuildMenus();
     void BuildToolBars();
+    void ShowItems();
     QAction *AddAction(QWidget *to, const char16_t *name, Str caption, Command command);
 
     QMainWindow *window_;
@@ -66,6 +73,8 @@ class MainActions : public QObject
     QMenu *mnuFileRecent_ = nullptr;
     QToolBar *tbMain_ = nullptr;
     QToolBar *tbSub_ = nullptr;
+    CommandRules rules_;
+    bool enabled_ = true;
 };
 
 } // namespace px40

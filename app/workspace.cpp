@@ -147,6 +147,16 @@ void Workspace::ReturnFocus()
     activeBefore_->setFocus();
 }
 
+QWidget *Workspace::FocusPlace() const
+{
+    if (QMdiSubWindow *const window = currentSubWindow())
+        return window->isEnabled() && !window->isMinimized() ? window : nullptr;
+    const QList<CommandLink *> offers = offers_->findChildren<CommandLink *>();
+    const auto first =
+        std::find_if(offers.begin(), offers.end(), [](const QWidget *one) { return one->isEnabled(); });
+    return first != offers.end() ? *first : nullptr;
+}
+
 void Workspace::Offer(QAction *command, const QString &purpose)
 {
     offerRows_->addWidget(new CommandLink(command, purpose, offers_));

@@ -35,6 +35,10 @@ class Workspace : public QMdiArea
     /// The main window has become active: the same for a window that could not be given the focus before.
     void ReturnFocusSoon();
 
+    /// What gets the focus that comes here by keyboard: the active data window, or the first offer. Null
+    /// while there is neither.
+    QWidget *FocusPlace() const;
+
   protected:
     void resizeEvent(QResizeEvent *event) override;
     bool viewportEvent(QEvent *event) override;

@@ -1,4 +1,5 @@
 #include "acquire/frminterval.h"
+#include "app/frmcancel.h"
 #include "app/maincommands.h"
 #include "source/frmsrcvalueset.h"
 #include "testing/files.h"
@@ -19,6 +20,50 @@ class LiveTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void KeysReachEveryWindow()
+    {
+        LiveProgram program;
+        const auto place = [] {
+            const QWidget *const window = QApplication::activeWindow();
+            const QWidget *const focus = QApplication::focusWidget();
+            const bool main = window && focus && window->objectName() == u"frmMain";
+            return main ? focus->parentWidget()->objectName() : window ? window->objectName() : QString();
+        };
+        const auto press = [](auto key, Qt::KeyboardModifiers modifiers = {}) {
+            QWidget *const focus = QApplication::focusWidget();
+            QTest::keyClick(focus ? focus : QApplication::activeWindow(), key, modifiers);
+        };
+        const auto arrives = [&](const char *where) {
+            return WaitUntil([&] { return place() == QLatin1StringView(where); });
+        };
+        QApplication::setActiveWindow(program.window.get());
+        for (const char *const next : {"frmMoniter", "frmSource", "tbMain", "offers", "frmMoniter"}) {
+            press(Qt::Key_F6);
+            QVERIFY2(arrives(next), qPrintable(QLatin1StringView(next) + place()));
+        }
+        press(Qt::Key_N, Qt::ControlModifier); // as in the main window, and once
+        QCOMPARE(program.DataWindows().size(), 1);
+        auto *const cancel = program.Find<frmCancel>("frmCancel");
+        program.Moniter()->activateWindow();
+        QVERIFY(arrives("frmMoniter"));
+        cancel->Show(); // the menus are disabled, and so are their keys
+        program.Moniter()->activateWindow();
+        QVERIFY(arrives("frmMoniter"));
+        press(Qt::Key_N, Qt::ControlModifier);
+        QCOMPARE(program.DataWindows().size(), 1);
+        cancel->Unload();
+        press(Qt::Key_F6, Qt::ShiftModifier);
+        QVERIFY(WaitUntil(
+            [&] { return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget()); }));
+        program.Action("mnuViewSource")->trigger(); // closes it
+        press(Qt::Key_F6, Qt::ShiftModifier);
+        QVERIFY(arrives("tbMain"));
+        press(Qt::Key_F6, Qt::ShiftModifier);
+        QVERIFY(arrives("frmMoniter"));
+        press(Qt::Key_W, Qt::ControlModifier); // File, Close
+        QVERIFY(WaitUntil([&] { return program.DataWindows().isEmpty(); }) && program.Moniter());
+    }
+
     void RunFromTheToolBar()
     {
         const QString allButStop = u"New mnuRealtimeNew Start mnuRealtimeStart Mdata mnuDataMemory"_qs;

@@ -122,7 +122,9 @@ class MoniterTest : public QObject
 
         const QSignalSpy closed(rig.window, &frmMoniter::closed);
         QApplication::setActiveWindow(rig.window);
-        QTest::keyClick(rig.window, Qt::Key_Escape);
+        QTest::keyClick(rig.window, Qt::Key_Escape); // closes dialogs only
+        QVERIFY(rig.window->isVisible());
+        rig.window->close();
         QVERIFY(WaitUntil([&] { return !rig.window; }));
         QCOMPARE(closed.size(), 1);
         QCOMPARE(rig.store.GetNumber(u"Settings"_qs, u"MoniterTop"_qs, 0),

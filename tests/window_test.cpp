@@ -64,6 +64,19 @@ class WindowTest : public QObject
         QCOMPARE(menu("mnuView"), u"&Tool bar|&Status bar|-|&MEASURE Window|&SOURCE Window"_qs);
         QCOMPARE(menu("mnuHelp"), u"&Contents|&About PX40 Communication Software..."_qs);
 
+        // But for what the captions have always been, no letter key does two things.
+        QStringList twice;
+        for (const QMenu *const one : program.window->findChildren<QMenu *>()) {
+            QString letters;
+            for (const QAction *const action : one->actions()) {
+                const QString letter = QKeySequence::mnemonic(action->text()).toString().right(1);
+                if (!letter.isEmpty() && letters.contains(letter))
+                    twice << one->objectName() + letter;
+                letters += letter;
+            }
+        }
+        QCOMPARE(twice, QStringList(u"mnuViewS"_qs));
+
         for (const char *const bar : {"tbMain", "tbSub"}) {
             for (const QAction *const button : program.Find<QToolBar>(bar)->actions())
                 QVERIFY2(button->isSeparator() || !button->icon().isNull(), qPrintable(button->objectName()));
