@@ -70,6 +70,7 @@ frmHelp::frmHelp() : text_(NewNamed<GuideText>("tbGuide", this))
     setWindowIcon(ApplicationIcon());
     setWindowTitle(Text(Str::HelpTitle));
     text_->setAccessibleName(windowTitle());
+    text_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // or the first picture is too wide beside it
     connect(text_, &QTextBrowser::sourceChanged, this, [this] {
         setWindowTitle(text_->documentTitle() + QStringLiteral(" - ") + Text(Str::ApplicationTitle));
     });
