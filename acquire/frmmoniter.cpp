@@ -83,7 +83,7 @@ frmMoniter::frmMoniter(const InstrumentLink &link, UserStore &store, QWidget *pa
 
 void frmMoniter::Show(const MeasureDisplay &display)
 {
-    face_->Show(display, {&display.value, 1});
+    face_->Show(display, {&display.value, 1}, display.value);
     ShowFault(display.fault);
     btMeasOnOff_->setEnabled(display.buttonEnabled);
     if (display.buttonEnabled)

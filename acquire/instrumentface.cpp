@@ -1,9 +1,13 @@
 #include "acquire/instrumentface.h"
 
 #include "acquire/readinglabel.h"
+#include "acquire/spokenreading.h"
 #include "resources/icons.h"
 #include "resources/strings.h"
 
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QFontMetricsF>
 #include <QLabel>
 #include <QPainter>
@@ -36,6 +40,46 @@ constexpr int LeastIndicatorPixels = 10;
 constexpr double OutputFrame = 2; // in pixels
 
 constexpr double PixelsPerPoint = 96.0 / 72.0;
+
+/// The display as a screen reader finds it: one thing, whose name is its reading at the moment of asking,
+/// with the buttons on it.
+class SpokenFace : public QAccessibleWidget
+{
+  public:
+    explicit SpokenFace(InstrumentFace *face)
+        : QAccessibleWidget(face, face->findChild<QAbstractButton *>() ? QAccessible::Grouping
+                                                                       : QAccessible::StaticText),
+          face_(face)
+    {
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Name          ? face_->Spoken()
+               : kind == QAccessible::Description ? face_->SpokenState()
+                                                  : QAccessibleWidget::text(kind);
+    }
+    int childCount() const override { return static_cast<int>(Buttons().size()); }
+    QAccessibleInterface *child(int index) const override
+    {
+        return QAccessible::queryAccessibleInterface(Buttons().value(index));
+    }
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        return static_cast<int>(Buttons().indexOf(qobject_cast<QAbstractButton *>(child->object())));
+    }
+
+  private:
+    QList<QAbstractButton *> Buttons() const { return face_->findChildren<QAbstractButton *>(); }
+
+    InstrumentFace *face_;
+};
+
+QAccessibleInterface *MakeSpoken(const QString &, QObject *object)
+{
+    auto *const face = qobject_cast<InstrumentFace *>(object);
+    return face ? new SpokenFace(face) : nullptr;
+}
 
 } // namespace
 
@@ -92,11 +136,13 @@ InstrumentFace::InstrumentFace(const FaceDesign &design, QWidget *parent)
     for (std::size_t i = 0; i < imUnit_.size(); ++i) {
         imUnit_[i] = NewLabel<IconLabel>(QStringLiteral("imUnit%1").arg(i), {});
         imUnit_[i]->SetIcon(Symbols[i]);
-        imUnit_[i]->setAccessibleName(Text(Str::UnitCelsius));
         imUnit_[i]->hide();
     }
     for (const FaceDesign::Cell &cell : design.reading)
         reading_ << NewLabel<ReadingLabel>(cell.name, reading_.isEmpty() ? Qt::AlignRight : Qt::AlignCenter);
+    static const bool SpokenInstalled = (QAccessible::installFactory(&MakeSpoken), true);
+    static_cast<void>(SpokenInstalled);
+    setFocusPolicy(Qt::TabFocus); // so that a screen reader's user can go there
     llDemo_->setText(Text(Str::Demo));
     llDemo_->hide();
     const auto [off, on] = design.lamps;
@@ -111,8 +157,14 @@ QString InstrumentFace::LampText(bool on) const
     return design_.side + u' ' + Text(on ? Str::OnCaption : Str::MeasureOff);
 }
 
-void InstrumentFace::Show(const SideDisplay &display, std::span<const QString> reading)
+QString InstrumentFace::SpokenState() const
 {
+    return faded_ ? Text(Str::SpokenOld) : llState_->text();
+}
+
+void InstrumentFace::Show(const SideDisplay &display, std::span<const QString> reading, const QString &value)
+{
+    spoken_ = SpokenReading(display, value);
     SetFaded(false);
     SetLamp(!display.known ? Lamp::None : display.on ? Lamp::On : Lamp::Off);
     llUnit_->setText(display.unit);
@@ -303,6 +355,8 @@ void InstrumentFace::paintEvent(QPaintEvent *)
     const double strength = output ? OutputFrame : 1;
     const QColor edge = Mix(palette().color(QPalette::Base), palette().color(QPalette::Text), 0.3);
     painter.setPen(QPen(output ? LampGreen(palette()) : edge, strength));
+    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange))
+        painter.setPen(QPen(palette().color(QPalette::Highlight), OutputFrame));
     const double radius = CornerRadius * Scale();
     const double inset = strength / 2;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);

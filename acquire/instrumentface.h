@@ -49,8 +49,8 @@ class InstrumentFace : public QWidget
   public:
     InstrumentFace(const FaceDesign &design, QWidget *parent);
 
-    /// `reading` has a text for each cell.
-    void Show(const SideDisplay &display, std::span<const QString> reading);
+    /// `reading` has a text for each cell; `value` is all of it with its decimal point.
+    void Show(const SideDisplay &display, std::span<const QString> reading, const QString &value);
 
     /// Nothing new has come for a while: the texts fade, and the lamp goes out of sight, since its state is
     /// no longer known. Lasts until `Show`.
@@ -58,6 +58,11 @@ class InstrumentFace : public QWidget
 
     /// Says on the display that the instrument is a simulated one.
     void SetDemo(bool demo);
+
+    /// For a screen reader, and only when it asks: the reading (`SpokenReading`), and whether that side is on
+    /// or what is shown is old.
+    QString Spoken() const { return spoken_; }
+    QString SpokenState() const;
 
   protected:
     static constexpr double Edge = 12;
@@ -102,6 +107,7 @@ class InstrumentFace : public QWidget
     Lamp lamp_ = Lamp::None;
     QLabel *llDemo_;
     bool faded_ = false;
+    QString spoken_; ///< empty: nothing was shown yet
 };
 
 /// The table's font in the table's size `sizeText` (points), `scale` times as large, for a widget.
@@ -111,6 +117,7 @@ template <typename Label>
 Label *InstrumentFace::NewLabel(const QString &name, Qt::Alignment alignment)
 {
     auto *const label = NewNamed<Label>(name, this);
+    label->setAccessibleName(name); // or each new text is told to screen readers at once
     label->setTextFormat(Qt::PlainText);
     label->setForegroundRole(QPalette::Text);
     label->setAlignment(alignment);

@@ -101,6 +101,7 @@ QComboBox *frmPort::BuildDeviceBox()
     box->setEditable(true);
     box->setCompleter(nullptr); // what is typed must not become another device
     box->setInsertPolicy(QComboBox::NoInsert);
+    box->lineEdit()->setAccessibleName(Text(Str::PortDeviceLabel));
     box->lineEdit()->setPlaceholderText(Text(Str::PortDeviceHint));
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     connect(cbPort_, &QComboBox::currentIndexChanged, this, &frmPort::ShowDeviceOfPort);

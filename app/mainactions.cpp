@@ -176,6 +176,8 @@ void MainActions::BuildToolBars()
     };
     tbMain_ = makeBar(QStringLiteral("tbMain"));
     tbSub_ = makeBar(QStringLiteral("tbSub"));
+    for (QToolBar *const bar : {tbMain_, tbSub_})
+        bar->setWindowTitle(Text(Str::ViewToolbar).remove(u'&')); // read by screen readers
     for (const ButtonEntry &entry : Buttons) {
         QToolBar *const bar = entry.command == Command::RealtimeStop ? tbSub_ : tbMain_;
         if (entry.beginsGroup)

@@ -2,6 +2,7 @@
 
 #include "document/tablecopy.h"
 #include "resources/icons.h"
+#include "resources/strings.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -84,6 +85,7 @@ DataTable::DataTable(TableModel *model, QWidget *parent) : QTableView(parent), c
 {
     setItemDelegate(cells_);
     setObjectName(QStringLiteral("fgData"));
+    setAccessibleName(Text(Str::TableName));
     setModel(model);
     setAlternatingRowColors(true);
     setSelectionMode(QAbstractItemView::ExtendedSelection);

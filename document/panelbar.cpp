@@ -36,6 +36,7 @@ ElidedLabel *PanelBar::AddPanel(const QString &key, const QString &caption, int 
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     value->setMinimumWidth(1); // a long text does not widen the window
     value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    captionLabel->setBuddy(value); // tells a screen reader what the value is
     row->addWidget(captionLabel);
     row->addWidget(value, 1);
 

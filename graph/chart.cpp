@@ -3,6 +3,8 @@
 #include "resources/icons.h"
 #include "resources/strings.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QPaintEvent>
 
 #include <algorithm>
@@ -14,11 +16,19 @@ namespace {
 
 constexpr double HoverRadius = 4;
 
+QAccessibleInterface *MakeSpoken(const QString &, QObject *object)
+{
+    auto *const chart = qobject_cast<Chart *>(object);
+    return chart ? new QAccessibleWidget(chart, QAccessible::Chart) : nullptr;
+}
+
 } // namespace
 
 Chart::Chart(GraphModel *model, QWidget *parent) : GraphPlot(model, parent)
 {
     setObjectName(QStringLiteral("chData"));
+    static const bool SpokenInstalled = (QAccessible::installFactory(&MakeSpoken), true);
+    static_cast<void>(SpokenInstalled);
     setAccessibleName(Text(Str::GraphName));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);

@@ -141,7 +141,13 @@ void SourceFace::changeEvent(QEvent *event)
 
 void SourceFace::Show(const SourceDisplay &display)
 {
-    InstrumentFace::Show(display, display.digits);
+    QString value;
+    for (std::size_t i = 0; i < display.digits.size(); ++i) {
+        value += display.digits[i];
+        if (i > 0 && i <= display.points.size() && display.points[i - 1])
+            value += u'.';
+    }
+    InstrumentFace::Show(display, display.digits, value);
     for (std::size_t i = 0; i < shDec_.size(); ++i)
         shDec_[i]->setVisible(display.points[i]);
     for (QAbstractButton *const button : btUp_)

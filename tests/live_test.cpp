@@ -53,9 +53,13 @@ class LiveTest : public QObject
         QCOMPARE(program.DataWindows().size(), 1);
         cancel->Unload();
         press(Qt::Key_F6, Qt::ShiftModifier);
-        QVERIFY(WaitUntil(
-            [&] { return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget()); }));
+        const auto inData = [&] {
+            return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget());
+        };
+        QVERIFY(WaitUntil(inData));
         program.Action("mnuViewSource")->trigger(); // closes it
+        program.window->activateWindow();
+        QVERIFY(WaitUntil(inData));
         press(Qt::Key_F6, Qt::ShiftModifier);
         QVERIFY(arrives("tbMain"));
         press(Qt::Key_F6, Qt::ShiftModifier);

@@ -1,5 +1,6 @@
 #include "acquire/frmmoniter.h"
 #include "acquire/measuredisplay.h"
+#include "acquire/spokenreading.h"
 #include "link/reply.h"
 #include "platform/geometry.h"
 #include "testing/linkrig.h"
@@ -56,6 +57,22 @@ class MoniterTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void IsReadAloud()
+    {
+        const auto spoken = [](const Captions &captions, const char16_t *value, const QString &fault = {}) {
+            return SpokenReading({captions, true, true, {}, fault}, QString::fromUtf16(value));
+        };
+        QCOMPARE(spoken({u"V"_qs, u"DC"_qs}, u"+3.1390"), u"3.1390 volts DC"_qs);
+        QCOMPARE(spoken({{}, u"K"_qs, Captions::ThermocoupleSymbol}, u"-040.4"),
+                 u"minus 40.4 degrees Celsius type K"_qs);
+        QCOMPARE(spoken({u"mA"_qs, u"DC"_qs}, u" 00.500"), u"0.500 milliamperes DC"_qs);
+        QCOMPARE(spoken({u"Ohm"_qs, u"PT100"_qs}, u"000.0"), u"0.0 ohms PT100"_qs);
+        QCOMPARE(spoken({u"CPM"_qs, {}}, u"+00120"), u"120 counts per minute"_qs);
+        QCOMPARE(spoken({u"V"_qs, u"AC"_qs}, u"-----", u"Over range."_qs), u"Over range."_qs);
+        QCOMPARE(spoken({}, u""), u"no reading"_qs);
+        QCOMPARE(SpokenReading({}, u"1"_qs), u"no reading"_qs); // of an instrument of which nothing is known
+    }
+
     void ShowsWhatItIsTold()
     {
         Rig rig;
