@@ -191,6 +191,12 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     if (!ownLook_)
         return QProxyStyle::drawPrimitive(element, option, painter, widget);
     switch (element) {
+    case PE_FrameFocusRect:
+        if (option->state.testFlag(State_Item)) // of a table or list
+            break;
+        if (option->state.testFlag(State_KeyboardFocusChange))
+            DrawThinFrame(*painter, option->rect, option->palette.color(QPalette::Highlight));
+        return;
     case PE_FrameMenu:
     case PE_FrameWindow: // of a window in a workspace
         return DrawThinFrame(*painter, option->rect, Ink(option->palette, WindowInk));

@@ -72,12 +72,16 @@ double Luminance(const QColor &colour)
            0.0722 * linear(colour.blueF());
 }
 
+} // namespace
+
 double Contrast(const QColor &a, const QColor &b)
 {
     const double la = Luminance(a);
     const double lb = Luminance(b);
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
+
+namespace {
 
 /// `colour` itself where it stands out from `ground`, else the first step from it towards `ink` that does.
 QColor Readable(const QColor &colour, const QColor &ground, const QColor &ink)

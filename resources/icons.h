@@ -13,6 +13,9 @@ namespace px40 {
 /// The opaque colour on the way `from` one `to` another; `share` 0 to 1.
 QColor Mix(const QColor &from, const QColor &to, double share);
 
+/// How far two colours are apart in lightness, 1 to 21 (as web pages are judged: 3 is enough for a line).
+double Contrast(const QColor &a, const QColor &b);
+
 /// A frame of the thinnest line along the inside of `rect`, on whole pixels of the device: at 125 % a pen
 /// would miss a side here and there.
 void DrawThinFrame(QPainter &painter, const QRect &rect, const QColor &colour);

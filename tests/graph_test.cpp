@@ -3,6 +3,8 @@
 #include "graph/graphexport.h"
 #include "graph/graphline.h"
 #include "graph/graphpane.h"
+#include "graph/graphstyle.h"
+#include "resources/icons.h"
 #include "testing/files.h"
 #include "testing/rows.h"
 
@@ -45,6 +47,18 @@ class GraphTest : public QObject
     Q_OBJECT
 
   private Q_SLOTS:
+    void LinesDifferInLightness()
+    {
+        for (const QPalette &palette : {QPalette(Qt::white), QPalette(Qt::black)}) {
+            const GraphStyle style = GraphStyle::ForPalette(palette, true);
+            for (const QColor &line : {style.reading, style.maximum, style.minimum, LampGreen(palette)})
+                QVERIFY2(Contrast(line, style.background) > 3, qPrintable(line.name()));
+            QVERIFY(Contrast(style.reading, style.maximum) > 1.5);
+            QVERIFY(Contrast(style.reading, style.minimum) > 1.5);
+            QVERIFY(Contrast(style.maximum, style.minimum) > 1.5);
+        }
+    }
+
     void ViewFollowsTheScroll()
     {
         GraphRig rig(3);
