@@ -1,6 +1,7 @@
 #include "acquire/frminterval.h"
 #include "app/frmcancel.h"
 #include "app/maincommands.h"
+#include "app/windowround.h"
 #include "source/frmsrcvalueset.h"
 #include "testing/files.h"
 #include "testing/liveprogram.h"
@@ -22,6 +23,11 @@ class LiveTest : public QObject
   private Q_SLOTS:
     void KeysReachEveryWindow()
     {
+        // What is not open is passed over.
+        QVERIFY(NextStop(RoundStop::Workspace, {true, true, false, false}, false) == RoundStop::Bar);
+        QVERIFY(NextStop(RoundStop::Bar, {true, true, true, false}, true) == RoundStop::Moniter);
+        QVERIFY(NextStop(RoundStop::Source, {false, false, false, true}, false) == RoundStop::Source);
+
         LiveProgram program;
         const auto place = [] {
             const QWidget *const window = QApplication::activeWindow();
@@ -53,16 +59,9 @@ class LiveTest : public QObject
         QCOMPARE(program.DataWindows().size(), 1);
         cancel->Unload();
         press(Qt::Key_F6, Qt::ShiftModifier);
-        const auto inData = [&] {
-            return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget());
-        };
-        QVERIFY(WaitUntil(inData));
-        program.Action("mnuViewSource")->trigger(); // closes it
-        program.window->activateWindow();
-        QVERIFY(WaitUntil(inData));
-        press(Qt::Key_F6, Qt::ShiftModifier);
-        QVERIFY(arrives("tbMain"));
-        press(Qt::Key_F6, Qt::ShiftModifier);
+        QVERIFY(WaitUntil(
+            [&] { return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget()); }));
+        press(Qt::Key_F6);
         QVERIFY(arrives("frmMoniter"));
         press(Qt::Key_W, Qt::ControlModifier); // File, Close
         QVERIFY(WaitUntil([&] { return program.DataWindows().isEmpty(); }) && program.Moniter());
