@@ -38,6 +38,7 @@ constexpr std::array<const char16_t *, 7> LongestIndicators = {
     u"AUTO STEP", u"2.5s", u"RJON", u"IPTS-68", u"AUTO OFF", u"", u"CONTACT IN"};
 constexpr int LeastIndicatorPixels = 10;
 constexpr double OutputFrame = 2; // in pixels
+constexpr double FocusInset = 4;
 
 constexpr double PixelsPerPoint = 96.0 / 72.0;
 
@@ -355,11 +356,15 @@ void InstrumentFace::paintEvent(QPaintEvent *)
     const double strength = output ? OutputFrame : 1;
     const QColor edge = Mix(palette().color(QPalette::Base), palette().color(QPalette::Text), 0.3);
     painter.setPen(QPen(output ? LampGreen(palette()) : edge, strength));
-    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange))
-        painter.setPen(QPen(palette().color(QPalette::Highlight), OutputFrame));
     const double radius = CornerRadius * Scale();
     const double inset = strength / 2;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
+    if (!hasFocus() || !window()->testAttribute(Qt::WA_KeyboardFocusChange))
+        return;
+    painter.setBrush(Qt::NoBrush); // inside the frame, which may tell of an output
+    painter.setPen(QPen(palette().color(QPalette::Highlight), OutputFrame));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(FocusInset, FocusInset, -FocusInset, -FocusInset), radius,
+                            radius);
 }
 
 } // namespace px40
