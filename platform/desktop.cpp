@@ -19,11 +19,14 @@ void OpenByDesktop(const QString &file, QObject *context, const std::function<vo
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (!opener.isEmpty()) {
         auto *const process = new QProcess(qApp); // which ends no program that it has started
-        QObject::connect(process, &QProcess::finished, context, [failed](int code) {
-            if (code != 0)
+        QObject::connect(process, &QProcess::finished, context, [failed](int code, QProcess::ExitStatus end) {
+            if (code != 0 || end != QProcess::NormalExit)
                 failed();
         });
-        QObject::connect(process, &QProcess::errorOccurred, context, failed);
+        QObject::connect(process, &QProcess::errorOccurred, context, [failed](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart)
+                failed();
+        });
         QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());

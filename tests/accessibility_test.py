@@ -20,6 +20,9 @@ if "PX40_INSIDE" not in os.environ:
         if not shutil.which(tool):
             print(f"Skipped: {tool} is not installed.")
             sys.exit(77)
+    if not os.path.exists("/usr/share/dbus-1/services/org.a11y.Bus.service"):
+        print("Skipped: at-spi2-core is not installed.")
+        sys.exit(77)
     with tempfile.TemporaryDirectory() as home:
         inside = dict(os.environ, PX40_INSIDE="1", HOME=home, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb")
         for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "AT_SPI_BUS_ADDRESS", "WAYLAND_DISPLAY"):
