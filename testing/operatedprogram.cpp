@@ -1,5 +1,6 @@
 #include "testing/operatedprogram.h"
 
+#include <QAbstractButton>
 #include <QDesktopServices>
 #include <QFile>
 #include <QPointer>
