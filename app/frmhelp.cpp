@@ -35,11 +35,12 @@ class GuideText : public QTextBrowser
             return QTextBrowser::loadResource(type, name);
         const QByteArray coded = name.toEncoded();
         QImage picture = QImage::fromData(QByteArray::fromBase64(coded.mid(coded.indexOf(',') + 1)));
-        const double density = devicePixelRatioF();
         const int room = viewport()->width() - static_cast<int>(2 * document()->documentMargin());
-        if (picture.width() > room)
-            picture = picture.scaledToWidth(static_cast<int>(room * density), Qt::SmoothTransformation);
-        picture.setDevicePixelRatio(density);
+        if (picture.width() > room) {
+            const int width = std::min(picture.width(), qRound(room * devicePixelRatioF()));
+            picture = picture.scaledToWidth(width, Qt::SmoothTransformation);
+            picture.setDevicePixelRatio(static_cast<double>(width) / room);
+        }
         return picture;
     }
 

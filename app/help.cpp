@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QWindow>
 
 namespace px40 {
 
@@ -77,6 +78,11 @@ void Help::OpenHere(const QString &file)
     if (!window_)
         window_ = new frmHelp;
     window_->Open(file);
+    // An open dialog blocks every window that does not belong to it.
+    window_->winId();
+    const QWidget *const dialog = QApplication::activeModalWidget();
+    window_->hide();
+    window_->windowHandle()->setTransientParent(dialog ? dialog->windowHandle() : nullptr);
     window_->show();
     window_->raise();
     window_->activateWindow();

@@ -1,6 +1,7 @@
 #include "app/messageprompts.h"
 
 #include "app/filedialog.h"
+#include "app/frmhelp.h"
 #include "platform/geometry.h"
 
 #include <QApplication>
@@ -23,17 +24,20 @@ namespace {
 
 constexpr int NarrowestText = 45; // characters
 
-/// The window in front of which a box is to open.
+/// The window in front of which a box is to open: not the guide, which may be closed before the box.
 QWidget *Foremost()
 {
+    const auto isThere = [](const QWidget *one) {
+        return one && one->isVisible() && !qobject_cast<const frmHelp *>(one);
+    };
     for (QWidget *const one : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
-        if (one && one->isVisible())
+        if (isThere(one))
             return one;
     }
     // Another program has the focus: the box must not get lost behind our windows.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *const one : windows) {
-        if (one->isVisible() && one->windowType() == Qt::Window)
+        if (isThere(one) && one->windowType() == Qt::Window)
             return one;
     }
     return nullptr;

@@ -149,8 +149,12 @@ void Workspace::ReturnFocus()
 
 QWidget *Workspace::FocusPlace() const
 {
-    if (QMdiSubWindow *const window = currentSubWindow())
-        return window->isEnabled() && !window->isMinimized() ? window : nullptr;
+    if (const QList<QMdiSubWindow *> windows = subWindowList(ActivationHistoryOrder); !windows.isEmpty()) {
+        const auto last = std::find_if(windows.rbegin(), windows.rend(), [](const QMdiSubWindow *one) {
+            return one->isEnabled() && !one->isMinimized();
+        });
+        return last != windows.rend() ? *last : nullptr;
+    }
     const QList<CommandLink *> offers = offers_->findChildren<CommandLink *>();
     const auto first =
         std::find_if(offers.begin(), offers.end(), [](const QWidget *one) { return one->isEnabled(); });

@@ -35,8 +35,8 @@ class Workspace : public QMdiArea
     /// The main window has become active: the same for a window that could not be given the focus before.
     void ReturnFocusSoon();
 
-    /// What gets the focus that comes here by keyboard: the active data window, or the first offer. Null
-    /// while there is neither.
+    /// What gets the focus that comes here by keyboard: the data window that was active last, but for
+    /// minimised ones, or the first offer. Null while there is neither.
     QWidget *FocusPlace() const;
 
   protected:

@@ -1,10 +1,13 @@
 #include "platform/desktop.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QUrl>
+
+#include <chrono>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -12,21 +15,33 @@
 
 namespace px40 {
 
+namespace {
+
+constexpr std::chrono::seconds LongestStart{60}; // of a large program on a slow machine
+
+}
+
 void OpenByDesktop(const QString &file, QObject *context, const std::function<void()> &failed)
 {
 #ifdef Q_OS_UNIX
     // The toolkit would start this as well, but not look at what comes of it.
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (!opener.isEmpty()) {
+        // Some openers end with the program that they have started, and as it does.
+        const QDeadlineTimer started(LongestStart);
         auto *const process = new QProcess(qApp); // which ends no program that it has started
-        QObject::connect(process, &QProcess::finished, context, [failed](int code, QProcess::ExitStatus end) {
-            if (code != 0 || end != QProcess::NormalExit)
-                failed();
-        });
-        QObject::connect(process, &QProcess::errorOccurred, context, [failed](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart)
-                failed();
-        });
+        QObject::connect(process, &QProcess::finished, context,
+                         [failed, started](int code, QProcess::ExitStatus end) {
+                             if (!started.hasExpired() && (code != 0 || end != QProcess::NormalExit))
+                                 failed();
+                         });
+        QObject::connect(process, &QProcess::errorOccurred, context,
+                         [failed, process](QProcess::ProcessError error) {
+                             if (error != QProcess::FailedToStart)
+                                 return;
+                             process->deleteLater();
+                             failed();
+                         });
         QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());

@@ -66,7 +66,7 @@ QStringList Texts()
 QRegularExpression Quoted(const QString &text)
 {
     QString pattern = QRegularExpression::escape(text.simplified());
-    pattern.replace(QRegularExpression(u"\\\\%[1-9]"_qs), u".+?"_qs).replace(u"\\%n"_qs, u"[0-9]+"_qs);
+    pattern.replace(QRegularExpression(u"\\\\%[1-9]"_qs), u"[^\"]+?"_qs).replace(u"\\%n"_qs, u"[0-9]+"_qs);
     pattern.replace(u"\\(s\\)"_qs, u"s?"_qs);
     return QRegularExpression(u'"' + pattern + u'"');
 }
@@ -221,7 +221,25 @@ class GuideTest : public QObject
         QVERIFY(text->document()->documentLayout()->blockBoundingRect(picture.block()).height() > 200);
         program.Click("btBack", window);
         QCOMPARE(window->windowTitle(), title);
-        Escape(program, window);
+        // A box opens, which blocks that window: once more from there it can be used, and the box stays.
+        program.Choose("mnuRealtimeNew");
+        program.Choose("mnuRealtimeStart");
+        QMessageBox *const box = program.Box();
+        const auto press = [](QWidget *widget, auto key) { QTest::keyClick(widget->windowHandle(), key); };
+        press(window, Qt::Key_Escape);
+        QVERIFY(window->isVisible());
+        press(box, Qt::Key_F1);
+        program.Wait([&] { return window->windowTitle() != title; });
+        const QPointer<QDialog> open = window;
+        press(window, Qt::Key_Escape);
+        program.Wait([&] { return !open; });
+        QVERIFY(box->isVisible());
+        // Opened from the box it outlives it.
+        press(box, Qt::Key_F1);
+        program.Wait([] { return OpenOne<QDialog>("frmHelp"); });
+        program.BringToFront(box);
+        program.Answer(u"Cancel"_qs);
+        Escape(program, program.Dialog("frmHelp"));
     }
 };
 

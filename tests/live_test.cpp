@@ -63,6 +63,15 @@ class LiveTest : public QObject
             [&] { return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget()); }));
         press(Qt::Key_F6);
         QVERIFY(arrives("frmMoniter"));
+        press(Qt::Key_N, Qt::ControlModifier);
+        program.DataWindows().last()->showMinimized();
+        press(Qt::Key_F6, Qt::ShiftModifier); // to the other one
+        QVERIFY(WaitUntil(
+            [&] { return program.DataWindows().first()->isAncestorOf(QApplication::focusWidget()); }));
+        program.DataWindows().last()->showNormal();
+        press(Qt::Key_W, Qt::ControlModifier);
+        press(Qt::Key_F6);
+        QVERIFY(arrives("frmMoniter"));
         press(Qt::Key_W, Qt::ControlModifier); // File, Close
         QVERIFY(WaitUntil([&] { return program.DataWindows().isEmpty(); }) && program.Moniter());
     }

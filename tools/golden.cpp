@@ -24,6 +24,16 @@ QStringList Names(const QString &golden)
     return QDir(golden).entryList({u"*.png"_s}, QDir::Files, QDir::Name);
 }
 
+/// The guide's pictures but those of worksheets, if there was no spreadsheet program to take them of.
+QStringList ToCompare(const QString &guide, const QString &taken)
+{
+    QStringList names = Names(guide);
+    names.removeIf([&](const QString &name) {
+        return name.contains(u"-sheet-"_s) && !QFile::exists(QDir(taken).filePath(name));
+    });
+    return names;
+}
+
 QImage Reduced(const QString &file, double density)
 {
     const QImage picture(file);
@@ -108,7 +118,7 @@ void RenewGolden(const QString &golden, const QString &taken, double density)
 QStringList Outdated(const QString &guide, const QString &taken)
 {
     QStringList found;
-    for (const QString &name : Names(guide)) {
+    for (const QString &name : ToCompare(guide, taken)) {
         if (QImage(QDir(guide).filePath(name)) != QImage(QDir(taken).filePath(name)))
             found << u"%1 in the guide is of an older program: make it anew with scripts/pictures."_s.arg(
                 name);
@@ -118,9 +128,10 @@ QStringList Outdated(const QString &guide, const QString &taken)
 
 void RenewGuide(const QString &guide, const QString &taken)
 {
-    for (const QString &name : Names(guide)) {
+    for (const QString &name : ToCompare(guide, taken)) {
         const QString file = QDir(guide).filePath(name);
-        Require(QFile::remove(file) && QFile::copy(QDir(taken).filePath(name), file),
+        const QString from = QDir(taken).filePath(name);
+        Require(QFile::exists(from) && QFile::remove(file) && QFile::copy(from, file),
                 u"%1 cannot be made anew."_s.arg(file));
     }
 }

@@ -18,7 +18,8 @@ QStringList Differences(const QString &golden, const QString &taken, double dens
 /// Makes the small pictures anew from those taken.
 void RenewGolden(const QString &golden, const QString &taken, double density);
 
-// The guide's pictures are those taken, as they are.
+// The guide's pictures are those taken, as they are. Those of worksheets are left alone where none was taken,
+// which needs a spreadsheet program.
 
 /// Which of the guide's show another program than the one that the pictures were taken of.
 QStringList Outdated(const QString &guide, const QString &taken);
