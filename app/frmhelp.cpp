@@ -7,9 +7,12 @@
 
 #include <QDialogButtonBox>
 #include <QImage>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QTextBrowser>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -91,11 +94,32 @@ frmHelp::frmHelp() : text_(NewNamed<GuideText>("tbGuide", this))
     back->setEnabled(false);
     connect(add("btClose", Str::Close, QDialogButtonBox::RejectRole), &QPushButton::clicked, this,
             &QDialog::close);
-    column->addWidget(buttons);
+    auto *const row = new QHBoxLayout;
+    column->addLayout(row);
+    auto *const find = NewNamed<QLineEdit>("tbFind", this);
+    find->setPlaceholderText(Text(Str::HelpFind));
+    find->setAccessibleName(find->placeholderText());
+    row->addWidget(find, 1);
+    auto *const outcome = NewNamed<QLabel>("lbFind", this);
+    row->addWidget(outcome);
+    row->addWidget(buttons);
+    connect(find, &QLineEdit::textEdited, outcome, &QLabel::clear);
+    connect(find, &QLineEdit::returnPressed, this, [this, find, outcome] {
+        bool found = text_->find(find->text());
+        if (!found) { // once more from the beginning
+            text_->moveCursor(QTextCursor::Start);
+            found = text_->find(find->text());
+        }
+        outcome->setText(found ? QString() : Text(Str::HelpNotFound));
+    });
+    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, find, [find] {
+        find->setFocus(Qt::ShortcutFocusReason);
+        find->selectAll();
+    });
     text_->setFocus();
 
     const QRect screen = UsableScreens().value(0);
-    QRect place(QPoint(), UsualSize.boundedTo(screen.size()));
+    QRect place(QPoint(), UsualSize.boundedTo(screen.size() * 0.9)); // room for the frame
     place.moveCenter(screen.center());
     setGeometry(place);
 }

@@ -15,20 +15,15 @@
 
 namespace px40 {
 
-namespace {
-
-constexpr std::chrono::seconds LongestStart{60}; // of a large program on a slow machine
-
-}
-
 void OpenByDesktop(const QString &file, QObject *context, const std::function<void()> &failed)
 {
 #ifdef Q_OS_UNIX
     // The toolkit would start this as well, but not look at what comes of it.
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (!opener.isEmpty()) {
-        // Some openers end with the program that they have started, and as it does.
-        const QDeadlineTimer started(LongestStart);
+        // Some openers end with the program that they have started, and as it does. A large one on a slow
+        // machine may take this long to fail.
+        const QDeadlineTimer started(std::chrono::minutes(1));
         auto *const process = new QProcess(qApp); // which ends no program that it has started
         QObject::connect(process, &QProcess::finished, context,
                          [failed, started](int code, QProcess::ExitStatus end) {

@@ -9,6 +9,8 @@
 #include "testing/rows.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
 #include <QRegularExpression>
@@ -221,6 +223,15 @@ class GuideTest : public QObject
         QVERIFY(text->document()->documentLayout()->blockBoundingRect(picture.block()).height() > 200);
         program.Click("btBack", window);
         QCOMPARE(window->windowTitle(), title);
+        auto *const find = window->findChild<QLineEdit *>();
+        QTest::keyClick(text, Qt::Key_F, Qt::ControlModifier);
+        for (const auto &[words, found] :
+             {std::pair(u"five"_qs, true), {u"joins"_qs, true}, {u"gizmo"_qs, false}}) {
+            find->setText(words);
+            QTest::keyClick(find, Qt::Key_Return);
+            QCOMPARE(text->textCursor().selectedText() == words, found);
+            QCOMPARE(window->findChild<QLabel *>(u"lbFind"_qs)->text().isEmpty(), found);
+        }
         // A box opens, which blocks that window: once more from there it can be used, and the box stays.
         program.Choose("mnuRealtimeNew");
         program.Choose("mnuRealtimeStart");
