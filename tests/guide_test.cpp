@@ -221,17 +221,18 @@ class GuideTest : public QObject
         QVERIFY(text->document()->size().width() <= text->viewport()->width());
         const QTextCursor picture = text->document()->find(QString(QChar::ObjectReplacementCharacter));
         QVERIFY(text->document()->documentLayout()->blockBoundingRect(picture.block()).height() > 200);
-        program.Click("btBack", window);
-        QCOMPARE(window->windowTitle(), title);
         auto *const find = window->findChild<QLineEdit *>();
         QTest::keyClick(text, Qt::Key_F, Qt::ControlModifier);
+        QCOMPARE(window->focusWidget(), find);
         for (const auto &[words, found] :
-             {std::pair(u"five"_qs, true), {u"joins"_qs, true}, {u"gizmo"_qs, false}}) {
+             {std::pair(u"noise"_qs, true), {u"fetches"_qs, true}, {u"gizmo"_qs, false}}) {
             find->setText(words);
             QTest::keyClick(find, Qt::Key_Return);
             QCOMPARE(text->textCursor().selectedText() == words, found);
             QCOMPARE(window->findChild<QLabel *>(u"lbFind"_qs)->text().isEmpty(), found);
         }
+        program.Click("btBack", window);
+        QCOMPARE(window->windowTitle(), title);
         // A box opens, which blocks that window: once more from there it can be used, and the box stays.
         program.Choose("mnuRealtimeNew");
         program.Choose("mnuRealtimeStart");
