@@ -28,8 +28,9 @@ if "PX40_INSIDE" not in os.environ:
         for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "AT_SPI_BUS_ADDRESS", "WAYLAND_DISPLAY"):
             inside.pop(name, None)
         inside["XDG_RUNTIME_DIR"] = home
+        # Without -noreset the server cuts off whoever is just connecting when its last client goes, as the bus's launcher does.
         sys.exit(subprocess.call(
-            ["xvfb-run", "-a", "-s", "-screen 0 1600x1200x24", "dbus-run-session", "--", sys.executable] + sys.argv,
+            ["xvfb-run", "-a", "-s", "-screen 0 1600x1200x24 -noreset", "dbus-run-session", "--", sys.executable] + sys.argv,
             env=inside))
 
 try:
